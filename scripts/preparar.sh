@@ -1,0 +1,45 @@
+# Lido por scripts/rodar e scripts/testar: instala o que falta, configura e compila.
+# Uso: source preparar.sh; preparar <preset> <alvo...>
+
+raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+pacotes_compilar=(g++ cmake ninja-build pkg-config libexpat1-dev libicu-dev libssl-dev libsqlite3-dev
+    libsqlitecpp-dev nlohmann-json3-dev libcli11-dev libspdlog-dev libfmt-dev libre2-dev)
+pacotes_testar=(libgtest-dev libgmock-dev libxml2-dev locales)
+
+erro() {
+    printf 'conferix: erro: %s\n' "$1" >&2
+    exit 1
+}
+
+instalar() {
+    local faltam=() pacote
+    for pacote in "$@"; do
+        [ "$(dpkg-query -W -f='${Status}' "$pacote" 2>/dev/null)" = 'install ok installed' ] || faltam+=("$pacote")
+    done
+    [ ${#faltam[@]} -eq 0 ] && return 0
+    local como=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || erro "faltam pacotes (${faltam[*]}); execute como root ou instale o sudo."
+        como=(sudo)
+    fi
+    echo "Instalando: ${faltam[*]}" >&2
+    "${como[@]}" apt-get update -qq >&2 || erro 'apt-get update falhou; verifique a conexão com a internet.'
+    "${como[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${faltam[@]}" \
+        </dev/null >&2 || erro 'a instalação dos pacotes falhou.'
+}
+
+compilar() {
+    local preset=$1
+    shift
+    local opcoes=()
+    command -v ccache >/dev/null && opcoes+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    cd "$raiz" || exit 1
+    local registro=build/$preset-compilacao.log
+    mkdir -p build
+    echo "Compilando (registro em $registro)..." >&2
+    if ! { cmake --preset "$preset" "${opcoes[@]}" "$@" && cmake --build --preset "$preset"; } >"$registro" 2>&1; then
+        tail -n 60 "$registro" >&2
+        erro 'a compilação falhou; o fim do registro está acima.'
+    fi
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace conferix {
+
+/// Memory of one document: objects and texts are carved out of blocks and freed together with the arena.
+/// Nothing stored here has a destructor, so a document of a million nested elements is released at once.
+class TArena {
+  public:
+    template<class T, class... Args>
+    T* New(Args&&... args) {
+        static_assert(std::is_trivially_destructible_v<T>);
+        return new (Allocate(sizeof(T), alignof(T))) T(std::forward<Args>(args)...);
+    }
+
+    /// Keeps a copy of the text for the life of the arena.
+    std::string_view Copy(std::string_view text) {
+        if (text.empty())
+            return {"", 0};
+        char* memory = static_cast<char*>(Allocate(text.size(), 1));
+        std::memcpy(memory, text.data(), text.size());
+        return {memory, text.size()};
+    }
+
+  private:
+    static constexpr std::size_t kBlockSize = 256 * 1024;
+
+    void* Allocate(std::size_t size, std::size_t alignment) {
+        const std::size_t start = (used_ + alignment - 1) & ~(alignment - 1);
+        if (blocks_.empty() || start + size > capacity_) {
+            if (size > kBlockSize / 4) {
+                // A large piece gets a block of its own, placed before the current one, which stays in use.
+                auto own = std::make_unique_for_overwrite<std::byte[]>(size);
+                void* memory = own.get();
+                blocks_.insert(blocks_.empty() ? blocks_.end() : blocks_.end() - 1, std::move(own));
+                if (blocks_.size() == 1)
+                    used_ = capacity_ = 0;
+                return memory;
+            }
+            blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(kBlockSize));
+            capacity_ = kBlockSize;
+            used_ = size;
+            return blocks_.back().get();
+        }
+        used_ = start + size;
+        return blocks_.back().get() + start;
+    }
+
+    std::vector<std::unique_ptr<std::byte[]>> blocks_;
+    std::size_t used_ = 0;
+    std::size_t capacity_ = 0;
+};
+
+} // namespace conferix

@@ -1,0 +1,394 @@
+#include "xml/xml_encoding.h"
+
+#include "xml/xml_node.h"
+
+#include <fmt/format.h>
+#include <unicode/ucnv.h>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+namespace conferix {
+
+namespace {
+
+constexpr std::string_view kUtf8Bom = "\xEF\xBB\xBF";
+constexpr const char* kAnsi = "windows-1252";
+
+struct TBom {
+    std::string_view Bytes;
+    const char* Encoding;
+};
+constexpr std::array<TBom, 5> kBoms = {{{kUtf8Bom, "UTF-8"},
+                                        {{"\xFF\xFE\x00\x00", 4}, "UTF-32LE"},
+                                        {{"\x00\x00\xFE\xFF", 4}, "UTF-32BE"},
+                                        {"\xFF\xFE", "UTF-16LE"},
+                                        {"\xFE\xFF", "UTF-16BE"}}};
+
+class TConverter {
+  public:
+    explicit TConverter(const std::string& name) {
+        UErrorCode status = U_ZERO_ERROR;
+        converter_ = ucnv_open(name.c_str(), &status);
+        if (U_FAILURE(status))
+            converter_ = nullptr;
+    }
+    ~TConverter() {
+        if (converter_ != nullptr)
+            ucnv_close(converter_);
+    }
+    TConverter(const TConverter&) = delete;
+    TConverter& operator=(const TConverter&) = delete;
+    bool Open() const { return converter_ != nullptr; }
+    UConverter* Get() const { return converter_; }
+
+  private:
+    UConverter* converter_ = nullptr;
+};
+
+bool IsAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
+}
+
+std::string Upper(std::string_view text) {
+    std::string upper(text);
+    std::transform(upper.begin(), upper.end(), upper.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return upper;
+}
+
+/// The converter's name for a declared encoding: letters of ISO-8859-1 and US-ASCII files are Windows-1252's.
+std::string ConverterName(std::string_view declared) {
+    const std::string upper = Upper(declared);
+    if (upper.empty() || upper == "UTF-8" || upper == "UTF8")
+        return "UTF-8";
+    if (upper == "ISO-8859-1" || upper == "ISO8859-1" || upper == "ISO_8859-1" || upper == "LATIN1" ||
+        upper == "WINDOWS-1252" || upper == "CP1252" || upper == "US-ASCII" || upper == "ASCII")
+        return kAnsi;
+    return upper;
+}
+
+[[noreturn]] void RaiseAt(std::string_view textBefore, const std::string& reason) {
+    std::int32_t line = 1;
+    std::int32_t column = 1;
+    std::int32_t position = 0;
+    for (std::size_t i = 0; i < textBefore.size(); ++i) {
+        const auto c = static_cast<unsigned char>(textBefore[i]);
+        if ((c & 0xC0U) == 0x80U)
+            continue;
+        ++position;
+        ++column;
+        if (c == '\n' || (c == '\r' && (i + 1 == textBefore.size() || textBefore[i + 1] != '\n'))) {
+            ++line;
+            column = 1;
+        }
+    }
+    throw EXmlEncoding(TXmlMessage::CreateError(reason, {}, line, column, position));
+}
+
+void CheckUtf8(std::string_view text) {
+    const auto* data = reinterpret_cast<const std::uint8_t*>(text.data());
+    const auto length = static_cast<std::int32_t>(text.size());
+    std::int32_t at = 0;
+    while (at < length) {
+        if (data[at] < 0x80) {
+            ++at;
+            continue;
+        }
+        const std::int32_t start = at;
+        UChar32 c = 0;
+        U8_NEXT(data, at, length, c);
+        if (c < 0)
+            RaiseAt(
+                text.substr(0, static_cast<std::size_t>(start)),
+                fmt::format("O arquivo declara a codificação UTF-8, mas contém um byte ({:02X}) que não é "
+                            "texto nessa codificação. Salve o arquivo novamente em UTF-8, ou declare a "
+                            "codificação que ele usa (por exemplo encoding=\"ISO-8859-1\").",
+                            data[start]));
+    }
+}
+
+/// Decodes through the converter; on a malformed byte the text before it tells the line.
+std::string ToUtf8(std::string_view bytes, const std::string& name, std::string_view declared) {
+    const TConverter converter(name);
+    if (!converter.Open())
+        RaiseAt({},
+                fmt::format("A codificação \"{}\", declarada no arquivo, não é conhecida. Use \"ISO-8859-1\" "
+                            "ou \"UTF-8\".",
+                            declared));
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_setToUCallBack(converter.Get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+    const TConverter utf8("UTF-8");
+    std::string text;
+    std::array<UChar, 8192> pivot{};
+    UChar* pivotSource = pivot.data();
+    UChar* pivotTarget = pivot.data();
+    const char* source = bytes.data();
+    const char* sourceEnd = bytes.data() + bytes.size();
+    std::array<char, 16384> buffer{};
+    bool reset = true;
+    do {
+        char* target = buffer.data();
+        status = U_ZERO_ERROR;
+        ucnv_convertEx(utf8.Get(), converter.Get(), &target, buffer.data() + buffer.size(), &source,
+                       sourceEnd, pivot.data(), &pivotSource, &pivotTarget, pivot.data() + pivot.size(),
+                       static_cast<UBool>(reset), true, &status);
+        reset = false;
+        text.append(buffer.data(), static_cast<std::size_t>(target - buffer.data()));
+    } while (status == U_BUFFER_OVERFLOW_ERROR);
+    if (U_FAILURE(status)) {
+        // What was decoded before the malformed byte still waits in the pivot.
+        for (const UChar* at = pivotSource; at < pivotTarget; ++at)
+            if (!U16_IS_TRAIL(*at))
+                text += *at == '\n' || *at == '\r' ? static_cast<char>(*at) : ' ';
+        RaiseAt(text,
+                fmt::format("O arquivo contém bytes que não são texto na codificação {}. Salve o arquivo "
+                            "novamente nessa codificação, ou corrija a declaração.",
+                            declared.empty() ? std::string_view(name) : declared));
+    }
+    return text;
+}
+
+/// UTF-16 and UTF-32 without mark show in the bytes of "<".
+const char* SniffWide(std::string_view bytes) {
+    if (bytes.size() < 4)
+        return nullptr;
+    const std::string_view four = bytes.substr(0, 4);
+    if (four == std::string_view("<\0\0\0", 4))
+        return "UTF-32LE";
+    if (four == std::string_view("\0\0\0<", 4))
+        return "UTF-32BE";
+    if (four.substr(0, 2) == std::string_view("<\0", 2))
+        return "UTF-16LE";
+    if (four.substr(0, 2) == std::string_view("\0<", 2))
+        return "UTF-16BE";
+    return nullptr;
+}
+
+/// Follows markup through a text, to know whether a place is text or attribute value, where a reference
+/// may stand, or a name, comment, instruction or CDATA section, where none may.
+class TMarkupState {
+  public:
+    bool ReferenceAllowed() const { return place_ == TPlace::Text || place_ == TPlace::Quoted; }
+
+    void Read(std::string_view rest) {
+        switch (place_) {
+        case TPlace::Text:
+            if (rest.starts_with("<!--"))
+                Until("-->");
+            else if (rest.starts_with("<![CDATA["))
+                Until("]]>");
+            else if (rest.starts_with("<?"))
+                Until("?>");
+            else if (rest.starts_with("<"))
+                place_ = TPlace::Tag;
+            break;
+        case TPlace::Tag:
+            if (rest.front() == '"' || rest.front() == '\'') {
+                quote_ = rest.front();
+                place_ = TPlace::Quoted;
+            } else if (rest.front() == '>') {
+                place_ = TPlace::Text;
+            }
+            break;
+        case TPlace::Quoted:
+            if (rest.front() == quote_)
+                place_ = TPlace::Tag;
+            break;
+        case TPlace::Literal:
+            if (rest.front() == end_.back() && seen_ >= end_.size() - 1 &&
+                tail_ == end_.substr(0, end_.size() - 1))
+                place_ = TPlace::Text;
+            break;
+        }
+        tail_ += rest.front();
+        ++seen_;
+        const std::size_t keep = end_.empty() ? 0 : end_.size() - 1;
+        if (tail_.size() > keep)
+            tail_.erase(0, tail_.size() - keep);
+    }
+
+  private:
+    enum class TPlace { Text, Tag, Quoted, Literal };
+
+    void Until(std::string_view end) {
+        place_ = TPlace::Literal;
+        end_ = end;
+        seen_ = 0;
+        tail_.clear();
+    }
+
+    TPlace place_ = TPlace::Text;
+    char quote_ = 0;
+    std::string_view end_;
+    std::string tail_;
+    std::size_t seen_ = 0;
+};
+
+/// Bytes of one character; empty when the encoding does not hold it.
+class TCharacterEncoder {
+  public:
+    explicit TCharacterEncoder(const std::string& name) : converter_(name) {
+        UErrorCode status = U_ZERO_ERROR;
+        if (converter_.Open())
+            ucnv_setFromUCallBack(converter_.Get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
+                                  &status);
+    }
+    bool Open() const { return converter_.Open(); }
+
+    std::string Encode(UChar32 c) {
+        std::array<UChar, 2> units{};
+        std::int32_t count = 0;
+        if (c > 0xFFFF) {
+            units[0] = static_cast<UChar>(0xD7C0 + (c >> 10));
+            units[1] = static_cast<UChar>(0xDC00 + (c & 0x3FF));
+            count = 2;
+        } else {
+            units[0] = static_cast<UChar>(c);
+            count = 1;
+        }
+        UErrorCode status = U_ZERO_ERROR;
+        std::array<char, 16> bytes{};
+        const std::int32_t length =
+            ucnv_fromUChars(converter_.Get(), bytes.data(), static_cast<std::int32_t>(bytes.size()),
+                            units.data(), count, &status);
+        return U_FAILURE(status) ? std::string()
+                                 : std::string(bytes.data(), static_cast<std::size_t>(length));
+    }
+
+  private:
+    TConverter converter_;
+};
+
+/// Splits a text in UTF-8 into characters: calls visit(code point, bytes).
+template<class Visit>
+void ForEachCharacter(std::string_view text, Visit&& visit) {
+    const auto* data = reinterpret_cast<const std::uint8_t*>(text.data());
+    const auto length = static_cast<std::int32_t>(text.size());
+    for (std::int32_t at = 0; at < length;) {
+        const std::int32_t start = at;
+        UChar32 c = 0;
+        U8_NEXT_OR_FFFD(data, at, length, c);
+        visit(c, text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(at - start)));
+    }
+}
+
+std::string EncodeThrough(std::string_view text, const std::string& name) {
+    TCharacterEncoder encoder(name);
+    if (!encoder.Open())
+        RaiseAt({},
+                fmt::format("A codificação \"{}\", declarada no XML, não é conhecida. Use \"ISO-8859-1\" ou "
+                            "\"UTF-8\".",
+                            DeclaredEncoding(text)));
+    const bool asciiKept = encoder.Encode('<') == "<";
+    std::string bytes;
+    bytes.reserve(text.size());
+    TMarkupState state; // brought up to a character only when that one needs a reference
+    std::size_t stateAt = 0;
+    ForEachCharacter(text, [&](UChar32 c, std::string_view piece) {
+        if (asciiKept && c < 0x80) {
+            bytes += piece;
+            return;
+        }
+        const std::string encoded = encoder.Encode(c);
+        if (!encoded.empty()) {
+            bytes += encoded;
+            return;
+        }
+        const auto at = static_cast<std::size_t>(piece.data() - text.data());
+        for (; stateAt < at; ++stateAt)
+            state.Read(text.substr(stateAt));
+        if (!state.ReferenceAllowed())
+            RaiseAt(text.substr(0, at),
+                    fmt::format(
+                        "O caractere \"{}\" não existe na codificação {} e não pode ser gravado em um nome, "
+                        "comentário ou seção CDATA. Remova o caractere ou declare a codificação UTF-8.",
+                        piece, DeclaredEncoding(text)));
+        bytes += fmt::format("&#{};", static_cast<std::uint32_t>(c));
+    });
+    return bytes;
+}
+
+} // namespace
+
+EXmlEncoding::EXmlEncoding(std::shared_ptr<const TXmlMessage> message)
+    : std::runtime_error(message->Msg()), message_(std::move(message)) {}
+
+std::string_view DeclaredEncoding(std::string_view text) {
+    if (!text.starts_with("<?xml") || text.size() < 6 || !IsXmlSpace(text[5]))
+        return {};
+    const std::string_view declaration = text.substr(0, text.find("?>"));
+    const std::size_t name = declaration.find("encoding");
+    if (name == std::string_view::npos)
+        return {};
+    const std::size_t open = declaration.find_first_of("\"'", name);
+    if (open == std::string_view::npos)
+        return {};
+    const std::size_t close = declaration.find(declaration[open], open + 1);
+    if (close == std::string_view::npos)
+        return {};
+    return declaration.substr(open + 1, close - open - 1);
+}
+
+TXmlText DecodeXml(std::string bytes) {
+    for (const TBom& bom : kBoms) {
+        if (!std::string_view(bytes).starts_with(bom.Bytes))
+            continue;
+        TXmlText result{{}, {bom.Encoding, true}};
+        if (result.Encoding.Name == "UTF-8") {
+            bytes.erase(0, bom.Bytes.size());
+            CheckUtf8(bytes);
+            result.Text = std::move(bytes);
+        } else {
+            result.Text = ToUtf8(std::string_view(bytes).substr(bom.Bytes.size()), bom.Encoding, {});
+        }
+        return result;
+    }
+    if (const char* wide = SniffWide(bytes))
+        return {ToUtf8(bytes, wide, {}), {wide, false}};
+    const std::string_view declared = DeclaredEncoding(bytes);
+    const std::string name = ConverterName(declared);
+    if (name == "UTF-8") {
+        CheckUtf8(bytes);
+        return {std::move(bytes), {name, false}};
+    }
+    if (name == kAnsi && IsAscii(bytes))
+        return {std::move(bytes), {name, false}};
+    std::string text = ToUtf8(bytes, name, declared);
+    return {std::move(text), {name, false}};
+}
+
+std::string EncodeXml(std::string_view text, const TXmlEncoding& original) {
+    const bool wide = original.Name.starts_with("UTF-16") || original.Name.starts_with("UTF-32");
+    const std::string name = original.Bom || wide ? original.Name : ConverterName(DeclaredEncoding(text));
+    std::string bytes;
+    if (original.Bom)
+        for (const TBom& bom : kBoms)
+            if (name == bom.Encoding)
+                bytes = bom.Bytes;
+    if (name == "UTF-8" || (name == kAnsi && IsAscii(text)))
+        return bytes.append(text);
+    return bytes + EncodeThrough(text, name);
+}
+
+std::string EncodeAnsi(std::string_view text) {
+    if (IsAscii(text))
+        return std::string(text);
+    TCharacterEncoder encoder(kAnsi);
+    std::string bytes;
+    bytes.reserve(text.size());
+    ForEachCharacter(text, [&](UChar32 c, std::string_view piece) {
+        if (c < 0x80) {
+            bytes += piece;
+            return;
+        }
+        const std::string encoded = encoder.Encode(c);
+        bytes += encoded.empty() ? std::string("?") : encoded;
+    });
+    return bytes;
+}
+
+} // namespace conferix

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace conferix {
+
+class ISolver;
+
+/// Severity of a message.
+enum class TMessageType : std::uint8_t { mtInformation, mtWarning, mtError, mtFatal, mtSuccess };
+
+/// Identifier of a message or solver: a counter of this process, written as a braced GUID on demand.
+class TSequentialId {
+  public:
+    TSequentialId();
+    std::string Text() const;
+
+  private:
+    std::uint64_t number_;
+};
+
+/// A finding about a place in an XML text; immutable once its solvers are added, and shared.
+class TXmlMessage {
+  public:
+    /// Line and column 1-based, file position 0-based in characters; line 0 means unknown.
+    TXmlMessage(TMessageType type, std::string reason, std::string srcText = {}, std::int32_t line = 0,
+                std::int32_t linePos = 0, std::int32_t filePos = 0);
+    virtual ~TXmlMessage();
+    TXmlMessage(const TXmlMessage&) = delete;
+    TXmlMessage& operator=(const TXmlMessage&) = delete;
+
+    static std::shared_ptr<TXmlMessage> CreateSuccess(std::string reason, std::string srcText = {},
+                                                      std::int32_t line = 0, std::int32_t linePos = 0,
+                                                      std::int32_t filePos = 0);
+    static std::shared_ptr<TXmlMessage> CreateInfo(std::string reason, std::string srcText = {},
+                                                   std::int32_t line = 0, std::int32_t linePos = 0,
+                                                   std::int32_t filePos = 0);
+    static std::shared_ptr<TXmlMessage> CreateWarn(std::string reason, std::string srcText = {},
+                                                   std::int32_t line = 0, std::int32_t linePos = 0,
+                                                   std::int32_t filePos = 0);
+    static std::shared_ptr<TXmlMessage> CreateError(std::string reason, std::string srcText = {},
+                                                    std::int32_t line = 0, std::int32_t linePos = 0,
+                                                    std::int32_t filePos = 0);
+
+    std::string Id() const { return id_.Text(); }
+    TMessageType MsgType() const { return type_; }
+    /// The text shown to the user: prefix (line, and what subclasses add), a blank, reason.
+    std::string Msg() const;
+    const std::string& Reason() const { return reason_; }
+    const std::string& SrcText() const { return srcText_; }
+    std::int32_t Line() const { return line_; }
+    std::int32_t LinePos() const { return linePos_; }
+    std::int32_t FilePos() const { return filePos_; }
+    /// Corrections in the order in which they are offered.
+    const std::vector<std::shared_ptr<ISolver>>& Solvers() const { return solvers_; }
+    void AddSolver(std::shared_ptr<ISolver> solver) { solvers_.push_back(std::move(solver)); }
+
+  protected:
+    virtual std::string Prefix() const;
+
+  private:
+    TSequentialId id_;
+    TMessageType type_;
+    std::int32_t line_;
+    std::int32_t linePos_;
+    std::int32_t filePos_;
+    std::string reason_;
+    std::string srcText_;
+    std::vector<std::shared_ptr<ISolver>> solvers_;
+};
+
+using TXmlMessages = std::vector<std::shared_ptr<const TXmlMessage>>;
+
+} // namespace conferix

@@ -1,0 +1,236 @@
+#include "xml/xml_node.h"
+
+#include "xml/xml_document.h"
+
+namespace conferix {
+
+namespace {
+
+template<class Node>
+Node* FindChild(Node* parent, std::string_view localName) {
+    for (Node* child = parent->FirstChildTag(); child != nullptr; child = child->NextSiblingTag())
+        if (child->LocalName() == localName)
+            return child;
+    return nullptr;
+}
+
+template<class Node>
+Node* FindPath(Node* node, std::string_view path) {
+    while (node != nullptr && !path.empty()) {
+        const std::size_t end = path.find('/');
+        node = FindChild(node, path.substr(0, end));
+        path = end == std::string_view::npos ? std::string_view{} : path.substr(end + 1);
+    }
+    return node;
+}
+
+template<class Node>
+Node* NextInPreOrder(Node* node, const TXmlNode* root) {
+    if (node->FirstChild() != nullptr)
+        return node->FirstChild();
+    while (node != root) {
+        if (node->NextSibling() != nullptr)
+            return node->NextSibling();
+        node = node->Parent();
+        if (node == nullptr)
+            return nullptr;
+    }
+    return nullptr;
+}
+
+template<class Node>
+std::vector<Node*> CollectDescendants(Node* start, std::string_view localName) {
+    std::vector<Node*> found;
+    for (Node* node = start->NextInWalk(start); node != nullptr; node = node->NextInWalk(start))
+        if (node->IsTag() && node->LocalName() == localName)
+            found.push_back(node);
+    return found;
+}
+
+bool IsCharacterData(TXmlNodeKind kind) {
+    return kind == TXmlNodeKind::xnText || kind == TXmlNodeKind::xnCData;
+}
+
+} // namespace
+
+const TXmlAttribute* TXmlNode::Attribute(std::string_view qualifiedName) const {
+    return FindAttribute(qualifiedName);
+}
+
+TXmlAttribute* TXmlNode::FindAttribute(std::string_view qualifiedName) const {
+    if (!IsTag())
+        return nullptr;
+    for (TXmlAttribute* attribute = attributes_; attribute != nullptr; attribute = attribute->next_)
+        if (attribute->QualifiedName() == qualifiedName)
+            return attribute;
+    return nullptr;
+}
+
+const TXmlNode* TXmlNode::Child(std::string_view localName) const {
+    return FindChild(this, localName);
+}
+TXmlNode* TXmlNode::Child(std::string_view localName) {
+    return FindChild(this, localName);
+}
+const TXmlNode* TXmlNode::Find(std::string_view path) const {
+    return FindPath(this, path);
+}
+TXmlNode* TXmlNode::Find(std::string_view path) {
+    return FindPath(this, path);
+}
+
+const TXmlNode* TXmlNode::FirstDescendant(std::string_view localName) const {
+    for (const TXmlNode* node = NextInWalk(this); node != nullptr; node = node->NextInWalk(this))
+        if (node->IsTag() && node->LocalName() == localName)
+            return node;
+    return nullptr;
+}
+
+std::vector<const TXmlNode*> TXmlNode::Descendants(std::string_view localName) const {
+    return CollectDescendants(this, localName);
+}
+std::vector<TXmlNode*> TXmlNode::Descendants(std::string_view localName) {
+    return CollectDescendants(this, localName);
+}
+
+const TXmlNode* TXmlNode::NextInWalk(const TXmlNode* root) const {
+    return NextInPreOrder(this, root);
+}
+TXmlNode* TXmlNode::NextInWalk(const TXmlNode* root) {
+    return NextInPreOrder(this, root);
+}
+
+bool TXmlNode::HasCData() const {
+    for (const TXmlNode& child : Children())
+        if (child.kind_ == TXmlNodeKind::xnCData)
+            return true;
+    return false;
+}
+
+std::string TXmlNode::TextWithCData() const {
+    if (firstChild_ == nullptr)
+        return std::string(Value());
+    std::string text;
+    for (const TXmlNode& child : Children())
+        if (IsCharacterData(child.kind_))
+            text += child.Value();
+    return text;
+}
+
+const TXmlDocument& TXmlNode::Document() const {
+    return const_cast<TXmlNode*>(this)->Document();
+}
+
+TXmlDocument& TXmlNode::Document() {
+    TXmlNode* top = this;
+    while (top->parent_ != nullptr)
+        top = top->parent_;
+    return *top->document_;
+}
+
+void TXmlNode::SetValue(std::string_view value) {
+    if (!IsTag() || FirstChildTag() != nullptr)
+        return;
+    TXmlDocument& document = Document();
+    TXmlNode** link = &firstChild_;
+    while (*link != nullptr) {
+        if (IsCharacterData((*link)->kind_))
+            *link = (*link)->nextSibling_;
+        else
+            link = &(*link)->nextSibling_;
+    }
+    const std::string_view kept = document.arena_.Copy(value);
+    value_ = kept.empty() ? nullptr : kept.data();
+    valueLength_ = static_cast<std::uint32_t>(kept.size());
+    flags_ |= kValueChanged;
+    document.changed_ = true;
+}
+
+void TXmlNode::SetPrefix(std::string_view prefix) {
+    if (!IsTag() || Prefix() == prefix)
+        return;
+    TXmlDocument& document = Document();
+    std::string qualified(prefix);
+    if (!qualified.empty())
+        qualified += ':';
+    qualified += LocalName();
+    name_ = document.InternName(qualified);
+    flags_ |= kNameChanged;
+    document.changed_ = true;
+}
+
+void TXmlNode::SetAttribute(std::string_view qualifiedName, std::string_view value) {
+    if (!IsTag())
+        return;
+    TXmlDocument& document = Document();
+    TXmlAttribute* attribute = FindAttribute(qualifiedName);
+    if (attribute == nullptr) {
+        TXmlAttribute** link = &attributes_;
+        while (*link != nullptr)
+            link = &(*link)->next_;
+        attribute = *link = document.arena_.New<TXmlAttribute>();
+        attribute->name_ = document.InternName(qualifiedName);
+    } else if (attribute->value_ == value) {
+        return;
+    }
+    attribute->value_ = document.arena_.Copy(value);
+    attribute->valueChanged_ = true;
+    flags_ |= kAttributesChanged;
+    document.changed_ = true;
+}
+
+void TXmlNode::RenameAttribute(std::string_view qualifiedName, std::string_view newName) {
+    TXmlAttribute* attribute = FindAttribute(qualifiedName);
+    if (attribute == nullptr || FindAttribute(newName) != nullptr)
+        return;
+    TXmlDocument& document = Document();
+    attribute->name_ = document.InternName(newName);
+    attribute->nameChanged_ = true;
+    flags_ |= kAttributesChanged;
+    document.changed_ = true;
+}
+
+void TXmlNode::RemoveAttribute(std::string_view qualifiedName) {
+    if (!IsTag())
+        return;
+    for (TXmlAttribute** link = &attributes_; *link != nullptr; link = &(*link)->next_) {
+        if ((*link)->QualifiedName() != qualifiedName)
+            continue;
+        *link = (*link)->next_;
+        flags_ |= kAttributesChanged;
+        Document().changed_ = true;
+        return;
+    }
+}
+
+void TXmlNode::InsertChild(TXmlNode& child, TXmlNode* before) {
+    TXmlNode** link = &firstChild_;
+    while (*link != nullptr && *link != before)
+        link = &(*link)->nextSibling_;
+    child.parent_ = this;
+    child.nextSibling_ = *link;
+    *link = &child;
+    if (child.IsTag()) {
+        value_ = nullptr;
+        valueLength_ = 0;
+    }
+    flags_ |= kChildInserted;
+    Document().changed_ = true;
+}
+
+void TXmlNode::Remove() {
+    if (parent_ == nullptr)
+        return;
+    TXmlDocument& document = Document();
+    TXmlNode** link = &parent_->firstChild_;
+    while (*link != this)
+        link = &(*link)->nextSibling_;
+    *link = nextSibling_;
+    if ((flags_ & kNew) == 0)
+        document.removed_.push_back({byteStart_, byteEnd_});
+    nextSibling_ = nullptr;
+    document.changed_ = true;
+    parent_ = nullptr;
+}
+
+} // namespace conferix

@@ -1,0 +1,107 @@
+#include "xml/xml_parser.h"
+#include "xml/xml_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace conferix {
+namespace {
+
+std::shared_ptr<TXmlDocument> Parse(const std::string& text) {
+    TXmlParseResult result = TXmlParser::Parse(text);
+    EXPECT_TRUE(result.Messages.empty()) << text;
+    return result.Document;
+}
+
+struct TEditCase {
+    const char* Name;
+    std::string Before;
+    std::function<void(TXmlDocument&)> Edit;
+    std::string After;
+};
+
+TXmlNode& Element(TXmlDocument& document) {
+    return *document.Element();
+}
+
+TEST(XmlWriter, ChangesOnlyWhatWasChanged) {
+    const std::vector<TEditCase> cases = {
+        {"nothing", "<?xml version='1.0'?>\r\n<!-- c -->\n<a  b = '1'><c ></c ></a >\n\n",
+         [](TXmlDocument&) {}, "<?xml version='1.0'?>\r\n<!-- c -->\n<a  b = '1'><c ></c ></a >\n\n"},
+        {"value", "<a>\n  <b>1</b >\n  <c>é</c>\n</a>",
+         [](TXmlDocument& d) { Element(d).Child("b")->SetValue("2 < 3 & \"x\""); },
+         "<a>\n  <b>2 &lt; 3 &amp; \"x\"</b >\n  <c>é</c>\n</a>"},
+        {"value of empty tags", "<a><b/><c></c><d /></a>",
+         [](TXmlDocument& d) {
+             for (const char* name : {"b", "c", "d"})
+                 Element(d).Child(name)->SetValue(name);
+         },
+         "<a><b>b</b><c>c</c><d>d</d></a>"},
+        {"value removed", "<a><b>1</b></a>", [](TXmlDocument& d) { Element(d).Child("b")->SetValue(""); },
+         "<a><b></b></a>"},
+        {"value over CDATA", "<a><b>x<![CDATA[1]]></b></a>",
+         [](TXmlDocument& d) { Element(d).Child("b")->SetValue("2"); }, "<a><b>2</b></a>"},
+        {"no value beside child tags", "<a><b/></a>", [](TXmlDocument& d) { Element(d).SetValue("x"); },
+         "<a><b/></a>"},
+        {"prefix", "<x:a xmlns:x=\"u\"\n   xmlns:y='v'>\n <x:b>1</x:b><c/>\n</x:a>",
+         [](TXmlDocument& d) {
+             Element(d).SetPrefix("n");
+             Element(d).RenameAttribute("xmlns:x", "xmlns:n");
+             Element(d).Child("b")->SetPrefix("");
+             Element(d).Child("c")->SetPrefix("n");
+         },
+         "<n:a xmlns:n=\"u\"\n   xmlns:y='v'>\n <b>1</b><n:c/>\n</n:a>"},
+        {"attributes", "<a p='1'  q=\"2\" r='3' />",
+         [](TXmlDocument& d) {
+             Element(d).SetAttribute("q", "a\"b<\n");
+             Element(d).RemoveAttribute("p");
+             Element(d).SetAttribute("s", "4");
+         },
+         "<a  q=\"a&quot;b&lt;&#10;\" r='3' s=\"4\" />"},
+        {"removal takes the layout before it", "<a>\n  <b/>\n  <c>1</c>\n  <d/>\n</a>",
+         [](TXmlDocument& d) { Element(d).Child("c")->Remove(); }, "<a>\n  <b/>\n  <d/>\n</a>"},
+        {"insertion takes over the layout", "<a>\n  <b/>\n  <d/>\n</a>",
+         [](TXmlDocument& d) {
+             Element(d).InsertChild(*d.NewTag("c", "1"), Element(d).Child("d"));
+             Element(d).InsertChild(*d.NewTag("z"), nullptr);
+             Element(d).InsertChild(*d.NewTag("first"), Element(d).FirstChild());
+         },
+         "<a>\n  <first/>\n  <b/>\n  <c>1</c>\n  <d/>\n  <z/>\n</a>"},
+        {"insertion into an empty tag", "<a><b/></a>",
+         [](TXmlDocument& d) {
+             TXmlNode* added = d.NewTag("c");
+             Element(d).Child("b")->InsertChild(*added, nullptr);
+             added->InsertChild(*d.NewTag("d", "&"), nullptr);
+             added->InsertChild(*d.NewTag("e"), nullptr);
+         },
+         "<a><b><c><d>&amp;</d><e/></c></b></a>"},
+        {"replace a child", "<a>\n <b>1</b>\n</a>",
+         [](TXmlDocument& d) {
+             TXmlNode* old = Element(d).Child("b");
+             Element(d).InsertChild(*d.NewTag("c", "2"), old);
+             old->Remove();
+         },
+         "<a>\n <c>2</c>\n</a>"},
+    };
+    for (const TEditCase& c : cases) {
+        const auto document = Parse(c.Before);
+        c.Edit(*document);
+        const std::string written = WriteXml(*document);
+        EXPECT_EQ(written, c.After) << c.Name;
+        EXPECT_EQ(WriteXml(*Parse(written)), written) << c.Name;
+    }
+}
+
+TEST(XmlWriter, ValuesAndAttributesSurviveARoundTrip) {
+    const std::string hard = " <&>\"'\t\r\n]]> é€😀 ";
+    const auto document = Parse("<a k=''><b>1</b></a>");
+    document->Element()->SetAttribute("k", hard);
+    document->Element()->Child("b")->SetValue(hard);
+    const auto again = Parse(WriteXml(*document));
+    EXPECT_EQ(again->Element()->Attribute("k")->Value(), hard);
+    EXPECT_EQ(again->Element()->Child("b")->Value(), hard);
+}
+
+} // namespace
+} // namespace conferix
