@@ -1,0 +1,19 @@
+#include "data/constantes.h"
+
+#include "sistema/sistema.h"
+
+namespace conferix {
+
+std::filesystem::path TConstantes::ValidadorDirectory() {
+    std::filesystem::path folder = DataFolder();
+    CreateFolder(folder);
+    return folder;
+}
+
+std::filesystem::path TConstantes::SchemaTissDirectory() {
+    std::filesystem::path folder = ValidadorDirectory() / "schemas" / "tiss";
+    CreateFolder(folder);
+    return folder;
+}
+
+} // namespace conferix

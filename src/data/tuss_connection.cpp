@@ -1,0 +1,266 @@
+#include "data/tuss_connection.h"
+
+#include "data/sql_statement.h"
+#include "data/sqlite_reason.h"
+#include "data/tuss_writer.h"
+
+#include <SQLiteCpp/Column.h>
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Exception.h>
+#include <SQLiteCpp/Statement.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace conferix {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// An import holds the file only while it commits.
+constexpr int kBusyTimeoutMs = 1000;
+
+constexpr std::array<std::string_view, 6> kTermTables = {"18", "19", "20", "22", "63", "87"};
+
+// SQLite would create a missing file, wait for a pipe and read a folder as an empty database.
+void CheckIsFile(const fs::path& file) {
+    std::error_code error;
+    const fs::file_status status = fs::status(file, error);
+    if (!fs::exists(status)) {
+        throw ETerminologiaNaoAberta(
+            file, ReasonText(error ? error : std::make_error_code(std::errc::no_such_file_or_directory)));
+    }
+    if (fs::is_directory(status)) {
+        throw ETerminologiaNaoAberta(file, ReasonText(std::make_error_code(std::errc::is_a_directory)));
+    }
+    if (!fs::is_regular_file(status)) {
+        throw ETerminologiaNaoAberta(file, "não é um arquivo comum");
+    }
+}
+
+std::string UpperCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    return text;
+}
+
+std::set<std::string> ColumnsOf(const SQLite::Database& database, const std::string& table) {
+    SQLite::Statement query(database, "SELECT name FROM pragma_table_info(?)");
+    query.bind(1, table);
+    std::set<std::string> columns;
+    while (query.executeStep()) {
+        columns.insert(UpperCase(query.getColumn(0).getString()));
+    }
+    return columns;
+}
+
+void CheckTables(const SQLite::Database& database, const fs::path& file) {
+    for (const TTussTable& table : TussTables()) {
+        const std::set<std::string> present = ColumnsOf(database, table.name);
+        if (present.empty()) {
+            throw ETerminologiaNaoAberta(file, "a tabela " + table.name + " não existe");
+        }
+        for (const std::string& column : table.columns) {
+            if (present.count(column) == 0) {
+                throw ETerminologiaNaoAberta(file, "a tabela " + table.name + " não tem a coluna " + column);
+            }
+        }
+    }
+}
+
+} // namespace
+
+struct TTussConnection::TImpl {
+    TImpl(std::unique_ptr<SQLite::Database> opened, const fs::path& name)
+        : file(name), database(std::move(opened)),
+          inactivation(TSqlStatement::Select(*database, "DATA_FIM_VIGENCIA", std::string(kTableTussInativado),
+                                             {"TABELA", "CODIGO"})),
+          table64(TSqlStatement::Select(*database,
+                                        "ENVIO_CONSOLIDADO, GRUPO, DATA_INICIO_VIGENCIA, DATA_FIM_VIGENCIA,"
+                                        " DATA_FIM_IMPLANTACAO",
+                                        std::string(kTableTuss64), {"TABELA", "CODIGO"},
+                                        "ORDER BY DATA_INICIO_VIGENCIA")),
+          city(TSqlStatement::Select(*database, "1", std::string(kTableCidade), {"CODIGO"})) {
+        for (const std::string_view number : kTermTables) {
+            terms.push_back(TSqlStatement::Select(*database, std::string(kColumnStart),
+                                                  std::string(TussTableName(number)), {"CODIGO"}));
+        }
+    }
+
+    TSqlStatement& TermsOf(std::string_view number) {
+        const auto found = std::find(kTermTables.begin(), kTermTables.end(), number);
+        if (found == kTermTables.end()) {
+            throw ETabelaTussSemEntidade(number);
+        }
+        return terms[static_cast<std::size_t>(found - kTermTables.begin())];
+    }
+
+    // Runs `read` over a started query.
+    template<typename TRead>
+    auto Run(TSqlStatement& query, std::vector<std::optional<std::string>> values, TRead read) const {
+        try {
+            query.Start(std::move(values));
+            return read();
+        } catch (const SQLite::Exception& error) {
+            const std::string params = query.DescribeParams();
+            throw ETerminologiaNaoConsultada(file, SqliteReason(error) +
+                                                       (params.empty() ? "" : " (" + params + ")"));
+        }
+    }
+
+    std::optional<TDate> DateOf(const SQLite::Column& column) const {
+        if (column.isNull()) {
+            return std::nullopt;
+        }
+        const std::string text = column.getString();
+        const std::optional<TDate> date = ParseIsoDate(text);
+        if (!date) {
+            throw ETerminologiaNaoConsultada(file, "a data \"" + text + "\" da coluna " + column.getName() +
+                                                       " não tem a forma AAAA-MM-DD");
+        }
+        return date;
+    }
+
+    TDateLookup FindDate(TSqlStatement& query, std::vector<std::optional<std::string>> keys) const {
+        return Run(query, std::move(keys), [&] {
+            TDateLookup answer;
+            answer.found = query.Step();
+            if (answer.found) {
+                answer.date = DateOf(query.Column(0));
+            }
+            return answer;
+        });
+    }
+
+    bool HasRows(std::string_view table) {
+        const auto known = hasRows.find(table);
+        if (known != hasRows.end()) {
+            return known->second;
+        }
+        const std::string name(table);
+        TSqlStatement query = Prepare("1", name, "LIMIT 1");
+        const bool answer = Run(query, {}, [&] { return query.Step(); });
+        hasRows.emplace(name, answer);
+        return answer;
+    }
+
+    TTussTableStatistics StatisticsOf(const TTussTable& table) const {
+        const bool hasStart =
+            std::find(table.columns.begin(), table.columns.end(), kColumnStart) != table.columns.end();
+        const std::string newest = hasStart ? "MAX(DATA_INICIO_VIGENCIA)" : "NULL";
+        TSqlStatement query = Prepare("COUNT(*), " + newest + " AS DATA_INICIO_VIGENCIA", table.name, "");
+        return Run(query, {}, [&] {
+            query.Step();
+            return TTussTableStatistics{table.name, query.Column(0).getInt64(), DateOf(query.Column(1))};
+        });
+    }
+
+    TSqlStatement Prepare(const std::string& columns, const std::string& table,
+                          const std::string& tail) const {
+        try {
+            return TSqlStatement::Select(*database, columns, table, {}, tail);
+        } catch (const SQLite::Exception& error) {
+            throw ETerminologiaNaoConsultada(file, SqliteReason(error));
+        }
+    }
+
+    fs::path file;
+    std::unique_ptr<SQLite::Database> database;
+    TSqlStatement inactivation;
+    TSqlStatement table64;
+    TSqlStatement city;
+    std::vector<TSqlStatement> terms; // in the order of kTermTables
+    std::map<std::string, bool, std::less<>> hasRows;
+};
+
+TTussConnection::TTussConnection(const fs::path& file) {
+    CheckIsFile(file);
+    try {
+        // An absolute name, since SQLite gives a meaning of its own to "" and ":memory:".
+        auto database = std::make_unique<SQLite::Database>(PathText(fs::absolute(file)),
+                                                           SQLite::OPEN_READONLY, kBusyTimeoutMs);
+        // One transaction for the life of the connection: it sees one state of the file, and a look-up
+        // does not lock and unlock the file, which would cost ten times the look-up.
+        database->exec("BEGIN");
+        CheckTables(*database, file);
+        impl_ = std::make_unique<TImpl>(std::move(database), file);
+    } catch (const SQLite::Exception& error) {
+        throw ETerminologiaNaoAberta(file, SqliteReason(error));
+    }
+}
+
+TTussConnection::TTussConnection(std::unique_ptr<TImpl> impl) : impl_(std::move(impl)) {}
+
+TTussConnection::~TTussConnection() = default;
+
+std::shared_ptr<TTussConnection> TTussConnection::InMemory(const std::function<void(TTussWriter&)>& fill) {
+    const fs::path name = ":memory:";
+    auto database =
+        std::make_unique<SQLite::Database>(PathText(name), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    {
+        TTussWriter writer(*database, name);
+        if (fill) {
+            fill(writer);
+        }
+        writer.Commit();
+    }
+    auto impl = std::make_unique<TImpl>(std::move(database), name);
+    return std::shared_ptr<TTussConnection>(new TTussConnection(std::move(impl)));
+}
+
+const fs::path& TTussConnection::FileName() const {
+    return impl_->file;
+}
+
+TDateLookup TTussConnection::StartOfValidity(std::string_view table, std::string_view code) const {
+    return impl_->FindDate(impl_->TermsOf(table), {std::string(code)});
+}
+
+TDateLookup TTussConnection::Inactivation(std::string_view table, std::string_view code) const {
+    return impl_->FindDate(impl_->inactivation, {std::string(table), std::string(code)});
+}
+
+std::vector<TTuss64> TTussConnection::Table64(std::string_view table, std::string_view code) const {
+    TSqlStatement& query = impl_->table64;
+    return impl_->Run(query, {std::string(table), std::string(code)}, [&] {
+        std::vector<TTuss64> rows;
+        while (query.Step()) {
+            TTuss64& row = rows.emplace_back();
+            row.tabela = table;
+            row.codigo = code;
+            row.envioConsolidado = query.Column(0).getInt() != 0;
+            row.grupo = query.Column(1).getString();
+            row.dataInicioVigencia = impl_->DateOf(query.Column(2));
+            row.dataFimVigencia = impl_->DateOf(query.Column(3));
+            row.dataFimImplantacao = impl_->DateOf(query.Column(4));
+        }
+        return rows;
+    });
+}
+
+bool TTussConnection::HasCity(std::string_view code) const {
+    return impl_->Run(impl_->city, {std::string(code)}, [this] { return impl_->city.Step(); });
+}
+
+bool TTussConnection::IsInstalled(std::string_view table) const {
+    return impl_->HasRows(table == "64" ? kTableTuss64 : TussTableName(table));
+}
+
+bool TTussConnection::AreCitiesInstalled() const {
+    return impl_->HasRows(kTableCidade);
+}
+
+std::vector<TTussTableStatistics> TTussConnection::Statistics() const {
+    std::vector<TTussTableStatistics> statistics;
+    for (const TTussTable& table : TussTables()) {
+        statistics.push_back(impl_->StatisticsOf(table));
+    }
+    return statistics;
+}
+
+} // namespace conferix

@@ -1,0 +1,102 @@
+// The calls that differ between operating systems. No other file asks which system it runs on.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace conferix {
+
+/// A file or folder that could not be used; the text is `action "file": reason`.
+class EArquivo : public std::runtime_error {
+  public:
+    EArquivo(const std::string& action, const std::filesystem::path& file, const std::string& reason);
+
+    const std::filesystem::path& FileName() const { return fileName_; }
+    /// The reason alone, in Portuguese, without full stop.
+    const std::string& Reason() const { return reason_; }
+
+  private:
+    std::filesystem::path fileName_;
+    std::string reason_;
+};
+
+/// A file could not be read whole.
+class EArquivoNaoLido : public EArquivo {
+  public:
+    EArquivoNaoLido(const std::filesystem::path& file, const std::string& reason);
+};
+
+/// A file could not be written; an older file of that name is as it was.
+class EArquivoNaoGravado : public EArquivo {
+  public:
+    EArquivoNaoGravado(const std::filesystem::path& file, const std::string& reason);
+};
+
+/// A folder could not be created.
+class EPastaNaoCriada : public EArquivo {
+  public:
+    EPastaNaoCriada(const std::filesystem::path& folder, const std::string& reason);
+};
+
+/// Nothing in the environment tells where the user's application data live.
+class EPastaDeDadosDesconhecida : public std::runtime_error {
+  public:
+    EPastaDeDadosDesconhecida();
+};
+
+/// Separators of the user's locale in UTF-8; both are empty when the locale cannot be read.
+struct TRegionalSeparators {
+    std::string decimal;
+    std::string thousands;
+};
+
+/// The largest file that is read, in bytes.
+inline constexpr std::uintmax_t kMaxFileBytes = 2'000'000'000;
+
+/// Portuguese text of a system error, in lower case and without full stop; for errors that the
+/// program does not know, the system's own text.
+std::string ReasonText(const std::error_code& error);
+
+/// A path as UTF-8 text.
+std::string PathText(const std::filesystem::path& path);
+
+/// The path that a UTF-8 text names.
+std::filesystem::path PathFromText(const std::string& text);
+
+/// Value of an environment variable in UTF-8; empty when it is not set.
+std::string GetEnvironment(const std::string& name);
+
+/// The file of the running program, links resolved.
+std::filesystem::path ExecutablePath();
+
+/// The program's data folder, which need not exist: CONFERIX_DADOS names it whole; else it is
+/// "Brenvo/Conferix" under the folder that the system keeps for the user's application data.
+/// Raises EPastaDeDadosDesconhecida.
+std::filesystem::path DataFolder();
+
+/// Creates a folder and its parents; an existing folder is left alone. Raises EPastaNaoCriada.
+void CreateFolder(const std::filesystem::path& folder);
+
+/// All bytes of a file, pipe or device up to its end. Raises EArquivoNaoLido, also for more than
+/// `limit` bytes.
+std::string ReadWholeFile(const std::filesystem::path& file, std::uintmax_t limit = kMaxFileBytes);
+
+/// Replaces the content of a file in one step: the bytes go to a new file beside it, which is
+/// flushed, given the permissions of the old one and renamed over it. A symbolic link stays and its
+/// target is replaced; a pipe or device is simply written to. Raises EArquivoNaoGravado, after which
+/// the old file is untouched and nothing is left beside it.
+void WriteFileAtomically(const std::filesystem::path& file, std::string_view bytes);
+
+/// Whether a stream is an interactive terminal.
+bool IsTerminal(std::FILE* stream);
+
+/// Decimal and thousands separators of the user's locale, read anew at each call and without
+/// touching the locale that the process has set.
+TRegionalSeparators RegionalSeparators();
+
+} // namespace conferix

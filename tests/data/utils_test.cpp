@@ -1,0 +1,122 @@
+#include "data/constantes.h"
+#include "data/database_tuss.h"
+#include "data/db_connection_factory.h"
+#include "data/db_utils.h"
+#include "data/iso_date.h"
+#include "data/tuss.h"
+#include "sistema/pasta_temporaria.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace conferix {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono;
+using testes::TAmbiente;
+using testes::TPastaTemporaria;
+using testing::ElementsAreArray;
+
+TEST(IsoDate, ReadsDaysOfTheCalendarInOneFormOnly) {
+    const struct {
+        const char* text;
+        TDate date;
+    } good[] = {
+        {"2024-02-29", 2024y / 2 / 29}, {"0001-01-01", year(1) / 1 / 1}, {"9999-12-31", 9999y / 12 / 31}};
+    for (const auto& c : good) {
+        EXPECT_EQ(ParseIsoDate(c.text), c.date);
+        EXPECT_EQ(FormatIsoDate(c.date), c.text);
+    }
+    for (const char* text : {"", "2023-02-29", "2024-13-01", "2024-00-10", "2024-01-00", "2024-01-32",
+                             "0000-01-01", "2024-1-01", "20240101", "2024/01/01", "01/02/2024", "2024-01-01 ",
+                             "2024-01-01T00:00:00", "-024-01-01", "45000"}) {
+        EXPECT_FALSE(ParseIsoDate(text).has_value()) << text;
+    }
+}
+
+TEST(DBUtils, MakesRepeatedNamesUnique) {
+    const struct {
+        std::vector<std::string> names;
+        std::vector<std::string> unique;
+    } cases[] = {
+        {{}, {}},
+        {{"TABELA", "CODIGO"}, {"TABELA", "CODIGO"}},
+        {{"CODIGO", "CODIGO", "CODIGO"}, {"CODIGO", "CODIGO_1", "CODIGO_2"}},
+        {{"A", "B", "A", "B"}, {"A", "B", "A_1", "B_1"}},
+        {{"A", "A", "A_1"}, {"A", "A_2", "A_1"}},
+        {{"A_1", "A", "A", "A_1"}, {"A_1", "A", "A_2", "A_1_1"}},
+    };
+    for (const auto& c : cases) {
+        std::vector<TDBParam> params;
+        params.reserve(c.names.size());
+        for (const std::string& name : c.names) {
+            params.push_back({name, {}});
+        }
+        TDBUtils::MakeNamesUnique(params);
+        std::vector<std::string> names;
+        names.reserve(params.size());
+        for (const TDBParam& param : params) {
+            names.push_back(param.name);
+        }
+        EXPECT_THAT(names, ElementsAreArray(c.unique));
+    }
+}
+
+TEST(DBUtils, ShowsAMissingValueAsNull) {
+    EXPECT_EQ(TDBUtils::Describe({{"TABELA", "22"}, {"CODIGO", {}}, {"GRUPO", ""}}),
+              "TABELA = 22, CODIGO = NULL, GRUPO = ");
+    EXPECT_EQ(TDBUtils::Describe({}), "");
+}
+
+TEST(TussTableName, KnowsTheTablesOfTermsAndRaisesForOthers) {
+    for (const std::string number : {"18", "19", "20", "22", "63", "87"}) {
+        EXPECT_EQ(TussTableName(number), "TB_TUSS_" + number);
+    }
+    for (const std::string number : {"", "00", "64", "98", "022", "22 "}) {
+        try {
+            TussTableName(number);
+            FAIL() << number;
+        } catch (const ETabelaTussSemEntidade& error) {
+            EXPECT_EQ(error.what(), "Tabela " + number + " do TISS não possui entidade correspondente.");
+        }
+    }
+}
+
+TEST(Constantes, CreatesTheFoldersThatAreMissing) {
+    const TPastaTemporaria folder;
+    const TAmbiente dados("CONFERIX_DADOS", (folder / "meus/dados").string());
+    EXPECT_EQ(TConstantes::SchemaTissDirectory(), folder / "meus/dados/schemas/tiss");
+    EXPECT_TRUE(fs::is_directory(folder / "meus/dados/schemas/tiss"));
+    EXPECT_EQ(TConstantes::ValidadorDirectory(), folder / "meus/dados");
+    const TAmbiente occupied("CONFERIX_DADOS", CONFERIX_GERA_TUSS);
+    EXPECT_THROW(TConstantes::ValidadorDirectory(), EPastaNaoCriada);
+}
+
+TEST(DatabaseTuss, IsTheFileGivenOrNamedOrBesideTheProgram) {
+    const TAmbiente none("CONFERIX_TUSS", {});
+    EXPECT_EQ(TDatabaseTuss().DatabaseFileName(), ExecutablePath().parent_path() / "tuss.db");
+    const TAmbiente named("CONFERIX_TUSS", "/outra/base.db");
+    EXPECT_EQ(TDatabaseTuss().DatabaseFileName(), "/outra/base.db");
+    EXPECT_EQ(TDatabaseTuss("minha.db").DatabaseFileName(), "minha.db");
+}
+
+TEST(DBConnectionFactory, HandsOutConnectionsOfItsSource) {
+    const TDatabaseTuss present(CONFERIX_TUSS_DB);
+    const TDBConnectionFactory factory([&] { return present.CreateConnection(); });
+    const auto first = factory.CreateConnection();
+    EXPECT_NE(first, factory.CreateConnection());
+    EXPECT_TRUE(first->AreCitiesInstalled());
+
+    const TDatabaseTuss missing("falta.db");
+    const TDBConnectionFactory failing([&] { return missing.CreateConnection(); });
+    EXPECT_THROW(failing.CreateConnection(), ETerminologiaNaoAberta);
+}
+
+} // namespace
+} // namespace conferix
