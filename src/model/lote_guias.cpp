@@ -1,0 +1,102 @@
+#include "model/lote_guias.h"
+
+#include "model/tiss_exceptions.h"
+#include "xml/xml_document.h"
+
+#include <algorithm>
+#include <array>
+
+namespace conferix {
+
+namespace {
+
+void AppendGuias(std::vector<TGuiaTissBase>& guias, TXmlNode& parent, const TLoteGuiasNames& names) {
+    for (TXmlNode& child : parent.ChildTags())
+        for (std::size_t tipo = 0; tipo < kTiposGuia; ++tipo)
+            for (const TGuiaNames& guia : names.Guias[tipo])
+                if (child.LocalName() == guia.Elemento)
+                    guias.emplace_back(&child, static_cast<TEnumTipoGuia>(tipo), guia);
+}
+
+bool Holds(const TXmlNode& element, std::uint32_t offset) {
+    return element.ByteStart() <= offset && offset < element.ByteEnd();
+}
+
+} // namespace
+
+std::vector<TGuiaTissBase> TGuiasTiss::EmOrdemDoDocumento() const {
+    std::vector<TGuiaTissBase> guias;
+    if (!HasNode())
+        return guias;
+    if (names_->Grupos.empty())
+        AppendGuias(guias, *Node(), *names_);
+    else
+        for (TXmlNode& grupo : Node()->ChildTags())
+            if (std::ranges::find(names_->Grupos, grupo.LocalName()) != names_->Grupos.end())
+                AppendGuias(guias, grupo, *names_);
+    return guias;
+}
+
+TEnumTipoGuia TLoteGuiasBase::TipoGuia() const {
+    const std::vector<IGuiaTiss> guias = GuiasTiss().EmOrdemDoDocumento();
+    if (guias.empty())
+        throw ELoteGuiasNotFound();
+    return std::ranges::min(guias, {}, &IGuiaTiss::TipoGuia).TipoGuia();
+}
+
+std::vector<IGuiaTiss> TLoteGuiasBase::Guias() const {
+    std::vector<IGuiaTiss> guias = GuiasTiss().EmOrdemDoDocumento();
+    std::ranges::stable_sort(guias, {}, &IGuiaTiss::TipoGuia);
+    return guias;
+}
+
+std::int64_t TLoteGuiasBase::QtdGuias() const {
+    return static_cast<std::int64_t>(GuiasTiss().EmOrdemDoDocumento().size());
+}
+
+std::optional<IGuiaTiss> TLoteGuiasBase::GuiaTissByPosition(std::int64_t line, std::int64_t linePos) const {
+    if (!HasNode())
+        return std::nullopt;
+    const std::uint32_t offset = Node()->Document().OffsetOf(line, linePos);
+    // Guides stand side by side, so that at most one holds a place and the order of search does not matter.
+    for (const IGuiaTiss& guia : GuiasTiss().EmOrdemDoDocumento())
+        if (Holds(*guia.Node(), offset))
+            return guia;
+    return std::nullopt;
+}
+
+double TLoteGuiasBase::ValorTotal() const {
+    double sum = 0;
+    for (const IGuiaTiss& guia : Guias())
+        sum += guia.ValorTotalGuia();
+    return sum;
+}
+
+TGuiaLocator::TGuiaLocator(const ILoteGuias& lote) : guias_(lote.GuiasTiss().EmOrdemDoDocumento()) {
+    if (lote.HasNode())
+        document_ = &lote.Node()->Document();
+    // Guides that a correction added have no place in the text.
+    std::erase_if(guias_, [](const IGuiaTiss& guia) { return guia.Node()->ByteEnd() == 0; });
+}
+
+const IGuiaTiss* TGuiaLocator::ByPosition(std::int64_t line, std::int64_t linePos) const {
+    return document_ != nullptr ? ByOffset(document_->OffsetOf(line, linePos)) : nullptr;
+}
+
+const IGuiaTiss* TGuiaLocator::ByOffset(std::uint32_t offset) const {
+    const auto after = std::ranges::upper_bound(
+        guias_, offset, {}, [](const IGuiaTiss& guia) { return guia.Node()->ByteStart(); });
+    if (after == guias_.begin() || !Holds(*std::prev(after)->Node(), offset))
+        return nullptr;
+    return &*std::prev(after);
+}
+
+const IGuiaTiss* TGuiaLocator::ByNode(const TXmlNode& node) const {
+    // A node that a correction added has no place of its own; its nearest ancestor in the text has.
+    const TXmlNode* placed = &node;
+    while (placed != nullptr && placed->ByteEnd() == 0)
+        placed = placed->Parent();
+    return placed != nullptr ? ByOffset(placed->ByteStart()) : nullptr;
+}
+
+} // namespace conferix

@@ -1,0 +1,110 @@
+// Documents for the tests of the model.
+#pragma once
+
+#include "model/arquivo_tiss_factory.h"
+#include "model/mensagem_tiss.h"
+#include "model/monitoramento.h"
+#include "xml/xml_parser.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace conferix::testes {
+
+/// Turns a short notation into elements: "a(b=1 c(d=2))" is <a><b>1</b><c><d>2</d></c></a>.
+inline std::string Xml(std::string_view notation) {
+    std::string xml;
+    std::string name;
+    std::vector<std::string> open;
+    for (std::size_t i = 0; i < notation.size(); ++i) {
+        const char c = notation[i];
+        if (c == '(') {
+            xml += "<" + name + ">";
+            open.push_back(name);
+            name.clear();
+        } else if (c == ')') {
+            xml += "</" + open.back() + ">";
+            open.pop_back();
+        } else if (c == '=') {
+            const std::size_t end = std::min(notation.find_first_of(" )", i), notation.size());
+            xml += fmt::format("<{0}>{1}</{0}>", name, notation.substr(i + 1, end - i - 1));
+            name.clear();
+            i = end - 1;
+        } else if (c != ' ') {
+            name += c;
+        }
+    }
+    return xml;
+}
+
+inline std::shared_ptr<TXmlDocument> Documento(const std::string& xml) {
+    TXmlParseResult result = TXmlParser::Parse(std::make_shared<const std::string>(xml));
+    EXPECT_NE(result.Document, nullptr) << xml;
+    return result.Document;
+}
+
+/// A billing message whose lot (its children, number included) is given.
+inline std::string MensagemComLote(std::string_view versao, std::string_view lote) {
+    return fmt::format(
+        "<ans:mensagemTISS xmlns:ans=\"http://www.ans.gov.br/padroes/tiss/schemas\">"
+        "<ans:cabecalho><ans:identificacaoTransacao><ans:tipoTransacao>ENVIO_LOTE_GUIAS"
+        "</ans:tipoTransacao></ans:identificacaoTransacao><ans:Padrao>{}</ans:Padrao>"
+        "</ans:cabecalho><ans:prestadorParaOperadora><ans:loteGuias xmlns=\"http://www.ans.gov.br/"
+        "padroes/tiss/schemas\">{}</ans:loteGuias></ans:prestadorParaOperadora>"
+        "<ans:epilogo><ans:hash>abc</ans:hash></ans:epilogo></ans:mensagemTISS>",
+        versao, lote);
+}
+
+/// A monitoring file; `identificacao` goes into the header, `conteudo` into operadoraParaANS.
+inline std::string Monitoramento(std::string_view versao, std::string_view identificacao,
+                                 std::string_view conteudo) {
+    return fmt::format("<mensagemEnvioANS><cabecalho><identificacaoTransacao><tipoTransacao>MONITORAMENTO"
+                       "</tipoTransacao>{}</identificacaoTransacao><registroANS>123456</registroANS>"
+                       "<versaoPadrao>{}</versaoPadrao></cabecalho><Mensagem><operadoraParaANS>{}"
+                       "</operadoraParaANS></Mensagem><epilogo><hash>def</hash></epilogo></mensagemEnvioANS>",
+                       identificacao, versao, conteudo);
+}
+
+inline std::shared_ptr<IArquivoTiss> Carregado(const std::string& xml) {
+    return TArquivoTissFactory().GetNewArquivoTiss(Documento(xml));
+}
+
+inline std::shared_ptr<IMensagemTiss> Mensagem(std::string_view versao, std::string_view lote) {
+    return std::dynamic_pointer_cast<IMensagemTiss>(Carregado(MensagemComLote(versao, lote)));
+}
+
+inline std::shared_ptr<IMonitoramento> ArquivoMonitoramento(std::string_view identificacao,
+                                                            std::string_view conteudo) {
+    return std::dynamic_pointer_cast<IMonitoramento>(
+        Carregado(Monitoramento("1.06.00", identificacao, conteudo)));
+}
+
+/// Notes which overload was called.
+class TVisitante : public IArquivoTissVisitor {
+  public:
+    std::string Visitas;
+
+    void Visit(const IMensagemTiss&) override { Visitas += "mensagem "; }
+    void Visit(const ILoteGuias&) override { Visitas += "lote "; }
+    void Visit(const IGuiaConsulta& guia) override { Anota("consulta", guia.NumeroGuia()); }
+    void Visit(const IGuiaSpSadt& guia) override { Anota("spsadt", guia.NumeroGuia()); }
+    void Visit(const IGuiaResumoInternacao& guia) override { Anota("internacao", guia.NumeroGuia()); }
+    void Visit(const IGuiaHonorarios& guia) override { Anota("honorarios", guia.NumeroGuia()); }
+    void Visit(const IGuiaOdonto& guia) override { Anota("odonto", guia.NumeroGuia()); }
+    void Visit(const IMonitoramento&) override { Visitas += "monitoramento "; }
+    void Visit(const IMonitoramentoQualidade&) override { Visitas += "qualidade "; }
+    void Visit(const IGuiaMonitoramento& guia) override { Anota("guia", guia.NumeroGuiaPrestador().Text()); }
+
+  private:
+    void Anota(std::string_view tipo, std::string_view numero) {
+        Visitas += fmt::format("{}:{} ", tipo, numero);
+    }
+};
+
+} // namespace conferix::testes
