@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace conferix {
+
+class TXmlAttribute;
+class TXmlNode;
+
+/// What can be wrong with a document, structure first, then values.
+enum class TSchemaFaultCode : std::uint8_t {
+    UnknownRoot,
+    UndeclaredPrefix,
+    UnknownElement,
+    WrongCase,        ///< the parent knows the name in other upper and lower case letters
+    WrongNamespace,   ///< the parent knows the name in another namespace
+    UndeclaredByName, ///< a strict wildcard admits the namespace, but no schema declares the element
+    OutOfOrder,
+    ExclusiveElement, ///< excludes, or is excluded by, another element that is there
+    MissingElement,
+    MissingChoice, ///< one of several elements is missing
+    TooMany,
+    TooFew,
+    TextNotAllowed,
+    ContentNotAllowed,   ///< an element that has to be empty is not
+    ElementInSimpleType, ///< an element inside one that holds only a value
+    UnknownAttribute,
+    MissingAttribute,
+    FixedValue,
+    UnknownType,    ///< xsi:type names no type
+    TypeNotDerived, ///< xsi:type names a type that does not derive from the declared one
+    NilNotAllowed,
+    NilWithContent,
+    DuplicateId,
+    EmptyValue,
+    NotInList,
+    TooLong,
+    TooShort,
+    WrongLength,
+    TooManyDigits,
+    TooManyDecimals,
+    BelowMinimum,
+    AboveMaximum,
+    WrongPattern,
+    NotDecimal,
+    NotInteger,
+    NotFloat,
+    NotBoolean,
+    NotDate,
+    NotTime,
+    NotDateTime,
+    NotBase64,
+    NotHex,
+    NotUri,
+    NotName,
+};
+
+/// One fault of a document. Names are local names. Which of the fields are filled depends on the code;
+/// TSchemaMessages makes the sentence of them.
+struct TSchemaFault {
+    TSchemaFaultCode Code = TSchemaFaultCode::UnknownRoot;
+    const TXmlNode* Node = nullptr; ///< for a missing element, the sibling before which it belongs or the parent
+    const TXmlAttribute* Attribute = nullptr; ///< null when the fault is one of an element
+    std::int32_t Line = 0;                    ///< of the node's start tag, 1-based
+    std::int32_t LinePos = 0;                 ///< 1-based, in characters
+    std::int32_t FilePos = 0;                 ///< 0-based, in characters
+    std::string Name;                         ///< the element or attribute at fault
+    std::string Parent;                       ///< the element in which it stands
+    std::string Found;                        ///< value, prefix or namespace found
+    std::string Before;                       ///< the sibling before which it belongs; empty: at the end
+    std::string Bound;                        ///< bound, pattern or value demanded
+    std::vector<std::string> Expected;        ///< elements or codes expected; of codes, the first ten
+    std::int64_t Count = 0;                   ///< occurrences, length or digits found; size of the list of codes
+    std::int64_t Limit = 0;                   ///< occurrences, length or digits allowed
+
+    /// The piece of XML or the value that the fault is about, trimmed and short. The document must live.
+    std::string SrcText() const;
+};
+
+} // namespace conferix

@@ -1,0 +1,214 @@
+#include "xml/schema/schema_files.h"
+
+#include "xml/schema/schema_set.h"
+#include "xml/xml_encoding.h"
+#include "xml/xml_parser.h"
+
+#include <fstream>
+#include <iterator>
+#include <optional>
+
+namespace conferix {
+
+namespace {
+
+constexpr std::size_t kMaxFiles = 200;
+
+std::string ReadBytes(const std::filesystem::path& path, const std::string& name) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error))
+        throw ESchemaInvalido(name, 0, "o arquivo não existe ou não pode ser aberto");
+    std::ifstream stream(path, std::ios::binary);
+    std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    if (stream.bad() || !stream.is_open())
+        throw ESchemaInvalido(name, 0, "o arquivo não pode ser lido");
+    return bytes;
+}
+
+std::string FileName(const std::filesystem::path& path) {
+    const std::u8string text = path.filename().u8string();
+    return {text.begin(), text.end()};
+}
+
+struct TVersionedName {
+    std::string_view Stem; ///< up to and including the V
+    std::string_view Version;
+};
+
+/// Takes "tissSimpleTypesV4_03_00.xsd" apart; nothing for names of another form.
+std::optional<TVersionedName> SplitVersion(std::string_view name) {
+    if (!name.ends_with(".xsd"))
+        return std::nullopt;
+    name.remove_suffix(4);
+    const std::size_t mark = name.find_last_of("Vv");
+    if (mark == std::string_view::npos)
+        return std::nullopt;
+    const std::string_view version = name.substr(mark + 1);
+    if (version.empty() || version.find_first_not_of("0123456789_.") != std::string_view::npos)
+        return std::nullopt;
+    return TVersionedName{name.substr(0, mark + 1), version};
+}
+
+} // namespace
+
+ESchemaInvalido::ESchemaInvalido(const std::string& file, std::int32_t line, const std::string& reason)
+    : std::runtime_error("Esquema " + file + (line > 0 ? ", linha " + std::to_string(line) : std::string()) + ": " +
+                         reason) {}
+
+TSchemaFile::TSchemaFile(const std::filesystem::path& path, const std::string* adoptedNamespace)
+    : path_(path), name_(FileName(path)) {
+    try {
+        TXmlText text = DecodeXml(ReadBytes(path, name_));
+        TXmlParseResult parsed = TXmlParser::Parse(std::move(text.Text), TXmlDoctype::Ignored);
+        if (!parsed.Document) {
+            const auto& messages = parsed.Messages;
+            throw ESchemaInvalido(name_, messages.empty() ? 0 : messages.front()->Line(),
+                                  messages.empty() ? "o XML não pode ser lido" : messages.front()->Reason());
+        }
+        document_ = std::move(parsed.Document);
+    } catch (const EXmlEncoding& error) {
+        throw ESchemaInvalido(name_, error.Message()->Line(), error.Message()->Reason());
+    }
+    schema_ = document_->Element();
+    for (const TXmlNode* node = schema_; node != nullptr; node = node->NextInWalk(schema_)) {
+        if (!node->IsTag())
+            continue;
+        for (const TXmlAttribute& attribute : node->Attributes()) {
+            if (attribute.QualifiedName() == "xmlns")
+                declarations_[node][""] = attribute.Value();
+            else if (attribute.Name().Prefix == "xmlns")
+                declarations_[node][attribute.Name().Local] = attribute.Value();
+        }
+    }
+    rootOnly_ = declarations_.size() == 1 && declarations_.contains(schema_);
+    ReadHeader(adoptedNamespace);
+}
+
+void TSchemaFile::ReadHeader(const std::string* adoptedNamespace) {
+    if (!IsXsd(*schema_) || schema_->LocalName() != "schema")
+        Fail(*schema_, "a raiz <" + std::string(schema_->LocalName()) + "> não é um esquema XML");
+    const auto form = [this](std::string_view name) {
+        const TXmlAttribute* attribute = schema_->Attribute(name);
+        if (attribute == nullptr || attribute->Value() == "unqualified")
+            return false;
+        if (attribute->Value() != "qualified")
+            Fail(*schema_, "valor inválido de " + std::string(name));
+        return true;
+    };
+    elementsQualified_ = form("elementFormDefault");
+    attributesQualified_ = form("attributeFormDefault");
+    for (const std::string_view name : {"blockDefault", "finalDefault"})
+        if (const TXmlAttribute* attribute = schema_->Attribute(name); attribute != nullptr && !attribute->Value().empty())
+            Fail(*schema_, "o atributo " + std::string(name) + " não é suportado");
+    if (const TXmlAttribute* target = schema_->Attribute("targetNamespace")) {
+        targetNamespace_ = target->Value();
+        ownNamespace_ = true;
+    } else if (adoptedNamespace != nullptr) {
+        targetNamespace_ = *adoptedNamespace;
+    }
+}
+
+const std::string_view* TSchemaFile::FindPrefix(const TXmlNode& node, std::string_view prefix) const {
+    for (const TXmlNode* scope = rootOnly_ ? schema_ : &node; scope != nullptr; scope = scope->Parent()) {
+        const auto declared = declarations_.find(scope);
+        if (declared == declarations_.end())
+            continue;
+        if (const auto found = declared->second.find(prefix); found != declared->second.end())
+            return &found->second;
+    }
+    return nullptr;
+}
+
+bool TSchemaFile::IsXsd(const TXmlNode& node) const {
+    const std::string_view* uri = FindPrefix(node, node.Prefix());
+    return uri != nullptr && *uri == kXsdNamespace;
+}
+
+TSchemaReference TSchemaFile::Resolve(const TXmlNode& node, std::string_view qualified) const {
+    qualified = TrimXmlSpace(qualified);
+    const std::size_t colon = qualified.find(':');
+    const bool prefixed = colon != std::string_view::npos;
+    const std::string_view prefix = prefixed ? qualified.substr(0, colon) : std::string_view{};
+    const std::string_view local = prefixed ? qualified.substr(colon + 1) : qualified;
+    if (const std::string_view* uri = FindPrefix(node, prefix))
+        return {*uri, local};
+    if (prefix == "xml")
+        return {kXmlNamespace, local};
+    if (prefixed)
+        Fail(node, "o prefixo \"" + std::string(prefix) + "\" não foi declarado");
+    return {HasOwnNamespace() ? std::string_view{} : std::string_view(targetNamespace_), local};
+}
+
+void TSchemaFile::Fail(const TXmlNode& node, const std::string& reason) const {
+    throw ESchemaInvalido(name_, node.Line(), reason);
+}
+
+TSchemaFiles::TSchemaFiles(const std::filesystem::path& mainFile) : folder_(mainFile.parent_path()) {
+    const std::string name = FileName(mainFile);
+    if (const auto split = SplitVersion(name))
+        mainVersion_ = split->Version;
+    Add(mainFile, nullptr);
+    // The list grows while it is read; each file stands in it once, so circles end.
+    for (std::size_t i = 0; i < files_.size(); ++i) {
+        const TSchemaFile& file = *files_[i];
+        for (const TXmlNode& node : file.Schema().ChildTags())
+            if (file.IsXsd(node) && (node.LocalName() == "include" || node.LocalName() == "import"))
+                Follow(file, node);
+    }
+}
+
+void TSchemaFiles::Follow(const TSchemaFile& from, const TXmlNode& node) {
+    const bool include = node.LocalName() == "include";
+    const TXmlAttribute* location = node.Attribute("schemaLocation");
+    if (location == nullptr) {
+        if (include)
+            from.Fail(node, "<include> sem schemaLocation");
+        return;
+    }
+    const std::filesystem::path path = Locate(location->Value());
+    if (path.empty())
+        return;
+    const TSchemaFile& added = Add(path, include ? &from.TargetNamespace() : nullptr);
+    const TXmlAttribute* wanted = node.Attribute("namespace");
+    const std::string_view expected =
+        include ? std::string_view(from.TargetNamespace()) : wanted != nullptr ? wanted->Value() : std::string_view{};
+    if (added.TargetNamespace() != expected)
+        from.Fail(node, "o arquivo " + added.Name() + " é de outro namespace (\"" + added.TargetNamespace() + "\")");
+}
+
+/// The file, read unless it was met before. One without a target namespace of its own is another file for
+/// each namespace that it is included into.
+const TSchemaFile& TSchemaFiles::Add(const std::filesystem::path& path, const std::string* adoptedNamespace) {
+    const std::string name = FileName(path);
+    const std::string adopted = adoptedNamespace != nullptr ? *adoptedNamespace : std::string();
+    for (const auto& file : files_)
+        if (file->Name() == name && (file->HasOwnNamespace() || file->TargetNamespace() == adopted))
+            return *file;
+    if (files_.size() >= kMaxFiles)
+        throw ESchemaInvalido(name, 0, "o esquema reúne arquivos demais");
+    return *files_.emplace_back(std::make_unique<TSchemaFile>(path, adoptedNamespace));
+}
+
+/// The file of the folder that a location means, whatever path or address it writes before the name. One
+/// that was never published stands for the file of the main schema's own version; empty when there is none.
+std::filesystem::path TSchemaFiles::Locate(std::string_view location) const {
+    location = TrimXmlSpace(location);
+    if (const std::size_t slash = location.find_last_of("/\\"); slash != std::string_view::npos)
+        location.remove_prefix(slash + 1);
+    if (location.empty() || location == "." || location == ".." || location.find('\0') != std::string_view::npos)
+        return {};
+    const auto inFolder = [this](std::string_view name) {
+        return folder_ / std::filesystem::path(std::u8string(name.begin(), name.end()));
+    };
+    std::error_code error;
+    if (const auto path = inFolder(location); std::filesystem::exists(path, error))
+        return path;
+    if (const auto split = SplitVersion(location); split && !mainVersion_.empty()) {
+        const auto path = inFolder(std::string(split->Stem) + mainVersion_ + ".xsd");
+        if (std::filesystem::exists(path, error))
+            return path;
+    }
+    return {};
+}
+
+} // namespace conferix

@@ -1,0 +1,330 @@
+#include "xml/schema/schema_messages.h"
+
+#include "xml/xml_node.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iterator>
+
+namespace conferix {
+
+namespace {
+
+constexpr std::size_t kShownValue = 60;
+constexpr std::size_t kShownNames = 10;
+
+std::string Tag(std::string_view name) {
+    return name == "*" ? std::string("um elemento de outro namespace") : "<" + std::string(name) + ">";
+}
+
+std::string Quote(std::string_view text) {
+    return "\"" + CutText(TrimXmlSpace(text), kShownValue) + "\"";
+}
+
+std::string In(const TSchemaFault& fault) {
+    return fault.Parent.empty() ? std::string() : " em " + Tag(fault.Parent);
+}
+
+std::string Number(std::int64_t count, std::string_view one, std::string_view many) {
+    return std::to_string(count) + " " + std::string(count == 1 ? one : many);
+}
+
+/// "<a>, <b> ou <c>"; a long list is cut and says so.
+std::string Tags(const std::vector<std::string>& names) {
+    std::string result;
+    const std::size_t shown = std::min(names.size(), kShownNames);
+    for (std::size_t i = 0; i < shown; ++i) {
+        const bool last = i + 1 == names.size();
+        result += (i == 0 ? "" : last ? " ou " : ", ") + Tag(names[i]);
+    }
+    return names.size() > shown ? result + " e outros" : result;
+}
+
+/// What a sentence about a value speaks of: "O elemento <x>" or "O atributo "a" de <x>".
+std::string Subject(const TSchemaFault& fault) {
+    if (fault.Attribute == nullptr)
+        return "O elemento " + Tag(fault.Name);
+    return "O atributo \"" + fault.Name + "\" de " + Tag(fault.Parent);
+}
+
+/// "O valor "v" de <x>" or "O valor "v" do atributo "a" de <x>".
+std::string ValueOfSubject(const TSchemaFault& fault) {
+    const std::string value = "O valor " + Quote(fault.Found);
+    if (fault.Attribute == nullptr)
+        return value + " de " + Tag(fault.Name);
+    return value + " do atributo \"" + fault.Name + "\" de " + Tag(fault.Parent);
+}
+
+// ---- structure
+
+std::string UnknownRoot(const TSchemaFault& fault) {
+    return "A raiz " + Tag(fault.Name) + " não é conhecida neste esquema. Esperado: " + Tags(fault.Expected) + ".";
+}
+
+std::string UndeclaredPrefix(const TSchemaFault& fault) {
+    return "O prefixo " + Quote(fault.Found) + ", usado em " + Tag(fault.Name) +
+           ", não foi declarado: falta o atributo xmlns:" + CutText(fault.Found, kShownValue) + ".";
+}
+
+std::string UnknownElement(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + " não é conhecido" + In(fault) + ". " +
+           (fault.Expected.empty() ? std::string("Nenhum outro elemento é esperado aqui.")
+                                   : "Esperado aqui: " + Tags(fault.Expected) + ".");
+}
+
+std::string WrongCase(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + In(fault) + " tem letras maiúsculas e minúsculas trocadas: o nome certo é " +
+           Tag(fault.Bound) + ".";
+}
+
+std::string WrongNamespace(const TSchemaFault& fault) {
+    const std::string place = fault.Parent.empty() ? "A raiz " + Tag(fault.Name)
+                                                   : "O elemento " + Tag(fault.Name) + In(fault);
+    if (fault.Bound.empty())
+        return place + " não deve ter namespace; confira o prefixo.";
+    return place + " está no namespace errado; confira o prefixo. O namespace certo é \"" + fault.Bound + "\".";
+}
+
+std::string UndeclaredByName(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + In(fault) + " não está descrito em nenhum esquema.";
+}
+
+std::string OutOfOrder(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + " está fora de ordem" + In(fault) + ": deve vir " +
+           (fault.Before.empty() ? std::string("por último") : "antes de " + Tag(fault.Before)) + ".";
+}
+
+std::string ExclusiveElement(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + " não pode estar" + In(fault) + " junto com " + Tags(fault.Expected) + ".";
+}
+
+std::string Place(const TSchemaFault& fault) {
+    return In(fault) + (fault.Before.empty() ? "." : ", antes de " + Tag(fault.Before) + ".");
+}
+
+std::string MissingElement(const TSchemaFault& fault) {
+    return "Falta o elemento obrigatório " + Tag(fault.Name) + Place(fault);
+}
+
+std::string MissingChoice(const TSchemaFault& fault) {
+    return "Falta um destes elementos: " + Tags(fault.Expected) + Place(fault);
+}
+
+std::string TooMany(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + " aparece " + Number(fault.Count, "vez", "vezes") + In(fault) +
+           "; o máximo é " + std::to_string(fault.Limit) + ".";
+}
+
+std::string TooFew(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + " aparece " + Number(fault.Count, "vez", "vezes") + In(fault) +
+           "; o mínimo é " + std::to_string(fault.Limit) + ".";
+}
+
+std::string TextNotAllowed(const TSchemaFault& fault) {
+    return "Há texto solto em " + Tag(fault.Name) + ", onde só cabem elementos: " + Quote(fault.Found) + ".";
+}
+
+std::string ContentNotAllowed(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + " deve ficar vazio.";
+}
+
+std::string ElementInSimpleType(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + " não pode estar" + In(fault) + ", que contém apenas um valor.";
+}
+
+std::string UnknownAttribute(const TSchemaFault& fault) {
+    std::string names;
+    for (const std::string& name : fault.Expected)
+        names += (names.empty() ? "" : ", ") + name;
+    return "O atributo \"" + fault.Name + "\" não é conhecido" + In(fault) + "." +
+           (names.empty() ? "" : " Atributos possíveis: " + names + ".");
+}
+
+std::string MissingAttribute(const TSchemaFault& fault) {
+    return "Falta o atributo obrigatório \"" + fault.Name + "\"" + In(fault) + ".";
+}
+
+std::string FixedValue(const TSchemaFault& fault) {
+    return Subject(fault) + " deve ter o valor " + Quote(fault.Bound) + "; foi encontrado " + Quote(fault.Found) + ".";
+}
+
+std::string UnknownType(const TSchemaFault& fault) {
+    return "O tipo " + Quote(fault.Found) + ", indicado por xsi:type" + In(fault) + ", não é conhecido.";
+}
+
+std::string TypeNotDerived(const TSchemaFault& fault) {
+    return "O tipo " + Quote(fault.Found) + ", indicado por xsi:type" + In(fault) +
+           ", não pode substituir o tipo declarado.";
+}
+
+std::string NilNotAllowed(const TSchemaFault& fault) {
+    return "O atributo xsi:nil não é permitido" + In(fault) + ".";
+}
+
+std::string NilWithContent(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + " deve ficar vazio, pois está marcado com xsi:nil.";
+}
+
+std::string DuplicateId(const TSchemaFault& fault) {
+    return "O identificador " + Quote(fault.Found) + " aparece mais de uma vez no arquivo.";
+}
+
+// ---- values
+
+std::string EmptyValue(const TSchemaFault& fault) {
+    return Subject(fault) + " está vazio.";
+}
+
+std::string NotInList(const TSchemaFault& fault) {
+    std::string codes;
+    for (const std::string& code : fault.Expected)
+        codes += (codes.empty() ? "" : ", ") + (code.empty() ? std::string("(vazio)") : CutText(code, kShownValue));
+    const bool all = static_cast<std::int64_t>(fault.Expected.size()) == fault.Count;
+    return ValueOfSubject(fault) + " não está na lista de códigos permitidos (" +
+           Number(fault.Count, "código", "códigos") + "): " + codes + (all ? "." : "...");
+}
+
+std::string Length(const TSchemaFault& fault, std::string_view what, std::string_view limit) {
+    return ValueOfSubject(fault) + " é " + std::string(what) + ": tem " + Number(fault.Count, "caractere", "caracteres") +
+           "; " + std::string(limit) + " " + std::to_string(fault.Limit) + ".";
+}
+
+std::string TooLong(const TSchemaFault& fault) {
+    return Length(fault, "longo demais", "o máximo é");
+}
+
+std::string TooShort(const TSchemaFault& fault) {
+    return Length(fault, "curto demais", "o mínimo é");
+}
+
+std::string WrongLength(const TSchemaFault& fault) {
+    return ValueOfSubject(fault) + " tem " + Number(fault.Count, "caractere", "caracteres") + "; deve ter exatamente " +
+           std::to_string(fault.Limit) + ".";
+}
+
+std::string TooManyDigits(const TSchemaFault& fault) {
+    return ValueOfSubject(fault) + " tem " + Number(fault.Count, "dígito", "dígitos") + "; o máximo é " +
+           std::to_string(fault.Limit) + ".";
+}
+
+std::string TooManyDecimals(const TSchemaFault& fault) {
+    return ValueOfSubject(fault) + " tem " + Number(fault.Count, "casa decimal", "casas decimais") + "; o máximo é " +
+           std::to_string(fault.Limit) + ".";
+}
+
+std::string BelowMinimum(const TSchemaFault& fault) {
+    return ValueOfSubject(fault) +
+           (fault.Limit == 0 ? " é menor do que o mínimo, " : " deve ser maior do que ") + fault.Bound + ".";
+}
+
+std::string AboveMaximum(const TSchemaFault& fault) {
+    return ValueOfSubject(fault) +
+           (fault.Limit == 0 ? " é maior do que o máximo, " : " deve ser menor do que ") + fault.Bound + ".";
+}
+
+std::string WrongPattern(const TSchemaFault& fault) {
+    return ValueOfSubject(fault) + " não tem o formato exigido: " + CutText(fault.Bound, 2 * kShownValue) + ".";
+}
+
+/// "O valor "x" de <y> não é uma data válida. Esperado: AAAA-MM-DD, por exemplo 2024-03-15."
+template<const char* What, const char* Example>
+std::string NotOfForm(const TSchemaFault& fault) {
+    return ValueOfSubject(fault) + " não é " + What + ". Esperado: " + Example + ".";
+}
+
+constexpr char kDecimal[] = "um número válido";
+constexpr char kDecimalForm[] = "algarismos, com ponto antes das casas decimais, por exemplo 1234.56";
+constexpr char kInteger[] = "um número inteiro válido";
+constexpr char kIntegerForm[] = "só algarismos, por exemplo 12";
+constexpr char kFloatForm[] = "por exemplo 1234.56 ou 1.2E3";
+constexpr char kBoolean[] = "um valor lógico válido";
+constexpr char kBooleanForm[] = "true, false, 1 ou 0";
+constexpr char kDate[] = "uma data válida";
+constexpr char kDateForm[] = "AAAA-MM-DD, por exemplo 2024-03-15";
+constexpr char kTime[] = "um horário válido";
+constexpr char kTimeForm[] = "HH:MM:SS, por exemplo 14:30:00";
+constexpr char kDateTime[] = "uma data com horário válida";
+constexpr char kDateTimeForm[] = "AAAA-MM-DDTHH:MM:SS, por exemplo 2024-03-15T14:30:00";
+constexpr char kBase64[] = "um conteúdo válido em Base64";
+constexpr char kBase64Form[] = "letras, algarismos, +, / e = no fim";
+constexpr char kHex[] = "um conteúdo hexadecimal válido";
+constexpr char kHexForm[] = "pares de algarismos de 0 a 9 e letras de A a F";
+constexpr char kUri[] = "um endereço (URI) válido";
+constexpr char kUriForm[] = "por exemplo http://www.exemplo.com.br/pagina";
+constexpr char kName[] = "um nome válido";
+constexpr char kNameForm[] = "uma letra ou _ no começo, depois letras, algarismos, ponto, - ou _";
+
+using TSentence = std::string (*)(const TSchemaFault&);
+
+struct TEntry {
+    TSchemaFaultCode Code;
+    TSentence Sentence;
+};
+
+constexpr TEntry kCatalogue[] = {
+    {TSchemaFaultCode::UnknownRoot, UnknownRoot},
+    {TSchemaFaultCode::UndeclaredPrefix, UndeclaredPrefix},
+    {TSchemaFaultCode::UnknownElement, UnknownElement},
+    {TSchemaFaultCode::WrongCase, WrongCase},
+    {TSchemaFaultCode::WrongNamespace, WrongNamespace},
+    {TSchemaFaultCode::UndeclaredByName, UndeclaredByName},
+    {TSchemaFaultCode::OutOfOrder, OutOfOrder},
+    {TSchemaFaultCode::ExclusiveElement, ExclusiveElement},
+    {TSchemaFaultCode::MissingElement, MissingElement},
+    {TSchemaFaultCode::MissingChoice, MissingChoice},
+    {TSchemaFaultCode::TooMany, TooMany},
+    {TSchemaFaultCode::TooFew, TooFew},
+    {TSchemaFaultCode::TextNotAllowed, TextNotAllowed},
+    {TSchemaFaultCode::ContentNotAllowed, ContentNotAllowed},
+    {TSchemaFaultCode::ElementInSimpleType, ElementInSimpleType},
+    {TSchemaFaultCode::UnknownAttribute, UnknownAttribute},
+    {TSchemaFaultCode::MissingAttribute, MissingAttribute},
+    {TSchemaFaultCode::FixedValue, FixedValue},
+    {TSchemaFaultCode::UnknownType, UnknownType},
+    {TSchemaFaultCode::TypeNotDerived, TypeNotDerived},
+    {TSchemaFaultCode::NilNotAllowed, NilNotAllowed},
+    {TSchemaFaultCode::NilWithContent, NilWithContent},
+    {TSchemaFaultCode::DuplicateId, DuplicateId},
+    {TSchemaFaultCode::EmptyValue, EmptyValue},
+    {TSchemaFaultCode::NotInList, NotInList},
+    {TSchemaFaultCode::TooLong, TooLong},
+    {TSchemaFaultCode::TooShort, TooShort},
+    {TSchemaFaultCode::WrongLength, WrongLength},
+    {TSchemaFaultCode::TooManyDigits, TooManyDigits},
+    {TSchemaFaultCode::TooManyDecimals, TooManyDecimals},
+    {TSchemaFaultCode::BelowMinimum, BelowMinimum},
+    {TSchemaFaultCode::AboveMaximum, AboveMaximum},
+    {TSchemaFaultCode::WrongPattern, WrongPattern},
+    {TSchemaFaultCode::NotDecimal, NotOfForm<kDecimal, kDecimalForm>},
+    {TSchemaFaultCode::NotInteger, NotOfForm<kInteger, kIntegerForm>},
+    {TSchemaFaultCode::NotFloat, NotOfForm<kDecimal, kFloatForm>},
+    {TSchemaFaultCode::NotBoolean, NotOfForm<kBoolean, kBooleanForm>},
+    {TSchemaFaultCode::NotDate, NotOfForm<kDate, kDateForm>},
+    {TSchemaFaultCode::NotTime, NotOfForm<kTime, kTimeForm>},
+    {TSchemaFaultCode::NotDateTime, NotOfForm<kDateTime, kDateTimeForm>},
+    {TSchemaFaultCode::NotBase64, NotOfForm<kBase64, kBase64Form>},
+    {TSchemaFaultCode::NotHex, NotOfForm<kHex, kHexForm>},
+    {TSchemaFaultCode::NotUri, NotOfForm<kUri, kUriForm>},
+    {TSchemaFaultCode::NotName, NotOfForm<kName, kNameForm>},
+};
+
+} // namespace
+
+std::string TSchemaMessages::Sentence(const TSchemaFault& fault) {
+    const auto* entry = std::find_if(std::begin(kCatalogue), std::end(kCatalogue),
+                                     [&](const TEntry& candidate) { return candidate.Code == fault.Code; });
+    assert(entry != std::end(kCatalogue));
+    return entry->Sentence(fault);
+}
+
+std::string CutText(std::string_view text, std::size_t characters) {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool starts = (static_cast<unsigned char>(text[i]) & 0xC0) != 0x80;
+        if (starts && count++ == characters)
+            return std::string(text.substr(0, i)) + "...";
+    }
+    return std::string(text);
+}
+
+} // namespace conferix

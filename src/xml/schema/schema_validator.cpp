@@ -1,0 +1,540 @@
+#include "xml/schema/schema_validator.h"
+
+#include "xml/schema/schema_files.h"
+#include "xml/schema/schema_recovery.h"
+#include "xml/schema/schema_scope.h"
+#include "xml/xml_node.h"
+
+#include <algorithm>
+#include <optional>
+#include <set>
+#include <string>
+#include <unordered_set>
+
+namespace conferix {
+
+namespace {
+
+constexpr std::size_t kCodesShown = 10;
+
+/// An element whose children are being walked.
+struct TFrame {
+    const TXmlNode* Node = nullptr;
+    const TXmlNode* Next = nullptr;           ///< the child at which the walk goes on
+    const TSchemaComplexType* Type = nullptr; ///< null: the content is not judged
+    std::uint32_t State = 0;                  ///< of the type's automaton
+    std::uint32_t Count = 0;                  ///< occurrences of the position that the state stands after
+    std::uint64_t Seen = 0;                   ///< positions met, of an xs:all
+    std::uint32_t ChildIndex = 0;             ///< of the next child element
+    bool Explained = false;                   ///< its content does not fit; decisions_ tells how children are judged
+    bool ContentReported = false;             ///< text or content where none may stand was reported
+    std::optional<TSchemaScopes::TMark> Mark;
+};
+
+/// The type that governs an element: one of the two.
+struct TGoverning {
+    const TSchemaSimpleType* Simple = nullptr;
+    const TSchemaComplexType* Complex = nullptr;
+};
+
+bool IsBlank(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), IsXmlSpace);
+}
+
+class TValidation {
+  public:
+    TValidation(const TSchemaSet& set, const TXmlDocument& document)
+        : set_(set), document_(document), scopes_(set, document.NameCount()), recovery_(set) {}
+
+    std::vector<TSchemaFault> Run() {
+        if (const TXmlNode* root = document_.Element())
+            VisitRoot(*root);
+        while (!frames_.empty())
+            Advance();
+        Sort();
+        return std::move(faults_);
+    }
+
+  private:
+    // ---- walking
+
+    void VisitRoot(const TXmlNode& root) {
+        const auto mark = scopes_.Enter(root);
+        const TSchemaName name = NameOf(root);
+        if (const TSchemaElement* element = set_.GlobalElement(name.Symbol)) {
+            Judge(root, element, {element->SimpleType, element->ComplexType}, mark);
+            return;
+        }
+        if (!name.Undeclared)
+            ReportRoot(root, name);
+        LeaveOut(root, mark);
+    }
+
+    void ReportRoot(const TXmlNode& root, const TSchemaName& name) {
+        const std::uint32_t target = set_.NamespaceId(set_.TargetNamespace());
+        const bool known = set_.GlobalElement(set_.SymbolOf(target, root.LocalName())) != nullptr;
+        const bool elsewhere = known && name.Namespace != target;
+        TSchemaFault& fault = Add(elsewhere ? TSchemaFaultCode::WrongNamespace : TSchemaFaultCode::UnknownRoot, root);
+        if (elsewhere)
+            fault.Bound = set_.TargetNamespace();
+        for (const TSchemaElement* element : set_.GlobalElements())
+            if (element->Namespace == target)
+                fault.Expected.push_back(element->Name);
+    }
+
+    void Advance() {
+        TFrame& frame = frames_.back();
+        const TXmlNode* child = frame.Next;
+        if (child == nullptr) {
+            Finish(frame);
+            scopes_.Leave(frame.Mark);
+            frames_.pop_back();
+            return;
+        }
+        frame.Next = child->NextSibling();
+        if (child->IsTag())
+            VisitChild(frame, *child);
+        else if (child->Kind() == TXmlNodeKind::xnText || child->Kind() == TXmlNodeKind::xnCData)
+            JudgeText(frame, child->Value());
+    }
+
+    void VisitChild(TFrame& frame, const TXmlNode& child) {
+        const auto mark = scopes_.Enter(child);
+        const TSchemaName name = NameOf(child);
+        if (frame.Type == nullptr)
+            return LeaveOut(child, mark);
+        if (frame.Type->Content == TSchemaContent::Empty) {
+            ReportContent(frame);
+            return LeaveOut(child, mark);
+        }
+        const TSchemaDecision decision = Decide(frame, name);
+        ++frame.ChildIndex;
+        if (decision.Element != nullptr)
+            Judge(child, decision.Element, {decision.Element->SimpleType, decision.Element->ComplexType}, mark);
+        else if (decision.Wildcard != nullptr)
+            JudgeFree(child, name, *decision.Wildcard, mark);
+        else
+            LeaveOut(child, mark);
+    }
+
+    TSchemaName NameOf(const TXmlNode& node) {
+        const TSchemaName name = scopes_.Element(node.Name());
+        if (name.Undeclared)
+            ReportPrefix(node, node.Prefix());
+        return name;
+    }
+
+    /// Walks an element without judging it; only its prefixes are looked at.
+    void LeaveOut(const TXmlNode& node, const std::optional<TSchemaScopes::TMark>& mark) {
+        for (const TXmlAttribute& attribute : node.Attributes())
+            if (!IsDeclaration(attribute) && !scopes_.AttributeNamespace(attribute.Name()))
+                ReportPrefix(node, attribute.Name().Prefix);
+        Open(node, nullptr, mark);
+    }
+
+    void Open(const TXmlNode& node, const TSchemaComplexType* type, const std::optional<TSchemaScopes::TMark>& mark) {
+        TFrame& frame = frames_.emplace_back();
+        frame.Node = &node;
+        frame.Next = node.FirstChild();
+        frame.Type = type;
+        frame.Mark = mark;
+    }
+
+    // ---- content
+
+    TSchemaDecision Decide(TFrame& frame, const TSchemaName& name) {
+        if (!frame.Explained) {
+            if (const TSchemaPosition* position = Step(frame, name))
+                return {position->Element, position->Wildcard};
+            Explain(frame);
+        }
+        return decisions_.back()[frame.ChildIndex];
+    }
+
+    /// Takes one element into a frame's automaton; null when it does not fit.
+    const TSchemaPosition* Step(TFrame& frame, const TSchemaName& name) {
+        const TSchemaAutomaton& automaton = frame.Type->Automaton;
+        if (automaton.IsAll)
+            return StepAll(frame, name);
+        if (frame.State > 0) {
+            const TSchemaPosition& current = automaton.Positions[frame.State - 1];
+            if (frame.Count < current.Max && Takes(current, name)) {
+                ++frame.Count;
+                return &current;
+            }
+            if (frame.Count < current.Min)
+                return nullptr;
+        }
+        const auto symbols = automaton.FollowSymbols(frame.State);
+        std::size_t edge = 0;
+        while (edge < symbols.size() && symbols[edge] != name.Symbol)
+            ++edge;
+        const auto targets = automaton.Follow(frame.State);
+        if (edge == symbols.size() && automaton.HasWildcards && !name.Undeclared)
+            edge = static_cast<std::size_t>(
+                std::find_if(targets.begin(), targets.end(),
+                             [&](std::uint32_t p) {
+                                 const TSchemaWildcard* wildcard = automaton.Positions[p].Wildcard;
+                                 return wildcard != nullptr && wildcard->Admits(name.Namespace);
+                             }) -
+                targets.begin());
+        if (edge == symbols.size())
+            return nullptr;
+        frame.State = targets[edge] + 1;
+        frame.Count = 1;
+        return &automaton.Positions[targets[edge]];
+    }
+
+    static bool Takes(const TSchemaPosition& position, const TSchemaName& name) {
+        if (position.Element != nullptr)
+            return position.Element->Symbol == name.Symbol;
+        return !name.Undeclared && position.Wildcard->Admits(name.Namespace);
+    }
+
+    static const TSchemaPosition* StepAll(TFrame& frame, const TSchemaName& name) {
+        const auto& positions = frame.Type->Automaton.Positions;
+        for (std::size_t p = 0; p < positions.size(); ++p) {
+            const std::uint64_t bit = std::uint64_t{1} << p;
+            if (positions[p].Symbol() == name.Symbol && (frame.Seen & bit) == 0) {
+                frame.Seen |= bit;
+                return &positions[p];
+            }
+        }
+        return nullptr;
+    }
+
+    static bool IsComplete(const TFrame& frame) {
+        const TSchemaAutomaton& automaton = frame.Type->Automaton;
+        if (automaton.IsAll) {
+            if (automaton.AllOptional && frame.Seen == 0)
+                return true;
+            for (std::size_t p = 0; p < automaton.Positions.size(); ++p)
+                if (automaton.Positions[p].Min > 0 && (frame.Seen & (std::uint64_t{1} << p)) == 0)
+                    return false;
+            return true;
+        }
+        return automaton.Accepting[frame.State] != 0 &&
+               (frame.State == 0 || frame.Count >= automaton.Positions[frame.State - 1].Min);
+    }
+
+    void Finish(TFrame& frame) {
+        if (frame.Type == nullptr || frame.Type->Content == TSchemaContent::Empty)
+            return;
+        if (!frame.Explained && !IsComplete(frame))
+            Explain(frame);
+        if (frame.Explained)
+            decisions_.pop_back();
+    }
+
+    /// Looks at a frame's children as a whole and reports what is wrong with them.
+    void Explain(TFrame& frame) {
+        std::vector<TSchemaChild> children;
+        for (const TXmlNode& child : frame.Node->ChildTags()) {
+            const auto mark = scopes_.Enter(child);
+            children.push_back({&child, scopes_.Element(child.Name())});
+            scopes_.Leave(mark);
+        }
+        decisions_.push_back(recovery_.Recover(*frame.Type, *frame.Node, children, faults_));
+        frame.Explained = true;
+    }
+
+    void JudgeText(TFrame& frame, std::string_view text) {
+        if (frame.Type == nullptr || frame.Type->Content == TSchemaContent::Mixed)
+            return;
+        if (frame.Type->Content == TSchemaContent::Empty) {
+            if (!text.empty())
+                ReportContent(frame);
+        } else if (!frame.ContentReported && !IsBlank(text)) {
+            frame.ContentReported = true;
+            Add(TSchemaFaultCode::TextNotAllowed, *frame.Node).Found = TrimXmlSpace(text);
+        }
+    }
+
+    void ReportContent(TFrame& frame) {
+        if (!frame.ContentReported)
+            Add(TSchemaFaultCode::ContentNotAllowed, *frame.Node);
+        frame.ContentReported = true;
+    }
+
+    /// An element that a wildcard admits: by its global declaration, else as the wildcard says.
+    void JudgeFree(const TXmlNode& node, const TSchemaName& name, const TSchemaWildcard& wildcard,
+                   const std::optional<TSchemaScopes::TMark>& mark) {
+        if (wildcard.Process == TSchemaProcess::Skip)
+            return LeaveOut(node, mark);
+        if (const TSchemaElement* element = set_.GlobalElement(name.Symbol))
+            return Judge(node, element, {element->SimpleType, element->ComplexType}, mark);
+        if (wildcard.Process == TSchemaProcess::Lax || FindXsi(node, "type") != nullptr)
+            return Judge(node, nullptr, {nullptr, &set_.AnyType()}, mark);
+        Add(TSchemaFaultCode::UndeclaredByName, node);
+        LeaveOut(node, mark);
+    }
+
+    // ---- one element
+
+    void Judge(const TXmlNode& node, const TSchemaElement* element, TGoverning type,
+               const std::optional<TSchemaScopes::TMark>& mark) {
+        bool nil = false;
+        const bool attributes = !node.Attributes().empty();
+        if (attributes) {
+            type = ApplyXsiType(node, type);
+            nil = IsNil(node, element);
+        }
+        if (attributes || (type.Complex != nullptr && !type.Complex->Attributes.empty()))
+            JudgeAttributes(node, type.Complex);
+        if (nil) {
+            if (node.FirstChildTag() != nullptr || !node.TextWithCData().empty())
+                Add(TSchemaFaultCode::NilWithContent, node);
+            return LeaveOut(node, mark);
+        }
+        const TSchemaSimpleType* simple = type.Simple;
+        if (simple == nullptr && type.Complex->Content == TSchemaContent::Simple)
+            simple = type.Complex->SimpleContent;
+        if (simple == nullptr) {
+            Open(node, type.Complex, mark);
+            if (node.FirstChild() == nullptr)
+                JudgeText(frames_.back(), node.Value());
+            return;
+        }
+        JudgeValue(node, element, *simple, mark);
+    }
+
+    void JudgeValue(const TXmlNode& node, const TSchemaElement* element, const TSchemaSimpleType& type,
+                    const std::optional<TSchemaScopes::TMark>& mark) {
+        std::string joined;
+        std::string_view raw = node.Value();
+        if (node.FirstChild() != nullptr) {
+            if (const TXmlNode* inner = node.FirstChildTag()) {
+                TSchemaFault& fault = Add(TSchemaFaultCode::ElementInSimpleType, *inner);
+                fault.Parent = node.LocalName();
+                return LeaveOut(node, mark);
+            }
+            joined = node.TextWithCData();
+            raw = joined;
+        }
+        scopes_.Leave(mark);
+        const bool replaced = raw.empty() && element != nullptr && (element->Default || element->Fixed);
+        if (replaced)
+            return;
+        if (const auto fault = type.Check(raw))
+            ReportValue(node, nullptr, type, raw, *fault);
+        else if (element != nullptr && element->Fixed && !type.SameValue(raw, *element->Fixed))
+            ReportFixed(node, nullptr, raw, *element->Fixed);
+        else if (type.Kind == TSchemaValueKind::Id)
+            JudgeId(node, nullptr, raw);
+    }
+
+    void JudgeId(const TXmlNode& node, const TXmlAttribute* attribute, std::string_view raw) {
+        const std::string_view id = TrimXmlSpace(raw);
+        if (ids_.emplace(id).second)
+            return;
+        Add(TSchemaFaultCode::DuplicateId, node, attribute).Found = id;
+    }
+
+    // ---- attributes
+
+    static bool IsDeclaration(const TXmlAttribute& attribute) {
+        return attribute.QualifiedName() == "xmlns" || attribute.Name().Prefix == "xmlns";
+    }
+
+    bool IsXsi(const TXmlAttribute& attribute) const {
+        return !attribute.Name().Prefix.empty() && scopes_.Uri(attribute.Name().Prefix) == kXsiNamespace;
+    }
+
+    const TXmlAttribute* FindXsi(const TXmlNode& node, std::string_view local) const {
+        for (const TXmlAttribute& attribute : node.Attributes())
+            if (attribute.Name().Local == local && IsXsi(attribute))
+                return &attribute;
+        return nullptr;
+    }
+
+    TGoverning ApplyXsiType(const TXmlNode& node, const TGoverning& declared) {
+        const TXmlAttribute* attribute = FindXsi(node, "type");
+        if (attribute == nullptr)
+            return declared;
+        const std::string_view written = TrimXmlSpace(attribute->Value());
+        const std::size_t colon = written.find(':');
+        const std::string_view prefix = colon == std::string_view::npos ? std::string_view{} : written.substr(0, colon);
+        const std::string_view local = colon == std::string_view::npos ? written : written.substr(colon + 1);
+        const auto uri = scopes_.Uri(prefix);
+        TGoverning named;
+        if (uri) {
+            const std::uint32_t id = set_.NamespaceId(*uri);
+            named = {set_.FindSimpleType(id, local), set_.FindComplexType(id, local)};
+        }
+        if (named.Simple == nullptr && named.Complex == nullptr) {
+            Add(TSchemaFaultCode::UnknownType, node, attribute).Found = written;
+            return declared;
+        }
+        if (!Derives(named, declared)) {
+            Add(TSchemaFaultCode::TypeNotDerived, node, attribute).Found = written;
+            return declared;
+        }
+        return named;
+    }
+
+    bool Derives(const TGoverning& type, const TGoverning& declared) const {
+        if (declared.Complex == &set_.AnyType())
+            return true;
+        if (type.Complex != nullptr && declared.Complex != nullptr)
+            return type.Complex->DerivesFrom(*declared.Complex);
+        const TSchemaSimpleType* simple = type.Simple;
+        for (const TSchemaComplexType* step = type.Complex; step != nullptr && simple == nullptr; step = step->BaseComplex)
+            simple = step->BaseSimple;
+        return simple != nullptr && declared.Simple != nullptr && simple->DerivesFrom(*declared.Simple);
+    }
+
+    bool IsNil(const TXmlNode& node, const TSchemaElement* element) {
+        const TXmlAttribute* attribute = FindXsi(node, "nil");
+        if (attribute == nullptr || element == nullptr)
+            return false;
+        if (!element->Nillable) {
+            Add(TSchemaFaultCode::NilNotAllowed, node, attribute);
+            return false;
+        }
+        const std::string_view value = TrimXmlSpace(attribute->Value());
+        if (value != "true" && value != "1" && value != "false" && value != "0") {
+            Add(TSchemaFaultCode::NotBoolean, node, attribute).Found = value;
+            return false;
+        }
+        return value == "true" || value == "1";
+    }
+
+    void JudgeAttributes(const TXmlNode& node, const TSchemaComplexType* type) {
+        static const std::vector<TSchemaAttribute> kNoAttributes;
+        const auto& declared = type != nullptr ? type->Attributes : kNoAttributes;
+        std::size_t required = static_cast<std::size_t>(
+            std::count_if(declared.begin(), declared.end(), [](const TSchemaAttribute& a) { return a.Required; }));
+        for (const TXmlAttribute& attribute : node.Attributes()) {
+            if (IsDeclaration(attribute))
+                continue;
+            const auto id = scopes_.AttributeNamespace(attribute.Name());
+            if (!id) {
+                ReportPrefix(node, attribute.Name().Prefix);
+                continue;
+            }
+            const auto found = std::find_if(declared.begin(), declared.end(), [&](const TSchemaAttribute& candidate) {
+                return candidate.Namespace == *id && candidate.Name == attribute.Name().Local;
+            });
+            if (found != declared.end()) {
+                required -= found->Required ? 1 : 0;
+                JudgeAttribute(node, attribute, *found);
+            } else if (!IsKnownXsi(attribute)) {
+                JudgeOtherAttribute(node, attribute, type, *id);
+            }
+        }
+        if (required > 0)
+            ReportMissingAttributes(node, declared);
+    }
+
+    bool IsKnownXsi(const TXmlAttribute& attribute) const {
+        const std::string_view local = attribute.Name().Local;
+        return (local == "type" || local == "nil" || local == "schemaLocation" ||
+                local == "noNamespaceSchemaLocation") &&
+               IsXsi(attribute);
+    }
+
+    void JudgeAttribute(const TXmlNode& node, const TXmlAttribute& attribute, const TSchemaAttribute& declared) {
+        if (const auto fault = declared.Type->Check(attribute.Value()))
+            ReportValue(node, &attribute, *declared.Type, attribute.Value(), *fault);
+        else if (declared.Fixed && !declared.Type->SameValue(attribute.Value(), *declared.Fixed))
+            ReportFixed(node, &attribute, attribute.Value(), *declared.Fixed);
+        else if (declared.Type->Kind == TSchemaValueKind::Id)
+            JudgeId(node, &attribute, attribute.Value());
+    }
+
+    void JudgeOtherAttribute(const TXmlNode& node, const TXmlAttribute& attribute, const TSchemaComplexType* type,
+                             std::uint32_t namespaceId) {
+        const TSchemaWildcard* wildcard = type != nullptr ? type->AnyAttribute : nullptr;
+        if (wildcard != nullptr && wildcard->Admits(namespaceId)) {
+            const TSchemaAttribute* global = set_.GlobalAttribute(namespaceId, attribute.Name().Local);
+            if (wildcard->Process == TSchemaProcess::Skip)
+                return;
+            if (global != nullptr)
+                return JudgeAttribute(node, attribute, *global);
+            if (wildcard->Process == TSchemaProcess::Lax)
+                return;
+        }
+        TSchemaFault& fault = Add(TSchemaFaultCode::UnknownAttribute, node, &attribute);
+        if (type != nullptr)
+            for (const TSchemaAttribute& known : type->Attributes)
+                fault.Expected.push_back(known.Name);
+    }
+
+    void ReportMissingAttributes(const TXmlNode& node, const std::vector<TSchemaAttribute>& declared) {
+        for (const TSchemaAttribute& candidate : declared) {
+            if (!candidate.Required)
+                continue;
+            const auto attributes = node.Attributes();
+            const bool present = std::any_of(attributes.begin(), attributes.end(), [&](const TXmlAttribute& attribute) {
+                return attribute.Name().Local == candidate.Name &&
+                       scopes_.AttributeNamespace(attribute.Name()) == candidate.Namespace;
+            });
+            if (present)
+                continue;
+            TSchemaFault& fault = Add(TSchemaFaultCode::MissingAttribute, node);
+            fault.Parent = fault.Name;
+            fault.Name = candidate.Name;
+        }
+    }
+
+    // ---- reporting
+
+    TSchemaFault& Add(TSchemaFaultCode code, const TXmlNode& node, const TXmlAttribute* attribute = nullptr) {
+        TSchemaFault& fault = faults_.emplace_back(MakeSchemaFault(code, node));
+        fault.Attribute = attribute;
+        const TXmlNode* parent = attribute != nullptr ? &node : node.Parent();
+        fault.Name = attribute != nullptr ? attribute->Name().Local : node.LocalName();
+        if (parent != nullptr && parent->IsTag())
+            fault.Parent = parent->LocalName();
+        return fault;
+    }
+
+    void ReportPrefix(const TXmlNode& node, std::string_view prefix) {
+        if (undeclared_.emplace(prefix).second)
+            Add(TSchemaFaultCode::UndeclaredPrefix, node).Found = prefix;
+    }
+
+    void ReportFixed(const TXmlNode& node, const TXmlAttribute* attribute, std::string_view raw, const std::string& fixed) {
+        TSchemaFault& fault = Add(TSchemaFaultCode::FixedValue, node, attribute);
+        fault.Found = TrimXmlSpace(raw);
+        fault.Bound = fixed;
+    }
+
+    void ReportValue(const TXmlNode& node, const TXmlAttribute* attribute, const TSchemaSimpleType& type,
+                     std::string_view raw, const TSchemaValueFault& found) {
+        TSchemaFault& fault = Add(found.Code, node, attribute);
+        fault.Found = raw;
+        fault.Bound = found.Bound;
+        fault.Count = found.Count;
+        fault.Limit = found.Limit;
+        if (found.Code == TSchemaFaultCode::NotInList)
+            fault.Expected.assign(type.Facets.Codes.begin(),
+                                  type.Facets.Codes.begin() +
+                                      static_cast<std::ptrdiff_t>(std::min(kCodesShown, type.Facets.Codes.size())));
+    }
+
+    /// Faults of a parent's content are found only when some of its children were judged already.
+    void Sort() {
+        const auto before = [](const TSchemaFault& left, const TSchemaFault& right) { return left.FilePos < right.FilePos; };
+        if (!std::is_sorted(faults_.begin(), faults_.end(), before))
+            std::stable_sort(faults_.begin(), faults_.end(), before);
+    }
+
+    const TSchemaSet& set_;
+    const TXmlDocument& document_;
+    TSchemaScopes scopes_;
+    TSchemaRecovery recovery_;
+    std::vector<TFrame> frames_;
+    std::vector<std::vector<TSchemaDecision>> decisions_; ///< of the explained frames, innermost last
+    std::vector<TSchemaFault> faults_;
+    std::set<std::string, std::less<>> undeclared_;
+    std::unordered_set<std::string> ids_;
+};
+
+} // namespace
+
+std::vector<TSchemaFault> TSchemaValidator::Validate(const TXmlDocument& document) const {
+    return TValidation(set_, document).Run();
+}
+
+} // namespace conferix
