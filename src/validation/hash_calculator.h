@@ -1,0 +1,22 @@
+#pragma once
+
+#include "xml/xml_document.h"
+
+#include <string>
+
+namespace conferix {
+
+/// The two encodings in which health plans compute the epilogue's hash.
+enum class THashEncoding {
+    Iso88591, ///< the ANSI code page of Portuguese systems, Windows-1252
+    Utf8
+};
+
+/// MD5 of the text values of all elements before the epilogue, in document order.
+class THashCalculator {
+  public:
+    /// The digest as 32 lower-case hexadecimal digits.
+    static std::string Calculate(const TXmlDocument& document, THashEncoding encoding);
+};
+
+} // namespace conferix

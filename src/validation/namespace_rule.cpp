@@ -1,0 +1,256 @@
+#include "validation/namespace_rule.h"
+
+#include "model/mensagem_tiss.h"
+#include "model/monitoramento.h"
+#include "xml/xml_scanner.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <array>
+
+namespace conferix {
+
+namespace {
+
+constexpr std::string_view kTissNamespace = "http://www.ans.gov.br/padroes/tiss/schemas";
+constexpr std::string_view kTissNamespaceCore = "www.ans.gov.br/padroes/tiss";
+constexpr std::string_view kSignatureNamespace = "http://www.w3.org/2000/09/xmldsig#";
+constexpr std::string_view kSignaturePrefix = "ds";
+
+constexpr std::array<std::string_view, 15> kSignatureNames = {
+    "Signature",       "SignedInfo",       "CanonicalizationMethod",
+    "SignatureMethod", "HMACOutputLength", "Reference",
+    "Transforms",      "Transform",        "DigestMethod",
+    "DigestValue",     "SignatureValue",   "KeyInfo",
+    "X509Data",        "X509Certificate",  "Object"};
+
+/// The element that is a signature itself.
+bool IsSignature(const TXmlNode& node) {
+    return node.IsTag() && node.LocalName() == "Signature";
+}
+
+/// An element of the message that holds the parts of a signature.
+bool IsSignatureWrapper(const TXmlNode& node) {
+    return node.IsTag() &&
+           (node.LocalName() == "assinaturaDigital" || node.LocalName() == "assinaturaDigitalGuia");
+}
+
+void AddDistinct(std::vector<std::string_view>& list, std::string_view text) {
+    if (std::find(list.begin(), list.end(), text) == list.end())
+        list.push_back(text);
+}
+
+std::string_view PrefixOf(std::string_view qualifiedName) {
+    const std::size_t colon = qualifiedName.find(':');
+    return colon == std::string_view::npos ? std::string_view{} : qualifiedName.substr(0, colon);
+}
+
+/// Distinct prefixes; no entry at all when no name has one.
+std::vector<std::string_view> Prefixes(const std::vector<std::string_view>& names) {
+    std::vector<std::string_view> prefixes;
+    for (const std::string_view name : names)
+        AddDistinct(prefixes, PrefixOf(name));
+    if (prefixes.size() == 1 && prefixes.front().empty())
+        prefixes.clear();
+    return prefixes;
+}
+
+/// The first node after a subtree, in document order within `root`.
+template<class Node>
+Node* AfterSubtree(Node* node, const TXmlNode* root) {
+    while (node != root && node->NextSibling() == nullptr)
+        node = node->Parent();
+    return node == root ? nullptr : node->NextSibling();
+}
+
+} // namespace
+
+void TNamespaceValidation::Visit(const IMensagemTiss& mensagem) {
+    Check(mensagem.shared_from_this());
+}
+void TNamespaceValidation::Visit(const IMonitoramento& monitoramento) {
+    Check(monitoramento.shared_from_this());
+}
+void TNamespaceValidation::Visit(const IMonitoramentoQualidade& qualidade) {
+    Check(qualidade.shared_from_this());
+}
+
+bool TNamespaceValidation::SignatureTagWithRequiredNamespace(std::string_view tagName) {
+    return std::any_of(kSignatureNames.begin(), kSignatureNames.end(),
+                       [&](std::string_view name) { return tagName.find(name) != std::string_view::npos; });
+}
+
+void TNamespaceValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
+    StartVisit();
+    signatureTags_.clear();
+    // One walk gathers the names in order of appearance: those of signatures, and those of all tags.
+    const TXmlDocument& document = *file->Xml();
+    std::vector<bool> inSignature(document.NameCount());
+    std::vector<bool> seen(document.NameCount());
+    std::vector<const TXmlName*> names;
+    const TXmlNode* signatureEnd = nullptr;
+    bool inside = false;
+    TXmlMappingScanner::Scan(document.Root(), [&](const TXmlNode& node, bool&) {
+        if (inside && &node == signatureEnd)
+            inside = false;
+        if (!node.IsTag())
+            return;
+        const TXmlName& name = node.Name();
+        if (!seen[name.Id]) {
+            seen[name.Id] = true;
+            names.push_back(&name);
+        }
+        if (!inside && (IsSignature(node) || IsSignatureWrapper(node))) {
+            inside = true;
+            signatureEnd = AfterSubtree(&node, &document.Root());
+            if (!IsSignature(node))
+                return; // the wrapper is a tag of the message
+        }
+        if (inside && !inSignature[name.Id]) {
+            inSignature[name.Id] = true;
+            signatureTags_.push_back(name.Qualified);
+        }
+    });
+
+    std::vector<std::string_view> messageNames;
+    for (const TXmlName* name : names)
+        if (!inSignature[name->Id])
+            messageNames.push_back(name->Qualified);
+    JudgeMessageTags(file, Prefixes(messageNames));
+    if (!signatureTags_.empty())
+        JudgeSignatureTags(file);
+}
+
+void TNamespaceValidation::AddError(const std::shared_ptr<const IArquivoTiss>& file, std::string reason) {
+    const auto message = TValidationMessage::CreateError(this, std::move(reason));
+    message->AddSolver(std::make_shared<TNamespaceSolver>(file));
+    AddMessage(message);
+}
+
+void TNamespaceValidation::JudgeMessageTags(const std::shared_ptr<const IArquivoTiss>& file,
+                                            const std::vector<std::string_view>& prefixes) {
+    const std::string_view expected = file->GetNamespace();
+    if (prefixes.empty())
+        AddError(file, fmt::format("É necessário incluir o namespace \"{}\" nas tags do xml.", expected));
+    else if (prefixes.size() > 1)
+        AddError(file, fmt::format(
+                           "Foram encontrado vários namespaces nas tags do xml. O esperado é apenas \"{}\".",
+                           expected));
+    else if (prefixes.front() != expected)
+        AddError(file,
+                 fmt::format("O namespace {} é inválido. O esperado é \"{}\".", prefixes.front(), expected));
+    else
+        AddMessage(
+            TValidationMessage::CreateSuccess(this, "O namespace do XML é válido, conforme estabelecido nos "
+                                                    "schemas XSD do componente de comunicação."));
+}
+
+void TNamespaceValidation::JudgeSignatureTags(const std::shared_ptr<const IArquivoTiss>& file) {
+    std::vector<std::string_view> judged;
+    std::vector<std::string_view> without;
+    std::vector<std::string_view> wrong;
+    for (const std::string_view name : signatureTags_) {
+        if (!SignatureTagWithRequiredNamespace(name))
+            continue;
+        judged.push_back(name);
+        const std::string_view prefix = PrefixOf(name);
+        if (prefix.empty())
+            without.push_back(name);
+        else if (prefix != kSignaturePrefix)
+            wrong.push_back(name);
+    }
+    const std::vector<std::string_view> prefixes = Prefixes(judged);
+    if (prefixes.size() > 1) {
+        wrong.insert(wrong.end(), without.begin(), without.end());
+        AddError(file, fmt::format(
+                           "Algumas tags de assinatura digital estão com o namespace incorreto. O esperado é "
+                           "apenas o namespace \"ds\".\r\nTags com namespace incorreto: {}",
+                           fmt::join(wrong, ", ")));
+    } else if (prefixes.empty()) {
+        AddError(file,
+                 fmt::format("As tags de assinatura digital estão sem namespace. É esperado o namespace "
+                             "\"ds\".\r\nTags com namespace ausente: {}",
+                             fmt::join(without, ", ")));
+    } else if (prefixes.front() != kSignaturePrefix) {
+        AddError(file, fmt::format("O namespace \"{}\" é inválido para a assinatura digital. O esperado é "
+                                   "\"ds\".\r\nTags com namespace incorreto: {}",
+                                   prefixes.front(), fmt::join(wrong, ", ")));
+    } else {
+        AddMessage(TValidationMessage::CreateSuccess(this, "O namespace da assinatura digital é válido."));
+    }
+}
+
+namespace {
+
+bool DeclaresSignaturePrefix(const TXmlNode& node) {
+    const std::string declaration = fmt::format("xmlns:{}", kSignaturePrefix);
+    for (const TXmlNode* scope = &node; scope != nullptr && scope->IsTag(); scope = scope->Parent())
+        if (const TXmlAttribute* attribute = scope->Attribute(declaration))
+            return attribute->Value() == kSignatureNamespace;
+    return false;
+}
+
+void DropDefaultSignatureNamespace(TXmlNode& node) {
+    const TXmlAttribute* declaration = node.Attribute("xmlns");
+    if (declaration != nullptr && declaration->Value().find("xmldsig") != std::string_view::npos)
+        node.RemoveAttribute("xmlns");
+}
+
+void SolveSignature(TXmlNode& signature) {
+    if (!DeclaresSignaturePrefix(signature))
+        signature.SetAttribute(fmt::format("xmlns:{}", kSignaturePrefix), kSignatureNamespace);
+    for (TXmlNode* node = &signature; node != nullptr; node = node->NextInWalk(&signature)) {
+        if (!node->IsTag())
+            continue;
+        DropDefaultSignatureNamespace(*node);
+        if (node != &signature || IsSignature(signature))
+            node->SetPrefix(kSignaturePrefix);
+    }
+}
+
+/// Gives the root's declarations of the TISS namespace the expected prefix; one of them stays.
+void SolveRootDeclarations(TXmlNode& root, std::string_view expectedPrefix) {
+    const std::string expected = fmt::format("xmlns:{}", expectedPrefix);
+    std::vector<std::string> found;
+    for (const TXmlAttribute& attribute : root.Attributes())
+        if (attribute.QualifiedName().starts_with("xmlns") &&
+            attribute.Value().find(kTissNamespaceCore) != std::string_view::npos)
+            found.emplace_back(attribute.QualifiedName());
+    for (const std::string& name : found) {
+        if (name == expected)
+            continue;
+        if (root.Attribute(expected) == nullptr)
+            root.RenameAttribute(name, expected);
+        else
+            root.RemoveAttribute(name);
+    }
+    if (found.empty())
+        root.SetAttribute(expected, kTissNamespace);
+}
+
+} // namespace
+
+void TNamespaceSolver::Solve() {
+    if (solved_)
+        return;
+    solved_ = true;
+    TXmlDocument& document = *File()->Xml();
+    const std::string_view expected = File()->GetNamespace();
+    TXmlNode* root = document.Element();
+    for (TXmlNode* node = root; node != nullptr;) {
+        if (IsSignature(*node) || IsSignatureWrapper(*node)) {
+            SolveSignature(*node);
+            node = AfterSubtree(node, &document.Root());
+        } else {
+            node = node->NextInWalk(&document.Root());
+        }
+    }
+    SolveRootDeclarations(*root, expected);
+    for (TXmlNode* node = root; node != nullptr; node = node->NextInWalk(&document.Root()))
+        if (node->IsTag() && node->Prefix() != kSignaturePrefix)
+            node->SetPrefix(expected);
+}
+
+} // namespace conferix

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "validation/named_validation.h"
+#include "validation/solver.h"
+
+namespace conferix {
+
+/// Checks the namespace prefixes written on the tags of the message and of its digital signatures.
+class TNamespaceValidation : public TValidation {
+  public:
+    using TValidation::Visit;
+    void Visit(const IMensagemTiss& mensagem) override;
+    void Visit(const IMonitoramento& monitoramento) override;
+    void Visit(const IMonitoramentoQualidade& qualidade) override;
+    bool Required() const override { return true; }
+
+    /// True when a tag's name contains the name of an XML Signature element that must carry "ds".
+    static bool SignatureTagWithRequiredNamespace(std::string_view tagName);
+
+  private:
+    void Check(const std::shared_ptr<const IArquivoTiss>& file);
+    void JudgeMessageTags(const std::shared_ptr<const IArquivoTiss>& file,
+                          const std::vector<std::string_view>& prefixes);
+    void JudgeSignatureTags(const std::shared_ptr<const IArquivoTiss>& file);
+    void AddError(const std::shared_ptr<const IArquivoTiss>& file, std::string reason);
+
+    std::vector<std::string_view> signatureTags_; ///< distinct qualified names, in document order
+};
+
+using TMensagemTissNamespaceValidation =
+    TNamedValidation<TNamespaceValidation, "tiss.mensagem.namespace", "Namespace">;
+using TMonitoramentoNamespaceValidation =
+    TNamedValidation<TNamespaceValidation, "tiss.monitoramento.namespace", "Namespace">;
+using TMonitoramentoQualidadeNamespaceValidation =
+    TNamedValidation<TNamespaceValidation, "tiss.qualidade.namespace", "Namespace">;
+
+/// Gives every tag the prefix that the file's version uses, "ds" to the tags of signatures, and declares
+/// both. Solving twice does nothing the second time.
+class TNamespaceSolver : public TAbstractSolver {
+  public:
+    using TAbstractSolver::TAbstractSolver;
+    std::string Name() const override { return "TNamespaceSolver"; }
+    std::string Description() const override { return "Corrigir namespaces. "; }
+    void Solve() override;
+
+  private:
+    bool solved_ = false;
+};
+
+} // namespace conferix

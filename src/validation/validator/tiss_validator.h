@@ -1,0 +1,34 @@
+#pragma once
+
+#include "data/tuss_connection.h"
+#include "validation/validation.h"
+
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+namespace conferix {
+
+/// Builds the rules of all kinds of file and runs those of the loaded one. Lives for one run; its messages
+/// and their corrections outlive it.
+class TTissValidator {
+  public:
+    /// `arquivo` may be null where only the tree of rules is asked for.
+    TTissValidator(std::shared_ptr<const IArquivoTiss> arquivo, const std::filesystem::path& schemaFile,
+                   const std::shared_ptr<ITussConnection>& tuss);
+
+    /// All findings, in pre-order of the tree of rules. Lets pass what a rule raises (ESchemaNotFound,
+    /// ESchemaInvalido, terminology errors).
+    TValidationMessages Validate();
+
+    /// The root of each kind of file.
+    const std::vector<std::shared_ptr<TValidation>>& Validations() const { return validations_; }
+    /// Identities of the roots; with `recursive`, each followed by all its descendants in pre-order.
+    std::vector<IValidationIdentity> Validations(bool recursive) const;
+
+  private:
+    std::shared_ptr<const IArquivoTiss> arquivo_;
+    std::vector<std::shared_ptr<TValidation>> validations_;
+};
+
+} // namespace conferix
