@@ -1,0 +1,270 @@
+#include "app/cli/cli.h"
+
+#include "app/cli/commands.h"
+#include "data/constantes.h"
+#include "data/database_tuss.h"
+#include "data/tuss.h"
+#include "model/arquivo_tiss_factory.h"
+#include "model/tiss_exceptions.h"
+#include "sistema/sistema.h"
+#include "xml/xml_parser.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <functional>
+#include <istream>
+#include <iterator>
+#include <ostream>
+
+namespace conferix {
+
+namespace {
+
+/// The user's words for what CLI11 finds wrong.
+std::string UsageText(const CLI::ParseError& error, const std::vector<std::string>& words) {
+    const std::string name = error.get_name();
+    if (name == "RequiredError")
+        return words.empty() ? "falta o comando"
+                             : fmt::format("falta um argumento obrigatório ({})", error.what());
+    if (name == "ExtrasError")
+        return fmt::format("argumento desconhecido ({})", error.what());
+    if (name == "ValidationError" || name == "ConversionError")
+        return fmt::format("valor inválido para uma opção ({})", error.what());
+    if (name == "ArgumentMismatch")
+        return fmt::format("número errado de argumentos ({})", error.what());
+    if (name == "ExcludesError" || name == "RequiresError")
+        return fmt::format("opções que não combinam ({})", error.what());
+    return fmt::format("linha de comando inválida ({})", error.what());
+}
+
+void Translate(CLI::App& app) {
+    auto formatter = std::make_shared<CLI::Formatter>();
+    formatter->label("Usage", "Uso");
+    formatter->label("OPTIONS", "[OPÇÕES]");
+    formatter->label("SUBCOMMAND", "COMANDO");
+    formatter->label("SUBCOMMANDS", "COMANDO");
+    formatter->label("Options", "Opções");
+    formatter->label("Positionals", "Argumentos");
+    formatter->label("Subcommands", "Comandos");
+    formatter->label("REQUIRED", "(obrigatório)");
+    formatter->label("TEXT", "TEXTO");
+    formatter->label("INT", "N");
+    formatter->column_width(34);
+    app.formatter(formatter);
+}
+
+/// One command line: its options, and what to run once they are read.
+class TCommandLine {
+  public:
+    explicit TCommandLine(TCliStreams streams)
+        : context_{streams, {}, {}, {}, {}}, app_("Confere arquivos do padrão TISS.", "conferix") {
+        context_.Formato = "texto";
+        app_.set_help_flag("--ajuda,-h,--help", "Mostra esta ajuda e termina");
+        app_.set_version_flag("--versao", "conferix " CONFERIX_VERSAO, "Mostra a versão e termina");
+        Translate(app_);
+        app_.require_subcommand(1);
+        app_.fallthrough();
+        app_.add_option("--formato", context_.Formato, "texto, json, ndjson (validar) ou markdown (regras)")
+            ->option_text("FORMATO");
+        app_.add_option("--esquemas", context_.Esquemas, "Pasta dos schemas XSD")->option_text("PASTA");
+        app_.add_option("--terminologia", context_.Terminologia, "Base de terminologia (tuss.db)")
+            ->option_text("ARQUIVO");
+        app_.add_option("--config", context_.Config, "Arquivo de configuração (config.json)")
+            ->option_text("ARQUIVO");
+        AddValidar();
+        AddSingleFile("informar", "Mostra o que o arquivo é e contém", &RunInformar);
+        AddSingleFile("hash", "Mostra o hash informado e os calculados", &RunHash);
+        AddRegras();
+        AddEsquemas();
+        AddTerminologia();
+    }
+
+    int Run(const std::vector<std::string>& words) {
+        try {
+            app_.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+        } catch (const CLI::CallForHelp&) {
+            const CLI::App* asked = &app_;
+            while (!asked->get_subcommands().empty())
+                asked = asked->get_subcommands().front();
+            context_.Streams.Out << asked->help();
+            return kExitValid;
+        } catch (const CLI::CallForVersion& version) {
+            context_.Streams.Out << version.what() << '\n';
+            return kExitValid;
+        } catch (const CLI::ParseError& error) {
+            context_.Error(UsageText(error, words));
+            context_.Streams.Err << "Use \"conferix --ajuda\" para ver os comandos e as opções.\n";
+            return kExitUsage;
+        }
+        return run_();
+    }
+
+    const TCliContext& Context() const { return context_; }
+
+  private:
+    void RequireFormat(std::initializer_list<std::string_view> allowed) const {
+        for (const std::string_view format : allowed)
+            if (context_.Formato == format)
+                return;
+        throw EUsage(fmt::format("o formato \"{}\" não existe neste comando; use {}", context_.Formato,
+                                 fmt::join(allowed, " ou ")));
+    }
+
+    /// Sets what a command runs; all take text and JSON, some a further format.
+    void OnParsed(CLI::App* command, std::string_view furtherFormat, std::function<int()> run) {
+        command->parse_complete_callback([this, furtherFormat, run = std::move(run)] {
+            run_ = [this, furtherFormat, run] {
+                if (furtherFormat.empty())
+                    RequireFormat({"texto", "json"});
+                else
+                    RequireFormat({"texto", "json", furtherFormat});
+                return run();
+            };
+        });
+    }
+
+    CLI::App* AddCommand(CLI::App& parent, const std::string& name, const std::string& description) {
+        CLI::App* command = parent.add_subcommand(name, description);
+        command->fallthrough();
+        Translate(*command);
+        return command;
+    }
+
+    void AddValidar() {
+        CLI::App* command =
+            AddCommand(app_, "validar", "Valida arquivos; uma pasta vale por seus *.xml e *.xte");
+        command->add_option("arquivos", validar_.Arquivos, "Arquivos ou pastas; - é a entrada padrão")
+            ->required()
+            ->option_text("ARQUIVO...");
+        command->add_flag("--todas", validar_.Todas, "Mostra também as mensagens de sucesso e as ocultas");
+        command->add_option("--desativar", validar_.Desativar, "Desativa uma regra nesta execução")
+            ->option_text("NOME")
+            ->expected(1)
+            ->take_all();
+        command->add_option("--paralelo", validar_.Paralelo, "Arquivos validados ao mesmo tempo")
+            ->option_text("N")
+            ->check(CLI::Range(1, 256));
+        OnParsed(command, "ndjson", [this] { return RunValidar(context_, validar_); });
+    }
+
+    void AddSingleFile(const std::string& name, const std::string& description,
+                       int (*run)(const TCliContext&, const std::string&)) {
+        CLI::App* command = AddCommand(app_, name, description);
+        command->add_option("arquivo", arquivo_, "Arquivo; - é a entrada padrão")
+            ->required()
+            ->option_text("ARQUIVO");
+        OnParsed(command, {}, [this, run] { return run(context_, arquivo_); });
+    }
+
+    void AddRegras() {
+        CLI::App* command = AddCommand(app_, "regras", "Lista as regras na ordem em que são aplicadas");
+        OnParsed(command, "markdown", [this] { return RunRegras(context_); });
+    }
+
+    void AddEsquemas() {
+        CLI::App* group = AddCommand(app_, "esquemas", "Schemas XSD instalados");
+        group->require_subcommand(1);
+        OnParsed(AddCommand(*group, "listar", "Mostra o schema de cada versão"), {},
+                 [this] { return RunEsquemasListar(context_); });
+        CLI::App* import =
+            AddCommand(*group, "importar", "Instala os schemas publicados pela ANS a partir de uma pasta");
+        import->add_option("pasta", arquivo_, "Pasta com os arquivos XSD")->required()->option_text("PASTA");
+        OnParsed(import, {}, [this] { return RunEsquemasImportar(context_, arquivo_); });
+    }
+
+    void AddTerminologia() {
+        CLI::App* group = AddCommand(app_, "terminologia", "Base de terminologia TUSS");
+        group->require_subcommand(1);
+        OnParsed(AddCommand(*group, "estado", "Mostra as tabelas da base"), {},
+                 [this] { return RunTerminologiaEstado(context_); });
+    }
+
+    TCliContext context_;
+    CLI::App app_;
+    TValidarOptions validar_;
+    std::string arquivo_;
+    std::function<int()> run_;
+};
+
+} // namespace
+
+std::filesystem::path TCliContext::SchemaFolder() const {
+    if (!Esquemas.empty())
+        return PathFromText(Esquemas);
+    try {
+        return TConstantes::SchemaTissDirectory();
+    } catch (const EPastaNaoCriada&) {
+        return DataFolder() / "schemas" / "tiss"; // reading goes on; there is just nothing there
+    }
+}
+
+TDBConnectionFactory TCliContext::TerminologyFactory() const {
+    return TDBConnectionFactory(
+        [file = PathFromText(Terminologia)] { return TDatabaseTuss(file).CreateConnection(); });
+}
+
+TConfig TCliContext::LoadConfig() const {
+    return TConfig::Load(Config.empty() ? TConfig::DefaultFile() : PathFromText(Config));
+}
+
+std::unique_ptr<TValidadorController> TCliContext::NewController() const {
+    auto controller = std::make_unique<TValidadorController>(TerminologyFactory());
+    controller->SetSchemaTissPath(SchemaFolder());
+    return controller;
+}
+
+void TCliContext::Error(const std::string& text) const {
+    Streams.Err << "conferix: erro: " << text << std::endl;
+}
+
+void TCliContext::Warning(const std::string& text) const {
+    Streams.Err << "conferix: aviso: " << text << std::endl;
+}
+
+std::string ReadInput(const TCliContext& context, const std::string& fileName) {
+    if (fileName != "-")
+        return ReadWholeFile(PathFromText(fileName));
+    return {std::istreambuf_iterator<char>(context.Streams.In), {}};
+}
+
+TOpenedFile OpenTissFile(const TCliContext& context, const std::string& fileName) {
+    const auto fail = [&](int status, const std::string& reason) {
+        context.Error(fmt::format("{}: {}", fileName, reason));
+        return TOpenedFile{nullptr, status};
+    };
+    try {
+        TXmlParseResult parsed = TXmlParser::Parse(DecodeXml(ReadInput(context, fileName)).Text);
+        if (parsed.Document == nullptr)
+            return fail(kExitInvalid, parsed.Messages.front()->Msg());
+        return {TArquivoTissFactory().GetNewArquivoTiss(parsed.Document), kExitValid};
+    } catch (const EArquivoNaoLido& error) {
+        return fail(kExitUnreadable, error.Reason());
+    } catch (const EXmlEncoding& error) {
+        return fail(kExitInvalid, error.what());
+    } catch (const ETissException& error) {
+        return fail(kExitInvalid, error.what());
+    }
+}
+
+int RunCli(const std::vector<std::string>& words, TCliStreams streams) {
+    TCommandLine line(streams);
+    const TCliContext& context = line.Context();
+    int status = kExitUnreadable;
+    try {
+        status = line.Run(words);
+    } catch (const EUsage& error) {
+        context.Error(error.what());
+        status = kExitUsage;
+    } catch (const std::exception& error) { // files, folders, configuration: the text says which and why
+        context.Error(error.what());
+    }
+    streams.Out.flush();
+    if (!streams.Out) {
+        context.Error("a saída não pôde ser gravada");
+        return kExitUnreadable;
+    }
+    return status;
+}
+
+} // namespace conferix

@@ -1,0 +1,55 @@
+#include "app/cli/commands.h"
+#include "app/cli/console.h"
+#include "app/cli/message_json.h"
+#include "validation/hash_rule.h"
+
+#include <ostream>
+
+namespace conferix {
+
+namespace {
+
+std::shared_ptr<TValidation> HashRuleFor(TEnumTipoArquivoTiss tipo) {
+    switch (tipo) {
+    case TEnumTipoArquivoTiss::taMonitoramento:
+        return MakeValidation<TMonitoramentoHashValidation>();
+    case TEnumTipoArquivoTiss::taMonitoramentoQualidade:
+        return MakeValidation<TMonitoramentoQualidadeHashValidation>();
+    case TEnumTipoArquivoTiss::taMensagemTISS:
+        break;
+    }
+    return MakeValidation<TMensagemTissHashValidation>();
+}
+
+} // namespace
+
+int RunHash(const TCliContext& context, const std::string& arquivo) {
+    const TOpenedFile opened = OpenTissFile(context, arquivo);
+    if (opened.Arquivo == nullptr)
+        return opened.Status;
+    const IArquivoTiss& file = *opened.Arquivo;
+    const std::string written(file.Hash());
+    const std::string iso = THashCalculator::Calculate(*file.Xml(), THashEncoding::Iso88591);
+    const std::string utf8 = THashCalculator::Calculate(*file.Xml(), THashEncoding::Utf8);
+    const auto rule = HashRuleFor(file.TipoArquivo());
+    file.Accept(*rule);
+    const TXmlMessage& verdict = *rule->ValidationMessages().front();
+
+    std::ostream& out = context.Streams.Out;
+    if (context.Json()) {
+        const bool shown = verdict.MsgType() != TMessageType::mtSuccess;
+        out << JsonText({{"informado", written},
+                         {"iso88591", iso},
+                         {"utf8", utf8},
+                         {"mensagem", MessageJson(verdict, shown)}})
+            << '\n';
+    } else {
+        const TPalette palette(context.Streams.OutIsTerminal);
+        out << "Informado:  " << written << "\nISO-8859-1: " << iso << "\nUTF-8:      " << utf8 << '\n'
+            << palette.Severity(verdict.MsgType(), SeverityLabel(verdict.MsgType())) << ": "
+            << IndentLines(verdict.Msg(), 2) << '\n';
+    }
+    return verdict.MsgType() == TMessageType::mtError ? kExitInvalid : kExitValid;
+}
+
+} // namespace conferix

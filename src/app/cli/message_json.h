@@ -1,0 +1,20 @@
+#pragma once
+
+#include "xml/xml_message.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace conferix {
+
+/// Keys keep the order in which they are written.
+using TJson = nlohmann::ordered_json;
+
+/// A message as scripts read it; `shown`: the user is shown it without asking for more.
+TJson MessageJson(const TXmlMessage& message, bool shown);
+
+/// The text of a JSON value; bytes that are no UTF-8 (in file names) are replaced. `indent` -1: one line.
+std::string JsonText(const TJson& json, int indent = 2);
+
+} // namespace conferix

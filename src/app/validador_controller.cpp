@@ -1,0 +1,275 @@
+#include "app/validador_controller.h"
+
+#include "app/fixed_messages.h"
+#include "data/tuss.h"
+#include "model/arquivo_tiss_factory.h"
+#include "model/tiss_exceptions.h"
+#include "sistema/format_settings.h"
+#include "sistema/sistema.h"
+#include "validation/schema_rule.h"
+#include "validation/validator/tiss_validator.h"
+#include "xml/schema/schema_set.h"
+#include "xml/xml_parser.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace conferix {
+
+namespace {
+
+std::shared_ptr<const TXmlMessage> UserError(const std::exception& error) {
+    return TXmlMessage::CreateError(error.what());
+}
+
+/// Turns a failure into a message: one that the user can act on is an error, any other is fatal.
+std::shared_ptr<const TXmlMessage> FailureMessage() {
+    try {
+        throw;
+    } catch (const ETissException& error) {
+        return UserError(error);
+    } catch (const ELoteGuiasNotFound& error) {
+        return UserError(error);
+    } catch (const ESchemaNotFound& error) {
+        return UserError(error);
+    } catch (const ESchemaInvalido& error) {
+        return UserError(error);
+    } catch (const ETerminologiaNaoAberta& error) {
+        return UserError(error);
+    } catch (const std::exception& error) {
+        return std::make_shared<TXmlMessage>(
+            TMessageType::mtFatal,
+            fmt::format("Ocorreu um erro não identificado. Por favor, informe o ocorrido pelo e-mail {}.\r\n"
+                        "Detalhe do erro: {}",
+                        kEnderecoSuporte, error.what()));
+    }
+}
+
+/// Decides message by message what is shown; rules are looked up once.
+class TMessageFilter {
+  public:
+    explicit TMessageFilter(const std::vector<std::string>& enabled)
+        : enabled_(enabled.begin(), enabled.end()) {}
+
+    bool Hidden(const TXmlMessage& message) {
+        const auto* finding = dynamic_cast<const TValidationMessage*>(&message);
+        if (finding == nullptr)
+            return false;
+        const TValidationIdentity& rule = finding->Validation();
+        const auto [entry, isNew] = hidden_.try_emplace(&rule, false);
+        if (isNew)
+            entry->second = !rule.Required && enabled_.count(rule.Name) == 0;
+        return entry->second;
+    }
+
+  private:
+    std::unordered_set<std::string> enabled_;
+    std::unordered_map<const TValidationIdentity*, bool> hidden_;
+};
+
+bool IsFailure(const TXmlMessage& message) {
+    return message.MsgType() == TMessageType::mtError || message.MsgType() == TMessageType::mtFatal;
+}
+
+} // namespace
+
+std::vector<std::string_view> TFileStateFlags::Names() const {
+    static constexpr std::array<std::string_view, 6> kNames = {"sfAberto",   "sfModificado", "sfValidando",
+                                                               "sfValidado", "sfValido",     "sfInvalido"};
+    std::vector<std::string_view> names;
+    for (std::size_t i = 0; i < kNames.size(); ++i)
+        if (Contains(static_cast<TFileStateFlag>(i)))
+            names.push_back(kNames[i]);
+    return names;
+}
+
+TValidTissFile::TValidTissFile()
+    : TXmlMessage(TMessageType::mtSuccess, "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.") {}
+
+THasIgnoredMessages::THasIgnoredMessages(const TXmlMessages& hidden)
+    : TValidationMessage(
+          IValidationIdentity(), TMessageType::mtInformation,
+          TFormatSettings::Regional().Count(static_cast<std::int64_t>(hidden.size())) +
+              (hidden.size() == 1 ? " mensagem foi ignorada." : " mensagens foram ignoradas.") +
+              "\r\nAs mensagens de validações desativadas não estão sendo exibidas.",
+          {}, 0, 0, 0) {}
+
+// The name is not put in: users know this text as it is.
+EFileNotFound::EFileNotFound() : std::runtime_error("O arquivo \"%s\" não existe.") {}
+
+EAlreadyFileLoaded::EAlreadyFileLoaded()
+    : std::runtime_error("Já existe um arquivo aberto. Feche-o antes para poder abrir outro.") {}
+
+TValidadorController::TValidadorController(TDBConnectionFactory terminology)
+    : terminology_(std::move(terminology)) {}
+
+void TValidadorController::RequireFile(const char* reason) const {
+    if (!flags_.Contains(TFileStateFlag::sfAberto))
+        throw EFileNotLoaded(reason);
+}
+
+void TValidadorController::NotifyState() {
+    events_.OnStateChange.Notify({{fileName_, flags_}});
+}
+
+void TValidadorController::LoadFromFile(const std::string& fileName) {
+    if (fileName == fileName_)
+        return;
+    std::error_code ignored;
+    if (!std::filesystem::exists(PathFromText(fileName), ignored))
+        throw EFileNotFound();
+    if (flags_.Contains(TFileStateFlag::sfAberto))
+        throw EAlreadyFileLoaded();
+    Open(fileName, DecodeXml(ReadWholeFile(PathFromText(fileName))));
+}
+
+void TValidadorController::LoadFromBytes(const std::string& name, std::string bytes) {
+    if (flags_.Contains(TFileStateFlag::sfAberto))
+        throw EAlreadyFileLoaded();
+    Open(name, DecodeXml(std::move(bytes)));
+}
+
+void TValidadorController::Open(const std::string& name, TXmlText text) {
+    fileName_ = name;
+    versaoTiss_.clear();
+    flags_.Clear();
+    flags_.Include(TFileStateFlag::sfAberto);
+    encoding_ = text.Encoding;
+    TFileOpenArgs args;
+    args.FileName = fileName_;
+    args.FileStateFlags = flags_;
+    args.SharedContent = std::make_shared<const std::string>(std::move(text.Text));
+    events_.OnFileOpen.Notify(std::move(args));
+    NotifyState();
+}
+
+void TValidadorController::Modify() {
+    RequireFile("Não é possível alterar o Modified, pois não tem arquivo carregado.");
+    if (Modified())
+        return;
+    flags_.Include(TFileStateFlag::sfModificado);
+    NotifyState();
+}
+
+void TValidadorController::Save(const std::string& xml) {
+    SaveAs(xml, fileName_);
+}
+
+void TValidadorController::SaveAs(const std::string& xml, const std::string& fileName) {
+    RequireFile("Não é possível salvar o Xml, pois não tem arquivo carregado.");
+    WriteFileAtomically(PathFromText(fileName), EncodeXml(xml, encoding_));
+    fileName_ = fileName;
+    flags_.Exclude(TFileStateFlag::sfModificado);
+    TFileSaveArgs args;
+    args.FileName = fileName_;
+    args.FileStateFlags = flags_;
+    args.SharedContent = std::make_shared<const std::string>(xml);
+    events_.OnFileSave.Notify(std::move(args));
+    NotifyState();
+}
+
+void TValidadorController::CloseFile() {
+    RequireFile("Não é possível alterar o Xml, pois não tem arquivo carregado.");
+    if (!events_.OnFileClose.Notify({{fileName_, flags_}}).CanClose)
+        return;
+    fileName_.clear();
+    versaoTiss_.clear();
+    flags_.Clear();
+    NotifyState();
+}
+
+std::string TValidadorController::SchemaFileName(TEnumTipoArquivoTiss tipo, std::string_view versao) {
+    std::string underscored(versao);
+    std::replace(underscored.begin(), underscored.end(), '.', '_');
+    switch (tipo) {
+    case TEnumTipoArquivoTiss::taMensagemTISS:
+        return fmt::format("tissV{}.xsd", underscored);
+    case TEnumTipoArquivoTiss::taMonitoramento:
+        return fmt::format("tissMonitoramentoV{}.xsd", underscored);
+    case TEnumTipoArquivoTiss::taMonitoramentoQualidade:
+        return fmt::format("tissMonitoramentoQualidadeV{}.xsd", underscored);
+    }
+    return {};
+}
+
+void TValidadorController::Validate(std::string xml, const std::vector<std::string>& enabledValidations) {
+    Validate(std::make_shared<const std::string>(std::move(xml)), enabledValidations);
+}
+
+void TValidadorController::Validate(std::shared_ptr<const std::string> xml,
+                                    const std::vector<std::string>& enabledValidations) {
+    RequireFile("Para validar um XML, é necessário ter um arquivo carregado.");
+    versaoTiss_.clear();
+    flags_.Include(TFileStateFlag::sfValidando);
+    flags_.Exclude(TFileStateFlag::sfValidado);
+    flags_.Exclude(TFileStateFlag::sfValido);
+    flags_.Exclude(TFileStateFlag::sfInvalido);
+    NotifyState();
+
+    TValidateArgs result;
+    try {
+        result = Run(xml);
+    } catch (const std::exception& failure) {
+        result = {};
+        result.ValidXml = true;
+        result.AllMessages.push_back(FailureMessage());
+        if (const auto* missing = dynamic_cast<const ESchemaNotFound*>(&failure))
+            result.MissingSchema = missing->File();
+    }
+    // An observer that fails must not leave the file marked as being validated.
+    const std::shared_ptr<void> finish(nullptr,
+                                       [this](void*) { flags_.Exclude(TFileStateFlag::sfValidando); });
+    Post(std::move(result), enabledValidations);
+    NotifyState();
+}
+
+TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>& xml) {
+    TValidateArgs result;
+    TXmlParseResult parsed = TXmlParser::Parse(xml);
+    result.ValidXml = parsed.Messages.empty();
+    if (!result.ValidXml) {
+        result.AllMessages = std::move(parsed.Messages);
+        return result;
+    }
+    const std::shared_ptr<IArquivoTiss> arquivo = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
+    result.ArquivoTiss = arquivo;
+    versaoTiss_ = arquivo->Versao();
+    const std::filesystem::path schema =
+        schemaTissPath_ / SchemaFileName(arquivo->TipoArquivo(), versaoTiss_);
+    TTissValidator validator(arquivo, schema, terminology_.CreateConnection());
+    const TValidationMessages messages = validator.Validate();
+    result.AllMessages.assign(messages.begin(), messages.end());
+    return result;
+}
+
+void TValidadorController::Post(TValidateArgs result, const std::vector<std::string>& enabledValidations) {
+    TMessageFilter filter(enabledValidations);
+    bool failed = false;
+    for (const auto& message : result.AllMessages) {
+        if (filter.Hidden(*message)) {
+            result.HiddenMessages.push_back(message);
+        } else if (message->MsgType() != TMessageType::mtSuccess) {
+            failed = failed || IsFailure(*message);
+            result.ValidationMessages.push_back(message);
+        }
+    }
+    flags_.Exclude(TFileStateFlag::sfValidando);
+    flags_.Include(TFileStateFlag::sfValidado);
+    if (failed) {
+        flags_.Include(TFileStateFlag::sfInvalido);
+    } else {
+        flags_.Include(TFileStateFlag::sfValido);
+        if (!result.HiddenMessages.empty())
+            result.ValidationMessages.push_back(std::make_shared<THasIgnoredMessages>(result.HiddenMessages));
+        result.ValidationMessages.push_back(std::make_shared<TValidTissFile>());
+    }
+    result.FileName = fileName_;
+    result.FileStateFlags = flags_;
+    events_.OnValidate.Notify(std::move(result));
+}
+
+} // namespace conferix

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "app/validator_events.h"
+#include "data/db_connection_factory.h"
+#include "xml/xml_encoding.h"
+
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace conferix {
+
+/// Where users report failures of the program.
+inline constexpr const char* kEnderecoSuporte = "suporte@conferix.example";
+
+class EFileNotFound : public std::runtime_error {
+  public:
+    EFileNotFound();
+};
+
+class EAlreadyFileLoaded : public std::runtime_error {
+  public:
+    EAlreadyFileLoaded();
+};
+
+class EFileNotLoaded : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// One open TISS file: its name, state and version; opens, saves, closes and validates it, and tells its
+/// observers of each. For one thread.
+class TValidadorController {
+  public:
+    /// `terminology`: opened anew for each validation.
+    explicit TValidadorController(TDBConnectionFactory terminology);
+
+    TValidatorEvents& Events() { return events_; }
+    TFileStateFlags FileStateFlags() const { return flags_; }
+    const std::string& FileName() const { return fileName_; }
+    /// Version that the last validation detected; empty before.
+    const std::string& VersaoTiss() const { return versaoTiss_; }
+    bool Modified() const { return flags_.Contains(TFileStateFlag::sfModificado); }
+
+    /// Folder in which the schema files are looked for.
+    void SetSchemaTissPath(std::filesystem::path path) { schemaTissPath_ = std::move(path); }
+
+    /// Opens a file. Raises EFileNotFound, EAlreadyFileLoaded, EArquivoNaoLido, EXmlEncoding; a file that
+    /// cannot be read leaves the controller closed.
+    void LoadFromFile(const std::string& fileName);
+    /// Opens bytes that are no file, such as standard input, under a name.
+    void LoadFromBytes(const std::string& name, std::string bytes);
+    /// Closes the file unless an observer refuses. Raises EFileNotLoaded.
+    void CloseFile();
+    /// Marks the text as changed. Raises EFileNotLoaded.
+    void Modify();
+    /// Writes the text in the encoding of the file. Raises EFileNotLoaded, EArquivoNaoGravado, EXmlEncoding.
+    void Save(const std::string& xml);
+    /// The same under another name, which the controller takes over.
+    void SaveAs(const std::string& xml, const std::string& fileName);
+
+    /// Validates a text and tells the result through OnValidate; a failure on the way becomes a message of
+    /// the result. `enabledValidations`: names of the rules that are switched on. Raises EFileNotLoaded.
+    void Validate(std::shared_ptr<const std::string> xml, const std::vector<std::string>& enabledValidations);
+    void Validate(std::string xml, const std::vector<std::string>& enabledValidations);
+
+    /// Name of the schema file of a kind and version, without folder.
+    static std::string SchemaFileName(TEnumTipoArquivoTiss tipo, std::string_view versao);
+
+  private:
+    void RequireFile(const char* reason) const;
+    void NotifyState();
+    void Open(const std::string& name, TXmlText text);
+    TValidateArgs Run(const std::shared_ptr<const std::string>& xml);
+    void Post(TValidateArgs result, const std::vector<std::string>& enabledValidations);
+
+    std::string fileName_;
+    std::string versaoTiss_;
+    TFileStateFlags flags_;
+    TValidatorEvents events_;
+    std::filesystem::path schemaTissPath_;
+    TDBConnectionFactory terminology_;
+    TXmlEncoding encoding_;
+};
+
+using IValidadorController = TValidadorController;
+
+} // namespace conferix
