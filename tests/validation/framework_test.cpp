@@ -50,7 +50,8 @@ class TGroupRule : public TValidation {
 };
 using TGroup = TNamedValidation<TGroupRule, "grupo", "Grupo">;
 
-constexpr const char* kMessage = "<mensagemTISS><cabecalho><Padrao>4.01.00</Padrao></cabecalho></mensagemTISS>";
+constexpr const char* kMessage =
+    "<mensagemTISS><cabecalho><Padrao>4.01.00</Padrao></cabecalho></mensagemTISS>";
 
 TEST(Framework, MessagesComeInPreOrderAndOfTheLastVisitOnly) {
     const auto group = MakeValidation<TGroup>();
@@ -61,9 +62,9 @@ TEST(Framework, MessagesComeInPreOrderAndOfTheLastVisitOnly) {
         std::vector<std::string> reasons;
         for (const auto& message : group->ValidationMessages())
             reasons.push_back(message->Validation().Name + "=" + message->Reason());
-        EXPECT_THAT(reasons, ElementsAre("grupo=grupo", "grupo.primeira=a1", "grupo.primeira=a2", "grupo.segunda=b1",
-                                         "grupo.segunda=b2", "grupo.primeira=a1", "grupo.primeira=a2",
-                                         "grupo.segunda=b1", "grupo.segunda=b2"));
+        EXPECT_THAT(reasons, ElementsAre("grupo=grupo", "grupo.primeira=a1", "grupo.primeira=a2",
+                                         "grupo.segunda=b1", "grupo.segunda=b2", "grupo.primeira=a1",
+                                         "grupo.primeira=a2", "grupo.segunda=b1", "grupo.segunda=b2"));
     }
     EXPECT_TRUE(group->Validated());
     EXPECT_EQ(group->Validations(true).size(), 2U);
@@ -75,7 +76,9 @@ TEST(Framework, MessagesComeInPreOrderAndOfTheLastVisitOnly) {
 TEST(Framework, PrefixesTellLineGuideAndField) {
     const auto rule = MakeValidation<TFirstLeaf>("x");
     const auto monitoring = [&](const char* campo, const char* guia, int line) {
-        return TLoteGuiasMonitoramentoValidationMessage::CreateError(rule.get(), campo, guia, "motivo", "", line)->Msg();
+        return TLoteGuiasMonitoramentoValidationMessage::CreateError(rule.get(), campo, guia, "motivo", "",
+                                                                     line)
+            ->Msg();
     };
     const auto lot = [&](const char* guia, int line) {
         return TLoteGuiasValidationMessage::CreateInfo(rule.get(), guia, "motivo", "", line)->Msg();

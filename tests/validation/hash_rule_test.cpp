@@ -11,7 +11,8 @@ namespace {
 
 /// A message whose hash text is "3.05.00" and the value of one element.
 std::string Message(const std::string& value, const std::string& epilogue) {
-    return "<ans:mensagemTISS xmlns:ans=\"u\"><ans:cabecalho><ans:Padrao>3.05.00</ans:Padrao></ans:cabecalho>\n"
+    return "<ans:mensagemTISS "
+           "xmlns:ans=\"u\"><ans:cabecalho><ans:Padrao>3.05.00</ans:Padrao></ans:cabecalho>\n"
            "<ans:x>" +
            value + "</ans:x>\n" + epilogue + "</ans:mensagemTISS>";
 }
@@ -67,7 +68,8 @@ struct THashCase {
 
 TEST(HashRule, TellsWhichEncodingTheHashMatches) {
     const auto invalid = [](const std::string& found, const std::string& expected) {
-        return "O hash \"" + found + "\" informado no arquivo está inválido. O esperado é \"" + expected + "\".";
+        return "O hash \"" + found + "\" informado no arquivo está inválido. O esperado é \"" + expected +
+               "\".";
     };
     const auto invalidBoth = [](const std::string& found) {
         return "O hash \"" + found + "\" informado no arquivo está inválido. O esperado é \"" + kJoaoIso +
@@ -75,31 +77,73 @@ TEST(HashRule, TellsWhichEncodingTheHashMatches) {
     };
     const std::string upper = "150EFE8296F9192F0E4801AE94D43EA4";
     const std::vector<THashCase> cases = {
-        {"right", Message("abc", Epilogue(kAbc)), TMessageType::mtSuccess,
-         "O hash \"" + kAbc + "\" informado no arquivo está válido.", {}, 4},
-        {"right in capitals", Message("abc", Epilogue(upper)), TMessageType::mtSuccess,
-         "O hash \"" + upper + "\" informado no arquivo está válido.", {}, 4},
-        {"wrong", Message("abc", Epilogue(kZeros)), TMessageType::mtError, invalid(kZeros, kAbc),
-         {"THashSolver_ISO88591"}, 4},
-        {"too short and with blanks", Message("abc", Epilogue(" " + kAbc + " ")), TMessageType::mtError,
-         invalid(" " + kAbc + " ", kAbc), {"THashSolver_ISO88591"}, 4},
-        {"empty", Message("abc", Epilogue("")), TMessageType::mtError, invalid("", kAbc), {"THashSolver_ISO88591"}, 4},
-        {"no hash element", Message("abc", "<ans:epilogo/>"), TMessageType::mtError, invalid("", kAbc), {}, 3},
+        {"right",
+         Message("abc", Epilogue(kAbc)),
+         TMessageType::mtSuccess,
+         "O hash \"" + kAbc + "\" informado no arquivo está válido.",
+         {},
+         4},
+        {"right in capitals",
+         Message("abc", Epilogue(upper)),
+         TMessageType::mtSuccess,
+         "O hash \"" + upper + "\" informado no arquivo está válido.",
+         {},
+         4},
+        {"wrong",
+         Message("abc", Epilogue(kZeros)),
+         TMessageType::mtError,
+         invalid(kZeros, kAbc),
+         {"THashSolver_ISO88591"},
+         4},
+        {"too short and with blanks",
+         Message("abc", Epilogue(" " + kAbc + " ")),
+         TMessageType::mtError,
+         invalid(" " + kAbc + " ", kAbc),
+         {"THashSolver_ISO88591"},
+         4},
+        {"empty",
+         Message("abc", Epilogue("")),
+         TMessageType::mtError,
+         invalid("", kAbc),
+         {"THashSolver_ISO88591"},
+         4},
+        {"no hash element",
+         Message("abc", "<ans:epilogo/>"),
+         TMessageType::mtError,
+         invalid("", kAbc),
+         {},
+         3},
         {"no epilogue", Message("abc", ""), TMessageType::mtError, invalid("", kAbc), {}, 1},
-        {"ISO-8859-1", Message("João", Epilogue(kJoaoIso)), TMessageType::mtInformation,
-         "O hash informado no arquivo está válido e de acordo com a codificação padronizada pelo TISS/ANS (ISO-8859-1). "
-         "Entretanto, algumas operadoras podem calculá-lo utilizando uma outra codificação (UTF-8) e recusar o seu "
+        {"ISO-8859-1",
+         Message("João", Epilogue(kJoaoIso)),
+         TMessageType::mtInformation,
+         "O hash informado no arquivo está válido e de acordo com a codificação padronizada pelo TISS/ANS "
+         "(ISO-8859-1). "
+         "Entretanto, algumas operadoras podem calculá-lo utilizando uma outra codificação (UTF-8) e recusar "
+         "o seu "
          "arquivo. Caso isso ocorra, altere o hash do arquivo para \"" +
-             kJoaoUtf8 + "\" ou então faça a sanitização do XML para diminuir as possibilidades de divergência.",
-         {"THashSolver_UTF8", "TSanitizeHashSolver"}, 4},
-        {"UTF-8", Message("João", Epilogue(kJoaoUtf8)), TMessageType::mtWarning,
-         "O hash informado no arquivo está válido, porém utilizando a codificação UTF-8. O padrão TISS orienta que o "
-         "cálculo seja feito utilizando-se a codificação ISO-8859-1. Portanto, caso a operadora recuse o seu arquivo, "
+             kJoaoUtf8 +
+             "\" ou então faça a sanitização do XML para diminuir as possibilidades de divergência.",
+         {"THashSolver_UTF8", "TSanitizeHashSolver"},
+         4},
+        {"UTF-8",
+         Message("João", Epilogue(kJoaoUtf8)),
+         TMessageType::mtWarning,
+         "O hash informado no arquivo está válido, porém utilizando a codificação UTF-8. O padrão TISS "
+         "orienta que o "
+         "cálculo seja feito utilizando-se a codificação ISO-8859-1. Portanto, caso a operadora recuse o seu "
+         "arquivo, "
          "altere o Hash para \"" +
-             kJoaoIso + "\" ou então faça a sanitização do XML para diminuir as possibilidades de divergência.",
-         {"THashSolver_ISO88591", "TSanitizeHashSolver"}, 4},
-        {"neither", Message("João", Epilogue(kAbc)), TMessageType::mtError, invalidBoth(kAbc),
-         {"THashSolver_ISO88591", "THashSolver_UTF8", "TSanitizeHashSolver"}, 4},
+             kJoaoIso +
+             "\" ou então faça a sanitização do XML para diminuir as possibilidades de divergência.",
+         {"THashSolver_ISO88591", "TSanitizeHashSolver"},
+         4},
+        {"neither",
+         Message("João", Epilogue(kAbc)),
+         TMessageType::mtError,
+         invalidBoth(kAbc),
+         {"THashSolver_ISO88591", "THashSolver_UTF8", "TSanitizeHashSolver"},
+         4},
         {"neither, nowhere to write it", Message("João", ""), TMessageType::mtError, invalidBoth(""), {}, 1},
     };
     for (const THashCase& c : cases) {
@@ -127,9 +171,11 @@ TEST(HashSolvers, WriteTheHashAndNothingElse) {
     } cases[] = {
         {0, "Corrigir Hash com codificação ISO-8859-1 (recomendado)",
          Message(" João\t", Epilogue(Digest(before, THashEncoding::Iso88591)))},
-        {1, "Corrigir Hash com codificação UTF-8", Message(" João\t", Epilogue(Digest(before, THashEncoding::Utf8)))},
+        {1, "Corrigir Hash com codificação UTF-8",
+         Message(" João\t", Epilogue(Digest(before, THashEncoding::Utf8)))},
         {2,
-         "Sanitizar o XML e corrigir Hash. \r\nO processo de sanitização irá remover espaços em branco no início e fim "
+         "Sanitizar o XML e corrigir Hash. \r\nO processo de sanitização irá remover espaços em branco no "
+         "início e fim "
          "do conteúdo das tags, caracteres invisíveis (CR, LF, tabs, etc) e os acentos dos caracteres.",
          Message("Joao", Epilogue(kJoaoPlain))},
     };
@@ -166,8 +212,9 @@ TEST(XmlSanitizer, CleansValues) {
     };
     for (const auto& c : cases)
         EXPECT_EQ(TXmlSanitizer::SanitizeNodeValue(c.Value), c.Clean) << c.Value;
-    EXPECT_EQ(TXmlSanitizer::SanitizeXml("<a>\n <b> é </b><!-- é --><c d='é'>x</c><e> ã<![CDATA[ é ]]></e>\n</a>"),
-              "<a>\n <b>e</b><!-- é --><c d='é'>x</c><e> ã<![CDATA[ é ]]></e>\n</a>");
+    EXPECT_EQ(
+        TXmlSanitizer::SanitizeXml("<a>\n <b> é </b><!-- é --><c d='é'>x</c><e> ã<![CDATA[ é ]]></e>\n</a>"),
+        "<a>\n <b>e</b><!-- é --><c d='é'>x</c><e> ã<![CDATA[ é ]]></e>\n</a>");
     EXPECT_EQ(TXmlSanitizer::SanitizeXml("<a>é"), "<a>é");
 }
 

@@ -13,19 +13,23 @@ const std::string kDs = "http://www.w3.org/2000/09/xmldsig#";
 /// A message with a prefix (as "ans:"), its declarations and a last child.
 std::string Message(const std::string& p, const std::string& declarations, const std::string& last = "",
                     const std::string& versao = "3.05.00") {
-    return "<" + p + "mensagemTISS " + declarations + "><" + p + "cabecalho><" + p + "Padrao>" + versao + "</" + p +
-           "Padrao></" + p + "cabecalho>" + last + "</" + p + "mensagemTISS>";
+    return "<" + p + "mensagemTISS " + declarations + "><" + p + "cabecalho><" + p + "Padrao>" + versao +
+           "</" + p + "Padrao></" + p + "cabecalho>" + last + "</" + p + "mensagemTISS>";
 }
 
 const std::string kAns = "xmlns:ans=\"" + kTiss + "\"";
 const std::string kNoPrefix = "É necessário incluir o namespace \"ans\" nas tags do xml.";
-const std::string kSeveral = "Foram encontrado vários namespaces nas tags do xml. O esperado é apenas \"ans\".";
-const std::string kGood = "O namespace do XML é válido, conforme estabelecido nos schemas XSD do componente de comunicação.";
+const std::string kSeveral =
+    "Foram encontrado vários namespaces nas tags do xml. O esperado é apenas \"ans\".";
+const std::string kGood =
+    "O namespace do XML é válido, conforme estabelecido nos schemas XSD do componente de comunicação.";
 const std::string kGoodSignature = "O namespace da assinatura digital é válido.";
-const std::string kSomeWrong = "Algumas tags de assinatura digital estão com o namespace incorreto. O esperado é apenas o "
-                               "namespace \"ds\".\r\nTags com namespace incorreto: ";
-const std::string kNone = "As tags de assinatura digital estão sem namespace. É esperado o namespace \"ds\".\r\nTags com "
-                          "namespace ausente: ";
+const std::string kSomeWrong =
+    "Algumas tags de assinatura digital estão com o namespace incorreto. O esperado é apenas o "
+    "namespace \"ds\".\r\nTags com namespace incorreto: ";
+const std::string kNone =
+    "As tags de assinatura digital estão sem namespace. É esperado o namespace \"ds\".\r\nTags com "
+    "namespace ausente: ";
 
 std::vector<std::string> Judge(const std::string& xml) {
     const auto rule = MakeValidation<TMensagemTissNamespaceValidation>();
@@ -50,25 +54,32 @@ TEST(NamespaceRule, JudgesMessageAndSignatureTags) {
     } cases[] = {
         {"right", Message("ans:", kAns), {kGood}},
         {"no prefix", Message("", "xmlns=\"" + kTiss + "\""), {kNoPrefix}},
-        {"another prefix", Message("tiss:", "xmlns:tiss=\"" + kTiss + "\""),
+        {"another prefix",
+         Message("tiss:", "xmlns:tiss=\"" + kTiss + "\""),
          {"O namespace tiss é inválido. O esperado é \"ans\"."}},
-        {"2.02.02 wants another", Message("ansTISS:", "xmlns:ansTISS=\"" + kTiss + "\"", "", "2.02.02"), {kGood}},
-        {"2.02.03 wants another", Message("ans:", kAns, "", "2.02.03"),
+        {"2.02.02 wants another",
+         Message("ansTISS:", "xmlns:ansTISS=\"" + kTiss + "\"", "", "2.02.02"),
+         {kGood}},
+        {"2.02.03 wants another",
+         Message("ans:", kAns, "", "2.02.03"),
          {"O namespace ans é inválido. O esperado é \"ansTISS\"."}},
         {"2.02.01 does not", Message("ans:", kAns, "", "2.02.01"), {kGood}},
         {"some tags without", Message("ans:", kAns, "<x/>"), {kSeveral}},
         {"two prefixes", Message("ans:", kAns, "<b:x xmlns:b='v'/>"), {kSeveral}},
-        {"signature", Message("ans:", kAns, "<ds:Signature " + ds + "><ds:SignedInfo/><ds:KeyInfo/></ds:Signature>"),
+        {"signature",
+         Message("ans:", kAns, "<ds:Signature " + ds + "><ds:SignedInfo/><ds:KeyInfo/></ds:Signature>"),
          {kGood, kGoodSignature}},
         {"signature in a wrapper",
          Message("ans:", kAns, "<ans:assinaturaDigital " + ds + "><ds:SignedInfo/></ans:assinaturaDigital>"),
          {kGood, kGoodSignature}},
         {"signature without prefix",
-         Message("ans:", kAns, "<Signature xmlns='" + kDs + "'><SignedInfo><Reference/></SignedInfo></Signature>"),
+         Message("ans:", kAns,
+                 "<Signature xmlns='" + kDs + "'><SignedInfo><Reference/></SignedInfo></Signature>"),
          {kGood, kNone + "Signature, SignedInfo, Reference"}},
         {"signature with another prefix",
          Message("ans:", kAns, "<s:Signature xmlns:s='" + kDs + "'><s:SignedInfo/></s:Signature>"),
-         {kGood, "O namespace \"s\" é inválido para a assinatura digital. O esperado é \"ds\".\r\nTags com namespace "
+         {kGood, "O namespace \"s\" é inválido para a assinatura digital. O esperado é \"ds\".\r\nTags com "
+                 "namespace "
                  "incorreto: s:Signature, s:SignedInfo"}},
         {"signature with several prefixes",
          Message("ans:", kAns,
@@ -76,7 +87,8 @@ TEST(NamespaceRule, JudgesMessageAndSignatureTags) {
                      "><ds:SignedInfo/><ans:SignatureValue/><KeyInfo/></ans:assinaturaDigitalGuia>"),
          {kGood, kSomeWrong + "ans:SignatureValue, KeyInfo"}},
         // Any tag of a signature whose name contains one of the names counts.
-        {"name that contains another", Message("ans:", kAns, "<ans:assinaturaDigital><MeuObject1/></ans:assinaturaDigital>"),
+        {"name that contains another",
+         Message("ans:", kAns, "<ans:assinaturaDigital><MeuObject1/></ans:assinaturaDigital>"),
          {kGood, kNone + "MeuObject1"}},
     };
     for (const auto& c : cases)
@@ -93,10 +105,13 @@ TEST(NamespaceSolver, RepairsPrefixesAndDeclarations) {
         {"default namespace", Message("", "xmlns=\"" + kTiss + "\"" + xsi), Message("ans:", kAns + xsi)},
         {"no declaration", Message("", "versao=\"1\""), Message("ans:", "versao=\"1\" " + kAns)},
         {"both declarations", Message("", kAns + " xmlns=\"" + kTiss + "\""), Message("ans:", kAns)},
-        {"2.x", Message("ans:", kAns, "", "2.02.03"), Message("ansTISS:", "xmlns:ansTISS=\"" + kTiss + "\"", "", "2.02.03")},
+        {"2.x", Message("ans:", kAns, "", "2.02.03"),
+         Message("ansTISS:", "xmlns:ansTISS=\"" + kTiss + "\"", "", "2.02.03")},
         {"signature",
-         Message("", "xmlns=\"" + kTiss + "\"", "<Signature xmlns=\"" + kDs + "\" Id=\"a\"><SignedInfo/></Signature>"),
-         Message("ans:", kAns, "<ds:Signature Id=\"a\" xmlns:ds=\"" + kDs + "\"><ds:SignedInfo/></ds:Signature>")},
+         Message("", "xmlns=\"" + kTiss + "\"",
+                 "<Signature xmlns=\"" + kDs + "\" Id=\"a\"><SignedInfo/></Signature>"),
+         Message("ans:", kAns,
+                 "<ds:Signature Id=\"a\" xmlns:ds=\"" + kDs + "\"><ds:SignedInfo/></ds:Signature>")},
         {"signature in a wrapper, declared above",
          Message("ans:", kAns + " xmlns:ds=\"" + kDs + "\"",
                  "<assinaturaDigital><SignedInfo/><s:KeyInfo xmlns:s='u'/></assinaturaDigital>"),

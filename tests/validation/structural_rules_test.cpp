@@ -1,5 +1,6 @@
-#include "suporte/suporte.h"
 #include "model/monitoramento.h"
+#include "suporte/lote_pequeno.h"
+#include "suporte/suporte.h"
 #include "validation/schema_rule.h"
 #include "validation/validator/tiss_validator.h"
 
@@ -11,48 +12,9 @@ namespace {
 
 using testing::HasSubstr;
 
-/// A small schema of our own: a message with a version, guides that hold a number, and an epilogue.
-constexpr const char* kSchema = R"(<?xml version="1.0" encoding="UTF-8"?>
-<schema xmlns="http://www.w3.org/2001/XMLSchema" xmlns:t="http://www.ans.gov.br/padroes/tiss/schemas"
-        targetNamespace="http://www.ans.gov.br/padroes/tiss/schemas" elementFormDefault="qualified">
-  <element name="mensagemTISS"><complexType><sequence>
-    <element name="cabecalho"><complexType><sequence>
-      <element name="identificacaoTransacao"><complexType><sequence>
-        <element name="tipoTransacao" type="string"/></sequence></complexType></element>
-      <element name="Padrao" type="string"/></sequence></complexType></element>
-    <element name="prestadorParaOperadora" minOccurs="0"><complexType><sequence><element name="loteGuias"><complexType><sequence>
-      <element name="numeroLote" type="integer"/>
-      <element name="guiasTISS"><complexType><sequence>
-        <element name="guiaConsulta" maxOccurs="100"><complexType><sequence>
-          <element name="cabecalhoConsulta"><complexType><sequence>
-            <element name="numeroGuiaPrestador" type="string"/></sequence></complexType></element>
-          <element name="dataAtendimento" type="date"/>
-        </sequence></complexType></element>
-      </sequence></complexType></element>
-    </sequence></complexType></element></sequence></complexType></element>
-    <element name="epilogo"><complexType><sequence><element name="hash" type="string"/></sequence></complexType></element>
-  </sequence></complexType></element>
-</schema>)";
-
-std::string Guia(const std::string& numero, const std::string& data) {
-    return "<ans:guiaConsulta><ans:cabecalhoConsulta><ans:numeroGuiaPrestador>" + numero +
-           "</ans:numeroGuiaPrestador></ans:cabecalhoConsulta>\n" + data + "</ans:guiaConsulta>\n";
-}
-
-std::string Lote(const std::string& guias, const std::string& transacao = "ENVIO_LOTE_GUIAS") {
-    return "<ans:mensagemTISS xmlns:ans=\"http://www.ans.gov.br/padroes/tiss/schemas\">"
-           "<ans:cabecalho><ans:identificacaoTransacao><ans:tipoTransacao>" +
-           transacao +
-           "</ans:tipoTransacao></ans:identificacaoTransacao><ans:Padrao>4.01.00</ans:Padrao></ans:cabecalho>"
-           "<ans:prestadorParaOperadora><ans:loteGuias><ans:numeroLote>1</ans:numeroLote><ans:guiasTISS>\n" +
-           guias +
-           "</ans:guiasTISS></ans:loteGuias></ans:prestadorParaOperadora>"
-           "<ans:epilogo><ans:hash>0</ans:hash></ans:epilogo></ans:mensagemTISS>";
-}
-
 class SchemaRule : public testing::Test {
   protected:
-    void SetUp() override { WriteTestFile(Schema(), kSchema); }
+    void SetUp() override { WriteTestFile(Schema(), kSmallSchema); }
     std::filesystem::path Schema() const { return folder_.Path() / "tissV4_01_00.xsd"; }
     TValidationMessages Check(const std::string& xml) const {
         const auto rule = MakeValidation<TMensagemTissXmlSchemaValidation>(Schema());
@@ -67,7 +29,8 @@ class SchemaRule : public testing::Test {
 TEST_F(SchemaRule, NamesTheGuideOfEachFault) {
     const std::string good = "<ans:dataAtendimento>2026-01-31</ans:dataAtendimento>";
     const TValidationMessages messages =
-        Check(Lote("<ans:intruso/>" + Guia("A", good) + Guia("B", "<ans:dataAtendimento>31/01/2026</ans:dataAtendimento>") +
+        Check(Lote("<ans:intruso/>" + Guia("A", good) +
+                   Guia("B", "<ans:dataAtendimento>31/01/2026</ans:dataAtendimento>") +
                    Guia("C", good + good) + Guia("", "<ans:dataAtendimento/>")));
     std::vector<std::pair<std::string, std::int32_t>> places;
     for (const auto& message : messages) {
@@ -79,7 +42,8 @@ TEST_F(SchemaRule, NamesTheGuideOfEachFault) {
         EXPECT_GT(message->LinePos(), 0);
         places.emplace_back(lot->NumeroGuia(), message->Line());
     }
-    EXPECT_THAT(places, testing::ElementsAre(std::pair("", 2), std::pair("B", 5), std::pair("C", 7), std::pair("", 9)));
+    EXPECT_THAT(places, testing::ElementsAre(std::pair("", 2), std::pair("B", 5), std::pair("C", 7),
+                                             std::pair("", 9)));
 }
 
 TEST_F(SchemaRule, SpeaksOfGuidesInLotsOnly) {
@@ -122,7 +86,8 @@ TEST_F(SchemaRule, RunsAmongTheRulesOfItsKindOnly) {
     for (const auto& message : validator.Validate())
         if (rules.empty() || rules.back() != message->Validation().Name)
             rules.push_back(message->Validation().Name);
-    EXPECT_THAT(rules, testing::ElementsAre("tiss.mensagem.namespace", "tiss.mensagem.schema", "tiss.mensagem.hash"));
+    EXPECT_THAT(
+        rules, testing::ElementsAre("tiss.mensagem.namespace", "tiss.mensagem.schema", "tiss.mensagem.hash"));
     EXPECT_TRUE(validator.Validations()[0]->Validated());
     EXPECT_FALSE(validator.Validations()[1]->Validated());
     EXPECT_FALSE(validator.Validations()[2]->Validated());
@@ -131,9 +96,11 @@ TEST_F(SchemaRule, RunsAmongTheRulesOfItsKindOnly) {
 TEST_F(SchemaRule, QualityFilesHaveTheirOwnRules) {
     const TXmlParseResult parsed = TXmlParser::Parse(std::string(
         "<ans:mensagemEnvioANS xmlns:ans=\"http://www.ans.gov.br/padroes/tiss/schemas\"><ans:cabecalho>"
-        "<ans:identificacaoTransacao><ans:tipoTransacao>QUALIDADE</ans:tipoTransacao></ans:identificacaoTransacao>"
+        "<ans:identificacaoTransacao><ans:tipoTransacao>QUALIDADE</ans:tipoTransacao></"
+        "ans:identificacaoTransacao>"
         "<ans:versaoPadrao>3.03.03</ans:versaoPadrao></ans:cabecalho></ans:mensagemEnvioANS>"));
-    TTissValidator validator(TMonitoramentoQualidade::Create(parsed.Document), Schema(), TTussConnection::InMemory());
+    TTissValidator validator(TMonitoramentoQualidade::Create(parsed.Document), Schema(),
+                             TTussConnection::InMemory());
     for (const auto& message : validator.Validate())
         EXPECT_THAT(message->Validation().Name, testing::StartsWith("tiss.qualidade."));
     EXPECT_TRUE(validator.Validations()[2]->Validated());

@@ -1,0 +1,276 @@
+#include "app/cli/cli.h"
+#include "suporte/lote_pequeno.h"
+#include "suporte/suporte.h"
+#include "validation/hash_calculator.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <sstream>
+
+namespace conferix {
+namespace {
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+const std::string kData = "<ans:dataAtendimento>2026-01-31</ans:dataAtendimento>";
+
+/// The lot with the hash that it must have.
+std::string WithHash(std::string xml) {
+    const TXmlParseResult parsed = TXmlParser::Parse(xml);
+    ReplaceAll(xml, "<ans:hash>0<",
+               "<ans:hash>" + THashCalculator::Calculate(*parsed.Document, THashEncoding::Iso88591) + "<");
+    return xml;
+}
+
+/// Runs the command in a data folder of its own, with a small schema and terminology.
+class Cli : public testing::Test {
+  protected:
+    struct TResult {
+        int Status;
+        std::string Out;
+        std::string Err;
+    };
+
+    void SetUp() override {
+        setenv("CONFERIX_DADOS", (folder_.Path() / "dados").c_str(), 1);
+        WriteTestFile(File("tissV4_01_00.xsd"), kSmallSchema);
+        WriteTestFile(File("valido.xml"), WithHash(Lote(Guia("A", kData))));
+        WriteTestFile(File("invalido.xml"),
+                      WithHash(Lote("<ans:intruso/>" + Guia("B", "<ans:dataAtendimento/>"))));
+        WriteTestFile(File("acento.xml"), WithHash(Lote(Guia("Ação", kData))));
+    }
+    void TearDown() override { unsetenv("CONFERIX_DADOS"); }
+
+    std::string File(const std::string& name) const { return (folder_.Path() / name).string(); }
+
+    TResult Run(std::vector<std::string> words, const std::string& input = {}) const {
+        std::istringstream in(input);
+        std::ostringstream out;
+        std::ostringstream err;
+        words.insert(words.end(), {"--terminologia", CONFERIX_TUSS_DB});
+        const int status = RunCli(words, {in, out, err});
+        return {status, out.str(), err.str()};
+    }
+    TResult Validar(std::vector<std::string> words, const std::string& input = {}) const {
+        words.insert(words.begin(), "validar");
+        words.insert(words.end(), {"--esquemas", folder_.Path().string()});
+        return Run(words, input);
+    }
+
+  private:
+    TTemporaryFolder folder_;
+};
+
+TEST_F(Cli, ValidatesWithTextAndStatus) {
+    const TResult valid = Validar({File("valido.xml")});
+    EXPECT_EQ(valid.Status, kExitValid);
+    EXPECT_EQ(valid.Out, File("valido.xml") +
+                             "\n  Mensagem TISS, ENVIO_LOTE_GUIAS, versão 4.01.00\n  sucesso: Arquivo "
+                             "válido!\n    Nenhum erro foi encontrado no arquivo.\n");
+    EXPECT_THAT(valid.Err, IsEmpty());
+    const TResult invalid = Validar({File("invalido.xml")});
+    EXPECT_EQ(invalid.Status, kExitInvalid);
+    EXPECT_THAT(
+        invalid.Out,
+        AllOf(HasSubstr("erro: [Linha: 2] O elemento <intruso> não é conhecido"),
+              HasSubstr("erro: [Linha: 3] [Guia: B] O elemento <dataAtendimento> está vazio. (coluna 1, "
+                        "tiss.mensagem.schema)"),
+              HasSubstr("Arquivo inválido: 2 erros.\n")));
+    const TResult all = Validar({File("valido.xml"), "--todas"});
+    EXPECT_THAT(all.Out,
+                AllOf(HasSubstr("sucesso: O namespace do XML é válido"),
+                      HasSubstr("sucesso: O XML está de acordo"),
+                      HasSubstr("(coluna 75, tiss.mensagem.hash)"), HasSubstr("sucesso: Arquivo válido!")));
+}
+
+TEST_F(Cli, JsonTellsEverything) {
+    const TResult result = Validar({File("acento.xml"), File("invalido.xml"), "--formato", "json"});
+    EXPECT_EQ(result.Status, kExitInvalid);
+    const json files = json::parse(result.Out);
+    ASSERT_EQ(files.size(), 2U);
+    json first = files[0];
+    EXPECT_THAT(first["mensagens"][0]["id"].get<std::string>(), StartsWith("{"));
+    first["mensagens"][0].erase("id");
+    const std::string motivo = first["mensagens"][0]["motivo"];
+    EXPECT_THAT(motivo, StartsWith("O hash informado no arquivo está válido e de acordo"));
+    first["mensagens"][0].erase("motivo");
+    EXPECT_EQ(first["mensagens"][0]["texto"], "[Linha: 4] " + motivo);
+    first["mensagens"][0].erase("texto");
+    first["mensagens"][1].erase("id");
+    const std::string hash = first["mensagens"][0]["origem"];
+    EXPECT_EQ(first,
+              json::parse(R"({"arquivo": ")" + File("acento.xml") + R"(", "xmlValido": true, "valido": true,
+        "estado": ["sfAberto", "sfValidado", "sfValido"], "tipoArquivo": "taMensagemTISS",
+        "tipoTransacao": "tmEnvioLoteGuias", "versao": "4.01.00", "ocultas": 0, "mensagens": [
+        {"tipo": "mtInformation", "validacao": "tiss.mensagem.hash", "linha": 4, "coluna": 75, "posicao": 609, "guia": "",
+         "campo": "", "origem": ")" +
+                          hash + R"(", "exibida": true, "correcoes": [
+           {"nome": "THashSolver_UTF8", "descricao": "Corrigir Hash com codificação UTF-8"},
+           {"nome": "TSanitizeHashSolver", "descricao": "Sanitizar o XML e corrigir Hash. \r\nO processo de sanitização irá remover espaços em branco no início e fim do conteúdo das tags, caracteres invisíveis (CR, LF, tabs, etc) e os acentos dos caracteres."}]},
+        {"tipo": "mtSuccess", "validacao": "", "linha": 0, "coluna": 0, "posicao": 0, "guia": "", "campo": "",
+         "motivo": "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.",
+         "texto": "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.", "origem": "", "exibida": true,
+         "correcoes": []}]})"))
+        << first.dump(2);
+    EXPECT_EQ(files[1]["estado"], json({"sfAberto", "sfValidado", "sfInvalido"}));
+    EXPECT_EQ(files[1]["mensagens"][1]["guia"], "B");
+    EXPECT_EQ(files[1]["mensagens"].size(), 2U);
+
+    const json all = json::parse(Validar({File("valido.xml"), "--todas", "--formato", "json"}).Out);
+    std::vector<std::string> shown;
+    for (const json& message : all[0]["mensagens"])
+        shown.push_back(message["validacao"].get<std::string>() + (message["exibida"] ? "+" : "-"));
+    EXPECT_THAT(shown,
+                ElementsAre("tiss.mensagem.namespace-", "tiss.mensagem.schema-", "tiss.mensagem.hash-", "+"));
+}
+
+TEST_F(Cli, TakesFoldersStandardInputAndSeveralFilesAtOnce) {
+    WriteTestFile(File("b.XTE"), WithHash(Lote(Guia("A", kData))));
+    WriteTestFile(File("nota.txt"), "x");
+    const auto names = [](const TResult& result) {
+        std::vector<std::string> found;
+        for (const json& file : json::parse(result.Out))
+            found.push_back(std::filesystem::path(file["arquivo"].get<std::string>()).filename());
+        return found;
+    };
+    for (const char* parallel : {"1", "3", "100"})
+        EXPECT_THAT(names(Validar({File(""), "--formato", "json", "--paralelo", parallel})),
+                    ElementsAre("acento.xml", "b.XTE", "invalido.xml", "valido.xml"));
+    const TResult input = Validar({"-", "--formato", "json"}, ReadTestFile(File("invalido.xml")));
+    EXPECT_EQ(input.Status, kExitInvalid);
+    EXPECT_THAT(names(input), ElementsAre("-"));
+    const TResult lines = Validar({File(""), "--formato", "ndjson", "--paralelo", "2"});
+    std::istringstream stream(lines.Out);
+    int count = 0;
+    for (std::string line; std::getline(stream, line); ++count)
+        EXPECT_TRUE(json::parse(line).contains("mensagens"));
+    EXPECT_EQ(count, 4);
+    EXPECT_THAT(Validar({File("")}).Out, testing::EndsWith("\n4 arquivos: 3 válidos, 1 inválido.\n"));
+}
+
+TEST_F(Cli, OneBadFileNeverStopsTheOthers) {
+    WriteTestFile(File("bytes.xml"), "<a>\n\xE9</a>");
+    const TResult result =
+        Validar({File("nenhum.xml"), File("bytes.xml"), File("valido.xml"), "--formato", "json"});
+    EXPECT_EQ(result.Status, kExitUnreadable);
+    EXPECT_EQ(result.Err, "conferix: erro: " + File("nenhum.xml") + ": o arquivo não existe\n");
+    const json files = json::parse(result.Out);
+    ASSERT_EQ(files.size(), 3U);
+    EXPECT_EQ(files[0]["mensagens"][0]["tipo"], "mtFatal");
+    EXPECT_EQ(files[0]["valido"], false);
+    EXPECT_EQ(files[1]["mensagens"][0]["linha"], 2);
+    EXPECT_EQ(files[1]["xmlValido"], false);
+    EXPECT_EQ(files[2]["valido"], true);
+    EXPECT_EQ(Validar({File("bytes.xml")}).Status, kExitInvalid);
+}
+
+TEST_F(Cli, AMissingSchemaIsNamedWithItsFolderAndTheWayToInstallIt) {
+    std::filesystem::remove(File("tissV4_01_00.xsd"));
+    const TResult result = Validar({File("valido.xml"), File("acento.xml")});
+    EXPECT_EQ(result.Status, kExitInvalid);
+    EXPECT_THAT(result.Out, HasSubstr("erro: Schema file " + File("tissV4_01_00.xsd") + " not found\n"));
+    EXPECT_EQ(result.Err,
+              "conferix: aviso: o schema \"tissV4_01_00.xsd\" foi procurado na pasta \"" +
+                  std::filesystem::path(File("x")).parent_path().string() +
+                  "\". Para instalar os schemas publicados pela ANS: conferix esquemas importar PASTA\n");
+}
+
+TEST_F(Cli, WrongCommandLinesEndWithStatusTwo) {
+    const std::vector<std::vector<std::string>> cases = {
+        {},
+        {"inexistente"},
+        {"validar"},
+        {"validar", "x", "--paralelo", "0"},
+        {"validar", "x", "--formato", "xml"},
+        {"informar", "x", "--formato", "ndjson"},
+        {"validar", "x", "--nada"},
+        {"validar", File("valido.xml"), "--desativar", "tiss.nenhuma"},
+        {"validar", File("valido.xml"), "--desativar", "tiss.mensagem.hash"},
+        {"esquemas"},
+        {"informar", "a", "b"},
+    };
+    for (const auto& words : cases) {
+        const TResult result = Run(words);
+        EXPECT_EQ(result.Status, kExitUsage) << testing::PrintToString(words);
+        EXPECT_THAT(result.Err, StartsWith("conferix: erro: ")) << testing::PrintToString(words);
+        EXPECT_THAT(result.Out, IsEmpty());
+    }
+    EXPECT_THAT(Run({"validar", File("valido.xml"), "--desativar", "tiss.mensagem.hash"}).Err,
+                HasSubstr("A validação \"Hash MD5\" é obrigatória. Não é possível desativá-la."));
+    EXPECT_THAT(Run({"--ajuda"}).Out, AllOf(HasSubstr("Uso"), HasSubstr("validar"), Not(HasSubstr("Usage"))));
+    EXPECT_THAT(Run({"validar", "--ajuda"}).Out, HasSubstr("--paralelo"));
+    EXPECT_THAT(Run({"--versao"}).Out, StartsWith("conferix "));
+}
+
+TEST_F(Cli, InformsAboutAFile) {
+    EXPECT_EQ(Run({"informar", File("valido.xml"), "--formato", "json"}).Status, kExitValid);
+    const json groups = json::parse(Run({"informar", File("valido.xml"), "--formato", "json"}).Out);
+    ASSERT_EQ(groups.size(), 2U);
+    EXPECT_EQ(groups[0]["titulo"], "TISS");
+    EXPECT_EQ(groups[0]["linhas"][0], json({"Versão", "4.01.00"}));
+    EXPECT_EQ(groups[1]["linhas"][4], json({"Qtd Guias", "1"}));
+    EXPECT_THAT(Run({"informar", "-"}, ReadTestFile(File("valido.xml"))).Out,
+                HasSubstr("  Tipo de Guia:          Consulta\n"));
+    const struct {
+        std::string Content;
+        int Status;
+        const char* Error;
+    } cases[] = {{"<a>", kExitInvalid, "sem fechar"},
+                 {"<a/>", kExitInvalid, "O elemento raíz <a> não é reconhecido"},
+                 {"\xFF", kExitInvalid, "UTF-8"}};
+    for (const auto& c : cases) {
+        const TResult result = Run({"informar", "-"}, c.Content);
+        EXPECT_EQ(result.Status, c.Status);
+        EXPECT_THAT(result.Err, AllOf(StartsWith("conferix: erro: -: "), HasSubstr(c.Error)));
+    }
+    EXPECT_EQ(Run({"informar", File("nenhum.xml")}).Status, kExitUnreadable);
+}
+
+TEST_F(Cli, TellsTheHashes) {
+    const json hash = json::parse(Run({"hash", File("acento.xml"), "--formato", "json"}).Out);
+    EXPECT_EQ(hash["informado"], hash["iso88591"]);
+    EXPECT_NE(hash["iso88591"], hash["utf8"]);
+    EXPECT_EQ(hash["mensagem"]["tipo"], "mtInformation");
+    EXPECT_EQ(Run({"hash", File("acento.xml")}).Status, kExitValid);
+    const TResult wrong = Run({"hash", "-"}, Lote(Guia("A", kData)));
+    EXPECT_EQ(wrong.Status, kExitInvalid);
+    EXPECT_THAT(wrong.Out, HasSubstr("Informado:  0\n"));
+}
+
+TEST_F(Cli, ListsTheRulesOfTheTree) {
+    const json rules = json::parse(Run({"regras", "--formato", "json"}).Out);
+    EXPECT_EQ(rules[0],
+              json::parse(R"({"nome": "tiss.mensagem", "descricao": "Mensagem TISS", "obrigatoria": true,
+                                        "ativa": true, "profundidade": 0})"));
+    EXPECT_EQ(rules[1]["profundidade"], 1);
+    EXPECT_THAT(Run({"regras"}).Out, HasSubstr("  tiss.mensagem.namespace  Namespace  (obrigatória)\n"));
+    EXPECT_THAT(Run({"regras", "--formato", "markdown"}).Out,
+                HasSubstr("| `tiss.qualidade.hash` | Hash MD5 | obrigatória |\n"));
+    WriteTestFile(File("config.json"), "{");
+    const TResult damaged = Run({"regras", "--config", File("config.json")});
+    EXPECT_EQ(damaged.Status, kExitUnreadable);
+    EXPECT_THAT(damaged.Err, HasSubstr(File("config.json")));
+}
+
+TEST_F(Cli, TellsTheStateOfTheTerminology) {
+    const json state = json::parse(Run({"terminologia", "estado", "--formato", "json"}).Out);
+    ASSERT_EQ(state["tabelas"].size(), 9U);
+    std::int64_t cities = 0;
+    for (const json& table : state["tabelas"])
+        if (table["tabela"] == "TB_CIDADE")
+            cities = table["registros"];
+    EXPECT_EQ(cities, 2 * 5571);
+    EXPECT_THAT(Run({"terminologia", "estado"}).Out, HasSubstr("não instalada"));
+}
+
+} // namespace
+} // namespace conferix
