@@ -1,11 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -23,14 +24,14 @@ class TArena {
     /// Keeps a copy of the text for the life of the arena.
     std::string_view Copy(std::string_view text) {
         if (text.empty())
-            return {"", 0};
+            return {};
         char* memory = static_cast<char*>(Allocate(text.size(), 1));
-        std::memcpy(memory, text.data(), text.size());
+        std::copy(text.begin(), text.end(), memory);
         return {memory, text.size()};
     }
 
   private:
-    static constexpr std::size_t kBlockSize = 256 * 1024;
+    static constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 
     void* Allocate(std::size_t size, std::size_t alignment) {
         const std::size_t start = (used_ + alignment - 1) & ~(alignment - 1);

@@ -62,7 +62,7 @@ std::string Upper(std::string_view text) {
 
 /// The converter's name for a declared encoding: letters of ISO-8859-1 and US-ASCII files are Windows-1252's.
 std::string ConverterName(std::string_view declared) {
-    const std::string upper = Upper(declared);
+    std::string upper = Upper(declared);
     if (upper.empty() || upper == "UTF-8" || upper == "UTF8")
         return "UTF-8";
     if (upper == "ISO-8859-1" || upper == "ISO8859-1" || upper == "ISO_8859-1" || upper == "LATIN1" ||

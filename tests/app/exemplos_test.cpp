@@ -1,0 +1,128 @@
+#include "app/cli/cli.h"
+#include "suporte/suporte.h"
+#include "xml/schema/schema_set.h"
+#include "xml/schema/schema_validator.h"
+#include "xml/xml_encoding.h"
+#include "xml/xml_scanner.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <sstream>
+
+namespace conferix {
+namespace {
+
+using nlohmann::json;
+
+std::vector<std::filesystem::path> Examples(const std::string& ending) {
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(Example("")))
+        if (entry.path().string().ends_with(ending))
+            files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    EXPECT_FALSE(files.empty()) << ending;
+    return files;
+}
+
+class ExampleFiles : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!PublishedSchemas())
+            GTEST_SKIP() << "os schemas publicados pela ANS não estão nesta máquina";
+    }
+
+    static json Validate(const std::filesystem::path& file) {
+        std::istringstream in;
+        std::ostringstream out;
+        std::ostringstream err;
+        const int status = RunCli({"validar", file.string(), "--formato", "json", "--esquemas",
+                                   PublishedSchemas()->string(), "--terminologia", CONFERIX_TUSS_DB},
+                                  {in, out, err});
+        json report = json::parse(out.str())[0];
+        EXPECT_EQ(status == kExitValid, report["valido"].get<bool>());
+        EXPECT_EQ(err.str(), "");
+        return report;
+    }
+
+    /// The main schema of an example, whose name tells kind and version.
+    static std::filesystem::path SchemaOf(const std::filesystem::path& example) {
+        const std::string name = example.filename().string();
+        const std::size_t start = name.find('-') + 1;
+        std::string version = name.substr(start, 7);
+        std::replace(version.begin(), version.end(), '.', '_');
+        const bool monitoring = name.starts_with("monitoramento");
+        return *PublishedSchemas() / ((monitoring ? "tissMonitoramentoV" : "tissV") + version + ".xsd");
+    }
+};
+
+TEST_F(ExampleFiles, ValidOnesHaveNoError) {
+    for (const auto& file : Examples("-valido.xml")) {
+        const json report = Validate(file);
+        EXPECT_TRUE(report["valido"].get<bool>()) << file << report.dump(1);
+    }
+}
+
+TEST_F(ExampleFiles, FaultyOnesShowEachPlantedFault) {
+    for (const auto& file : Examples("-com-erros.xml")) {
+        std::string found;
+        const json report = Validate(file);
+        for (const json& message : report["mensagens"])
+            found += fmt::format("{}:{} [{}] {} {}: {}\n", message["linha"].get<int>(),
+                                 message["coluna"].get<int>(), message["guia"].get<std::string>(),
+                                 message["tipo"].get<std::string>(), message["validacao"].get<std::string>(),
+                                 message["motivo"].get<std::string>());
+        const auto expected = std::filesystem::path(CONFERIX_FONTE) / "tests/app/esperado" /
+                              file.filename().replace_extension(".txt");
+        if (std::getenv("CONFERIX_REESCREVER_ESPERADO") != nullptr)
+            WriteTestFile(expected, found);
+        EXPECT_EQ(found, ReadTestFile(expected)) << file;
+        EXPECT_FALSE(report["valido"].get<bool>()) << file;
+    }
+}
+
+/// Renames one element in the text, in its start and end tag.
+std::string Rename(std::string text, const TXmlNode& node) {
+    const std::size_t prefix = node.Prefix().empty() ? 0 : node.Prefix().size() + 1;
+    const std::size_t close = text.rfind("</", node.ByteEnd() - 1);
+    if (close != std::string::npos && close > node.ByteStart() && text[node.ByteEnd() - 2] != '/')
+        text.insert(close + 2 + prefix, "x");
+    text.insert(node.ByteStart() + 1 + prefix, "x");
+    return text;
+}
+
+TEST_F(ExampleFiles, AFaultInAnyElementIsReportedAtItsPlace) {
+    for (const auto& file : Examples("-valido.xml")) {
+        const auto schema = TSchemaSet::Load(SchemaOf(file));
+        const std::string text = DecodeXml(ReadTestFile(file)).Text;
+        const auto document = TXmlParser::Parse(text).Document;
+        int planted = 0;
+        TXmlMappingScanner::Scan(*document->Element(), [&](const TXmlNode& node, bool&) {
+            if (!node.IsTag())
+                return;
+            const auto faulty = TXmlParser::Parse(Rename(text, node)).Document;
+            ASSERT_NE(faulty, nullptr) << node.QualifiedName();
+            const auto faults = TSchemaValidator(*schema).Validate(*faulty);
+            EXPECT_TRUE(std::any_of(faults.begin(), faults.end(),
+                                    [&](const TSchemaFault& fault) {
+                                        return fault.Line == node.Line() && fault.LinePos == node.LinePos() &&
+                                               fault.FilePos == node.FilePos();
+                                    }))
+                << file << " <" << node.QualifiedName() << "> " << node.Line();
+            // The element that it should have been may be missed at its place; nothing else is a fault.
+            for (const TSchemaFault& fault : faults)
+                EXPECT_GE(fault.Line, node.Line() - (fault.Code == TSchemaFaultCode::MissingElement ||
+                                                             fault.Code == TSchemaFaultCode::MissingChoice
+                                                         ? 1000
+                                                         : 0));
+            ++planted;
+        });
+        EXPECT_GT(planted, 50) << file;
+    }
+}
+
+} // namespace
+} // namespace conferix
