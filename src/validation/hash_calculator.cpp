@@ -7,6 +7,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 namespace conferix {
@@ -18,6 +19,10 @@ class TMd5 {
     TMd5() : context_(EVP_MD_CTX_new(), &EVP_MD_CTX_free) {
         Require(context_ != nullptr && EVP_DigestInit_ex(context_.get(), EVP_md5(), nullptr) == 1);
     }
+    TMd5(const TMd5& other) : TMd5() {
+        Require(EVP_MD_CTX_copy_ex(context_.get(), other.context_.get()) == 1);
+    }
+    TMd5& operator=(const TMd5&) = delete;
     void Add(std::string_view bytes) {
         Require(EVP_DigestUpdate(context_.get(), bytes.data(), bytes.size()) == 1);
     }
@@ -44,25 +49,50 @@ class TMd5 {
 
 } // namespace
 
-std::string THashCalculator::Calculate(const TXmlDocument& document, THashEncoding encoding) {
-    constexpr std::size_t kChunk = 64 * 1024;
-    TMd5 md5;
+namespace {
+
+/// Hands the hash text to `take` in pieces of whole characters.
+template<class Take>
+void ForEachPiece(const TXmlDocument& document, Take&& take) {
+    constexpr std::size_t kPiece = std::size_t{64} * 1024;
     std::string buffer;
-    const auto flush = [&] {
-        md5.Add(encoding == THashEncoding::Utf8 ? buffer : EncodeAnsi(buffer));
-        buffer.clear();
-    };
     TXmlMappingScanner::Scan(document.Root(), [&](const TXmlNode& node, bool& stop) {
         if (node.LocalName() == "epilogo") {
             stop = true;
         } else if (node.IsTag() && node.HasValue()) {
             buffer += node.Value();
-            if (buffer.size() >= kChunk)
-                flush();
+            if (buffer.size() >= kPiece) {
+                take(buffer);
+                buffer.clear();
+            }
         }
     });
-    flush();
+    take(buffer);
+}
+
+} // namespace
+
+std::string THashCalculator::Calculate(const TXmlDocument& document, THashEncoding encoding) {
+    TMd5 md5;
+    ForEachPiece(document, [&](const std::string& piece) {
+        md5.Add(encoding == THashEncoding::Utf8 ? piece : EncodeAnsi(piece));
+    });
     return md5.Digest();
+}
+
+THashes THashCalculator::CalculateBoth(const TXmlDocument& document) {
+    TMd5 iso;
+    std::optional<TMd5> utf8; // begins where the two texts first differ
+    ForEachPiece(document, [&](const std::string& piece) {
+        const std::string ansi = EncodeAnsi(piece);
+        if (!utf8 && ansi != piece)
+            utf8.emplace(iso);
+        iso.Add(ansi);
+        if (utf8)
+            utf8->Add(piece);
+    });
+    const std::string digest = iso.Digest();
+    return {digest, utf8 ? utf8->Digest() : digest};
 }
 
 } // namespace conferix

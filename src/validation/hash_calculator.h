@@ -12,11 +12,19 @@ enum class THashEncoding {
     Utf8
 };
 
+/// The digests of one document.
+struct THashes {
+    std::string Iso88591;
+    std::string Utf8;
+};
+
 /// MD5 of the text values of all elements before the epilogue, in document order.
 class THashCalculator {
   public:
     /// The digest as 32 lower-case hexadecimal digits.
     static std::string Calculate(const TXmlDocument& document, THashEncoding encoding);
+    /// Both digests from one walk.
+    static THashes CalculateBoth(const TXmlDocument& document);
 };
 
 } // namespace conferix

@@ -34,8 +34,7 @@ void THashValidation::Visit(const IMonitoramentoQualidade& qualidade) {
 void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
     StartVisit();
     const TXmlDocument& document = *file->Xml();
-    const std::string hashIso = THashCalculator::Calculate(document, THashEncoding::Iso88591);
-    const std::string hashUtf8 = THashCalculator::Calculate(document, THashEncoding::Utf8);
+    const auto [hashIso, hashUtf8] = THashCalculator::CalculateBoth(document);
     const TXmlNode* hash = file->HashNode();
     const TXmlNode* place = hash != nullptr ? hash : file->EpilogoNode();
     if (place == nullptr)

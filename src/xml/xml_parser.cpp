@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 namespace conferix {
@@ -16,7 +17,9 @@ class TPositionCounter {
     explicit TPositionCounter(std::string_view text) : text_(text) {}
 
     void MoveTo(std::size_t offset) {
-        for (; at_ < offset; ++at_) {
+        while (at_ < offset) {
+            if (SkipPlain(offset))
+                continue;
             const auto c = static_cast<unsigned char>(text_[at_]);
             if ((c & 0xC0U) != 0x80U)
                 ++characters_;
@@ -24,6 +27,7 @@ class TPositionCounter {
                 ++line_;
                 lineStart_ = characters_;
             }
+            ++at_;
         }
     }
     std::uint32_t Line() const { return line_; }
@@ -31,6 +35,21 @@ class TPositionCounter {
     std::uint32_t FilePos() const { return characters_; }
 
   private:
+    /// Passes eight bytes at once that are all ASCII and no line ends, as most are.
+    bool SkipPlain(std::size_t offset) {
+        constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+        constexpr std::uint64_t kAboveLineEnds = 0x0E0E0E0E0E0E0E0EU;
+        if (offset - at_ < sizeof(std::uint64_t))
+            return false;
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, text_.data() + at_, sizeof bytes);
+        if (((bytes | (bytes - kAboveLineEnds)) & kHighBits) != 0)
+            return false;
+        at_ += sizeof bytes;
+        characters_ += sizeof bytes;
+        return true;
+    }
+
     std::string_view text_;
     std::size_t at_ = 0;
     std::uint32_t line_ = 1;

@@ -88,7 +88,8 @@ class TFacetReader {
         std::uint32_t number = 0;
         const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
         if (error != std::errc() || end != value.data() + value.size())
-            file_.Fail(node, "número inválido em <" + std::string(node.LocalName()) + ">: \"" + std::string(value) + "\"");
+            file_.Fail(node, "número inválido em <" + std::string(node.LocalName()) + ">: \"" +
+                                 std::string(value) + "\"");
         return number;
     }
 
@@ -125,12 +126,14 @@ class TFacetReader {
     }
 
     /// Takes the bound over unless the one in force is already as tight.
-    void TightenBound(const TXmlNode& node, std::optional<std::string>& facet, std::string_view raw, TSchemaOrder looser) {
+    void TightenBound(const TXmlNode& node, std::optional<std::string>& facet, std::string_view raw,
+                      TSchemaOrder looser) {
         if (!IsSchemaOrdered(type_.Kind))
             Inapplicable(node);
         const std::string_view value = TrimXmlSpace(raw);
         if (!IsSchemaLexical(type_.Kind, value))
-            file_.Fail(node, "valor inválido em <" + std::string(node.LocalName()) + ">: \"" + std::string(value) + "\"");
+            file_.Fail(node, "valor inválido em <" + std::string(node.LocalName()) + ">: \"" +
+                                 std::string(value) + "\"");
         if (!facet || CompareSchemaValues(type_.Kind, value, *facet) != looser)
             facet = std::string(value);
     }

@@ -62,7 +62,8 @@ enum class TSchemaFaultCode : std::uint8_t {
 /// TSchemaMessages makes the sentence of them.
 struct TSchemaFault {
     TSchemaFaultCode Code = TSchemaFaultCode::UnknownRoot;
-    const TXmlNode* Node = nullptr; ///< for a missing element, the sibling before which it belongs or the parent
+    const TXmlNode* Node =
+        nullptr; ///< for a missing element, the sibling before which it belongs or the parent
     const TXmlAttribute* Attribute = nullptr; ///< null when the fault is one of an element
     std::int32_t Line = 0;                    ///< of the node's start tag, 1-based
     std::int32_t LinePos = 0;                 ///< 1-based, in characters
@@ -73,8 +74,8 @@ struct TSchemaFault {
     std::string Before;                       ///< the sibling before which it belongs; empty: at the end
     std::string Bound;                        ///< bound, pattern or value demanded
     std::vector<std::string> Expected;        ///< elements or codes expected; of codes, the first ten
-    std::int64_t Count = 0;                   ///< occurrences, length or digits found; size of the list of codes
-    std::int64_t Limit = 0;                   ///< occurrences, length or digits allowed
+    std::int64_t Count = 0; ///< occurrences, length or digits found; size of the list of codes
+    std::int64_t Limit = 0; ///< occurrences, length or digits allowed
 
     /// The piece of XML or the value that the fault is about, trimmed and short. The document must live.
     std::string SrcText() const;

@@ -52,8 +52,8 @@ std::optional<TVersionedName> SplitVersion(std::string_view name) {
 } // namespace
 
 ESchemaInvalido::ESchemaInvalido(const std::string& file, std::int32_t line, const std::string& reason)
-    : std::runtime_error("Esquema " + file + (line > 0 ? ", linha " + std::to_string(line) : std::string()) + ": " +
-                         reason) {}
+    : std::runtime_error("Esquema " + file + (line > 0 ? ", linha " + std::to_string(line) : std::string()) +
+                         ": " + reason) {}
 
 TSchemaFile::TSchemaFile(const std::filesystem::path& path, const std::string* adoptedNamespace)
     : path_(path), name_(FileName(path)) {
@@ -98,7 +98,8 @@ void TSchemaFile::ReadHeader(const std::string* adoptedNamespace) {
     elementsQualified_ = form("elementFormDefault");
     attributesQualified_ = form("attributeFormDefault");
     for (const std::string_view name : {"blockDefault", "finalDefault"})
-        if (const TXmlAttribute* attribute = schema_->Attribute(name); attribute != nullptr && !attribute->Value().empty())
+        if (const TXmlAttribute* attribute = schema_->Attribute(name);
+            attribute != nullptr && !attribute->Value().empty())
             Fail(*schema_, "o atributo " + std::string(name) + " não é suportado");
     if (const TXmlAttribute* target = schema_->Attribute("targetNamespace")) {
         targetNamespace_ = target->Value();
@@ -170,10 +171,12 @@ void TSchemaFiles::Follow(const TSchemaFile& from, const TXmlNode& node) {
         return;
     const TSchemaFile& added = Add(path, include ? &from.TargetNamespace() : nullptr);
     const TXmlAttribute* wanted = node.Attribute("namespace");
-    const std::string_view expected =
-        include ? std::string_view(from.TargetNamespace()) : wanted != nullptr ? wanted->Value() : std::string_view{};
+    const std::string_view expected = include             ? std::string_view(from.TargetNamespace())
+                                      : wanted != nullptr ? wanted->Value()
+                                                          : std::string_view{};
     if (added.TargetNamespace() != expected)
-        from.Fail(node, "o arquivo " + added.Name() + " é de outro namespace (\"" + added.TargetNamespace() + "\")");
+        from.Fail(node, "o arquivo " + added.Name() + " é de outro namespace (\"" + added.TargetNamespace() +
+                            "\")");
 }
 
 /// The file, read unless it was met before. One without a target namespace of its own is another file for
@@ -195,7 +198,8 @@ std::filesystem::path TSchemaFiles::Locate(std::string_view location) const {
     location = TrimXmlSpace(location);
     if (const std::size_t slash = location.find_last_of("/\\"); slash != std::string_view::npos)
         location.remove_prefix(slash + 1);
-    if (location.empty() || location == "." || location == ".." || location.find('\0') != std::string_view::npos)
+    if (location.empty() || location == "." || location == ".." ||
+        location.find('\0') != std::string_view::npos)
         return {};
     const auto inFolder = [this](std::string_view name) {
         return folder_ / std::filesystem::path(std::u8string(name.begin(), name.end()));

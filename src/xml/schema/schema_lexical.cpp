@@ -71,7 +71,8 @@ bool TakeDate(std::string_view& text, TMoment& moment) {
     std::from_chars(digits.data(), digits.data() + digits.size(), year);
     int month = 0;
     int day = 0;
-    if (year == 0 || !TakeChar(text, '-') || !TakeTwo(text, month) || !TakeChar(text, '-') || !TakeTwo(text, day))
+    if (year == 0 || !TakeChar(text, '-') || !TakeTwo(text, month) || !TakeChar(text, '-') ||
+        !TakeTwo(text, day))
         return false;
     constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     // There is no year 0: -0001 is the year before 0001.
@@ -158,8 +159,9 @@ TSchemaOrder CompareMoments(const TMoment& left, const TMoment& right) {
 TSchemaOrder CompareDecimals(const TSchemaDecimal& left, const TSchemaDecimal& right) {
     if (left.Negative != right.Negative)
         return left.Negative ? TSchemaOrder::Less : TSchemaOrder::Greater;
-    int difference = left.Whole.size() != right.Whole.size() ? (left.Whole.size() < right.Whole.size() ? -1 : 1)
-                                                             : left.Whole.compare(right.Whole);
+    int difference = left.Whole.size() != right.Whole.size()
+                         ? (left.Whole.size() < right.Whole.size() ? -1 : 1)
+                         : left.Whole.compare(right.Whole);
     if (difference == 0)
         difference = left.Fraction.compare(right.Fraction);
     return OrderOf(left.Negative ? -difference : difference);
@@ -287,7 +289,8 @@ bool IsNCName(std::string_view text) {
                                   code != 0x200C && code != 0x200D) ||
                                  (code >= 0x2190 && code <= 0x2BFF) || (code >= 0x3000 && code == 0x3000) ||
                                  (code >= 0xD800 && code <= 0xF8FF) || code == 0xFFFE || code == 0xFFFF;
-        const bool combining = code == 0xB7 || (code >= 0x300 && code <= 0x36F) || code == 0x203F || code == 0x2040;
+        const bool combining =
+            code == 0xB7 || (code >= 0x300 && code <= 0x36F) || code == 0x203F || code == 0x2040;
         if (punctuation || (i == 0 && combining))
             return false;
         i += length;
@@ -385,8 +388,8 @@ bool IsSchemaOrdered(TSchemaValueKind kind) {
 }
 
 std::size_t CountCodePoints(std::string_view text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+    return static_cast<std::size_t>(std::count_if(
+        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
 std::size_t CountOctets(TSchemaValueKind kind, std::string_view value) {

@@ -58,7 +58,8 @@ std::string ValueOfSubject(const TSchemaFault& fault) {
 // ---- structure
 
 std::string UnknownRoot(const TSchemaFault& fault) {
-    return "A raiz " + Tag(fault.Name) + " não é conhecida neste esquema. Esperado: " + Tags(fault.Expected) + ".";
+    return "A raiz " + Tag(fault.Name) + " não é conhecida neste esquema. Esperado: " + Tags(fault.Expected) +
+           ".";
 }
 
 std::string UndeclaredPrefix(const TSchemaFault& fault) {
@@ -73,16 +74,17 @@ std::string UnknownElement(const TSchemaFault& fault) {
 }
 
 std::string WrongCase(const TSchemaFault& fault) {
-    return "O elemento " + Tag(fault.Name) + In(fault) + " tem letras maiúsculas e minúsculas trocadas: o nome certo é " +
-           Tag(fault.Bound) + ".";
+    return "O elemento " + Tag(fault.Name) + In(fault) +
+           " tem letras maiúsculas e minúsculas trocadas: o nome certo é " + Tag(fault.Bound) + ".";
 }
 
 std::string WrongNamespace(const TSchemaFault& fault) {
-    const std::string place = fault.Parent.empty() ? "A raiz " + Tag(fault.Name)
-                                                   : "O elemento " + Tag(fault.Name) + In(fault);
+    const std::string place =
+        fault.Parent.empty() ? "A raiz " + Tag(fault.Name) : "O elemento " + Tag(fault.Name) + In(fault);
     if (fault.Bound.empty())
         return place + " não deve ter namespace; confira o prefixo.";
-    return place + " está no namespace errado; confira o prefixo. O namespace certo é \"" + fault.Bound + "\".";
+    return place + " está no namespace errado; confira o prefixo. O namespace certo é \"" + fault.Bound +
+           "\".";
 }
 
 std::string UndeclaredByName(const TSchemaFault& fault) {
@@ -95,7 +97,8 @@ std::string OutOfOrder(const TSchemaFault& fault) {
 }
 
 std::string ExclusiveElement(const TSchemaFault& fault) {
-    return "O elemento " + Tag(fault.Name) + " não pode estar" + In(fault) + " junto com " + Tags(fault.Expected) + ".";
+    return "O elemento " + Tag(fault.Name) + " não pode estar" + In(fault) + " junto com " +
+           Tags(fault.Expected) + ".";
 }
 
 std::string Place(const TSchemaFault& fault) {
@@ -103,7 +106,7 @@ std::string Place(const TSchemaFault& fault) {
 }
 
 std::string MissingElement(const TSchemaFault& fault) {
-    return "Falta o elemento obrigatório " + Tag(fault.Name) + Place(fault);
+    return (fault.Name == "*" ? "Falta " : "Falta o elemento obrigatório ") + Tag(fault.Name) + Place(fault);
 }
 
 std::string MissingChoice(const TSchemaFault& fault) {
@@ -145,7 +148,8 @@ std::string MissingAttribute(const TSchemaFault& fault) {
 }
 
 std::string FixedValue(const TSchemaFault& fault) {
-    return Subject(fault) + " deve ter o valor " + Quote(fault.Bound) + "; foi encontrado " + Quote(fault.Found) + ".";
+    return Subject(fault) + " deve ter o valor " + Quote(fault.Bound) + "; foi encontrado " +
+           Quote(fault.Found) + ".";
 }
 
 std::string UnknownType(const TSchemaFault& fault) {
@@ -178,15 +182,17 @@ std::string EmptyValue(const TSchemaFault& fault) {
 std::string NotInList(const TSchemaFault& fault) {
     std::string codes;
     for (const std::string& code : fault.Expected)
-        codes += (codes.empty() ? "" : ", ") + (code.empty() ? std::string("(vazio)") : CutText(code, kShownValue));
+        codes += (codes.empty() ? "" : ", ") +
+                 (code.empty() ? std::string("(vazio)") : CutText(code, kShownValue));
     const bool all = static_cast<std::int64_t>(fault.Expected.size()) == fault.Count;
     return ValueOfSubject(fault) + " não está na lista de códigos permitidos (" +
            Number(fault.Count, "código", "códigos") + "): " + codes + (all ? "." : "...");
 }
 
 std::string Length(const TSchemaFault& fault, std::string_view what, std::string_view limit) {
-    return ValueOfSubject(fault) + " é " + std::string(what) + ": tem " + Number(fault.Count, "caractere", "caracteres") +
-           "; " + std::string(limit) + " " + std::to_string(fault.Limit) + ".";
+    return ValueOfSubject(fault) + " é " + std::string(what) + ": tem " +
+           Number(fault.Count, "caractere", "caracteres") + "; " + std::string(limit) + " " +
+           std::to_string(fault.Limit) + ".";
 }
 
 std::string TooLong(const TSchemaFault& fault) {
@@ -198,8 +204,8 @@ std::string TooShort(const TSchemaFault& fault) {
 }
 
 std::string WrongLength(const TSchemaFault& fault) {
-    return ValueOfSubject(fault) + " tem " + Number(fault.Count, "caractere", "caracteres") + "; deve ter exatamente " +
-           std::to_string(fault.Limit) + ".";
+    return ValueOfSubject(fault) + " tem " + Number(fault.Count, "caractere", "caracteres") +
+           "; deve ter exatamente " + std::to_string(fault.Limit) + ".";
 }
 
 std::string TooManyDigits(const TSchemaFault& fault) {
@@ -208,8 +214,8 @@ std::string TooManyDigits(const TSchemaFault& fault) {
 }
 
 std::string TooManyDecimals(const TSchemaFault& fault) {
-    return ValueOfSubject(fault) + " tem " + Number(fault.Count, "casa decimal", "casas decimais") + "; o máximo é " +
-           std::to_string(fault.Limit) + ".";
+    return ValueOfSubject(fault) + " tem " + Number(fault.Count, "casa decimal", "casas decimais") +
+           "; o máximo é " + std::to_string(fault.Limit) + ".";
 }
 
 std::string BelowMinimum(const TSchemaFault& fault) {
@@ -223,7 +229,8 @@ std::string AboveMaximum(const TSchemaFault& fault) {
 }
 
 std::string WrongPattern(const TSchemaFault& fault) {
-    return ValueOfSubject(fault) + " não tem o formato exigido: " + CutText(fault.Bound, 2 * kShownValue) + ".";
+    return ValueOfSubject(fault) + " não tem o formato exigido: " + CutText(fault.Bound, 2 * kShownValue) +
+           ".";
 }
 
 /// "O valor "x" de <y> não é uma data válida. Esperado: AAAA-MM-DD, por exemplo 2024-03-15."

@@ -93,7 +93,8 @@ TVerdict CheckLength(const TSchemaSimpleType& type, std::string_view value) {
     const TSchemaFacets& facets = type.Facets;
     if (!facets.Length && !facets.MinLength && !facets.MaxLength)
         return std::nullopt;
-    const bool binary = type.Kind == TSchemaValueKind::Base64Binary || type.Kind == TSchemaValueKind::HexBinary;
+    const bool binary =
+        type.Kind == TSchemaValueKind::Base64Binary || type.Kind == TSchemaValueKind::HexBinary;
     const std::size_t length = binary ? CountOctets(type.Kind, value) : CountCodePoints(value);
     if (facets.Length && length != *facets.Length)
         return Counted(TSchemaFaultCode::WrongLength, length, *facets.Length);
@@ -139,7 +140,8 @@ TVerdict CheckNormalised(const TSchemaSimpleType& type, std::string_view value) 
     if (!IsSchemaLexical(type.Kind, value))
         return TSchemaValueFault{LexicalFault(type.Kind), 0, 0, {}};
     if (!type.Facets.Codes.empty() && !InCodes(type, value))
-        return TSchemaValueFault{TSchemaFaultCode::NotInList, static_cast<std::int64_t>(type.Facets.Codes.size()), 0, {}};
+        return TSchemaValueFault{
+            TSchemaFaultCode::NotInList, static_cast<std::int64_t>(type.Facets.Codes.size()), 0, {}};
     if (TVerdict fault = CheckLength(type, value))
         return fault;
     if (TVerdict fault = CheckDigits(type, value))

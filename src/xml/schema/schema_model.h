@@ -21,11 +21,12 @@ namespace conferix {
 /// The compiled tables of an XML schema. A set makes them when it is loaded and hands them out as const;
 /// every pointer between them stays valid as long as their set.
 
-inline constexpr std::uint32_t kSchemaUnbounded = 0xFFFFFFFF;       ///< maxOccurs="unbounded"
-inline constexpr std::uint32_t kSchemaNoSymbol = 0xFFFFFFFF;        ///< a name that the set does not hold
-inline constexpr std::uint32_t kSchemaWildcardSymbol = 0xFFFFFFFE;  ///< the edge of a wildcard
-inline constexpr std::uint32_t kSchemaNoNamespace = 0;              ///< names without namespace
-inline constexpr std::uint32_t kSchemaForeignNamespace = 0xFFFFFFFF; ///< a namespace that the set does not hold
+inline constexpr std::uint32_t kSchemaUnbounded = 0xFFFFFFFF;      ///< maxOccurs="unbounded"
+inline constexpr std::uint32_t kSchemaNoSymbol = 0xFFFFFFFF;       ///< a name that the set does not hold
+inline constexpr std::uint32_t kSchemaWildcardSymbol = 0xFFFFFFFE; ///< the edge of a wildcard
+inline constexpr std::uint32_t kSchemaNoNamespace = 0;             ///< names without namespace
+inline constexpr std::uint32_t kSchemaForeignNamespace =
+    0xFFFFFFFF; ///< a namespace that the set does not hold
 
 /// Lexical form and order of a simple type's values.
 enum class TSchemaValueKind : std::uint8_t {

@@ -160,7 +160,8 @@ class TAutomatonBuilder {
         CheckState(start_, std::nullopt);
         for (std::uint32_t position = 0; position < positions_.size(); ++position) {
             const TSchemaPosition& own = positions_[position];
-            const bool loops = std::binary_search(follow_[position].begin(), follow_[position].end(), position);
+            const bool loops =
+                std::binary_search(follow_[position].begin(), follow_[position].end(), position);
             if (loops && own.Min > 1 && own.Max != kSchemaUnbounded)
                 throw ESchemaContentModel("conteúdo ambíguo: repetições de " + NameOf(own));
             CheckState(follow_[position], own.Max > 1 ? std::optional(position) : std::nullopt);
@@ -176,7 +177,8 @@ class TAutomatonBuilder {
                 wildcards.push_back(target);
             else if (const auto [known, added] = symbols_.emplace(position.Symbol(), target);
                      !added && origins_[known->second] != origins_[target])
-                throw ESchemaContentModel("conteúdo ambíguo: dois lugares possíveis para " + NameOf(position));
+                throw ESchemaContentModel("conteúdo ambíguo: dois lugares possíveis para " +
+                                          NameOf(position));
         };
         for (const std::uint32_t target : targets)
             add(target);
@@ -193,7 +195,8 @@ class TAutomatonBuilder {
             if (wildcard.Admits(positions_[other].Element->Namespace))
                 throw ESchemaContentModel("conteúdo ambíguo: " + NameOf(positions_[other]) + " e xs:any");
         for (std::size_t i = 0; i < index; ++i)
-            if (origins_[wildcards[i]] != origins_[target] && Overlap(wildcard, *positions_[wildcards[i]].Wildcard))
+            if (origins_[wildcards[i]] != origins_[target] &&
+                Overlap(wildcard, *positions_[wildcards[i]].Wildcard))
                 throw ESchemaContentModel("conteúdo ambíguo: xs:any e xs:any");
     }
 

@@ -173,7 +173,9 @@ class TPatternTranslator {
         case 'W':
             if (inClass)
                 break;
-            result_ += c == 'S' ? "[^ \\t\\n\\r]" : c == 'w' ? "[^\\p{P}\\p{Z}\\p{C}]" : "[\\p{P}\\p{Z}\\p{C}]";
+            result_ += c == 'S'   ? "[^ \\t\\n\\r]"
+                       : c == 'w' ? "[^\\p{P}\\p{Z}\\p{C}]"
+                                  : "[\\p{P}\\p{Z}\\p{C}]";
             return;
         default:
             break;
@@ -187,7 +189,8 @@ class TPatternTranslator {
         const std::string_view name = rest_.substr(0, end);
         // General categories only: blocks ("IsBasicLatin") have another meaning in each engine.
         if (end == std::string_view::npos || name.size() < 2 || name.size() > 3 || name[0] != '{')
-            throw ESchemaPattern("propriedade \"\\" + std::string(1, letter) + std::string(name) + "\" não suportada");
+            throw ESchemaPattern("propriedade \"\\" + std::string(1, letter) + std::string(name) +
+                                 "\" não suportada");
         result_ += '\\';
         result_ += letter;
         result_ += name;

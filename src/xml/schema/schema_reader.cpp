@@ -21,13 +21,15 @@ std::string Quoted(std::string_view name) {
 }
 
 /// Refuses attributes that are not in the list; those of other namespaces are no part of the schema.
-void CheckAttributes(const TSchemaFile& file, const TXmlNode& node, std::initializer_list<std::string_view> known) {
+void CheckAttributes(const TSchemaFile& file, const TXmlNode& node,
+                     std::initializer_list<std::string_view> known) {
     for (const TXmlAttribute& attribute : node.Attributes()) {
         const std::string_view name = attribute.QualifiedName();
         if (!attribute.Name().Prefix.empty() || name == "xmlns" || name == "id" ||
             std::find(known.begin(), known.end(), name) != known.end())
             continue;
-        file.Fail(node, "o atributo " + Quoted(name) + " de <" + std::string(node.LocalName()) + "> não é suportado");
+        file.Fail(node, "o atributo " + Quoted(name) + " de <" + std::string(node.LocalName()) +
+                            "> não é suportado");
     }
 }
 
@@ -108,7 +110,8 @@ void CheckConstraint(const TSchemaFile& file, const TXmlNode& node, const TSchem
 
 } // namespace
 
-std::shared_ptr<const TSchemaSet> TSchemaReader::Read(const TSchemaFiles& files, const std::filesystem::path& mainFile) {
+std::shared_ptr<const TSchemaSet> TSchemaReader::Read(const TSchemaFiles& files,
+                                                      const std::filesystem::path& mainFile) {
     std::shared_ptr<TSchemaSet> set(new TSchemaSet);
     set->mainFile_ = mainFile;
     TSchemaReader reader(*set);
@@ -170,7 +173,8 @@ void TSchemaReader::AddBuiltins() {
     constexpr auto kCollapse = TSchemaWhiteSpace::Collapse;
     const auto* any = AddBuiltin("anySimpleType", nullptr, TKind::Any, TSchemaWhiteSpace::Preserve);
     const auto* string = AddBuiltin("string", any, TKind::String, TSchemaWhiteSpace::Preserve);
-    const auto* normalized = AddBuiltin("normalizedString", string, TKind::String, TSchemaWhiteSpace::Replace);
+    const auto* normalized =
+        AddBuiltin("normalizedString", string, TKind::String, TSchemaWhiteSpace::Replace);
     const auto* token = AddBuiltin("token", normalized, TKind::String, kCollapse);
     const auto* ncName = AddBuiltin("NCName", token, TKind::NCName, kCollapse);
     AddBuiltin("ID", ncName, TKind::Id, kCollapse);
@@ -186,7 +190,8 @@ void TSchemaReader::AddBuiltins() {
     const auto* decimal = AddBuiltin("decimal", any, TKind::Decimal, kCollapse);
     const auto* integer = AddBuiltin("integer", decimal, TKind::Integer, kCollapse);
 
-    const auto bounded = [&](const std::string& name, const TSchemaSimpleType* base, const char* min, const char* max) {
+    const auto bounded = [&](const std::string& name, const TSchemaSimpleType* base, const char* min,
+                             const char* max) {
         TSchemaSimpleType* type = AddBuiltin(name, base, TKind::Integer, kCollapse);
         if (min != nullptr)
             type->Facets.MinInclusive = min;
@@ -232,15 +237,16 @@ void TSchemaReader::AddAnyType() {
 void TSchemaReader::Collect(const TSchemaFile& file) {
     const std::uint32_t target = InternNamespace(file.TargetNamespace());
     CheckAttributes(file, file.Schema(),
-                    {"targetNamespace", "elementFormDefault", "attributeFormDefault", "blockDefault", "finalDefault",
-                     "version"});
+                    {"targetNamespace", "elementFormDefault", "attributeFormDefault", "blockDefault",
+                     "finalDefault", "version"});
     for (const TXmlNode* node : Declarations(file, file.Schema())) {
         const std::string_view kind = node->LocalName();
         if (kind == "include" || kind == "import") {
             CheckAttributes(file, *node, {"schemaLocation", "namespace"});
             continue;
         }
-        const bool known = kind == "element" || kind == "attribute" || kind == "simpleType" || kind == "complexType";
+        const bool known =
+            kind == "element" || kind == "attribute" || kind == "simpleType" || kind == "complexType";
         if (!known)
             Unsupported(file, *node);
         const std::pair key(target, NameOfComponent(file, *node));
@@ -265,7 +271,8 @@ void TSchemaReader::Collect(const TSchemaFile& file) {
             TSchemaComplexType* type = NewComplexType();
             type->Name = key.second;
             type->Namespace = target;
-            added = !simple_.contains(key) && complex_.emplace(key, TComplexEntry{{&file, node}, type}).second;
+            added =
+                !simple_.contains(key) && complex_.emplace(key, TComplexEntry{{&file, node}, type}).second;
         }
         if (!added)
             file.Fail(*node, "<" + std::string(kind) + "> " + Quoted(key.second) + " declarado duas vezes");
@@ -360,7 +367,8 @@ void TSchemaReader::CompileSimple(TSimpleEntry& entry, int depth) {
     entry.State = TState::Done;
 }
 
-const TSchemaSimpleType* TSchemaReader::InlineSimple(const TSchemaFile& file, const TXmlNode& node, int depth) {
+const TSchemaSimpleType* TSchemaReader::InlineSimple(const TSchemaFile& file, const TXmlNode& node,
+                                                     int depth) {
     CheckAttributes(file, node, {});
     TSchemaSimpleType* type = NewSimpleType();
     type->Namespace = InternNamespace(file.TargetNamespace());
@@ -368,7 +376,8 @@ const TSchemaSimpleType* TSchemaReader::InlineSimple(const TSchemaFile& file, co
     return type;
 }
 
-void TSchemaReader::CompileSimpleInto(TSchemaSimpleType& type, const TSchemaFile& file, const TXmlNode& node, int depth) {
+void TSchemaReader::CompileSimpleInto(TSchemaSimpleType& type, const TSchemaFile& file, const TXmlNode& node,
+                                      int depth) {
     CheckDepth(file, node, depth);
     const TXmlNode& restriction = OnlyDeclaration(file, node);
     if (restriction.LocalName() != "restriction")
@@ -401,8 +410,8 @@ void TSchemaReader::CompileComplex(TComplexEntry& entry, int depth) {
     entry.State = TState::Done;
 }
 
-void TSchemaReader::CompileComplexInto(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
-                                       int depth) {
+void TSchemaReader::CompileComplexInto(TSchemaComplexType& type, const TSchemaFile& file,
+                                       const TXmlNode& node, int depth) {
     CheckDepth(file, node, depth);
     RefuseSubstitution(file, node);
     const bool mixed = BooleanOf(file, node, "mixed");
@@ -414,7 +423,8 @@ void TSchemaReader::CompileComplexInto(TSchemaComplexType& type, const TSchemaFi
             return CompileSimpleContent(type, file, content, depth);
         CheckAttributes(file, content, {"mixed"});
         const bool own = content.Attribute("mixed") != nullptr;
-        return CompileComplexContent(type, file, content, own ? BooleanOf(file, content, "mixed") : mixed, depth);
+        return CompileComplexContent(type, file, content, own ? BooleanOf(file, content, "mixed") : mixed,
+                                     depth);
     }
     type.BaseComplex = set_.anyType_;
     FinishContent(type, file, node, ReadBody(type, file, node, depth), mixed);
@@ -430,8 +440,8 @@ void TSchemaReader::CompileBase(const TSchemaComplexType& base, const TSchemaFil
     CompileComplex(*entry->second, depth + 1);
 }
 
-void TSchemaReader::CompileSimpleContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
-                                         int depth) {
+void TSchemaReader::CompileSimpleContent(TSchemaComplexType& type, const TSchemaFile& file,
+                                         const TXmlNode& node, int depth) {
     CheckAttributes(file, node, {});
     const TXmlNode& step = OnlyDeclaration(file, node);
     const bool extension = step.LocalName() == "extension";
@@ -470,8 +480,8 @@ void TSchemaReader::CompileSimpleContent(TSchemaComplexType& type, const TSchema
     }
 }
 
-void TSchemaReader::CompileComplexContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
-                                          bool mixed, int depth) {
+void TSchemaReader::CompileComplexContent(TSchemaComplexType& type, const TSchemaFile& file,
+                                          const TXmlNode& node, bool mixed, int depth) {
     const TXmlNode& step = OnlyDeclaration(file, node);
     const bool extension = step.LocalName() == "extension";
     if (!extension && step.LocalName() != "restriction")
@@ -539,17 +549,19 @@ void TSchemaReader::FinishContent(TSchemaComplexType& type, const TSchemaFile& f
     try {
         type.Automaton = CompileSchemaParticle(particle != nullptr ? *particle : kNothing);
     } catch (const ESchemaContentModel& error) {
-        file.Fail(node, (type.Name.empty() ? std::string() : "tipo " + Quoted(type.Name) + ": ") + error.what());
+        file.Fail(node,
+                  (type.Name.empty() ? std::string() : "tipo " + Quoted(type.Name) + ": ") + error.what());
     }
-    type.Content = mixed                                ? TSchemaContent::Mixed
-                   : type.Automaton.Positions.empty()   ? TSchemaContent::Empty
-                                                        : TSchemaContent::ElementOnly;
+    type.Content = mixed                              ? TSchemaContent::Mixed
+                   : type.Automaton.Positions.empty() ? TSchemaContent::Empty
+                                                      : TSchemaContent::ElementOnly;
     particles_[&type] = type.Automaton.Positions.empty() ? nullptr : std::move(particle);
 }
 
 // ---- particles
 
-void TSchemaReader::ReadOccurs(const TSchemaFile& file, const TXmlNode& node, TSchemaParticle& particle) const {
+void TSchemaReader::ReadOccurs(const TSchemaFile& file, const TXmlNode& node,
+                               TSchemaParticle& particle) const {
     const auto number = [&](std::string_view name, std::uint32_t& value) {
         const std::string_view text = AttributeOf(node, name);
         if (text.empty())
@@ -568,7 +580,8 @@ void TSchemaReader::ReadOccurs(const TSchemaFile& file, const TXmlNode& node, TS
         file.Fail(node, "minOccurs maior do que maxOccurs");
 }
 
-TSchemaReader::TParticlePtr TSchemaReader::ReadParticle(const TSchemaFile& file, const TXmlNode& node, int depth) {
+TSchemaReader::TParticlePtr TSchemaReader::ReadParticle(const TSchemaFile& file, const TXmlNode& node,
+                                                        int depth) {
     using TKind = TSchemaParticle::TKind;
     CheckDepth(file, node, depth);
     auto particle = std::make_shared<TSchemaParticle>();
@@ -602,8 +615,9 @@ const TSchemaElement* TSchemaReader::ReadElement(const TSchemaFile& file, const 
     }
     auto* element = set_.elements_.emplace_back(std::make_unique<TSchemaElement>()).get();
     element->Name = NameOfComponent(file, node);
-    element->Namespace =
-        IsQualified(file, node, file.ElementsQualified()) ? InternNamespace(file.TargetNamespace()) : kSchemaNoNamespace;
+    element->Namespace = IsQualified(file, node, file.ElementsQualified())
+                             ? InternNamespace(file.TargetNamespace())
+                             : kSchemaNoNamespace;
     element->Symbol = InternSymbol(element->Namespace, element->Name);
     CompileElement(*element, file, node, depth);
     return element;
@@ -618,12 +632,15 @@ const TSchemaElement* TSchemaReader::ReferredElement(const TSchemaFile& file, co
     return found->second.second;
 }
 
-void TSchemaReader::CompileElement(TSchemaElement& element, const TSchemaFile& file, const TXmlNode& node, int depth) {
+void TSchemaReader::CompileElement(TSchemaElement& element, const TSchemaFile& file, const TXmlNode& node,
+                                   int depth) {
     if (element.Global)
-        CheckAttributes(file, node, {"name", "type", "nillable", "default", "fixed", "abstract", "block", "final"});
+        CheckAttributes(file, node,
+                        {"name", "type", "nillable", "default", "fixed", "abstract", "block", "final"});
     else
-        CheckAttributes(file, node, {"name", "type", "nillable", "default", "fixed", "abstract", "block", "final", "form",
-                                     "minOccurs", "maxOccurs"});
+        CheckAttributes(file, node,
+                        {"name", "type", "nillable", "default", "fixed", "abstract", "block", "final", "form",
+                         "minOccurs", "maxOccurs"});
     RefuseSubstitution(file, node);
     element.Nillable = BooleanOf(file, node, "nillable");
     element.Default = ValueConstraint(node, "default");
@@ -692,7 +709,8 @@ const TSchemaWildcard* TSchemaReader::ReadWildcard(const TSchemaFile& file, cons
 
 // ---- attributes
 
-TSchemaAttribute TSchemaReader::ReadAttributeDeclaration(const TSchemaFile& file, const TXmlNode& node, int depth) {
+TSchemaAttribute TSchemaReader::ReadAttributeDeclaration(const TSchemaFile& file, const TXmlNode& node,
+                                                         int depth) {
     CheckAttributes(file, node, {"name", "type", "use", "form", "default", "fixed"});
     TSchemaAttribute attribute;
     attribute.Name = NameOfComponent(file, node);
@@ -715,7 +733,8 @@ TSchemaAttribute TSchemaReader::ReadAttributeDeclaration(const TSchemaFile& file
     return attribute;
 }
 
-void TSchemaReader::ReadAttribute(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node, int depth) {
+void TSchemaReader::ReadAttribute(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
+                                  int depth) {
     TSchemaAttribute attribute;
     if (const std::string_view name = AttributeOf(node, "ref"); !name.empty()) {
         CheckAttributes(file, node, {"ref", "use", "default", "fixed"});

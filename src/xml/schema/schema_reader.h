@@ -18,7 +18,8 @@ namespace conferix {
 class TSchemaReader {
   public:
     /// Raises ESchemaInvalido.
-    static std::shared_ptr<const TSchemaSet> Read(const TSchemaFiles& files, const std::filesystem::path& mainFile);
+    static std::shared_ptr<const TSchemaSet> Read(const TSchemaFiles& files,
+                                                  const std::filesystem::path& mainFile);
 
   private:
     /// A declaration in its file, and whether its table is being or has been made.
@@ -49,8 +50,8 @@ class TSchemaReader {
     explicit TSchemaReader(TSchemaSet& set) : set_(set) {}
 
     void AddBuiltins();
-    TSchemaSimpleType* AddBuiltin(const std::string& name, const TSchemaSimpleType* base, TSchemaValueKind kind,
-                                  TSchemaWhiteSpace whiteSpace);
+    TSchemaSimpleType* AddBuiltin(const std::string& name, const TSchemaSimpleType* base,
+                                  TSchemaValueKind kind, TSchemaWhiteSpace whiteSpace);
     void AddAnyType();
 
     void Collect(const TSchemaFile& file);
@@ -61,30 +62,35 @@ class TSchemaReader {
     std::uint32_t InternNamespace(std::string_view uri);
     std::uint32_t InternSymbol(std::uint32_t namespaceId, const std::string& name);
 
-    TTypeReference FindType(const TSchemaFile& file, const TXmlNode& node, std::string_view qualified, int depth);
+    TTypeReference FindType(const TSchemaFile& file, const TXmlNode& node, std::string_view qualified,
+                            int depth);
     TSchemaComplexType* SignatureType(const TSchemaReference& reference);
-    const TSchemaSimpleType* FindSimple(const TSchemaFile& file, const TXmlNode& node, std::string_view qualified,
-                                        int depth);
+    const TSchemaSimpleType* FindSimple(const TSchemaFile& file, const TXmlNode& node,
+                                        std::string_view qualified, int depth);
 
     void CompileSimple(TSimpleEntry& entry, int depth);
     void CompileSimpleInto(TSchemaSimpleType& type, const TSchemaFile& file, const TXmlNode& node, int depth);
     const TSchemaSimpleType* InlineSimple(const TSchemaFile& file, const TXmlNode& node, int depth);
 
     void CompileComplex(TComplexEntry& entry, int depth);
-    void CompileComplexInto(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node, int depth);
-    void CompileBase(const TSchemaComplexType& base, const TSchemaFile& file, const TXmlNode& step, int depth);
-    void CompileSimpleContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node, int depth);
-    void CompileComplexContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node, bool mixed,
-                               int depth);
+    void CompileComplexInto(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
+                            int depth);
+    void CompileBase(const TSchemaComplexType& base, const TSchemaFile& file, const TXmlNode& step,
+                     int depth);
+    void CompileSimpleContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
+                              int depth);
+    void CompileComplexContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
+                               bool mixed, int depth);
     /// The particle and the attributes of a type's body; null when it has no particle.
     TParticlePtr ReadBody(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node, int depth);
-    void FinishContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node, TParticlePtr particle,
-                       bool mixed);
+    void FinishContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
+                       TParticlePtr particle, bool mixed);
     void InheritAttributes(TSchemaComplexType& type, const TSchemaComplexType& base);
 
     TParticlePtr ReadParticle(const TSchemaFile& file, const TXmlNode& node, int depth);
     const TSchemaElement* ReadElement(const TSchemaFile& file, const TXmlNode& node, int depth);
-    const TSchemaElement* ReferredElement(const TSchemaFile& file, const TXmlNode& node, std::string_view qualified);
+    const TSchemaElement* ReferredElement(const TSchemaFile& file, const TXmlNode& node,
+                                          std::string_view qualified);
     void CompileElement(TSchemaElement& element, const TSchemaFile& file, const TXmlNode& node, int depth);
     const TSchemaWildcard* ReadWildcard(const TSchemaFile& file, const TXmlNode& node);
     void ReadAttribute(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node, int depth);

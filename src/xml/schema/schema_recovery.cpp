@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <deque>
-#include <limits>
+#include <map>
 
 namespace conferix {
 
@@ -13,6 +13,7 @@ namespace {
 constexpr std::uint32_t kNone = 0xFFFFFFFF;
 constexpr std::size_t kMaxCells = 2'000'000;
 constexpr std::size_t kMaxComparedName = 64;
+constexpr std::size_t kMissingSearched = 200;
 
 char Lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -53,15 +54,24 @@ struct TItem {
     std::uint32_t Count = 1;
     std::vector<std::uint32_t> Candidates; ///< positions of the model that take it; empty: unknown
     std::uint32_t Position = kNone;        ///< the one chosen; none for a displaced item
+    std::uint32_t Before = kNone;          ///< the nearest items in place around it
+    std::uint32_t After = kNone;
+    std::uint32_t Stretch =
+        0; ///< occurrences in place up to this item without another element in place between
 };
 
 /// An element that has to be inserted.
 struct TMissing {
     std::uint32_t Position;
-    std::uint32_t State;                      ///< where the content stands before it
-    std::optional<std::uint32_t> Target;      ///< the position that comes next in the document
-    std::uint32_t BeforeItem;                 ///< its item, kNone at the end
+    std::uint32_t BeforeItem;                ///< its item, kNone at the end
     std::vector<std::uint32_t> Alternatives; ///< positions of which one would do, `Position` included
+    bool Explained = false;                  ///< a displaced or mistyped child stands for it
+};
+
+/// What is known of a position of which children are in place.
+struct TPlaced {
+    const TItem* First = nullptr;
+    std::uint32_t Count = 0;
 };
 
 struct TCost {
@@ -89,6 +99,7 @@ class TContentRecovery {
             Place();
             ReportCounts();
         }
+        SummarizePlaced();
         ReportItems();
         ReportMissing();
         return Decisions();
@@ -104,14 +115,15 @@ class TContentRecovery {
         std::uint32_t last = kSchemaNoSymbol;
         for (std::uint32_t i = 0; i < children_.size(); ++i) {
             const TSchemaName& name = children_[i].Name;
-            if (name.Symbol != kSchemaNoSymbol && name.Symbol == last && items_.back().Candidates.size() == 1 &&
-                !automaton_.IsAll) {
+            if (name.Symbol != kSchemaNoSymbol && name.Symbol == last &&
+                items_.back().Candidates.size() == 1 && !automaton_.IsAll) {
                 ++items_.back().Count;
                 continue;
             }
             TItem item;
             item.First = i;
-            if (const auto known = bySymbol.find(name.Symbol); name.Symbol != kSchemaNoSymbol && known != bySymbol.end())
+            if (const auto known = bySymbol.find(name.Symbol);
+                name.Symbol != kSchemaNoSymbol && known != bySymbol.end())
                 item.Candidates = known->second;
             if (!name.Undeclared)
                 for (const std::uint32_t p : bySymbol[kSchemaWildcardSymbol])
@@ -149,14 +161,15 @@ class TContentRecovery {
         std::size_t done = 0;
         do {
             const std::size_t count = std::min(window, known.size() - done);
-            startState = PlaceWindow(std::span(known).subspan(done, count), states, startState, done + count == known.size());
+            startState = PlaceWindow(std::span(known).subspan(done, count), states, startState,
+                                     done + count == known.size());
             done += count;
         } while (done < known.size());
         CollectMissing(known);
     }
 
-    std::size_t PlaceWindow(std::span<TItem*> items, const std::vector<std::uint32_t>& states, std::size_t startState,
-                            bool last) {
+    std::size_t PlaceWindow(std::span<TItem*> items, const std::vector<std::uint32_t>& states,
+                            std::size_t startState, bool last) {
         constexpr std::uint32_t kDropped = kNone;
         const std::size_t width = states.size();
         std::vector<TCost> cost(width);
@@ -165,19 +178,28 @@ class TContentRecovery {
         cost[startState] = {0, kNone};
         for (std::uint32_t i = 0; i < items.size(); ++i) {
             for (std::size_t s = 0; s < width; ++s)
-                next[s] = cost[s].Faults == kNone ? TCost{} : TCost{cost[s].Faults + 1, std::min(cost[s].FirstDropped, i)};
+                next[s] = cost[s].Faults == kNone
+                              ? TCost{}
+                              : TCost{cost[s].Faults + 1, std::min(cost[s].FirstDropped, i)};
             for (const std::uint32_t p : items[i]->Candidates) {
-                const auto at = static_cast<std::size_t>(std::lower_bound(states.begin(), states.end(), p + 1) - states.begin());
+                const auto at = static_cast<std::size_t>(
+                    std::lower_bound(states.begin(), states.end(), p + 1) - states.begin());
                 const std::uint32_t surplus = items[i]->Count > 1 && !Repeats(p) ? 1 : 0;
+                TCost kept;
+                std::uint32_t from = kDropped;
                 for (std::uint32_t s = 0; s < width; ++s) {
                     const std::uint32_t gap = cost[s].Faults == kNone ? kNone : Gap(states[s], p);
                     if (gap == kNone)
                         continue;
-                    const TCost total{cost[s].Faults + gap + surplus, cost[s].FirstDropped};
-                    if (!(next[at] < total)) {
-                        next[at] = total;
-                        back[i * width + at] = s;
+                    if (const TCost total{cost[s].Faults + gap + surplus, cost[s].FirstDropped};
+                        total < kept) {
+                        kept = total;
+                        from = s;
                     }
+                }
+                if (from != kDropped && !(next[at] < kept)) {
+                    next[at] = kept;
+                    back[i * width + at] = from;
                 }
             }
             std::swap(cost, next);
@@ -223,7 +245,7 @@ class TContentRecovery {
 
     void AddMissing(std::uint32_t state, std::optional<std::uint32_t> target, std::uint32_t beforeItem) {
         for (const std::uint32_t p : distances_.Path(state, target)) {
-            missing_.push_back({p, state, target, beforeItem, AlternativesOf(p, state, target)});
+            missing_.push_back({p, beforeItem, AlternativesOf(p, state, target)});
             state = p + 1;
         }
     }
@@ -258,7 +280,7 @@ class TContentRecovery {
             return;
         for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
             if (!seen[p] && automaton_.Positions[p].Min > 0)
-                missing_.push_back({p, 0, std::nullopt, kNone, {p}});
+                missing_.push_back({p, kNone, {p}});
     }
 
     // ---- reporting
@@ -325,6 +347,30 @@ class TContentRecovery {
         }
     }
 
+    void SummarizePlaced() {
+        std::uint32_t last = kNone;
+        for (std::uint32_t i = 0; i < items_.size(); ++i) {
+            TItem& item = items_[i];
+            item.Before = last;
+            if (item.Position == kNone)
+                continue;
+            item.Stretch = item.Count;
+            if (last != kNone && items_[last].Position == item.Position)
+                item.Stretch += items_[last].Stretch;
+            last = i;
+            TPlaced& placed = placed_[item.Position];
+            if (placed.First == nullptr)
+                placed.First = &item;
+            placed.Count += item.Count;
+        }
+        std::uint32_t following = kNone;
+        for (auto i = static_cast<std::uint32_t>(items_.size()); i > 0; --i) {
+            items_[i - 1].After = following;
+            if (items_[i - 1].Position != kNone)
+                following = i - 1;
+        }
+    }
+
     void ReportItems() {
         for (const TItem& item : items_) {
             if (item.Position != kNone)
@@ -336,49 +382,63 @@ class TContentRecovery {
         }
     }
 
+    /// The missing element of which one alternative fits, among those not explained yet; the search is
+    /// bounded for contents with thousands of faults. Marks it as explained.
+    template<class Fits>
+    const TMissing* TakeMissing(const Fits& fits) {
+        while (firstMissing_ < missing_.size() && missing_[firstMissing_].Explained)
+            ++firstMissing_;
+        const std::size_t end = std::min(missing_.size(), firstMissing_ + kMissingSearched);
+        for (std::size_t i = firstMissing_; i < end; ++i) {
+            TMissing& entry = missing_[i];
+            if (entry.Explained || std::none_of(entry.Alternatives.begin(), entry.Alternatives.end(), fits))
+                continue;
+            entry.Explained = true;
+            return &entry;
+        }
+        return nullptr;
+    }
+
     void ReportDisplaced(const TItem& item) {
         const std::uint32_t own = item.Candidates.front();
-        const std::string& name = automaton_.Positions[own].Element->Name;
-        // A displaced element is not missing at its right place too.
-        const auto missing = std::find_if(missing_.begin(), missing_.end(), [&](const TMissing& entry) {
-            return std::any_of(item.Candidates.begin(), item.Candidates.end(), [&](std::uint32_t p) {
-                return std::find(entry.Alternatives.begin(), entry.Alternatives.end(), p) != entry.Alternatives.end();
-            });
-        });
-        if (missing != missing_.end()) {
-            TSchemaFault& fault = Add(TSchemaFaultCode::OutOfOrder, NodeOf(item), name);
-            if (missing->BeforeItem != kNone)
-                fault.Before = NodeOf(items_[missing->BeforeItem]).LocalName();
-            missing_.erase(missing);
-            return;
-        }
         const TSchemaPosition& particle = automaton_.Positions[own];
-        std::uint32_t placed = 0;
+        const std::string& name = particle.Element->Name;
+        // A displaced element is not missing at its right place too.
+        const TMissing* missing = TakeMissing([&](std::uint32_t p) {
+            return std::find(item.Candidates.begin(), item.Candidates.end(), p) != item.Candidates.end();
+        });
+        if (missing != nullptr)
+            return ReportOutOfOrder(item, name,
+                                    missing->BeforeItem != kNone ? &items_[missing->BeforeItem] : nullptr);
         const TItem* excluder = nullptr;
         const TItem* before = nullptr;
-        for (const TItem& other : items_) {
-            if (other.Position == kNone)
+        for (const auto& [position, placed] : placed_) {
+            if (position == own)
                 continue;
-            if (other.Position == own)
-                placed += other.Count;
-            else if (before == nullptr && other.Position > own)
-                before = &other;
-            if (!automaton_.IsAll && excluder == nullptr && other.Position != own &&
-                !distances_.Reaches(own, other.Position) && !distances_.Reaches(other.Position, own))
-                excluder = &other;
+            if (position > own && (before == nullptr || placed.First < before))
+                before = placed.First;
+            if (!automaton_.IsAll && (excluder == nullptr || placed.First < excluder) &&
+                !distances_.Reaches(own, position) && !distances_.Reaches(position, own))
+                excluder = placed.First;
         }
-        if (placed > 0 && particle.Max != kSchemaUnbounded && placed + item.Count > particle.Max) {
+        const auto placed = placed_.find(own);
+        if (placed != placed_.end() && particle.Max != kSchemaUnbounded &&
+            placed->second.Count + item.Count > particle.Max) {
             TSchemaFault& fault = Add(TSchemaFaultCode::TooMany, NodeOf(item), name);
-            fault.Count = placed + item.Count;
+            fault.Count = placed->second.Count + item.Count;
             fault.Limit = particle.Max;
         } else if (excluder != nullptr) {
             Add(TSchemaFaultCode::ExclusiveElement, NodeOf(item), name).Expected = {
                 std::string(NodeOf(*excluder).LocalName())};
         } else {
-            TSchemaFault& fault = Add(TSchemaFaultCode::OutOfOrder, NodeOf(item), name);
-            if (before != nullptr)
-                fault.Before = NodeOf(*before).LocalName();
+            ReportOutOfOrder(item, name, before);
         }
+    }
+
+    void ReportOutOfOrder(const TItem& item, const std::string& name, const TItem* before) {
+        TSchemaFault& fault = Add(TSchemaFaultCode::OutOfOrder, NodeOf(item), name);
+        if (before != nullptr)
+            fault.Before = NodeOf(*before).LocalName();
     }
 
     void ReportUnknown(const TItem& item) {
@@ -409,38 +469,37 @@ class TContentRecovery {
 
     /// An element whose name was mistyped is not missing too.
     std::string TakeLikelyMissing(std::string_view local) {
-        for (auto entry = missing_.begin(); entry != missing_.end(); ++entry)
-            for (const std::uint32_t p : entry->Alternatives)
-                if (std::string name = NameOf(p); LooksLike(name, local)) {
-                    missing_.erase(entry);
-                    return name;
-                }
-        return {};
+        if (missing_.empty())
+            return {};
+        const auto [known, added] = likely_.try_emplace(local);
+        if (added)
+            for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
+                if (const TSchemaElement* element = automaton_.Positions[p].Element;
+                    element != nullptr && LooksLike(element->Name, local))
+                    known->second.push_back(p);
+        const std::vector<std::uint32_t>& likely = known->second;
+        const auto isLikely = [&](std::uint32_t p) {
+            return std::find(likely.begin(), likely.end(), p) != likely.end();
+        };
+        const TMissing* missing = likely.empty() ? nullptr : TakeMissing(isLikely);
+        if (missing == nullptr)
+            return {};
+        return NameOf(*std::find_if(missing->Alternatives.begin(), missing->Alternatives.end(), isLikely));
     }
 
     /// What the model takes at the place of an item, as far as the rest of the content can still follow.
     std::vector<std::string> ExpectedAt(const TItem& item) {
         if (automaton_.IsAll)
             return ExpectedOfAll();
-        const auto index = static_cast<std::size_t>(&item - items_.data());
-        std::uint32_t previous = kNone;
-        std::uint32_t count = 0;
-        for (std::size_t i = index; i > 0; --i) {
-            const TItem& other = items_[i - 1];
-            if (other.Position == kNone)
-                continue;
-            if (previous != kNone && other.Position != previous)
-                break;
-            previous = other.Position;
-            count += other.Count;
-        }
-        const auto following = std::find_if(items_.begin() + static_cast<std::ptrdiff_t>(index), items_.end(),
-                                            [](const TItem& other) { return other.Position != kNone; });
+        const TItem* previous = item.Before != kNone ? &items_[item.Before] : nullptr;
+        const TItem* following = item.After != kNone ? &items_[item.After] : nullptr;
         std::vector<std::uint32_t> expected;
-        if (previous != kNone && automaton_.Positions[previous].Max > 1 && count < automaton_.Positions[previous].Max)
-            expected.push_back(previous);
-        for (const std::uint32_t p : automaton_.Follow(previous == kNone ? 0 : previous + 1))
-            if (following == items_.end() || p == following->Position || distances_.Reaches(p, following->Position))
+        if (previous != nullptr && automaton_.Positions[previous->Position].Max > 1 &&
+            previous->Stretch < automaton_.Positions[previous->Position].Max)
+            expected.push_back(previous->Position);
+        for (const std::uint32_t p : automaton_.Follow(previous == nullptr ? 0 : previous->Position + 1))
+            if (following == nullptr || p == following->Position ||
+                distances_.Reaches(p, following->Position))
                 expected.push_back(p);
         return NamesOf(expected);
     }
@@ -448,19 +507,23 @@ class TContentRecovery {
     std::vector<std::string> ExpectedOfAll() const {
         std::vector<std::uint32_t> expected;
         for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
-            if (std::none_of(items_.begin(), items_.end(), [p](const TItem& item) { return item.Position == p; }))
+            if (std::none_of(items_.begin(), items_.end(),
+                             [p](const TItem& item) { return item.Position == p; }))
                 expected.push_back(p);
         return NamesOf(expected);
     }
 
     void ReportMissing() {
         for (const TMissing& entry : missing_) {
+            if (entry.Explained)
+                continue;
             const bool atEnd = entry.BeforeItem == kNone;
             const std::vector<std::string> names = NamesOf(entry.Alternatives);
             const bool choice = names.size() > 1;
             const TXmlNode& node = atEnd ? parent_ : NodeOf(items_[entry.BeforeItem]);
-            TSchemaFault& fault = Add(choice ? TSchemaFaultCode::MissingChoice : TSchemaFaultCode::MissingElement, node,
-                                      NameOf(entry.Position));
+            TSchemaFault& fault =
+                Add(choice ? TSchemaFaultCode::MissingChoice : TSchemaFaultCode::MissingElement, node,
+                    NameOf(entry.Position));
             if (choice)
                 fault.Expected = names;
             if (!atEnd)
@@ -474,7 +537,8 @@ class TContentRecovery {
             const bool placed = item.Position != kNone;
             if (item.Candidates.empty())
                 continue;
-            const TSchemaPosition& position = automaton_.Positions[placed ? item.Position : item.Candidates.front()];
+            const TSchemaPosition& position =
+                automaton_.Positions[placed ? item.Position : item.Candidates.front()];
             for (std::uint32_t i = item.First; i < item.First + item.Count; ++i)
                 decisions[i] = {position.Element, placed ? position.Wildcard : nullptr};
         }
@@ -489,6 +553,10 @@ class TContentRecovery {
     std::vector<TSchemaFault>& faults_;
     std::vector<TItem> items_;
     std::vector<TMissing> missing_;
+    std::size_t firstMissing_ = 0;            ///< all before it are explained
+    std::map<std::uint32_t, TPlaced> placed_; ///< by position
+    std::unordered_map<std::string_view, std::vector<std::uint32_t>>
+        likely_; ///< positions meant by a mistyped name
 };
 
 } // namespace
@@ -527,10 +595,12 @@ const TSchemaDistances::TRow& TSchemaDistances::Row(std::uint32_t state) {
     return *rows_[state];
 }
 
-std::vector<std::uint32_t> TSchemaDistances::Path(std::uint32_t state, std::optional<std::uint32_t> position) {
+std::vector<std::uint32_t> TSchemaDistances::Path(std::uint32_t state,
+                                                  std::optional<std::uint32_t> position) {
     const TRow& row = Row(state);
     std::vector<std::uint32_t> path;
-    for (std::uint32_t p = position ? row.Previous[*position] : row.EndPrevious; p != kUnreachable; p = row.Previous[p])
+    for (std::uint32_t p = position ? row.Previous[*position] : row.EndPrevious; p != kUnreachable;
+         p = row.Previous[p])
         path.push_back(p);
     std::reverse(path.begin(), path.end());
     return path;

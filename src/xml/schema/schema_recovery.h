@@ -40,7 +40,9 @@ class TSchemaDistances {
     /// Those elements, in order; without `position` up to the end of the content.
     std::vector<std::uint32_t> Path(std::uint32_t state, std::optional<std::uint32_t> position);
     /// True when `later` can come any time after `earlier`.
-    bool Reaches(std::uint32_t earlier, std::uint32_t later) { return Between(earlier + 1, later) != kUnreachable; }
+    bool Reaches(std::uint32_t earlier, std::uint32_t later) {
+        return Between(earlier + 1, later) != kUnreachable;
+    }
 
   private:
     struct TRow {
@@ -65,7 +67,8 @@ class TSchemaRecovery {
 
     /// Adds the faults of a parent's content to the list and answers how each child is to be judged.
     std::vector<TSchemaDecision> Recover(const TSchemaComplexType& type, const TXmlNode& parent,
-                                         std::span<const TSchemaChild> children, std::vector<TSchemaFault>& faults);
+                                         std::span<const TSchemaChild> children,
+                                         std::vector<TSchemaFault>& faults);
 
   private:
     const TSchemaSet& set_;

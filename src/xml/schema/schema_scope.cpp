@@ -16,7 +16,10 @@ std::optional<TSchemaScopes::TMark> TSchemaScopes::Enter(const TXmlNode& node) {
             epoch_ = ++lastEpoch_;
         }
         const std::string_view uri = attribute.Value();
-        bindings_.push_back({isDefault ? std::string_view{} : name.Local, uri, set_.NamespaceId(uri)});
+        const std::string_view prefix = isDefault ? std::string_view{} : name.Local;
+        std::uint32_t& innermost = innermost_.try_emplace(prefix, kNoBinding).first->second;
+        bindings_.push_back({prefix, uri, set_.NamespaceId(uri), innermost});
+        innermost = static_cast<std::uint32_t>(bindings_.size() - 1);
     }
     return mark;
 }
@@ -24,21 +27,21 @@ std::optional<TSchemaScopes::TMark> TSchemaScopes::Enter(const TXmlNode& node) {
 void TSchemaScopes::Leave(const std::optional<TMark>& mark) {
     if (!mark)
         return;
-    bindings_.resize(mark->Bindings);
+    for (; bindings_.size() > mark->Bindings; bindings_.pop_back())
+        innermost_[bindings_.back().Prefix] = bindings_.back().Hidden;
     epoch_ = mark->Epoch;
 }
 
 const TSchemaScopes::TBinding* TSchemaScopes::Find(std::string_view prefix) const {
-    for (auto binding = bindings_.rbegin(); binding != bindings_.rend(); ++binding)
-        if (binding->Prefix == prefix)
-            return &*binding;
-    return nullptr;
+    const auto found = innermost_.find(prefix);
+    return found != innermost_.end() && found->second != kNoBinding ? &bindings_[found->second] : nullptr;
 }
 
 TSchemaName TSchemaScopes::Resolve(const TXmlName& name) const {
     TSchemaName result;
     // A name with an empty part or a second colon belongs to no namespace at all.
-    if (name.Qualified.starts_with(':') || name.Local.empty() || name.Local.find(':') != std::string_view::npos)
+    if (name.Qualified.starts_with(':') || name.Local.empty() ||
+        name.Local.find(':') != std::string_view::npos)
         return result;
     const TBinding* binding = Find(name.Prefix);
     if (name.Prefix.empty()) {

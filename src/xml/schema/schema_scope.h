@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace conferix {
@@ -51,7 +52,9 @@ class TSchemaScopes {
         std::string_view Prefix;
         std::string_view Uri;
         std::uint32_t Namespace;
+        std::uint32_t Hidden; ///< the binding of the same prefix further out, kNoBinding without one
     };
+    static constexpr std::uint32_t kNoBinding = 0xFFFFFFFF;
     struct TEntry {
         TSchemaName Name;
         std::uint32_t Epoch = 0;
@@ -63,6 +66,8 @@ class TSchemaScopes {
     const TSchemaSet& set_;
     std::vector<TEntry> names_; ///< by name identifier
     std::vector<TBinding> bindings_;
+    std::unordered_map<std::string_view, std::uint32_t>
+        innermost_; ///< index of the binding in force, by prefix
     std::uint32_t epoch_ = 1;
     std::uint32_t lastEpoch_ = 1;
 };

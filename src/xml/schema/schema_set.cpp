@@ -45,12 +45,13 @@ class TSchemaCache {
         if (found == sets_.end())
             return nullptr;
         const auto& stamps = found->second.Stamps;
-        const bool current =
-            std::all_of(stamps.begin(), stamps.end(), [](const TStamp& stamp) { return StampOf(stamp.Path) == stamp; });
+        const bool current = std::all_of(stamps.begin(), stamps.end(),
+                                         [](const TStamp& stamp) { return StampOf(stamp.Path) == stamp; });
         return current ? found->second.Set : nullptr;
     }
 
-    void Keep(const std::filesystem::path& path, std::vector<TStamp> stamps, std::shared_ptr<const TSchemaSet> set) {
+    void Keep(const std::filesystem::path& path, std::vector<TStamp> stamps,
+              std::shared_ptr<const TSchemaSet> set) {
         const std::lock_guard lock(mutex_);
         sets_[path] = {std::move(stamps), std::move(set)};
     }
@@ -100,7 +101,8 @@ const TSchemaElement* TSchemaSet::GlobalElement(std::uint32_t symbol) const {
     return symbol < globalBySymbol_.size() ? globalBySymbol_[symbol] : nullptr;
 }
 
-const TSchemaAttribute* TSchemaSet::GlobalAttribute(std::uint32_t namespaceId, std::string_view localName) const {
+const TSchemaAttribute* TSchemaSet::GlobalAttribute(std::uint32_t namespaceId,
+                                                    std::string_view localName) const {
     const auto found = globalAttributes_.find({namespaceId, localName});
     return found != globalAttributes_.end() ? found->second : nullptr;
 }
@@ -110,7 +112,8 @@ const TSchemaSimpleType* TSchemaSet::FindSimpleType(std::uint32_t namespaceId, s
     return found != namedSimple_.end() ? found->second : nullptr;
 }
 
-const TSchemaComplexType* TSchemaSet::FindComplexType(std::uint32_t namespaceId, std::string_view name) const {
+const TSchemaComplexType* TSchemaSet::FindComplexType(std::uint32_t namespaceId,
+                                                      std::string_view name) const {
     const auto found = namedComplex_.find({namespaceId, name});
     return found != namedComplex_.end() ? found->second : nullptr;
 }

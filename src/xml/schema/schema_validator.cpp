@@ -26,8 +26,8 @@ struct TFrame {
     std::uint32_t Count = 0;                  ///< occurrences of the position that the state stands after
     std::uint64_t Seen = 0;                   ///< positions met, of an xs:all
     std::uint32_t ChildIndex = 0;             ///< of the next child element
-    bool Explained = false;                   ///< its content does not fit; decisions_ tells how children are judged
-    bool ContentReported = false;             ///< text or content where none may stand was reported
+    bool Explained = false;       ///< its content does not fit; decisions_ tells how children are judged
+    bool ContentReported = false; ///< text or content where none may stand was reported
     std::optional<TSchemaScopes::TMark> Mark;
 };
 
@@ -74,7 +74,8 @@ class TValidation {
         const std::uint32_t target = set_.NamespaceId(set_.TargetNamespace());
         const bool known = set_.GlobalElement(set_.SymbolOf(target, root.LocalName())) != nullptr;
         const bool elsewhere = known && name.Namespace != target;
-        TSchemaFault& fault = Add(elsewhere ? TSchemaFaultCode::WrongNamespace : TSchemaFaultCode::UnknownRoot, root);
+        TSchemaFault& fault =
+            Add(elsewhere ? TSchemaFaultCode::WrongNamespace : TSchemaFaultCode::UnknownRoot, root);
         if (elsewhere)
             fault.Bound = set_.TargetNamespace();
         for (const TSchemaElement* element : set_.GlobalElements())
@@ -110,7 +111,8 @@ class TValidation {
         const TSchemaDecision decision = Decide(frame, name);
         ++frame.ChildIndex;
         if (decision.Element != nullptr)
-            Judge(child, decision.Element, {decision.Element->SimpleType, decision.Element->ComplexType}, mark);
+            Judge(child, decision.Element, {decision.Element->SimpleType, decision.Element->ComplexType},
+                  mark);
         else if (decision.Wildcard != nullptr)
             JudgeFree(child, name, *decision.Wildcard, mark);
         else
@@ -132,7 +134,8 @@ class TValidation {
         Open(node, nullptr, mark);
     }
 
-    void Open(const TXmlNode& node, const TSchemaComplexType* type, const std::optional<TSchemaScopes::TMark>& mark) {
+    void Open(const TXmlNode& node, const TSchemaComplexType* type,
+              const std::optional<TSchemaScopes::TMark>& mark) {
         TFrame& frame = frames_.emplace_back();
         frame.Node = &node;
         frame.Next = node.FirstChild();
@@ -353,7 +356,8 @@ class TValidation {
             return declared;
         const std::string_view written = TrimXmlSpace(attribute->Value());
         const std::size_t colon = written.find(':');
-        const std::string_view prefix = colon == std::string_view::npos ? std::string_view{} : written.substr(0, colon);
+        const std::string_view prefix =
+            colon == std::string_view::npos ? std::string_view{} : written.substr(0, colon);
         const std::string_view local = colon == std::string_view::npos ? written : written.substr(colon + 1);
         const auto uri = scopes_.Uri(prefix);
         TGoverning named;
@@ -378,7 +382,8 @@ class TValidation {
         if (type.Complex != nullptr && declared.Complex != nullptr)
             return type.Complex->DerivesFrom(*declared.Complex);
         const TSchemaSimpleType* simple = type.Simple;
-        for (const TSchemaComplexType* step = type.Complex; step != nullptr && simple == nullptr; step = step->BaseComplex)
+        for (const TSchemaComplexType* step = type.Complex; step != nullptr && simple == nullptr;
+             step = step->BaseComplex)
             simple = step->BaseSimple;
         return simple != nullptr && declared.Simple != nullptr && simple->DerivesFrom(*declared.Simple);
     }
@@ -402,8 +407,8 @@ class TValidation {
     void JudgeAttributes(const TXmlNode& node, const TSchemaComplexType* type) {
         static const std::vector<TSchemaAttribute> kNoAttributes;
         const auto& declared = type != nullptr ? type->Attributes : kNoAttributes;
-        std::size_t required = static_cast<std::size_t>(
-            std::count_if(declared.begin(), declared.end(), [](const TSchemaAttribute& a) { return a.Required; }));
+        std::size_t required = static_cast<std::size_t>(std::count_if(
+            declared.begin(), declared.end(), [](const TSchemaAttribute& a) { return a.Required; }));
         for (const TXmlAttribute& attribute : node.Attributes()) {
             if (IsDeclaration(attribute))
                 continue;
@@ -412,9 +417,10 @@ class TValidation {
                 ReportPrefix(node, attribute.Name().Prefix);
                 continue;
             }
-            const auto found = std::find_if(declared.begin(), declared.end(), [&](const TSchemaAttribute& candidate) {
-                return candidate.Namespace == *id && candidate.Name == attribute.Name().Local;
-            });
+            const auto found =
+                std::find_if(declared.begin(), declared.end(), [&](const TSchemaAttribute& candidate) {
+                    return candidate.Namespace == *id && candidate.Name == attribute.Name().Local;
+                });
             if (found != declared.end()) {
                 required -= found->Required ? 1 : 0;
                 JudgeAttribute(node, attribute, *found);
@@ -433,7 +439,8 @@ class TValidation {
                IsXsi(attribute);
     }
 
-    void JudgeAttribute(const TXmlNode& node, const TXmlAttribute& attribute, const TSchemaAttribute& declared) {
+    void JudgeAttribute(const TXmlNode& node, const TXmlAttribute& attribute,
+                        const TSchemaAttribute& declared) {
         if (const auto fault = declared.Type->Check(attribute.Value()))
             ReportValue(node, &attribute, *declared.Type, attribute.Value(), *fault);
         else if (declared.Fixed && !declared.Type->SameValue(attribute.Value(), *declared.Fixed))
@@ -442,8 +449,8 @@ class TValidation {
             JudgeId(node, &attribute, attribute.Value());
     }
 
-    void JudgeOtherAttribute(const TXmlNode& node, const TXmlAttribute& attribute, const TSchemaComplexType* type,
-                             std::uint32_t namespaceId) {
+    void JudgeOtherAttribute(const TXmlNode& node, const TXmlAttribute& attribute,
+                             const TSchemaComplexType* type, std::uint32_t namespaceId) {
         const TSchemaWildcard* wildcard = type != nullptr ? type->AnyAttribute : nullptr;
         if (wildcard != nullptr && wildcard->Admits(namespaceId)) {
             const TSchemaAttribute* global = set_.GlobalAttribute(namespaceId, attribute.Name().Local);
@@ -465,10 +472,11 @@ class TValidation {
             if (!candidate.Required)
                 continue;
             const auto attributes = node.Attributes();
-            const bool present = std::any_of(attributes.begin(), attributes.end(), [&](const TXmlAttribute& attribute) {
-                return attribute.Name().Local == candidate.Name &&
-                       scopes_.AttributeNamespace(attribute.Name()) == candidate.Namespace;
-            });
+            const bool present =
+                std::any_of(attributes.begin(), attributes.end(), [&](const TXmlAttribute& attribute) {
+                    return attribute.Name().Local == candidate.Name &&
+                           scopes_.AttributeNamespace(attribute.Name()) == candidate.Namespace;
+                });
             if (present)
                 continue;
             TSchemaFault& fault = Add(TSchemaFaultCode::MissingAttribute, node);
@@ -494,7 +502,8 @@ class TValidation {
             Add(TSchemaFaultCode::UndeclaredPrefix, node).Found = prefix;
     }
 
-    void ReportFixed(const TXmlNode& node, const TXmlAttribute* attribute, std::string_view raw, const std::string& fixed) {
+    void ReportFixed(const TXmlNode& node, const TXmlAttribute* attribute, std::string_view raw,
+                     const std::string& fixed) {
         TSchemaFault& fault = Add(TSchemaFaultCode::FixedValue, node, attribute);
         fault.Found = TrimXmlSpace(raw);
         fault.Bound = fixed;
@@ -509,13 +518,15 @@ class TValidation {
         fault.Limit = found.Limit;
         if (found.Code == TSchemaFaultCode::NotInList)
             fault.Expected.assign(type.Facets.Codes.begin(),
-                                  type.Facets.Codes.begin() +
-                                      static_cast<std::ptrdiff_t>(std::min(kCodesShown, type.Facets.Codes.size())));
+                                  type.Facets.Codes.begin() + static_cast<std::ptrdiff_t>(std::min(
+                                                                  kCodesShown, type.Facets.Codes.size())));
     }
 
     /// Faults of a parent's content are found only when some of its children were judged already.
     void Sort() {
-        const auto before = [](const TSchemaFault& left, const TSchemaFault& right) { return left.FilePos < right.FilePos; };
+        const auto before = [](const TSchemaFault& left, const TSchemaFault& right) {
+            return left.FilePos < right.FilePos;
+        };
         if (!std::is_sorted(faults_.begin(), faults_.end(), before))
             std::stable_sort(faults_.begin(), faults_.end(), before);
     }

@@ -1,0 +1,63 @@
+#include "xml/schema/schema_support.h"
+
+#include "xml/schema/schema_messages.h"
+#include "xml/xml_parser.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+
+namespace conferix {
+
+TTestFolder::TTestFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "conferix-schema-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr)
+        throw std::runtime_error("no temporary folder");
+    path_ = pattern;
+}
+
+TTestFolder::~TTestFolder() {
+    std::error_code error;
+    std::filesystem::remove_all(path_, error);
+}
+
+std::filesystem::path TTestFolder::Write(const std::string& name, std::string_view content) const {
+    const auto path = path_ / name;
+    std::ofstream(path, std::ios::binary) << content;
+    return path;
+}
+
+std::string SchemaText(std::string_view declarations) {
+    return "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\" xmlns:t=\"urn:t\" "
+           "targetNamespace=\"urn:t\" "
+           "elementFormDefault=\"qualified\">\n" +
+           std::string(declarations) + "\n</xs:schema>\n";
+}
+
+std::shared_ptr<const TSchemaSet> LoadDeclarations(std::string_view declarations) {
+    const TTestFolder folder;
+    return TSchemaSet::Load(folder.Write("teste.xsd", SchemaText(declarations)));
+}
+
+std::shared_ptr<TXmlDocument> ParseDocument(std::string_view text) {
+    TXmlParseResult result = TXmlParser::Parse(std::string(text));
+    EXPECT_TRUE(result.Document) << text;
+    return result.Document;
+}
+
+std::vector<std::string> Sentences(const TSchemaSet& set, std::string_view text) {
+    std::vector<std::string> sentences;
+    if (const auto document = ParseDocument(text))
+        for (const TSchemaFault& fault : TSchemaValidator(set).Validate(*document))
+            sentences.push_back(std::to_string(fault.Line) + ": " + TSchemaMessages::Sentence(fault));
+    return sentences;
+}
+
+std::filesystem::path PublishedSchemas() {
+    const char* variable = std::getenv("CONFERIX_ESQUEMAS_PUBLICADOS");
+    const std::filesystem::path folder = variable != nullptr ? variable : CONFERIX_ESQUEMAS_PUBLICADOS;
+    return !folder.empty() && std::filesystem::is_directory(folder) ? folder : std::filesystem::path();
+}
+
+} // namespace conferix
