@@ -2,6 +2,7 @@
 
 #include "model/arquivo_tiss.h"
 #include "model/arquivo_tiss_factory.h"
+#include "suporte/esquemas_publicados.h"
 #include "xml/xml_parser.h"
 
 #include <gtest/gtest.h>
@@ -11,21 +12,9 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace conferix {
-
-/// Folder of the schemas that the regulator publishes, when the machine has them.
-inline std::optional<std::filesystem::path> PublishedSchemas() {
-    const char* named = std::getenv("CONFERIX_ESQUEMAS_PUBLICADOS");
-    const std::filesystem::path folder = named != nullptr
-                                             ? std::filesystem::path(named)
-                                             : std::filesystem::path(CONFERIX_FONTE) / "../shared/schemas";
-    if (!std::filesystem::is_directory(folder))
-        return std::nullopt;
-    return folder;
-}
 
 /// An example file of the repository.
 inline std::filesystem::path Example(const std::string& name) {

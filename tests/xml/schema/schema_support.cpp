@@ -54,10 +54,4 @@ std::vector<std::string> Sentences(const TSchemaSet& set, std::string_view text)
     return sentences;
 }
 
-std::filesystem::path PublishedSchemas() {
-    const char* variable = std::getenv("CONFERIX_ESQUEMAS_PUBLICADOS");
-    const std::filesystem::path folder = variable != nullptr ? variable : CONFERIX_ESQUEMAS_PUBLICADOS;
-    return !folder.empty() && std::filesystem::is_directory(folder) ? folder : std::filesystem::path();
-}
-
 } // namespace conferix

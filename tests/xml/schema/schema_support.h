@@ -1,5 +1,7 @@
 #pragma once
 
+#include "suporte/esquemas_publicados.h"
+
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"
 #include "xml/xml_document.h"
@@ -39,8 +41,5 @@ std::shared_ptr<TXmlDocument> ParseDocument(std::string_view text);
 
 /// The sentences of a document's faults, each after its line: "3: O elemento ...".
 std::vector<std::string> Sentences(const TSchemaSet& set, std::string_view text);
-
-/// The folder of the published schemas; empty when it is not at hand.
-std::filesystem::path PublishedSchemas();
 
 } // namespace conferix
