@@ -73,7 +73,8 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     benchmark::RegisterBenchmark("Parser alone", ParserAlone)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("Build tree", BuildTree)->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("Write after one change", WriteAfterOneChange)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("Write after one change", WriteAfterOneChange)
+        ->Unit(benchmark::kMillisecond);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -238,8 +238,7 @@ TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>
     const std::shared_ptr<IArquivoTiss> arquivo = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
     result.ArquivoTiss = arquivo;
     versaoTiss_ = arquivo->Versao();
-    const std::filesystem::path schema =
-        schemaTissPath_ / SchemaFileName(arquivo->TipoArquivo(), versaoTiss_);
+    const std::filesystem::path schema = schemas_.Locate(SchemaFileName(arquivo->TipoArquivo(), versaoTiss_));
     TTissValidator validator(arquivo, schema, terminology_.CreateConnection());
     const TValidationMessages messages = validator.Validate();
     result.AllMessages.assign(messages.begin(), messages.end());

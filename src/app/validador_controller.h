@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/schema_folder.h"
 #include "app/validator_events.h"
 #include "data/db_connection_factory.h"
 #include "xml/xml_encoding.h"
@@ -44,8 +45,10 @@ class TValidadorController {
     const std::string& VersaoTiss() const { return versaoTiss_; }
     bool Modified() const { return flags_.Contains(TFileStateFlag::sfModificado); }
 
-    /// Folder in which the schema files are looked for.
-    void SetSchemaTissPath(std::filesystem::path path) { schemaTissPath_ = std::move(path); }
+    /// Folder in which the schema files are looked for, and in which alone.
+    void SetSchemaTissPath(std::filesystem::path path) { schemas_ = TSchemaFolder(std::move(path)); }
+    /// The same, backed by the schemas that come with the program.
+    void SetSchemaFolder(TSchemaFolder folder) { schemas_ = std::move(folder); }
 
     /// Opens a file. Raises EFileNotFound, EAlreadyFileLoaded, EArquivoNaoLido, EXmlEncoding; a file that
     /// cannot be read leaves the controller closed.
@@ -80,7 +83,7 @@ class TValidadorController {
     std::string versaoTiss_;
     TFileStateFlags flags_;
     TValidatorEvents events_;
-    std::filesystem::path schemaTissPath_;
+    TSchemaFolder schemas_;
     TDBConnectionFactory terminology_;
     TXmlEncoding encoding_;
 };

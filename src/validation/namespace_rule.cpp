@@ -142,9 +142,9 @@ void TNamespaceValidation::JudgeMessageTags(const std::shared_ptr<const IArquivo
         AddError(file,
                  fmt::format("O namespace {} é inválido. O esperado é \"{}\".", prefixes.front(), expected));
     else
-        AddMessage(
-            TValidationMessage::CreateSuccess(this, "O namespace do XML é válido, conforme estabelecido nos "
-                                                    "schemas XSD do componente de comunicação."));
+        AddMessage(TValidationMessage::CreateSuccess(this,
+                                                     "O namespace do XML é válido, conforme estabelecido nos "
+                                                     "schemas XSD do componente de comunicação."));
 }
 
 void TNamespaceValidation::JudgeSignatureTags(const std::shared_ptr<const IArquivoTiss>& file) {

@@ -1,5 +1,6 @@
 #include "validation/schema_rule.h"
 
+#include "esquema/historico.h"
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
 #include "sistema/sistema.h"
@@ -9,9 +10,26 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <optional>
+#include <vector>
 
 namespace conferix {
+
+namespace {
+
+/// A sentence on the versions that know an unknown element, with a blank before it; empty when none does.
+std::string History(const std::filesystem::path& schemaFile, const TXmlNode& node) {
+    std::vector<std::string_view> path;
+    for (const TXmlNode* at = &node; at != nullptr && at->IsTag(); at = at->Parent())
+        path.push_back(at->LocalName());
+    std::reverse(path.begin(), path.end());
+    const std::string sentence =
+        THistoricoDeElementos::DoPrograma().Frase(PathText(schemaFile.filename()), path);
+    return sentence.empty() ? sentence : " " + sentence;
+}
+
+} // namespace
 
 ESchemaNotFound::ESchemaNotFound(const std::filesystem::path& file)
     : std::runtime_error(fmt::format("Schema file {} not found", PathText(file))), file_(file) {}
@@ -46,6 +64,8 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         guias.emplace(*lote);
     for (const TSchemaFault& fault : faults) {
         std::string reason = TSchemaMessages::Sentence(fault);
+        if (fault.Code == TSchemaFaultCode::UnknownElement && fault.Attribute == nullptr)
+            reason += History(schemaFile_, *fault.Node);
         if (guias.has_value()) {
             const IGuiaTiss* guia = guias->ByNode(*fault.Node);
             AddMessage(TLoteGuiasValidationMessage::CreateError(

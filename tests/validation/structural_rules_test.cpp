@@ -86,8 +86,10 @@ TEST_F(SchemaRule, RunsAmongTheRulesOfItsKindOnly) {
     for (const auto& message : validator.Validate())
         if (rules.empty() || rules.back() != message->Validation().Name)
             rules.push_back(message->Validation().Name);
-    EXPECT_THAT(
-        rules, testing::ElementsAre("tiss.mensagem.namespace", "tiss.mensagem.schema", "tiss.mensagem.hash"));
+    EXPECT_THAT(rules,
+                testing::ElementsAre("tiss.mensagem.namespace", "tiss.mensagem.schema",
+                                     "tiss.mensagem.loteguias.lotesemguias",
+                                     "tiss.mensagem.loteguias.lotecommaisdecemguias", "tiss.mensagem.hash"));
     EXPECT_TRUE(validator.Validations()[0]->Validated());
     EXPECT_FALSE(validator.Validations()[1]->Validated());
     EXPECT_FALSE(validator.Validations()[2]->Validated());

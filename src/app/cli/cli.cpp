@@ -4,6 +4,7 @@
 #include "data/constantes.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
+#include "esquema/pastas.h"
 #include "model/arquivo_tiss_factory.h"
 #include "model/tiss_exceptions.h"
 #include "sistema/sistema.h"
@@ -41,7 +42,7 @@ std::string UsageText(const CLI::ParseError& error, const std::vector<std::strin
 void Translate(CLI::App& app) {
     auto formatter = std::make_shared<CLI::Formatter>();
     formatter->label("Usage", "Uso");
-    formatter->label("OPTIONS", "[OPÇÕES]");
+    formatter->label("OPTIONS", "OPÇÕES");
     formatter->label("SUBCOMMAND", "COMANDO");
     formatter->label("SUBCOMMANDS", "COMANDO");
     formatter->label("Options", "Opções");
@@ -60,6 +61,7 @@ class TCommandLine {
     explicit TCommandLine(TCliStreams streams)
         : context_{streams, {}, {}, {}, {}}, app_("Confere arquivos do padrão TISS.", "conferix") {
         context_.Formato = "texto";
+        app_.option_defaults()->group("Opções");
         app_.set_help_flag("--ajuda,-h,--help", "Mostra esta ajuda e termina");
         app_.set_version_flag("--versao", "conferix " CONFERIX_VERSAO, "Mostra a versão e termina");
         Translate(app_);
@@ -75,9 +77,11 @@ class TCommandLine {
         AddValidar();
         AddSingleFile("informar", "Mostra o que o arquivo é e contém", &RunInformar);
         AddSingleFile("hash", "Mostra o hash informado e os calculados", &RunHash);
+        AddCorrigir();
         AddRegras();
         AddEsquemas();
         AddTerminologia();
+        AddDocumento();
     }
 
     int Run(const std::vector<std::string>& words) {
@@ -127,6 +131,8 @@ class TCommandLine {
     CLI::App* AddCommand(CLI::App& parent, const std::string& name, const std::string& description) {
         CLI::App* command = parent.add_subcommand(name, description);
         command->fallthrough();
+        command->group("Comandos");
+        command->footer("Opções comuns: --formato, --esquemas, --terminologia, --config (conferix --ajuda).");
         Translate(*command);
         return command;
     }
@@ -157,6 +163,31 @@ class TCommandLine {
         OnParsed(command, {}, [this, run] { return run(context_, arquivo_); });
     }
 
+    void AddCorrigir() {
+        CLI::App* command = AddCommand(app_, "corrigir",
+                                       "Aplica correções; sem --mensagem nem --todas, mostra as que existem");
+        command->add_option("arquivo", corrigir_.Arquivo, "Arquivo; - é a entrada padrão")
+            ->required()
+            ->option_text("ARQUIVO");
+        CLI::Option* mensagem =
+            command->add_option("--mensagem", corrigir_.Mensagem, "Número da mensagem a corrigir")
+                ->option_text("N")
+                ->check(CLI::PositiveNumber);
+        command->add_option("--correcao", corrigir_.Correcao, "Qual das correções da mensagem")
+            ->option_text("K")
+            ->check(CLI::PositiveNumber);
+        command->add_flag("--todas", corrigir_.Todas, "Corrige todos os erros que oferecem correção")
+            ->excludes(mensagem);
+        CLI::Option* saida =
+            command->add_option("--saida", corrigir_.Saida, "Grava neste arquivo")->option_text("ARQUIVO");
+        CLI::Option* noLugar =
+            command->add_flag("--no-lugar", corrigir_.NoLugar, "Grava sobre o arquivo")->excludes(saida);
+        command->add_flag("--simular", corrigir_.Simular, "Mostra as diferenças e não grava nada")
+            ->excludes(saida)
+            ->excludes(noLugar);
+        OnParsed(command, {}, [this] { return RunCorrigir(context_, corrigir_); });
+    }
+
     void AddRegras() {
         CLI::App* command = AddCommand(app_, "regras", "Lista as regras na ordem em que são aplicadas");
         OnParsed(command, "markdown", [this] { return RunRegras(context_); });
@@ -168,9 +199,14 @@ class TCommandLine {
         OnParsed(AddCommand(*group, "listar", "Mostra o schema de cada versão"), {},
                  [this] { return RunEsquemasListar(context_); });
         CLI::App* import =
-            AddCommand(*group, "importar", "Instala os schemas publicados pela ANS a partir de uma pasta");
-        import->add_option("pasta", arquivo_, "Pasta com os arquivos XSD")->required()->option_text("PASTA");
+            AddCommand(*group, "importar", "Instala os schemas publicados pela ANS (pasta ou pacote ZIP)");
+        import->add_option("origem", arquivo_, "Pasta com os arquivos XSD, ou arquivo ZIP")
+            ->required()
+            ->option_text("ORIGEM");
         OnParsed(import, {}, [this] { return RunEsquemasImportar(context_, arquivo_); });
+        CLI::App* remove = AddCommand(*group, "remover", "Volta ao schema embutido de uma versão");
+        remove->add_option("versao", arquivo_, "Versão, como 4.01.00")->required()->option_text("VERSAO");
+        OnParsed(remove, {}, [this] { return RunEsquemasRemover(context_, arquivo_); });
     }
 
     void AddTerminologia() {
@@ -178,12 +214,36 @@ class TCommandLine {
         group->require_subcommand(1);
         OnParsed(AddCommand(*group, "estado", "Mostra as tabelas da base"), {},
                  [this] { return RunTerminologiaEstado(context_); });
+        CLI::App* query = AddCommand(*group, "consultar", "Diz se um código vale em uma data");
+        query->add_option("--tabela", consultar_.Tabela, "Número da tabela da TUSS")
+            ->required()
+            ->option_text("T");
+        query->add_option("--codigo", consultar_.Codigo, "Código do termo")->required()->option_text("C");
+        query->add_option("--data", consultar_.Data, "Data da execução")
+            ->required()
+            ->option_text("AAAA-MM-DD");
+        query->add_flag("--consolidado", consultar_.Consolidado,
+                        "Consulta a forma de envio na tabela de domínio 64");
+        OnParsed(query, {}, [this] { return RunTerminologiaConsultar(context_, consultar_); });
+    }
+
+    void AddDocumento() {
+        CLI::App* command = AddCommand(app_, "documento", "Confere os dígitos de um CPF, CNPJ ou CNS");
+        command->add_option("documento", documento_, "cpf, cnpj ou cns")
+            ->required()
+            ->option_text("DOCUMENTO");
+        command->add_option("valor", valor_, "Número, sem pontuação")->required()->option_text("VALOR");
+        OnParsed(command, {}, [this] { return RunDocumento(context_, documento_, valor_); });
     }
 
     TCliContext context_;
     CLI::App app_;
     TValidarOptions validar_;
+    TCorrigirOptions corrigir_;
+    TConsultarOptions consultar_;
     std::string arquivo_;
+    std::string documento_;
+    std::string valor_;
     std::function<int()> run_;
 };
 
@@ -199,18 +259,28 @@ std::filesystem::path TCliContext::SchemaFolder() const {
     }
 }
 
+TSchemaFolder TCliContext::Schemas() const {
+    return TSchemaFolder(SchemaFolder(), Esquemas.empty() ? BuiltInSchemaFolder() : std::filesystem::path());
+}
+
 TDBConnectionFactory TCliContext::TerminologyFactory() const {
     return TDBConnectionFactory(
         [file = PathFromText(Terminologia)] { return TDatabaseTuss(file).CreateConnection(); });
 }
 
 TConfig TCliContext::LoadConfig() const {
-    return TConfig::Load(Config.empty() ? TConfig::DefaultFile() : PathFromText(Config));
+    if (Config.empty())
+        return TConfig::Load(TConfig::DefaultFile());
+    const std::filesystem::path file = PathFromText(Config);
+    std::error_code ignored;
+    if (!std::filesystem::exists(file, ignored))
+        throw EConfigInvalida(file, "o arquivo não existe"); // a mistyped name must not switch rules on
+    return TConfig::Load(file);
 }
 
 std::unique_ptr<TValidadorController> TCliContext::NewController() const {
     auto controller = std::make_unique<TValidadorController>(TerminologyFactory());
-    controller->SetSchemaTissPath(SchemaFolder());
+    controller->SetSchemaFolder(Schemas());
     return controller;
 }
 

@@ -1,6 +1,10 @@
 #include "app/cli/commands.h"
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
+#include "app/schema_folder.h"
+#include "app/schema_package.h"
+#include "esquema/esquema_modelo.h"
+#include "esquema/pastas.h"
 #include "model/arquivo_tiss_factory.h"
 #include "sistema/sistema.h"
 #include "xml/schema/schema_set.h"
@@ -9,8 +13,10 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <ostream>
+#include <random>
 #include <set>
 
 namespace conferix {
@@ -35,8 +41,9 @@ struct TMainSchema {
     const TSchemaKind* Kind = nullptr;
     std::string Versao;
     std::string FileName;
-    bool Installed = false;
-    std::string Failure; ///< why it does not compile; empty when it does
+    TSchemaOrigin Origin = TSchemaOrigin::Missing;
+    bool Approximate = false; ///< built in, for a version whose schemas were never published
+    std::string Failure;      ///< why it does not compile; empty when it does
 };
 
 /// Reads kind and version from a main schema's file name ("tissV3_05_00.xsd").
@@ -51,68 +58,93 @@ std::optional<TMainSchema> ParseName(const std::string& fileName) {
             versao.size() == 7 && versao[1] == '.' && versao[4] == '.' &&
             std::count_if(versao.begin(), versao.end(), [](char c) { return c >= '0' && c <= '9'; }) == 5;
         if (form)
-            return TMainSchema{&kind, versao, fileName, false, {}};
+            return TMainSchema{&kind, versao, fileName, TSchemaOrigin::Missing, false, {}};
     }
     return std::nullopt;
 }
 
-std::vector<TMainSchema> FindMainSchemas(const std::filesystem::path& folder) {
-    std::vector<TMainSchema> found;
-    std::error_code failure;
-    for (auto entry = std::filesystem::directory_iterator(folder, failure);
-         !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure))
-        if (auto schema = ParseName(PathText(entry->path().filename())))
-            found.push_back(std::move(*schema));
-    if (failure)
-        throw EArquivoNaoLido(folder, ReasonText(failure));
-    std::sort(found.begin(), found.end(), [](const TMainSchema& a, const TMainSchema& b) {
+void Sort(std::vector<TMainSchema>& schemas) {
+    std::sort(schemas.begin(), schemas.end(), [](const TMainSchema& a, const TMainSchema& b) {
         return std::pair(a.Kind->Tipo, a.Versao) < std::pair(b.Kind->Tipo, b.Versao);
     });
-    return found;
+}
+
+/// The main schemas among file names.
+std::vector<TMainSchema> MainSchemas(const std::vector<std::string>& fileNames) {
+    std::vector<TMainSchema> schemas;
+    for (const std::string& name : fileNames)
+        if (auto schema = ParseName(name))
+            schemas.push_back(std::move(*schema));
+    Sort(schemas);
+    return schemas;
 }
 
 /// Compiles a main schema; null, and the reason kept, when that fails.
-std::shared_ptr<const TSchemaSet> Compile(const std::filesystem::path& folder, TMainSchema& schema) {
+std::shared_ptr<const TSchemaSet> Compile(const std::filesystem::path& file, TMainSchema& schema) {
     try {
-        return TSchemaSet::Load(folder / PathFromText(schema.FileName));
+        return TSchemaSet::Load(file);
     } catch (const ESchemaInvalido& error) {
         schema.Failure = error.what();
         return nullptr;
     }
 }
 
-/// Every version that the program supports, and whatever else is installed.
-std::vector<TMainSchema> ListSchemas(const std::filesystem::path& folder) {
+/// Names of the built-in main schemas that are put together from the neighbours of their versions.
+std::set<std::string> ApproximateFiles() {
+    std::set<std::string> names;
     std::error_code ignored;
-    std::vector<TMainSchema> schemas;
-    if (std::filesystem::is_directory(folder, ignored))
-        schemas = FindMainSchemas(folder);
-    std::set<std::string> known;
-    for (TMainSchema& schema : schemas) {
-        schema.Installed = true;
-        Compile(folder, schema);
-        known.insert(schema.FileName);
-    }
+    if (!std::filesystem::is_directory(SchemaModelFolder(), ignored))
+        return names;
+    for (const auto& model : LoadModelos(SchemaModelFolder()))
+        for (const std::string& versao : model->Versoes())
+            if (model->Aproximada(versao))
+                names.insert(model->NomeArquivo(versao));
+    return names;
+}
+
+/// Every version that the program supports, and whatever else is installed.
+std::vector<TMainSchema> ListSchemas(const TSchemaFolder& folder) {
+    std::vector<std::string> names = folder.FileNames();
     for (const TArquivoTissClass& version : TArquivoTissFactory::Classes()) {
         const bool monitoring = version.GetVersao().starts_with("1.");
-        const std::string fileName = TValidadorController::SchemaFileName(
+        names.push_back(TValidadorController::SchemaFileName(
             monitoring ? TEnumTipoArquivoTiss::taMonitoramento : TEnumTipoArquivoTiss::taMensagemTISS,
-            version.GetVersao());
-        if (known.count(fileName) == 0)
-            schemas.push_back(*ParseName(fileName));
+            version.GetVersao()));
     }
-    std::sort(schemas.begin(), schemas.end(), [](const TMainSchema& a, const TMainSchema& b) {
-        return std::pair(a.Kind->Tipo, a.Versao) < std::pair(b.Kind->Tipo, b.Versao);
-    });
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    const std::set<std::string> approximate = ApproximateFiles();
+    std::vector<TMainSchema> schemas = MainSchemas(names);
+    for (TMainSchema& schema : schemas) {
+        schema.Origin = folder.Origin(schema.FileName);
+        schema.Approximate = schema.Origin == TSchemaOrigin::BuiltIn && approximate.contains(schema.FileName);
+        if (schema.Origin != TSchemaOrigin::Missing)
+            Compile(folder.Find(schema.FileName), schema);
+    }
     return schemas;
 }
 
+std::string_view OriginText(TSchemaOrigin origin) {
+    switch (origin) {
+    case TSchemaOrigin::Missing:
+        return "";
+    case TSchemaOrigin::BuiltIn:
+        return "embutido";
+    case TSchemaOrigin::Imported:
+        return "importado";
+    }
+    return "";
+}
+
 TJson SchemaJson(const TMainSchema& schema) {
+    const bool installed = schema.Origin != TSchemaOrigin::Missing;
     return {{"versao", schema.Versao},
             {"tipo", schema.Kind->Label},
             {"arquivo", schema.FileName},
-            {"instalado", schema.Installed},
-            {"compila", schema.Installed && schema.Failure.empty()},
+            {"origem", OriginText(schema.Origin)},
+            {"aproximado", schema.Approximate},
+            {"instalado", installed},
+            {"compila", installed && schema.Failure.empty()},
             {"erro", schema.Failure}};
 }
 
@@ -123,68 +155,204 @@ TJson SchemasJson(const std::vector<TMainSchema>& schemas) {
     return json;
 }
 
+/// Tells which versions are served, by kind.
+void PrintServed(std::ostream& out, std::string_view title, const std::vector<TMainSchema>& schemas) {
+    std::map<std::string_view, std::vector<std::string>> served;
+    for (const TMainSchema& schema : schemas)
+        if (schema.Failure.empty())
+            served[schema.Kind->Label].push_back(schema.Versao);
+    for (const auto& [kind, versions] : served)
+        out << fmt::format("{} ({}): {}\n", title, kind, fmt::join(versions, ", "));
+}
+
+/// A folder that is removed with its content.
+class TWorkFolder {
+  public:
+    explicit TWorkFolder(const std::filesystem::path& beside)
+        : path_(beside / fmt::format("importacao-{:08x}", std::random_device{}())) {
+        CreateFolder(path_);
+    }
+    ~TWorkFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TWorkFolder(const TWorkFolder&) = delete;
+    TWorkFolder& operator=(const TWorkFolder&) = delete;
+    const std::filesystem::path& Path() const { return path_; }
+
+  private:
+    std::filesystem::path path_;
+};
+
+/// A folder with schemas, and the main ones among them that are to be installed.
+struct TImportSource {
+    std::filesystem::path Folder;
+    std::vector<TMainSchema> Schemas;
+};
+
+std::vector<TImportSource> FolderSources(const std::filesystem::path& folder) {
+    std::error_code failure;
+    std::filesystem::directory_iterator check(folder, failure);
+    if (failure)
+        throw EArquivoNaoLido(folder, ReasonText(failure));
+    return {{folder, MainSchemas(TSchemaFolder(folder).FileNames())}};
+}
+
+/// Unpacks each folder of a package by itself, since files of one name may differ between them; what a folder
+/// lacks is taken from the others.
+std::vector<TImportSource> PackageSources(const std::filesystem::path& file,
+                                          const std::filesystem::path& work) {
+    const std::map<std::string, TPackageFolder> package = ReadSchemaPackage(file);
+    std::vector<TImportSource> sources;
+    for (const auto& [name, own] : package) {
+        TPackageFolder files = own;
+        for (const auto& [otherName, other] : package)
+            files.insert(other.begin(), other.end());
+        const std::filesystem::path folder = work / std::to_string(sources.size());
+        CreateFolder(folder);
+        for (const auto& [bare, content] : files)
+            WriteFileAtomically(folder / PathFromText(bare), content);
+        std::vector<std::string> names;
+        for (const auto& [bare, content] : own)
+            names.push_back(bare);
+        sources.push_back({folder, MainSchemas(names)});
+    }
+    return sources;
+}
+
+/// Copies what the sets that compile are made of; answers the names of the files.
+std::set<std::string> Install(std::vector<TImportSource>& sources, const std::filesystem::path& target) {
+    std::set<std::string> installed;
+    for (TImportSource& source : sources) {
+        std::set<std::string> files;
+        for (TMainSchema& schema : source.Schemas)
+            if (const auto compiled = Compile(source.Folder / PathFromText(schema.FileName), schema))
+                files.insert(compiled->Files().begin(), compiled->Files().end());
+        for (const std::string& file : files)
+            WriteFileAtomically(target / PathFromText(file),
+                                ReadWholeFile(source.Folder / PathFromText(file)));
+        installed.insert(files.begin(), files.end());
+    }
+    return installed;
+}
+
+/// Removes an imported main schema and the files that no other imported one is made of.
+void Uninstall(const TSchemaFolder& folder, TMainSchema& schema) {
+    const std::filesystem::path main = folder.Folder() / PathFromText(schema.FileName);
+    std::set<std::string> files{schema.FileName};
+    if (const auto compiled = Compile(main, schema))
+        files.insert(compiled->Files().begin(), compiled->Files().end());
+    for (TMainSchema& other : MainSchemas(TSchemaFolder(folder.Folder()).FileNames())) {
+        if (other.FileName == schema.FileName)
+            continue;
+        if (const auto compiled = Compile(folder.Folder() / PathFromText(other.FileName), other))
+            for (const std::string& file : compiled->Files())
+                files.erase(file);
+    }
+    for (const std::string& file : files) {
+        std::error_code failure;
+        std::filesystem::remove(folder.Folder() / PathFromText(file), failure);
+        if (failure)
+            throw EArquivoNaoGravado(folder.Folder() / PathFromText(file), ReasonText(failure));
+    }
+}
+
 } // namespace
 
 int RunEsquemasListar(const TCliContext& context) {
-    const std::filesystem::path folder = context.SchemaFolder();
+    const TSchemaFolder folder = context.Schemas();
     const std::vector<TMainSchema> schemas = ListSchemas(folder);
     std::ostream& out = context.Streams.Out;
     if (context.Json()) {
         out << JsonText(SchemasJson(schemas)) << '\n';
         return kExitValid;
     }
-    out << "Pasta dos schemas: " << PathText(folder) << '\n';
+    out << "Pasta dos schemas: " << PathText(folder.Folder()) << '\n';
     for (const TMainSchema& schema : schemas) {
-        const std::string state = !schema.Installed        ? "não instalado"
-                                  : schema.Failure.empty() ? "instalado"
-                                                           : "não pode ser usado: " + schema.Failure;
+        std::string state(OriginText(schema.Origin));
+        if (schema.Origin == TSchemaOrigin::Missing)
+            state = "não instalado";
+        else if (!schema.Failure.empty())
+            state += ", não pode ser usado: " + schema.Failure;
+        else if (schema.Approximate)
+            state += ", aproximado";
         out << fmt::format("  {:<13} {}  {:<38} {}\n", schema.Kind->Label, schema.Versao, schema.FileName,
                            state);
     }
     return kExitValid;
 }
 
-int RunEsquemasImportar(const TCliContext& context, const std::string& pasta) {
-    const std::filesystem::path source = PathFromText(pasta);
+int RunEsquemasImportar(const TCliContext& context, const std::string& origem) {
+    const std::filesystem::path source = PathFromText(origem);
     const std::filesystem::path target = context.SchemaFolder();
-    std::vector<TMainSchema> schemas = FindMainSchemas(source);
-    if (schemas.empty()) {
-        context.Error(fmt::format(
-            "{}: a pasta não contém schemas do padrão TISS (tissV*.xsd, tissMonitoramentoV*.xsd)", pasta));
+    CreateFolder(target);
+    std::error_code ignored;
+    const TWorkFolder work(target);
+    std::vector<TImportSource> sources;
+    try {
+        sources = std::filesystem::is_regular_file(source, ignored) ? PackageSources(source, work.Path())
+                                                                    : FolderSources(source);
+    } catch (const EPacoteInvalido& error) {
+        context.Error(error.what());
         return kExitInvalid;
     }
-    // A file serves several versions; those of sets that do not compile stay where they are.
-    std::set<std::string> files;
+    const std::set<std::string> files = Install(sources, target);
+    std::vector<TMainSchema> schemas;
     bool failed = false;
-    for (TMainSchema& schema : schemas) {
-        if (const auto compiled = Compile(source, schema))
-            files.insert(compiled->Files().begin(), compiled->Files().end());
-        else
-            failed = true;
+    for (const TImportSource& from : sources) {
+        for (TMainSchema schema : from.Schemas) {
+            schema.Origin = schema.Failure.empty() ? TSchemaOrigin::Imported : TSchemaOrigin::Missing;
+            // What was whole by itself must be so beside what else lies in the folder.
+            if (schema.Failure.empty())
+                Compile(target / PathFromText(schema.FileName), schema);
+            failed = failed || !schema.Failure.empty();
+            schemas.push_back(std::move(schema));
+        }
     }
-    CreateFolder(target);
-    for (const std::string& file : files)
-        WriteFileAtomically(target / PathFromText(file), ReadWholeFile(source / PathFromText(file)));
-    for (TMainSchema& schema : schemas)
-        schema.Installed = schema.Failure.empty();
-
+    if (schemas.empty()) {
+        context.Error(fmt::format(
+            "{}: não há schemas do padrão TISS (tissV*.xsd, tissMonitoramentoV*.xsd) aqui", origem));
+        return kExitInvalid;
+    }
+    Sort(schemas);
     std::ostream& out = context.Streams.Out;
     if (context.Json()) {
         out << JsonText(SchemasJson(schemas)) << '\n';
     } else {
-        std::map<std::string_view, std::vector<std::string>> served;
-        for (const TMainSchema& schema : schemas) {
-            if (schema.Failure.empty())
-                served[schema.Kind->Label].push_back(schema.Versao);
-            else
+        for (const TMainSchema& schema : schemas)
+            if (!schema.Failure.empty())
                 context.Error(fmt::format("{}: {}", schema.FileName, schema.Failure));
-        }
-        out << fmt::format("{} instalados em {}\n", Counted(files.size(), "arquivo", "arquivos"),
+        out << fmt::format("{} em {}\n", Counted(files.size(), "arquivo instalado", "arquivos instalados"),
                            PathText(target));
-        for (const auto& [kind, versions] : served)
-            out << fmt::format("Versões atendidas ({}): {}\n", kind, fmt::join(versions, ", "));
+        PrintServed(out, "Versões que usam o schema publicado", schemas);
     }
     return failed ? kExitInvalid : kExitValid;
+}
+
+int RunEsquemasRemover(const TCliContext& context, const std::string& versao) {
+    const TSchemaFolder folder = context.Schemas();
+    std::vector<TMainSchema> removed;
+    for (TMainSchema& schema : MainSchemas(folder.FileNames())) {
+        if (schema.Versao != versao || folder.Origin(schema.FileName) != TSchemaOrigin::Imported)
+            continue;
+        Uninstall(folder, schema);
+        removed.push_back(
+            {schema.Kind, schema.Versao, schema.FileName, folder.Origin(schema.FileName), false, {}});
+    }
+    if (removed.empty()) {
+        context.Error(fmt::format("a versão {} não tem schema importado", versao));
+        return kExitInvalid;
+    }
+    std::ostream& out = context.Streams.Out;
+    if (context.Json()) {
+        out << JsonText(SchemasJson(removed)) << '\n';
+        return kExitValid;
+    }
+    for (const TMainSchema& schema : removed)
+        out << fmt::format("{} {}: {}\n", schema.Kind->Label, schema.Versao,
+                           schema.Origin == TSchemaOrigin::BuiltIn ? "volta a usar o schema embutido"
+                                                                   : "não tem mais schema instalado");
+    return kExitValid;
 }
 
 } // namespace conferix

@@ -1,5 +1,6 @@
 #include "app/cli/commands.h"
 #include "app/cli/message_json.h"
+#include "rules/tuss_validation.h"
 #include "sistema/format_settings.h"
 #include "sistema/sistema.h"
 
@@ -44,6 +45,37 @@ int RunTerminologiaEstado(const TCliContext& context) {
         out << fmt::format("  {:<18} {}\n", table.name, state);
     }
     return kExitValid;
+}
+
+int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions& options) {
+    const std::optional<TDate> date = ParseIsoDate(options.Data);
+    if (!date)
+        throw EUsage(fmt::format("\"{}\" não é uma data na forma AAAA-MM-DD", options.Data));
+    TTussManager manager(context.TerminologyFactory().CreateConnection());
+    const std::unique_ptr<TTussValidation> term =
+        options.Consolidado
+            ? std::make_unique<TTuss64Validation>(manager, *date, options.Tabela, options.Codigo)
+            : std::make_unique<TTussValidation>(manager, *date, options.Tabela, options.Codigo);
+    try {
+        term->ValidationReturn();
+    } catch (const ETabelaTussSemEntidade& error) {
+        throw EUsage(error.what());
+    }
+    // The verdict on a code of a table that is not there says nothing of the code.
+    if (const auto warning =
+            TTussNotices().NotInstalled(manager, options.Consolidado ? "64" : options.Tabela))
+        context.Warning(*warning);
+    std::ostream& out = context.Streams.Out;
+    if (context.Json())
+        out << JsonText({{"resultado", static_cast<int>(term->ValidationReturn())},
+                         {"mensagem", term->ValidationMessage()}})
+            << '\n';
+    else if (term->IsValid())
+        out << fmt::format("O termo de código {} da tabela {} da TUSS é válido em {}.\n", options.Codigo,
+                           options.Tabela, FormatUserDate(*date));
+    else
+        out << term->ValidationMessage() << '\n';
+    return term->IsValid() ? kExitValid : kExitInvalid;
 }
 
 } // namespace conferix

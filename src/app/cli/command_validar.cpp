@@ -320,11 +320,11 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
             output.Add(index, ValidateFile(context, reporter, files[index], enabled));
         }
     };
-    std::vector<std::jthread> helpers;
+    std::vector<std::jthread> threads;
     for (std::size_t i = 1; i < std::min(static_cast<std::size_t>(options.Paralelo), files.size()); ++i)
-        helpers.emplace_back(work);
+        threads.emplace_back(work);
     work();
-    helpers.clear(); // waits for them
+    threads.clear(); // waits for them
     return output.Finish();
 }
 

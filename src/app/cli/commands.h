@@ -2,6 +2,7 @@
 
 #include "app/cli/cli.h"
 #include "app/config.h"
+#include "app/schema_folder.h"
 #include "app/validador_controller.h"
 
 #include <filesystem>
@@ -28,6 +29,8 @@ struct TCliContext {
 
     bool Json() const { return Formato == "json"; }
     std::filesystem::path SchemaFolder() const;
+    /// The schema folder; unless the user named one, backed by the schemas that come with the program.
+    TSchemaFolder Schemas() const;
     TDBConnectionFactory TerminologyFactory() const;
     TConfig LoadConfig() const;
     std::unique_ptr<TValidadorController> NewController() const;
@@ -57,8 +60,32 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options);
 int RunInformar(const TCliContext& context, const std::string& arquivo);
 int RunHash(const TCliContext& context, const std::string& arquivo);
 int RunRegras(const TCliContext& context);
+/// `documento`: "cpf", "cnpj" or "cns". Raises EUsage for any other.
+int RunDocumento(const TCliContext& context, const std::string& documento, const std::string& valor);
 int RunEsquemasListar(const TCliContext& context);
-int RunEsquemasImportar(const TCliContext& context, const std::string& pasta);
+/// `origem`: a folder or a ZIP file as the regulator publishes it.
+int RunEsquemasImportar(const TCliContext& context, const std::string& origem);
+/// Goes back to the built-in schema of a version.
+int RunEsquemasRemover(const TCliContext& context, const std::string& versao);
 int RunTerminologiaEstado(const TCliContext& context);
+
+struct TConsultarOptions {
+    std::string Tabela;
+    std::string Codigo;
+    std::string Data;         ///< AAAA-MM-DD
+    bool Consolidado = false; ///< asks domain table 64
+};
+int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions& options);
+
+struct TCorrigirOptions {
+    std::string Arquivo;
+    int Mensagem = 0; ///< 1-based, in the list that `validar` shows; 0: none chosen
+    int Correcao = 0; ///< 1-based, of the message; 0: the first
+    bool Todas = false;
+    std::string Saida;
+    bool NoLugar = false;
+    bool Simular = false;
+};
+int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options);
 
 } // namespace conferix

@@ -10,7 +10,7 @@ namespace conferix {
 TPalette::TPalette(bool terminal) : enabled_(terminal && GetEnvironment("NO_COLOR").empty()) {}
 
 std::string TPalette::Paint(std::string_view code, std::string_view text) const {
-    return enabled_ ? fmt::format("\x1B[{}m{}\x1B[0m", code, text) : std::string(text);
+    return enabled_ && !text.empty() ? fmt::format("\x1B[{}m{}\x1B[0m", code, text) : std::string(text);
 }
 
 std::string TPalette::Severity(TMessageType type, std::string_view text) const {

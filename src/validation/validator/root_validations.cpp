@@ -2,6 +2,8 @@
 
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
+#include "rules/lote_validations.h"
+#include "rules/monitoring/monitoramento_lote_validation.h"
 #include "validation/hash_rule.h"
 #include "validation/namespace_rule.h"
 #include "validation/schema_rule.h"
@@ -12,6 +14,7 @@ void TMensagemTissValidation::CreateValidations() {
     TValidation::CreateValidations();
     AddValidation<TMensagemTissNamespaceValidation>();
     AddValidation<TMensagemTissXmlSchemaValidation>(schemaFile_);
+    AddValidation<TLoteGuiasValidation>(versaoTiss_, tuss_);
     AddValidation<TMensagemTissHashValidation>();
 }
 
@@ -24,6 +27,7 @@ void TMonitoramentoValidation::CreateValidations() {
     TValidation::CreateValidations();
     AddValidation<TMonitoramentoNamespaceValidation>();
     AddValidation<TMonitoramentoXmlSchemaValidation>(schemaFile_);
+    AddValidation<TMonitoramentoLoteValidation>(arquivo_, tuss_);
     AddValidation<TMonitoramentoHashValidation>();
 }
 

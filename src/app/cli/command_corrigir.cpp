@@ -1,0 +1,188 @@
+#include "app/cli/commands.h"
+#include "app/cli/console.h"
+#include "app/cli/message_json.h"
+#include "app/execute_solver.h"
+#include "app/unified_diff.h"
+#include "sistema/sistema.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <ostream>
+
+namespace conferix {
+
+namespace {
+
+void CheckOptions(const TCorrigirOptions& options) {
+    const bool corrects = options.Todas || options.Mensagem != 0;
+    const bool writes = !options.Saida.empty() || options.NoLugar || options.Simular;
+    if (!corrects && (writes || options.Correcao != 0))
+        throw EUsage("escolha o que corrigir, com --mensagem N ou --todas");
+    if (options.NoLugar && options.Arquivo == "-")
+        throw EUsage("a entrada padrão não pode ser corrigida no lugar; use --saida ARQUIVO");
+}
+
+/// The chosen correction where a message has it, else the first.
+TSolverChoice ChoiceOf(const TCorrigirOptions& options) {
+    const std::size_t wanted = options.Correcao == 0 ? 0 : static_cast<std::size_t>(options.Correcao) - 1;
+    return [wanted](const auto& solvers) -> std::optional<std::size_t> {
+        return wanted < solvers.size() ? wanted : 0;
+    };
+}
+
+bool IsFailure(const TXmlMessage& message) {
+    return message.MsgType() == TMessageType::mtError || message.MsgType() == TMessageType::mtFatal;
+}
+
+std::size_t CountFailures(const TXmlMessages& messages) {
+    return static_cast<std::size_t>(
+        std::count_if(messages.begin(), messages.end(), [](const auto& m) { return IsFailure(*m); }));
+}
+
+/// Corrects one file.
+class TCorrection {
+  public:
+    TCorrection(const TCliContext& context, const TCorrigirOptions& options)
+        : context_(context), options_(options), controller_(context.NewController()) {}
+
+    int Run(std::string bytes) {
+        const TXmlEncoding encoding = DecodeXml(bytes).Encoding;
+        std::shared_ptr<const std::string> text;
+        controller_->Events().OnFileOpen.Subscribe([&](TFileOpenArgs& args) { text = args.SharedContent; });
+        controller_->LoadFromBytes(options_.Arquivo, bytes);
+        const std::vector<std::string> enabled = context_.LoadConfig().EnabledValidations();
+
+        std::shared_ptr<const std::string> corrected = text;
+        std::size_t corrections = 0;
+        if (options_.Todas) {
+            TCorrectionResult result = CorrectAll(*controller_, text, enabled, ChoiceOf(options_));
+            corrected = std::move(result.Xml);
+            corrections = result.Corrections;
+        } else {
+            controller_->Validate(text, enabled);
+        }
+        if (Result().ArquivoTiss == nullptr)
+            return Refuse();
+        if (!options_.Todas) {
+            if (options_.Mensagem == 0)
+                return List();
+            corrected = CorrectMessage(enabled);
+            corrections = *corrected == *text ? 0 : 1;
+        }
+        Write(bytes, *corrected == *text ? bytes : EncodeXml(*corrected, encoding));
+        Summarize(corrections);
+        return Status();
+    }
+
+  private:
+    const TValidateArgs& Result() const { return controller_->Events().OnValidate.Current(); }
+
+    int Status() const {
+        return Result().FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
+    }
+
+    /// Without a file that was understood there is nothing to correct and nothing to write.
+    int Refuse() const {
+        for (const auto& message : Result().ValidationMessages)
+            context_.Error(fmt::format("{}: {}", options_.Arquivo, message->Msg()));
+        return kExitInvalid;
+    }
+
+    /// Shows the messages that offer corrections, with the numbers by which they are chosen.
+    int List() const {
+        const TXmlMessages& messages = Result().ValidationMessages;
+        std::ostream& out = context_.Streams.Out;
+        const TPalette palette(context_.Streams.OutIsTerminal);
+        TJson list = TJson::array();
+        std::string text;
+        for (std::size_t i = 0; i < messages.size(); ++i) {
+            const TXmlMessage& message = *messages[i];
+            if (message.Solvers().empty())
+                continue;
+            if (context_.Json()) {
+                TJson entry = {{"numero", i + 1}};
+                entry.update(MessageJson(message, true));
+                list.push_back(std::move(entry));
+                continue;
+            }
+            text += fmt::format("mensagem {}: {}: {}\n", i + 1,
+                                palette.Severity(message.MsgType(), SeverityLabel(message.MsgType())),
+                                IndentLines(message.Msg(), 2));
+            for (std::size_t k = 0; k < message.Solvers().size(); ++k)
+                text += fmt::format("  correção {}: {}\n", k + 1,
+                                    IndentLines(message.Solvers()[k]->Description(), 4));
+        }
+        if (context_.Json())
+            out << JsonText(list) << '\n';
+        else
+            out << (text.empty() ? "Nenhuma mensagem oferece correção.\n" : text);
+        return Status();
+    }
+
+    std::shared_ptr<const std::string> CorrectMessage(const std::vector<std::string>& enabled) {
+        const TXmlMessages messages = Result().ValidationMessages;
+        const auto number = static_cast<std::size_t>(options_.Mensagem);
+        if (number > messages.size())
+            throw EUsage(fmt::format("a mensagem {} não existe; o arquivo tem {}", number,
+                                     Counted(messages.size(), "mensagem", "mensagens")));
+        const TXmlMessage& message = *messages[number - 1];
+        if (message.Solvers().empty())
+            throw EUsage(fmt::format("a mensagem {} não oferece correção", number));
+        if (static_cast<std::size_t>(options_.Correcao) > message.Solvers().size())
+            throw EUsage(fmt::format("a correção {} não existe; a mensagem {} oferece {}", options_.Correcao,
+                                     number, Counted(message.Solvers().size(), "correção", "correções")));
+        std::shared_ptr<const std::string> corrected;
+        ExecuteSolver(*controller_, messages, message.Id(), enabled,
+                      {ChoiceOf(options_),
+                       [&](const TXmlMessage&, const ISolver&, const auto& xml) { corrected = xml; }});
+        return corrected;
+    }
+
+    void Write(const std::string& before, const std::string& after) const {
+        if (options_.Simular) {
+            // For a terminal as text, else in the bytes of the files, so that the difference can be applied.
+            const bool terminal = context_.Streams.OutIsTerminal;
+            context_.Streams.Out << UnifiedDiff(terminal ? DecodeXml(before).Text : before,
+                                                terminal ? DecodeXml(after).Text : after, options_.Arquivo,
+                                                options_.Arquivo + " (corrigido)");
+        } else if (!options_.Saida.empty()) {
+            WriteFileAtomically(PathFromText(options_.Saida), after);
+        } else if (!options_.NoLugar) {
+            context_.Streams.Out << after;
+        } else if (after != before) {
+            WriteFileAtomically(PathFromText(options_.Arquivo), after);
+        }
+    }
+
+    void Summarize(std::size_t corrections) const {
+        const std::size_t failures = CountFailures(Result().ValidationMessages);
+        context_.Streams.Err << fmt::format(
+            "{}: {}; {}.\n", options_.Arquivo,
+            corrections == 0 ? "nada foi corrigido"
+                             : Counted(corrections, "correção aplicada", "correções aplicadas"),
+            failures == 0 ? "o arquivo está válido"
+                          : Counted(failures, "erro permanece", "erros permanecem"));
+    }
+
+    const TCliContext& context_;
+    const TCorrigirOptions& options_;
+    std::unique_ptr<TValidadorController> controller_;
+};
+
+} // namespace
+
+int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options) {
+    CheckOptions(options);
+    try {
+        return TCorrection(context, options).Run(ReadInput(context, options.Arquivo));
+    } catch (const EArquivoNaoLido& error) {
+        context.Error(fmt::format("{}: {}", options.Arquivo, error.Reason()));
+        return kExitUnreadable;
+    } catch (const EXmlEncoding& error) {
+        context.Error(fmt::format("{}: {}", options.Arquivo, error.Message()->Msg()));
+        return kExitInvalid;
+    }
+}
+
+} // namespace conferix

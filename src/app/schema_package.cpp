@@ -1,0 +1,152 @@
+#include "app/schema_package.h"
+
+#include "sistema/sistema.h"
+
+#include <unicode/ucnv.h>
+#include <zip.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace conferix {
+
+namespace {
+
+// Far above what the published packages hold (22 files, 0.6 MB).
+constexpr std::uintmax_t kMaxPackageBytes = 100'000'000;
+constexpr zip_int64_t kMaxEntries = 10'000;
+constexpr std::size_t kMaxEntryBytes = 20'000'000;
+constexpr std::size_t kMaxTotalBytes = 200'000'000;
+
+constexpr zip_uint32_t kUnixTypeMask = 0170000;
+constexpr zip_uint32_t kUnixLink = 0120000;
+
+struct TCloseArchive {
+    void operator()(zip_t* archive) const { zip_discard(archive); }
+};
+struct TCloseEntry {
+    void operator()(zip_file_t* entry) const { zip_fclose(entry); }
+};
+
+/// An entry's name for a message; names without the UTF-8 mark are in the old code page of Windows in Brazil.
+std::string NameText(zip_t& archive, zip_uint64_t index, const std::string& raw) {
+    if (const char* marked = zip_get_name(&archive, index, ZIP_FL_ENC_STRICT);
+        marked != nullptr && raw == marked)
+        return raw;
+    std::vector<char> text(raw.size() * 3 + 1);
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int32_t length =
+        ucnv_convert("UTF-8", "ibm-850", text.data(), static_cast<std::int32_t>(text.size()), raw.data(),
+                     static_cast<std::int32_t>(raw.size()), &status);
+    return U_SUCCESS(status) ? std::string(text.data(), static_cast<std::size_t>(length)) : "?";
+}
+
+/// True for a path that could end outside of the folder into which it is unpacked.
+bool Leaves(std::string_view name) {
+    constexpr std::string_view kSeparators = "/\\";
+    if (name.empty() || kSeparators.find(name.front()) != std::string_view::npos ||
+        (name.size() > 1 && name[1] == ':'))
+        return true;
+    while (!name.empty()) {
+        const std::size_t length = std::min(name.find_first_of(kSeparators), name.size());
+        if (name.substr(0, length) == "..")
+            return true;
+        name.remove_prefix(std::min(length + 1, name.size()));
+    }
+    return false;
+}
+
+class TPackageReader {
+  public:
+    explicit TPackageReader(const std::filesystem::path& file)
+        : file_(file), bytes_(ReadWholeFile(file, kMaxPackageBytes)) {
+        zip_error_t error;
+        zip_error_init(&error);
+        zip_source_t* source = zip_source_buffer_create(bytes_.data(), bytes_.size(), 0, &error);
+        if (source != nullptr) {
+            archive_.reset(zip_open_from_source(source, ZIP_RDONLY, &error));
+            if (archive_ == nullptr)
+                zip_source_free(source);
+        }
+        zip_error_fini(&error);
+        if (archive_ == nullptr)
+            Fail("não é um arquivo ZIP válido");
+    }
+
+    std::map<std::string, TPackageFolder> Read() {
+        const zip_int64_t count = zip_get_num_entries(archive_.get(), 0);
+        if (count > kMaxEntries)
+            Fail("o pacote contém arquivos demais");
+        for (zip_int64_t i = 0; i < count; ++i)
+            ReadEntry(static_cast<zip_uint64_t>(i));
+        return std::move(folders_);
+    }
+
+  private:
+    [[noreturn]] void Fail(const std::string& reason) const { throw EPacoteInvalido(file_, reason); }
+
+    void ReadEntry(zip_uint64_t index) {
+        const char* raw = zip_get_name(archive_.get(), index, ZIP_FL_ENC_RAW);
+        const std::string name = raw != nullptr ? raw : "";
+        if (Leaves(name))
+            Fail("o pacote contém um caminho que sai da pasta: \"" + NameText(*archive_, index, name) + "\"");
+        if (IsLink(index))
+            Fail("o pacote contém um atalho: \"" + NameText(*archive_, index, name) + "\"");
+        const std::size_t slash = name.find_last_of("/\\");
+        const std::string bare = slash == std::string::npos ? name : name.substr(slash + 1);
+        if (bare.ends_with(".xsd"))
+            folders_[name.substr(0, name.size() - bare.size())][bare] = Content(index, name);
+    }
+
+    bool IsLink(zip_uint64_t index) const {
+        zip_uint8_t system = 0;
+        zip_uint32_t attributes = 0;
+        return zip_file_get_external_attributes(archive_.get(), index, 0, &system, &attributes) == 0 &&
+               system == ZIP_OPSYS_UNIX && ((attributes >> 16U) & kUnixTypeMask) == kUnixLink;
+    }
+
+    /// What the entry really unpacks to; the size that it claims is not relied on.
+    std::string Content(zip_uint64_t index, const std::string& name) {
+        const std::unique_ptr<zip_file_t, TCloseEntry> entry(zip_fopen_index(archive_.get(), index, 0));
+        const auto failed = [&] {
+            Fail("o arquivo \"" + NameText(*archive_, index, name) + "\" do pacote não pôde ser lido");
+        };
+        if (entry == nullptr)
+            failed();
+        std::string content;
+        std::array<char, 65536> block{};
+        while (true) {
+            const zip_int64_t count = zip_fread(entry.get(), block.data(), block.size());
+            if (count < 0)
+                failed();
+            if (count == 0)
+                break;
+            content.append(block.data(), static_cast<std::size_t>(count));
+            total_ += static_cast<std::size_t>(count);
+            if (content.size() > kMaxEntryBytes || total_ > kMaxTotalBytes)
+                Fail("o pacote é grande demais para conter schemas: \"" + NameText(*archive_, index, name) +
+                     "\"");
+        }
+        return content;
+    }
+
+    std::filesystem::path file_;
+    std::string bytes_;
+    std::unique_ptr<zip_t, TCloseArchive> archive_;
+    std::map<std::string, TPackageFolder> folders_;
+    std::size_t total_ = 0;
+};
+
+} // namespace
+
+EPacoteInvalido::EPacoteInvalido(const std::filesystem::path& file, const std::string& reason)
+    : std::runtime_error(PathText(file) + ": " + reason) {}
+
+std::map<std::string, TPackageFolder> ReadSchemaPackage(const std::filesystem::path& file) {
+    return TPackageReader(file).Read();
+}
+
+} // namespace conferix

@@ -1,0 +1,76 @@
+#include "rules/guia_validation.h"
+
+#include "model/money.h"
+#include "sistema/format_settings.h"
+#include "validation/solver.h"
+
+#include <fmt/format.h>
+
+namespace conferix {
+
+namespace {
+
+std::shared_ptr<TLoteGuiasValidationMessage> NewMessage(const TValidation* rule, TMessageType type,
+                                                        const std::string& numeroGuia, std::string reason,
+                                                        const TXmlNode* at) {
+    if (at == nullptr)
+        return std::make_shared<TLoteGuiasValidationMessage>(rule, type, numeroGuia, std::move(reason));
+    // What was found right is not repeated: nobody looks for it.
+    std::string srcText(type == TMessageType::mtSuccess ? std::string_view{} : at->Value());
+    return std::make_shared<TLoteGuiasValidationMessage>(rule, type, numeroGuia, std::move(reason),
+                                                         std::move(srcText), at->Line(), at->LinePos(),
+                                                         at->FilePos());
+}
+
+} // namespace
+
+std::string MoneyText(double value) {
+    return TFormatSettings::Messages().Money(value);
+}
+
+TTussManager& TGuiaTissValidation::Manager() const {
+    if (manager_ == nullptr)
+        throw EManagerNotDefined();
+    return *manager_;
+}
+
+void TGuiaTissValidation::StartGuia(const IGuiaTiss& guia) {
+    StartVisit();
+    numeroGuia_ = guia.NumeroGuia();
+}
+
+void TGuiaTissValidation::AddSuccess(std::string_view reason, const TXmlNode* at) {
+    AddMessage(NewMessage(this, TMessageType::mtSuccess, numeroGuia_, std::string(reason), at));
+}
+
+void TGuiaTissValidation::AddWarn(std::string reason, const TXmlNode* at) {
+    AddMessage(NewMessage(this, TMessageType::mtWarning, numeroGuia_, std::move(reason), at));
+}
+
+void TGuiaTissValidation::AddError(std::string reason, const TXmlNode* at) {
+    AddMessage(NewMessage(this, TMessageType::mtError, numeroGuia_, std::move(reason), at));
+}
+
+void TGuiaTissValidation::CheckWholeCents(const TXmlField& field, const TAmountTexts& texts) {
+    const std::optional<double> value = field.Number();
+    if (!value)
+        return;
+    const double rounded = RoundMoney(*value);
+    const bool negative = *value < 0;
+    const bool fractional = !SameMoney(*value, rounded);
+    if (negative)
+        AddError(fmt::format(fmt::runtime(texts.Negative), field.Text()), field.Node());
+    if (fractional)
+        AddCorrectableError(fmt::format(fmt::runtime(texts.Decimals), field.Text(), MoneyText(rounded)),
+                            *field.Node(), rounded);
+    if (!negative && !fractional)
+        AddSuccess(texts.Valid, field.Node());
+}
+
+void TGuiaTissValidation::AddCorrectableError(std::string reason, TXmlNode& at, double expected) {
+    const auto message = NewMessage(this, TMessageType::mtError, numeroGuia_, std::move(reason), &at);
+    message->AddSolver(std::make_shared<TUpdateNodeValueSolver>(at, MoneyText(expected)));
+    AddMessage(message);
+}
+
+} // namespace conferix

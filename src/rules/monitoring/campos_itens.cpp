@@ -1,0 +1,213 @@
+#include "rules/monitoring/campos_itens.h"
+
+#include "rules/documents/documents_validation.h"
+#include "rules/tuss_validation.h"
+#include "sistema/format_settings.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+
+namespace conferix {
+
+namespace {
+
+constexpr std::string_view kTables = "87";
+constexpr std::string_view kGroups = "63";
+constexpr std::string_view kConsolidation = "64";
+
+/// Tables of the health plan's own codes.
+bool IsOwnTable(std::string_view table) {
+    return table == "00" || table == "90" || table == "98";
+}
+
+/// Tables whose items may be packages.
+bool IsPackageTable(std::string_view table) {
+    return table == "90" || table == "98";
+}
+
+/// Tables whose codes the consolidation table lists.
+bool IsJudgedTable(std::string_view table) {
+    static constexpr std::array<std::string_view, 4> kJudged = {"18", "19", "20", "22"};
+    return std::ranges::find(kJudged, table) != kJudged.end();
+}
+
+std::string CountText(std::int64_t count) {
+    static const TFormatSettings formats = TFormatSettings::Regional();
+    return formats.Count(count);
+}
+
+} // namespace
+
+const std::vector<bool>& TRepetitions::Find() {
+    order_.resize(keys_.size());
+    std::iota(order_.begin(), order_.end(), std::size_t{0});
+    std::ranges::sort(order_, [this](std::size_t a, std::size_t b) {
+        const auto order = keys_[a] <=> keys_[b];
+        return order < 0 || (order == 0 && a < b);
+    });
+    repeated_.assign(keys_.size(), false);
+    for (std::size_t i = 1; i < order_.size(); ++i)
+        repeated_[order_[i]] = keys_[order_[i]] == keys_[order_[i - 1]];
+    return repeated_;
+}
+
+void TCodigoTabelaRule::Check(const TGuiaFields& guia) {
+    if (!guia.DataRealizacao.Value)
+        return;
+    for (const TItemFields& item : guia.Itens) {
+        if (!item.CodigoTabela.Present())
+            continue;
+        if (!CanConsult(kTables))
+            return;
+        TTussValidation table(Context()->Manager(), *guia.DataRealizacao.Value, kTables,
+                              item.CodigoTabela.Text());
+        if (!table.IsValid())
+            AddError(guia, item.CodigoTabela,
+                     "O código da tabela está inválido. " + table.ValidationMessage());
+    }
+}
+
+void TGrupoProcedimentoRule::Check(const TGuiaFields& guia) {
+    repetitions_.Clear();
+    for (const TItemFields& item : guia.Itens)
+        if (item.GrupoProcedimento.Present())
+            repetitions_.Add({{}, item.GrupoProcedimento.Text()});
+    const std::vector<bool>& repeated = repetitions_.Find();
+    std::size_t index = 0;
+    for (const TItemFields& item : guia.Itens) {
+        const TXmlField& group = item.GrupoProcedimento;
+        if (!group.Present())
+            continue;
+        if (IsOwnTable(item.CodigoTabela.Text()))
+            AddError(
+                guia, group,
+                "Quando for utilizado código próprio da operadora, a forma de envio do procedimento ou item "
+                "assistencial deve ser individualizada.");
+        if (guia.DataRealizacao.Value && CanConsult(kGroups)) {
+            TTussValidation term(Context()->Manager(), *guia.DataRealizacao.Value, kGroups, group.Text());
+            if (!term.IsValid())
+                AddError(guia, group,
+                         "O código do grupo do procedimento está inválido. " + term.ValidationMessage());
+        }
+        if (repeated[index++])
+            AddError(
+                guia, group,
+                fmt::format("O grupo de procedimento {} está repetido nesse lançamento. Não pode haver, em "
+                            "um mesmo lançamento, repetição de grupo de procedimento ou item assistencial.",
+                            group.Text()));
+    }
+}
+
+void TCodigoProcedimentoRule::Check(const TGuiaFields& guia) {
+    repetitions_.Clear();
+    for (const TItemFields& item : guia.Itens)
+        if (item.CodigoProcedimento.Present())
+            repetitions_.Add({item.CodigoTabela.Text(), item.CodigoProcedimento.Text()});
+    const std::vector<bool>& repeated = repetitions_.Find();
+    std::size_t index = 0;
+    for (const TItemFields& item : guia.Itens) {
+        const TXmlField& code = item.CodigoProcedimento;
+        if (!code.Present())
+            continue;
+        const std::string_view table = item.CodigoTabela.Text();
+        if (guia.DataRealizacao.Value && IsJudgedTable(table) && CanConsult(kConsolidation)) {
+            TTuss64Validation term(Context()->Manager(), *guia.DataRealizacao.Value, table, code.Text());
+            if (!term.IsValid())
+                AddError(guia, code, "O código do procedimento está inválido. " + term.ValidationMessage());
+        }
+        if (repeated[index++])
+            AddError(guia, code,
+                     fmt::format(
+                         "O código de procedimento {} da tabela {} está repetido nesse lançamento. Não "
+                         "pode haver, em um mesmo lançamento, repetição de códigos de procedimento ou item "
+                         "assistencial da mesma tabela de referência.",
+                         code.Text(), table));
+    }
+}
+
+void TItemNumberRule::Check(const TGuiaFields& guia) {
+    for (const TItemFields& item : guia.Itens) {
+        const TNumberField& number = item.*row_.Number;
+        if (number.Value && (*number.Value < 0 || (*number.Value == 0 && !row_.MayBeZero)))
+            AddError(guia, number.Field, fmt::format(fmt::runtime(row_.TooSmall), AmountText(*number.Value)));
+    }
+}
+
+void TCnpjFornecedorRule::Check(const TGuiaFields& guia) {
+    for (const TItemFields& item : guia.Itens)
+        if (item.CNPJFornecedor.Present() && !TDocumentsValidation::IsValidCnpj(item.CNPJFornecedor.Text()))
+            AddError(
+                guia, item.CNPJFornecedor,
+                fmt::format("O CNPJ do fornecedor do item assistencial está inválido. Valor encontrado: {}.",
+                            item.CNPJFornecedor.Text()));
+}
+
+void TPacoteRule::Check(const TGuiaFields& guia) {
+    for (const TItemFields& item : guia.Itens) {
+        if (!item.HasPackage)
+            continue;
+        const auto package = item.Item.DetalhePacote();
+        if (!IsPackageTable(item.CodigoTabela.Text()))
+            AddError(guia, TXmlField(package.Get(0).Node()),
+                     fmt::format("Pacotes só deverão ser informados quando o campo 064 for igual a 90 ou 98. "
+                                 "Quantidade de pacote(s) encontrado(s): {}",
+                                 CountText(package.Count())));
+        CheckPacote(guia, item);
+    }
+}
+
+void TPacoteTabelaRule::CheckPacote(const TGuiaFields& guia, const TItemFields& item) {
+    for (const TDetalhePacote& component : item.Item.DetalhePacote()) {
+        const TXmlField table = component.CodigoTabela();
+        if (table.Present() && table.Text() != "00" && !IsJudgedTable(table.Text()))
+            AddError(guia, table,
+                     "O código da tabela do item do pacote deve ser preenchido com um dos seguintes códigos "
+                     "possíveis: \"00\", \"18\", \"19\", \"20\" ou \"22\".");
+    }
+}
+
+void TPacoteProcedimentoRule::CheckPacote(const TGuiaFields& guia, const TItemFields& item) {
+    repetitions_.Clear();
+    for (const TDetalhePacote& component : item.Item.DetalhePacote())
+        repetitions_.Add({component.CodigoTabela().Text(), component.CodigoProcedimento().Text()});
+    const std::vector<bool>& repeated = repetitions_.Find();
+    std::size_t index = 0;
+    for (const TDetalhePacote& component : item.Item.DetalhePacote()) {
+        const std::size_t at = index++;
+        const TXmlField code = component.CodigoProcedimento();
+        if (!code.Present())
+            continue;
+        const std::string table(component.CodigoTabela().Text());
+        if (guia.DataRealizacao.Value && IsJudgedTable(table) && CanConsult(kConsolidation)) {
+            TTuss64Validation term(Context()->Manager(), *guia.DataRealizacao.Value, table, code.Text());
+            if (!term.IsValid())
+                AddError(guia, code,
+                         "O código do procedimento que compõe o pacote está inválido. " +
+                             term.ValidationMessage());
+        }
+        if (repeated[at])
+            AddError(guia, code,
+                     fmt::format("O código de procedimento {} da tabela {} está repetido no pacote. Não pode "
+                                 "haver, em um mesmo pacote, repetição de códigos de procedimento ou item "
+                                 "assistencial da mesma tabela de referência (campo 077).",
+                                 code.Text(), table));
+    }
+}
+
+void TPacoteQuantidadeRule::CheckPacote(const TGuiaFields& guia, const TItemFields& item) {
+    for (const TDetalhePacote& component : item.Item.DetalhePacote()) {
+        const TXmlField quantity = component.Quantidade();
+        const std::optional<double> value = quantity.Number();
+        if (value && *value < 0)
+            AddError(
+                guia, quantity,
+                fmt::format("A quantidade do procedimento ou item assistencial que compõe o pacote deve ser "
+                            "maior ou igual a zero. Porém o valor {} foi encontrado.",
+                            AmountText(*value)));
+    }
+}
+
+} // namespace conferix

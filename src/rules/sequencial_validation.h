@@ -1,0 +1,28 @@
+#pragma once
+
+#include "rules/guia_validation.h"
+
+#include <cstdint>
+#include <unordered_map>
+
+namespace conferix {
+
+/// The sequence numbers of a guide's procedures and expenses do not repeat; from version 3.04.00 on.
+class TSequencialItemValidation : public TGuiaTissValidation {
+  public:
+    using TGuiaTissValidation::TGuiaTissValidation;
+    bool Required() const override { return false; }
+    using TGuiaTissValidation::Visit;
+    void Visit(const IGuiaSpSadt& guia) override;
+    void Visit(const IGuiaResumoInternacao& guia) override;
+    void Visit(const IGuiaHonorarios& guia) override;
+
+  private:
+    /// The line of the item that first used a number.
+    using TLineByNumber = std::unordered_map<std::int64_t, std::int32_t>;
+
+    void CheckGuia(const IGuiaTiss& guia, const TProcedimentos& procedimentos, const TDespesas* despesas);
+    void AddRepeated(std::int64_t number, std::string_view user, std::int32_t line, const TItemGuia& item);
+};
+
+} // namespace conferix

@@ -1,0 +1,95 @@
+// Rules that compare the totals that a guide declares with the sums of its items.
+#pragma once
+
+#include "rules/guia_validation.h"
+
+namespace conferix {
+
+/// What a rule says of a declared total.
+struct TTotalTexts {
+    std::string_view Absent; ///< empty: nothing is said
+    std::string_view Correct;
+    std::string_view Wrong; ///< found amount, expected amount
+};
+
+/// Base of the totalizers.
+class TTotalizadorValidation : public TGuiaTissValidation {
+  public:
+    using TGuiaTissValidation::TGuiaTissValidation;
+    bool Required() const override { return false; }
+
+  protected:
+    void CheckTotal(const TXmlField& total, double expected, const TTotalTexts& texts);
+    /// Guides declare totals by category, and of fees, from this version on.
+    bool DeclaresCategories() const { return IsVersionFrom("3.00.00"); }
+};
+
+/// The total of procedures; of a fees guide, the total of fees.
+class TTotalizadorProcedimentosValidation : public TTotalizadorValidation {
+  public:
+    using TTotalizadorValidation::TTotalizadorValidation;
+    using TTotalizadorValidation::Visit;
+    void Visit(const IGuiaSpSadt& guia) override;
+    void Visit(const IGuiaResumoInternacao& guia) override;
+    void Visit(const IGuiaHonorarios& guia) override;
+};
+
+/// A category of expenses: where a guide declares its total, which items make it up, and what is said of it.
+struct TCategoriaDespesa {
+    TXmlField (TValorTotalGuia::*Total)() const;
+    double (*Sum)(const IOutrasDespesas& despesas);
+    TTotalTexts Texts;
+};
+extern const TCategoriaDespesa kDiarias;
+extern const TCategoriaDespesa kTaxasAlugueis;
+extern const TCategoriaDespesa kMateriais;
+extern const TCategoriaDespesa kMedicamentos;
+extern const TCategoriaDespesa kOpme;
+extern const TCategoriaDespesa kGasesMedicinais;
+
+/// The total of one category of expenses.
+class TTotalizadorCategoriaBase : public TTotalizadorValidation {
+  public:
+    using TTotalizadorValidation::TTotalizadorValidation;
+    using TTotalizadorValidation::Visit;
+    void Visit(const IGuiaSpSadt& guia) override;
+    void Visit(const IGuiaResumoInternacao& guia) override;
+
+  protected:
+    virtual const TCategoriaDespesa& Categoria() const = 0;
+
+  private:
+    template<class Guia>
+    void CheckGuia(const Guia& guia);
+};
+
+template<const TCategoriaDespesa& categoria>
+class TTotalizadorCategoriaValidation : public TTotalizadorCategoriaBase {
+  public:
+    using TTotalizadorCategoriaBase::TTotalizadorCategoriaBase;
+
+  protected:
+    const TCategoriaDespesa& Categoria() const override { return categoria; }
+};
+
+using TTotalizadorDiariasValidation = TTotalizadorCategoriaValidation<kDiarias>;
+using TTotalizadorTaxasAlugueisValidation = TTotalizadorCategoriaValidation<kTaxasAlugueis>;
+using TTotalizadorMateriaisValidation = TTotalizadorCategoriaValidation<kMateriais>;
+using TTotalizadorMedicamentosValidation = TTotalizadorCategoriaValidation<kMedicamentos>;
+using TTotalizadorOPMEValidation = TTotalizadorCategoriaValidation<kOpme>;
+using TTotalizadorGasesValidation = TTotalizadorCategoriaValidation<kGasesMedicinais>;
+
+/// The general total: procedures and all categories of expenses.
+class TTotalizadorGeralValidation : public TTotalizadorValidation {
+  public:
+    using TTotalizadorValidation::TTotalizadorValidation;
+    using TTotalizadorValidation::Visit;
+    void Visit(const IGuiaSpSadt& guia) override;
+    void Visit(const IGuiaResumoInternacao& guia) override;
+
+  private:
+    template<class Guia>
+    void CheckGuia(const Guia& guia);
+};
+
+} // namespace conferix

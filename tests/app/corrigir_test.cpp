@@ -1,0 +1,558 @@
+#include "app/cli/cli.h"
+#include "app/execute_solver.h"
+#include "app/unified_diff.h"
+#include "data/tuss_writer.h"
+#include "suporte/suporte.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <random>
+#include <regex>
+#include <set>
+#include <sstream>
+
+namespace conferix {
+namespace {
+
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::IsSubsetOf;
+using testing::Not;
+using testing::SizeIs;
+using testing::StartsWith;
+
+/// Lets pass whatever is in the root element, so that only the other rules are heard.
+constexpr const char* kLaxSchema = R"(<?xml version="1.0" encoding="UTF-8"?>
+<schema xmlns="http://www.w3.org/2001/XMLSchema" targetNamespace="http://www.ans.gov.br/padroes/tiss/schemas"
+        elementFormDefault="qualified">
+  <element name="{}"><complexType><sequence>
+    <any processContents="lax" minOccurs="0" maxOccurs="unbounded"/>
+  </sequence></complexType></element>
+</schema>)";
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+/// Runs commands in a folder of its own, with schemas that judge nothing.
+class Corrigir : public testing::Test {
+  protected:
+    struct TResult {
+        int Status;
+        std::string Out;
+        std::string Err;
+    };
+
+    void SetUp() override {
+        setenv("CONFERIX_DADOS", File("dados").c_str(), 1);
+        for (const char* version : {"2_02_03", "3_02_00", "3_05_00", "4_01_00"})
+            WriteTestFile(File(fmt::format("tissV{}.xsd", version)),
+                          fmt::format(fmt::runtime(kLaxSchema), "mensagemTISS"));
+        for (const char* version : {"1_03_00", "1_06_00"})
+            WriteTestFile(File(fmt::format("tissMonitoramentoV{}.xsd", version)),
+                          fmt::format(fmt::runtime(kLaxSchema), "mensagemEnvioANS"));
+        TTussWriter(File("tuss.db")).Commit();
+        TTussWriter terms(File("codigos.db"));
+        terms.Insert(TTuss22{{"10101012", ParseIsoDate("2000-01-01"), std::nullopt}});
+        terms.Insert(TTuss22{{"40304361", ParseIsoDate("2030-01-01"), std::nullopt}});
+        terms.Insert(TTuss64{"22", "10101012", true, "045", ParseIsoDate("2000-01-01"), {}, {}});
+        terms.Commit();
+    }
+    void TearDown() override { unsetenv("CONFERIX_DADOS"); }
+
+    std::string File(const std::string& name) const { return (folder_.Path() / name).string(); }
+    static std::string ExampleFile(const std::string& name) { return Example(name).string(); }
+
+    TResult Run(std::vector<std::string> words, const std::string& input = {}) const {
+        std::istringstream in(input);
+        std::ostringstream out;
+        std::ostringstream err;
+        words.insert(words.end(),
+                     {"--esquemas", folder_.Path().string(), "--terminologia", File(terminology_)});
+        const int status = RunCli(words, {in, out, err});
+        return {status, out.str(), err.str()};
+    }
+
+    json Validate(const std::string& file) const {
+        return json::parse(Run({"validar", file, "--formato", "json"}).Out)[0];
+    }
+    json ValidateBytes(const std::string& bytes) const {
+        WriteTestFile(File("validado.xml"), bytes);
+        return Validate(File("validado.xml"));
+    }
+
+    TTemporaryFolder folder_;
+    std::string terminology_ = "tuss.db"; ///< a base without terms; "codigos.db" holds two
+};
+
+bool IsError(const json& message) {
+    return message["tipo"] == "mtError" || message["tipo"] == "mtFatal";
+}
+
+/// Rule and line of the errors.
+std::set<std::string> Errors(const json& report) {
+    std::set<std::string> errors;
+    for (const json& message : report["mensagens"])
+        if (IsError(message))
+            errors.insert(
+                fmt::format("{} {}", message["validacao"].get<std::string>(), message["linha"].get<int>()));
+    return errors;
+}
+
+/// A text without the values of elements.
+std::string WithoutValues(const std::string& text) {
+    return std::regex_replace(text, std::regex(">[^<>\n]+</"), "></");
+}
+
+TEST_F(Corrigir, FaultyValuesBecomeTheFileThatWasRight) {
+    const struct {
+        const char* Name;
+        const char* Right;
+        std::pair<std::string, std::string>
+            Left; ///< what a correction leaves otherwise than the right file has it
+    } cases[] = {
+        // A prefix is corrected; the declaration of the wrong one stays.
+        {"spsadt-3.05.00-valores-errados",
+         "spsadt-3.05.00-valido",
+         {"<ans:observacao>P",
+          "<ans:observacao xmlns:tiss=\"http://www.ans.gov.br/padroes/tiss/schemas\">P"}},
+        {"spsadt-2.02.03-valores-errados", "spsadt-2.02.03-valido", {}},
+        {"honorarios-4.01.00-valores-errados", "honorarios-4.01.00-valido", {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.Name);
+        const std::string file = ExampleFile(c.Name + std::string(".xml"));
+        std::string found;
+        const json report = Validate(file);
+        for (const json& message : report["mensagens"])
+            if (IsError(message))
+                found +=
+                    fmt::format("{}:{} [{}] {}: {}{}\n", message["linha"].get<int>(),
+                                message["coluna"].get<int>(), message["guia"].get<std::string>(),
+                                message["validacao"].get<std::string>(), message["motivo"].get<std::string>(),
+                                message["correcoes"].size() == 1
+                                    ? " -> " + message["correcoes"][0]["descricao"].get<std::string>()
+                                    : "");
+        const auto expected =
+            std::filesystem::path(CONFERIX_FONTE) / "tests/app/correcoes" / (c.Name + std::string(".txt"));
+        if (std::getenv("CONFERIX_REESCREVER_ESPERADO") != nullptr)
+            WriteTestFile(expected, found);
+        EXPECT_EQ(found, ReadTestFile(expected));
+
+        std::string right = ReadTestFile(ExampleFile(c.Right + std::string(".xml")));
+        if (!c.Left.first.empty())
+            ReplaceAll(right, c.Left.first, c.Left.second);
+        const TResult corrected = Run({"corrigir", file, "--todas"});
+        EXPECT_EQ(corrected.Status, kExitValid);
+        EXPECT_TRUE(corrected.Out == right) << UnifiedDiff(right, corrected.Out, "certo", "corrigido");
+        EXPECT_THAT(corrected.Err, HasSubstr("o arquivo está válido."));
+        EXPECT_THAT(Errors(ValidateBytes(corrected.Out)), IsEmpty());
+    }
+}
+
+TEST_F(Corrigir, LawsHoldOfEveryExample) {
+    int corrected = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(Example(""))) {
+        if (entry.path().extension() != ".xml")
+            continue;
+        SCOPED_TRACE(entry.path());
+        const std::string before = ReadTestFile(entry.path());
+        const json reportBefore = Validate(entry.path().string());
+        const TResult once = Run({"corrigir", entry.path().string(), "--todas"});
+        const json reportAfter = ValidateBytes(once.Out);
+        EXPECT_TRUE(reportAfter["xmlValido"].get<bool>());
+        EXPECT_EQ(once.Status, reportAfter["valido"].get<bool>() ? kExitValid : kExitInvalid);
+
+        WriteTestFile(File("uma.xml"), once.Out);
+        EXPECT_EQ(Run({"corrigir", File("uma.xml"), "--todas"}).Out, once.Out);
+
+        // What is left was there before. If it offers a correction, another rule contradicts it: corrected,
+        // the element is wrong again.
+        EXPECT_THAT(Errors(reportAfter), IsSubsetOf(Errors(reportBefore)));
+        const json& left = reportAfter["mensagens"];
+        for (std::size_t i = 0; i < left.size(); ++i) {
+            if (!IsError(left[i]) || left[i]["correcoes"].empty())
+                continue;
+            const std::set<std::string> again = Errors(
+                ValidateBytes(Run({"corrigir", File("uma.xml"), "--mensagem", std::to_string(i + 1)}).Out));
+            const std::string line = fmt::format(" {}", left[i]["linha"].get<int>());
+            EXPECT_TRUE(std::any_of(again.begin(), again.end(), [&](const auto& e) {
+                return e.ends_with(line);
+            })) << left[i].dump(1);
+        }
+
+        // Nothing but values has changed, and where there was nothing to correct, nothing.
+        const bool prefixes = reportBefore.dump().find("tiss.mensagem.namespace") != std::string::npos;
+        if (!prefixes) {
+            EXPECT_EQ(WithoutValues(once.Out), WithoutValues(before));
+        }
+        const bool hadCorrections =
+            std::any_of(reportBefore["mensagens"].begin(), reportBefore["mensagens"].end(),
+                        [](const json& m) { return IsError(m) && !m["correcoes"].empty(); });
+        EXPECT_EQ(once.Out == before, !hadCorrections);
+        corrected += hadCorrections ? 1 : 0;
+    }
+    EXPECT_GT(corrected, 4);
+}
+
+TEST_F(Corrigir, OneMessageChangesOneLineAndGoesAway) {
+    const std::string file = ExampleFile("spsadt-3.05.00-itens-errados.xml");
+    const std::vector<std::string> before = Lines(ReadTestFile(file));
+    const json report = Validate(file);
+    int tried = 0;
+    for (std::size_t i = 0; i < report["mensagens"].size(); ++i) {
+        const json& message = report["mensagens"][i];
+        if (message["correcoes"].empty())
+            continue;
+        ++tried;
+        const TResult result = Run({"corrigir", file, "--mensagem", std::to_string(i + 1)});
+        EXPECT_EQ(result.Status, kExitInvalid) << "as outras faltas permanecem";
+        const std::vector<std::string> after = Lines(result.Out);
+        ASSERT_EQ(after.size(), before.size());
+        for (std::size_t line = 0; line < before.size(); ++line)
+            EXPECT_EQ(before[line] == after[line], line + 1 != message["linha"].get<std::size_t>())
+                << after[line];
+        const json reportAfter = ValidateBytes(result.Out);
+        for (const json& left : reportAfter["mensagens"])
+            EXPECT_NE(left["texto"], message["texto"]);
+    }
+    EXPECT_EQ(tried, 5);
+}
+
+TEST_F(Corrigir, WritesWhereItIsTold) {
+    const std::string faulty = ReadTestFile(ExampleFile("honorarios-4.01.00-valores-errados.xml"));
+    const std::string right = ReadTestFile(ExampleFile("honorarios-4.01.00-valido.xml"));
+    const std::string file = File("lote.xml");
+    WriteTestFile(file, faulty);
+
+    EXPECT_EQ(Run({"corrigir", file, "--todas", "--saida", File("novo.xml")}).Out, "");
+    EXPECT_EQ(ReadTestFile(File("novo.xml")), right);
+
+    const TResult diff = Run({"corrigir", file, "--todas", "--simular"});
+    EXPECT_EQ(diff.Status, kExitValid);
+    EXPECT_EQ(diff.Out, UnifiedDiff(faulty, right, file, file + " (corrigido)"));
+    EXPECT_EQ(std::count(diff.Out.begin(), diff.Out.end(), '@'), 4 * 4) << diff.Out;
+    EXPECT_EQ(ReadTestFile(file), faulty);
+
+    EXPECT_EQ(Run({"corrigir", "-", "--todas"}, faulty).Out, right);
+
+    EXPECT_EQ(Run({"corrigir", file, "--todas", "--no-lugar"}).Out, "");
+    EXPECT_EQ(ReadTestFile(file), right);
+    EXPECT_THAT(Run({"corrigir", file, "--todas"}).Err,
+                HasSubstr("nada foi corrigido; o arquivo está válido."));
+
+    const TResult unwritable = Run({"corrigir", file, "--todas", "--saida", File("nenhuma/pasta.xml")});
+    EXPECT_EQ(unwritable.Status, kExitUnreadable);
+    EXPECT_THAT(unwritable.Err, StartsWith("conferix: erro: "));
+}
+
+TEST_F(Corrigir, ListsWhatCanBeCorrectedWithItsNumbers) {
+    const std::string file = ExampleFile("spsadt-3.05.00-itens-errados.xml");
+    const TResult text = Run({"corrigir", file});
+    EXPECT_EQ(text.Status, kExitInvalid);
+    const json list = json::parse(Run({"corrigir", file, "--formato", "json"}).Out);
+    const json shown = Validate(file)["mensagens"];
+    ASSERT_FALSE(list.empty());
+    for (const json& entry : list) {
+        const auto number = entry["numero"].get<std::size_t>();
+        EXPECT_EQ(entry["texto"], shown[number - 1]["texto"]);
+        EXPECT_THAT(text.Out, HasSubstr(fmt::format("mensagem {}: erro: [Linha: ", number)));
+    }
+    EXPECT_EQ(Run({"corrigir", ExampleFile("consulta-4.01.00-valido.xml")}).Status, kExitValid);
+}
+
+TEST_F(Corrigir, RefusesWhatCannotBeDone) {
+    const std::string file = ExampleFile("spsadt-3.05.00-itens-errados.xml");
+    WriteTestFile(File("quebrado.xml"), "<ans:mensagemTISS><a></ans:mensagemTISS>");
+    WriteTestFile(File("outro.xml"), "<html/>");
+    WriteTestFile(File("bytes.xml"), "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a>\xFF</a>");
+    const struct {
+        std::vector<std::string> Words;
+        int Status;
+        const char* Err;
+    } cases[] = {
+        {{File("quebrado.xml"), "--todas", "--saida", File("saida.xml")}, kExitInvalid, "[Linha: 1]"},
+        {{File("outro.xml"), "--todas", "--saida", File("saida.xml")}, kExitInvalid, "outro.xml: "},
+        {{File("bytes.xml"), "--todas", "--saida", File("saida.xml")}, kExitInvalid, "bytes.xml: "},
+        {{File("nenhum.xml"), "--todas"}, kExitUnreadable, "nenhum.xml: o arquivo não existe"},
+        {{file, "--saida", File("saida.xml")}, kExitUsage, "--mensagem N ou --todas"},
+        {{file, "--mensagem", "1000"}, kExitUsage, "a mensagem 1000 não existe; o arquivo tem 13 mensagens"},
+        {{file, "--mensagem", "0"}, kExitUsage, "erro"},
+        {{file, "--mensagem", "2", "--saida", File("saida.xml")},
+         kExitUsage,
+         "a mensagem 2 não oferece correção"},
+        {{file, "--mensagem", "6", "--correcao", "2"},
+         kExitUsage,
+         "a correção 2 não existe; a mensagem 6 oferece 1 correção"},
+        {{file, "--mensagem", "6", "--todas"}, kExitUsage, "não combinam"},
+        {{file, "--todas", "--no-lugar", "--simular"}, kExitUsage, "não combinam"},
+        {{"-", "--todas", "--no-lugar"}, kExitUsage, "--saida"},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> words = {"corrigir"};
+        words.insert(words.end(), c.Words.begin(), c.Words.end());
+        const TResult result = Run(words);
+        EXPECT_EQ(result.Status, c.Status) << c.Err;
+        EXPECT_THAT(result.Err, HasSubstr(c.Err));
+        EXPECT_EQ(result.Out, "") << c.Err;
+        EXPECT_FALSE(std::filesystem::exists(File("saida.xml"))) << c.Err;
+    }
+}
+
+TEST_F(Corrigir, CodesAreJudgedWithTheGivenTerminology) {
+    terminology_ = "codigos.db";
+    const json report = Validate(ExampleFile("spsadt-3.05.00-valido.xml"));
+    std::vector<std::string> found;
+    for (const json& message : report["mensagens"])
+        if (message["validacao"] == "tiss.mensagem.loteguias.spsadt.procedimento.codigo" &&
+            message["linha"] == 79)
+            found.push_back(message["motivo"]);
+    EXPECT_THAT(
+        found,
+        ElementsAre("O código do procedimento está inválido. O termo de código 40304361 da tabela 22 da "
+                    "TUSS entrará em vigência somente em 01/01/2030."));
+    WriteTestFile(File("codigos.db"), "nenhum banco");
+    const json damaged = Validate(ExampleFile("spsadt-3.05.00-valido.xml"));
+    ASSERT_THAT(damaged["mensagens"], SizeIs(1));
+    EXPECT_EQ(damaged["mensagens"][0]["tipo"], "mtError");
+    EXPECT_THAT(damaged["mensagens"][0]["motivo"].get<std::string>(),
+                StartsWith("Não foi possível abrir a base de terminologia \"" + File("codigos.db") + "\": "));
+}
+
+TEST_F(Corrigir, TheTerminologyTellsItsVerdictOnACode) {
+    terminology_ = "codigos.db";
+    const auto query = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"terminologia", "consultar"});
+        return Run(std::move(words));
+    };
+    const struct {
+        std::vector<std::string> Words;
+        int Status;
+        json Expected;
+    } cases[] = {
+        {{"--tabela", "22", "--codigo", "10101012", "--data", "2024-01-01"},
+         kExitValid,
+         {{"resultado", 0}, {"mensagem", ""}}},
+        {{"--tabela", "22", "--codigo", "40304361", "--data", "2024-01-01"},
+         kExitInvalid,
+         {{"resultado", 3},
+          {"mensagem",
+           "O termo de código 40304361 da tabela 22 da TUSS entrará em vigência somente em 01/01/2030."}}},
+        {{"--tabela", "22", "--codigo", "10101012", "--data", "2024-01-01", "--consolidado"},
+         kExitInvalid,
+         {{"resultado", 4},
+          {"mensagem",
+           "O termo de código 10101012 da tabela 22 da TUSS deverá ser enviado de forma consolidada, "
+           "através do código de grupo 045 (de acordo com a tabela de domínio nº 64)."}}},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> words = c.Words;
+        const TResult text = query(words);
+        EXPECT_EQ(text.Status, c.Status);
+        EXPECT_THAT(text.Out, HasSubstr(c.Expected["mensagem"].get<std::string>()));
+        words.insert(words.end(), {"--formato", "json"});
+        EXPECT_EQ(json::parse(query(words).Out), c.Expected);
+    }
+    const TResult absent = query({"--tabela", "18", "--codigo", "1", "--data", "2024-01-01"});
+    EXPECT_EQ(absent.Status, kExitInvalid);
+    EXPECT_THAT(absent.Err, HasSubstr("A tabela 18 da TUSS não está instalada"));
+    EXPECT_EQ(query({"--tabela", "98", "--codigo", "1", "--data", "2024-01-01"}).Err,
+              "conferix: erro: Tabela 98 do TISS não possui entidade correspondente.\n");
+    EXPECT_EQ(query({"--tabela", "98", "--codigo", "1", "--data", "2024-01-01"}).Status, kExitUsage);
+    EXPECT_EQ(query({"--tabela", "22", "--codigo", "1", "--data", "01/01/2024"}).Status, kExitUsage);
+    EXPECT_EQ(query({"--tabela", "22", "--codigo", "1"}).Status, kExitUsage);
+}
+
+/// Lot whose hash is wrong in both encodings.
+constexpr const char* kWrongHash =
+    "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<ans:mensagemTISS "
+    "xmlns:ans=\"http://www.ans.gov.br/padroes/tiss/schemas\"><ans:cabecalho><ans:identificacaoTransacao>"
+    "<ans:tipoTransacao>SOLICITACAO_PROCEDIMENTOS</ans:tipoTransacao></ans:identificacaoTransacao>"
+    "<ans:Padrao>4.01.00</ans:Padrao><ans:nome>JOS\xC9 </ans:nome></ans:cabecalho>"
+    "<ans:epilogo><ans:hash>0</ans:hash></ans:epilogo></ans:mensagemTISS>";
+
+class ExecuteSolverTest : public Corrigir {
+  protected:
+    void SetUp() override {
+        Corrigir::SetUp();
+        controller_.SetSchemaTissPath(folder_.Path());
+        controller_.Events().OnFileOpen.Subscribe([&](TFileOpenArgs& args) { text_ = args.SharedContent; });
+        controller_.Events().OnValidate.Subscribe([&](TValidateArgs& args) {
+            ++validations_;
+            messages_ = args.ValidationMessages;
+        });
+    }
+
+    void Open() {
+        controller_.LoadFromBytes("lote.xml", kWrongHash);
+        controller_.Validate(text_, {});
+        validations_ = 0;
+    }
+    bool Execute(const std::string& id, std::optional<std::size_t> choice) {
+        return ExecuteSolver(controller_, messages_, id, {},
+                             {[&, choice](const auto& solvers) {
+                                  offered_.clear();
+                                  for (const auto& solver : solvers)
+                                      offered_.push_back(solver->Name());
+                                  return choice;
+                              },
+                              [&](const TXmlMessage&, const ISolver& solver, const auto& xml) {
+                                  EXPECT_EQ(validations_, 0) << "o texto é trocado antes da validação";
+                                  solver_ = solver.Name();
+                                  text_ = xml;
+                              }});
+    }
+
+    TValidadorController controller_{TDBConnectionFactory([] { return TTussConnection::InMemory(); })};
+    std::shared_ptr<const std::string> text_;
+    TXmlMessages messages_;
+    std::vector<std::string> offered_;
+    std::string solver_;
+    int validations_ = 0;
+};
+
+TEST_F(ExecuteSolverTest, CorrectsTheChosenMessageAndValidatesAgain) {
+    Open();
+    ASSERT_THAT(messages_, SizeIs(1));
+    const std::string before = *text_;
+    EXPECT_FALSE(Execute("{nenhuma}", 0));
+    EXPECT_FALSE(Execute(messages_[0]->Id(), std::nullopt));
+    EXPECT_FALSE(Execute(messages_[0]->Id(), 3));
+    EXPECT_EQ(*text_, before);
+    EXPECT_EQ(validations_, 0);
+    EXPECT_FALSE(controller_.Modified());
+    EXPECT_THAT(offered_, ElementsAre("THashSolver_ISO88591", "THashSolver_UTF8", "TSanitizeHashSolver"));
+
+    const std::string id = messages_[0]->Id();
+    EXPECT_TRUE(Execute(id, 1));
+    EXPECT_EQ(solver_, "THashSolver_UTF8");
+    EXPECT_EQ(validations_, 1);
+    EXPECT_TRUE(controller_.Modified());
+    EXPECT_NE(*text_, before);
+    for (const auto& message : messages_)
+        EXPECT_NE(message->MsgType(), TMessageType::mtError) << message->Msg();
+    EXPECT_FALSE(Execute(id, 1)) << "a mensagem corrigida não está mais na lista";
+}
+
+TEST_F(ExecuteSolverTest, NeedsAnOpenFile) {
+    Open();
+    const TXmlMessages kept = messages_;
+    controller_.CloseFile();
+    EXPECT_FALSE(Execute(kept[0]->Id(), 0));
+    EXPECT_EQ(validations_, 0);
+}
+
+TEST_F(ExecuteSolverTest, CorrectAllTakesTheChosenCorrectionAndStops) {
+    Open();
+    const TCorrectionResult cancelled =
+        CorrectAll(controller_, text_, {}, [](const auto&) { return std::nullopt; });
+    EXPECT_EQ(cancelled.Corrections, 0U);
+    EXPECT_EQ(cancelled.Xml, text_);
+    const TCorrectionResult sanitized = CorrectAll(controller_, text_, {}, [](const auto&) { return 2; });
+    EXPECT_EQ(sanitized.Corrections, 1U);
+    EXPECT_THAT(*sanitized.Xml, HasSubstr("<ans:nome>JOSE</ans:nome>"));
+    EXPECT_TRUE(controller_.FileStateFlags().Contains(TFileStateFlag::sfValido));
+    // The same from the command line, where the third correction is asked for.
+    const TResult result = Run({"corrigir", "-", "--todas", "--correcao", "3"}, kWrongHash);
+    EXPECT_EQ(result.Out, *sanitized.Xml);
+    EXPECT_THAT(Run({"corrigir", "-", "--todas"}, kWrongHash).Out, HasSubstr("JOS\xC9 <"));
+}
+
+/// Applies a unified diff; the reverse of what makes it.
+std::string Apply(const std::string& before, const std::string& diff) {
+    std::vector<std::string> old;
+    for (std::size_t at = 0; at < before.size();) {
+        const std::size_t end = std::min(before.find('\n', at), before.size() - 1) + 1;
+        old.push_back(before.substr(at, end - at));
+        at = end;
+    }
+    std::string after;
+    std::size_t next = 0;
+    char mark = ' ';
+    std::istringstream stream(diff);
+    std::string line;
+    std::getline(stream, line);
+    std::getline(stream, line);
+    while (std::getline(stream, line)) {
+        if (line.starts_with("@@")) {
+            std::size_t first = std::stoul(line.substr(4));
+            const std::string range = line.substr(4, line.find(' ', 4) - 4);
+            first -= range.ends_with(",0") ? 0 : 1; // an empty range names the line before it
+            while (next < first)
+                after += old.at(next++);
+        } else if (line.starts_with("\\")) {
+            if (mark == '+')
+                after.pop_back();
+        } else {
+            mark = line[0];
+            if (mark == '+')
+                after += line.substr(1) + "\n";
+            else if (mark == ' ')
+                after += old.at(next++);
+            else
+                ++next;
+        }
+    }
+    while (next < old.size())
+        after += old[next++];
+    return after;
+}
+
+TEST(UnifiedDiffTest, ShowsChangesInTheirContext) {
+    const struct {
+        const char* Before;
+        const char* After;
+        const char* Expected;
+    } cases[] = {
+        {"a\nb\n", "a\nb\n", ""},
+        {"", "", ""},
+        {"a\n", "b\n", "--- x\n+++ y\n@@ -1 +1 @@\n-a\n+b\n"},
+        {"", "a\n", "--- x\n+++ y\n@@ -0,0 +1 @@\n+a\n"},
+        {"a\nb", "a\nb\n", "--- x\n+++ y\n@@ -1,2 +1,2 @@\n a\n-b\n\\ No newline at end of file\n+b\n"},
+        {"1\n2\n3\n4\n5\n6\n7\n8\n9\n", "1\n2\n3\n4\nV\n6\n7\n8\n9\n",
+         "--- x\n+++ y\n@@ -2,7 +2,7 @@\n 2\n 3\n 4\n-5\n+V\n 6\n 7\n 8\n"},
+        {"1\n2\n3\n4\n5\n6\n7\n8\n9\n", "A\n2\n3\n4\n5\n6\n7\nB\n9\n",
+         "--- x\n+++ y\n@@ -1,9 +1,9 @@\n-1\n+A\n 2\n 3\n 4\n 5\n 6\n 7\n-8\n+B\n 9\n"},
+        {"1\n2\n3\n4\n5\n6\n7\n8\n9\n", "A\n2\n3\n4\n5\n6\n7\n8\nB\n",
+         "--- x\n+++ y\n@@ -1,4 +1,4 @@\n-1\n+A\n 2\n 3\n 4\n@@ -6,4 +6,4 @@\n 6\n 7\n 8\n-9\n+B\n"},
+        {"a\nb\nc\nd\n", "a\nc\nx\nd\ny\n", "--- x\n+++ y\n@@ -1,4 +1,5 @@\n a\n-b\n c\n+x\n d\n+y\n"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(UnifiedDiff(c.Before, c.After, "x", "y"), c.Expected);
+}
+
+TEST(UnifiedDiffTest, AppliedToTheOldTextGivesTheNewOne) {
+    std::mt19937 random(7);
+    const auto text = [&](int lines) {
+        std::string all;
+        for (int i = 0; i < lines; ++i)
+            all += std::string(1, static_cast<char>('a' + random() % 4)) + "\n";
+        if (!all.empty() && random() % 4 == 0)
+            all.pop_back();
+        return all;
+    };
+    for (int round = 0; round < 2000; ++round) {
+        const std::string before = text(static_cast<int>(random() % 40));
+        const std::string after =
+            random() % 3 == 0 ? text(static_cast<int>(random() % 40)) : before + text(3);
+        const std::string diff = UnifiedDiff(before, after, "x", "y");
+        ASSERT_EQ(Apply(before, diff), after) << before << "\n--\n" << diff;
+    }
+    // Too long for a table of common lines.
+    const std::string before = text(3000);
+    const std::string after = text(2900);
+    EXPECT_EQ(Apply(before, UnifiedDiff(before, after, "x", "y")), after);
+}
+
+} // namespace
+} // namespace conferix
