@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <sstream>
 
 namespace conferix {
@@ -264,6 +265,39 @@ TEST_F(Cli, ListsTheRulesOfTheTree) {
     const TResult damaged = Run({"regras", "--config", File("config.json")});
     EXPECT_EQ(damaged.Status, kExitUnreadable);
     EXPECT_THAT(damaged.Err, HasSubstr(File("config.json")));
+}
+
+TEST_F(Cli, TheListOfRulesInTheDocumentationIsCurrent) {
+    const std::string listed = Run({"regras", "--formato", "markdown"}).Out;
+    EXPECT_EQ(std::count(listed.begin(), listed.end(), '\n'), 133 + 2);
+    EXPECT_THAT(ReadTestFile(std::filesystem::path(CONFERIX_FONTE) / "docs/regras.md"),
+                testing::EndsWith("\n\n" + listed));
+}
+
+TEST_F(Cli, DisabledRulesAreHiddenAndCounted) {
+    // A quantity of 0 is a finding of an optional rule; without that rule the file is valid.
+    std::string xml = ReadTestFile(Example("spsadt-3.05.00-valido.xml"));
+    const std::size_t at = xml.find("<ans:quantidadeExecutada>1<");
+    ASSERT_NE(at, std::string::npos);
+    xml.replace(at, 27, "<ans:quantidadeExecutada>0<");
+    const auto validate = [&](std::vector<std::string> more) {
+        std::vector<std::string> words = {"validar", "-", "--formato", "json"};
+        words.insert(words.end(), more.begin(), more.end());
+        return json::parse(Run(words, xml).Out)[0];
+    };
+    const json with = validate({});
+    EXPECT_EQ(with["ocultas"], 0);
+    const std::string rule = "tiss.mensagem.loteguias.spsadt.procedimento.quantidade";
+    const auto count = [&](const json& report) {
+        return std::count_if(report["mensagens"].begin(), report["mensagens"].end(),
+                             [&](const json& message) { return message["validacao"] == rule; });
+    };
+    EXPECT_EQ(count(with), 1);
+    for (const std::string& name : {rule, std::string("tiss.mensagem.loteguias.spsadt.procedimento")}) {
+        const json without = validate({"--desativar", name});
+        EXPECT_EQ(count(without), 0) << name;
+        EXPECT_GT(without["ocultas"].get<int>(), 0);
+    }
 }
 
 TEST_F(Cli, TellsTheStateOfTheTerminology) {
