@@ -267,6 +267,48 @@ TEST_F(Cli, ListsTheRulesOfTheTree) {
     EXPECT_THAT(damaged.Err, HasSubstr(File("config.json")));
 }
 
+TEST_F(Cli, ChecksDocuments) {
+    const struct {
+        const char* Documento;
+        const char* Valor;
+        int Status;
+    } cases[] = {{"cpf", "52998224725", kExitValid},
+                 {"cpf", "52998224726", kExitInvalid},
+                 {"cnpj", "11222333000181", kExitValid},
+                 {"cnpj", "11222333000182", kExitInvalid},
+                 {"cns", "", kExitInvalid},
+                 {"rg", "1", kExitUsage}};
+    for (const auto& c : cases) {
+        const TResult result = Run({"documento", c.Documento, c.Valor, "--formato", "json"});
+        EXPECT_EQ(result.Status, c.Status) << c.Documento << " " << c.Valor;
+        if (c.Status != kExitUsage) {
+            const json verdict = json::parse(result.Out);
+            EXPECT_EQ(verdict["valido"], c.Status == kExitValid);
+            EXPECT_EQ(verdict["valor"], c.Valor);
+        }
+    }
+}
+
+TEST_F(Cli, AnUnusableTerminologyIsAFindingOfEachFile) {
+    WriteTestFile(File("tuss.db"), "isto não é uma base de dados");
+    std::istringstream in;
+    std::ostringstream out;
+    std::ostringstream err;
+    const int status =
+        RunCli({"validar", File("valido.xml"), File("acento.xml"), "--formato", "json", "--esquemas",
+                std::filesystem::path(File("x")).parent_path().string(), "--terminologia", File("tuss.db")},
+               {in, out, err});
+    EXPECT_EQ(status, kExitInvalid);
+    const json files = json::parse(out.str());
+    ASSERT_EQ(files.size(), 2U);
+    for (const json& file : files) {
+        EXPECT_EQ(file["mensagens"][0]["tipo"], "mtError");
+        EXPECT_THAT(
+            file["mensagens"][0]["motivo"].get<std::string>(),
+            StartsWith("Não foi possível abrir a base de terminologia \"" + File("tuss.db") + "\": "));
+    }
+}
+
 TEST_F(Cli, TheListOfRulesInTheDocumentationIsCurrent) {
     const std::string listed = Run({"regras", "--formato", "markdown"}).Out;
     EXPECT_EQ(std::count(listed.begin(), listed.end(), '\n'), 133 + 2);
