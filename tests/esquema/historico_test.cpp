@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <functional>
-#include <regex>
 #include <set>
 
 namespace conferix {
@@ -187,11 +186,15 @@ TEST(Ligacoes, OsNomesDaGuiaDeMonitoramentoExistemNoModelo) {
         names.insert(pair.substr(pair.find('/') + 1));
     const std::string source =
         ReadTestFile(std::filesystem::path(CONFERIX_FONTE) / "src/xml/bindings/guia_monitoramento_binding.h");
-    const std::regex literal(R"re((?:Field\(|Node\(\), )\s*"([^"]+)")re");
     int checked = 0;
-    for (auto it = std::sregex_iterator(source.begin(), source.end(), literal); it != std::sregex_iterator();
-         ++it) {
-        const std::string text = (*it)[1];
+    std::size_t end = 0;
+    for (std::size_t quote = source.find('"'); quote != std::string::npos;
+         quote = source.find('"', end + 1)) {
+        end = source.find('"', quote + 1);
+        const std::string before = source.substr(0, source.find_last_not_of(" \n", quote - 1) + 1);
+        if (!before.ends_with("Field(") && !before.ends_with("Node(),"))
+            continue;
+        const std::string text = source.substr(quote + 1, end - quote - 1);
         const auto path = Split(text);
         EXPECT_TRUE(names.contains(std::string(path.front()))) << text;
         for (std::size_t i = 1; i < path.size(); ++i)
