@@ -30,7 +30,7 @@ void TControllerManager::Notify(TControllerOperation operation, const std::strin
         entry.Observer(operation, fileName, controller);
 }
 
-void TControllerManager::AddController(const std::string& fileName, TControllerPtr controller) {
+void TControllerManager::AddController(const std::string& fileName, const TControllerPtr& controller) {
     if (Contains(fileName))
         throw EControllerDuplicado("Duplicates filename not allowed.");
     for (const TEntry& entry : controllers_)
@@ -48,7 +48,7 @@ TControllerManager::TControllerPtr TControllerManager::ExtractController(const s
     const auto entry = FindName(controllers_, fileName);
     if (entry == controllers_.end())
         return nullptr;
-    const TControllerPtr controller = std::move(entry->Controller);
+    TControllerPtr controller = std::move(entry->Controller);
     controllers_.erase(entry);
     Notify(TControllerOperation::coRemoved, fileName, controller);
     return controller;

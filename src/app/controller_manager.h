@@ -31,7 +31,7 @@ class TControllerManager {
     void DetachObserver(int observer);
 
     /// Raises EControllerDuplicado.
-    void AddController(const std::string& fileName, TControllerPtr controller);
+    void AddController(const std::string& fileName, const TControllerPtr& controller);
     /// Nothing happens for a name that is not there.
     void RemoveController(const std::string& fileName);
     /// Removes and answers the controller; null for a name that is not there.

@@ -115,7 +115,9 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
                                     [&](const auto& message) { return message->Id() == messageId; });
     if (found == messages.end() || !controller.FileStateFlags().Contains(TFileStateFlag::sfAberto))
         return false;
-    const std::shared_ptr<const TXmlMessage> message = *found; // outlives the list, which a validation renews
+    // A copy: the message outlives the list, which a validation renews.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const std::shared_ptr<const TXmlMessage> message = *found;
     const TSolverPtr solver = PickSolver(*message, handlers.Choose);
     if (solver == nullptr)
         return false;

@@ -46,7 +46,7 @@ class TCorrection {
     TCorrection(const TCliContext& context, const TCorrigirOptions& options)
         : context_(context), options_(options), controller_(context.NewController()) {}
 
-    int Run(std::string bytes) {
+    int Run(const std::string& bytes) {
         const TXmlEncoding encoding = DecodeXml(bytes).Encoding;
         std::shared_ptr<const std::string> text;
         controller_->Events().OnFileOpen.Subscribe([&](TFileOpenArgs& args) { text = args.SharedContent; });
