@@ -10,12 +10,31 @@ namespace conferix {
 
 namespace {
 
+/// Adds a child that is a guide. One whose name has a slip is still the guide that it was meant to be: the
+/// schema rule tells of the name, the other rules judge the content.
+void AppendGuia(std::vector<TGuiaTissBase>& guias, TXmlNode& child, const TLoteGuiasNames& names) {
+    const TGuiaNames* nearest = nullptr;
+    std::size_t tipoNearest = 0;
+    std::size_t least = kNotAlike;
+    for (std::size_t tipo = 0; tipo < kTiposGuia; ++tipo)
+        for (const TGuiaNames& guia : names.Guias[tipo]) {
+            if (child.LocalName() == guia.Elemento) {
+                guias.emplace_back(&child, static_cast<TEnumTipoGuia>(tipo), guia);
+                return;
+            }
+            if (const std::size_t slips = NameSlips(child.LocalName(), guia.Elemento); slips < least) {
+                least = slips;
+                nearest = &guia;
+                tipoNearest = tipo;
+            }
+        }
+    if (nearest != nullptr)
+        guias.emplace_back(&child, static_cast<TEnumTipoGuia>(tipoNearest), *nearest);
+}
+
 void AppendGuias(std::vector<TGuiaTissBase>& guias, TXmlNode& parent, const TLoteGuiasNames& names) {
     for (TXmlNode& child : parent.ChildTags())
-        for (std::size_t tipo = 0; tipo < kTiposGuia; ++tipo)
-            for (const TGuiaNames& guia : names.Guias[tipo])
-                if (child.LocalName() == guia.Elemento)
-                    guias.emplace_back(&child, static_cast<TEnumTipoGuia>(tipo), guia);
+        AppendGuia(guias, child, names);
 }
 
 bool Holds(const TXmlNode& element, std::uint32_t offset) {

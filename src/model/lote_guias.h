@@ -5,6 +5,7 @@
 #include "model/guias.h"
 #include "xml/bindings/lote_guias_names.h"
 #include "xml/bindings/xml_binding.h"
+#include "xml/name_likeness.h"
 
 #include <cstdint>
 #include <optional>
@@ -49,7 +50,9 @@ class TLoteGuiasBase : public TXmlBinding {
 
     void Accept(IArquivoTissVisitor& visitor) const { visitor.Visit(*this); }
     TXmlField NumeroLote() const { return Field(names_->NumeroLote); }
-    TGuiasTiss GuiasTiss() const { return {Find(names_->GuiasTiss), *names_}; }
+    TGuiasTiss GuiasTiss() const {
+        return {HasNode() ? ChildMeant(*Node(), names_->GuiasTiss) : nullptr, *names_};
+    }
 
     /// Kind of the first guide of `Guias`. Raises ELoteGuiasNotFound when there is none.
     TEnumTipoGuia TipoGuia() const;

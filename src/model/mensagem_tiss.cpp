@@ -1,5 +1,7 @@
 #include "model/mensagem_tiss.h"
 
+#include "xml/name_likeness.h"
+
 namespace conferix {
 
 void TMensagemTiss::Accept(IArquivoTissVisitor& visitor) const {
@@ -7,7 +9,9 @@ void TMensagemTiss::Accept(IArquivoTissVisitor& visitor) const {
 }
 
 TLoteGuiasBase TMensagemTiss::LoteGuias() const {
-    return {Find("prestadorParaOperadora/loteGuias"), Names()};
+    // A slip in a name, of which the schema rule tells, hides no guides from the other rules.
+    TXmlNode* sender = HasNode() ? ChildMeant(*Node(), "prestadorParaOperadora") : nullptr;
+    return {sender != nullptr ? ChildMeant(*sender, "loteGuias") : nullptr, Names()};
 }
 
 } // namespace conferix

@@ -1,5 +1,7 @@
 #include "model/tiss_exceptions.h"
 
+#include "xml/cut_text.h"
+
 #include <fmt/format.h>
 
 namespace conferix {
@@ -8,13 +10,14 @@ EInvalidTissFile::EInvalidTissFile(std::string_view elementName)
     : ETissException(
           fmt::format("O elemento raíz <{}> não é reconhecido como sendo de um tipo de arquivo TISS "
                       "válido.",
-                      elementName)) {}
+                      CutText(elementName, kShownFound))) {}
 
 ETissVersionNotFound::ETissVersionNotFound()
     : ETissException("Versão do TISS não encontrada no arquivo XML.") {}
 
 ETissVersionNotSupported::ETissVersionNotSupported(std::string versao)
-    : ETissException(fmt::format("Versão {} do TISS não suportada.", versao)), versao_(std::move(versao)) {}
+    : ETissException(fmt::format("Versão {} do TISS não suportada.", CutText(versao, kShownFound))),
+      versao_(std::move(versao)) {}
 
 ETissMessageNotImplemented::ETissMessageNotImplemented(std::string_view versao)
     : ETissException(fmt::format("Tipo de arquivo TISS não implementado na versão {} do TISS.", versao)) {}

@@ -3,6 +3,7 @@
 #include "model/money.h"
 #include "sistema/format_settings.h"
 #include "validation/solver.h"
+#include "xml/cut_text.h"
 
 #include <fmt/format.h>
 
@@ -16,7 +17,7 @@ std::shared_ptr<TLoteGuiasValidationMessage> NewMessage(const TValidation* rule,
     if (at == nullptr)
         return std::make_shared<TLoteGuiasValidationMessage>(rule, type, numeroGuia, std::move(reason));
     // What was found right is not repeated: nobody looks for it.
-    std::string srcText(type == TMessageType::mtSuccess ? std::string_view{} : at->Value());
+    std::string srcText = type == TMessageType::mtSuccess ? std::string() : CutText(at->Value(), kShownFound);
     return std::make_shared<TLoteGuiasValidationMessage>(rule, type, numeroGuia, std::move(reason),
                                                          std::move(srcText), at->Line(), at->LinePos(),
                                                          at->FilePos());
@@ -59,9 +60,9 @@ void TGuiaTissValidation::CheckWholeCents(const TXmlField& field, const TAmountT
     const bool negative = *value < 0;
     const bool fractional = !SameMoney(*value, rounded);
     if (negative)
-        AddError(fmt::format(fmt::runtime(texts.Negative), field.Text()), field.Node());
+        AddError(fmt::format(fmt::runtime(texts.Negative), field.Shown()), field.Node());
     if (fractional)
-        AddCorrectableError(fmt::format(fmt::runtime(texts.Decimals), field.Text(), MoneyText(rounded)),
+        AddCorrectableError(fmt::format(fmt::runtime(texts.Decimals), field.Shown(), MoneyText(rounded)),
                             *field.Node(), rounded);
     if (!negative && !fractional)
         AddSuccess(texts.Valid, field.Node());

@@ -97,7 +97,7 @@ void TItensQuantidadeValidation::CheckItem(const TItemGuia& item) {
     if (*quantidade > 0)
         AddSuccess(Texts().QuantidadeValida, field.Node());
     else
-        AddError(fmt::format(fmt::runtime(Texts().QuantidadeInvalida), field.Text()), field.Node());
+        AddError(fmt::format(fmt::runtime(Texts().QuantidadeInvalida), field.Shown()), field.Node());
 }
 
 void TItensFatorReducaoAcrescimoValidation::CheckItem(const TItemGuia& item) {
@@ -108,7 +108,7 @@ void TItensFatorReducaoAcrescimoValidation::CheckItem(const TItemGuia& item) {
     if (*fator > 0)
         AddSuccess(Texts().FatorValido, field.Node());
     else
-        AddError(fmt::format(fmt::runtime(Texts().FatorInvalido), field.Text()), field.Node());
+        AddError(fmt::format(fmt::runtime(Texts().FatorInvalido), field.Shown()), field.Node());
 }
 
 void TItensValorUnitarioValidation::CheckItem(const TItemGuia& item) {
@@ -128,11 +128,11 @@ void TItensValorTotalValidation::CheckItem(const TItemGuia& item) {
     const bool negative = *total < 0;
     const bool wrong = !SameMoney(*total, expected);
     if (negative)
-        AddError(fmt::format(fmt::runtime(Texts().ValorTotalNegativo), field.Text()), field.Node());
+        AddError(fmt::format(fmt::runtime(Texts().ValorTotalNegativo), field.Shown()), field.Node());
     if (wrong)
         AddCorrectableError(
             fmt::format(fmt::runtime(fator ? Texts().ValorTotalComFator : Texts().ValorTotalSemFator),
-                        field.Text(), MoneyText(expected)),
+                        field.Shown(), MoneyText(expected)),
             *field.Node(), expected);
     if (!negative && !wrong)
         AddSuccess(Texts().ValorTotalValido, field.Node());

@@ -1,5 +1,6 @@
 #include "rules/tuss_validation.h"
 
+#include "xml/cut_text.h"
 #include "xml/xml_node.h"
 
 #include <fmt/format.h>
@@ -63,7 +64,7 @@ std::string TTussValidation::ValidationMessage() {
     case TTussResult::NotFound:
         return fmt::format("O termo de código {} da tabela {} da TUSS não foi localizado no componente de "
                            "representação de conceitos em saúde do padrão TISS.",
-                           code_, table_);
+                           CutText(code_, kShownFound), table_);
     case TTussResult::NotYetInForce:
         return fmt::format("O termo de código {} da tabela {} da TUSS entrará em vigência somente em {}.",
                            code_, table_, DateText(verdict.Start));

@@ -1,6 +1,7 @@
 #include "validation/schema_rule.h"
 
 #include "esquema/historico.h"
+#include "esquema/selo.h"
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
 #include "sistema/sistema.h"
@@ -11,22 +12,122 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <optional>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace conferix {
 
 namespace {
 
-/// A sentence on the versions that know an unknown element, with a blank before it; empty when none does.
-std::string History(const std::filesystem::path& schemaFile, const TXmlNode& node) {
-    std::vector<std::string_view> path;
+using TPath = std::vector<std::string_view>;
+
+TPath PathOf(const TXmlNode& node) {
+    TPath path;
     for (const TXmlNode* at = &node; at != nullptr && at->IsTag(); at = at->Parent())
         path.push_back(at->LocalName());
     std::reverse(path.begin(), path.end());
-    const std::string sentence =
-        THistoricoDeElementos::DoPrograma().Frase(PathText(schemaFile.filename()), path);
-    return sentence.empty() ? sentence : " " + sentence;
+    return path;
+}
+
+/// The schema engine's questions about other versions, answered by the model of all of them.
+class TOtherVersions : public ISchemaOtherVersions {
+  public:
+    explicit TOtherVersions(const std::filesystem::path& schemaFile)
+        : fileName_(PathText(schemaFile.filename())) {}
+
+    TRelation Relate(const TXmlNode& found, std::string_view wanted) const override {
+        TPath parent = PathOf(found);
+        parent.pop_back();
+        switch (history_.Relacao(fileName_, parent, found.LocalName(), wanted)) {
+        case THistoricoDeElementos::TRelacao::Renomeado:
+            return TRelation::Renamed;
+        case THistoricoDeElementos::TRelacao::Distinto:
+            return TRelation::Distinct;
+        default:
+            return TRelation::None;
+        }
+    }
+
+    bool Approximated() const { return history_.Aproximada(fileName_); }
+
+    /// What is said of an element that this version does not know: its history where it has one.
+    std::string UnknownElement(const TSchemaFault& fault) const {
+        const auto [text, removed] = history_.Frase(fileName_, PathOf(*fault.Node));
+        if (text.empty())
+            return TSchemaMessages::Sentence(fault);
+        if (removed)
+            return fmt::format("Remova <{}>: {}.", fault.Name, text);
+        return fmt::format("O elemento <{}> não é conhecido em <{}>: {}.", fault.Name, fault.Parent, text);
+    }
+
+    /// The version that the content seems to be of, when it is not the declared one; else empty.
+    std::string VersionOfContent(const TXmlDocument& document) const {
+        return history_.VersaoDoConteudo(fileName_, PathsOf(document), VersionOfLocation(document));
+    }
+
+  private:
+    static TCaminhos PathsOf(const TXmlDocument& document) {
+        TCaminhos paths;
+        std::map<std::pair<std::size_t, std::uint32_t>, std::size_t> known;
+        std::unordered_map<const TXmlNode*, std::size_t> open; // of the elements with child elements
+        const TXmlNode* root = document.Element();
+        for (const TXmlNode* node = root; node != nullptr; node = node->NextInWalk(root)) {
+            if (!node->IsTag())
+                continue;
+            const std::size_t parent = node == root ? 0 : open.at(node->Parent());
+            const auto [entry, added] = known.try_emplace(
+                {node == root ? std::size_t(-1) : parent, node->Name().Id}, paths.Entradas.size());
+            if (added)
+                paths.Entradas.push_back({parent, node->LocalName()});
+            if (node->FirstChildTag() != nullptr)
+                open[node] = entry->second;
+        }
+        return paths;
+    }
+
+    /// "3.05.00" of an xsi:schemaLocation that names "tissV3_05_00.xsd"; empty without one.
+    static std::string VersionOfLocation(const TXmlDocument& document) {
+        constexpr std::size_t kLength = 7;
+        for (const TXmlAttribute& attribute : document.Element()->Attributes()) {
+            const std::string_view value = attribute.Value();
+            const std::size_t end = value.rfind(".xsd");
+            if (attribute.Name().Local != "schemaLocation" || end == std::string_view::npos || end < kLength)
+                continue;
+            std::string version(value.substr(end - kLength, kLength));
+            std::replace(version.begin(), version.end(), '_', '.');
+            return version;
+        }
+        return {};
+    }
+
+    const THistoricoDeElementos& history_ = THistoricoDeElementos::DoPrograma();
+    std::string fileName_;
+};
+
+/// True for faults that a document of another version has.
+bool IsStructural(TSchemaFaultCode code) {
+    switch (code) {
+    case TSchemaFaultCode::UnknownElement:
+    case TSchemaFaultCode::Misspelled:
+    case TSchemaFaultCode::RenamedElement:
+    case TSchemaFaultCode::MissingElement:
+    case TSchemaFaultCode::MissingSeveral:
+    case TSchemaFaultCode::MissingChoice:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Where the header names the version; the root when it does not.
+const TXmlNode& VersionPlace(const TXmlNode& root) {
+    for (const char* path : {"cabecalho/Padrao", "cabecalho/versaoPadrao"})
+        if (const TXmlNode* node = root.Find(path))
+            return *node;
+    return root;
 }
 
 } // namespace
@@ -58,14 +159,32 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     if (!std::filesystem::is_regular_file(schemaFile_, ignored))
         throw ESchemaNotFound(schemaFile_);
     const auto schema = TSchemaSet::Load(schemaFile_);
-    const std::vector<TSchemaFault> faults = TSchemaValidator(*schema).Validate(*file.Xml());
+    const TOtherVersions others(schemaFile_);
+    const TXmlDocument& document = *file.Xml();
+    const std::vector<TSchemaFault> faults = TSchemaValidator(*schema, &others).Validate(document);
+    if (others.Approximated() && SeloIntacto(ReadWholeFile(schemaFile_)))
+        AddMessage(TValidationMessage::CreateWarn(
+            this, fmt::format("O schema da versão {} publicado pela ANS não estava disponível; foi usado um "
+                              "schema aproximado, feito com os das versões vizinhas, e a conferência pode "
+                              "ter falhas. Para usar o da ANS, importe-o: conferix esquemas importar "
+                              "ARQUIVO.",
+                              file.Versao())));
+    if (std::ranges::any_of(faults, IsStructural, &TSchemaFault::Code))
+        if (const std::string version = others.VersionOfContent(document); !version.empty()) {
+            const TXmlNode& place = VersionPlace(*document.Element());
+            AddMessage(TValidationMessage::CreateWarn(
+                this,
+                fmt::format("O cabeçalho declara a versão {}, mas o conteúdo parece ser da {}.",
+                            file.Versao(), version),
+                std::string(place.Value()), place.Line(), place.LinePos(), place.FilePos()));
+        }
     std::optional<TGuiaLocator> guias;
     if (lote != nullptr && !faults.empty())
         guias.emplace(*lote);
     for (const TSchemaFault& fault : faults) {
-        std::string reason = TSchemaMessages::Sentence(fault);
-        if (fault.Code == TSchemaFaultCode::UnknownElement && fault.Attribute == nullptr)
-            reason += History(schemaFile_, *fault.Node);
+        std::string reason = fault.Code == TSchemaFaultCode::UnknownElement
+                                 ? others.UnknownElement(fault)
+                                 : TSchemaMessages::Sentence(fault);
         if (guias.has_value()) {
             const IGuiaTiss* guia = guias->ByNode(*fault.Node);
             AddMessage(TLoteGuiasValidationMessage::CreateError(
@@ -76,7 +195,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
                                                        fault.LinePos, fault.FilePos));
         }
     }
-    if (faults.empty())
+    if (ValidationMessages().empty())
         AddMessage(TValidationMessage::CreateSuccess(
             this,
             fmt::format("O XML está de acordo com o schema XSD da versão {} do componente de comunicação.",

@@ -1,6 +1,7 @@
 #include "validation/validation_message.h"
 
 #include "validation/validation.h"
+#include "xml/cut_text.h"
 
 namespace conferix {
 
@@ -12,7 +13,7 @@ void AppendPart(std::string& prefix, const char* label, const std::string& value
         return;
     if (!prefix.empty())
         prefix += ' ';
-    prefix += std::string("[") + label + ": " + value + "]";
+    prefix += std::string("[") + label + ": " + CutText(value) + "]";
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "xml/xml_encoding.h"
 
 #include "xml/xml_node.h"
+#include "xml/xml_position.h"
 
 #include <fmt/format.h>
 #include <unicode/ucnv.h>
@@ -72,21 +73,8 @@ std::string ConverterName(std::string_view declared) {
 }
 
 [[noreturn]] void RaiseAt(std::string_view textBefore, const std::string& reason) {
-    std::int32_t line = 1;
-    std::int32_t column = 1;
-    std::int32_t position = 0;
-    for (std::size_t i = 0; i < textBefore.size(); ++i) {
-        const auto c = static_cast<unsigned char>(textBefore[i]);
-        if ((c & 0xC0U) == 0x80U)
-            continue;
-        ++position;
-        ++column;
-        if (c == '\n' || (c == '\r' && (i + 1 == textBefore.size() || textBefore[i + 1] != '\n'))) {
-            ++line;
-            column = 1;
-        }
-    }
-    throw EXmlEncoding(TXmlMessage::CreateError(reason, {}, line, column, position));
+    const TXmlPlace place = TPositionCounter(textBefore).PlaceOf(textBefore.size());
+    throw EXmlEncoding(TXmlMessage::CreateError(reason, {}, place.Line, place.LinePos, place.FilePos));
 }
 
 void CheckUtf8(std::string_view text) {

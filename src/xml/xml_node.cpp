@@ -66,6 +66,19 @@ TXmlAttribute* TXmlNode::FindAttribute(std::string_view qualifiedName) const {
     return nullptr;
 }
 
+TXmlPlace TXmlNode::TextPlace() const {
+    const TXmlPlace own{Line(), LinePos(), FilePos()};
+    if (byteEnd_ == 0)
+        return own;
+    const std::string_view source = Document().Text().substr(byteStart_, byteEnd_ - byteStart_);
+    std::size_t at = IsTag() ? contentStart_ - byteStart_ : 0;
+    while (at < source.size() && IsXmlSpace(source[at]))
+        ++at;
+    const TXmlPlace within = TPositionCounter(source).PlaceOf(at);
+    return {own.Line + within.Line - 1, within.Line == 1 ? own.LinePos + within.LinePos - 1 : within.LinePos,
+            own.FilePos + within.FilePos};
+}
+
 const TXmlNode* TXmlNode::Child(std::string_view localName) const {
     return FindChild(this, localName);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "xml/xml_position.h"
+
 #include <cstdint>
 #include <iterator>
 #include <string>
@@ -123,6 +125,8 @@ class TXmlNode {
     std::int32_t Line() const { return static_cast<std::int32_t>(line_); }       ///< 1-based
     std::int32_t LinePos() const { return static_cast<std::int32_t>(linePos_); } ///< 1-based, in characters
     std::int32_t FilePos() const { return static_cast<std::int32_t>(filePos_); } ///< 0-based, in characters
+    /// Where the text of a text node or of a tag's value begins, white space before it passed over.
+    TXmlPlace TextPlace() const;
     /// Span of the node in the UTF-8 text of the document, 0-based, end excluded; both 0 for a new node.
     std::uint32_t ByteStart() const { return byteStart_; }
     std::uint32_t ByteEnd() const { return byteEnd_; }

@@ -1,61 +1,16 @@
 #include "xml/xml_parser.h"
 
+#include "xml/xml_position.h"
+
 #include <expat.h>
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 namespace conferix {
 
 namespace {
-
-/// Follows a position through a text whose places are asked for in rising order.
-class TPositionCounter {
-  public:
-    explicit TPositionCounter(std::string_view text) : text_(text) {}
-
-    void MoveTo(std::size_t offset) {
-        while (at_ < offset) {
-            if (SkipPlain(offset))
-                continue;
-            const auto c = static_cast<unsigned char>(text_[at_]);
-            if ((c & 0xC0U) != 0x80U)
-                ++characters_;
-            if (c == '\n' || (c == '\r' && (at_ + 1 == text_.size() || text_[at_ + 1] != '\n'))) {
-                ++line_;
-                lineStart_ = characters_;
-            }
-            ++at_;
-        }
-    }
-    std::uint32_t Line() const { return line_; }
-    std::uint32_t LinePos() const { return characters_ - lineStart_ + 1; }
-    std::uint32_t FilePos() const { return characters_; }
-
-  private:
-    /// Passes eight bytes at once that are all ASCII and no line ends, as most are.
-    bool SkipPlain(std::size_t offset) {
-        constexpr std::uint64_t kHighBits = 0x8080808080808080U;
-        constexpr std::uint64_t kAboveLineEnds = 0x0E0E0E0E0E0E0E0EU;
-        if (offset - at_ < sizeof(std::uint64_t))
-            return false;
-        std::uint64_t bytes = 0;
-        std::memcpy(&bytes, text_.data() + at_, sizeof bytes);
-        if (((bytes | (bytes - kAboveLineEnds)) & kHighBits) != 0)
-            return false;
-        at_ += sizeof bytes;
-        characters_ += sizeof bytes;
-        return true;
-    }
-
-    std::string_view text_;
-    std::size_t at_ = 0;
-    std::uint32_t line_ = 1;
-    std::uint32_t characters_ = 0;
-    std::uint32_t lineStart_ = 0;
-};
 
 const char* ErrorText(XML_Error error) {
     switch (error) {
@@ -162,16 +117,14 @@ class TXmlTreeBuilder {
     TXmlParseResult Failure(std::string reason) {
         const XML_Index index = XML_GetCurrentByteIndex(parser_);
         const std::size_t offset = std::min(index < 0 ? 0 : static_cast<std::size_t>(index), text_.size());
-        TPositionCounter place(text_);
-        place.MoveTo(offset);
+        const TXmlPlace place = TPositionCounter(text_).PlaceOf(offset);
         std::string_view source =
             text_.substr(offset, std::min<std::size_t>(text_.find_first_of("\r\n", offset) - offset, 80));
         while (!source.empty() && (static_cast<unsigned char>(source.back()) & 0x80U) != 0)
             source.remove_suffix(1); // never half a character
         return {nullptr,
-                {TXmlMessage::CreateError(
-                    std::move(reason), std::string(source), static_cast<std::int32_t>(place.Line()),
-                    static_cast<std::int32_t>(place.LinePos()), static_cast<std::int32_t>(place.FilePos()))}};
+                {TXmlMessage::CreateError(std::move(reason), std::string(source), place.Line, place.LinePos,
+                                          place.FilePos)}};
     }
 
     void Abort(std::string reason) {

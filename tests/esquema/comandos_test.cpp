@@ -114,8 +114,7 @@ TEST_F(ComandosDeSchemas, FilesAreValidatedWithoutAnySchemaInstalled) {
     ReplaceAll(xml, end, "<ans:regimeAtendimento>01</ans:regimeAtendimento>" + end);
     const TResult result = Validar(xml);
     EXPECT_EQ(result.Status, kExitInvalid);
-    EXPECT_THAT(result.Out,
-                HasSubstr(" O elemento <regimeAtendimento> só existe a partir da versão 4.00.00."));
+    EXPECT_THAT(result.Out, HasSubstr(" em <dadosAtendimento>: só existe a partir da versão 4.00.00."));
 }
 
 TEST_F(ComandosDeSchemas, APackageIsImportedByBareNamesAndRemovedAgain) {

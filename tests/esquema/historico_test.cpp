@@ -36,27 +36,65 @@ TEST(Historico, DizEmQueVersoesUmElementoExiste) {
     };
     const std::vector<TCase> cases = {
         {"tissV3_05_00.xsd", guias + "guiaConsulta/dadosAtendimento/regimeAtendimento",
-         "O elemento <regimeAtendimento> só existe a partir da versão 4.00.00."},
+         "só existe a partir da versão 4.00.00"},
         {"tissV4_00_00.xsd", guias + "guiaConsulta/dadosBeneficiario/nomeBeneficiario",
-         "O elemento <nomeBeneficiario> deixou de existir na versão 4.00.00."},
+         "deixou de existir na versão 4.00.00"},
         {"tissV4_03_00.xsd", guias + "guiaSP-SADT/dadosBeneficiario/templateBiometrico",
-         "O elemento <templateBiometrico> deixou de existir na versão 4.00.00."},
-        {"tissV3_02_02.xsd", "mensagemTISS/cabecalho/versaoPadrao",
-         "O elemento <versaoPadrao> deixou de existir na versão 3.02.02."},
-        {"tissV3_02_01.xsd", "mensagemTISS/cabecalho/Padrao",
-         "O elemento <Padrao> só existe a partir da versão 3.02.02."},
+         "deixou de existir na versão 4.00.00"},
+        {"tissV3_02_02.xsd", "mensagemTISS/cabecalho/versaoPadrao", "deixou de existir na versão 3.02.02"},
+        {"tissV3_02_01.xsd", "mensagemTISS/cabecalho/Padrao", "só existe a partir da versão 3.02.02"},
         {"tissV4_00_00.xsd", "mensagemTISS/operadoraParaPrestador/respostaElegibilidade/mensagemErro", ""},
         {"tissV4_00_00.xsd", "mensagemTISS/cabecalho/intruso", ""},
         {"tissV4_00_00.xsd", "mensagemTISS/cabecalho/Padrao", ""},
         {"tissMonitoramentoV1_01_00.xsd", monitoramento + "regimeAtendimento",
-         "O elemento <regimeAtendimento> só existe a partir da versão 1.02.00."},
+         "só existe a partir da versão 1.02.00"},
         {"tissMonitoramentoV1_06_00.xsd", monitoramento + "formaRemuneracao",
-         "O elemento <formaRemuneracao> deixou de existir na versão 1.03.00."},
+         "deixou de existir na versão 1.03.00"},
+        // Between the published 1.03.00 and 1.06.00 nobody knows.
+        {"tissMonitoramentoV1_03_00.xsd",
+         monitoramento + "dadosBeneficiario/identBeneficiario/cpfBeneficiario",
+         "só existe a partir de uma versão entre 1.04.00 e 1.06.00"},
+        {"tissMonitoramentoV1_04_01.xsd",
+         monitoramento + "dadosBeneficiario/identBeneficiario/cpfBeneficiario",
+         "só existe a partir da versão 1.05.00 ou 1.06.00"},
         {"outro.xsd", "mensagemTISS/cabecalho/Padrao", ""},
     };
     for (const TCase& test : cases)
-        EXPECT_EQ(history.Frase(test.Arquivo, Split(test.Caminho)), test.Frase)
+        EXPECT_EQ(history.Frase(test.Arquivo, Split(test.Caminho)).Texto, test.Frase)
             << test.Arquivo << " " << test.Caminho;
+}
+
+TEST(Historico, ReconheceNomesTrocadosEOConteudoDeOutraVersao) {
+    const THistoricoDeElementos history(LoadModelos(Models()));
+    using TRelacao = THistoricoDeElementos::TRelacao;
+    const auto header = Split("mensagemTISS/cabecalho");
+    EXPECT_EQ(history.Relacao("tissV3_05_00.xsd", header, "versaoPadrao", "Padrao"), TRelacao::Renomeado);
+    EXPECT_EQ(history.Relacao("tissV3_02_01.xsd", header, "Padrao", "versaoPadrao"), TRelacao::Renomeado);
+    EXPECT_EQ(history.Relacao("tissV3_05_00.xsd", header, "versaoPadrao", "origem"), TRelacao::Distinto);
+    EXPECT_EQ(history.Relacao("tissV3_05_00.xsd", header, "intruso", "Padrao"), TRelacao::Nenhuma);
+    EXPECT_TRUE(history.Aproximada("tissV3_01_00.xsd"));
+    EXPECT_FALSE(history.Aproximada("tissV3_02_00.xsd"));
+
+    const auto content = [&](const char* file, const std::vector<const char*>& attendance,
+                             const char* named) {
+        TCaminhos paths;
+        for (const char* name : {"mensagemTISS", "prestadorParaOperadora", "loteGuias", "guiasTISS",
+                                 "guiaConsulta", "dadosAtendimento"})
+            paths.Entradas.push_back({paths.Entradas.empty() ? 0 : paths.Entradas.size() - 1, name});
+        const std::size_t parent = paths.Entradas.size() - 1;
+        for (const char* name : attendance)
+            paths.Entradas.push_back({parent, name});
+        return history.VersaoDoConteudo(file, paths, named);
+    };
+    const std::vector<const char*> of4 = {"indicacaoAcidente", "regimeAtendimento", "dataAtendimento",
+                                          "saudeOcupacional",  "tipoConsulta",      "procedimento"};
+    const std::vector<const char*> of3 = {"indicacaoAcidente", "dataAtendimento", "tipoConsulta",
+                                          "procedimento"};
+    EXPECT_EQ(content("tissV3_05_00.xsd", of4, ""), "4.00.00");
+    EXPECT_EQ(content("tissV4_01_00.xsd", of4, ""), "");
+    EXPECT_EQ(content("tissV4_01_00.xsd", of3, ""), "");               // one missing element says little,
+    EXPECT_EQ(content("tissV4_01_00.xsd", of3, "3.04.01"), "3.04.01"); // unless the file says it too
+    EXPECT_EQ(content("tissV4_01_00.xsd", of3, "4.02.00"), "");
 }
 
 /// Looks names up in the published versions of a range.

@@ -3,6 +3,8 @@
 #include "esquema/esquema_modelo.h"
 #include "esquema/esquema_xsd.h"
 #include "suporte/suporte.h"
+#include "xml/schema/schema_messages.h"
+#include "xml/schema/schema_set.h"
 
 #include <gmock/gmock.h>
 
@@ -62,6 +64,24 @@ bool Wanted(const std::string& file, const TDiferenca& difference) {
             (difference.Caminho.ends_with(deviation.Onde) || difference.Publicado == deviation.Onde))
             return true;
     return false;
+}
+
+TEST_F(TEsquemasGerados, CadaPadraoTemUmaFraseSemExpressaoRegular) {
+    std::set<std::string> patterns;
+    for (const auto& [name, file] : files_) {
+        const auto set = TSchemaSet::Load(folder_->Path() / name);
+        for (const auto& type : set->SimpleTypes())
+            for (const TSchemaPattern& pattern : type->Facets.Patterns)
+                patterns.insert(pattern.Text);
+    }
+    EXPECT_GE(patterns.size(), 16U);
+    for (const std::string& pattern : patterns) {
+        TSchemaFault fault;
+        fault.Code = TSchemaFaultCode::WrongPattern;
+        fault.Name = "x";
+        fault.Bound = pattern;
+        EXPECT_EQ(TSchemaMessages::Sentence(fault).find(pattern), std::string::npos) << pattern;
+    }
 }
 
 TEST_F(TEsquemasGerados, SaoIguaisAosPublicados) {

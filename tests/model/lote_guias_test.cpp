@@ -240,14 +240,19 @@ TEST(LoteGuias, ElementosDeOutrasVersoesNaoSaoGuias) {
     const std::pair<std::string_view, std::string_view> kCasos[] = {
         {"2.02.03", "guias(guiaConsulta(observacao=x))"},
         {"2.02.03", "guiasTISS(guiaConsulta(observacao=x))"},
-        {"2.02.03", "guias(guiaFaturamento(guiaSP-SADT(observacao=x)))"},
         {"3.00.00", "guiasTISS(guiaHonorarios(observacao=x))"},
         {"3.02.00", "guiasTISS(guiaHonorarioIndividual(observacao=x))"},
         {"4.00.00", "guiasTISS(guiaFaturamento(guiaConsulta(observacao=x)))"},
-        {"4.00.00", "guiasTISS(guiaSP_SADT(observacao=x))"},
     };
     for (const auto& [versao, lote] : kCasos)
         EXPECT_EQ(Mensagem(versao, Xml(lote))->LoteGuias().QtdGuias(), 0) << versao << " " << lote;
+    // A slip in a name hides no guide.
+    for (const auto& lote :
+         {"guiasTISS(guiaSP_SADT(observacao=x))", "guiastiss(GUIASP-SADT(observacao=x))"}) {
+        const auto mensagem = Mensagem("4.00.00", Xml(lote));
+        ASSERT_EQ(mensagem->LoteGuias().QtdGuias(), 1) << lote;
+        EXPECT_EQ(mensagem->LoteGuias().TipoGuia(), TEnumTipoGuia::tgSPSADT) << lote;
+    }
 }
 
 std::string Numerada(std::string_view elemento, std::string_view cabecalho, std::string_view numero) {

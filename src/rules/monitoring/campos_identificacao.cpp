@@ -55,7 +55,7 @@ void TCartaoNacionalSaudeRule::Check(const TGuiaFields& guia) {
     const TXmlField& card = guia.NumeroCartaoNacionalSaude;
     if (card.Present() && !TDocumentsValidation::IsValidCNS(card.Text()))
         AddError(guia, card,
-                 fmt::format("O número do cartão nacional de saúde \"{}\" está inválido.", card.Text()));
+                 fmt::format("O número do cartão nacional de saúde \"{}\" está inválido.", card.Shown()));
 }
 
 void TSexoRule::Check(const TGuiaFields& guia) {

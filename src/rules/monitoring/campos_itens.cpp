@@ -3,6 +3,7 @@
 #include "rules/documents/documents_validation.h"
 #include "rules/tuss_validation.h"
 #include "sistema/format_settings.h"
+#include "xml/cut_text.h"
 
 #include <fmt/format.h>
 
@@ -97,7 +98,7 @@ void TGrupoProcedimentoRule::Check(const TGuiaFields& guia) {
                 guia, group,
                 fmt::format("O grupo de procedimento {} está repetido nesse lançamento. Não pode haver, em "
                             "um mesmo lançamento, repetição de grupo de procedimento ou item assistencial.",
-                            group.Text()));
+                            group.Shown()));
     }
 }
 
@@ -124,7 +125,7 @@ void TCodigoProcedimentoRule::Check(const TGuiaFields& guia) {
                          "O código de procedimento {} da tabela {} está repetido nesse lançamento. Não "
                          "pode haver, em um mesmo lançamento, repetição de códigos de procedimento ou item "
                          "assistencial da mesma tabela de referência.",
-                         code.Text(), table));
+                         code.Shown(), CutText(table, kShownFound)));
     }
 }
 
@@ -142,7 +143,7 @@ void TCnpjFornecedorRule::Check(const TGuiaFields& guia) {
             AddError(
                 guia, item.CNPJFornecedor,
                 fmt::format("O CNPJ do fornecedor do item assistencial está inválido. Valor encontrado: {}.",
-                            item.CNPJFornecedor.Text()));
+                            item.CNPJFornecedor.Shown()));
 }
 
 void TPacoteRule::Check(const TGuiaFields& guia) {
@@ -193,7 +194,7 @@ void TPacoteProcedimentoRule::CheckPacote(const TGuiaFields& guia, const TItemFi
                      fmt::format("O código de procedimento {} da tabela {} está repetido no pacote. Não pode "
                                  "haver, em um mesmo pacote, repetição de códigos de procedimento ou item "
                                  "assistencial da mesma tabela de referência (campo 077).",
-                                 code.Text(), table));
+                                 code.Shown(), CutText(table, kShownFound)));
     }
 }
 

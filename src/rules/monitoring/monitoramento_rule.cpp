@@ -27,8 +27,8 @@ std::shared_ptr<TLoteGuiasMonitoramentoValidationMessage>
 TCampoMonitoramentoValidation::NewError(const TGuiaFields& guia, const TXmlField& place,
                                         std::string reason) const {
     return TLoteGuiasMonitoramentoValidationMessage::CreateError(
-        this, Campo(), std::string(guia.Guia.Identificacao()), std::move(reason), std::string(place.Text()),
-        place.Line(), place.LinePos(), place.FilePos());
+        this, Campo(), std::string(guia.Guia.Identificacao()), std::move(reason), place.Shown(), place.Line(),
+        place.LinePos(), place.FilePos());
 }
 
 void TCampoMonitoramentoValidation::AddError(const TGuiaFields& guia, const TXmlField& place,

@@ -1,10 +1,15 @@
 #include "xml/bindings/xml_field.h"
 
 #include "sistema/format_settings.h"
+#include "xml/cut_text.h"
 
 #include <charconv>
 
 namespace conferix {
+
+std::string TXmlField::Shown() const {
+    return CutText(Text(), kShownFound);
+}
 
 std::optional<double> TXmlField::Number() const {
     return node_ != nullptr ? ParseDecimal(node_->Value()) : std::nullopt;

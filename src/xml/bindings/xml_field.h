@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace conferix {
@@ -23,6 +24,8 @@ class TXmlField {
 
     /// The text exactly as it stands in the file; empty when absent.
     std::string_view Text() const { return ValueOf(node_); }
+    /// The text as messages quote it, cut when it is very long.
+    std::string Shown() const;
     /// The value of an xs:decimal; nothing when absent or no number.
     std::optional<double> Number() const;
     /// The value of an xs:integer; nothing when absent or no whole number of 64 bits.

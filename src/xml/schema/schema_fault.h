@@ -17,11 +17,17 @@ enum class TSchemaFaultCode : std::uint8_t {
     UnknownElement,
     WrongCase,        ///< the parent knows the name in other upper and lower case letters
     WrongNamespace,   ///< the parent knows the name in another namespace
+    Misspelled,       ///< the parent knows a name that looks like it
+    RenamedElement,   ///< the name is that of another version of the schema
     UndeclaredByName, ///< a strict wildcard admits the namespace, but no schema declares the element
     OutOfOrder,
+    WrongSequence,    ///< many children are out of order
+    OutsideElement,   ///< it belongs in an element that stands beside it
+    MissingWrapper,   ///< children stand without the element that should be around them
     ExclusiveElement, ///< excludes, or is excluded by, another element that is there
     MissingElement,
-    MissingChoice, ///< one of several elements is missing
+    MissingSeveral, ///< several elements are missing at one place
+    MissingChoice,  ///< one of several elements is missing
     TooMany,
     TooFew,
     TextNotAllowed,
@@ -36,6 +42,7 @@ enum class TSchemaFaultCode : std::uint8_t {
     NilWithContent,
     DuplicateId,
     EmptyValue,
+    SpaceAround, ///< the value is right but for white space before or after it
     NotInList,
     TooLong,
     TooShort,
@@ -65,15 +72,16 @@ struct TSchemaFault {
     const TXmlNode* Node =
         nullptr; ///< for a missing element, the sibling before which it belongs or the parent
     const TXmlAttribute* Attribute = nullptr; ///< null when the fault is one of an element
-    std::int32_t Line = 0;                    ///< of the node's start tag, 1-based
+    std::int32_t Line = 0;                    ///< of the node's start tag or of stray text, 1-based
     std::int32_t LinePos = 0;                 ///< 1-based, in characters
     std::int32_t FilePos = 0;                 ///< 0-based, in characters
     std::string Name;                         ///< the element or attribute at fault
     std::string Parent;                       ///< the element in which it stands
     std::string Found;                        ///< value, prefix or namespace found
     std::string Before;                       ///< the sibling before which it belongs; empty: at the end
-    std::string Bound;                        ///< bound, pattern or value demanded
+    std::string Bound;                        ///< bound, pattern, name or value demanded
     std::vector<std::string> Expected;        ///< elements or codes expected; of codes, the first ten
+    std::vector<std::string> Similar;         ///< codes like the value found, the nearest first
     std::int64_t Count = 0; ///< occurrences, length or digits found; size of the list of codes
     std::int64_t Limit = 0; ///< occurrences, length or digits allowed
 

@@ -1,6 +1,6 @@
 #include "xml/schema/schema_messages.h"
 
-#include "xml/xml_node.h"
+#include "xml/cut_text.h"
 
 #include <algorithm>
 #include <cassert>
@@ -10,15 +10,15 @@ namespace conferix {
 
 namespace {
 
-constexpr std::size_t kShownValue = 60;
 constexpr std::size_t kShownNames = 10;
+constexpr std::size_t kShownSequence = 60;
 
 std::string Tag(std::string_view name) {
-    return name == "*" ? std::string("um elemento de outro namespace") : "<" + std::string(name) + ">";
+    return name == "*" ? std::string("um elemento de outro namespace") : "<" + CutText(name) + ">";
 }
 
 std::string Quote(std::string_view text) {
-    return "\"" + CutText(TrimXmlSpace(text), kShownValue) + "\"";
+    return QuoteText(text);
 }
 
 std::string In(const TSchemaFault& fault) {
@@ -30,21 +30,58 @@ std::string Number(std::int64_t count, std::string_view one, std::string_view ma
 }
 
 /// "<a>, <b> ou <c>"; a long list is cut and says so.
-std::string Tags(const std::vector<std::string>& names) {
+std::string Tags(const std::vector<std::string>& names, std::string_view beforeLast = " ou ",
+                 std::size_t most = kShownNames) {
     std::string result;
-    const std::size_t shown = std::min(names.size(), kShownNames);
+    const std::size_t shown = std::min(names.size(), most);
     for (std::size_t i = 0; i < shown; ++i) {
         const bool last = i + 1 == names.size();
-        result += (i == 0 ? "" : last ? " ou " : ", ") + Tag(names[i]);
+        result.append(i == 0 ? std::string_view{} : last ? beforeLast : ", ").append(Tag(names[i]));
     }
     return names.size() > shown ? result + " e outros" : result;
 }
+
+std::string Codes(const std::vector<std::string>& codes) {
+    std::string result;
+    for (const std::string& code : codes)
+        result += (result.empty() ? "" : ", ") + (code.empty() ? std::string("(vazio)") : CutText(code));
+    return result;
+}
+
+/// What a value has to look like, by the pattern that demands it; the standard's schemas have these.
+struct TPatternWords {
+    std::string_view Pattern;
+    std::string_view Words;
+};
+constexpr TPatternWords kPatternWords[] = {
+    {"[0-9]{14}", "deve ter 14 algarismos, sem pontos, barra ou hífen"},
+    {"[0-9]{11}", "deve ter 11 algarismos, sem pontos ou hífen"},
+    {"[0-9]{11,14}", "deve ter de 11 a 14 algarismos, sem pontos, barra ou hífen"},
+    {"[0-9]{6}", "deve ter 6 algarismos"},
+    {"[0-9]{3}", "deve ter 3 algarismos"},
+    {"[0-9]{1,7}", "deve ter de 1 a 7 algarismos, e nada além deles"},
+    {"[0-9]{1,15}", "deve ter de 1 a 15 algarismos, e nada além deles"},
+    {"[0-9]{4}[0-9]{2}", "deve ser ano e mês, AAAAMM, por exemplo 202309"},
+    {"[0-9]{2}:[0-9]{2}", "deve ser hora e minuto, HH:MM, por exemplo 14:30"},
+    {"[0-9]{2}/[0-9]{2}/[0-9]{4}", "deve ser dia, mês e ano, DD/MM/AAAA, por exemplo 15/03/2024"},
+    {"[0-9]{2}/[0-9]{2}/[0-9]{4}H[0-9]{2}:[0-9]{2}",
+     "deve ser data e hora com a letra H entre elas, por exemplo 15/03/2024H14:30"},
+    {"[A-Z0-9]{12}[0-9]{2}", "deve ter 14 caracteres, sem pontos, barra ou hífen: 12 algarismos ou letras "
+                             "maiúsculas e, no fim, 2 algarismos"},
+    {"[A-Z0-9]{12}[0-9]{2}|[0-9]{11}",
+     "deve ser um CNPJ (12 algarismos ou letras maiúsculas e, no fim, 2 algarismos) ou um CPF (11 "
+     "algarismos), sem pontos, barra ou hífen"},
+    {"[a-zA-Z0-9]+", "deve ter só letras sem acento e algarismos, sem espaços nem sinais"},
+    {"[a-zA-Z0-9]{1,10}", "deve ter de 1 a 10 letras sem acento ou algarismos, sem espaços nem sinais"},
+    {"[a-zA-Z0-9]{1,20}", "deve ter de 1 a 20 letras sem acento ou algarismos, sem espaços nem sinais"},
+    {"[OLMVDIP]{1,5}", "deve ter de 1 a 5 das letras O, L, M, V, D, I e P, maiúsculas e sem espaços"},
+};
 
 /// What a sentence about a value speaks of: "O elemento <x>" or "O atributo "a" de <x>".
 std::string Subject(const TSchemaFault& fault) {
     if (fault.Attribute == nullptr)
         return "O elemento " + Tag(fault.Name);
-    return "O atributo \"" + fault.Name + "\" de " + Tag(fault.Parent);
+    return "O atributo " + Quote(fault.Name) + " de " + Tag(fault.Parent);
 }
 
 /// "O valor "v" de <x>" or "O valor "v" do atributo "a" de <x>".
@@ -52,7 +89,7 @@ std::string ValueOfSubject(const TSchemaFault& fault) {
     const std::string value = "O valor " + Quote(fault.Found);
     if (fault.Attribute == nullptr)
         return value + " de " + Tag(fault.Name);
-    return value + " do atributo \"" + fault.Name + "\" de " + Tag(fault.Parent);
+    return value + " do atributo " + Quote(fault.Name) + " de " + Tag(fault.Parent);
 }
 
 // ---- structure
@@ -64,7 +101,7 @@ std::string UnknownRoot(const TSchemaFault& fault) {
 
 std::string UndeclaredPrefix(const TSchemaFault& fault) {
     return "O prefixo " + Quote(fault.Found) + ", usado em " + Tag(fault.Name) +
-           ", não foi declarado: falta o atributo xmlns:" + CutText(fault.Found, kShownValue) + ".";
+           ", não foi declarado: falta o atributo xmlns:" + CutText(fault.Found) + ".";
 }
 
 std::string UnknownElement(const TSchemaFault& fault) {
@@ -87,6 +124,16 @@ std::string WrongNamespace(const TSchemaFault& fault) {
            "\".";
 }
 
+std::string Misspelled(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + " não é conhecido" + In(fault) + ". O nome certo parece ser " +
+           Tag(fault.Bound) + ".";
+}
+
+std::string RenamedElement(const TSchemaFault& fault) {
+    return "No lugar de " + Tag(fault.Name) + In(fault) + " deve estar " + Tag(fault.Bound) +
+           ", o nome nesta versão.";
+}
+
 std::string UndeclaredByName(const TSchemaFault& fault) {
     return "O elemento " + Tag(fault.Name) + In(fault) + " não está descrito em nenhum esquema.";
 }
@@ -94,6 +141,25 @@ std::string UndeclaredByName(const TSchemaFault& fault) {
 std::string OutOfOrder(const TSchemaFault& fault) {
     return "O elemento " + Tag(fault.Name) + " está fora de ordem" + In(fault) + ": deve vir " +
            (fault.Before.empty() ? std::string("por último") : "antes de " + Tag(fault.Before)) + ".";
+}
+
+std::string WrongSequence(const TSchemaFault& fault) {
+    return "Os elementos" + In(fault) +
+           " estão fora de ordem. A ordem certa é: " + Tags(fault.Expected, ", ", kShownSequence) + ".";
+}
+
+std::string OutsideElement(const TSchemaFault& fault) {
+    return "O elemento " + Tag(fault.Name) + " está fora de " + Tag(fault.Bound) + ", onde deve ficar.";
+}
+
+std::string MissingWrapper(const TSchemaFault& fault) {
+    const std::string first = Tag(fault.Expected.front());
+    const std::string last = Tag(fault.Expected.back());
+    const std::string inside = fault.Count == 1   ? first
+                               : first == last    ? first + " (" + std::to_string(fault.Count) + " vezes)"
+                               : fault.Count == 2 ? first + " e " + last
+                                                  : first + " ... " + last;
+    return "Falta " + Tag(fault.Name) + " em volta de " + inside + In(fault) + ".";
 }
 
 std::string ExclusiveElement(const TSchemaFault& fault) {
@@ -107,6 +173,11 @@ std::string Place(const TSchemaFault& fault) {
 
 std::string MissingElement(const TSchemaFault& fault) {
     return (fault.Name == "*" ? "Falta " : "Falta o elemento obrigatório ") + Tag(fault.Name) + Place(fault);
+}
+
+std::string MissingSeveral(const TSchemaFault& fault) {
+    return "Faltam" + In(fault) + (fault.Before.empty() ? "" : ", antes de " + Tag(fault.Before)) + ": " +
+           Tags(fault.Expected, " e ", kShownSequence) + ".";
 }
 
 std::string MissingChoice(const TSchemaFault& fault) {
@@ -136,15 +207,12 @@ std::string ElementInSimpleType(const TSchemaFault& fault) {
 }
 
 std::string UnknownAttribute(const TSchemaFault& fault) {
-    std::string names;
-    for (const std::string& name : fault.Expected)
-        names += (names.empty() ? "" : ", ") + name;
-    return "O atributo \"" + fault.Name + "\" não é conhecido" + In(fault) + "." +
-           (names.empty() ? "" : " Atributos possíveis: " + names + ".");
+    return "O atributo " + Quote(fault.Name) + " não é conhecido" + In(fault) + "." +
+           (fault.Expected.empty() ? "" : " Atributos possíveis: " + Codes(fault.Expected) + ".");
 }
 
 std::string MissingAttribute(const TSchemaFault& fault) {
-    return "Falta o atributo obrigatório \"" + fault.Name + "\"" + In(fault) + ".";
+    return "Falta o atributo obrigatório " + Quote(fault.Name) + In(fault) + ".";
 }
 
 std::string FixedValue(const TSchemaFault& fault) {
@@ -179,14 +247,22 @@ std::string EmptyValue(const TSchemaFault& fault) {
     return Subject(fault) + " está vazio.";
 }
 
+std::string SpaceAround(const TSchemaFault& fault) {
+    return "O valor " +
+           (fault.Attribute == nullptr ? "de " + Tag(fault.Name)
+                                       : "do atributo " + Quote(fault.Name) + " de " + Tag(fault.Parent)) +
+           " tem espaço ou quebra de linha antes ou depois: escreva " + Quote(fault.Bound) + ".";
+}
+
 std::string NotInList(const TSchemaFault& fault) {
-    std::string codes;
-    for (const std::string& code : fault.Expected)
-        codes += (codes.empty() ? "" : ", ") +
-                 (code.empty() ? std::string("(vazio)") : CutText(code, kShownValue));
+    const std::string outside = ValueOfSubject(fault) + " não está na lista de códigos permitidos";
+    if (!fault.Bound.empty())
+        return outside + ": escreva " + Quote(fault.Bound) + ".";
+    const std::string count = " (" + Number(fault.Count, "código", "códigos") + ")";
     const bool all = static_cast<std::int64_t>(fault.Expected.size()) == fault.Count;
-    return ValueOfSubject(fault) + " não está na lista de códigos permitidos (" +
-           Number(fault.Count, "código", "códigos") + "): " + codes + (all ? "." : "...");
+    if (!all && !fault.Similar.empty())
+        return outside + count + ". Parecidos: " + Codes(fault.Similar) + ".";
+    return outside + count + ": " + Codes(fault.Expected) + (all ? "." : "...");
 }
 
 std::string Length(const TSchemaFault& fault, std::string_view what, std::string_view limit) {
@@ -229,8 +305,11 @@ std::string AboveMaximum(const TSchemaFault& fault) {
 }
 
 std::string WrongPattern(const TSchemaFault& fault) {
-    return ValueOfSubject(fault) + " não tem o formato exigido: " + CutText(fault.Bound, 2 * kShownValue) +
-           ".";
+    const auto* words = std::find_if(std::begin(kPatternWords), std::end(kPatternWords),
+                                     [&](const TPatternWords& row) { return row.Pattern == fault.Bound; });
+    if (words != std::end(kPatternWords))
+        return ValueOfSubject(fault) + " " + std::string(words->Words) + ".";
+    return ValueOfSubject(fault) + " não tem o formato exigido: " + CutText(fault.Bound) + ".";
 }
 
 /// "O valor "x" de <y> não é uma data válida. Esperado: AAAA-MM-DD, por exemplo 2024-03-15."
@@ -274,10 +353,16 @@ constexpr TEntry kCatalogue[] = {
     {TSchemaFaultCode::UnknownElement, UnknownElement},
     {TSchemaFaultCode::WrongCase, WrongCase},
     {TSchemaFaultCode::WrongNamespace, WrongNamespace},
+    {TSchemaFaultCode::Misspelled, Misspelled},
+    {TSchemaFaultCode::RenamedElement, RenamedElement},
     {TSchemaFaultCode::UndeclaredByName, UndeclaredByName},
     {TSchemaFaultCode::OutOfOrder, OutOfOrder},
+    {TSchemaFaultCode::WrongSequence, WrongSequence},
+    {TSchemaFaultCode::OutsideElement, OutsideElement},
+    {TSchemaFaultCode::MissingWrapper, MissingWrapper},
     {TSchemaFaultCode::ExclusiveElement, ExclusiveElement},
     {TSchemaFaultCode::MissingElement, MissingElement},
+    {TSchemaFaultCode::MissingSeveral, MissingSeveral},
     {TSchemaFaultCode::MissingChoice, MissingChoice},
     {TSchemaFaultCode::TooMany, TooMany},
     {TSchemaFaultCode::TooFew, TooFew},
@@ -293,6 +378,7 @@ constexpr TEntry kCatalogue[] = {
     {TSchemaFaultCode::NilWithContent, NilWithContent},
     {TSchemaFaultCode::DuplicateId, DuplicateId},
     {TSchemaFaultCode::EmptyValue, EmptyValue},
+    {TSchemaFaultCode::SpaceAround, SpaceAround},
     {TSchemaFaultCode::NotInList, NotInList},
     {TSchemaFaultCode::TooLong, TooLong},
     {TSchemaFaultCode::TooShort, TooShort},
@@ -322,16 +408,6 @@ std::string TSchemaMessages::Sentence(const TSchemaFault& fault) {
                                      [&](const TEntry& candidate) { return candidate.Code == fault.Code; });
     assert(entry != std::end(kCatalogue));
     return entry->Sentence(fault);
-}
-
-std::string CutText(std::string_view text, std::size_t characters) {
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool starts = (static_cast<unsigned char>(text[i]) & 0xC0) != 0x80;
-        if (starts && count++ == characters)
-            return std::string(text.substr(0, i)) + "...";
-    }
-    return std::string(text);
 }
 
 } // namespace conferix

@@ -1,5 +1,6 @@
 #include "xml/schema/schema_recovery.h"
 
+#include "xml/name_likeness.h"
 #include "xml/xml_node.h"
 
 #include <algorithm>
@@ -12,49 +13,20 @@ namespace {
 
 constexpr std::uint32_t kNone = 0xFFFFFFFF;
 constexpr std::size_t kMaxCells = 2'000'000;
-constexpr std::size_t kMaxComparedName = 64;
 constexpr std::size_t kMissingSearched = 200;
-
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool SameButForCase(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return Lower(a) == Lower(b); });
-}
-
-/// True for names that differ by at most two typing slips.
-bool LooksLike(std::string_view left, std::string_view right) {
-    if (SameButForCase(left, right))
-        return true;
-    const std::size_t shorter = std::min(left.size(), right.size());
-    const std::size_t longer = std::max(left.size(), right.size());
-    const std::size_t slips = shorter < 6 ? 1 : 2;
-    if (shorter < 4 || longer > kMaxComparedName || longer - shorter > slips)
-        return false;
-    std::vector<std::size_t> row(right.size() + 1);
-    for (std::size_t j = 0; j < row.size(); ++j)
-        row[j] = j;
-    for (std::size_t i = 1; i <= left.size(); ++i) {
-        std::size_t diagonal = row[0];
-        row[0] = i;
-        for (std::size_t j = 1; j <= right.size(); ++j) {
-            const std::size_t changed = diagonal + (Lower(left[i - 1]) == Lower(right[j - 1]) ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, changed});
-        }
-    }
-    return row.back() <= slips;
-}
+constexpr std::size_t kSiblingsSearched = 8;
+/// From so many elements out of order on, the right order is told instead of each place.
+constexpr std::size_t kOrderTold = 3;
 
 /// A run of children of one name that a content model places together.
 struct TItem {
     std::uint32_t First = 0; ///< index of the first child
     std::uint32_t Count = 1;
     std::vector<std::uint32_t> Candidates; ///< positions of the model that take it; empty: unknown
-    std::uint32_t Position = kNone;        ///< the one chosen; none for a displaced item
-    std::uint32_t Before = kNone;          ///< the nearest items in place around it
+    TSchemaMisnaming Misnaming = TSchemaMisnaming::None;
+    bool Unjudged = false;          ///< what it was meant to be cannot be told
+    std::uint32_t Position = kNone; ///< the one chosen; none for a displaced item
+    std::uint32_t Before = kNone;   ///< the nearest items in place around it
     std::uint32_t After = kNone;
     std::uint32_t Stretch =
         0; ///< occurrences in place up to this item without another element in place between
@@ -83,13 +55,55 @@ struct TCost {
     }
 };
 
+bool IsGuess(TSchemaMisnaming misnaming) {
+    return misnaming == TSchemaMisnaming::Spelling || misnaming == TSchemaMisnaming::Renamed;
+}
+
+/// The type of an element with child elements, else null.
+const TSchemaComplexType* ContainerType(const TSchemaElement* element) {
+    const TSchemaComplexType* type = element != nullptr ? element->ComplexType : nullptr;
+    return type != nullptr && type->Content == TSchemaContent::ElementOnly ? type : nullptr;
+}
+
+const TSchemaPosition* PositionOf(const TSchemaComplexType& type, std::uint32_t symbol) {
+    if (symbol == kSchemaNoSymbol)
+        return nullptr;
+    const auto& positions = type.Automaton.Positions;
+    const auto found = std::find_if(positions.begin(), positions.end(), [symbol](const TSchemaPosition& p) {
+        return p.Element != nullptr && p.Element->Symbol == symbol;
+    });
+    return found != positions.end() ? &*found : nullptr;
+}
+
+/// True when an element could be a child under a mistaken name: a value for a value, and of a container at
+/// least one child that it knows.
+bool Resembles(const TSchemaElement& element, const TXmlNode& node) {
+    const TXmlNode* first = node.FirstChildTag();
+    const TSchemaComplexType* type = ContainerType(&element);
+    if (type == nullptr || first == nullptr)
+        return (type == nullptr) == (first == nullptr);
+    return std::ranges::any_of(node.ChildTags(), [type](const TXmlNode& child) {
+        return std::ranges::any_of(type->Automaton.Positions, [&child](const TSchemaPosition& position) {
+            return position.Element != nullptr && position.Element->Name == child.LocalName();
+        });
+    });
+}
+
+/// The content to be explained: that of an element, or what should stand in an element that is missing.
+struct TContent {
+    const TSchemaComplexType& Type;
+    std::string_view ParentName;
+    const TXmlNode& Place; ///< where missing elements are reported when they belong at the end
+    std::span<const TSchemaChild> Children;
+    std::optional<std::uint32_t> Forgiven;
+};
+
 class TContentRecovery {
   public:
-    TContentRecovery(const TSchemaSet& set, const TSchemaComplexType& type, TSchemaDistances& distances,
-                     const TXmlNode& parent, std::span<const TSchemaChild> children,
-                     std::vector<TSchemaFault>& faults)
-        : set_(set), automaton_(type.Automaton), distances_(distances), parent_(parent), children_(children),
-          faults_(faults) {}
+    TContentRecovery(TSchemaRecovery& owner, const TContent& content, std::vector<TSchemaFault>& faults)
+        : owner_(owner), content_(content), automaton_(content.Type.Automaton),
+          distances_(owner.DistancesOf(automaton_)), children_(content.Children), faults_(faults),
+          decisions_(content.Children.size()) {}
 
     std::vector<TSchemaDecision> Run() {
         MakeItems();
@@ -100,9 +114,12 @@ class TContentRecovery {
             ReportCounts();
         }
         SummarizePlaced();
+        FindMisplaced();
         ReportItems();
+        ReportOrder();
         ReportMissing();
-        return Decisions();
+        Decide();
+        return std::move(decisions_);
     }
 
   private:
@@ -112,14 +129,16 @@ class TContentRecovery {
         std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> bySymbol;
         for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
             bySymbol[automaton_.Positions[p].Symbol()].push_back(p);
-        std::uint32_t last = kSchemaNoSymbol;
+        const TXmlName* last = nullptr;
         for (std::uint32_t i = 0; i < children_.size(); ++i) {
             const TSchemaName& name = children_[i].Name;
-            if (name.Symbol != kSchemaNoSymbol && name.Symbol == last &&
-                items_.back().Candidates.size() == 1 && !automaton_.IsAll) {
+            const TXmlName* written = &children_[i].Node->Name();
+            if (written == last && items_.back().Candidates.size() == 1 && !automaton_.IsAll &&
+                children_[i - 1].Name.Symbol == name.Symbol) {
                 ++items_.back().Count;
                 continue;
             }
+            last = written;
             TItem item;
             item.First = i;
             if (const auto known = bySymbol.find(name.Symbol);
@@ -129,7 +148,11 @@ class TContentRecovery {
                 for (const std::uint32_t p : bySymbol[kSchemaWildcardSymbol])
                     if (automaton_.Positions[p].Wildcard->Admits(name.Namespace))
                         item.Candidates.push_back(p);
-            last = name.Symbol;
+            if (item.Candidates.empty()) {
+                const TSchemaMeaning& meaning = owner_.MeaningOf(automaton_, children_[i], content_.Forgiven);
+                item.Candidates = meaning.Positions;
+                item.Misnaming = meaning.Misnaming;
+            }
             items_.push_back(std::move(item));
         }
     }
@@ -184,7 +207,8 @@ class TContentRecovery {
             for (const std::uint32_t p : items[i]->Candidates) {
                 const auto at = static_cast<std::size_t>(
                     std::lower_bound(states.begin(), states.end(), p + 1) - states.begin());
-                const std::uint32_t surplus = items[i]->Count > 1 && !Repeats(p) ? 1 : 0;
+                const std::uint32_t surplus =
+                    (items[i]->Count > 1 && !Repeats(p) ? 1U : 0U) + (IsGuess(items[i]->Misnaming) ? 1U : 0U);
                 TCost kept;
                 std::uint32_t from = kDropped;
                 for (std::uint32_t s = 0; s < width; ++s) {
@@ -301,7 +325,7 @@ class TContentRecovery {
     TSchemaFault& Add(TSchemaFaultCode code, const TXmlNode& node, std::string_view name) {
         TSchemaFault& fault = faults_.emplace_back(MakeSchemaFault(code, node));
         fault.Name = name;
-        fault.Parent = parent_.LocalName();
+        fault.Parent = content_.ParentName;
         return fault;
     }
 
@@ -371,15 +395,194 @@ class TContentRecovery {
         }
     }
 
-    void ReportItems() {
-        for (const TItem& item : items_) {
-            if (item.Position != kNone)
+    // ---- children that stand beside the element in which they belong
+
+    /// Gives the unknown children that some other element of the model would take to that element: to one
+    /// that is missing around them, or to a sibling in which they are missing.
+    void FindMisplaced() {
+        for (std::size_t i = 0; i < items_.size();) {
+            if (!items_[i].Candidates.empty()) {
+                ++i;
                 continue;
-            if (item.Candidates.empty() || automaton_.Positions[item.Candidates.front()].Element == nullptr)
+            }
+            std::size_t taken = TakeIntoWrapper(i, true);
+            if (taken == 0)
+                taken = TakeIntoSibling(i) ? 1 : 0;
+            if (taken == 0)
+                taken = TakeIntoWrapper(i, false);
+            i += std::max<std::size_t>(1, taken);
+        }
+    }
+
+    /// The number of unknown items from `first` on that an element knows as its children.
+    std::size_t RunKnownTo(const TSchemaComplexType& type, std::size_t first) const {
+        std::size_t count = 0;
+        while (first + count < items_.size() && items_[first + count].Candidates.empty() &&
+               PositionOf(type, children_[items_[first + count].First].Name.Symbol) != nullptr)
+            ++count;
+        return count;
+    }
+
+    /// Looks for an element of which the children stand here without it; answers how many items it takes.
+    std::size_t TakeIntoWrapper(std::size_t first, bool mandatory) {
+        TMissing* missing = nullptr;
+        std::uint32_t wrapper = kNone;
+        std::size_t count = 0;
+        const auto consider = [&](std::uint32_t p, TMissing* entry) {
+            const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
+            const std::size_t run = type != nullptr ? RunKnownTo(*type, first) : 0;
+            if (run <= count || (entry == nullptr && run < 2))
+                return;
+            count = run;
+            wrapper = p;
+            missing = entry;
+        };
+        if (mandatory) {
+            for (TMissing& entry : std::span(missing_).first(std::min(missing_.size(), kMissingSearched)))
+                if (!entry.Explained)
+                    for (const std::uint32_t p : entry.Alternatives)
+                        consider(p, &entry);
+        } else {
+            for (const std::uint32_t p : ExpectedPositions(items_[first]))
+                consider(p, nullptr);
+        }
+        if (wrapper == kNone)
+            return 0;
+        if (missing != nullptr)
+            missing->Explained = true;
+        const TSchemaElement& element = *automaton_.Positions[wrapper].Element;
+        const std::uint32_t from = items_[first].First;
+        const auto inside = children_.subspan(from, count);
+        TSchemaFault& fault = Add(TSchemaFaultCode::MissingWrapper, NodeOf(items_[first]), element.Name);
+        fault.Expected = {std::string(inside.front().Node->LocalName()),
+                          std::string(inside.back().Node->LocalName())};
+        fault.Count = static_cast<std::int64_t>(count);
+        const std::vector<TSchemaDecision> decisions =
+            TContentRecovery(
+                owner_, {*element.ComplexType, element.Name, *inside.front().Node, inside, content_.Forgiven},
+                faults_)
+                .Run();
+        std::copy(decisions.begin(), decisions.end(), decisions_.begin() + from);
+        for (std::size_t i = first; i < first + count; ++i)
+            items_[i].Unjudged = true;
+        return count;
+    }
+
+    bool TakeIntoSibling(std::size_t at) {
+        TItem& item = items_[at];
+        for (std::size_t step = 1; step <= kSiblingsSearched; ++step) {
+            if (step <= at && TakeInto(item, items_[at - step]))
+                return true;
+            if (at + step < items_.size() && TakeInto(item, items_[at + step]))
+                return true;
+        }
+        return false;
+    }
+
+    bool TakeInto(TItem& item, const TItem& sibling) {
+        if (sibling.Position == kNone)
+            return false;
+        const TSchemaComplexType* type = ContainerType(automaton_.Positions[sibling.Position].Element);
+        const TSchemaPosition* position =
+            type != nullptr ? PositionOf(*type, children_[item.First].Name.Symbol) : nullptr;
+        const TXmlNode& element = *children_[sibling.First].Node;
+        if (position == nullptr || element.Child(position->Element->Name) != nullptr)
+            return false;
+        Add(TSchemaFaultCode::OutsideElement, NodeOf(item), position->Element->Name).Bound =
+            element.LocalName();
+        owner_.Excuse(element, position->Element->Name);
+        RemoveMissing(element, position->Element->Name);
+        decisions_[item.First] = {position->Element, nullptr};
+        item.Unjudged = true;
+        return true;
+    }
+
+    /// Takes back that a child is missing in an element.
+    void RemoveMissing(const TXmlNode& element, const std::string& name) {
+        for (std::size_t i = faults_.size(); i > 0 && faults_[i - 1].FilePos >= element.FilePos(); --i) {
+            TSchemaFault& fault = faults_[i - 1];
+            if (fault.Node != &element && (fault.Node == nullptr || fault.Node->Parent() != &element))
+                continue;
+            const bool lists = fault.Code == TSchemaFaultCode::MissingSeveral ||
+                               fault.Code == TSchemaFaultCode::MissingChoice;
+            const bool listed =
+                std::find(fault.Expected.begin(), fault.Expected.end(), name) != fault.Expected.end();
+            const bool alone = fault.Code == TSchemaFaultCode::MissingElement && fault.Name == name;
+            if (!alone && !(lists && listed))
+                continue;
+            std::erase(fault.Expected, name);
+            if (fault.Code != TSchemaFaultCode::MissingSeveral) {
+                faults_.erase(faults_.begin() + static_cast<std::ptrdiff_t>(i - 1));
+            } else if (fault.Expected.size() == 1) {
+                fault.Code = TSchemaFaultCode::MissingElement;
+                fault.Name = fault.Expected.front();
+                fault.Expected.clear();
+            }
+            return;
+        }
+    }
+
+    // ---- the items one by one
+
+    void ReportItems() {
+        for (TItem& item : items_) {
+            if (item.Unjudged)
+                continue;
+            if (item.Position != kNone)
+                ReportNames(item);
+            else if (item.Misnaming != TSchemaMisnaming::None && !item.Candidates.empty())
+                ReportDisplacedMisnamed(item);
+            else if (item.Candidates.empty() ||
+                     automaton_.Positions[item.Candidates.front()].Element == nullptr)
                 ReportUnknown(item);
             else
                 ReportDisplaced(item);
         }
+    }
+
+    /// The name faults of the children of an item whose meaning is known.
+    void ReportNames(const TItem& item) {
+        if (item.Misnaming == TSchemaMisnaming::None || item.Misnaming == TSchemaMisnaming::Silent)
+            return;
+        const TSchemaElement& element =
+            *automaton_.Positions[item.Position != kNone ? item.Position : item.Candidates.front()].Element;
+        for (std::uint32_t i = item.First; i < item.First + item.Count; ++i) {
+            const TXmlNode& node = *children_[i].Node;
+            TSchemaFault& fault = Add(CodeOf(item.Misnaming), node, node.LocalName());
+            fault.Bound = item.Misnaming == TSchemaMisnaming::Namespace
+                              ? owner_.Set().NamespaceUri(element.Namespace)
+                              : element.Name;
+        }
+    }
+
+    static TSchemaFaultCode CodeOf(TSchemaMisnaming misnaming) {
+        switch (misnaming) {
+        case TSchemaMisnaming::Namespace:
+            return TSchemaFaultCode::WrongNamespace;
+        case TSchemaMisnaming::Case:
+            return TSchemaFaultCode::WrongCase;
+        case TSchemaMisnaming::Spelling:
+            return TSchemaFaultCode::Misspelled;
+        default:
+            return TSchemaFaultCode::RenamedElement;
+        }
+    }
+
+    /// A misnamed child that has no place here: a guess is dropped unless what was meant is missing.
+    void ReportDisplacedMisnamed(TItem& item) {
+        const TMissing* missing = TakeMissingOf(item);
+        if (missing == nullptr && IsGuess(item.Misnaming)) {
+            item.Unjudged = true;
+            ReportUnknown(item);
+        } else {
+            ReportNames(item);
+        }
+    }
+
+    const TMissing* TakeMissingOf(const TItem& item) {
+        return TakeMissing([&](std::uint32_t p) {
+            return std::find(item.Candidates.begin(), item.Candidates.end(), p) != item.Candidates.end();
+        });
     }
 
     /// The missing element of which one alternative fits, among those not explained yet; the search is
@@ -404,10 +607,7 @@ class TContentRecovery {
         const TSchemaPosition& particle = automaton_.Positions[own];
         const std::string& name = particle.Element->Name;
         // A displaced element is not missing at its right place too.
-        const TMissing* missing = TakeMissing([&](std::uint32_t p) {
-            return std::find(item.Candidates.begin(), item.Candidates.end(), p) != item.Candidates.end();
-        });
-        if (missing != nullptr)
+        if (const TMissing* missing = TakeMissingOf(item))
             return ReportOutOfOrder(item, name,
                                     missing->BeforeItem != kNone ? &items_[missing->BeforeItem] : nullptr);
         const TItem* excluder = nullptr;
@@ -436,59 +636,41 @@ class TContentRecovery {
     }
 
     void ReportOutOfOrder(const TItem& item, const std::string& name, const TItem* before) {
-        TSchemaFault& fault = Add(TSchemaFaultCode::OutOfOrder, NodeOf(item), name);
-        if (before != nullptr)
-            fault.Before = NodeOf(*before).LocalName();
+        outOfOrder_.push_back({&item, &name, before});
     }
 
-    void ReportUnknown(const TItem& item) {
-        const std::string_view local = NodeOf(item).LocalName();
-        const TSchemaElement* alike = nullptr;
-        for (const TSchemaPosition& position : automaton_.Positions)
-            if (position.Element != nullptr && SameButForCase(position.Element->Name, local) &&
-                (alike == nullptr || position.Element->Name == local))
-                alike = position.Element;
-        const std::string likely = TakeLikelyMissing(local);
-        const TSchemaName& name = children_[item.First].Name;
-        if (name.Undeclared)
-            return; // its prefix is the fault
-        if (alike != nullptr && alike->Namespace != name.Namespace) {
-            TSchemaFault& fault = Add(TSchemaFaultCode::WrongNamespace, NodeOf(item), local);
-            fault.Bound = set_.NamespaceUri(alike->Namespace);
-        } else if (alike != nullptr) {
-            Add(TSchemaFaultCode::WrongCase, NodeOf(item), local).Bound = alike->Name;
-        } else {
-            TSchemaFault& fault = Add(TSchemaFaultCode::UnknownElement, NodeOf(item), local);
-            fault.Expected = ExpectedAt(item);
-            if (!likely.empty()) {
-                std::erase(fault.Expected, likely);
-                fault.Expected.insert(fault.Expected.begin(), likely);
-            }
+    void ReportOrder() {
+        if (outOfOrder_.size() >= kOrderTold) {
+            TSchemaFault& fault = Add(TSchemaFaultCode::WrongSequence, NodeOf(*outOfOrder_.front().Item),
+                                      *outOfOrder_.front().Name);
+            std::set<std::uint32_t> present;
+            for (const TItem& item : items_)
+                if (item.Position != kNone)
+                    present.insert(item.Position);
+                else if (!item.Candidates.empty() && !item.Unjudged)
+                    present.insert(item.Candidates.front());
+            fault.Expected = NamesOf({present.begin(), present.end()});
+            return;
+        }
+        for (const TOutOfOrder& entry : outOfOrder_) {
+            TSchemaFault& fault = Add(TSchemaFaultCode::OutOfOrder, NodeOf(*entry.Item), *entry.Name);
+            if (entry.Before != nullptr)
+                fault.Before = NodeOf(*entry.Before).LocalName();
         }
     }
 
-    /// An element whose name was mistyped is not missing too.
-    std::string TakeLikelyMissing(std::string_view local) {
-        if (missing_.empty())
-            return {};
-        const auto [known, added] = likely_.try_emplace(local);
-        if (added)
-            for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
-                if (const TSchemaElement* element = automaton_.Positions[p].Element;
-                    element != nullptr && LooksLike(element->Name, local))
-                    known->second.push_back(p);
-        const std::vector<std::uint32_t>& likely = known->second;
-        const auto isLikely = [&](std::uint32_t p) {
-            return std::find(likely.begin(), likely.end(), p) != likely.end();
-        };
-        const TMissing* missing = likely.empty() ? nullptr : TakeMissing(isLikely);
-        if (missing == nullptr)
-            return {};
-        return NameOf(*std::find_if(missing->Alternatives.begin(), missing->Alternatives.end(), isLikely));
+    void ReportUnknown(const TItem& item) {
+        for (std::uint32_t i = item.First; i < item.First + item.Count; ++i) {
+            if (children_[i].Name.Undeclared)
+                continue; // its prefix is the fault
+            const TXmlNode& node = *children_[i].Node;
+            TSchemaFault& fault = Add(TSchemaFaultCode::UnknownElement, node, node.LocalName());
+            fault.Expected = NamesOf(ExpectedPositions(item));
+        }
     }
 
     /// What the model takes at the place of an item, as far as the rest of the content can still follow.
-    std::vector<std::string> ExpectedAt(const TItem& item) {
+    std::vector<std::uint32_t> ExpectedPositions(const TItem& item) {
         if (automaton_.IsAll)
             return ExpectedOfAll();
         const TItem* previous = item.Before != kNone ? &items_[item.Before] : nullptr;
@@ -501,62 +683,94 @@ class TContentRecovery {
             if (following == nullptr || p == following->Position ||
                 distances_.Reaches(p, following->Position))
                 expected.push_back(p);
-        return NamesOf(expected);
+        return expected;
     }
 
-    std::vector<std::string> ExpectedOfAll() const {
+    std::vector<std::uint32_t> ExpectedOfAll() const {
         std::vector<std::uint32_t> expected;
         for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
             if (std::none_of(items_.begin(), items_.end(),
                              [p](const TItem& item) { return item.Position == p; }))
                 expected.push_back(p);
-        return NamesOf(expected);
+        return expected;
     }
 
+    /// What is missing, all of one place together; of several that would do, one sentence each.
     void ReportMissing() {
-        for (const TMissing& entry : missing_) {
-            if (entry.Explained)
+        for (std::size_t i = 0; i < missing_.size(); ++i) {
+            const std::uint32_t beforeItem = missing_[i].BeforeItem;
+            if (missing_[i].Explained)
                 continue;
-            const bool atEnd = entry.BeforeItem == kNone;
-            const std::vector<std::string> names = NamesOf(entry.Alternatives);
-            const bool choice = names.size() > 1;
-            const TXmlNode& node = atEnd ? parent_ : NodeOf(items_[entry.BeforeItem]);
-            TSchemaFault& fault =
-                Add(choice ? TSchemaFaultCode::MissingChoice : TSchemaFaultCode::MissingElement, node,
-                    NameOf(entry.Position));
-            if (choice)
-                fault.Expected = names;
-            if (!atEnd)
-                fault.Before = node.LocalName();
+            std::vector<std::string> together;
+            for (std::size_t j = i; j < missing_.size() && missing_[j].BeforeItem == beforeItem; ++j)
+                if (!missing_[j].Explained && NamesOf(missing_[j].Alternatives).size() == 1) {
+                    missing_[j].Explained = true;
+                    if (std::string name = NameOf(missing_[j].Position);
+                        !owner_.IsExcused(content_.Place, name))
+                        together.push_back(std::move(name));
+                }
+            if (!together.empty()) {
+                TSchemaFault& fault = ReportMissingAt(together.size() > 1 ? TSchemaFaultCode::MissingSeveral
+                                                                          : TSchemaFaultCode::MissingElement,
+                                                      beforeItem, together.front());
+                if (together.size() > 1)
+                    fault.Expected = std::move(together);
+            }
+            for (std::size_t j = i; j < missing_.size() && missing_[j].BeforeItem == beforeItem; ++j)
+                if (!missing_[j].Explained) {
+                    missing_[j].Explained = true;
+                    std::vector<std::string> names = NamesOf(missing_[j].Alternatives);
+                    if (std::none_of(names.begin(), names.end(), [&](const std::string& name) {
+                            return owner_.IsExcused(content_.Place, name);
+                        }))
+                        ReportMissingAt(TSchemaFaultCode::MissingChoice, beforeItem,
+                                        NameOf(missing_[j].Position))
+                            .Expected = std::move(names);
+                }
         }
     }
 
-    std::vector<TSchemaDecision> Decisions() const {
-        std::vector<TSchemaDecision> decisions(children_.size());
+    TSchemaFault& ReportMissingAt(TSchemaFaultCode code, std::uint32_t beforeItem, std::string_view name) {
+        const bool atEnd = beforeItem == kNone;
+        const TXmlNode& node = atEnd ? content_.Place : NodeOf(items_[beforeItem]);
+        TSchemaFault& fault = Add(code, node, name);
+        if (!atEnd)
+            fault.Before = node.LocalName();
+        return fault;
+    }
+
+    void Decide() {
         for (const TItem& item : items_) {
             const bool placed = item.Position != kNone;
-            if (item.Candidates.empty())
+            if (item.Candidates.empty() || item.Unjudged)
                 continue;
             const TSchemaPosition& position =
                 automaton_.Positions[placed ? item.Position : item.Candidates.front()];
             for (std::uint32_t i = item.First; i < item.First + item.Count; ++i)
-                decisions[i] = {position.Element, placed ? position.Wildcard : nullptr};
+                decisions_[i] = {position.Element, placed ? position.Wildcard : nullptr,
+                                 position.Element != nullptr && !children_[i].Name.Undeclared &&
+                                     position.Element->Namespace != children_[i].Name.Namespace};
         }
-        return decisions;
     }
 
-    const TSchemaSet& set_;
+    struct TOutOfOrder {
+        const TItem* Item;
+        const std::string* Name;
+        const TItem* Before;
+    };
+
+    TSchemaRecovery& owner_;
+    TContent content_;
     const TSchemaAutomaton& automaton_;
     TSchemaDistances& distances_;
-    const TXmlNode& parent_;
     std::span<const TSchemaChild> children_;
     std::vector<TSchemaFault>& faults_;
+    std::vector<TSchemaDecision> decisions_;
     std::vector<TItem> items_;
     std::vector<TMissing> missing_;
+    std::vector<TOutOfOrder> outOfOrder_;
     std::size_t firstMissing_ = 0;            ///< all before it are explained
     std::map<std::uint32_t, TPlaced> placed_; ///< by position
-    std::unordered_map<std::string_view, std::vector<std::uint32_t>>
-        likely_; ///< positions meant by a mistyped name
 };
 
 } // namespace
@@ -608,9 +822,59 @@ std::vector<std::uint32_t> TSchemaDistances::Path(std::uint32_t state,
 
 std::vector<TSchemaDecision> TSchemaRecovery::Recover(const TSchemaComplexType& type, const TXmlNode& parent,
                                                       std::span<const TSchemaChild> children,
+                                                      std::optional<std::uint32_t> forgiven,
                                                       std::vector<TSchemaFault>& faults) {
-    const auto known = distances_.try_emplace(&type.Automaton, type.Automaton).first;
-    return TContentRecovery(set_, type, known->second, parent, children, faults).Run();
+    return TContentRecovery(*this, {type, parent.LocalName(), parent, children, forgiven}, faults).Run();
+}
+
+const TSchemaMeaning& TSchemaRecovery::MeaningOf(const TSchemaAutomaton& automaton, const TSchemaChild& child,
+                                                 std::optional<std::uint32_t> forgiven) {
+    const bool silent = child.Name.Undeclared || (forgiven && *forgiven == child.Name.Namespace);
+    const auto [known, added] =
+        meanings_.try_emplace(TMeaningKey{&automaton, &child.Node->Name(), child.Name.Namespace, silent});
+    if (added)
+        known->second = FindMeaning(automaton, child, silent);
+    return known->second;
+}
+
+TSchemaMeaning TSchemaRecovery::FindMeaning(const TSchemaAutomaton& automaton, const TSchemaChild& child,
+                                            bool silent) const {
+    TSchemaMeaning meaning;
+    const std::string_view local = child.Node->LocalName();
+    const auto collect = [&](TSchemaMisnaming misnaming, const auto& fits) {
+        meaning.Misnaming = misnaming;
+        for (std::uint32_t p = 0; p < automaton.Positions.size(); ++p)
+            if (const TSchemaElement* element = automaton.Positions[p].Element;
+                element != nullptr && fits(*element))
+                meaning.Positions.push_back(p);
+        return !meaning.Positions.empty();
+    };
+    if (collect(silent ? TSchemaMisnaming::Silent : TSchemaMisnaming::Namespace,
+                [&](const TSchemaElement& element) {
+                    return element.Name == local && (silent || element.Namespace != child.Name.Namespace);
+                }))
+        return meaning;
+    if (collect(TSchemaMisnaming::Case,
+                [&](const TSchemaElement& element) { return SameButForCase(element.Name, local); }))
+        return meaning;
+    using TRelation = ISchemaOtherVersions::TRelation;
+    const auto relation = [&](const TSchemaElement& element) {
+        return others_ != nullptr ? others_->Relate(*child.Node, element.Name) : TRelation::None;
+    };
+    if (collect(TSchemaMisnaming::Renamed, [&](const TSchemaElement& element) {
+            return Resembles(element, *child.Node) && relation(element) == TRelation::Renamed;
+        }))
+        return meaning;
+    std::size_t least = kNotAlike;
+    for (const TSchemaPosition& position : automaton.Positions)
+        if (position.Element != nullptr && Resembles(*position.Element, *child.Node))
+            least = std::min(least, NameSlips(position.Element->Name, local));
+    if (least == kNotAlike || !collect(TSchemaMisnaming::Spelling, [&](const TSchemaElement& element) {
+            return NameSlips(element.Name, local) == least && Resembles(element, *child.Node) &&
+                   relation(element) != TRelation::Distinct;
+        }))
+        return {};
+    return meaning;
 }
 
 TSchemaFault MakeSchemaFault(TSchemaFaultCode code, const TXmlNode& node) {

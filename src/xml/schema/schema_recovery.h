@@ -5,10 +5,16 @@
 #include "xml/schema/schema_scope.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
+#include <string>
+#include <string_view>
+#include <tuple>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -23,6 +29,36 @@ struct TSchemaChild {
 struct TSchemaDecision {
     const TSchemaElement* Element = nullptr;
     const TSchemaWildcard* Wildcard = nullptr;
+    bool OtherNamespace = false; ///< the declaration is one of another namespace than the child's
+};
+
+/// What the other versions of a schema know of the names of elements.
+class ISchemaOtherVersions {
+  public:
+    enum class TRelation : std::uint8_t {
+        None,    ///< no version knows the element
+        Renamed, ///< what is now `wanted` was, or will be, called like the element
+        Distinct ///< the element is, in another version, something else than `wanted`
+    };
+    virtual ~ISchemaOtherVersions() = default;
+    /// `found`: an element that the schema does not know; `wanted`: an element that may stand in its parent.
+    virtual TRelation Relate(const TXmlNode& found, std::string_view wanted) const = 0;
+};
+
+/// How the name of a child differs from that of the element which was meant.
+enum class TSchemaMisnaming : std::uint8_t {
+    None,
+    Silent, ///< by a prefix or namespace that is reported elsewhere
+    Namespace,
+    Case,
+    Spelling, ///< a guess, like the next
+    Renamed
+};
+
+/// The positions of a content model that a child was probably meant to take; none for an unknown one.
+struct TSchemaMeaning {
+    TSchemaMisnaming Misnaming = TSchemaMisnaming::None;
+    std::vector<std::uint32_t> Positions;
 };
 
 /// How many elements would have to be inserted to get from one place of a content model to another.
@@ -59,20 +95,45 @@ class TSchemaDistances {
 };
 
 /// Explains content that does not fit its model with as few faults as possible: which children are
-/// displaced, unknown or too many, and which are missing. Keeps what it computes of a model for the next
-/// content of the same type.
+/// displaced, misnamed, unknown or too many, and which are missing. Keeps what it computes of a model for the
+/// next content of the same type. For one document.
 class TSchemaRecovery {
   public:
-    explicit TSchemaRecovery(const TSchemaSet& set) : set_(set) {}
+    /// `others`: null without knowledge of other versions.
+    TSchemaRecovery(const TSchemaSet& set, const ISchemaOtherVersions* others) : set_(set), others_(others) {}
 
-    /// Adds the faults of a parent's content to the list and answers how each child is to be judged.
+    /// Adds the faults of a parent's content to the list and answers how each child is to be judged. A fault
+    /// that is better explained here is taken out of the list again. `forgiven`: a namespace in which the
+    /// children may stand, since the parent, of the same namespace, was reported for it.
     std::vector<TSchemaDecision> Recover(const TSchemaComplexType& type, const TXmlNode& parent,
                                          std::span<const TSchemaChild> children,
+                                         std::optional<std::uint32_t> forgiven,
                                          std::vector<TSchemaFault>& faults);
 
+    const TSchemaSet& Set() const { return set_; }
+    TSchemaDistances& DistancesOf(const TSchemaAutomaton& automaton) {
+        return distances_.try_emplace(&automaton, automaton).first->second;
+    }
+    /// What a child that a model does not know was meant to be.
+    const TSchemaMeaning& MeaningOf(const TSchemaAutomaton& automaton, const TSchemaChild& child,
+                                    std::optional<std::uint32_t> forgiven);
+    /// A child of that name, missing in an element, was found outside of it.
+    void Excuse(const TXmlNode& element, const std::string& name) { excused_.emplace(&element, name); }
+    bool IsExcused(const TXmlNode& element, const std::string& name) const {
+        return excused_.count({&element, name}) != 0;
+    }
+
   private:
+    using TMeaningKey = std::tuple<const TSchemaAutomaton*, const TXmlName*, std::uint32_t, bool>;
+
+    TSchemaMeaning FindMeaning(const TSchemaAutomaton& automaton, const TSchemaChild& child,
+                               bool silent) const;
+
     const TSchemaSet& set_;
+    const ISchemaOtherVersions* others_;
     std::unordered_map<const TSchemaAutomaton*, TSchemaDistances> distances_;
+    std::map<TMeaningKey, TSchemaMeaning> meanings_;
+    std::set<std::pair<const TXmlNode*, std::string>> excused_;
 };
 
 /// A fault at a node, its position taken from it.

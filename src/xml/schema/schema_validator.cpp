@@ -1,11 +1,13 @@
 #include "xml/schema/schema_validator.h"
 
 #include "xml/schema/schema_files.h"
+#include "xml/schema/schema_likeness.h"
 #include "xml/schema/schema_recovery.h"
 #include "xml/schema/schema_scope.h"
 #include "xml/xml_node.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -16,6 +18,7 @@ namespace conferix {
 namespace {
 
 constexpr std::size_t kCodesShown = 10;
+constexpr std::size_t kLikelyKept = 1000;
 
 /// An element whose children are being walked.
 struct TFrame {
@@ -27,7 +30,9 @@ struct TFrame {
     std::uint64_t Seen = 0;                   ///< positions met, of an xs:all
     std::uint32_t ChildIndex = 0;             ///< of the next child element
     bool Explained = false;       ///< its content does not fit; decisions_ tells how children are judged
-    bool ContentReported = false; ///< text or content where none may stand was reported
+    bool ContentReported = false; ///< content where none may stand was reported
+    /// A namespace in which the element stands by mistake, so that its children may too.
+    std::optional<std::uint32_t> Forgiven;
     std::optional<TSchemaScopes::TMark> Mark;
 };
 
@@ -43,8 +48,8 @@ bool IsBlank(std::string_view text) {
 
 class TValidation {
   public:
-    TValidation(const TSchemaSet& set, const TXmlDocument& document)
-        : set_(set), document_(document), scopes_(set, document.NameCount()), recovery_(set) {}
+    TValidation(const TSchemaSet& set, const ISchemaOtherVersions* others, const TXmlDocument& document)
+        : set_(set), document_(document), scopes_(set, document.NameCount()), recovery_(set, others) {}
 
     std::vector<TSchemaFault> Run() {
         if (const TXmlNode* root = document_.Element())
@@ -65,9 +70,15 @@ class TValidation {
             Judge(root, element, {element->SimpleType, element->ComplexType}, mark);
             return;
         }
+        const TSchemaElement* meant =
+            set_.GlobalElement(set_.SymbolOf(set_.NamespaceId(set_.TargetNamespace()), root.LocalName()));
         if (!name.Undeclared)
             ReportRoot(root, name);
-        LeaveOut(root, mark);
+        if (meant == nullptr || meant->ComplexType == nullptr)
+            return LeaveOut(root, mark);
+        Judge(root, meant, {nullptr, meant->ComplexType}, mark);
+        if (!frames_.empty())
+            frames_.back().Forgiven = name.Namespace;
     }
 
     void ReportRoot(const TXmlNode& root, const TSchemaName& name) {
@@ -96,11 +107,11 @@ class TValidation {
         if (child->IsTag())
             VisitChild(frame, *child);
         else if (child->Kind() == TXmlNodeKind::xnText || child->Kind() == TXmlNodeKind::xnCData)
-            JudgeText(frame, child->Value());
+            JudgeText(frame, *child, child->Value());
     }
 
     void VisitChild(TFrame& frame, const TXmlNode& child) {
-        const auto mark = scopes_.Enter(child);
+        auto mark = scopes_.Enter(child);
         const TSchemaName name = NameOf(child);
         if (frame.Type == nullptr)
             return LeaveOut(child, mark);
@@ -108,15 +119,19 @@ class TValidation {
             ReportContent(frame);
             return LeaveOut(child, mark);
         }
-        const TSchemaDecision decision = Decide(frame, name);
+        const TSchemaDecision decision = Decide(frame, name, child, mark);
         ++frame.ChildIndex;
-        if (decision.Element != nullptr)
+        const std::size_t depth = frames_.size();
+        if (decision.Element != nullptr) {
             Judge(child, decision.Element, {decision.Element->SimpleType, decision.Element->ComplexType},
                   mark);
-        else if (decision.Wildcard != nullptr)
+            if (decision.OtherNamespace && frames_.size() > depth)
+                frames_.back().Forgiven = name.Namespace;
+        } else if (decision.Wildcard != nullptr) {
             JudgeFree(child, name, *decision.Wildcard, mark);
-        else
+        } else {
             LeaveOut(child, mark);
+        }
     }
 
     TSchemaName NameOf(const TXmlNode& node) {
@@ -145,11 +160,15 @@ class TValidation {
 
     // ---- content
 
-    TSchemaDecision Decide(TFrame& frame, const TSchemaName& name) {
+    TSchemaDecision Decide(TFrame& frame, const TSchemaName& name, const TXmlNode& child,
+                           std::optional<TSchemaScopes::TMark>& mark) {
         if (!frame.Explained) {
             if (const TSchemaPosition* position = Step(frame, name))
                 return {position->Element, position->Wildcard};
+            // What the child declares is not in force for its siblings.
+            scopes_.Leave(mark);
             Explain(frame);
+            mark = scopes_.Enter(child);
         }
         return decisions_.back()[frame.ChildIndex];
     }
@@ -237,19 +256,24 @@ class TValidation {
             children.push_back({&child, scopes_.Element(child.Name())});
             scopes_.Leave(mark);
         }
-        decisions_.push_back(recovery_.Recover(*frame.Type, *frame.Node, children, faults_));
+        decisions_.push_back(recovery_.Recover(*frame.Type, *frame.Node, children, frame.Forgiven, faults_));
         frame.Explained = true;
     }
 
-    void JudgeText(TFrame& frame, std::string_view text) {
+    /// `place`: the node that holds the text, a text or the element itself.
+    void JudgeText(TFrame& frame, const TXmlNode& place, std::string_view text) {
         if (frame.Type == nullptr || frame.Type->Content == TSchemaContent::Mixed)
             return;
         if (frame.Type->Content == TSchemaContent::Empty) {
             if (!text.empty())
                 ReportContent(frame);
-        } else if (!frame.ContentReported && !IsBlank(text)) {
-            frame.ContentReported = true;
-            Add(TSchemaFaultCode::TextNotAllowed, *frame.Node).Found = TrimXmlSpace(text);
+        } else if (!IsBlank(text)) {
+            TSchemaFault& fault = Add(TSchemaFaultCode::TextNotAllowed, *frame.Node);
+            fault.Found = TrimXmlSpace(text);
+            const TXmlPlace start = place.TextPlace();
+            fault.Line = start.Line;
+            fault.LinePos = start.LinePos;
+            fault.FilePos = start.FilePos;
         }
     }
 
@@ -277,10 +301,11 @@ class TValidation {
     void Judge(const TXmlNode& node, const TSchemaElement* element, TGoverning type,
                const std::optional<TSchemaScopes::TMark>& mark) {
         bool nil = false;
+        bool nilRefused = false;
         const bool attributes = !node.Attributes().empty();
         if (attributes) {
             type = ApplyXsiType(node, type);
-            nil = IsNil(node, element);
+            nil = IsNil(node, element, nilRefused);
         }
         if (attributes || (type.Complex != nullptr && !type.Complex->Attributes.empty()))
             JudgeAttributes(node, type.Complex);
@@ -289,13 +314,16 @@ class TValidation {
                 Add(TSchemaFaultCode::NilWithContent, node);
             return LeaveOut(node, mark);
         }
+        // What a refused xsi:nil leaves empty is told by the refusal.
+        if (nilRefused && node.FirstChild() == nullptr && node.Value().empty())
+            return LeaveOut(node, mark);
         const TSchemaSimpleType* simple = type.Simple;
         if (simple == nullptr && type.Complex->Content == TSchemaContent::Simple)
             simple = type.Complex->SimpleContent;
         if (simple == nullptr) {
             Open(node, type.Complex, mark);
             if (node.FirstChild() == nullptr)
-                JudgeText(frames_.back(), node.Value());
+                JudgeText(frames_.back(), node, node.Value());
             return;
         }
         JudgeValue(node, element, *simple, mark);
@@ -388,11 +416,12 @@ class TValidation {
         return simple != nullptr && declared.Simple != nullptr && simple->DerivesFrom(*declared.Simple);
     }
 
-    bool IsNil(const TXmlNode& node, const TSchemaElement* element) {
+    bool IsNil(const TXmlNode& node, const TSchemaElement* element, bool& refused) {
         const TXmlAttribute* attribute = FindXsi(node, "nil");
         if (attribute == nullptr || element == nullptr)
             return false;
         if (!element->Nillable) {
+            refused = true;
             Add(TSchemaFaultCode::NilNotAllowed, node, attribute);
             return false;
         }
@@ -462,6 +491,7 @@ class TValidation {
                 return;
         }
         TSchemaFault& fault = Add(TSchemaFaultCode::UnknownAttribute, node, &attribute);
+        fault.Name = attribute.QualifiedName();
         if (type != nullptr)
             for (const TSchemaAttribute& known : type->Attributes)
                 fault.Expected.push_back(known.Name);
@@ -511,15 +541,35 @@ class TValidation {
 
     void ReportValue(const TXmlNode& node, const TXmlAttribute* attribute, const TSchemaSimpleType& type,
                      std::string_view raw, const TSchemaValueFault& found) {
+        if (const std::string_view trimmed = TrimXmlSpace(raw);
+            !trimmed.empty() && trimmed.size() != raw.size() && !type.Check(trimmed)) {
+            TSchemaFault& fault = Add(TSchemaFaultCode::SpaceAround, node, attribute);
+            fault.Found = raw;
+            fault.Bound = trimmed;
+            return;
+        }
         TSchemaFault& fault = Add(found.Code, node, attribute);
         fault.Found = raw;
         fault.Bound = found.Bound;
         fault.Count = found.Count;
         fault.Limit = found.Limit;
         if (found.Code == TSchemaFaultCode::NotInList)
-            fault.Expected.assign(type.Facets.Codes.begin(),
-                                  type.Facets.Codes.begin() + static_cast<std::ptrdiff_t>(std::min(
-                                                                  kCodesShown, type.Facets.Codes.size())));
+            AddCodes(fault, type, raw);
+    }
+
+    void AddCodes(TSchemaFault& fault, const TSchemaSimpleType& type, std::string_view raw) {
+        const std::vector<std::string>& codes = type.Facets.Codes;
+        const std::size_t shown = std::min(kCodesShown, codes.size());
+        fault.Expected.assign(codes.begin(), codes.begin() + static_cast<std::ptrdiff_t>(shown));
+        const auto known = likely_.find({&type, std::string(raw)});
+        if (known == likely_.end() && likely_.size() >= kLikelyKept)
+            return; // a file of wrong codes throughout: looking for each would take too long
+        const TLikelyCodes& likely =
+            known != likely_.end()
+                ? known->second
+                : likely_.emplace(std::pair(&type, std::string(raw)), LikelyCodes(codes, raw)).first->second;
+        fault.Bound = likely.Meant;
+        fault.Similar = likely.Similar;
     }
 
     /// Faults of a parent's content are found only when some of its children were judged already.
@@ -540,12 +590,14 @@ class TValidation {
     std::vector<TSchemaFault> faults_;
     std::set<std::string, std::less<>> undeclared_;
     std::unordered_set<std::string> ids_;
+    /// What was found for wrong codes before.
+    std::map<std::pair<const TSchemaSimpleType*, std::string>, TLikelyCodes> likely_;
 };
 
 } // namespace
 
 std::vector<TSchemaFault> TSchemaValidator::Validate(const TXmlDocument& document) const {
-    return TValidation(set_, document).Run();
+    return TValidation(set_, others_, document).Run();
 }
 
 } // namespace conferix

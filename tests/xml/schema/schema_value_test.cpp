@@ -280,15 +280,23 @@ TEST(TSchemaValueSentences, SayWhatWasFoundAndWhatIsExpected) {
                     "1: O valor \"1.25\" de <valor> tem 2 casas decimais; o máximo é 1."));
     std::string lengthy;
     std::string shown;
-    for (int i = 0; i < 71; ++i) {
+    for (int i = 0; i < 121; ++i) {
         lengthy += "é";
-        shown += i < 60 ? "é" : "";
+        shown += i < 120 ? "é" : "";
     }
     EXPECT_THAT(sentences("<codigo/><nome>" + lengthy + "</nome><valor>-1</valor>"),
                 ElementsAre("1: O elemento <codigo> está vazio.",
                             "1: O valor \"" + shown +
-                                "...\" de <nome> é longo demais: tem 71 caracteres; o máximo é 70.",
+                                "...\" (121 caracteres) de <nome> é longo demais: tem 121 caracteres; o "
+                                "máximo é 70.",
                             "1: O valor \"-1\" de <valor> é menor do que o mínimo, 0."));
+    EXPECT_THAT(
+        sentences("<codigo>012</codigo><nome> x</nome><valor>\n1.5 </valor>"),
+        ElementsAre(
+            "1: O valor \"012\" de <codigo> não está na lista de códigos permitidos: escreva \"12\"."));
+    EXPECT_THAT(sentences("<codigo> 12\n</codigo>"),
+                ElementsAre("1: O valor de <codigo> tem espaço ou quebra de linha antes ou depois: escreva "
+                            "\"12\"."));
     EXPECT_THAT(sentences("<valor>123456</valor><id>a</id><id> a </id>"),
                 ElementsAre("1: O valor \"123456\" de <valor> tem 6 dígitos; o máximo é 5.",
                             "1: O identificador \"a\" aparece mais de uma vez no arquivo."));

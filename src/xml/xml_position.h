@@ -1,0 +1,72 @@
+// Lines, columns and positions of a text.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace conferix {
+
+/// A place in the text of a file.
+struct TXmlPlace {
+    std::int32_t Line = 0;    ///< 1-based; 0 for none
+    std::int32_t LinePos = 0; ///< 1-based, in characters
+    std::int32_t FilePos = 0; ///< 0-based, in characters
+};
+
+/// Follows a position through a text in UTF-8 whose places are asked for in rising order.
+class TPositionCounter {
+  public:
+    explicit TPositionCounter(std::string_view text) : text_(text) {}
+
+    /// Place of a byte, not before the last one asked for.
+    TXmlPlace PlaceOf(std::size_t offset) {
+        MoveTo(std::min(offset, text_.size()));
+        return {static_cast<std::int32_t>(Line()), static_cast<std::int32_t>(LinePos()),
+                static_cast<std::int32_t>(FilePos())};
+    }
+
+    void MoveTo(std::size_t offset) {
+        while (at_ < offset) {
+            if (SkipPlain(offset))
+                continue;
+            const auto c = static_cast<unsigned char>(text_[at_]);
+            if ((c & 0xC0U) != 0x80U)
+                ++characters_;
+            if (c == '\n' || (c == '\r' && (at_ + 1 == text_.size() || text_[at_ + 1] != '\n'))) {
+                ++line_;
+                lineStart_ = characters_;
+            }
+            ++at_;
+        }
+    }
+    std::uint32_t Line() const { return line_; }
+    std::uint32_t LinePos() const { return characters_ - lineStart_ + 1; }
+    std::uint32_t FilePos() const { return characters_; }
+
+  private:
+    /// Passes eight bytes at once that are all ASCII and no line ends, as most are.
+    bool SkipPlain(std::size_t offset) {
+        constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+        constexpr std::uint64_t kAboveLineEnds = 0x0E0E0E0E0E0E0E0EU;
+        if (offset - at_ < sizeof(std::uint64_t))
+            return false;
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, text_.data() + at_, sizeof bytes);
+        if (((bytes | (bytes - kAboveLineEnds)) & kHighBits) != 0)
+            return false;
+        at_ += sizeof bytes;
+        characters_ += sizeof bytes;
+        return true;
+    }
+
+    std::string_view text_;
+    std::size_t at_ = 0;
+    std::uint32_t line_ = 1;
+    std::uint32_t characters_ = 0;
+    std::uint32_t lineStart_ = 0;
+};
+
+} // namespace conferix
