@@ -239,9 +239,10 @@ TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>
     result.ArquivoTiss = arquivo;
     versaoTiss_ = arquivo->Versao();
     const std::filesystem::path schema = schemas_.Locate(SchemaFileName(arquivo->TipoArquivo(), versaoTiss_));
+    result.AllMessages = CheckEncoding(*xml, encoding_);
     TTissValidator validator(arquivo, schema, terminology_.CreateConnection());
     const TValidationMessages messages = validator.Validate();
-    result.AllMessages.assign(messages.begin(), messages.end());
+    result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());
     return result;
 }
 

@@ -33,7 +33,8 @@ class TBusca {
     }
 
     /// The elements of a document that this version does not know, and those that it demands and the document
-    /// has nowhere, each as its parent's entry and its name. What stands below an unknown element is unknown too.
+    /// has nowhere, each as its parent's entry and its name. What stands below an unknown element is unknown
+    /// too.
     TDesencontros Misfits(const TCaminhos& paths) const {
         std::vector<const TModeloNo*> nodes;
         TDesencontros present;

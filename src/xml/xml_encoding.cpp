@@ -1,5 +1,6 @@
 #include "xml/xml_encoding.h"
 
+#include "xml/cut_text.h"
 #include "xml/xml_node.h"
 #include "xml/xml_position.h"
 
@@ -77,7 +78,23 @@ std::string ConverterName(std::string_view declared) {
     throw EXmlEncoding(TXmlMessage::CreateError(reason, {}, place.Line, place.LinePos, place.FilePos));
 }
 
-void CheckUtf8(std::string_view text) {
+/// Why a text is taken for UTF-8, as the beginning of a sentence, and what to do when it is not.
+struct TUtf8Reason {
+    std::string_view Text;
+    std::string_view Remedy;
+};
+constexpr TUtf8Reason kDeclaredUtf8 = {
+    "O arquivo declara a codificação UTF-8, mas",
+    "Salve o arquivo novamente em UTF-8, ou declare a codificação que ele usa (por exemplo "
+    "encoding=\"ISO-8859-1\")."};
+constexpr TUtf8Reason kUndeclared = {
+    "O arquivo não declara a codificação e por isso deveria estar em UTF-8, mas",
+    "Declare na primeira linha a codificação que ele usa, por exemplo <?xml version=\"1.0\" "
+    "encoding=\"ISO-8859-1\"?>, ou salve o arquivo em UTF-8."};
+constexpr TUtf8Reason kUtf8Bom8 = {"O arquivo começa com a marca de UTF-8 (BOM), mas",
+                                   "Salve o arquivo novamente em UTF-8, ou sem a marca."};
+
+void CheckUtf8(std::string_view text, const TUtf8Reason& reason) {
     const auto* data = reinterpret_cast<const std::uint8_t*>(text.data());
     const auto length = static_cast<std::int32_t>(text.size());
     std::int32_t at = 0;
@@ -90,13 +107,45 @@ void CheckUtf8(std::string_view text) {
         UChar32 c = 0;
         U8_NEXT(data, at, length, c);
         if (c < 0)
-            RaiseAt(
-                text.substr(0, static_cast<std::size_t>(start)),
-                fmt::format("O arquivo declara a codificação UTF-8, mas contém um byte ({:02X}) que não é "
-                            "texto nessa codificação. Salve o arquivo novamente em UTF-8, ou declare a "
-                            "codificação que ele usa (por exemplo encoding=\"ISO-8859-1\").",
-                            data[start]));
+            RaiseAt(text.substr(0, static_cast<std::size_t>(start)),
+                    fmt::format("{} contém um byte ({:02X}) que não é texto nessa codificação. {}",
+                                reason.Text, data[start], reason.Remedy));
     }
+}
+
+/// Files that people take for the XML: how they begin, and what they are.
+struct TForeignFile {
+    std::string_view Start;
+    std::string_view Sentence;
+};
+constexpr std::string_view kCompressed = "O arquivo está compactado (ZIP ou semelhante) e não é um XML. "
+                                         "Extraia o XML de dentro dele e abra o arquivo "
+                                         "extraído.";
+constexpr std::string_view kPdf = "O arquivo é um PDF, não um XML. Peça o arquivo XML a quem o enviou.";
+constexpr std::string_view kProgram = "O arquivo é um programa, não um XML.";
+constexpr std::string_view kImage = "O arquivo é uma imagem, não um XML.";
+constexpr TForeignFile kForeignFiles[] = {
+    {"PK\x03\x04", kCompressed},
+    {"PK\x05\x06", kCompressed},
+    {"\x1F\x8B", kCompressed},
+    {"Rar!", kCompressed},
+    {"7z\xBC\xAF", kCompressed},
+    {"%PDF", kPdf},
+    {"MZ", kProgram},
+    {"\x7F"
+     "ELF",
+     kProgram},
+    {"\x89PNG", kImage},
+    {"\xFF\xD8\xFF", kImage},
+    {"GIF8", kImage},
+    {"\xD0\xCF\x11\xE0", "O arquivo é um documento ou planilha do Office, não um XML."},
+    {"{\\rtf", "O arquivo é um documento RTF, não um XML."},
+};
+
+void RefuseForeignFiles(std::string_view bytes) {
+    for (const TForeignFile& kind : kForeignFiles)
+        if (bytes.starts_with(kind.Start))
+            RaiseAt({}, std::string(kind.Sentence));
 }
 
 /// Decodes through the converter; on a malformed byte the text before it tells the line.
@@ -306,6 +355,9 @@ EXmlEncoding::EXmlEncoding(std::shared_ptr<const TXmlMessage> message)
     : std::runtime_error(message->Msg()), message_(std::move(message)) {}
 
 std::string_view DeclaredEncoding(std::string_view text) {
+    // White space before the declaration is a fault of its own, which the parser tells.
+    while (!text.empty() && IsXmlSpace(text.front()))
+        text.remove_prefix(1);
     if (!text.starts_with("<?xml") || text.size() < 6 || !IsXmlSpace(text[5]))
         return {};
     const std::string_view declaration = text.substr(0, text.find("?>"));
@@ -322,13 +374,14 @@ std::string_view DeclaredEncoding(std::string_view text) {
 }
 
 TXmlText DecodeXml(std::string bytes) {
+    RefuseForeignFiles(bytes);
     for (const TBom& bom : kBoms) {
         if (!std::string_view(bytes).starts_with(bom.Bytes))
             continue;
         TXmlText result{{}, {bom.Encoding, true}};
         if (result.Encoding.Name == "UTF-8") {
             bytes.erase(0, bom.Bytes.size());
-            CheckUtf8(bytes);
+            CheckUtf8(bytes, kUtf8Bom8);
             result.Text = std::move(bytes);
         } else {
             result.Text = ToUtf8(std::string_view(bytes).substr(bom.Bytes.size()), bom.Encoding, {});
@@ -340,7 +393,7 @@ TXmlText DecodeXml(std::string bytes) {
     const std::string_view declared = DeclaredEncoding(bytes);
     const std::string name = ConverterName(declared);
     if (name == "UTF-8") {
-        CheckUtf8(bytes);
+        CheckUtf8(bytes, declared.empty() ? kUndeclared : kDeclaredUtf8);
         return {std::move(bytes), {name, false}};
     }
     if (name == kAnsi && IsAscii(bytes))
@@ -360,6 +413,88 @@ std::string EncodeXml(std::string_view text, const TXmlEncoding& original) {
     if (name == "UTF-8" || (name == kAnsi && IsAscii(text)))
         return bytes.append(text);
     return bytes + EncodeThrough(text, name);
+}
+
+namespace {
+
+/// The word around a place of a text, as people recognise it.
+std::string_view WordAt(std::string_view text, std::size_t at) {
+    constexpr std::string_view kEnds = " \t\r\n<>\"'=&;,.()/";
+    const std::size_t before = text.find_last_of(kEnds, at);
+    const std::size_t start = before == std::string_view::npos ? 0 : before + 1;
+    return text.substr(start, std::min(text.find_first_of(kEnds, at), text.size()) - start);
+}
+
+/// True when the letters of a text that was read as Windows-1252 are, byte for byte, letters in UTF-8 that
+/// Windows-1252 has too. Ends at the first letter that is not.
+bool WasWrittenInUtf8(std::string_view text) {
+    TCharacterEncoder encoder(kAnsi);
+    std::string bytes; // of the run of letters being read
+    const auto runIsUtf8 = [&] {
+        bool good = true;
+        std::int32_t at = 0;
+        const auto length = static_cast<std::int32_t>(bytes.size());
+        while (good && at < length) {
+            UChar32 c = 0;
+            U8_NEXT(reinterpret_cast<const std::uint8_t*>(bytes.data()), at, length, c);
+            good = c >= 0 && !encoder.Encode(c).empty();
+        }
+        bytes.clear();
+        return good;
+    };
+    for (std::size_t at = 0; at < text.size();) {
+        const auto first = static_cast<unsigned char>(text[at]);
+        if (first < 0x80) {
+            if (!bytes.empty() && !runIsUtf8())
+                return false;
+            ++at;
+            continue;
+        }
+        std::int32_t next = 0;
+        UChar32 c = 0;
+        const std::string_view rest = text.substr(at, 4);
+        U8_NEXT(reinterpret_cast<const std::uint8_t*>(rest.data()), next,
+                static_cast<std::int32_t>(rest.size()), c);
+        const std::string byte = c >= 0 ? encoder.Encode(c) : std::string();
+        if (byte.size() != 1)
+            return false;
+        bytes += byte;
+        at += static_cast<std::size_t>(next);
+    }
+    return bytes.empty() || runIsUtf8();
+}
+
+} // namespace
+
+TXmlMessages CheckEncoding(std::string_view text, const TXmlEncoding& encoding) {
+    TXmlMessages messages;
+    const std::string_view declared = DeclaredEncoding(text);
+    const bool wide = encoding.Name.starts_with("UTF-16") || encoding.Name.starts_with("UTF-32");
+    const bool agrees = wide ? Upper(declared).starts_with(encoding.Name.substr(0, 6))
+                             : ConverterName(declared) == encoding.Name;
+    if (encoding.Bom && !declared.empty() && !agrees) {
+        messages.push_back(TXmlMessage::CreateWarn(
+            fmt::format("O arquivo começa com a marca de {0} (BOM), mas declara a codificação {1}. Foi lido "
+                        "como {0}; outros leitores podem recusá-lo ou lê-lo de outro modo. Declare "
+                        "encoding=\"{2}\" ou grave o arquivo em {1}, sem a marca.",
+                        encoding.Name, CutText(declared), wide ? encoding.Name.substr(0, 6) : encoding.Name),
+            std::string(declared), 1, 1, 0));
+        return messages;
+    }
+    const auto letter =
+        std::find_if(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+    if (encoding.Bom || letter == text.end() || ConverterName(declared) != kAnsi || !WasWrittenInUtf8(text))
+        return messages;
+    const auto at = static_cast<std::size_t>(letter - text.begin());
+    const std::string_view word = WordAt(text, at);
+    const TXmlPlace place = TPositionCounter(text).PlaceOf(at);
+    messages.push_back(TXmlMessage::CreateWarn(
+        fmt::format(
+            "O arquivo declara a codificação {0}, mas foi gravado em UTF-8: lê-se {1} onde deve estar "
+            "{2}. Grave o arquivo em {0}, ou declare encoding=\"UTF-8\".",
+            declared, QuoteText(word), QuoteText(EncodeAnsi(word))),
+        CutText(word), place.Line, place.LinePos, place.FilePos));
+    return messages;
 }
 
 std::string EncodeAnsi(std::string_view text) {

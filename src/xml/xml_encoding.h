@@ -32,10 +32,15 @@ struct TXmlText {
     TXmlEncoding Encoding;
 };
 
-/// Decodes by byte-order mark, else by the XML declaration, else as UTF-8. ISO-8859-1 is read as
-/// Windows-1252, which holds the same letters and gives every byte back when written.
-/// Raises EXmlEncoding with the line of the first byte that does not decode.
+/// Decodes by byte-order mark, else by the XML declaration, else as UTF-8; compressed files, PDFs and the
+/// like are refused by what they are. ISO-8859-1 is read as Windows-1252, which holds the same letters and
+/// gives every byte back when written. Raises EXmlEncoding with the line of the first byte that does not
+/// decode.
 TXmlText DecodeXml(std::string bytes);
+
+/// Doubts about the encoding in which a file was read: a byte-order mark against the declaration, or letters
+/// that were written in UTF-8 under another declaration. Warnings, none when all agrees.
+TXmlMessages CheckEncoding(std::string_view text, const TXmlEncoding& encoding);
 
 /// Encodes a text for a file: in the encoding of its byte-order mark when it had one, else in the one that
 /// the text's own XML declaration names (UTF-8 without one). A character that the encoding does not hold
@@ -45,7 +50,8 @@ std::string EncodeXml(std::string_view text, const TXmlEncoding& original);
 /// Bytes of a text in Windows-1252, "?" for what it does not hold.
 std::string EncodeAnsi(std::string_view text);
 
-/// The encoding that the XML declaration of a text names; empty without one.
+/// The encoding that the XML declaration of a text names, also when white space stands before it; empty
+/// without one.
 std::string_view DeclaredEncoding(std::string_view text);
 
 } // namespace conferix

@@ -1,5 +1,6 @@
 #include "xml/xml_parser.h"
 
+#include "xml/cut_text.h"
 #include "xml/xml_position.h"
 
 #include <expat.h>
@@ -58,6 +59,27 @@ const char* ErrorText(XML_Error error) {
     }
 }
 
+/// What stands at a place where the parser met a character that cannot be there; empty for nothing special.
+std::string InvalidTokenText(std::string_view text, std::size_t at) {
+    const std::string_view rest = text.substr(std::min(at, text.size()));
+    const auto byte = rest.empty() ? '\0' : rest.front();
+    if (!rest.empty() && static_cast<unsigned char>(byte) < 0x20 && !IsXmlSpace(byte))
+        return fmt::format(
+            "Há um caractere de controle invisível (U+{:04X}), que o XML não permite. Apague-o.",
+            static_cast<unsigned>(byte));
+    for (const std::string_view none : {"\xEF\xBF\xBE", "\xEF\xBF\xBF"})
+        if (rest.starts_with(none))
+            return fmt::format("Há um caractere invisível (U+FFF{}), que o XML não permite. Apague-o.",
+                               none.back() == '\xBE' ? 'E' : 'F');
+    // The parser stops behind the two hyphens.
+    const std::size_t comment = text.rfind("<!--", at);
+    if (comment != std::string_view::npos && at >= comment + 6 && text.substr(at - 2, 2) == "--" &&
+        text.find("-->", comment + 4) + 2 >= at)
+        return "Um comentário (<!-- ... -->) não pode conter \"--\". Apague os hifens ou troque-os por outro "
+               "sinal.";
+    return {};
+}
+
 } // namespace
 
 /// Turns the parser's events into nodes.
@@ -85,19 +107,7 @@ class TXmlTreeBuilder {
             return {document_, {}};
         if (XML_GetErrorCode(parser_) == XML_ERROR_ABORTED)
             return Failure(abortReason_);
-        const XML_Error error = XML_GetErrorCode(parser_);
-        const char* known = ErrorText(error);
-        std::string reason = known != nullptr
-                                 ? std::string(known)
-                                 : fmt::format("O XML está malformado ({}).", XML_ErrorString(error));
-        if (error == XML_ERROR_TAG_MISMATCH)
-            reason = fmt::format("A tag de fechamento não corresponde à tag <{}>, aberta na linha {}.",
-                                 open_.back().Node->QualifiedName(), open_.back().Node->line_);
-        else if (error == XML_ERROR_NO_ELEMENTS && open_.size() > 1)
-            reason = fmt::format("O XML termina sem fechar a tag <{}>, aberta na linha {}; o arquivo pode "
-                                 "estar incompleto.",
-                                 open_.back().Node->QualifiedName(), open_.back().Node->line_);
-        return Failure(std::move(reason));
+        return Failure(ReasonOf(XML_GetErrorCode(parser_)));
     }
 
   private:
@@ -114,9 +124,35 @@ class TXmlTreeBuilder {
 
     static TXmlTreeBuilder& Self(void* data) { return *static_cast<TXmlTreeBuilder*>(data); }
 
-    TXmlParseResult Failure(std::string reason) {
+    std::string ReasonOf(XML_Error error) const {
+        const TXmlNode& open = *open_.back().Node;
+        if (error == XML_ERROR_TAG_MISMATCH)
+            return fmt::format("A tag de fechamento não corresponde à tag <{}>, aberta na linha {}.",
+                               CutText(open.QualifiedName()), open.Line());
+        if (error == XML_ERROR_NO_ELEMENTS && open_.size() > 1)
+            return fmt::format(
+                "O XML termina sem fechar a tag <{}>, aberta na linha {}; o arquivo pode estar "
+                "incompleto.",
+                CutText(open.QualifiedName()), open.Line());
+        if (error == XML_ERROR_INVALID_TOKEN)
+            if (std::string special = InvalidTokenText(text_, ErrorOffset()); !special.empty())
+                return special;
+        if (error == XML_ERROR_MISPLACED_XML_PI && TrimXmlSpace(text_.substr(0, ErrorOffset())).empty())
+            return "Há espaço ou linha em branco antes da declaração XML (<?xml ...?>). Apague o que vem "
+                   "antes "
+                   "dela: ela deve ser o início do arquivo.";
+        const char* known = ErrorText(error);
+        return known != nullptr ? std::string(known)
+                                : fmt::format("O XML está malformado ({}).", XML_ErrorString(error));
+    }
+
+    std::size_t ErrorOffset() const {
         const XML_Index index = XML_GetCurrentByteIndex(parser_);
-        const std::size_t offset = std::min(index < 0 ? 0 : static_cast<std::size_t>(index), text_.size());
+        return std::min(index < 0 ? 0 : static_cast<std::size_t>(index), text_.size());
+    }
+
+    TXmlParseResult Failure(std::string reason) {
+        const std::size_t offset = ErrorOffset();
         const TXmlPlace place = TPositionCounter(text_).PlaceOf(offset);
         std::string_view source =
             text_.substr(offset, std::min<std::size_t>(text_.find_first_of("\r\n", offset) - offset, 80));
