@@ -66,7 +66,7 @@ bool TCampoMonitoramentoValidation::CanConsultCities() {
 }
 
 std::string AmountText(double value) {
-    static const TFormatSettings formats = TFormatSettings::Regional();
+    static const TFormatSettings formats = TFormatSettings::Messages();
     return formats.Money(value);
 }
 
