@@ -63,6 +63,8 @@ class TCampoMonitoramentoValidation : public TGuiaMonitoramentoBaseValidation {
                   const std::string& correction);
     /// Whether a TUSS table can be consulted; tells once when it cannot.
     bool CanConsult(std::string_view table);
+    /// The same of domain table 64 for the terms of a table.
+    bool CanConsultTable64(std::string_view table);
     bool CanConsultCities();
 
   private:
