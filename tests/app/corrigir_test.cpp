@@ -263,6 +263,20 @@ TEST_F(Corrigir, WritesWhereItIsTold) {
     EXPECT_THAT(unwritable.Err, StartsWith("conferix: erro: "));
 }
 
+TEST_F(Corrigir, TellsThatASignedFileHasToBeSignedAnew) {
+    std::string xml = ReadTestFile(ExampleFile("spsadt-3.05.00-valores-errados.xml"));
+    const std::string note = "O arquivo tem assinatura digital: o que foi alterado na parte assinada precisa "
+                             "ser assinado de novo.";
+    const auto correct = [&] { return Run({"corrigir", "-", "--todas", "--simular"}, xml).Err; };
+    const std::string end = "</ans:mensagemTISS>";
+    xml.insert(xml.find(end), "<ans:assinaturaDigital/>");
+    EXPECT_THAT(correct(), Not(HasSubstr(note))) << "an empty place for a signature";
+    ReplaceAll(xml, "<ans:assinaturaDigital/>",
+               "<ans:assinaturaDigital><ds:Signature "
+               "xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"/></ans:assinaturaDigital>");
+    EXPECT_THAT(correct(), HasSubstr("conferix: aviso: -: " + note));
+}
+
 TEST_F(Corrigir, ListsWhatCanBeCorrectedWithItsNumbers) {
     const std::string file = ExampleFile("spsadt-3.05.00-itens-errados.xml");
     const TResult text = Run({"corrigir", file});
