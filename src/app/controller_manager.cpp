@@ -24,10 +24,14 @@ void TControllerManager::DetachObserver(int observer) {
 }
 
 void TControllerManager::Notify(TControllerOperation operation, const std::string& fileName,
-                                const TControllerPtr& controller) {
-    const auto observers = observers_; // an observer may detach itself
+                                TControllerPtr controller) {
+    // Copies: an observer may detach itself or another, and change the list of controllers.
+    const std::string name = fileName;
+    const auto observers = observers_;
     for (const TObserverEntry& entry : observers)
-        entry.Observer(operation, fileName, controller);
+        if (std::any_of(observers_.begin(), observers_.end(),
+                        [&](const TObserverEntry& attached) { return attached.Number == entry.Number; }))
+            entry.Observer(operation, name, controller);
 }
 
 void TControllerManager::AddController(const std::string& fileName, const TControllerPtr& controller) {

@@ -54,8 +54,7 @@ class TControllerManager {
         TObserver Observer;
     };
 
-    void Notify(TControllerOperation operation, const std::string& fileName,
-                const TControllerPtr& controller);
+    void Notify(TControllerOperation operation, const std::string& fileName, TControllerPtr controller);
 
     std::vector<TEntry> controllers_;
     std::vector<TObserverEntry> observers_;

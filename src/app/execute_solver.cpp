@@ -1,5 +1,6 @@
 #include "app/execute_solver.h"
 
+#include "app/application_log.h"
 #include "validation/validation_message.h"
 
 #include <algorithm>
@@ -122,6 +123,7 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
     if (solver == nullptr)
         return false;
     const auto xml = std::make_shared<const std::string>(solver->SolvedXml());
+    LogCorrections(controller.FileName(), RuleOf(*message), solver->Name(), 1);
     handlers.Corrected(*message, *solver, xml);
     controller.Modify();
     controller.Validate(xml, enabledValidations);
@@ -145,6 +147,8 @@ TCorrectionResult CorrectAll(TValidadorController& controller, std::shared_ptr<c
                 continue;
             solved = trail.Next(result.Xml, batch.Rule, std::move(text));
             result.Corrections += batch.Solvers.size();
+            LogCorrections(controller.FileName(), batch.Rule, batch.Solvers.front()->Name(),
+                           batch.Solvers.size());
             break;
         }
         if (solved == nullptr)

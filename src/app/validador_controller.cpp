@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -26,7 +27,16 @@ std::shared_ptr<const TXmlMessage> UserError(const std::exception& error) {
     return TXmlMessage::CreateError(error.what());
 }
 
-/// Turns a failure into a message: one that the user can act on is an error, any other is fatal.
+std::shared_ptr<const TXmlMessage> UnknownError(const std::string& detail) {
+    return std::make_shared<TXmlMessage>(
+        TMessageType::mtFatal,
+        fmt::format("Ocorreu um erro não identificado. Por favor, informe o ocorrido pelo e-mail {}.\r\n"
+                    "Detalhe do erro: {}",
+                    kEnderecoSuporte, detail));
+}
+
+/// Turns the failure being handled into a message: one that the user can act on is an error, any other is
+/// fatal.
 std::shared_ptr<const TXmlMessage> FailureMessage() {
     try {
         throw;
@@ -41,11 +51,34 @@ std::shared_ptr<const TXmlMessage> FailureMessage() {
     } catch (const ETerminologiaNaoAberta& error) {
         return UserError(error);
     } catch (const std::exception& error) {
-        return std::make_shared<TXmlMessage>(
-            TMessageType::mtFatal,
-            fmt::format("Ocorreu um erro não identificado. Por favor, informe o ocorrido pelo e-mail {}.\r\n"
-                        "Detalhe do erro: {}",
-                        kEnderecoSuporte, error.what()));
+        return UnknownError(error.what());
+    } catch (...) {
+        return UnknownError("exceção de tipo desconhecido");
+    }
+}
+
+/// The result of a validation during which something failed, from inside the handler of the failure.
+TValidateArgs FailureResult() {
+    TValidateArgs result;
+    result.ValidXml = true;
+    result.AllMessages.push_back(FailureMessage());
+    try {
+        throw;
+    } catch (const ESchemaNotFound& missing) {
+        result.MissingSchema = missing.File();
+    } catch (...) { // NOLINT(bugprone-empty-catch): its message was made above
+    }
+    return result;
+}
+
+/// Does one step of a validation; answers the result to post where it fails.
+template<class Step>
+std::optional<TValidateArgs> Attempt(Step&& step) {
+    try {
+        step();
+        return std::nullopt;
+    } catch (...) {
+        return FailureResult();
     }
 }
 
@@ -134,6 +167,7 @@ void TValidadorController::LoadFromBytes(const std::string& name, std::string by
 }
 
 void TValidadorController::Open(const std::string& name, TXmlText text) {
+    ++openings_;
     fileName_ = name;
     versaoTiss_.clear();
     flags_.Clear();
@@ -174,8 +208,13 @@ void TValidadorController::SaveAs(const std::string& xml, const std::string& fil
 
 void TValidadorController::CloseFile() {
     RequireFile("Não é possível alterar o Xml, pois não tem arquivo carregado.");
-    if (!events_.OnFileClose.Notify({{fileName_, flags_}}).CanClose)
+    if (closing_)
         return;
+    closing_ = true;
+    const std::shared_ptr<void> asked(nullptr, [this](void*) { closing_ = false; });
+    if (!events_.OnFileClose.Notify({{fileName_, flags_}})->CanClose)
+        return;
+    ++openings_;
     fileName_.clear();
     versaoTiss_.clear();
     flags_.Clear();
@@ -203,27 +242,34 @@ void TValidadorController::Validate(std::string xml, const std::vector<std::stri
 void TValidadorController::Validate(std::shared_ptr<const std::string> xml,
                                     const std::vector<std::string>& enabledValidations) {
     RequireFile("Para validar um XML, é necessário ter um arquivo carregado.");
+    const unsigned opening = openings_;
+    const unsigned validation = ++validations_;
+    std::optional<TValidateArgs> failure = Attempt([&] {
+        BeginValidation();
+        if (openings_ == opening && validations_ == validation)
+            Post(Run(xml), enabledValidations);
+    });
+    // Posting a failure may fail for the observer that failed before; that is not posted once more.
+    const auto postFailure = [&] {
+        if (failure && openings_ == opening)
+            Attempt([&] { Post(std::move(*failure), enabledValidations); });
+    };
+    postFailure();
+    flags_.Exclude(TFileStateFlag::sfValidando);
+    const bool failedBefore = failure.has_value();
+    failure = Attempt([this] { NotifyState(); });
+    if (failure && !failedBefore) {
+        postFailure();
+        Attempt([this] { NotifyState(); });
+    }
+}
+
+void TValidadorController::BeginValidation() {
     versaoTiss_.clear();
     flags_.Include(TFileStateFlag::sfValidando);
     flags_.Exclude(TFileStateFlag::sfValidado);
     flags_.Exclude(TFileStateFlag::sfValido);
     flags_.Exclude(TFileStateFlag::sfInvalido);
-    NotifyState();
-
-    TValidateArgs result;
-    try {
-        result = Run(xml);
-    } catch (const std::exception& failure) {
-        result = {};
-        result.ValidXml = true;
-        result.AllMessages.push_back(FailureMessage());
-        if (const auto* missing = dynamic_cast<const ESchemaNotFound*>(&failure))
-            result.MissingSchema = missing->File();
-    }
-    // An observer that fails must not leave the file marked as being validated.
-    const std::shared_ptr<void> finish(nullptr,
-                                       [this](void*) { flags_.Exclude(TFileStateFlag::sfValidando); });
-    Post(std::move(result), enabledValidations);
     NotifyState();
 }
 
@@ -258,6 +304,7 @@ void TValidadorController::Post(TValidateArgs result, const std::vector<std::str
         }
     }
     flags_.Exclude(TFileStateFlag::sfValidando);
+    flags_.Exclude(TFileStateFlag::sfValido); // of a result that a failure replaces
     flags_.Include(TFileStateFlag::sfValidado);
     if (failed) {
         flags_.Include(TFileStateFlag::sfInvalido);

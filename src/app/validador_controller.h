@@ -33,6 +33,14 @@ class EFileNotLoaded : public std::runtime_error {
 
 /// One open TISS file: its name, state and version; opens, saves, closes and validates it, and tells its
 /// observers of each. For one thread.
+///
+/// Observers may use the controller from inside its events; what they ask for is done at once, events
+/// included, before the call returns:
+/// - a validation inside another's events is the newer one. Of the older one nothing more is done or told but
+///   the change of state that ends it; a run that had not begun does not begin;
+/// - the same holds of a validation in whose events the file is closed or another opened;
+/// - a file that is being closed is not closed twice: the inner call does nothing.
+/// The controller has to outlive its events: who removes it in one keeps a reference.
 class TValidadorController {
   public:
     /// `terminology`: opened anew for each validation.
@@ -65,7 +73,9 @@ class TValidadorController {
     void SaveAs(const std::string& xml, const std::string& fileName);
 
     /// Validates a text and tells the result through OnValidate; a failure on the way becomes a message of
-    /// the result. `enabledValidations`: names of the rules that are switched on. Raises EFileNotLoaded.
+    /// the result. So does a failure of an observer, in place of what was found; the file then ends as
+    /// invalid, and the state change that ends the validation is told all the same. Nothing of this is
+    /// raised. `enabledValidations`: names of the rules that are switched on. Raises EFileNotLoaded.
     void Validate(std::shared_ptr<const std::string> xml, const std::vector<std::string>& enabledValidations);
     void Validate(std::string xml, const std::vector<std::string>& enabledValidations);
 
@@ -76,12 +86,16 @@ class TValidadorController {
     void RequireFile(const char* reason) const;
     void NotifyState();
     void Open(const std::string& name, TXmlText text);
+    void BeginValidation();
     TValidateArgs Run(const std::shared_ptr<const std::string>& xml);
     void Post(TValidateArgs result, const std::vector<std::string>& enabledValidations);
 
     std::string fileName_;
     std::string versaoTiss_;
     TFileStateFlags flags_;
+    unsigned openings_ = 0;    ///< times that a file was opened or closed
+    unsigned validations_ = 0; ///< validations begun
+    bool closing_ = false;     ///< the observers of OnFileClose are being asked
     TValidatorEvents events_;
     TSchemaFolder schemas_;
     TDBConnectionFactory terminology_;

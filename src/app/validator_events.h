@@ -4,6 +4,8 @@
 #include "model/arquivo_tiss.h"
 #include "xml/xml_message.h"
 
+#include <algorithm>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -45,26 +47,65 @@ struct TValidateArgs : TValidatorArgs {
     std::filesystem::path MissingSchema;
 };
 
-/// An event with its observers, who are told in the order in which they subscribed.
+/// An event with its observers, who are told in the order in which they subscribed. From inside a
+/// notification an observer may subscribe, unsubscribe and cause the same event again:
+/// - who subscribes is told from the next notification on, who is unsubscribed no more;
+/// - a notification that is caused inside another is the newer one: it reaches all observers at once, and the
+///   older one ends there, so that what an observer is told last is what happened last.
 template<class Args>
 class TValidatorEvent {
   public:
     using TObserver = std::function<void(Args&)>;
 
-    void Subscribe(TObserver observer) { observers_.push_back(std::move(observer)); }
-    /// Tells every observer before it returns; answers the arguments as they left them.
-    const Args& Notify(Args args) {
-        current_ = std::move(args);
-        for (const TObserver& observer : observers_)
-            observer(current_);
-        return current_;
+    /// Answers a number by which the observer is unsubscribed.
+    int Subscribe(TObserver observer) {
+        observers_.push_back({++lastObserver_, std::make_shared<const TObserver>(std::move(observer))});
+        return lastObserver_;
     }
-    /// Arguments of the last notification.
-    const Args& Current() const { return current_; }
+    void Unsubscribe(int observer) {
+        std::erase_if(observers_, [&](const TEntry& entry) { return entry.Number == observer; });
+    }
+
+    /// Tells every observer before it returns; answers the arguments as they left them. An observer that
+    /// raises does not keep the others from being told; the first exception is raised at the end.
+    std::shared_ptr<const Args> Notify(Args args) {
+        const auto own = std::make_shared<Args>(std::move(args));
+        current_ = own;
+        std::exception_ptr failure;
+        const std::vector<TEntry> observers = observers_;
+        for (const TEntry& entry : observers) {
+            if (current_ != own)
+                break;
+            if (!IsSubscribed(entry.Number))
+                continue;
+            try {
+                (*entry.Observer)(*own);
+            } catch (...) {
+                if (failure == nullptr)
+                    failure = std::current_exception();
+            }
+        }
+        if (failure != nullptr)
+            std::rethrow_exception(failure);
+        return own;
+    }
+    /// Arguments of the last notification; they stay as they are until the next one.
+    const Args& Current() const { return *current_; }
 
   private:
-    Args current_;
-    std::vector<TObserver> observers_;
+    struct TEntry {
+        int Number;
+        std::shared_ptr<const TObserver> Observer; ///< kept alive while it is being told
+    };
+
+    bool IsSubscribed(int observer) const {
+        return std::any_of(observers_.begin(), observers_.end(),
+                           [&](const TEntry& entry) { return entry.Number == observer; });
+    }
+
+    std::shared_ptr<const Args> current_ = std::make_shared<const Args>();
+    std::vector<TEntry> observers_;
+    int lastObserver_ = 0;
 };
 
 /// The events of one open file.

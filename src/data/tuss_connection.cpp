@@ -137,33 +137,55 @@ struct TTussConnection::TImpl {
         });
     }
 
-    bool HasRows(std::string_view table) {
-        const auto known = hasRows.find(table);
+    // Whether a table has any row, or any of the TUSS table `number` where one is given.
+    bool HasRows(std::string_view table, std::string_view number = {}) {
+        std::string key(table);
+        key.append(" ").append(number);
+        const auto known = hasRows.find(key);
         if (known != hasRows.end()) {
             return known->second;
         }
-        const std::string name(table);
-        TSqlStatement query = Prepare("1", name, "LIMIT 1");
-        const bool answer = Run(query, {}, [&] { return query.Step(); });
-        hasRows.emplace(name, answer);
+        const bool ofNumber = !number.empty();
+        TSqlStatement query =
+            Prepare("1", std::string(table), "LIMIT 1",
+                    ofNumber ? std::vector<std::string>{"TABELA"} : std::vector<std::string>{});
+        std::vector<std::optional<std::string>> keys;
+        if (ofNumber) {
+            keys.emplace_back(number);
+        }
+        const bool answer = Run(query, std::move(keys), [&] { return query.Step(); });
+        hasRows.emplace(std::move(key), answer);
         return answer;
     }
 
-    TTussTableStatistics StatisticsOf(const TTussTable& table) const {
+    // Terms that were all taken out of use stand in the table of the inactivated ones alone.
+    bool HasTerms(std::string_view number) {
+        return HasRows(TussTableName(number)) || HasRows(kTableTussInativado, number);
+    }
+
+    bool IsInstalled(const TTussTable& table) {
+        const auto number = std::find_if(kTermTables.begin(), kTermTables.end(), [&](std::string_view known) {
+            return TussTableName(known) == table.name;
+        });
+        return number != kTermTables.end() ? HasTerms(*number) : HasRows(table.name);
+    }
+
+    TTussTableStatistics StatisticsOf(const TTussTable& table) {
         const bool hasStart =
             std::find(table.columns.begin(), table.columns.end(), kColumnStart) != table.columns.end();
         const std::string newest = hasStart ? "MAX(DATA_INICIO_VIGENCIA)" : "NULL";
         TSqlStatement query = Prepare("COUNT(*), " + newest + " AS DATA_INICIO_VIGENCIA", table.name, "");
         return Run(query, {}, [&] {
             query.Step();
-            return TTussTableStatistics{table.name, query.Column(0).getInt64(), DateOf(query.Column(1))};
+            return TTussTableStatistics{table.name, query.Column(0).getInt64(), DateOf(query.Column(1)),
+                                        IsInstalled(table)};
         });
     }
 
-    TSqlStatement Prepare(const std::string& columns, const std::string& table,
-                          const std::string& tail) const {
+    TSqlStatement Prepare(const std::string& columns, const std::string& table, const std::string& tail,
+                          const std::vector<std::string>& keys = {}) const {
         try {
-            return TSqlStatement::Select(*database, columns, table, {}, tail);
+            return TSqlStatement::Select(*database, columns, table, keys, tail);
         } catch (const SQLite::Exception& error) {
             throw ETerminologiaNaoConsultada(file, SqliteReason(error));
         }
@@ -248,7 +270,16 @@ bool TTussConnection::HasCity(std::string_view code) const {
 }
 
 bool TTussConnection::IsInstalled(std::string_view table) const {
-    return impl_->HasRows(table == "64" ? kTableTuss64 : TussTableName(table));
+    return impl_->HasTerms(table);
+}
+
+bool TTussConnection::IsTable64Installed() const {
+    return impl_->HasRows(kTableTuss64);
+}
+
+bool TTussConnection::IsTable64InstalledFor(std::string_view table) const {
+    TussTableName(table); // refuses any other number
+    return impl_->HasRows(kTableTuss64, table);
 }
 
 bool TTussConnection::AreCitiesInstalled() const {

@@ -27,6 +27,7 @@ struct TTussTableStatistics {
     std::string name;
     std::int64_t rows = 0;
     std::optional<TDate> newestStart; ///< latest start of validity; none where the table has no such dates
+    bool installed = false;           ///< has rows; a table of terms also where all of them were inactivated
 };
 
 /// An open terminology database; never written to. It sees the file as it was at opening, and an import
@@ -58,9 +59,14 @@ class TTussConnection {
     /// Whether a municipality has this code, with or without check digit.
     bool HasCity(std::string_view code) const;
 
-    /// Whether the table of a TUSS number ("64" included) has any row; asked of the file once a table.
+    /// Whether any term of a TUSS table is known, be it an inactivated one; asked of the file once a table.
     /// Raises also ETabelaTussSemEntidade.
     bool IsInstalled(std::string_view table) const;
+
+    /// Whether domain table 64 has any row; and whether it has any for the terms of a TUSS table, since each
+    /// table's part of it comes in a file of its own. Raises also ETabelaTussSemEntidade.
+    bool IsTable64Installed() const;
+    bool IsTable64InstalledFor(std::string_view table) const;
 
     /// Whether the table of municipalities has any row; asked of the file once.
     bool AreCitiesInstalled() const;

@@ -30,6 +30,14 @@ bool IsContratado(const TXmlNode& node) {
            node.Parent()->LocalName() != "dadosSolicitante";
 }
 
+/// The name in such an element; null when there is none. The fees guides of 3.x have their own element.
+const TXmlNode* NomeDoContratado(const TXmlNode& contratado) {
+    const TXmlNode* nome = contratado.Child("nomeContratado");
+    if (nome == nullptr && contratado.LocalName() == "dadosContratadoExecutante")
+        nome = contratado.Child("nomeContratadoExecutante");
+    return nome;
+}
+
 } // namespace
 
 std::string_view TTissUtils::VersaoTiss2(const TXmlDocument& document) {
@@ -87,7 +95,7 @@ std::string_view TTissUtils::NomeContratado(const TXmlDocument& document) {
         return {};
     for (const TXmlNode* node = lote->NextInWalk(lote); node != nullptr; node = node->NextInWalk(lote))
         if (node->IsTag() && IsContratado(*node))
-            if (const TXmlNode* nome = node->Child("nomeContratado"); nome != nullptr)
+            if (const TXmlNode* nome = NomeDoContratado(*node); nome != nullptr)
                 return nome->Value();
     return {};
 }

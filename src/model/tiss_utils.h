@@ -26,8 +26,9 @@ class TTissUtils {
     static std::string_view IdentificacaoPrestadorCnpj(const TXmlDocument& document);
     static std::string_view IdentificacaoPrestadorCpf(const TXmlDocument& document);
     static std::string_view IdentificacaoPrestadorCodigoNaOperadora(const TXmlDocument& document);
-    /// The name of the provider whose services the first lot of guides bills. Who only requested the
-    /// services (dadosSolicitante) is not it.
+    /// The name of the contracted provider of the first lot of guides, the first in document order: in a fees
+    /// guide of 2.x that is the place of the services (contratado), which stands before who rendered them.
+    /// Who only requested the services (dadosSolicitante) is not it.
     static std::string_view NomeContratado(const TXmlDocument& document);
 };
 

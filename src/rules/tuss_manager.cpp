@@ -51,10 +51,22 @@ std::shared_ptr<TTussManager> OpenTussManager(const std::shared_ptr<const ITussC
 }
 
 std::optional<std::string> TTussNotices::NotInstalled(const TTussManager& manager, std::string_view table) {
-    if (manager.IsInstalled(table) || !told_.emplace(table).second)
+    return manager.IsInstalled(table) ? std::nullopt : TellOnce(std::string(table));
+}
+
+std::optional<std::string> TTussNotices::Table64NotInstalled(const TTussManager& manager,
+                                                             std::string_view table) {
+    if (manager.IsTable64InstalledFor(table))
+        return std::nullopt;
+    return TellOnce(manager.IsTable64Installed() ? fmt::format("64 (termos da tabela {})", table) : "64");
+}
+
+std::optional<std::string> TTussNotices::TellOnce(std::string table) {
+    const auto [told, isNew] = told_.insert(std::move(table));
+    if (!isNew)
         return std::nullopt;
     return fmt::format(
-        "A tabela {} da TUSS não está instalada; os códigos dessa tabela não foram verificados.", table);
+        "A tabela {} da TUSS não está instalada; os códigos dessa tabela não foram verificados.", *told);
 }
 
 std::optional<std::string> TTussNotices::CitiesNotInstalled(const TTussManager& manager) {

@@ -40,8 +40,13 @@ class TTussManager {
     const std::vector<TTuss64>& Table64(std::string_view table, std::string_view code);
     /// Whether a municipality has this code, with or without check digit.
     bool HasCity(std::string_view code);
-    /// Whether a TUSS table ("64" included) has any row, without which its codes cannot be judged.
+    /// Whether any term of a TUSS table is known, without which its codes cannot be judged.
     bool IsInstalled(std::string_view table) const { return connection_->IsInstalled(table); }
+    /// The same for the consolidation of its terms.
+    bool IsTable64InstalledFor(std::string_view table) const {
+        return connection_->IsTable64InstalledFor(table);
+    }
+    bool IsTable64Installed() const { return connection_->IsTable64Installed(); }
     bool AreCitiesInstalled() const { return connection_->AreCitiesInstalled(); }
 
   private:
@@ -64,12 +69,16 @@ std::shared_ptr<TTussManager> OpenTussManager(const std::shared_ptr<const ITussC
 /// What one rule has told of tables that are not installed, so that it tells it once a run and table.
 class TTussNotices {
   public:
-    /// The warning, the first time that it is asked for of a table that has no row; nothing otherwise.
+    /// The warning, the first time that it is asked for of a table that is not installed; nothing otherwise.
     std::optional<std::string> NotInstalled(const TTussManager& manager, std::string_view table);
+    /// The same of domain table 64 for the terms of a table; told once where it has no row at all.
+    std::optional<std::string> Table64NotInstalled(const TTussManager& manager, std::string_view table);
     std::optional<std::string> CitiesNotInstalled(const TTussManager& manager);
 
   private:
-    std::set<std::string, std::less<>> told_; ///< numbers of tables; empty text: the municipalities
+    std::optional<std::string> TellOnce(std::string table);
+
+    std::set<std::string, std::less<>> told_; ///< names of tables; empty text: the municipalities
 };
 
 } // namespace conferix

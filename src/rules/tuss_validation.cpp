@@ -59,8 +59,8 @@ std::string TTussValidation::ValidationMessage() {
     case TTussResult::Valid:
         break;
     case TTussResult::Inactivated:
-        return fmt::format("O termo de código {} da tabela {} da TUSS foi inativado em {}.", code_, table_,
-                           DateText(verdict.End));
+        return fmt::format("O termo de código {} da tabela {} da TUSS foi inativado{}.", code_, table_,
+                           verdict.End ? " em " + DateText(verdict.End) : "");
     case TTussResult::NotFound:
         return fmt::format("O termo de código {} da tabela {} da TUSS não foi localizado no componente de "
                            "representação de conceitos em saúde do padrão TISS.",
@@ -91,14 +91,15 @@ TTussValidation::TVerdict TTussValidation::Evaluate() const {
         inForce = !notYet;
     }
     if (term.inactivation.found) {
-        if (!verdict.End || date_ <= *verdict.End)
+        // Without its day the inactivation holds on all days.
+        if (verdict.End && date_ <= *verdict.End)
             inForce = true;
         else
             inactivated = true;
     }
     if (inForce && inactivated) {
         // A start after the inactivation says that the term was reintroduced.
-        const bool reintroduced = verdict.Start && *verdict.Start > *verdict.End;
+        const bool reintroduced = verdict.Start && verdict.End && *verdict.Start > *verdict.End;
         verdict.Result = reintroduced ? TTussResult::Valid : TTussResult::Inactivated;
     } else if (inForce) {
         verdict.Result = TTussResult::Valid;

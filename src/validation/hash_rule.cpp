@@ -103,8 +103,17 @@ void THashSolver::Solve() {
     TXmlDocument& document = *File()->Xml();
     if (sanitize_)
         TXmlSanitizer::Sanitize(document);
-    if (TXmlNode* hash = File()->HashNode())
-        hash->SetValue(THashCalculator::Calculate(document, encoding_));
+    TXmlNode* hash = File()->HashNode();
+    if (hash == nullptr)
+        return;
+    hash->SetValue(THashCalculator::Calculate(document, encoding_));
+    // Other readers would take a CDATA section for a part of the hash.
+    for (TXmlNode* child = hash->FirstChild(); child != nullptr;) {
+        TXmlNode* next = child->NextSibling();
+        if (child->Kind() == TXmlNodeKind::xnCData)
+            child->Remove();
+        child = next;
+    }
 }
 
 std::string TSanitizeHashSolver::Description() const {

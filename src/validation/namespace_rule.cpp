@@ -2,6 +2,8 @@
 
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
+#include "validation/namespace_solver.h"
+#include "validation/signature.h"
 #include "xml/xml_scanner.h"
 
 #include <fmt/format.h>
@@ -14,28 +16,12 @@ namespace conferix {
 
 namespace {
 
-constexpr std::string_view kTissNamespace = "http://www.ans.gov.br/padroes/tiss/schemas";
-constexpr std::string_view kTissNamespaceCore = "www.ans.gov.br/padroes/tiss";
-constexpr std::string_view kSignatureNamespace = "http://www.w3.org/2000/09/xmldsig#";
-constexpr std::string_view kSignaturePrefix = "ds";
-
 constexpr std::array<std::string_view, 15> kSignatureNames = {
     "Signature",       "SignedInfo",       "CanonicalizationMethod",
     "SignatureMethod", "HMACOutputLength", "Reference",
     "Transforms",      "Transform",        "DigestMethod",
     "DigestValue",     "SignatureValue",   "KeyInfo",
     "X509Data",        "X509Certificate",  "Object"};
-
-/// The element that is a signature itself.
-bool IsSignature(const TXmlNode& node) {
-    return node.IsTag() && node.LocalName() == "Signature";
-}
-
-/// An element of the message that holds the parts of a signature.
-bool IsSignatureWrapper(const TXmlNode& node) {
-    return node.IsTag() &&
-           (node.LocalName() == "assinaturaDigital" || node.LocalName() == "assinaturaDigitalGuia");
-}
 
 void AddDistinct(std::vector<std::string_view>& list, std::string_view text) {
     if (std::find(list.begin(), list.end(), text) == list.end())
@@ -55,14 +41,6 @@ std::vector<std::string_view> Prefixes(const std::vector<std::string_view>& name
     if (prefixes.size() == 1 && prefixes.front().empty())
         prefixes.clear();
     return prefixes;
-}
-
-/// The first node after a subtree, in document order within `root`.
-template<class Node>
-Node* AfterSubtree(Node* node, const TXmlNode* root) {
-    while (node != root && node->NextSibling() == nullptr)
-        node = node->Parent();
-    return node == root ? nullptr : node->NextSibling();
 }
 
 } // namespace
@@ -180,77 +158,6 @@ void TNamespaceValidation::JudgeSignatureTags(const std::shared_ptr<const IArqui
     } else {
         AddMessage(TValidationMessage::CreateSuccess(this, "O namespace da assinatura digital é válido."));
     }
-}
-
-namespace {
-
-bool DeclaresSignaturePrefix(const TXmlNode& node) {
-    const std::string declaration = fmt::format("xmlns:{}", kSignaturePrefix);
-    for (const TXmlNode* scope = &node; scope != nullptr && scope->IsTag(); scope = scope->Parent())
-        if (const TXmlAttribute* attribute = scope->Attribute(declaration))
-            return attribute->Value() == kSignatureNamespace;
-    return false;
-}
-
-void DropDefaultSignatureNamespace(TXmlNode& node) {
-    const TXmlAttribute* declaration = node.Attribute("xmlns");
-    if (declaration != nullptr && declaration->Value().find("xmldsig") != std::string_view::npos)
-        node.RemoveAttribute("xmlns");
-}
-
-void SolveSignature(TXmlNode& signature) {
-    if (!DeclaresSignaturePrefix(signature))
-        signature.SetAttribute(fmt::format("xmlns:{}", kSignaturePrefix), kSignatureNamespace);
-    for (TXmlNode* node = &signature; node != nullptr; node = node->NextInWalk(&signature)) {
-        if (!node->IsTag())
-            continue;
-        DropDefaultSignatureNamespace(*node);
-        if (node != &signature || IsSignature(signature))
-            node->SetPrefix(kSignaturePrefix);
-    }
-}
-
-/// Gives the root's declarations of the TISS namespace the expected prefix; one of them stays.
-void SolveRootDeclarations(TXmlNode& root, std::string_view expectedPrefix) {
-    const std::string expected = fmt::format("xmlns:{}", expectedPrefix);
-    std::vector<std::string> found;
-    for (const TXmlAttribute& attribute : root.Attributes())
-        if (attribute.QualifiedName().starts_with("xmlns") &&
-            attribute.Value().find(kTissNamespaceCore) != std::string_view::npos)
-            found.emplace_back(attribute.QualifiedName());
-    for (const std::string& name : found) {
-        if (name == expected)
-            continue;
-        if (root.Attribute(expected) == nullptr)
-            root.RenameAttribute(name, expected);
-        else
-            root.RemoveAttribute(name);
-    }
-    if (found.empty())
-        root.SetAttribute(expected, kTissNamespace);
-}
-
-} // namespace
-
-void TNamespaceSolver::Solve() {
-    if (solved_)
-        return;
-    solved_ = true;
-    TXmlDocument& document = *File()->Xml();
-    const std::string_view expected = File()->GetNamespace();
-    TXmlNode* root = document.Element();
-    for (TXmlNode* node = root; node != nullptr;) {
-        if (IsSignature(*node) || IsSignatureWrapper(*node)) {
-            SolveSignature(*node);
-            node = AfterSubtree(node, &document.Root());
-        } else {
-            node = node->NextInWalk(&document.Root());
-        }
-    }
-    SolveRootDeclarations(*root, expected);
-    for (TXmlNode* node = root; node != nullptr; node = node->NextInWalk(&document.Root()))
-        if (node->IsTag() && node->Prefix() != kSignaturePrefix)
-            node->SetPrefix(expected);
 }
 
 } // namespace conferix

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "validation/named_validation.h"
-#include "validation/solver.h"
 
 namespace conferix {
 
@@ -33,18 +32,5 @@ using TMonitoramentoNamespaceValidation =
     TNamedValidation<TNamespaceValidation, "tiss.monitoramento.namespace", "Namespace">;
 using TMonitoramentoQualidadeNamespaceValidation =
     TNamedValidation<TNamespaceValidation, "tiss.qualidade.namespace", "Namespace">;
-
-/// Gives every tag the prefix that the file's version uses, "ds" to the tags of signatures, and declares
-/// both. Solving twice does nothing the second time.
-class TNamespaceSolver : public TAbstractSolver {
-  public:
-    using TAbstractSolver::TAbstractSolver;
-    std::string Name() const override { return "TNamespaceSolver"; }
-    std::string Description() const override { return "Corrigir namespaces. "; }
-    void Solve() override;
-
-  private:
-    bool solved_ = false;
-};
 
 } // namespace conferix

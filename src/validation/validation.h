@@ -81,6 +81,9 @@ class TValidation : public IArquivoTissVisitor {
     mutable IValidationIdentity identity_;
 };
 
+/// There is one kind of rule; callers depend on this name.
+using IValidation = TValidation;
+
 /// Makes a rule with the whole tree below it.
 template<class T, class... Args>
 std::shared_ptr<T> MakeValidation(Args&&... args) {

@@ -124,4 +124,8 @@ class TLoteGuiasMonitoramentoValidationMessage : public TValidationMessage {
 /// The findings of a rule or of a run, in the order in which they were added; duplicates are allowed.
 using TValidationMessages = std::vector<std::shared_ptr<const TValidationMessage>>;
 
+/// There is one kind of each; callers depend on these names.
+using IValidationMessage = TValidationMessage;
+using IValidationMessages = TValidationMessages;
+
 } // namespace conferix

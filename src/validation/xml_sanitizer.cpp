@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <utility>
+#include <vector>
 
 namespace conferix {
 
@@ -90,7 +91,10 @@ std::string TXmlSanitizer::StripAccents(std::string_view value) {
     return out;
 }
 
-std::string TXmlSanitizer::SanitizeNodeValue(std::string_view value) {
+namespace {
+
+/// What cleaning does to a piece of a value, wherever the piece stands in it.
+std::string SanitizePiece(std::string_view value) {
     std::string kept;
     kept.reserve(value.size());
     std::copy_if(value.begin(), value.end(), std::back_inserter(kept), [](char c) { return !IsRemoved(c); });
@@ -101,17 +105,56 @@ std::string TXmlSanitizer::SanitizeNodeValue(std::string_view value) {
             continue;
         spaced += kept[i] == '\r' || kept[i] == '\n' ? ' ' : kept[i];
     }
-    const std::size_t first = spaced.find_first_not_of(' ');
-    if (first == std::string::npos)
-        return {};
-    return StripAccents(std::string_view(spaced).substr(first, spaced.find_last_not_of(' ') - first + 1));
+    return TXmlSanitizer::StripAccents(spaced);
+}
+
+void TrimStart(std::string& text) {
+    text.erase(0, text.find_first_not_of(' '));
+}
+
+void TrimEnd(std::string& text) {
+    text.erase(text.find_last_not_of(' ') + 1);
+}
+
+/// Cleans a value that comments, instructions or CDATA sections interrupt: piece by piece, so that each stays
+/// where it stands, and trimmed where the value begins and ends.
+void SanitizePieces(TXmlNode& tag) {
+    std::vector<std::pair<TXmlNode*, std::string>> pieces;
+    for (TXmlNode* child = tag.FirstChild(); child != nullptr; child = child->NextSibling())
+        if (child->Kind() == TXmlNodeKind::xnText)
+            pieces.emplace_back(child, SanitizePiece(child->Value()));
+    for (auto piece = pieces.begin(); piece != pieces.end(); ++piece) {
+        TrimStart(piece->second);
+        if (!piece->second.empty())
+            break;
+    }
+    for (auto piece = pieces.rbegin(); piece != pieces.rend(); ++piece) {
+        TrimEnd(piece->second);
+        if (!piece->second.empty())
+            break;
+    }
+    for (const auto& [node, clean] : pieces)
+        if (clean != node->Value())
+            node->SetValue(clean);
+}
+
+} // namespace
+
+std::string TXmlSanitizer::SanitizeNodeValue(std::string_view value) {
+    std::string clean = SanitizePiece(value);
+    TrimStart(clean);
+    TrimEnd(clean);
+    return clean;
 }
 
 void TXmlSanitizer::Sanitize(TXmlDocument& document) {
     TXmlMappingScanner::Scan(document.Root(), [](TXmlNode& node, bool&) {
-        // Beside a CDATA section the value is only a part of the text, which setting it would replace whole.
-        if (!node.IsTag() || !node.HasValue() || node.HasCData())
+        if (!node.IsTag() || !node.HasValue())
             return;
+        if (node.FirstChild() != nullptr) {
+            SanitizePieces(node);
+            return;
+        }
         const std::string clean = SanitizeNodeValue(node.Value());
         if (clean != node.Value())
             node.SetValue(clean);

@@ -72,6 +72,9 @@ class TXmlMessage {
     std::vector<std::shared_ptr<ISolver>> solvers_;
 };
 
+/// There is one kind of message; callers depend on this name.
+using IXmlMessage = TXmlMessage;
+
 using TXmlMessages = std::vector<std::shared_ptr<const TXmlMessage>>;
 
 } // namespace conferix

@@ -113,13 +113,6 @@ TXmlNode* TXmlNode::NextInWalk(const TXmlNode* root) {
     return NextInPreOrder(this, root);
 }
 
-bool TXmlNode::HasCData() const {
-    for (const TXmlNode& child : Children())
-        if (child.kind_ == TXmlNodeKind::xnCData)
-            return true;
-    return false;
-}
-
 std::string TXmlNode::TextWithCData() const {
     if (firstChild_ == nullptr)
         return std::string(Value());
@@ -141,22 +134,65 @@ TXmlDocument& TXmlNode::Document() {
     return *top->document_;
 }
 
-void TXmlNode::SetValue(std::string_view value) {
-    if (!IsTag() || FirstChildTag() != nullptr)
-        return;
+void TXmlNode::KeepValue(std::string_view value) {
     TXmlDocument& document = Document();
-    TXmlNode** link = &firstChild_;
-    while (*link != nullptr) {
-        if (IsCharacterData((*link)->kind_))
-            *link = (*link)->nextSibling_;
-        else
-            link = &(*link)->nextSibling_;
-    }
     const std::string_view kept = document.arena_.Copy(value);
     value_ = kept.empty() ? nullptr : kept.data();
     valueLength_ = static_cast<std::uint32_t>(kept.size());
     flags_ |= kValueChanged;
     document.changed_ = true;
+}
+
+TXmlNode& TXmlNode::TextPiece() {
+    TXmlNode* found = nullptr;
+    for (TXmlNode* child = firstChild_; child != nullptr; child = child->nextSibling_) {
+        if (child->kind_ != TXmlNodeKind::xnText)
+            continue;
+        if (!TrimXmlSpace(child->Value()).empty())
+            return *child;
+        if (found == nullptr)
+            found = child;
+    }
+    if (found != nullptr)
+        return *found;
+    auto* added = Document().arena_.New<TXmlNode>();
+    added->kind_ = TXmlNodeKind::xnText;
+    added->flags_ = kNew;
+    added->name_ = Document().root_.name_;
+    added->parent_ = this;
+    added->nextSibling_ = firstChild_;
+    firstChild_ = added;
+    return *added;
+}
+
+void TXmlNode::SetValue(std::string_view value) {
+    if (kind_ == TXmlNodeKind::xnText) {
+        KeepValue(value);
+        if (parent_->FirstChildTag() == nullptr)
+            parent_->JoinPieces();
+        return;
+    }
+    if (!IsTag() || FirstChildTag() != nullptr)
+        return;
+    if (firstChild_ == nullptr) {
+        KeepValue(value);
+        return;
+    }
+    TXmlNode& place = TextPiece();
+    for (TXmlNode* child = firstChild_; child != nullptr; child = child->nextSibling_)
+        if (child->kind_ == TXmlNodeKind::xnText)
+            child->KeepValue(child == &place ? value : std::string_view{});
+    JoinPieces();
+}
+
+void TXmlNode::JoinPieces() {
+    std::string joined;
+    for (const TXmlNode& child : Children())
+        if (child.kind_ == TXmlNodeKind::xnText)
+            joined += child.Value();
+    const std::string_view kept = Document().arena_.Copy(joined);
+    value_ = TrimXmlSpace(kept).empty() ? nullptr : kept.data();
+    valueLength_ = value_ == nullptr ? 0 : static_cast<std::uint32_t>(kept.size());
 }
 
 void TXmlNode::SetPrefix(std::string_view prefix) {

@@ -120,7 +120,6 @@ class TXmlNode {
     std::string_view Value() const { return {value_, valueLength_}; }
     /// Text of a tag as a schema sees it: value, text nodes and CDATA sections joined.
     std::string TextWithCData() const;
-    bool HasCData() const;
 
     std::int32_t Line() const { return static_cast<std::int32_t>(line_); }       ///< 1-based
     std::int32_t LinePos() const { return static_cast<std::int32_t>(linePos_); } ///< 1-based, in characters
@@ -178,7 +177,9 @@ class TXmlNode {
     const TXmlDocument& Document() const;
     TXmlDocument& Document();
 
-    /// Sets the text of a tag that has no child tags (its text and CDATA pieces are replaced).
+    /// Sets the value of a tag that has no child tags; comments, instructions and CDATA sections in it stay
+    /// where they are, and the value goes to where its first piece stood. Of a text node, sets that piece of
+    /// its tag's value.
     void SetValue(std::string_view value);
     void SetPrefix(std::string_view prefix);
     /// Changes the attribute of that qualified name, or adds it after the last one.
@@ -211,6 +212,11 @@ class TXmlNode {
         return node;
     }
     TXmlAttribute* FindAttribute(std::string_view qualifiedName) const;
+    void KeepValue(std::string_view value);
+    /// The text node that takes the value of a tag whose text is interrupted by other nodes.
+    TXmlNode& TextPiece();
+    /// Makes the value of such a tag from its text nodes.
+    void JoinPieces();
 
     TXmlNode* parent_ = nullptr;
     TXmlNode* firstChild_ = nullptr;

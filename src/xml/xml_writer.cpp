@@ -139,7 +139,23 @@ class TXmlTreeWriter {
 
     std::size_t EndTagStart(const TXmlNode& node) const { return text_.rfind("</", node.byteEnd_ - 1); }
 
+    /// A piece of a value among comments, instructions and CDATA sections; a new one stands before them.
+    void WriteText(const TXmlNode& node) {
+        if (IsNew(node)) {
+            CopyTo(std::max<std::size_t>(node.Parent()->contentStart_, copied_));
+            AppendEscaped(out_, node.Value(), false);
+        } else if ((node.flags_ & TXmlNode::kValueChanged) != 0) {
+            CopyTo(node.byteStart_);
+            AppendEscaped(out_, node.Value(), false);
+            copied_ = node.byteEnd_;
+        }
+    }
+
     void Open(const TXmlNode& node) {
+        if (node.Kind() == TXmlNodeKind::xnText) {
+            WriteText(node);
+            return;
+        }
         if (IsNew(node)) {
             OpenNew(node);
             return;
@@ -166,13 +182,13 @@ class TXmlTreeWriter {
     }
 
     void Close(const TXmlNode& node) {
+        if (!node.IsTag())
+            return;
         if (IsNew(node)) {
             if (node.FirstChild() != nullptr || node.HasValue())
                 EndTag(node);
             return;
         }
-        if (!node.IsTag())
-            return;
         if (SelfClosed(node)) {
             const bool filled = node.HasValue() || node.FirstChild() != nullptr;
             if (filled && (node.flags_ & (TXmlNode::kValueChanged | TXmlNode::kChildInserted)) != 0)

@@ -11,6 +11,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
+
 namespace conferix {
 namespace {
 
@@ -197,19 +199,20 @@ TEST_F(Controller, UnknownFailuresAskForAReport) {
                 HasSubstr("Não foi possível abrir a base de terminologia \"" + file_ + "\": "));
 }
 
-TEST_F(Controller, ShowsValidFilesAsSuchAndObserversMayFail) {
+const std::string kWrongHash =
+    "<ans:mensagemTISS "
+    "xmlns:ans='http://www.ans.gov.br/padroes/tiss/schemas'><ans:cabecalho><ans:Padrao>3.05.00"
+    "</ans:Padrao></ans:cabecalho><ans:epilogo><ans:hash>3d4a7b9a0d0ae6d3a28bb5c2f1b5b6fb</ans:hash></"
+    "ans:epilogo>"
+    "</ans:mensagemTISS>";
+
+TEST_F(Controller, ShowsValidFilesAsSuch) {
     WriteTestFile(folder_.Path() / "tissV3_05_00.xsd",
                   "<schema xmlns='http://www.w3.org/2001/XMLSchema' elementFormDefault='qualified' "
                   "targetNamespace='http://www.ans.gov.br/padroes/tiss/schemas'><element "
                   "name='mensagemTISS'/></schema>");
-    const std::string valid =
-        "<ans:mensagemTISS "
-        "xmlns:ans='http://www.ans.gov.br/padroes/tiss/schemas'><ans:cabecalho><ans:Padrao>3.05.00"
-        "</ans:Padrao></ans:cabecalho><ans:epilogo><ans:hash>3d4a7b9a0d0ae6d3a28bb5c2f1b5b6fb</ans:hash></"
-        "ans:epilogo>"
-        "</ans:mensagemTISS>";
     controller_.LoadFromFile(file_);
-    controller_.Validate(valid, {});
+    controller_.Validate(kWrongHash, {});
     ASSERT_EQ(result_.ValidationMessages.size(), 1U) << testing::PrintToString(Shown());
     // The hash that the message asks for makes the file valid.
     const std::string solved = result_.ValidationMessages.front()->Solvers().front()->SolvedXml();
@@ -218,10 +221,175 @@ TEST_F(Controller, ShowsValidFilesAsSuchAndObserversMayFail) {
     EXPECT_TRUE(controller_.FileStateFlags().Contains(TFileStateFlag::sfValido));
     EXPECT_EQ(result_.AllMessages.size(), 3U);
     EXPECT_EQ(controller_.VersaoTiss(), "3.05.00");
+}
 
-    controller_.Events().OnValidate.Subscribe([](TValidateArgs&) { throw std::runtime_error("observador"); });
-    EXPECT_EQ(TextOf<std::runtime_error>([&] { controller_.Validate(solved, {}); }), "observador");
-    EXPECT_FALSE(controller_.FileStateFlags().Contains(TFileStateFlag::sfValidando));
+TEST_F(Controller, AnObserverThatFailsBecomesAMessage) {
+    const std::string begun = "estado sfAberto+sfValidando";
+    const std::string found = "não é XML sfAberto+sfValidado+sfInvalido";
+    const std::string posted = "validou sfAberto+sfValidado+sfInvalido";
+    const std::string ended = "estado sfAberto+sfValidado+sfInvalido";
+    const struct {
+        const char* Name;
+        std::set<int> StateFailures; ///< state changes of the validation at which the observer fails, from 1
+        std::set<int> ResultFailures;
+        std::vector<std::string> Told;
+    } cases[] = {
+        {"none", {}, {}, {begun, found, ended}},
+        {"at the beginning", {1}, {}, {begun, posted, ended}},
+        {"at the result", {}, {1}, {begun, found, posted, ended}},
+        {"at every result", {}, {1, 2, 3}, {begun, found, posted, ended}},
+        {"at the end", {2}, {}, {begun, found, ended, posted, ended}},
+        {"always", {1, 2, 3}, {1, 2, 3}, {begun, posted, ended}},
+    };
+    std::set<int> stateFailures;
+    std::set<int> resultFailures;
+    int states = 0;
+    int results = 0;
+    TValidatorEvents& events = controller_.Events();
+    events.OnStateChange.Subscribe([&](TStateChangeArgs&) {
+        if (stateFailures.count(++states) != 0)
+            throw std::runtime_error("observador");
+    });
+    events.OnValidate.Subscribe([&](TValidateArgs&) {
+        if (resultFailures.count(++results) != 0)
+            throw 42; // no exception class at all
+    });
+    std::vector<std::string> last; // what an observer behind those that fail is told
+    events.OnStateChange.Subscribe([&](TStateChangeArgs&) { last.push_back(log_.back()); });
+    events.OnValidate.Subscribe([&](TValidateArgs&) { last.push_back(log_.back()); });
+    controller_.LoadFromFile(file_);
+    for (const auto& c : cases) {
+        stateFailures = c.StateFailures;
+        resultFailures = c.ResultFailures;
+        states = results = 0;
+        TakeLog();
+        last.clear();
+        controller_.Validate("<a>", {});
+        EXPECT_EQ(last, c.Told) << c.Name;
+        EXPECT_EQ(TakeLog(), c.Told) << c.Name;
+        const bool failed = !stateFailures.empty() || !resultFailures.empty();
+        ASSERT_EQ(result_.ValidationMessages.size(), 1U) << c.Name;
+        EXPECT_EQ(result_.ValidationMessages.front()->MsgType() == TMessageType::mtFatal, failed) << c.Name;
+        const char* const detail = stateFailures.empty() ? "exceção de tipo desconhecido" : "observador";
+        EXPECT_THAT(result_.ValidationMessages.front()->Reason(),
+                    testing::EndsWith(failed ? fmt::format("\r\nDetalhe do erro: {}", detail)
+                                             : "o arquivo pode estar incompleto."))
+            << c.Name;
+    }
+}
+
+TEST_F(Controller, ObserversMaySubscribeAndUnsubscribeWhileTheyAreTold) {
+    TValidatorEvent<TStateChangeArgs>& event = controller_.Events().OnStateChange;
+    std::vector<std::string> told;
+    int second = 0;
+    int first = 0;
+    first = event.Subscribe([&, name = std::string("o primeiro dos observadores")](TStateChangeArgs&) {
+        event.Unsubscribe(first);
+        event.Unsubscribe(second);
+        for (int i = 0; i < 100; ++i) // the list grows while it is walked
+            event.Subscribe([&told](TStateChangeArgs&) { told.push_back("novo"); });
+        told.push_back(name); // its own captures outlive its subscription
+    });
+    second = event.Subscribe([&](TStateChangeArgs&) { told.push_back("segundo"); });
+    event.Subscribe([&](TStateChangeArgs&) { told.push_back("terceiro"); });
+    controller_.LoadFromFile(file_);
+    EXPECT_THAT(told, ElementsAre("o primeiro dos observadores", "terceiro"));
+    controller_.Modify();
+    EXPECT_EQ(told.size(), 2U + 101U);
+}
+
+TEST_F(Controller, WhatAnObserverAsksForIsDoneAtOnceAndIsTheNewest) {
+    const std::string other = (folder_.Path() / "outro.xml").string();
+    WriteTestFile(other, "<b/>");
+    const std::string begun = "estado sfAberto+sfValidando";
+    const std::string result = "não é XML sfAberto+sfValidado+sfInvalido";
+    const std::string ended = "estado sfAberto+sfValidado+sfInvalido";
+    const std::string closing = "fechar sfAberto+sfValidado+sfInvalido";
+    const std::string opened = "abriu <b/> sfAberto";
+    const auto validate = [&] { controller_.Validate("<dentro>", {}); };
+    const auto close = [&] { controller_.CloseFile(); };
+    const auto reopen = [&] {
+        controller_.CloseFile();
+        controller_.LoadFromFile(other);
+    };
+    const struct {
+        const char* Name;
+        bool AtTheResult; ///< else at the beginning
+        std::function<void()> Action;
+        std::vector<std::string> Told;
+        std::string Shown; ///< element that the result speaks of
+    } cases[] = {
+        {"validates at the result", true, validate, {begun, result, begun, result, ended, ended}, "<dentro>"},
+        {"validates at the beginning", false, validate, {begun, begun, result, ended, ended}, "<dentro>"},
+        {"closes at the result", true, close, {begun, result, closing, "estado ", "estado "}, "<fora>"},
+        {"closes at the beginning",
+         false,
+         close,
+         {begun, "fechar sfAberto+sfValidando", "estado ", "estado "},
+         ""},
+        {"opens another at the result",
+         true,
+         reopen,
+         {begun, result, closing, "estado ", opened, "estado sfAberto", "estado sfAberto"},
+         "<fora>"},
+        {"opens another and validates",
+         false,
+         [&] {
+             reopen();
+             validate();
+         },
+         {begun, "fechar sfAberto+sfValidando", "estado ", opened, "estado sfAberto", begun, result, ended,
+          ended},
+         "<dentro>"},
+    };
+    std::function<void()> atState;
+    std::function<void()> atResult;
+    const auto once = [](std::function<void()>& action) {
+        if (const auto taken = std::exchange(action, nullptr))
+            taken();
+    };
+    TValidatorEvents& events = controller_.Events();
+    events.OnStateChange.Subscribe([&](TStateChangeArgs&) { once(atState); });
+    events.OnValidate.Subscribe([&](TValidateArgs& args) {
+        const TXmlMessages before = args.ValidationMessages;
+        once(atResult);
+        EXPECT_EQ(args.ValidationMessages, before) << "the arguments are the notification's own";
+    });
+    std::vector<std::string> last; // of an observer behind: never an older result after a newer one
+    events.OnValidate.Subscribe(
+        [&](TValidateArgs& args) { last.push_back(args.ValidationMessages.front()->Msg()); });
+    for (const auto& c : cases) {
+        if (controller_.FileName() != file_) {
+            if (!controller_.FileName().empty())
+                controller_.CloseFile();
+            controller_.LoadFromFile(file_);
+        }
+        TakeLog();
+        last.clear();
+        (c.AtTheResult ? atResult : atState) = c.Action;
+        controller_.Validate("<fora>", {});
+        EXPECT_EQ(TakeLog(), c.Told) << c.Name;
+        if (c.Shown.empty()) {
+            EXPECT_THAT(last, IsEmpty()) << c.Name;
+        } else {
+            EXPECT_THAT(last, ElementsAre(HasSubstr(c.Shown))) << c.Name;
+        }
+        EXPECT_FALSE(controller_.FileStateFlags().Contains(TFileStateFlag::sfValidando)) << c.Name;
+    }
+}
+
+TEST_F(Controller, ObserversOfClosingMayCloseAndSave) {
+    controller_.LoadFromFile(file_);
+    controller_.Modify();
+    TakeLog();
+    controller_.Events().OnFileClose.Subscribe([&](TFileCloseArgs&) {
+        controller_.Save("<salvo/>");
+        controller_.CloseFile();
+    });
+    controller_.CloseFile();
+    EXPECT_THAT(TakeLog(), ElementsAre("fechar sfAberto+sfModificado", "salvou <salvo/> sfAberto",
+                                       "estado sfAberto", "estado "));
+    EXPECT_EQ(ReadTestFile(file_), "<salvo/>");
 }
 
 TEST(FixedMessages, CountTheHidden) {
@@ -270,6 +438,22 @@ TEST(ControllerManager, KeepsControllersUnderTheirNames) {
     manager.DetachObserver(observer);
     manager.AddController("d", first);
     EXPECT_EQ(log.size(), 5U);
+
+    // An observer may detach another and change the list of controllers.
+    int late = 0;
+    const int eager =
+        manager.AtachObserver([&](TControllerOperation, const std::string& name, const auto& controller) {
+            manager.DetachObserver(late);
+            if (manager.Contains(name))
+                manager.RemoveController(name);
+            log.push_back(fmt::format("{} {}", name, controller->FileName()));
+        });
+    late = manager.AtachObserver(
+        [&](TControllerOperation, const std::string&, const auto&) { log.push_back("!"); });
+    log.clear();
+    manager.UpdateFileName("d", "e");
+    EXPECT_THAT(log, ElementsAre("e ", "e "));
+    manager.DetachObserver(eager);
 }
 
 } // namespace

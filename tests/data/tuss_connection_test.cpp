@@ -37,6 +37,7 @@ void Fill(TTussWriter& writer) {
     writer.Insert(TTussInativado{"22", "40501248", kEnd});
     writer.Insert(TTussInativado{"98", "40501248", kStart});
     writer.Insert(TTussInativado{"00", "1", {}});
+    writer.Insert(TTussInativado{"63", "031", kEnd});
     writer.Insert(TTuss64{"22", "10101012", true, "001", 2022y / 1 / 1, {}, {}});
     writer.Insert(TTuss64{"22", "10101012", false, "", kStart, kEnd, 2020y / 6 / 30});
     writer.Insert(TTuss64{"22", "10101012", true, "029", {}, kStart, {}});
@@ -126,19 +127,25 @@ TEST_P(TussConnection, GivesThePeriodsOfTable64InOrderOfTheirStart) {
 
 TEST_P(TussConnection, TellsWhichTablesHaveRows) {
     const auto connection = Connect(Fill);
-    for (const char* table : {"18", "19", "22", "64"}) {
+    for (const char* table : {"18", "19", "22", "63"}) { // 63: inactivated terms only
         EXPECT_TRUE(connection->IsInstalled(table)) << table;
     }
-    for (const char* table : {"20", "63", "87"}) {
+    for (const char* table : {"20", "87"}) {
         EXPECT_FALSE(connection->IsInstalled(table)) << table;
     }
+    for (const std::string table : {"18", "19", "20", "22"}) {
+        EXPECT_EQ(connection->IsTable64InstalledFor(table), table == "19" || table == "22") << table;
+    }
+    EXPECT_TRUE(connection->IsTable64Installed());
     EXPECT_TRUE(connection->AreCitiesInstalled());
     EXPECT_TRUE(connection->HasCity("3550308"));
     EXPECT_FALSE(connection->HasCity("355030"));
     EXPECT_THROW(connection->IsInstalled("98"), ETabelaTussSemEntidade);
+    EXPECT_THROW(connection->IsTable64InstalledFor("98"), ETabelaTussSemEntidade);
 
     const auto empty = TTussConnection::InMemory();
-    EXPECT_FALSE(empty->IsInstalled("64"));
+    EXPECT_FALSE(empty->IsTable64Installed());
+    EXPECT_FALSE(empty->IsTable64InstalledFor("22"));
     EXPECT_FALSE(empty->AreCitiesInstalled());
 }
 
@@ -148,11 +155,13 @@ TEST_P(TussConnection, CountsRowsAndNamesTheNewestStart) {
     lines.reserve(statistics.size());
     for (const TTussTableStatistics& table : statistics) {
         lines.push_back(table.name + " " + std::to_string(table.rows) + " " +
-                        (table.newestStart ? FormatIsoDate(*table.newestStart) : "-"));
+                        (table.newestStart ? FormatIsoDate(*table.newestStart) : "-") +
+                        (table.installed ? "" : " absent"));
     }
-    EXPECT_THAT(lines, ElementsAre("TB_TUSS_18 1 2021-12-31", "TB_TUSS_19 1 2020-01-31", "TB_TUSS_20 0 -",
-                                   "TB_TUSS_22 2 2020-01-31", "TB_TUSS_63 0 -", "TB_TUSS_87 0 -",
-                                   "TB_TUSS_64 4 2022-01-01", "TB_TUSS_INATIVADO 3 -", "TB_CIDADE 1 -"));
+    EXPECT_THAT(lines,
+                ElementsAre("TB_TUSS_18 1 2021-12-31", "TB_TUSS_19 1 2020-01-31", "TB_TUSS_20 0 - absent",
+                            "TB_TUSS_22 2 2020-01-31", "TB_TUSS_63 0 -", "TB_TUSS_87 0 - absent",
+                            "TB_TUSS_64 4 2022-01-01", "TB_TUSS_INATIVADO 4 -", "TB_CIDADE 1 -"));
 }
 
 TEST(TussConnectionOnAFile, SaysWhichDateIsMalformed) {

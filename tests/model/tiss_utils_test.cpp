@@ -86,9 +86,15 @@ TEST(TissUtils, NomeDoContratadoDoLote) {
          "dadosContratado>"
          "</dadosContratadoExecutante></guia>",
          "Dentista"},
+        // Fees guides: of 2.x, where the place comes first, and of 3.x, where its name is no answer.
         {"<guia><contratado><nomeContratado>Hospital</nomeContratado></contratado><contratadoExecutante>"
          "<nomeContratado>Médico</nomeContratado></contratadoExecutante></guia>",
          "Hospital"},
+        {"<guia><localContratado><nomeContratado>Hospital</nomeContratado></localContratado>"
+         "<dadosContratadoExecutante><codigonaOperadora>1</codigonaOperadora><nomeContratadoExecutante>Médico"
+         "</nomeContratadoExecutante></dadosContratadoExecutante></guia>",
+         "Médico"},
+        {"<guia><outro><nomeContratadoExecutante>Solto</nomeContratadoExecutante></outro></guia>", ""},
         {"<guia><dadosExecutante><codigonaOperadora>1</codigonaOperadora><nomeContratado>Lab</nomeContratado>"
          "</dadosExecutante></guia>",
          "Lab"},

@@ -69,7 +69,7 @@ TEST(TussTerm, IsJudgedByItsStartAndItsInactivation) {
         {"SOINATIVADO", Dia(2020, 3, 31), 0, ""},
         {"SOINATIVADO", Dia(2020, 4, 1), 1,
          "O termo de código SOINATIVADO da tabela 22 da TUSS foi inativado em 31/03/2020."},
-        {"SEMFIM", Dia(2099, 1, 1), 0, ""},
+        {"SEMFIM", Dia(2020, 1, 1), 1, "O termo de código SEMFIM da tabela 22 da TUSS foi inativado."},
         {"0123", Dia(2021, 1, 1), 0, ""},
         {"123", Dia(2021, 1, 1), 2, "O termo de código 123" + notFound},
         {"", Dia(2021, 1, 1), 2, "O termo de código " + notFound},
@@ -148,15 +148,23 @@ TEST(TussTable64, WalksThePeriodsOfATermInOrder) {
 TEST(TussTables, NotInstalledAreToldOnceARule) {
     const auto connection = TTussConnection::InMemory([](TTussWriter& writer) {
         writer.Insert(TTuss22{{"1", std::nullopt, std::nullopt}});
+        writer.Insert(TTussInativado{"19", "1", Dia(2020, 3, 31)});
+        writer.Insert(Periodo("1", false, "", std::nullopt)); // of table 22
         writer.Insert(TCidade{"3550308"});
     });
     TTussManager manager(connection);
     TTussNotices notices;
     EXPECT_EQ(notices.NotInstalled(manager, "22"), std::nullopt);
+    EXPECT_EQ(notices.NotInstalled(manager, "19"), std::nullopt) << "inactivated terms only";
     EXPECT_EQ(notices.NotInstalled(manager, "18"),
               "A tabela 18 da TUSS não está instalada; os códigos dessa tabela não foram verificados.");
     EXPECT_EQ(notices.NotInstalled(manager, "18"), std::nullopt);
-    EXPECT_NE(notices.NotInstalled(manager, "64"), std::nullopt);
+    EXPECT_EQ(notices.Table64NotInstalled(manager, "22"), std::nullopt);
+    for (const std::string table : {"18", "20"})
+        EXPECT_EQ(notices.Table64NotInstalled(manager, table),
+                  "A tabela 64 (termos da tabela " + table +
+                      ") da TUSS não está instalada; os códigos dessa tabela não foram verificados.");
+    EXPECT_EQ(notices.Table64NotInstalled(manager, "18"), std::nullopt);
     EXPECT_NE(TTussNotices().NotInstalled(manager, "18"), std::nullopt);
     EXPECT_EQ(notices.CitiesNotInstalled(manager), std::nullopt);
     EXPECT_TRUE(manager.HasCity("3550308"));

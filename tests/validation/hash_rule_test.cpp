@@ -191,6 +191,11 @@ TEST(HashSolvers, WriteTheHashAndNothingElse) {
         EXPECT_EQ(message->Solvers()[c.Solver]->Description(), c.Description);
         EXPECT_EQ(message->Solvers()[c.Solver]->SolvedXml(), c.After);
     }
+    // A comment stays; a CDATA section would be read as a part of the hash.
+    const auto rule = MakeValidation<TMensagemTissHashValidation>();
+    LoadTiss(Message("abc", Epilogue("<!-- c -->0<![CDATA[1]]>")))->Accept(*rule);
+    EXPECT_EQ(rule->ValidationMessages().front()->Solvers().front()->SolvedXml(),
+              Message("abc", Epilogue("<!-- c -->" + kAbc)));
 }
 
 TEST(XmlSanitizer, CleansValues) {
@@ -212,9 +217,11 @@ TEST(XmlSanitizer, CleansValues) {
     };
     for (const auto& c : cases)
         EXPECT_EQ(TXmlSanitizer::SanitizeNodeValue(c.Value), c.Clean) << c.Value;
-    EXPECT_EQ(
-        TXmlSanitizer::SanitizeXml("<a>\n <b> é </b><!-- é --><c d='é'>x</c><e> ã<![CDATA[ é ]]></e>\n</a>"),
-        "<a>\n <b>e</b><!-- é --><c d='é'>x</c><e> ã<![CDATA[ é ]]></e>\n</a>");
+    EXPECT_EQ(TXmlSanitizer::SanitizeXml(
+                  "<a>\n <b> é </b><!-- é --><c d='é'>x</c><e> ã<![CDATA[ é ]]></e>"
+                  "<f> <!-- é --> ó\n<![CDATA[ é ]]> ú <?p é?>\t</f><g><![CDATA[é]]></g>\n</a>"),
+              "<a>\n <b>e</b><!-- é --><c d='é'>x</c><e>a<![CDATA[ é ]]></e>"
+              "<f><!-- é -->o <![CDATA[ é ]]> u<?p é?></f><g><![CDATA[é]]></g>\n</a>");
     EXPECT_EQ(TXmlSanitizer::SanitizeXml("<a>é"), "<a>é");
 }
 

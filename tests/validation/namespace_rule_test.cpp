@@ -1,5 +1,6 @@
 #include "suporte/suporte.h"
 #include "validation/namespace_rule.h"
+#include "validation/solver.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -114,9 +115,39 @@ TEST(NamespaceSolver, RepairsPrefixesAndDeclarations) {
                  "<ds:Signature Id=\"a\" xmlns:ds=\"" + kDs + "\"><ds:SignedInfo/></ds:Signature>")},
         {"signature in a wrapper, declared above",
          Message("ans:", kAns + " xmlns:ds=\"" + kDs + "\"",
-                 "<assinaturaDigital><SignedInfo/><s:KeyInfo xmlns:s='u'/></assinaturaDigital>"),
+                 "<assinaturaDigital><SignedInfo/><ans:KeyInfo/></assinaturaDigital>"),
          Message("ans:", kAns + " xmlns:ds=\"" + kDs + "\"",
-                 "<ans:assinaturaDigital><ds:SignedInfo/><ds:KeyInfo xmlns:s='u'/></ans:assinaturaDigital>")},
+                 "<ans:assinaturaDigital><ds:SignedInfo/><ds:KeyInfo/></ans:assinaturaDigital>")},
+        {"what a signature holds of other namespaces",
+         Message(
+             "", "xmlns=\"" + kTiss + "\"",
+             "<s:Signature xmlns:s=\"" + kDs +
+                 "\"><s:Object><x:Props xmlns:x='u' x:a='1'><s:DigestValue/></x:Props><y xmlns='v'><z/></y>"
+                 "<guia/></s:Object></s:Signature>"),
+         Message(
+             "ans:", kAns,
+             "<ds:Signature xmlns:s=\"" + kDs + "\" xmlns:ds=\"" + kDs +
+                 "\"><ds:Object><x:Props xmlns:x='u' x:a='1'><ds:DigestValue/></x:Props><y xmlns='v'><z/></y>"
+                 "<ans:guia/></ds:Object></ds:Signature>")},
+        {"\"ds\" of another namespace, and of none",
+         Message("ds:", "xmlns:ds=\"" + kTiss + "\"", "<ds:Signature><ds:SignedInfo/></ds:Signature><ds:x/>"),
+         Message("ans:", kAns,
+                 "<ds:Signature xmlns:ds=\"" + kDs + "\"><ds:SignedInfo/></ds:Signature><ans:x/>")},
+        {"wrong declarations of the expected prefix",
+         Message("t:", "xmlns:ans=\"outro\" xmlns:t=\"" + kTiss + "\"",
+                 "<t:x xmlns:ans='" + kTiss + "/velho'/>"),
+         Message("ans:", kAns, "<ans:x xmlns:ans=\"" + kTiss + "\"/>")},
+        {"the exact address before another, and what attributes use",
+         Message("t:", "xmlns:ans=\"" + kTiss + "/v3\" xmlns:t=\"" + kTiss + "\" xmlns:u=\"" + kTiss +
+                           "/u\" u:a=\"1\" xsi:type=\"t:ct\""),
+         Message("ans:", kAns + " xmlns:t=\"" + kTiss + "\" xmlns:u=\"" + kTiss +
+                             "/u\" u:a=\"1\" xsi:type=\"t:ct\" "
+                             "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"")},
+        {"undeclared prefixes",
+         Message("t:", "a=\"1\"", "<assinaturaDigital><d:SignedInfo/><d:x/></assinaturaDigital>"),
+         Message("ans:", "a=\"1\" " + kAns,
+                 "<ans:assinaturaDigital xmlns:ds=\"" + kDs +
+                     "\"><ds:SignedInfo/><ans:x/></ans:assinaturaDigital>")},
     };
     for (const auto& c : cases) {
         const auto rule = MakeValidation<TMensagemTissNamespaceValidation>();

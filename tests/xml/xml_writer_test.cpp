@@ -40,8 +40,20 @@ TEST(XmlWriter, ChangesOnlyWhatWasChanged) {
          "<a><b>b</b><c>c</c><d>d</d></a>"},
         {"value removed", "<a><b>1</b></a>", [](TXmlDocument& d) { Element(d).Child("b")->SetValue(""); },
          "<a><b></b></a>"},
-        {"value over CDATA", "<a><b>x<![CDATA[1]]></b></a>",
-         [](TXmlDocument& d) { Element(d).Child("b")->SetValue("2"); }, "<a><b>2</b></a>"},
+        {"value among comments, instructions and CDATA",
+         "<a>"
+         "<b>x<![CDATA[1]]></b><b>1<!-- é -->0<?p q?>0</b><b><!-- c --> 1 <?p?></b><b>\n<!-- c -->\n</b>"
+         "<b><!-- c --></b><b><![CDATA[1]]></b></a>",
+         [](TXmlDocument& d) {
+             for (TXmlNode* node : Element(d).Descendants("b")) {
+                 node->SetValue("9");
+                 node->SetValue("2&");
+                 EXPECT_EQ(node->Value(), "2&");
+             }
+         },
+         "<a>"
+         "<b>2&amp;<![CDATA[1]]></b><b>2&amp;<!-- é --><?p q?></b><b><!-- c -->2&amp;<?p?></b>"
+         "<b>2&amp;<!-- c --></b><b>2&amp;<!-- c --></b><b>2&amp;<![CDATA[1]]></b></a>"},
         {"no value beside child tags", "<a><b/></a>", [](TXmlDocument& d) { Element(d).SetValue("x"); },
          "<a><b/></a>"},
         {"prefix", "<x:a xmlns:x=\"u\"\n   xmlns:y='v'>\n <x:b>1</x:b><c/>\n</x:a>",

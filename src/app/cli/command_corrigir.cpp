@@ -4,6 +4,7 @@
 #include "app/execute_solver.h"
 #include "app/unified_diff.h"
 #include "sistema/sistema.h"
+#include "validation/signature.h"
 
 #include <fmt/format.h>
 
@@ -163,6 +164,9 @@ class TCorrection {
                              : Counted(corrections, "correção aplicada", "correções aplicadas"),
             failures == 0 ? "o arquivo está válido"
                           : Counted(failures, "erro permanece", "erros permanecem"));
+        const auto& file = Result().ArquivoTiss;
+        if (corrections != 0 && file != nullptr && IsSigned(*file->Xml()))
+            context_.Warning(fmt::format("{}: {}", options_.Arquivo, kSignatureNote));
     }
 
     const TCliContext& context_;

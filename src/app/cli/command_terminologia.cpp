@@ -28,6 +28,7 @@ int RunTerminologiaEstado(const TCliContext& context) {
         for (const TTussTableStatistics& table : tables)
             rows.push_back({{"tabela", table.name},
                             {"registros", table.rows},
+                            {"instalada", table.installed},
                             {"inicioMaisRecente",
                              table.newestStart ? TJson(DateText(*table.newestStart)) : TJson(nullptr)}});
         out << JsonText({{"arquivo", PathText(connection->FileName())}, {"tabelas", std::move(rows)}})
@@ -38,7 +39,7 @@ int RunTerminologiaEstado(const TCliContext& context) {
     const TFormatSettings formats = TFormatSettings::Regional();
     for (const TTussTableStatistics& table : tables) {
         std::string state = "não instalada";
-        if (table.rows > 0)
+        if (table.installed)
             state = fmt::format(
                 "{} registros{}", formats.Count(table.rows),
                 table.newestStart ? ", início de vigência mais recente " + DateText(*table.newestStart) : "");
@@ -56,16 +57,22 @@ int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions
         options.Consolidado
             ? std::make_unique<TTuss64Validation>(manager, *date, options.Tabela, options.Codigo)
             : std::make_unique<TTussValidation>(manager, *date, options.Tabela, options.Codigo);
+    std::optional<std::string> notVerified;
     try {
-        term->ValidationReturn();
+        TTussNotices notices;
+        notVerified = options.Consolidado ? notices.Table64NotInstalled(manager, options.Tabela)
+                                          : notices.NotInstalled(manager, options.Tabela);
     } catch (const ETabelaTussSemEntidade& error) {
         throw EUsage(error.what());
     }
-    // The verdict on a code of a table that is not there says nothing of the code.
-    if (const auto warning =
-            TTussNotices().NotInstalled(manager, options.Consolidado ? "64" : options.Tabela))
-        context.Warning(*warning);
     std::ostream& out = context.Streams.Out;
+    if (notVerified) {
+        if (context.Json())
+            out << JsonText({{"resultado", nullptr}, {"mensagem", *notVerified}}) << '\n';
+        else
+            out << *notVerified << '\n';
+        return kExitUnreadable;
+    }
     if (context.Json())
         out << JsonText({{"resultado", static_cast<int>(term->ValidationReturn())},
                          {"mensagem", term->ValidationMessage()}})

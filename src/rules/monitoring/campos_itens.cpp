@@ -17,7 +17,6 @@ namespace {
 
 constexpr std::string_view kTables = "87";
 constexpr std::string_view kGroups = "63";
-constexpr std::string_view kConsolidation = "64";
 
 /// Tables of the health plan's own codes.
 bool IsOwnTable(std::string_view table) {
@@ -114,7 +113,7 @@ void TCodigoProcedimentoRule::Check(const TGuiaFields& guia) {
         if (!code.Present())
             continue;
         const std::string_view table = item.CodigoTabela.Text();
-        if (guia.DataRealizacao.Value && IsJudgedTable(table) && CanConsult(kConsolidation)) {
+        if (guia.DataRealizacao.Value && IsJudgedTable(table) && CanConsultTable64(table)) {
             TTuss64Validation term(Context()->Manager(), *guia.DataRealizacao.Value, table, code.Text());
             if (!term.IsValid())
                 AddError(guia, code, "O código do procedimento está inválido. " + term.ValidationMessage());
@@ -182,7 +181,7 @@ void TPacoteProcedimentoRule::CheckPacote(const TGuiaFields& guia, const TItemFi
         if (!code.Present())
             continue;
         const std::string table(component.CodigoTabela().Text());
-        if (guia.DataRealizacao.Value && IsJudgedTable(table) && CanConsult(kConsolidation)) {
+        if (guia.DataRealizacao.Value && IsJudgedTable(table) && CanConsultTable64(table)) {
             TTuss64Validation term(Context()->Manager(), *guia.DataRealizacao.Value, table, code.Text());
             if (!term.IsValid())
                 AddError(guia, code,

@@ -57,6 +57,14 @@ bool TCampoMonitoramentoValidation::CanConsult(std::string_view table) {
     return false;
 }
 
+bool TCampoMonitoramentoValidation::CanConsultTable64(std::string_view table) {
+    TTussManager& manager = Context()->Manager();
+    if (manager.IsTable64InstalledFor(table))
+        return true;
+    AddNotice(notices_.Table64NotInstalled(manager, table));
+    return false;
+}
+
 bool TCampoMonitoramentoValidation::CanConsultCities() {
     TTussManager& manager = Context()->Manager();
     if (manager.AreCitiesInstalled())
@@ -66,7 +74,7 @@ bool TCampoMonitoramentoValidation::CanConsultCities() {
 }
 
 std::string AmountText(double value) {
-    static const TFormatSettings formats = TFormatSettings::Regional();
+    static const TFormatSettings formats = TFormatSettings::Messages();
     return formats.Money(value);
 }
 

@@ -63,6 +63,8 @@ class TCampoMonitoramentoValidation : public TGuiaMonitoramentoBaseValidation {
                   const std::string& correction);
     /// Whether a TUSS table can be consulted; tells once when it cannot.
     bool CanConsult(std::string_view table);
+    /// The same of domain table 64 for the terms of a table.
+    bool CanConsultTable64(std::string_view table);
     bool CanConsultCities();
 
   private:
@@ -82,7 +84,7 @@ class TRuleOfRow : public Rule {
     explicit TRuleOfRow(TMonitoramentoContextPtr context) : Rule(std::move(context), row) {}
 };
 
-/// An amount or quantity as messages show it.
+/// An amount or quantity as messages show it: decimal point, no thousands separator, in every locale.
 std::string AmountText(double value);
 
 } // namespace conferix

@@ -114,8 +114,8 @@ TEST(CamposMonitoramento, ValoresNaoNegativos) {
             return found;
         };
         EXPECT_THAT(ofField("-1234.50"),
-                    testing::ElementsAre(fmt::format(fmt::runtime(c.finding), "-1.234,50")));
-        EXPECT_THAT(ofField("-0.01"), testing::ElementsAre(fmt::format(fmt::runtime(c.finding), "-0,01")));
+                    testing::ElementsAre(fmt::format(fmt::runtime(c.finding), "-1234.50")));
+        EXPECT_THAT(ofField("-0.01"), testing::ElementsAre(fmt::format(fmt::runtime(c.finding), "-0.01")));
         for (const char* good : {"0", "-0.00", "0.01", "abc", "", "1e3", "--1"})
             EXPECT_THAT(ofField(good), IsEmpty()) << good;
     }
@@ -126,10 +126,10 @@ TEST(CamposMonitoramento, QuantidadeInformada) {
                              "Porém o valor {} foi encontrado.";
     Expect({
         {{{"quantidadeInformada=1", "quantidadeInformada=0.0001"}}, {}},
-        {{{"quantidadeInformada=1", "quantidadeInformada=0"}}, {fmt::format(fmt::runtime(k070), "0,00")}},
+        {{{"quantidadeInformada=1", "quantidadeInformada=0"}}, {fmt::format(fmt::runtime(k070), "0.00")}},
         {{{"quantidadeInformada=1", "quantidadeInformada=-1"},
           {"quantidadeInformada=5", "quantidadeInformada=0.00"}},
-         {fmt::format(fmt::runtime(k070), "-1,00"), fmt::format(fmt::runtime(k070), "0,00")}},
+         {fmt::format(fmt::runtime(k070), "-1.00"), fmt::format(fmt::runtime(k070), "0.00")}},
         {{{"quantidadeInformada=1", "quantidadeInformada=x"}, {"quantidadeInformada=3 ", ""}}, {}},
     });
 }
@@ -166,32 +166,32 @@ TEST(CamposMonitoramento, Somas) {
     const std::string kInformado = "valorTotalInformado=100.00";
     const std::string kPago = "valorPagoGuia=95.00";
     Expect({
-        {{{kInformado, "valorTotalInformado=100.01"}}, {text(k050, "100,01", "100,00", "100.00")}},
-        {{{kInformado, "valorTotalInformado=1234567.89"}}, {text(k050, "1.234.567,89", "100,00", "100.00")}},
+        {{{kInformado, "valorTotalInformado=100.01"}}, {text(k050, "100.01", "100.00", "100.00")}},
+        {{{kInformado, "valorTotalInformado=1234567.89"}}, {text(k050, "1234567.89", "100.00", "100.00")}},
         {{{kInformado, "valorTotalInformado=+100"}}, {}},
         {{{kInformado, "valorTotalInformado=100.00000000001"}}, {}},
-        {{{kInformado, "valorTotalInformado=100.000000001"}}, {text(k050, "100,00", "100,00", "100.00")}},
+        {{{kInformado, "valorTotalInformado=100.000000001"}}, {text(k050, "100.00", "100.00", "100.00")}},
         {{{kInformado, ""}}, {}},
         {{{kInformado, "valorTotalInformado=cem"}}, {}},
         // What a correction writes is the sum again, whatever its decimals.
-        {{{"valorInformado=33.34", "valorInformado=33.345"}}, {text(k050, "100,00", "100,01", "100.005")}},
-        {{{"valorInformado=33.34", "valorInformado=1033.34"}}, {text(k050, "100,00", "1.100,00", "1100.00")}},
-        {{{"valorInformado=33.34 ", ""}}, {text(k050, "100,00", "66,66", "66.66")}},
+        {{{"valorInformado=33.34", "valorInformado=33.345"}}, {text(k050, "100.00", "100.01", "100.005")}},
+        {{{"valorInformado=33.34", "valorInformado=1033.34"}}, {text(k050, "100.00", "1100.00", "1100.00")}},
+        {{{"valorInformado=33.34 ", ""}}, {text(k050, "100.00", "66.66", "66.66")}},
 
         {{{kPago, "valorPagoGuia=95.01"}},
-         {text(k059Totals, "95,01", "95,00", "95.00"), text(k059Items, "95,01", "95,00", "95.00")}},
+         {text(k059Totals, "95.01", "95.00", "95.00"), text(k059Items, "95.01", "95.00", "95.00")}},
         {{{kPago, "valorPagoGuia=1.00"}, {"valorTotalDiarias=15.00", "valorTotalDiarias=25.00"}},
-         {text(k059Totals, "1,00", "105,00", "105.00"), text(k059Items, "1,00", "95,00", "95.00")}},
-        {{{"valorTotalTaxas=9.00", "valorTotalTaxas=8.99"}}, {text(k059Totals, "95,00", "94,99", "94.99")}},
-        {{{"valorTotalMedicamentos=6.00", ""}}, {text(k059Totals, "95,00", "89,00", "89.00")}},
-        {{{"valorPagoProc=31.00", "valorPagoProc=31.01"}}, {text(k059Items, "95,00", "95,01", "95.01")}},
+         {text(k059Totals, "1.00", "105.00", "105.00"), text(k059Items, "1.00", "95.00", "95.00")}},
+        {{{"valorTotalTaxas=9.00", "valorTotalTaxas=8.99"}}, {text(k059Totals, "95.00", "94.99", "94.99")}},
+        {{{"valorTotalMedicamentos=6.00", ""}}, {text(k059Totals, "95.00", "89.00", "89.00")}},
+        {{{"valorPagoProc=31.00", "valorPagoProc=31.01"}}, {text(k059Items, "95.00", "95.01", "95.01")}},
         {{{kPago, ""}}, {}},
 
         {{{"valorPagoFornecedores=2.00", "valorPagoFornecedores=2.01"}},
-         {text(k060, "2,01", "2,00", "2.00")}},
+         {text(k060, "2.01", "2.00", "2.00")}},
         {{{"valorPagoFornecedores=2.00", ""}}, {}},
         {{{"valorTotalCoParticipacao=0.60", "valorTotalCoParticipacao=0"}},
-         {text(k084, "0,00", "0,60", "0.60")}},
+         {text(k084, "0.00", "0.60", "0.60")}},
         {{{"valorTotalCoParticipacao=0.60", ""}}, {}},
     });
 }

@@ -76,6 +76,7 @@ inline const std::shared_ptr<TTussConnection>& Terminologia() {
         writer.Insert(TTuss64{"22", "20101015", false, "", 2022y / 12 / 11, {}, {}});
         writer.Insert(TTuss64{"20", "31005497", false, "", day, {}, {}});
         writer.Insert(TTuss64{"19", "10101012", true, "040", old, 2022y / 12 / 9, {}});
+        writer.Insert(TTuss64{"18", "60000783", false, "", old, {}, {}});
         writer.Insert(TCidade{"3550308"});
         writer.Insert(TCidade{"355030"});
         writer.Insert(TCidade{"3106200"});

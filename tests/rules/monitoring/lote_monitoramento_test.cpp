@@ -152,6 +152,13 @@ TEST(LoteMonitoramento, TablesThatAreNotInstalledAreToldOnceARuleAndTable) {
                             notice("066", "64"), notice("078", "64")));
     for (const auto& message : messages)
         EXPECT_NE(message->MsgType(), TMessageType::mtError);
+    // Domain table 64 with the terms of one table only: the codes of the others stay unjudged.
+    const auto partial = TTussConnection::InMemory([](TTussWriter& writer) {
+        writer.Insert(TTuss64{"22", "10101012", false, "", {}, {}, {}});
+    });
+    EXPECT_THAT(Findings(Judge(arquivo, partial)),
+                ElementsAre("015 " + kCidades, "019 " + kCidades, notice("064", "87"), notice("065", "63"),
+                            notice("078", "64 (termos da tabela 20)")));
 }
 
 TEST(LoteMonitoramento, RulesThatNeedTheTerminologyRefuseToRunWithoutOne) {

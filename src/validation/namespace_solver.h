@@ -1,0 +1,21 @@
+#pragma once
+
+#include "validation/solver.h"
+
+namespace conferix {
+
+/// Gives every tag of the message the prefix that the file's version uses, "ds" to the tags of signatures,
+/// and declares both. What a signature holds of other namespaces keeps its names. Solving twice does nothing
+/// the second time.
+class TNamespaceSolver : public TAbstractSolver {
+  public:
+    using TAbstractSolver::TAbstractSolver;
+    std::string Name() const override { return "TNamespaceSolver"; }
+    std::string Description() const override { return "Corrigir namespaces. "; }
+    void Solve() override;
+
+  private:
+    bool solved_ = false;
+};
+
+} // namespace conferix
