@@ -1,10 +1,14 @@
 #include "app/execute_solver.h"
 
 #include "app/application_log.h"
+#include "app/correction_policy.h"
 #include "validation/validation_message.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
+#include <unordered_map>
+#include <utility>
 
 namespace conferix {
 
@@ -33,39 +37,72 @@ std::string RuleOf(const TXmlMessage& message) {
     return finding != nullptr && finding->HasValidation() ? finding->Validation().Name : std::string();
 }
 
+/// A correction that was picked for a message.
+struct TPicked {
+    std::shared_ptr<const TXmlMessage> Message;
+    TSolverPtr Solver;
+};
+
+TCorrectionRecord RecordOf(const TPicked& picked) {
+    const TXmlNode* target = picked.Solver->Target();
+    return {picked.Message,
+            picked.Solver->Name(),
+            picked.Solver->Description(),
+            target != nullptr ? std::string(target->LocalName()) : std::string(),
+            target != nullptr ? std::string(target->Value()) : std::string(),
+            {},
+            {}};
+}
+
 /// Corrections of one rule that can be applied before the text is validated again.
 struct TBatch {
     std::string Rule;
     bool SetValues = false; ///< each sets one value
-    std::vector<TSolverPtr> Solvers;
+    std::vector<TPicked> Corrections;
 };
 
-/// The corrections of the errors, in their order. Values that one rule corrects do not depend on each other,
-/// so that they are corrected together; those of another rule may, and wait for the next validation.
-std::vector<TBatch> BatchesOf(const TXmlMessages& messages, const TSolverChoice& choose) {
+/// The corrections of the errors that the policy admits, in their order. Values that one rule corrects do not
+/// depend on each other, so that they are corrected together; those of another rule may, and wait for the
+/// next validation. `leftOut`: takes the others.
+std::vector<TBatch> BatchesOf(const TXmlMessages& messages, const TSolverChoice& choose,
+                              const TCorrectionPolicy& policy, std::vector<TCorrectionRecord>& leftOut) {
     std::vector<TBatch> batches;
     for (const auto& message : messages) {
-        TSolverPtr solver = IsError(*message) ? PickSolver(*message, choose) : nullptr;
-        if (solver == nullptr)
+        TPicked picked{message, IsError(*message) ? PickSolver(*message, choose) : nullptr};
+        if (picked.Solver == nullptr)
             continue;
+        if (std::string refusal = policy.Refusal(*picked.Solver); !refusal.empty()) {
+            leftOut.push_back(RecordOf(picked));
+            leftOut.back().Reason = std::move(refusal);
+            continue;
+        }
         TBatch batch{RuleOf(*message),
-                     dynamic_cast<const TUpdateNodeValueSolver*>(solver.get()) != nullptr,
-                     {std::move(solver)}};
+                     dynamic_cast<const TUpdateNodeValueSolver*>(picked.Solver.get()) != nullptr,
+                     {std::move(picked)}};
         const auto same = std::find_if(batches.begin(), batches.end(), [&](const TBatch& other) {
             return other.SetValues && batch.SetValues && other.Rule == batch.Rule;
         });
         if (same == batches.end())
             batches.push_back(std::move(batch));
         else
-            same->Solvers.push_back(std::move(batch.Solvers.front()));
+            same->Corrections.push_back(std::move(batch.Corrections.front()));
     }
     return batches;
 }
 
-std::string Solve(const TBatch& batch) {
-    for (std::size_t i = 0; i + 1 < batch.Solvers.size(); ++i)
-        batch.Solvers[i]->Solve();
-    return batch.Solvers.back()->SolvedXml();
+/// Applies a batch; answers the text and adds what was done to the records.
+std::string Solve(const TBatch& batch, std::vector<TCorrectionRecord>& records) {
+    const std::size_t first = records.size();
+    for (const TPicked& picked : batch.Corrections) {
+        records.push_back(RecordOf(picked));
+        if (&picked != &batch.Corrections.back())
+            picked.Solver->Solve();
+    }
+    std::string text = batch.Corrections.back().Solver->SolvedXml();
+    for (std::size_t i = 0; i < batch.Corrections.size(); ++i)
+        if (const TXmlNode* target = batch.Corrections[i].Solver->Target())
+            records[first + i].After = target->Value();
+    return text;
 }
 
 using TXmlPtr = std::shared_ptr<const std::string>;
@@ -73,25 +110,34 @@ using TXmlPtr = std::shared_ptr<const std::string>;
 /// The last texts of a correction, by which rules are found out that contradict each other.
 class TCorrectionTrail {
   public:
+    /// A text, and the number of corrections that led to it.
+    struct TState {
+        TXmlPtr Xml;
+        std::size_t Corrections = 0;
+    };
+
     /// True for a rule whose corrections only undo those of another, or of its own.
     bool IsGivenUp(const std::string& rule) const { return givenUp_.count(rule) != 0; }
 
-    /// Takes the text that a rule made of `before`; answers the text to go on with. Where a text comes back,
+    /// Takes the state that a rule made of `before`; answers the one to go on with. Where a text comes back,
     /// the rules since then are given up, and the least of the texts since then is kept: the same one
     /// whichever of them the correction had started with.
-    TXmlPtr Next(const TXmlPtr& before, const std::string& rule, TXmlPtr after) {
+    TState Next(const TState& before, const std::string& rule, TState after) {
         steps_.push_back({before, rule});
         if (steps_.size() > kKept)
             steps_.erase(steps_.begin());
         const auto back = std::find_if(steps_.begin(), steps_.end(),
-                                       [&](const TStep& step) { return *step.Before == *after; });
+                                       [&](const TStep& step) { return *step.Before.Xml == *after.Xml; });
+        if (back == steps_.end())
+            return after;
+        // The text that comes back is the one before those corrections, which undid each other.
+        after.Corrections = back->Before.Corrections;
         for (auto step = back; step != steps_.end(); ++step) {
             givenUp_.insert(step->Rule);
-            if (*step->Before < *after)
+            if (*step->Before.Xml < *after.Xml)
                 after = step->Before;
         }
-        if (back != steps_.end())
-            steps_.clear();
+        steps_.clear();
         return after;
     }
 
@@ -99,13 +145,146 @@ class TCorrectionTrail {
     static constexpr std::size_t kKept = 4;
 
     struct TStep {
-        TXmlPtr Before;
+        TState Before;
         std::string Rule;
     };
 
     std::vector<TStep> steps_;
     std::set<std::string> givenUp_;
 };
+
+/// The errors of a validation, by rule and element, and how often each is there.
+using TErrorCounts = std::map<std::pair<std::string, TTagNumber>, std::size_t>;
+
+/// One run over a text, from its first validation to the last.
+class TCorrectionPass {
+  public:
+    TCorrectionPass(TValidadorController& controller, const std::vector<std::string>& enabledValidations,
+                    const TSolverChoice& choose, const std::set<TTagNumber>& leftAlone)
+        : controller_(controller), enabled_(enabledValidations), choose_(choose), leftAlone_(leftAlone) {}
+
+    TCorrectionResult Run(TXmlPtr xml) {
+        TCorrectionTrail::TState state{std::move(xml), 0};
+        Validate(state.Xml);
+        before_ = CountErrors();
+        for (int round = 0; round < kMaxRounds; ++round)
+            if (!Advance(state))
+                break;
+        result_.Xml = state.Xml;
+        return std::move(result_);
+    }
+
+    /// The guides in which a correction of amounts left an error that was not there before.
+    std::set<TTagNumber> GuidesMadeWorse() const {
+        std::set<TTagNumber> worse;
+        if (File() == nullptr || touched_.empty())
+            return worse;
+        const TXmlDocument& document = *File()->Xml();
+        std::unordered_map<const TXmlNode*, TTagNumber> guides;
+        TTagNumber number = 0;
+        const TXmlNode& root = document.Root();
+        for (const TXmlNode* node = &root; node != nullptr; node = node->NextInWalk(&root))
+            if (node->IsTag() && touched_.count(number++) != 0)
+                guides.emplace(node, number - 1);
+        TErrorCounts seen;
+        const TFindingMap findings(document, Messages());
+        for (const TFindingMap::TEntry& entry : findings.Entries()) {
+            const std::pair key(RuleOf(*entry.Message), entry.Number);
+            const auto known = before_.find(key);
+            if (const auto guide = guides.find(&GuiaOf(*entry.Node));
+                ++seen[key] > (known != before_.end() ? known->second : 0) && guide != guides.end())
+                worse.insert(guide->second);
+        }
+        return worse;
+    }
+
+  private:
+    const TXmlMessages& Messages() const {
+        return controller_.Events().OnValidate.Current().ValidationMessages;
+    }
+    const std::shared_ptr<const IArquivoTiss>& File() const {
+        return controller_.Events().OnValidate.Current().ArquivoTiss;
+    }
+    void Validate(const TXmlPtr& xml) { controller_.Validate(xml, enabled_); }
+
+    TErrorCounts CountErrors() const {
+        TErrorCounts counts;
+        if (File() == nullptr)
+            return counts;
+        const TFindingMap findings(*File()->Xml(), Messages());
+        for (const TFindingMap::TEntry& entry : findings.Entries())
+            ++counts[{RuleOf(*entry.Message), entry.Number}];
+        return counts;
+    }
+
+    /// Applies the next batch that changes something; false when there is none.
+    bool Advance(TCorrectionTrail::TState& state) {
+        if (File() == nullptr)
+            return false;
+        const TXmlMessages messages = Messages();
+        const std::shared_ptr<const IArquivoTiss> file = File();
+        const TCorrectionPolicy policy(*file->Xml(), messages, leftAlone_);
+        result_.LeftOut.clear();
+        for (const TBatch& batch : BatchesOf(messages, choose_, policy, result_.LeftOut)) {
+            if (trail_.IsGivenUp(batch.Rule)) {
+                for (const TPicked& picked : batch.Corrections) {
+                    result_.LeftOut.push_back(RecordOf(picked));
+                    result_.LeftOut.back().Reason =
+                        "as regras pedem valores diferentes para o mesmo elemento";
+                }
+                continue;
+            }
+            RememberGuides(*file->Xml(), batch);
+            std::vector<TCorrectionRecord> done = result_.Applied;
+            auto text = std::make_shared<const std::string>(Solve(batch, done));
+            if (*text == *state.Xml)
+                continue;
+            state = trail_.Next(state, batch.Rule, {std::move(text), done.size()});
+            result_.Applied = std::move(done);
+            result_.Applied.resize(std::min(result_.Applied.size(), state.Corrections));
+            controller_.Modify();
+            Validate(state.Xml);
+            return true;
+        }
+        return false;
+    }
+
+    /// Keeps the numbers of the guides of which amounts are corrected.
+    void RememberGuides(const TXmlDocument& document, const TBatch& batch) {
+        std::set<const TXmlNode*> guides;
+        for (const TPicked& picked : batch.Corrections)
+            if (const auto* update = dynamic_cast<const TUpdateNodeValueSolver*>(picked.Solver.get());
+                update != nullptr && update->Computation())
+                guides.insert(&GuiaOf(*update->Target()));
+        TTagNumber number = 0;
+        const TXmlNode& root = document.Root();
+        for (const TXmlNode* node = &root; node != nullptr && !guides.empty();
+             node = node->NextInWalk(&root)) {
+            if (!node->IsTag())
+                continue;
+            if (guides.erase(node) != 0)
+                touched_.insert(number);
+            ++number;
+        }
+    }
+
+    TValidadorController& controller_;
+    const std::vector<std::string>& enabled_;
+    const TSolverChoice& choose_;
+    const std::set<TTagNumber>& leftAlone_;
+    TCorrectionTrail trail_;
+    TCorrectionResult result_;
+    TErrorCounts before_;
+    std::set<TTagNumber> touched_;
+};
+
+void LogApplied(const std::string& fileName, const std::vector<TCorrectionRecord>& records) {
+    std::map<std::pair<std::string, std::string>, std::size_t> counts;
+    for (const TCorrectionRecord& record : records)
+        ++counts[{RuleOf(*record.Message), record.Solver}];
+    for (const auto& [key, count] : counts)
+        LogCorrections(fileName, key.first, key.second, count);
+}
 
 } // namespace
 
@@ -122,9 +301,12 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
     const TSolverPtr solver = PickSolver(*message, handlers.Choose);
     if (solver == nullptr)
         return false;
+    TCorrectionRecord record = RecordOf({message, solver});
     const auto xml = std::make_shared<const std::string>(solver->SolvedXml());
-    LogCorrections(controller.FileName(), RuleOf(*message), solver->Name(), 1);
-    handlers.Corrected(*message, *solver, xml);
+    if (const TXmlNode* target = solver->Target())
+        record.After = target->Value();
+    LogApplied(controller.FileName(), {record});
+    handlers.Corrected(record, xml);
     controller.Modify();
     controller.Validate(xml, enabledValidations);
     return true;
@@ -133,31 +315,17 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
 TCorrectionResult CorrectAll(TValidadorController& controller, std::shared_ptr<const std::string> xml,
                              const std::vector<std::string>& enabledValidations,
                              const TSolverChoice& choose) {
-    TCorrectionResult result{std::move(xml)};
-    TCorrectionTrail trail;
-    controller.Validate(result.Xml, enabledValidations);
-    for (int round = 0; round < kMaxRounds; ++round) {
-        const TXmlMessages messages = controller.Events().OnValidate.Current().ValidationMessages;
-        TXmlPtr solved;
-        for (const TBatch& batch : BatchesOf(messages, choose)) {
-            if (trail.IsGivenUp(batch.Rule))
-                continue;
-            auto text = std::make_shared<const std::string>(Solve(batch));
-            if (*text == *result.Xml)
-                continue;
-            solved = trail.Next(result.Xml, batch.Rule, std::move(text));
-            result.Corrections += batch.Solvers.size();
-            LogCorrections(controller.FileName(), batch.Rule, batch.Solvers.front()->Name(),
-                           batch.Solvers.size());
-            break;
+    std::set<TTagNumber> leftAlone;
+    for (;;) {
+        TCorrectionPass pass(controller, enabledValidations, choose, leftAlone);
+        TCorrectionResult result = pass.Run(xml);
+        const std::size_t known = leftAlone.size();
+        leftAlone.merge(pass.GuidesMadeWorse());
+        if (leftAlone.size() == known) {
+            LogApplied(controller.FileName(), result.Applied);
+            return result;
         }
-        if (solved == nullptr)
-            break;
-        result.Xml = std::move(solved);
-        controller.Modify();
-        controller.Validate(result.Xml, enabledValidations);
     }
-    return result;
 }
 
 } // namespace conferix

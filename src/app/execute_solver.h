@@ -15,12 +15,22 @@ namespace conferix {
 /// Picks one of several corrections, 0-based; nothing to cancel.
 using TSolverChoice = std::function<std::optional<std::size_t>(const std::vector<std::shared_ptr<ISolver>>&)>;
 
+/// A correction that was applied or left out.
+struct TCorrectionRecord {
+    std::shared_ptr<const TXmlMessage> Message; ///< the finding; its line is that of the text before
+    std::string Solver;                         ///< class name of the correction
+    std::string Description;
+    std::string Element; ///< local name of the element whose value changes; empty for the document as a whole
+    std::string Before;  ///< its value
+    std::string After;   ///< of an applied correction
+    std::string Reason;  ///< why it was left out, as the end of a sentence; empty for an applied one
+};
+
 /// What the caller adds to a correction.
 struct TSolverHandlers {
     TSolverChoice Choose; ///< asked only when a message offers several corrections
     /// Takes over the corrected text, before it is validated.
-    std::function<void(const TXmlMessage& message, const ISolver& solver,
-                       const std::shared_ptr<const std::string>& xml)>
+    std::function<void(const TCorrectionRecord& record, const std::shared_ptr<const std::string>& xml)>
         Corrected;
 };
 
@@ -35,13 +45,17 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
 /// What came of correcting a whole text.
 struct TCorrectionResult {
     std::shared_ptr<const std::string> Xml; ///< the corrected text; the given one when nothing was corrected
-    std::size_t Corrections = 0;            ///< number of corrections applied
+    std::vector<TCorrectionRecord> Applied; ///< in the order in which they were
+    std::vector<TCorrectionRecord> LeftOut; ///< of the errors that remain
 };
 
 /// Corrects the shown errors of a text one rule after the other, in the order of the messages, and validates
 /// anew after each rule, until no error offers a correction or none changes anything. The last validation,
-/// of the answered text, is the current one of OnValidate. A choice that cancels leaves its error as it is;
-/// so do rules that demand different values of one element, none of which is right for all.
+/// of the answered text, is the current one of OnValidate. A choice that cancels leaves its error as it is.
+///
+/// No bill becomes worse: an amount is left as it is where what it is computed from is missing, misnamed,
+/// repeated or itself in error, where it would become negative, zero or no number, where rules demand
+/// different values, and in guides where correcting it would leave an error that was not there before.
 TCorrectionResult CorrectAll(TValidadorController& controller, std::shared_ptr<const std::string> xml,
                              const std::vector<std::string>& enabledValidations, const TSolverChoice& choose);
 

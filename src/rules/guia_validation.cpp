@@ -2,10 +2,12 @@
 
 #include "model/money.h"
 #include "sistema/format_settings.h"
-#include "validation/solver.h"
 #include "xml/cut_text.h"
 
 #include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
 
 namespace conferix {
 
@@ -21,6 +23,10 @@ std::shared_ptr<TLoteGuiasValidationMessage> NewMessage(const TValidation* rule,
     return std::make_shared<TLoteGuiasValidationMessage>(rule, type, numeroGuia, std::move(reason),
                                                          std::move(srcText), at->Line(), at->LinePos(),
                                                          at->FilePos());
+}
+
+bool IsNumber(const TXmlNode* operand) {
+    return ParseDecimal(operand->Value()).has_value();
 }
 
 } // namespace
@@ -63,14 +69,17 @@ void TGuiaTissValidation::CheckWholeCents(const TXmlField& field, const TAmountT
         AddError(fmt::format(fmt::runtime(texts.Negative), field.Shown()), field.Node());
     if (fractional)
         AddCorrectableError(fmt::format(fmt::runtime(texts.Decimals), field.Shown(), MoneyText(rounded)),
-                            *field.Node(), rounded);
+                            *field.Node(), rounded, {});
     if (!negative && !fractional)
         AddSuccess(texts.Valid, field.Node());
 }
 
-void TGuiaTissValidation::AddCorrectableError(std::string reason, TXmlNode& at, double expected) {
+void TGuiaTissValidation::AddCorrectableError(std::string reason, TXmlNode& at, double expected,
+                                              TComputation computation) {
     const auto message = NewMessage(this, TMessageType::mtError, numeroGuia_, std::move(reason), &at);
-    message->AddSolver(std::make_shared<TUpdateNodeValueSolver>(at, MoneyText(expected)));
+    if (std::isfinite(expected) && std::ranges::all_of(computation.Operands, IsNumber))
+        message->AddSolver(
+            std::make_shared<TUpdateNodeValueSolver>(at, MoneyText(expected), std::move(computation)));
     AddMessage(message);
 }
 

@@ -4,6 +4,7 @@
 #include "model/guias.h"
 #include "rules/tuss_manager.h"
 #include "validation/named_validation.h"
+#include "validation/solver.h"
 
 #include <memory>
 #include <string>
@@ -47,8 +48,9 @@ class TGuiaTissValidation : public TValidation {
     void AddError(std::string reason, const TXmlNode* at);
     /// Judges an amount, where it is present: not negative, and without fractions of a cent.
     void CheckWholeCents(const TXmlField& field, const TAmountTexts& texts);
-    /// An error that goes away when the element is given the expected amount, which its solver does.
-    void AddCorrectableError(std::string reason, TXmlNode& at, double expected);
+    /// An error that goes away when the element is given the expected amount, which its solver does. One that
+    /// was computed from what is no number, or is none itself, has no solver.
+    void AddCorrectableError(std::string reason, TXmlNode& at, double expected, TComputation computation);
 
   private:
     std::string versaoTiss_;

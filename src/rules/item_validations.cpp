@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
+#include <vector>
 
 namespace conferix {
 
@@ -63,6 +65,18 @@ const TItemTexts kDespesaTexts = {
         "O valor total do item da despesa deve considerar a quantidade de itens, o valor unitário e o fator "
         "de redução ou acréscimo. O valor encontrado foi {}, porém o esperado é {}.",
 };
+
+namespace {
+
+std::vector<const TXmlNode*> PresentNodes(std::initializer_list<TXmlField> fields) {
+    std::vector<const TXmlNode*> nodes;
+    for (const TXmlField& field : fields)
+        if (field.Present())
+            nodes.push_back(field.Node());
+    return nodes;
+}
+
+} // namespace
 
 void TItensCodigoValidation::CheckItem(const TItemGuia& item) {
     CheckCodigo(item.DataExecucao(), item.CodigoTabela(), item.CodigoProcedimento());
@@ -133,7 +147,9 @@ void TItensValorTotalValidation::CheckItem(const TItemGuia& item) {
         AddCorrectableError(
             fmt::format(fmt::runtime(fator ? Texts().ValorTotalComFator : Texts().ValorTotalSemFator),
                         field.Shown(), MoneyText(expected)),
-            *field.Node(), expected);
+            *field.Node(), expected,
+            {item.Node(),
+             PresentNodes({item.QuantidadeExecutada(), item.ReducaoAcrescimo(), item.ValorUnitario()})});
     if (!negative && !wrong)
         AddSuccess(Texts().ValorTotalValido, field.Node());
 }

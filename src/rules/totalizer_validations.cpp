@@ -26,53 +26,79 @@ constexpr TTotalTexts kGeral = {
 
 } // namespace
 
-// A category is billed under the two-digit code of 3.x and 4.x and the one-digit code of 2.x, in files of any
-// version. These sums are the rules' own: the fees and rentals of 2.x have a second code here.
+// These sums are the rules' own: the fees and rentals of 2.x have a second code here.
 constexpr TCategoriaDespesa kDiarias = {
     &TValorTotalGuia::ValorDiarias,
-    [](const IOutrasDespesas& despesas) { return despesas.TotalDespesa("05") + despesas.TotalDespesa("5"); },
+    {"05", "5"},
     {"Não há valor total de diárias informado na guia.",
      "O valor total de diárias informado na guia está correto.",
      "O valor total de diárias deve ser igual a soma do valor das despesas com diárias. O valor {} foi "
      "encontrado, porém o esperado é {}."}};
 constexpr TCategoriaDespesa kTaxasAlugueis = {
     &TValorTotalGuia::ValorTaxasAlugueis,
-    [](const IOutrasDespesas& despesas) {
-        return despesas.TotalDespesa("07") + despesas.TotalDespesa("4") + despesas.TotalDespesa("6");
-    },
+    {"07", "4", "6"},
     {"Não há valor total de taxas/aluguéis informado na guia.",
      "O valor total de taxas/aluguéis informado na guia está correto.",
      "O valor total de taxas/aluguéis deve ser igual a soma do valor das despesas com taxas/aluguéis. O "
      "valor {} foi encontrado, porém o esperado é {}."}};
 constexpr TCategoriaDespesa kMateriais = {
     &TValorTotalGuia::ValorMateriais,
-    [](const IOutrasDespesas& despesas) { return despesas.TotalDespesa("03") + despesas.TotalDespesa("3"); },
+    {"03", "3"},
     {"Não há valor total de materiais informado na guia.",
      "O valor total de materiais informado na guia está correto.",
      "O valor total de materiais deve ser igual a soma do valor das despesas com materiais. O valor {} foi "
      "encontrado, porém o esperado é {}."}};
 constexpr TCategoriaDespesa kMedicamentos = {
     &TValorTotalGuia::ValorMedicamentos,
-    [](const IOutrasDespesas& despesas) { return despesas.TotalDespesa("02") + despesas.TotalDespesa("2"); },
+    {"02", "2"},
     {"Não há valor total de medicamentos informado na guia.",
      "O valor total de medicamentos informado na guia está correto.",
      "O valor total de medicamentos deve ser igual a soma do valor das despesas com medicamentos. O valor {} "
      "foi encontrado, porém o esperado é {}."}};
 constexpr TCategoriaDespesa kOpme = {
     &TValorTotalGuia::ValorOPME,
-    [](const IOutrasDespesas& despesas) { return despesas.TotalDespesa("08"); },
+    {"08"},
     {"Não há valor total de OPME informado na guia.", "O valor total de OPME informado na guia está correto.",
      "O valor total de OPME deve ser igual a soma do valor das despesas com OPME. O valor {} foi encontrado, "
      "porém o esperado é {}."}};
 constexpr TCategoriaDespesa kGasesMedicinais = {
     &TValorTotalGuia::ValorGasesMedicinais,
-    [](const IOutrasDespesas& despesas) { return despesas.TotalDespesa("01") + despesas.TotalDespesa("1"); },
+    {"01", "1"},
     {"Não há valor total de gases medicinais informado na guia.",
      "O valor total de gases medicinais informado na guia está correto.",
      "O valor total de gases medicinais deve ser igual a soma do valor das despesas com gases medicinais. O "
      "valor {} foi encontrado, porém o esperado é {}."}};
 
-void TTotalizadorValidation::CheckTotal(const TXmlField& total, double expected, const TTotalTexts& texts) {
+double TCategoriaDespesa::Sum(const IOutrasDespesas& despesas) const {
+    double sum = 0;
+    for (const std::string_view codigo : Codigos)
+        if (!codigo.empty())
+            sum += despesas.TotalDespesa(codigo);
+    return sum;
+}
+
+void TCategoriaDespesa::AppendItems(const IOutrasDespesas& despesas,
+                                    std::vector<const TXmlNode*>& nodes) const {
+    for (const TDespesa& despesa : despesas.Despesas())
+        if (const std::string_view codigo = despesa.CodigoDespesa().Text();
+            !codigo.empty() && std::ranges::find(Codigos, codigo) != Codigos.end())
+            if (const TXmlField total = despesa.ValorTotal(); total.Present())
+                nodes.push_back(total.Node());
+}
+
+namespace {
+
+void AppendItems(const IProcedimentosExecutados& procedimentos, std::vector<const TXmlNode*>& nodes) {
+    for (const TProcedimentoExecutado& procedimento : procedimentos.Procedimentos())
+        if (const TXmlField total = procedimento.ValorTotal(); total.Present())
+            nodes.push_back(total.Node());
+}
+
+} // namespace
+
+void TTotalizadorValidation::CheckTotal(const IGuiaTiss& guia, const TXmlField& total, double expected,
+                                        const TTotalTexts& texts,
+                                        const std::function<void(std::vector<const TXmlNode*>&)>& items) {
     const std::optional<double> found = total.Number();
     if (!found) {
         if (!texts.Absent.empty())
@@ -80,36 +106,46 @@ void TTotalizadorValidation::CheckTotal(const TXmlField& total, double expected,
     } else if (SameMoney(*found, expected)) {
         AddSuccess(texts.Correct, total.Node());
     } else {
+        TComputation computation{guia.Node(), {}};
+        items(computation.Operands);
         AddCorrectableError(fmt::format(fmt::runtime(texts.Wrong), MoneyText(*found), MoneyText(expected)),
-                            *total.Node(), expected);
+                            *total.Node(), expected, std::move(computation));
     }
+}
+
+template<class Guia>
+void TTotalizadorProcedimentosValidation::CheckGuia(const Guia& guia, const TXmlField& total,
+                                                    const TTotalTexts& texts) {
+    const IProcedimentosExecutados procedimentos = guia.ProcedimentosExecutados();
+    CheckTotal(guia, total, procedimentos.TotalProcedimentos(), texts,
+               [&](std::vector<const TXmlNode*>& nodes) { AppendItems(procedimentos, nodes); });
 }
 
 void TTotalizadorProcedimentosValidation::Visit(const IGuiaSpSadt& guia) {
     StartGuia(guia);
-    CheckTotal(guia.ValorTotal().ValorProcedimentos(), guia.ProcedimentosExecutados().TotalProcedimentos(),
-               kProcedimentos);
+    CheckGuia(guia, guia.ValorTotal().ValorProcedimentos(), kProcedimentos);
 }
 
 void TTotalizadorProcedimentosValidation::Visit(const IGuiaResumoInternacao& guia) {
     StartGuia(guia);
-    CheckTotal(guia.ValorTotal().ValorProcedimentos(), guia.ProcedimentosExecutados().TotalProcedimentos(),
-               kProcedimentos);
+    CheckGuia(guia, guia.ValorTotal().ValorProcedimentos(), kProcedimentos);
 }
 
 void TTotalizadorProcedimentosValidation::Visit(const IGuiaHonorarios& guia) {
     StartGuia(guia);
     if (DeclaresCategories())
-        CheckTotal(guia.ValorTotalHonorarios(), guia.ProcedimentosExecutados().TotalProcedimentos(),
-                   kHonorarios);
+        CheckGuia(guia, guia.ValorTotalHonorarios(), kHonorarios);
 }
 
 template<class Guia>
 void TTotalizadorCategoriaBase::CheckGuia(const Guia& guia) {
     StartGuia(guia);
-    if (DeclaresCategories())
-        CheckTotal((guia.ValorTotal().*Categoria().Total)(), Categoria().Sum(guia.OutrasDespesas()),
-                   Categoria().Texts);
+    if (!DeclaresCategories())
+        return;
+    const TCategoriaDespesa& categoria = Categoria();
+    const IOutrasDespesas despesas = guia.OutrasDespesas();
+    CheckTotal(guia, (guia.ValorTotal().*categoria.Total)(), categoria.Sum(despesas), categoria.Texts,
+               [&](std::vector<const TXmlNode*>& nodes) { categoria.AppendItems(despesas, nodes); });
 }
 
 void TTotalizadorCategoriaBase::Visit(const IGuiaSpSadt& guia) {
@@ -125,12 +161,19 @@ void TTotalizadorGeralValidation::CheckGuia(const Guia& guia) {
     StartGuia(guia);
     if (!DeclaresCategories())
         return;
+    static constexpr const TCategoriaDespesa* kCategorias[] = {
+        &kDiarias, &kGasesMedicinais, &kMateriais, &kMedicamentos, &kOpme, &kTaxasAlugueis};
+    const IProcedimentosExecutados procedimentos = guia.ProcedimentosExecutados();
     const IOutrasDespesas despesas = guia.OutrasDespesas();
-    double expected = guia.ProcedimentosExecutados().TotalProcedimentos();
-    for (const TCategoriaDespesa* categoria :
-         {&kDiarias, &kGasesMedicinais, &kMateriais, &kMedicamentos, &kOpme, &kTaxasAlugueis})
+    double expected = procedimentos.TotalProcedimentos();
+    for (const TCategoriaDespesa* categoria : kCategorias)
         expected += categoria->Sum(despesas);
-    CheckTotal(guia.ValorTotal().ValorTotalGeral(), expected, kGeral);
+    CheckTotal(guia, guia.ValorTotal().ValorTotalGeral(), expected, kGeral,
+               [&](std::vector<const TXmlNode*>& nodes) {
+                   AppendItems(procedimentos, nodes);
+                   for (const TCategoriaDespesa* categoria : kCategorias)
+                       categoria->AppendItems(despesas, nodes);
+               });
 }
 
 void TTotalizadorGeralValidation::Visit(const IGuiaSpSadt& guia) {

@@ -3,6 +3,10 @@
 
 #include "rules/guia_validation.h"
 
+#include <array>
+#include <functional>
+#include <vector>
+
 namespace conferix {
 
 /// What a rule says of a declared total.
@@ -19,7 +23,9 @@ class TTotalizadorValidation : public TGuiaTissValidation {
     bool Required() const override { return false; }
 
   protected:
-    void CheckTotal(const TXmlField& total, double expected, const TTotalTexts& texts);
+    /// `items`: adds the elements that were summed up to the list that it is given.
+    void CheckTotal(const IGuiaTiss& guia, const TXmlField& total, double expected, const TTotalTexts& texts,
+                    const std::function<void(std::vector<const TXmlNode*>&)>& items);
     /// Guides declare totals by category, and of fees, from this version on.
     bool DeclaresCategories() const { return IsVersionFrom("3.00.00"); }
 };
@@ -32,13 +38,23 @@ class TTotalizadorProcedimentosValidation : public TTotalizadorValidation {
     void Visit(const IGuiaSpSadt& guia) override;
     void Visit(const IGuiaResumoInternacao& guia) override;
     void Visit(const IGuiaHonorarios& guia) override;
+
+  private:
+    template<class Guia>
+    void CheckGuia(const Guia& guia, const TXmlField& total, const TTotalTexts& texts);
 };
 
 /// A category of expenses: where a guide declares its total, which items make it up, and what is said of it.
 struct TCategoriaDespesa {
     TXmlField (TValorTotalGuia::*Total)() const;
-    double (*Sum)(const IOutrasDespesas& despesas);
+    /// The kinds of expense that make it up, as the items write them. The code of two digits is that of 3.x
+    /// and 4.x, those of one digit are 2.x's; all count in files of any version.
+    std::array<std::string_view, 3> Codigos;
     TTotalTexts Texts;
+
+    double Sum(const IOutrasDespesas& despesas) const;
+    /// Adds the elements that are summed up.
+    void AppendItems(const IOutrasDespesas& despesas, std::vector<const TXmlNode*>& nodes) const;
 };
 extern const TCategoriaDespesa kDiarias;
 extern const TCategoriaDespesa kTaxasAlugueis;

@@ -29,6 +29,7 @@ class THashSolver : public TAbstractSolver {
   public:
     THashSolver(std::shared_ptr<const IArquivoTiss> file, THashEncoding encoding, bool sanitize)
         : TAbstractSolver(std::move(file)), encoding_(encoding), sanitize_(sanitize) {}
+    const TXmlNode* Target() const override { return File()->HashNode(); }
     void Solve() override;
 
   private:

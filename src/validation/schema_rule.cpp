@@ -122,6 +122,24 @@ bool IsStructural(TSchemaFaultCode code) {
     }
 }
 
+/// Structure for faults with which the other rules may see fewer, more or other elements than were meant.
+TFindingKind KindOf(TSchemaFaultCode code) {
+    switch (code) {
+    case TSchemaFaultCode::UnknownElement:
+        return TFindingKind::UnknownElement;
+    case TSchemaFaultCode::WrongCase:
+    case TSchemaFaultCode::OutsideElement:
+    case TSchemaFaultCode::MissingWrapper:
+    case TSchemaFaultCode::TooMany:
+    case TSchemaFaultCode::TooFew:
+    case TSchemaFaultCode::ElementInSimpleType:
+    case TSchemaFaultCode::ExclusiveElement:
+        return TFindingKind::Structure;
+    default:
+        return IsStructural(code) ? TFindingKind::Structure : TFindingKind::Value;
+    }
+}
+
 /// Where the header names the version; the root when it does not.
 const TXmlNode& VersionPlace(const TXmlNode& root) {
     for (const char* path : {"cabecalho/Padrao", "cabecalho/versaoPadrao"})
@@ -185,15 +203,18 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         std::string reason = fault.Code == TSchemaFaultCode::UnknownElement
                                  ? others.UnknownElement(fault)
                                  : TSchemaMessages::Sentence(fault);
+        std::shared_ptr<TValidationMessage> message;
         if (guias.has_value()) {
             const IGuiaTiss* guia = guias->ByNode(*fault.Node);
-            AddMessage(TLoteGuiasValidationMessage::CreateError(
+            message = TLoteGuiasValidationMessage::CreateError(
                 this, std::string(guia != nullptr ? guia->NumeroGuia() : std::string_view{}),
-                std::move(reason), fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos));
+                std::move(reason), fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
         } else {
-            AddMessage(TValidationMessage::CreateError(this, std::move(reason), fault.SrcText(), fault.Line,
-                                                       fault.LinePos, fault.FilePos));
+            message = TValidationMessage::CreateError(this, std::move(reason), fault.SrcText(), fault.Line,
+                                                      fault.LinePos, fault.FilePos);
         }
+        message->SetKind(KindOf(fault.Code));
+        AddMessage(std::move(message));
     }
     if (ValidationMessages().empty())
         AddMessage(TValidationMessage::CreateSuccess(

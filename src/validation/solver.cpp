@@ -9,9 +9,10 @@ std::string TAbstractSolver::SolvedXml() {
     return WriteXml(*file_->Xml());
 }
 
-TUpdateNodeValueSolver::TUpdateNodeValueSolver(TXmlNode& node, std::string newValue)
+TUpdateNodeValueSolver::TUpdateNodeValueSolver(TXmlNode& node, std::string newValue,
+                                               std::optional<TComputation> computation)
     : TAbstractSolver(nullptr), document_(node.Document().shared_from_this()), node_(node),
-      newValue_(std::move(newValue)) {}
+      newValue_(std::move(newValue)), computation_(std::move(computation)) {}
 
 std::string TUpdateNodeValueSolver::Description() const {
     return "Alterar o valor para " + newValue_;

@@ -4,7 +4,10 @@
 #include "xml/xml_message.h"
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace conferix {
 
@@ -18,6 +21,8 @@ class ISolver {
     virtual std::string Name() const = 0;
     /// The sentence shown to the user.
     virtual std::string Description() const = 0;
+    /// The one element whose value it changes; null for a correction of the document as a whole.
+    virtual const TXmlNode* Target() const { return nullptr; }
     /// Changes the document tree.
     virtual void Solve() = 0;
     /// Solves, then answers the whole tree as text.
@@ -40,10 +45,22 @@ class TAbstractSolver : public ISolver {
     std::shared_ptr<const IArquivoTiss> file_;
 };
 
+/// What an amount was computed from.
+struct TComputation {
+    const TXmlNode* Scope =
+        nullptr; ///< the element of which the structure decides what counts: an item or guide
+    std::vector<const TXmlNode*> Operands; ///< elements with a factor or summand, readable or not
+};
+
 /// Gives one element another text. An element without a text value is left as it is.
 class TUpdateNodeValueSolver : public TAbstractSolver {
   public:
-    TUpdateNodeValueSolver(TXmlNode& node, std::string newValue);
+    /// `computation`: of an amount, what it was made of; nothing for a text that stands by itself.
+    TUpdateNodeValueSolver(TXmlNode& node, std::string newValue,
+                           std::optional<TComputation> computation = std::nullopt);
+    const std::string& NewValue() const { return newValue_; }
+    const std::optional<TComputation>& Computation() const { return computation_; }
+    const TXmlNode* Target() const override { return &node_; }
     std::string Name() const override { return "TUpdateNodeValueSolver"; }
     std::string Description() const override;
     void Solve() override;
@@ -53,6 +70,7 @@ class TUpdateNodeValueSolver : public TAbstractSolver {
     std::shared_ptr<TXmlDocument> document_;
     TXmlNode& node_;
     std::string newValue_;
+    std::optional<TComputation> computation_;
 };
 
 } // namespace conferix

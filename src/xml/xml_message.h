@@ -12,6 +12,9 @@ class ISolver;
 /// Severity of a message.
 enum class TMessageType : std::uint8_t { mtInformation, mtWarning, mtError, mtFatal, mtSuccess };
 
+/// What a finding speaks of: a value, an element that is not known, or which elements stand where.
+enum class TFindingKind : std::uint8_t { Value, UnknownElement, Structure };
+
 /// Identifier of a message or solver: a counter of this process, written as a braced GUID on demand.
 class TSequentialId {
   public:
@@ -49,11 +52,15 @@ class TXmlMessage {
     TMessageType MsgType() const { return type_; }
     /// The text shown to the user: prefix (line, and what subclasses add), a blank, reason.
     std::string Msg() const;
+    /// What Msg puts before the reason: line, guide and field; empty when nothing is known.
+    std::string Place() const { return Prefix(); }
     const std::string& Reason() const { return reason_; }
     const std::string& SrcText() const { return srcText_; }
     std::int32_t Line() const { return line_; }
     std::int32_t LinePos() const { return linePos_; }
     std::int32_t FilePos() const { return filePos_; }
+    TFindingKind Kind() const { return kind_; }
+    void SetKind(TFindingKind kind) { kind_ = kind; }
     /// Corrections in the order in which they are offered.
     const std::vector<std::shared_ptr<ISolver>>& Solvers() const { return solvers_; }
     void AddSolver(std::shared_ptr<ISolver> solver) { solvers_.push_back(std::move(solver)); }
@@ -64,6 +71,7 @@ class TXmlMessage {
   private:
     TSequentialId id_;
     TMessageType type_;
+    TFindingKind kind_ = TFindingKind::Value;
     std::int32_t line_;
     std::int32_t linePos_;
     std::int32_t filePos_;

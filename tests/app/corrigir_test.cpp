@@ -435,9 +435,9 @@ class ExecuteSolverTest : public Corrigir {
                                       offered_.push_back(solver->Name());
                                   return choice;
                               },
-                              [&](const TXmlMessage&, const ISolver& solver, const auto& xml) {
+                              [&](const TCorrectionRecord& record, const auto& xml) {
                                   EXPECT_EQ(validations_, 0) << "o texto é trocado antes da validação";
-                                  solver_ = solver.Name();
+                                  solver_ = record.Solver;
                                   text_ = xml;
                               }});
     }
@@ -485,10 +485,10 @@ TEST_F(ExecuteSolverTest, CorrectAllTakesTheChosenCorrectionAndStops) {
     Open();
     const TCorrectionResult cancelled =
         CorrectAll(controller_, text_, {}, [](const auto&) { return std::nullopt; });
-    EXPECT_EQ(cancelled.Corrections, 0U);
+    EXPECT_EQ(cancelled.Applied.size(), 0U);
     EXPECT_EQ(cancelled.Xml, text_);
     const TCorrectionResult sanitized = CorrectAll(controller_, text_, {}, [](const auto&) { return 2; });
-    EXPECT_EQ(sanitized.Corrections, 1U);
+    EXPECT_EQ(sanitized.Applied.size(), 1U);
     EXPECT_THAT(*sanitized.Xml, HasSubstr("<ans:nome>JOSE</ans:nome>"));
     EXPECT_TRUE(controller_.FileStateFlags().Contains(TFileStateFlag::sfValido));
     // The same from the command line, where the third correction is asked for.

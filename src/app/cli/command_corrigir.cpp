@@ -5,6 +5,7 @@
 #include "app/unified_diff.h"
 #include "sistema/sistema.h"
 #include "validation/signature.h"
+#include "xml/cut_text.h"
 
 #include <fmt/format.h>
 
@@ -54,25 +55,23 @@ class TCorrection {
         controller_->LoadFromBytes(options_.Arquivo, bytes);
         const std::vector<std::string> enabled = context_.LoadConfig().EnabledValidations();
 
-        std::shared_ptr<const std::string> corrected = text;
-        std::size_t corrections = 0;
-        if (options_.Todas) {
-            TCorrectionResult result = CorrectAll(*controller_, text, enabled, ChoiceOf(options_));
-            corrected = std::move(result.Xml);
-            corrections = result.Corrections;
-        } else {
+        TCorrectionResult result{text, {}, {}};
+        if (options_.Todas)
+            result = CorrectAll(*controller_, text, enabled, ChoiceOf(options_));
+        else
             controller_->Validate(text, enabled);
-        }
         if (Result().ArquivoTiss == nullptr)
             return Refuse();
         if (!options_.Todas) {
             if (options_.Mensagem == 0)
                 return List();
-            corrected = CorrectMessage(enabled);
-            corrections = *corrected == *text ? 0 : 1;
+            result = CorrectMessage(text, enabled);
         }
-        Write(bytes, *corrected == *text ? bytes : EncodeXml(*corrected, encoding));
-        Summarize(corrections);
+        const std::string after = *result.Xml == *text ? bytes : EncodeXml(*result.Xml, encoding);
+        Write(bytes, after);
+        if (context_.Json())
+            context_.Streams.Out << JsonText(Report(bytes, after, result)) << '\n';
+        Summarize(result);
         return Status();
     }
 
@@ -121,7 +120,8 @@ class TCorrection {
         return Status();
     }
 
-    std::shared_ptr<const std::string> CorrectMessage(const std::vector<std::string>& enabled) {
+    TCorrectionResult CorrectMessage(const std::shared_ptr<const std::string>& text,
+                                     const std::vector<std::string>& enabled) {
         const TXmlMessages messages = Result().ValidationMessages;
         const auto number = static_cast<std::size_t>(options_.Mensagem);
         if (number > messages.size())
@@ -133,30 +133,73 @@ class TCorrection {
         if (static_cast<std::size_t>(options_.Correcao) > message.Solvers().size())
             throw EUsage(fmt::format("a correção {} não existe; a mensagem {} oferece {}", options_.Correcao,
                                      number, Counted(message.Solvers().size(), "correção", "correções")));
-        std::shared_ptr<const std::string> corrected;
+        TCorrectionResult result{text, {}, {}};
         ExecuteSolver(*controller_, messages, message.Id(), enabled,
-                      {ChoiceOf(options_),
-                       [&](const TXmlMessage&, const ISolver&, const auto& xml) { corrected = xml; }});
-        return corrected;
+                      {ChoiceOf(options_), [&](const TCorrectionRecord& record, const auto& xml) {
+                           result.Xml = xml;
+                           if (*xml != *text)
+                               result.Applied.push_back(record);
+                       }});
+        return result;
+    }
+
+    std::string Difference(const std::string& before, const std::string& after) const {
+        return UnifiedDiff(before, after, options_.Arquivo, options_.Arquivo + " (corrigido)");
     }
 
     void Write(const std::string& before, const std::string& after) const {
         if (options_.Simular) {
             // For a terminal as text, else in the bytes of the files, so that the difference can be applied.
-            const bool terminal = context_.Streams.OutIsTerminal;
-            context_.Streams.Out << UnifiedDiff(terminal ? DecodeXml(before).Text : before,
-                                                terminal ? DecodeXml(after).Text : after, options_.Arquivo,
-                                                options_.Arquivo + " (corrigido)");
+            if (!context_.Json())
+                context_.Streams.Out << (context_.Streams.OutIsTerminal
+                                             ? Difference(DecodeXml(before).Text, DecodeXml(after).Text)
+                                             : Difference(before, after));
         } else if (!options_.Saida.empty()) {
             WriteFileAtomically(PathFromText(options_.Saida), after);
         } else if (!options_.NoLugar) {
-            context_.Streams.Out << after;
+            if (!context_.Json())
+                context_.Streams.Out << after;
         } else if (after != before) {
             WriteFileAtomically(PathFromText(options_.Arquivo), after);
         }
     }
 
-    void Summarize(std::size_t corrections) const {
+    TJson Report(const std::string& before, const std::string& after, const TCorrectionResult& result) const {
+        TJson report = {{"arquivo", options_.Arquivo},
+                        {"correcoes", TJson::array()},
+                        {"naoCorrigidas", TJson::array()},
+                        {"valido", Status() == kExitValid}};
+        for (const TCorrectionRecord& record : result.Applied)
+            report["correcoes"].push_back(CorrectionJson(record));
+        for (const TCorrectionRecord& record : result.LeftOut)
+            report["naoCorrigidas"].push_back(CorrectionJson(record));
+        if (options_.Simular)
+            report["diferenca"] = Difference(DecodeXml(before).Text, DecodeXml(after).Text);
+        return report;
+    }
+
+    /// Each change with its place, its old and new value, then what was left as it is and why.
+    void ListChanges(const TCorrectionResult& result) const {
+        std::ostream& out = context_.Streams.Err;
+        for (const TCorrectionRecord& record : result.Applied)
+            out << fmt::format("  {}{}\n", PlaceOf(record),
+                               record.Element.empty()
+                                   ? IndentLines(record.Description, 2)
+                                   : fmt::format("<{}>: {} -> {}", record.Element, CutText(record.Before),
+                                                 CutText(record.After)));
+        for (const TCorrectionRecord& record : result.LeftOut)
+            out << fmt::format("  não corrigido: {}<{}> continua {}: {}.\n", PlaceOf(record), record.Element,
+                               CutText(record.Before), record.Reason);
+    }
+
+    static std::string PlaceOf(const TCorrectionRecord& record) {
+        const std::string place = record.Message->Place();
+        return place.empty() ? place : place + " ";
+    }
+
+    void Summarize(const TCorrectionResult& result) const {
+        ListChanges(result);
+        const std::size_t corrections = result.Applied.size();
         const std::size_t failures = CountFailures(Result().ValidationMessages);
         context_.Streams.Err << fmt::format(
             "{}: {}; {}.\n", options_.Arquivo,

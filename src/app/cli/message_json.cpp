@@ -50,6 +50,19 @@ TJson MessageJson(const TXmlMessage& message, bool shown) {
             {"correcoes", std::move(corrections)}};
 }
 
+TJson CorrectionJson(const TCorrectionRecord& record) {
+    const TRuleFields fields = RuleFields(*record.Message);
+    TJson json = {{"validacao", fields.Validacao}, {"linha", record.Message->Line()},
+                  {"guia", fields.Guia},           {"campo", fields.Campo},
+                  {"nome", record.Solver},         {"descricao", record.Description},
+                  {"elemento", record.Element},    {"antes", record.Before}};
+    if (record.Reason.empty())
+        json["depois"] = record.After;
+    else
+        json["motivo"] = record.Reason;
+    return json;
+}
+
 std::string JsonText(const TJson& json, int indent) {
     return json.dump(indent, ' ', false, TJson::error_handler_t::replace);
 }

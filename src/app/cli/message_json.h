@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/execute_solver.h"
 #include "xml/xml_message.h"
 
 #include <nlohmann/json.hpp>
@@ -16,5 +17,8 @@ TJson MessageJson(const TXmlMessage& message, bool shown);
 
 /// The text of a JSON value; bytes that are no UTF-8 (in file names) are replaced. `indent` -1: one line.
 std::string JsonText(const TJson& json, int indent = 2);
+
+/// A correction that was applied or left out: rule, place, element, values, and why it was left out.
+TJson CorrectionJson(const TCorrectionRecord& record);
 
 } // namespace conferix

@@ -51,22 +51,35 @@ void TTotalNaoNegativoRule::Check(const TGuiaFields& guia) {
 }
 
 void TSomaItensRule::CheckTotal(const TGuiaFields& guia, const TNumberField& total, double expected,
-                                std::string_view different) {
-    if (total.Value && !SameMoney(*total.Value, expected))
-        AddError(guia, total.Field,
-                 fmt::format(fmt::runtime(different), AmountText(*total.Value), AmountText(expected)),
-                 CorrectionText(expected));
+                                std::string_view different, const TSummands& summands) {
+    if (!total.Value || SameMoney(*total.Value, expected))
+        return;
+    TComputation computation{guia.Guia.Node(), {}};
+    summands(computation.Operands);
+    AddError(guia, total.Field,
+             fmt::format(fmt::runtime(different), AmountText(*total.Value), AmountText(expected)),
+             CorrectionText(expected), std::move(computation));
 }
 
 void TSomaItensRule::Check(const TGuiaFields& guia) {
-    CheckTotal(guia, guia.*row_.Total, guia.SumOfItens(row_.Parcela), row_.Different);
+    CheckTotal(guia, guia.*row_.Total, guia.SumOfItens(row_.Parcela), row_.Different,
+               [&](std::vector<const TXmlNode*>& nodes) {
+                   for (const TItemFields& item : guia.Itens)
+                       if (const TXmlField& field = (item.*row_.Parcela).Field; field.Present())
+                           nodes.push_back(field.Node());
+               });
 }
 
 void TValorPagoGuiaRule::Check(const TGuiaFields& guia) {
     long double sum = 0;
     for (const auto total : kPaidTotals)
         sum += (guia.*total).Value.value_or(0);
-    CheckTotal(guia, guia.ValorPagoGuia, static_cast<double>(sum), kDifferentFromTotals);
+    CheckTotal(guia, guia.ValorPagoGuia, static_cast<double>(sum), kDifferentFromTotals,
+               [&](std::vector<const TXmlNode*>& nodes) {
+                   for (const auto total : kPaidTotals)
+                       if (const TXmlField& field = (guia.*total).Field; field.Present())
+                           nodes.push_back(field.Node());
+               });
     TSomaItensRule::Check(guia);
 }
 

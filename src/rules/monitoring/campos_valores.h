@@ -3,6 +3,9 @@
 
 #include "rules/monitoring/monitoramento_rule.h"
 
+#include <functional>
+#include <vector>
+
 namespace conferix {
 
 /// A total that must not be negative.
@@ -71,8 +74,10 @@ class TSomaItensRule : public TCampoMonitoramentoValidation {
   protected:
     void Check(const TGuiaFields& guia) override;
     /// Adds an error, with its correction, to a total that differs from what is expected.
+    /// `summands` adds the elements that were summed up to the list that it is given.
+    using TSummands = std::function<void(std::vector<const TXmlNode*>&)>;
     void CheckTotal(const TGuiaFields& guia, const TNumberField& total, double expected,
-                    std::string_view different);
+                    std::string_view different, const TSummands& summands);
 
   private:
     const TSomaRow& row_;

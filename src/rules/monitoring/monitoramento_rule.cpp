@@ -1,7 +1,8 @@
 #include "rules/monitoring/monitoramento_rule.h"
 
 #include "sistema/format_settings.h"
-#include "validation/solver.h"
+
+#include <algorithm>
 
 namespace conferix {
 
@@ -37,10 +38,17 @@ void TCampoMonitoramentoValidation::AddError(const TGuiaFields& guia, const TXml
 }
 
 void TCampoMonitoramentoValidation::AddError(const TGuiaFields& guia, const TXmlField& place,
-                                             std::string reason, const std::string& correction) {
+                                             std::string reason, const std::string& correction,
+                                             std::optional<TComputation> computation) {
     const auto message = NewError(guia, place, std::move(reason));
-    if (place.Node()->HasValue())
-        message->AddSolver(std::make_shared<TUpdateNodeValueSolver>(*place.Node(), correction));
+    const bool computable =
+        !computation ||
+        (ParseDecimal(correction) && std::ranges::all_of(computation->Operands, [](const TXmlNode* operand) {
+             return ParseDecimal(operand->Value()).has_value();
+         }));
+    if (computable && place.Node()->HasValue())
+        message->AddSolver(
+            std::make_shared<TUpdateNodeValueSolver>(*place.Node(), correction, std::move(computation)));
     AddMessage(message);
 }
 

@@ -4,6 +4,7 @@
 #include "rules/monitoring/guia_fields.h"
 #include "rules/tuss_manager.h"
 #include "validation/named_validation.h"
+#include "validation/solver.h"
 
 #include <chrono>
 #include <memory>
@@ -59,8 +60,10 @@ class TCampoMonitoramentoValidation : public TGuiaMonitoramentoBaseValidation {
     /// Adds an error at a place, which for an absent element is the one that should hold it.
     void AddError(const TGuiaFields& guia, const TXmlField& place, std::string reason);
     /// Adds an error at an element whose value a correction replaces; an empty element offers none.
+    /// `computation`: of an amount, what it was made of; one of something that is no number offers none
+    /// either.
     void AddError(const TGuiaFields& guia, const TXmlField& place, std::string reason,
-                  const std::string& correction);
+                  const std::string& correction, std::optional<TComputation> computation = std::nullopt);
     /// Whether a TUSS table can be consulted; tells once when it cannot.
     bool CanConsult(std::string_view table);
     /// The same of domain table 64 for the terms of a table.

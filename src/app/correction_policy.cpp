@@ -1,0 +1,177 @@
+#include "app/correction_policy.h"
+
+#include "sistema/format_settings.h"
+#include "xml/cut_text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string_view>
+
+namespace conferix {
+
+namespace {
+
+/// Elements in which guides stand, in lower case.
+constexpr std::array<std::string_view, 5> kContainersOfGuides = {"guiastiss", "guias", "guiafaturamento",
+                                                                 "guiarevisaoglosa", "operadoraparaans"};
+/// How the names of amounts, quantities and factors begin, in lower case, in all versions.
+constexpr std::array<std::string_view, 4> kAmountNames = {"valor", "quantidade", "qtd", "reducao"};
+/// Values that decide in which sum an item counts, or whether it is there twice.
+constexpr std::array<std::string_view, 3> kItemNames = {"codigodespesa", "tipodespesa", "sequencialitem"};
+
+std::string LowerCase(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return lower;
+}
+
+bool IsFailure(const TXmlMessage& message) {
+    return message.MsgType() == TMessageType::mtError || message.MsgType() == TMessageType::mtFatal;
+}
+
+bool DecidesWhatIsSummed(const TXmlNode& node) {
+    return std::ranges::find(kItemNames, LowerCase(node.LocalName())) != kItemNames.end();
+}
+
+bool IsAmount(const TXmlNode& node) {
+    const std::string lower = LowerCase(node.LocalName());
+    return std::ranges::any_of(kAmountNames,
+                               [&lower](std::string_view start) { return lower.starts_with(start); });
+}
+
+/// The child of `ancestor` that is a node or holds it; null for the ancestor itself and for nodes outside.
+const TXmlNode* BranchOf(const TXmlNode& ancestor, const TXmlNode& node) {
+    const TXmlNode* at = &node;
+    if (at == &ancestor)
+        return nullptr;
+    while (at != nullptr && at->Parent() != &ancestor)
+        at = at->Parent();
+    return at;
+}
+
+std::string At(const TXmlMessage& message) {
+    return message.Line() > 0 ? fmt::format(" (linha {})", message.Line()) : std::string();
+}
+
+} // namespace
+
+TFindingMap::TFindingMap(const TXmlDocument& document, const TXmlMessages& messages) {
+    std::unordered_map<std::int32_t, std::vector<std::shared_ptr<const TXmlMessage>>> byPlace;
+    for (const auto& message : messages)
+        if (IsFailure(*message) && message->Line() > 0)
+            byPlace[message->FilePos()].push_back(message);
+    if (byPlace.empty())
+        return;
+    TTagNumber number = 0;
+    const TXmlNode& root = document.Root();
+    for (const TXmlNode* node = &root; node != nullptr; node = node->NextInWalk(&root)) {
+        if (!node->IsTag())
+            continue;
+        if (const auto found = byPlace.find(node->FilePos()); found != byPlace.end())
+            for (const auto& message : found->second) {
+                entries_.push_back({node, number, message});
+                byNode_.try_emplace(node, message.get());
+            }
+        ++number;
+    }
+}
+
+const TXmlMessage* TFindingMap::At(const TXmlNode& node) const {
+    const auto found = byNode_.find(&node);
+    return found != byNode_.end() ? found->second : nullptr;
+}
+
+const TXmlNode& GuiaOf(const TXmlNode& node) {
+    const TXmlNode* top = &node;
+    for (const TXmlNode* at = &node; at->Parent() != nullptr && at->Parent()->IsTag(); at = at->Parent()) {
+        if (std::ranges::find(kContainersOfGuides, LowerCase(at->Parent()->LocalName())) !=
+            kContainersOfGuides.end())
+            return *at;
+        top = at->Parent();
+    }
+    return *top;
+}
+
+TCorrectionPolicy::TCorrectionPolicy(const TXmlDocument& document, const TXmlMessages& messages,
+                                     const std::set<TTagNumber>& leftAlone)
+    : findings_(document, messages) {
+    TTagNumber number = 0;
+    const TXmlNode& root = document.Root();
+    for (const TXmlNode* node = &root; node != nullptr && !leftAlone.empty(); node = node->NextInWalk(&root))
+        if (node->IsTag() && leftAlone.count(number++) != 0)
+            leftAlone_.insert(node);
+}
+
+std::string TCorrectionPolicy::Refusal(const ISolver& solver) const {
+    const auto* update = dynamic_cast<const TUpdateNodeValueSolver*>(&solver);
+    return update != nullptr && update->Computation() ? RefusalOf(*update) : std::string();
+}
+
+std::string TCorrectionPolicy::RefusalOf(const TUpdateNodeValueSolver& solver) const {
+    const TComputation& computation = *solver.Computation();
+    for (const TXmlNode* operand : computation.Operands)
+        if (const TXmlMessage* finding = findings_.At(*operand))
+            return fmt::format("<{}>, de que o valor depende, está errado{}", CutText(operand->LocalName()),
+                               At(*finding));
+    if (computation.Scope != nullptr)
+        if (const TXmlMessage* finding = StructureFinding(*computation.Scope))
+            return "há erro no que se soma" + At(*finding);
+    const std::optional<double> before = ParseDecimal(solver.Target()->Value());
+    const std::optional<double> after = ParseDecimal(solver.NewValue());
+    if (!after || !std::isfinite(*after))
+        return "o valor calculado não é um número";
+    if (*after < 0)
+        return fmt::format("o valor calculado, {}, é negativo", solver.NewValue());
+    if (*after == 0 && before && *before > 0)
+        return "o valor passaria a zero";
+    if (leftAlone_.count(&GuiaOf(*solver.Target())) != 0)
+        return "a guia ficaria com outro erro; corrija antes o que ela tem de errado";
+    return {};
+}
+
+const TXmlMessage* TCorrectionPolicy::StructureFinding(const TXmlNode& scope) const {
+    const auto [known, added] = structure_.try_emplace(&scope, nullptr);
+    if (!added)
+        return known->second;
+    const auto begin =
+        std::ranges::lower_bound(findings_.Entries(), scope.ByteStart(), {},
+                                 [](const TFindingMap::TEntry& entry) { return entry.Node->ByteStart(); });
+    for (auto entry = begin; entry != findings_.Entries().end() && entry->Node->ByteStart() < scope.ByteEnd();
+         ++entry) {
+        const TXmlNode* branch = BranchOf(scope, *entry->Node);
+        if (branch == nullptr)
+            continue;
+        if (Touches(*entry, *branch)) {
+            known->second = entry->Message.get();
+            break;
+        }
+    }
+    return known->second;
+}
+
+bool TCorrectionPolicy::Touches(const TFindingMap::TEntry& entry, const TXmlNode& branch) const {
+    switch (entry.Message->Kind()) {
+    case TFindingKind::Structure:
+        return HoldsAmounts(branch);
+    case TFindingKind::UnknownElement:
+        return HoldsAmounts(*entry.Node);
+    default:
+        // An item as a whole: one that is there twice.
+        return DecidesWhatIsSummed(*entry.Node) ||
+               (entry.Node->FirstChildTag() != nullptr && HoldsAmounts(*entry.Node));
+    }
+}
+
+bool TCorrectionPolicy::HoldsAmounts(const TXmlNode& node) const {
+    const auto [known, added] = holdsAmounts_.try_emplace(&node, false);
+    if (added)
+        for (const TXmlNode* at = &node; at != nullptr && !known->second; at = at->NextInWalk(&node))
+            known->second = at->IsTag() && (IsAmount(*at) || DecidesWhatIsSummed(*at));
+    return known->second;
+}
+
+} // namespace conferix
