@@ -1,6 +1,5 @@
 #include "rules/monitoring/monitoramento_rule.h"
 
-#include "sistema/format_settings.h"
 #include "validation/solver.h"
 
 namespace conferix {
@@ -71,11 +70,6 @@ bool TCampoMonitoramentoValidation::CanConsultCities() {
         return true;
     AddNotice(notices_.CitiesNotInstalled(manager));
     return false;
-}
-
-std::string AmountText(double value) {
-    static const TFormatSettings formats = TFormatSettings::Messages();
-    return formats.Money(value);
 }
 
 } // namespace conferix
