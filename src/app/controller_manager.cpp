@@ -24,14 +24,14 @@ void TControllerManager::DetachObserver(int observer) {
 }
 
 void TControllerManager::Notify(TControllerOperation operation, const std::string& fileName,
-                                TControllerPtr controller) {
+                                const TControllerPtr& controller) {
     // Copies: an observer may detach itself or another, and change the list of controllers.
-    const std::string name = fileName;
-    const auto observers = observers_;
+    const TEntry told = {fileName, controller};
+    const std::vector<TObserverEntry> observers = observers_;
     for (const TObserverEntry& entry : observers)
         if (std::any_of(observers_.begin(), observers_.end(),
                         [&](const TObserverEntry& attached) { return attached.Number == entry.Number; }))
-            entry.Observer(operation, name, controller);
+            entry.Observer(operation, told.FileName, told.Controller);
 }
 
 void TControllerManager::AddController(const std::string& fileName, const TControllerPtr& controller) {

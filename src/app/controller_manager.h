@@ -54,7 +54,8 @@ class TControllerManager {
         TObserver Observer;
     };
 
-    void Notify(TControllerOperation operation, const std::string& fileName, TControllerPtr controller);
+    void Notify(TControllerOperation operation, const std::string& fileName,
+                const TControllerPtr& controller);
 
     std::vector<TEntry> controllers_;
     std::vector<TObserverEntry> observers_;

@@ -77,7 +77,7 @@ class TGrupoGuiaValidation : public TGuiaTissValidation {
     }
 };
 
-/// An amount as it stands in messages and files: "12345.50".
+/// An amount or quantity as it stands in messages and files, whatever the locale: "12345.50".
 std::string MoneyText(double value);
 
 } // namespace conferix

@@ -3,6 +3,7 @@
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
 #include "validation/xml_sanitizer.h"
+#include "xml/cut_text.h"
 
 #include <fmt/format.h>
 
@@ -39,8 +40,8 @@ void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
     const TXmlNode* place = hash != nullptr ? hash : file->EpilogoNode();
     if (place == nullptr)
         place = document.Element();
-    const std::string written(file->Hash());
-    const std::string found = LowerCase(written);
+    const std::string written = CutText(file->Hash(), kShownFound);
+    const std::string found = LowerCase(file->Hash());
 
     const auto add = [&](auto create, std::string reason) {
         auto message =

@@ -4,6 +4,7 @@
 #include "model/monitoramento.h"
 #include "validation/namespace_solver.h"
 #include "validation/signature.h"
+#include "xml/cut_text.h"
 #include "xml/xml_scanner.h"
 
 #include <fmt/format.h>
@@ -41,6 +42,10 @@ std::vector<std::string_view> Prefixes(const std::vector<std::string_view>& name
     if (prefixes.size() == 1 && prefixes.front().empty())
         prefixes.clear();
     return prefixes;
+}
+
+std::string TagList(const std::vector<std::string_view>& names) {
+    return CutText(fmt::format("{}", fmt::join(names, ", ")), kShownFound);
 }
 
 } // namespace
@@ -117,8 +122,8 @@ void TNamespaceValidation::JudgeMessageTags(const std::shared_ptr<const IArquivo
                            "Foram encontrado vários namespaces nas tags do xml. O esperado é apenas \"{}\".",
                            expected));
     else if (prefixes.front() != expected)
-        AddError(file,
-                 fmt::format("O namespace {} é inválido. O esperado é \"{}\".", prefixes.front(), expected));
+        AddError(file, fmt::format("O namespace {} é inválido. O esperado é \"{}\".",
+                                   CutText(prefixes.front(), kShownFound), expected));
     else
         AddMessage(TValidationMessage::CreateSuccess(this,
                                                      "O namespace do XML é válido, conforme estabelecido nos "
@@ -145,16 +150,16 @@ void TNamespaceValidation::JudgeSignatureTags(const std::shared_ptr<const IArqui
         AddError(file, fmt::format(
                            "Algumas tags de assinatura digital estão com o namespace incorreto. O esperado é "
                            "apenas o namespace \"ds\".\r\nTags com namespace incorreto: {}",
-                           fmt::join(wrong, ", ")));
+                           TagList(wrong)));
     } else if (prefixes.empty()) {
         AddError(file,
                  fmt::format("As tags de assinatura digital estão sem namespace. É esperado o namespace "
                              "\"ds\".\r\nTags com namespace ausente: {}",
-                             fmt::join(without, ", ")));
+                             TagList(without)));
     } else if (prefixes.front() != kSignaturePrefix) {
         AddError(file, fmt::format("O namespace \"{}\" é inválido para a assinatura digital. O esperado é "
                                    "\"ds\".\r\nTags com namespace incorreto: {}",
-                                   prefixes.front(), fmt::join(wrong, ", ")));
+                                   CutText(prefixes.front(), kShownFound), TagList(wrong)));
     } else {
         AddMessage(TValidationMessage::CreateSuccess(this, "O namespace da assinatura digital é válido."));
     }

@@ -28,6 +28,10 @@ class ApplicationLog : public testing::Test {
     void SetUp() override {
         SetData(data_);
         TTussWriter(folder_.Path() / "tuss.db").Commit();
+        WriteTestFile(folder_.Path() / "tissV3_05_00.xsd",
+                      "<schema xmlns='http://www.w3.org/2001/XMLSchema' elementFormDefault='qualified' "
+                      "targetNamespace='http://www.ans.gov.br/padroes/tiss/schemas'><element "
+                      "name='mensagemTISS'/></schema>");
         xml_ = ReadTestFile(Example("spsadt-3.05.00-valores-errados.xml"));
         WriteTestFile(file_, xml_);
     }
@@ -39,7 +43,8 @@ class ApplicationLog : public testing::Test {
         std::istringstream in;
         std::ostringstream out;
         std::ostringstream err;
-        words.insert(words.end(), {"--terminologia", (folder_.Path() / "tuss.db").string()});
+        words.insert(words.end(), {"--terminologia", (folder_.Path() / "tuss.db").string(), "--esquemas",
+                                   folder_.Path().string()});
         return RunCli(words, {in, out, err});
     }
     int Correct(const fs::path& output) const {
@@ -63,7 +68,7 @@ class ApplicationLog : public testing::Test {
 TEST_F(ApplicationLog, TellsRulesFilesAndCountsAndNothingOfABill) {
     Run({"validar", file_.string()});
     Run({"informar", file_.string()});
-    EXPECT_FALSE(fs::exists(log_)) << "there is nothing to record";
+    EXPECT_FALSE(fs::exists(data_)) << "there is nothing to record";
 
     Correct(folder_.Path() / "corrigido.xml");
     LogRuleSwitched("tiss.mensagem.loteguias.consulta.procedimento", false);

@@ -1,6 +1,7 @@
 #include "rules/monitoring/campos_itens.h"
 
 #include "rules/documents/documents_validation.h"
+#include "rules/guia_validation.h"
 #include "rules/tuss_validation.h"
 #include "sistema/format_settings.h"
 #include "xml/cut_text.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <compare>
 #include <numeric>
 
 namespace conferix {
@@ -46,7 +48,7 @@ const std::vector<bool>& TRepetitions::Find() {
     std::iota(order_.begin(), order_.end(), std::size_t{0});
     std::ranges::sort(order_, [this](std::size_t a, std::size_t b) {
         const auto order = keys_[a] <=> keys_[b];
-        return order < 0 || (order == 0 && a < b);
+        return std::is_lt(order) || (std::is_eq(order) && a < b);
     });
     repeated_.assign(keys_.size(), false);
     for (std::size_t i = 1; i < order_.size(); ++i)
@@ -132,7 +134,7 @@ void TItemNumberRule::Check(const TGuiaFields& guia) {
     for (const TItemFields& item : guia.Itens) {
         const TNumberField& number = item.*row_.Number;
         if (number.Value && (*number.Value < 0 || (*number.Value == 0 && !row_.MayBeZero)))
-            AddError(guia, number.Field, fmt::format(fmt::runtime(row_.TooSmall), AmountText(*number.Value)));
+            AddError(guia, number.Field, fmt::format(fmt::runtime(row_.TooSmall), MoneyText(*number.Value)));
     }
 }
 
@@ -206,7 +208,7 @@ void TPacoteQuantidadeRule::CheckPacote(const TGuiaFields& guia, const TItemFiel
                 guia, quantity,
                 fmt::format("A quantidade do procedimento ou item assistencial que compõe o pacote deve ser "
                             "maior ou igual a zero. Porém o valor {} foi encontrado.",
-                            AmountText(*value)));
+                            MoneyText(*value)));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "rules/monitoring/campos_valores.h"
 
 #include "model/money.h"
+#include "rules/guia_validation.h"
 #include "sistema/format_settings.h"
 
 #include <fmt/format.h>
@@ -47,7 +48,7 @@ std::string CorrectionText(double value) {
 void TTotalNaoNegativoRule::Check(const TGuiaFields& guia) {
     const TNumberField& total = guia.*row_.Total;
     if (total.Value && *total.Value < 0)
-        AddError(guia, total.Field, fmt::format(fmt::runtime(row_.Negative), AmountText(*total.Value)));
+        AddError(guia, total.Field, fmt::format(fmt::runtime(row_.Negative), MoneyText(*total.Value)));
 }
 
 void TSomaItensRule::CheckTotal(const TGuiaFields& guia, const TNumberField& total, double expected,
@@ -57,7 +58,7 @@ void TSomaItensRule::CheckTotal(const TGuiaFields& guia, const TNumberField& tot
     TComputation computation{guia.Guia.Node(), {}};
     summands(computation.Operands);
     AddError(guia, total.Field,
-             fmt::format(fmt::runtime(different), AmountText(*total.Value), AmountText(expected)),
+             fmt::format(fmt::runtime(different), MoneyText(*total.Value), MoneyText(expected)),
              CorrectionText(expected), std::move(computation));
 }
 

@@ -81,9 +81,4 @@ bool TCampoMonitoramentoValidation::CanConsultCities() {
     return false;
 }
 
-std::string AmountText(double value) {
-    static const TFormatSettings formats = TFormatSettings::Messages();
-    return formats.Money(value);
-}
-
 } // namespace conferix

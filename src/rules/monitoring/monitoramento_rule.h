@@ -87,7 +87,4 @@ class TRuleOfRow : public Rule {
     explicit TRuleOfRow(TMonitoramentoContextPtr context) : Rule(std::move(context), row) {}
 };
 
-/// An amount or quantity as messages show it: decimal point, no thousands separator, in every locale.
-std::string AmountText(double value);
-
 } // namespace conferix
