@@ -427,7 +427,7 @@ TEST(TotalizerRules, CompareTheDeclaredTotalOfEachCategoryWithItsItems) {
 TEST(TotalizerRules, CompareProceduresFeesAndTheGeneralTotal) {
     const std::string items =
         "(procedimentoExecutado(valorTotal=33.333) procedimentoExecutado(valorTotal=33.333) "
-        "procedimentoExecutado(valorTotal=x) procedimentoExecutado(valorTotal=33.339))";
+        "procedimentoExecutado(quantidadeExecutada=1) procedimentoExecutado(valorTotal=33.339))";
     const auto spSadt = [&](std::string_view totals) {
         return SpSadt(fmt::format("procedimentosExecutados{} outrasDespesas(despesa(codigoDespesa=07 "
                                   "servicosExecutados(valorTotal=0.10))) valorTotal({})",
@@ -453,6 +453,13 @@ TEST(TotalizerRules, CompareProceduresFeesAndTheGeneralTotal) {
          spSadt("valorProcedimentos=-100"),
          "valortotal.procedimentos",
          {procedures + "-100.00 foi encontrado, porém o esperado é 100.01. -> Alterar o valor para 100.01"}},
+        // A sum of what is no number is told, but not written.
+        {"3.05.00",
+         SpSadt("procedimentosExecutados(procedimentoExecutado(valorTotal=x) "
+                "procedimentoExecutado(valorTotal=1)) "
+                "valorTotal(valorProcedimentos=2)"),
+         "valortotal.procedimentos",
+         {procedures + "2.00 foi encontrado, porém o esperado é 1.00."}},
         {"3.05.00",
          spSadt(""),
          "valortotal.procedimentos",
