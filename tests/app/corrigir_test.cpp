@@ -191,8 +191,9 @@ TEST_F(Corrigir, LawsHoldOfEveryExample) {
             if (IsError(message) && !message["correcoes"].empty())
                 offered.insert(message["linha"].get<int>());
         std::multiset<int> leftOut;
-        const TResult again = Run({"corrigir", File("uma.xml"), "--todas", "--formato", "json"});
-        for (const json& left : json::parse(again.Out)["naoCorrigidas"]) {
+        const json again =
+            json::parse(Run({"corrigir", File("uma.xml"), "--todas", "--formato", "json"}).Out);
+        for (const json& left : again["naoCorrigidas"]) {
             EXPECT_FALSE(left["motivo"].get<std::string>().empty());
             leftOut.insert(left["linha"].get<int>());
         }
