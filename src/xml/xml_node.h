@@ -177,6 +177,8 @@ class TXmlNode {
     /// Sets the text of a tag that has no child tags (its text and CDATA pieces are replaced).
     void SetValue(std::string_view value);
     void SetPrefix(std::string_view prefix);
+    /// Gives a tag another qualified name; its content and place stay.
+    void SetName(std::string_view qualifiedName);
     /// Changes the attribute of that qualified name, or adds it after the last one.
     void SetAttribute(std::string_view qualifiedName, std::string_view value);
     /// Gives an attribute another name; nothing happens when there is none, or when the new name is taken.

@@ -81,6 +81,8 @@ class TCommandLine {
         AddCorrigir();
         AddRegras();
         AddProxy();
+        AddConverter();
+        AddSingleFile("versoes", "Mostra para quais versões um lote pode ser convertido", &RunVersoes);
         AddEsquemas();
         AddTerminologia();
         AddDocumento();
@@ -214,6 +216,28 @@ class TCommandLine {
         OnParsed(command, {}, [this] { return RunProxy(context_, proxy_); });
     }
 
+    void AddConverter() {
+        CLI::App* command = AddCommand(app_, "converter", "Converte um lote de guias para outra versão");
+        command->add_option("arquivos", converter_.Arquivos, "Arquivos; - é a entrada padrão")
+            ->required()
+            ->option_text("ARQUIVO...");
+        command->add_option("--para", converter_.Para, "Versão de destino, como 4.01.00")
+            ->required()
+            ->option_text("VERSAO");
+        command
+            ->add_option("--regime-atendimento", converter_.RegimeAtendimento,
+                         "01 a 05: regime das guias de consulta e SP/SADT ao passar para 4.00.00; nenhum: "
+                         "será informado depois")
+            ->option_text("CODIGO");
+        CLI::Option* saida =
+            command->add_option("--saida", converter_.Saida, "Grava neste arquivo")->option_text("ARQUIVO");
+        command->add_option("--pasta-saida", converter_.PastaSaida, "Grava nesta pasta, com o mesmo nome")
+            ->option_text("PASTA")
+            ->excludes(saida);
+        command->add_flag("--detalhar", converter_.Detalhar, "Mostra cada nota, sem agrupar");
+        OnParsed(command, {}, [this] { return RunConverter(context_, converter_); });
+    }
+
     void AddEsquemas() {
         CLI::App* group = AddCommand(app_, "esquemas", "Schemas XSD instalados");
         group->require_subcommand(1);
@@ -263,6 +287,7 @@ class TCommandLine {
     TCorrigirOptions corrigir_;
     TRegrasOptions regras_;
     TProxyOptions proxy_;
+    TConverterOptions converter_;
     TConsultarOptions consultar_;
     std::string arquivo_;
     std::string documento_;

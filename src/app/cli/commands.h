@@ -100,6 +100,18 @@ struct TConsultarOptions {
 };
 int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions& options);
 
+struct TConverterOptions {
+    std::vector<std::string> Arquivos;
+    std::string Para;              ///< target version
+    std::string RegimeAtendimento; ///< "01" to "05"; "nenhum" or empty: left open
+    std::string Saida;             ///< file; of one input alone
+    std::string PastaSaida;        ///< folder, for files of the inputs' names
+    bool Detalhar = false;         ///< every note by itself
+};
+int RunConverter(const TCliContext& context, const TConverterOptions& options);
+/// Lists the versions that a lot can be converted to.
+int RunVersoes(const TCliContext& context, const std::string& arquivo);
+
 struct TCorrigirOptions {
     std::string Arquivo;
     int Mensagem = 0; ///< 1-based, in the list that `validar` shows; 0: none chosen
