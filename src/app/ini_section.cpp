@@ -29,6 +29,7 @@ TIniSection::TIniSection(std::filesystem::path file, std::string section)
 }
 
 TIniSection::~TIniSection() = default;
+TIniSection::TIniSection(TIniSection&& other) noexcept = default;
 
 std::string TIniSection::ReadText(const std::string& key, const std::string& byDefault) const {
     return ini_->File.GetValue(section_.c_str(), key.c_str(), byDefault.c_str());

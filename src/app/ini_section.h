@@ -19,6 +19,7 @@ class TIniSection {
     /// Reads the file; one that does not exist is empty. Raises EArquivoNaoLido.
     TIniSection(std::filesystem::path file, std::string section);
     ~TIniSection();
+    TIniSection(TIniSection&& other) noexcept;
 
     /// The default stands for a key that is absent or, of ReadInteger, no integer.
     std::string ReadText(const std::string& key, const std::string& byDefault) const;

@@ -72,12 +72,12 @@ void TConversionRun::Add(TConversionNoteType tipo, const TXmlNode& node, std::st
     Add(tipo, node, node.TextWithCData(), std::move(texto));
 }
 
-void TConversionRun::Add(TConversionNoteType tipo, const TXmlNode& node, std::string valor,
-                         std::string texto) {
+TConversionNote& TConversionRun::Add(TConversionNoteType tipo, const TXmlNode& node, std::string valor,
+                                     std::string texto) {
     TConversionNote note = MakeNote(tipo, node);
     note.Valor = std::move(valor);
     note.Texto = std::move(texto);
-    notes_.push_back(std::move(note));
+    return notes_.emplace_back(std::move(note));
 }
 
 void TConversionRun::AddBelow(TConversionNoteType tipo, const TXmlNode& parent, std::string_view name,

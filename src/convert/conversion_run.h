@@ -33,7 +33,8 @@ struct TConversionNote {
     std::string Elemento; ///< path below the guide, or below the document element
     std::string Valor;    ///< the value before; of what is new, the value itself
     std::string Texto;    ///< what the user reads; the same for notes of one cause
-    /// The element; of a missing one, its parent. In the tree of the converted file.
+    /// The element at fault; of a missing one, its parent. In the tree of the converted file; null for a
+    /// note that speaks of more than the element.
     const TXmlNode* No = nullptr;
 };
 
@@ -71,8 +72,9 @@ class TConversionRun {
     void StartStep(std::string_view from, std::string_view to);
     /// A note on an element that stands in the tree, with its value.
     void Add(TConversionNoteType tipo, const TXmlNode& node, std::string texto);
-    /// The same with another value than the element's.
-    void Add(TConversionNoteType tipo, const TXmlNode& node, std::string valor, std::string texto);
+    /// The same with another value than the element's; answers the note until the next one comes.
+    TConversionNote& Add(TConversionNoteType tipo, const TXmlNode& node, std::string valor,
+                         std::string texto);
     /// A note on something below an element that is no element of the tree, such as a missing child.
     void AddBelow(TConversionNoteType tipo, const TXmlNode& parent, std::string_view name, std::string valor,
                   std::string texto);

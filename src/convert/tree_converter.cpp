@@ -129,12 +129,11 @@ void TTreeConverter::Remove(TXmlNode& element) {
 const TSchemaSimpleType& TTreeConverter::TypeOf(const std::string& name, const std::string& versao,
                                                 std::shared_ptr<const TSchemaSet>& schemas) const {
     const TEsquemaModelo& model = change_.Modelo();
-    const std::filesystem::path file = BuiltInSchemaFolder() / PathFromText(model.NomeArquivo(versao));
     if (schemas == nullptr)
-        schemas = TSchemaSet::Load(file);
+        schemas = TSchemaSet::Load(BuiltInSchemaFolder() / PathFromText(model.NomeArquivo(versao)));
     const TSchemaSimpleType* type = schemas->FindSimpleType(schemas->NamespaceId(model.Espaco()), name);
     if (type == nullptr)
-        throw ESchemaInvalido(PathText(file), 0, fmt::format("falta o tipo {}", name));
+        throw ESchemaInvalido(PathText(schemas->MainFile()), 0, fmt::format("falta o tipo {}", name));
     return *type;
 }
 

@@ -33,19 +33,20 @@ std::shared_ptr<IArquivoTiss> CopyOf(const IArquivoTiss& arquivo) {
 
 /// Whoever signed the file did not sign what it becomes.
 void NoteSignatures(const IArquivoTiss& arquivo, TConversionRun& run) {
-    constexpr auto kPendencia = TConversionNoteType::ntPendencia;
+    const auto note = [&run](const TXmlNode& signature, const char* text) {
+        run.Add(TConversionNoteType::ntPendencia, signature, {}, text).No = nullptr;
+    };
     const TXmlNode& root = *arquivo.Xml()->Element();
     for (const TXmlNode& child : root.ChildTags())
         if (child.LocalName() == "assinaturaDigital" || child.LocalName() == "Signature")
-            run.Add(kPendencia, child, {},
-                    "A assinatura digital não vale para o arquivo convertido. Assine-o de novo.");
+            note(child, "A assinatura digital não vale para o arquivo convertido. Assine-o de novo.");
     const TXmlNode* guides = root.Find("prestadorParaOperadora/loteGuias/guiasTISS");
     if (guides == nullptr)
         return;
     for (const TXmlNode& guide : guides->ChildTags())
         if (const TXmlNode* signature = guide.Child("assinaturaDigitalGuia"))
-            run.Add(kPendencia, *signature, {},
-                    "A assinatura digital da guia não vale para o arquivo convertido. Assine-a de novo.");
+            note(*signature,
+                 "A assinatura digital da guia não vale para o arquivo convertido. Assine-a de novo.");
 }
 
 } // namespace

@@ -81,6 +81,7 @@ class TCommandLine {
         AddCorrigir();
         AddRegras();
         AddProxy();
+        AddAtualizar();
         AddConverter();
         AddSingleFile("versoes", "Mostra para quais versões um lote pode ser convertido", &RunVersoes);
         AddEsquemas();
@@ -216,6 +217,13 @@ class TCommandLine {
         OnParsed(command, {}, [this] { return RunProxy(context_, proxy_); });
     }
 
+    void AddAtualizar() {
+        CLI::App* command =
+            AddCommand(app_, "atualizar", "Busca schemas e terminologia no endereço configurado");
+        command->add_flag("--verificar", verificar_, "Mostra o que há, sem instalar");
+        OnParsed(command, {}, [this] { return RunAtualizar(context_, verificar_); });
+    }
+
     void AddConverter() {
         CLI::App* command = AddCommand(app_, "converter", "Converte um lote de guias para outra versão");
         command->add_option("arquivos", converter_.Arquivos, "Arquivos; - é a entrada padrão")
@@ -288,6 +296,7 @@ class TCommandLine {
     TRegrasOptions regras_;
     TProxyOptions proxy_;
     TConverterOptions converter_;
+    bool verificar_ = false;
     TConsultarOptions consultar_;
     std::string arquivo_;
     std::string documento_;

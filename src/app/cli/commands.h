@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/atualizacao.h"
 #include "app/cli/cli.h"
 #include "app/config.h"
 #include "app/schema_folder.h"
@@ -111,6 +112,11 @@ struct TConverterOptions {
 int RunConverter(const TCliContext& context, const TConverterOptions& options);
 /// Lists the versions that a lot can be converted to.
 int RunVersoes(const TCliContext& context, const std::string& arquivo);
+
+/// Fetches packages of schemas and terminology; `verificar`: only tells which are offered.
+int RunAtualizar(const TCliContext& context, bool verificar);
+/// Who takes packages of terminology that were fetched; empty where nobody does.
+TImportPacote ImportadorDeTerminologia(const TCliContext& context);
 
 struct TCorrigirOptions {
     std::string Arquivo;
