@@ -20,10 +20,22 @@ namespace {
 
 using TNote = TConversionNoteType;
 
-void RenewHash(const IArquivoTiss& arquivo, TConversionRun& run) {
+/// The element of the hash, made where the epilogue lacks it; null where it cannot hold one.
+TXmlNode* HashNodeOf(const IArquivoTiss& arquivo) {
     TXmlNode* hash = arquivo.HashNode();
+    TXmlNode* epilogo = arquivo.EpilogoNode();
+    if (hash == nullptr && epilogo != nullptr) {
+        const std::string prefix(epilogo->Prefix());
+        hash = arquivo.Xml()->NewTag(prefix.empty() ? "hash" : prefix + ":hash");
+        epilogo->InsertChild(*hash, epilogo->FirstChildTag());
+    }
+    return hash != nullptr && hash->FirstChildTag() == nullptr ? hash : nullptr;
+}
+
+void RenewHash(const IArquivoTiss& arquivo, TConversionRun& run) {
+    TXmlNode* hash = HashNodeOf(arquivo);
     if (hash == nullptr)
-        return;
+        return; // the schema tells of it
     const std::string before = hash->TextWithCData();
     const std::string computed = THashCalculator::Calculate(*arquivo.Xml(), THashEncoding::Iso88591);
     if (computed == before)
@@ -32,14 +44,24 @@ void RenewHash(const IArquivoTiss& arquivo, TConversionRun& run) {
     run.Add(TNote::ntMudanca, *hash, before, "O hash foi calculado de novo.");
 }
 
-/// The faults that the steps have told of: the element, and the name of a child where that one is missing.
-std::set<std::pair<const TXmlNode*, std::string>> ToldFaults(const TConversionNotes& notes) {
-    std::set<std::pair<const TXmlNode*, std::string>> told;
-    for (const TConversionNote& note : notes)
-        if (note.Tipo == TNote::ntPendencia)
-            told.emplace(note.No, note.Elemento.substr(note.Elemento.rfind('/') + 1));
-    return told;
-}
+/// True for a fault that the steps have told of: a child that is missing, or a value that is not accepted.
+class TToldFaults {
+  public:
+    explicit TToldFaults(const TConversionNotes& notes) {
+        for (const TConversionNote& note : notes)
+            if (note.Tipo == TNote::ntPendencia)
+                told_.emplace(note.No, note.Elemento.substr(note.Elemento.rfind('/') + 1));
+    }
+    bool Contains(const TSchemaFault& fault, const TXmlNode& missingFrom) const {
+        if (fault.Code == TSchemaFaultCode::MissingElement)
+            return told_.contains({&missingFrom, fault.Name});
+        const bool value = fault.Code >= TSchemaFaultCode::EmptyValue && fault.Attribute == nullptr;
+        return value && told_.contains({fault.Node, fault.Name});
+    }
+
+  private:
+    std::set<std::pair<const TXmlNode*, std::string>> told_;
+};
 
 /// Adds what the schema finds in the result and nobody has told; answers whether it finds nothing.
 bool CheckSchema(const IArquivoTiss& arquivo, const TSchemaFolder& schemas, TConversionRun& run) {
@@ -50,12 +72,12 @@ bool CheckSchema(const IArquivoTiss& arquivo, const TSchemaFolder& schemas, TCon
         throw ESchemaNotFound(file);
     const auto schema = TSchemaSet::Load(file);
     const std::vector<TSchemaFault> faults = TSchemaValidator(*schema).Validate(*arquivo.Xml());
-    const auto told = ToldFaults(run.Notes());
+    const TToldFaults told(run.Notes());
     for (const TSchemaFault& fault : faults) {
         const bool missing = fault.Code == TSchemaFaultCode::MissingElement;
         const TXmlNode& parent =
             !missing || fault.Node->LocalName() == fault.Parent ? *fault.Node : *fault.Node->Parent();
-        if (told.contains({missing ? &parent : fault.Node, fault.Name}))
+        if (told.Contains(fault, parent))
             continue;
         if (missing)
             run.AddBelow(TNote::ntPendencia, parent, fault.Name, {}, TSchemaMessages::Sentence(fault));

@@ -64,6 +64,15 @@ std::string SameCode(const std::string& value, const TSchemaSimpleType& type) {
 
 } // namespace
 
+void RemoveElement(TXmlNode& element) {
+    TXmlNode* parent = element.Parent();
+    element.Remove();
+    if (parent == nullptr || parent->FirstChildTag() != nullptr)
+        return;
+    const std::string text = parent->TextWithCData();
+    parent->SetValue(TrimXmlSpace(text).empty() ? std::string_view() : text);
+}
+
 TTreeConverter::TTreeConverter(const TVersionChange& change, TConversionRun& run, TFillValue fill)
     : change_(change), run_(run), fill_(std::move(fill)) {}
 
@@ -123,7 +132,7 @@ void TTreeConverter::Remove(TXmlNode& element) {
     for (const TXmlNode* node = &element; node != nullptr; node = node->NextInWalk(&element))
         if (node->IsTag() && node->FirstChildTag() == nullptr)
             run_.Add(TNote::ntPerda, *node, text);
-    element.Remove();
+    RemoveElement(element);
 }
 
 const TSchemaSimpleType& TTreeConverter::TypeOf(const std::string& name, const std::string& versao,

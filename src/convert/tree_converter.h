@@ -26,6 +26,9 @@ struct TFilledValue {
 /// knows it. Called before anything of the parent is removed.
 using TFillValue = std::function<std::optional<TFilledValue>(TXmlNode& parent, std::string_view name)>;
 
+/// Takes an element out of its tree. A parent that is left without elements keeps no layout as its value.
+void RemoveElement(TXmlNode& element);
+
 /// Applies the difference of two versions to trees: removes, renames and fills in elements, writes codes
 /// anew, and notes all of it.
 class TTreeConverter {

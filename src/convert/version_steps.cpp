@@ -57,7 +57,7 @@ std::optional<TFilledValue> TakeRequester(TXmlNode& parent, TConversionRun& run)
         return std::nullopt;
     const std::string value = name->TextWithCData();
     run.Add(TNote::ntMudanca, *name, value, "O valor passa para <nomeContratadoSolicitante>.");
-    name->Remove();
+    RemoveElement(*name);
     return TFilledValue{value, "O valor veio de <nomeContratado>."};
 }
 

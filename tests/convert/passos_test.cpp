@@ -3,6 +3,8 @@
 #include "esquema/pastas.h"
 #include "suporte/suporte.h"
 #include "validation/hash_calculator.h"
+#include "xml/schema/schema_set.h"
+#include "xml/schema/schema_validator.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_writer.h"
 
@@ -173,6 +175,35 @@ TEST(VersionConverter, TellsEachLossAndEachOpenPlace) {
                               "3.03.03 -> 3.04.00 outrasDespesas/despesa/sequencialItem = 3"}));
     EXPECT_THAT(Lines(numbered.Notas, ntPendencia),
                 ElementsAre("3.04.01 -> 3.05.00 prestadorParaOperadora/loteGuias/intruso = x"));
+}
+
+TEST(VersionConverter, ComputesTheHashOfWhatIsWritten) {
+    // Files that were wrong before: a group left without elements, text beside elements, a value twice.
+    const std::pair<const char*, const char*> edits[] = {
+        {"<ans:codigoPrestadorNaOperadora>123456</ans:codigoPrestadorNaOperadora>", ""},
+        {"<ans:nomeContratado>", "texto <ans:nomeContratado>"},
+        {"<ans:atendimentoRN>N</ans:atendimentoRN>",
+         "<ans:atendimentoRN>x</ans:atendimentoRN><ans:atendimentoRN>y</ans:atendimentoRN>"},
+        {"<ans:CNES>9999999</ans:CNES>", "<ans:CNES><![CDATA[9999999]]></ans:CNES>"},
+        {"<ans:hash>", "<!-- sem hash --><ans:outro>"},
+        {"</ans:hash>", "</ans:outro>"}};
+    for (const char* example : {"spsadt-3.05.00-valido.xml", "odonto-3.05.00-valido.xml"}) {
+        std::string text = ExampleText(example);
+        for (const auto& [what, with] : edits) {
+            ReplaceAll(text, what, with);
+            if (!TXmlParser::Parse(text).Messages.empty())
+                continue; // the other half of an edit follows
+            const TLoteConvertido lote = Convert(text, "4.03.00");
+            const auto written = LoadTiss(lote.Xml);
+            EXPECT_EQ(written->Hash(), THashCalculator::Calculate(*written->Xml(), THashEncoding::Iso88591))
+                << what;
+            // As many open places as the schema finds faults in what was written.
+            const auto set = TSchemaSet::Load(BuiltInSchemaFolder() / "tissV4_03_00.xsd");
+            EXPECT_LE(TSchemaValidator(*set).Validate(*written->Xml()).size(),
+                      Lines(lote.Notas, TConversionNoteType::ntPendencia).size())
+                << what;
+        }
+    }
 }
 
 TEST(VersionConverter, KeepsNamespacesAndTellsSignatures) {
