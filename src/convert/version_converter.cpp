@@ -81,9 +81,9 @@ std::vector<std::string> TVersionConverter::PreviousVersions(TEnumTipoTransacaoT
 
 void TVersionConverter::RequireConvertible(const IArquivoTiss& arquivo, std::string_view target) const {
     if (arquivo.TipoTransacao() != TEnumTipoTransacaoTiss::tmEnvioLoteGuias)
-        throw EConversionNotSupported(
-            fmt::format("Conversão não suportada para esse tipo de transação ({}). {} -> {}",
-                        NameOf(arquivo.TipoTransacao()), arquivo.Versao(), target));
+        throw EConversionNotSupported(fmt::format(
+            "Conversão não suportada para esse tipo de transação ({}). {}{}{}",
+            NameOf(arquivo.TipoTransacao()), arquivo.Versao(), target.empty() ? "" : " -> ", target));
     if (FindStep(arquivo.TipoTransacao(), arquivo.Versao()) == nullptr)
         throw EConversionNotSupported(fmt::format(
             "Conversão não suportada a partir da versão {}. São convertidas as versões de {} a {}.",

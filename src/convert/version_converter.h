@@ -39,7 +39,7 @@ class TVersionConverter {
     std::shared_ptr<const IArquivoTiss> Convert(const IArquivoTiss& arquivo, std::string_view target,
                                                 TConversionRun& run) const;
     /// Raises EConversionNotSupported unless the file is of a version of the chain and a lot. `target`: as
-    /// asked for, for the text of the error.
+    /// asked for, for the text of the error; empty when none was.
     void RequireConvertible(const IArquivoTiss& arquivo, std::string_view target) const;
 
   private:

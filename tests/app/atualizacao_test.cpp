@@ -149,7 +149,8 @@ TEST_F(Atualizacao, GoesOnWhereADownloadStopped) {
 
 TEST_F(Atualizacao, InstallsOnlyWhatIsRight) {
     std::string list;
-    TServidorHttp server([&](const std::string& target) {
+    TServidorHttp server([&](const std::string& address) { // as a proxy it is asked with whole addresses
+        const std::string target = address.substr(address.rfind('/'));
         return target == "/lista.json" ? THttpAnswer{.Body = list} : THttpAnswer{.Body = "pacote" + target};
     });
     const auto entry = [&](const std::string& name, const std::string& type, const std::string& sha) {
@@ -161,28 +162,34 @@ TEST_F(Atualizacao, InstallsOnlyWhatIsRight) {
                   entry("ruim", "schemas", Sha("pacote/ruim")),
                   entry("sem", "terminologia", Sha("pacote/sem"))}}}
                .dump();
+    for (const bool byProxy : {false, true}) {
+        const std::string base = byProxy ? "http://127.0.0.1:1" : server.Url("");
+        const std::string folder = File(byProxy ? "proxy" : "direto");
+        TAtualizacao update(base + "/lista.json",
+                            byProxy ? Proxy(TProxyMode::Manual, server.Port()) : Proxy(), folder);
+        std::vector<std::string> taken;
+        const TImportadores importers = {{"schemas",
+                                          [&](const TPacote& package, const std::filesystem::path& file) {
+                                              if (package.Nome == "ruim")
+                                                  throw EAtualizacao("recusado");
+                                              taken.push_back(ReadTestFile(file));
+                                          }},
+                                         {"terminologia", {}}};
+        const std::vector<TPacote> packages = update.Listar();
+        ASSERT_EQ(packages.size(), 4U);
+        EXPECT_EQ(packages[0].Endereco, base + "/bom");
+        const char* reasons[] = {"", "não confere com o SHA-256", "recusado", "não instala pacotes"};
+        for (std::size_t i = 0; i < packages.size(); ++i)
+            EXPECT_THAT(Failure([&] { update.Instalar(packages[i], importers, kGoOn); }),
+                        HasSubstr(reasons[i]));
+        EXPECT_THAT(taken, ElementsAre("pacote/bom"));
+        EXPECT_TRUE(std::filesystem::is_empty(folder + "/downloads"));
+        std::vector<bool> installed;
+        for (const TPacote& package : update.Listar())
+            installed.push_back(package.Instalado);
+        EXPECT_THAT(installed, ElementsAre(true, false, false, false));
+    }
     TAtualizacao update(server.Url("/lista.json"), Proxy(), File("dados"));
-    std::vector<std::string> taken;
-    const TImportadores importers = {{"schemas",
-                                      [&](const TPacote& package, const std::filesystem::path& file) {
-                                          if (package.Nome == "ruim")
-                                              throw EAtualizacao("recusado");
-                                          taken.push_back(ReadTestFile(file));
-                                      }},
-                                     {"terminologia", {}}};
-    const std::vector<TPacote> packages = update.Listar();
-    ASSERT_EQ(packages.size(), 4U);
-    EXPECT_EQ(packages[0].Endereco, server.Url("/bom"));
-    const char* reasons[] = {"", "não confere com o SHA-256", "recusado", "não instala pacotes"};
-    for (std::size_t i = 0; i < packages.size(); ++i)
-        EXPECT_THAT(Failure([&] { update.Instalar(packages[i], importers, kGoOn); }), HasSubstr(reasons[i]));
-    EXPECT_THAT(taken, ElementsAre("pacote/bom"));
-    EXPECT_TRUE(std::filesystem::is_empty(File("dados/downloads")));
-    std::vector<bool> installed;
-    for (const TPacote& package : update.Listar())
-        installed.push_back(package.Instalado);
-    EXPECT_THAT(installed, ElementsAre(true, false, false, false));
-
     for (const std::string bad : {"", "[]", "{}", R"({"pacotes": [{}]})", R"({"pacotes": 1})"}) {
         list = bad;
         EXPECT_THAT(Failure([&] { update.Listar(); }), HasSubstr("não é uma lista")) << bad;
