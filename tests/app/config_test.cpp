@@ -70,6 +70,7 @@ TEST(Config, ADamagedFileIsNamedAndKept) {
 std::vector<std::string> NamesOf(const TConfiguracaoValidacoes& dialog,
                                  const std::vector<std::size_t>& nodes) {
     std::vector<std::string> names;
+    names.reserve(nodes.size());
     for (const std::size_t node : nodes)
         names.push_back(dialog.Rules()[node].Rule->Name);
     return names;

@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -34,8 +35,9 @@ class TServidorHttp {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address);
-        listen(socket_, 8);
+        if (bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+            listen(socket_, 8) != 0)
+            throw std::runtime_error("the server of the test found no port");
         socklen_t size = sizeof address;
         getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
         port_ = ntohs(address.sin_port);
