@@ -1,15 +1,35 @@
 #include "app/config.h"
 
-#include "data/tuss_connection.h"
 #include "sistema/sistema.h"
-#include "validation/validator/tiss_validator.h"
+#include "validation/validator/rule_list.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace conferix {
+
+namespace {
+
+constexpr const char* kEnabledValidations = "EnabledValidations";
+constexpr int kIndentation = 2;
+constexpr int kMaxDepth = 100; ///< of nested lists and objects; writing them goes down by calls
+
+nlohmann::ordered_json ParseConfig(const std::string& text, const std::filesystem::path& file) {
+    bool tooDeep = false;
+    nlohmann::ordered_json content = nlohmann::ordered_json::parse(
+        text, [&](int depth, nlohmann::ordered_json::parse_event_t, nlohmann::ordered_json&) {
+            tooDeep = tooDeep || depth > kMaxDepth;
+            return depth <= kMaxDepth;
+        });
+    if (tooDeep)
+        throw EConfigInvalida(file, fmt::format("tem mais de {} níveis", kMaxDepth));
+    return content;
+}
+
+} // namespace
 
 EConfigInvalida::EConfigInvalida(const std::filesystem::path& file, const std::string& reason)
     : std::runtime_error(
@@ -28,8 +48,9 @@ TConfig TConfig::Load(const std::filesystem::path& file) {
         return config;
     }
     try {
-        const nlohmann::json content = nlohmann::json::parse(ReadWholeFile(file));
-        config.enabled_ = content.at("EnabledValidations").get<std::vector<std::string>>();
+        config.source_ = ReadWholeFile(file);
+        config.enabled_ =
+            ParseConfig(config.source_, file).at(kEnabledValidations).get<std::vector<std::string>>();
     } catch (const nlohmann::json::parse_error& error) {
         throw EConfigInvalida(file, fmt::format("não é um JSON válido (posição {})", error.byte));
     } catch (const nlohmann::json::exception&) {
@@ -42,17 +63,43 @@ TConfig TConfig::Load(const std::filesystem::path& file) {
     return config;
 }
 
+std::vector<std::string> TConfig::GetEnabledValidations(const std::filesystem::path& file) {
+    return Load(file).enabled_;
+}
+
+void TConfig::Save(const std::filesystem::path& file) const {
+    nlohmann::ordered_json content = nlohmann::ordered_json::parse(source_);
+    content[kEnabledValidations] = enabled_;
+    if (file.has_parent_path())
+        CreateFolder(file.parent_path());
+    WriteFileAtomically(file, content.dump(kIndentation) + "\n");
+}
+
 void TConfig::SetDefaultInitialConfig() {
-    const TTissValidator validator(nullptr, {}, TTussConnection::InMemory());
     enabled_.clear();
-    for (const IValidationIdentity& rule : validator.Validations(true))
-        enabled_.push_back(rule->Name);
-    std::sort(enabled_.begin(), enabled_.end());
-    enabled_.erase(std::unique(enabled_.begin(), enabled_.end()), enabled_.end());
+    for (const TListedRule& rule : ListRules())
+        Enable(rule.Rule->Name);
+}
+
+std::vector<std::string> TConfig::UnknownValidations() const {
+    std::unordered_set<std::string> known;
+    for (const TListedRule& rule : ListRules())
+        known.insert(rule.Rule->Name);
+    std::vector<std::string> unknown;
+    for (const std::string& name : enabled_)
+        if (!known.contains(name))
+            unknown.push_back(name);
+    return unknown;
 }
 
 bool TConfig::IsEnabled(const std::string& name) const {
     return std::binary_search(enabled_.begin(), enabled_.end(), name);
+}
+
+void TConfig::Enable(const std::string& name) {
+    const auto place = std::lower_bound(enabled_.begin(), enabled_.end(), name);
+    if (place == enabled_.end() || *place != name)
+        enabled_.insert(place, name);
 }
 
 void TConfig::Disable(const std::string& name) {

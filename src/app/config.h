@@ -19,20 +19,30 @@ class TConfig {
     /// Reads the file; where it does not exist, every rule is on. Raises EConfigInvalida; the file is never
     /// touched.
     static TConfig Load(const std::filesystem::path& file);
+    /// What the file says now, read afresh. Raises EConfigInvalida.
+    static std::vector<std::string> GetEnabledValidations(const std::filesystem::path& file);
 
     /// "config.json" in the data folder, which is not created.
     static std::filesystem::path DefaultFile();
 
-    /// Switches on every rule of every kind of file.
+    /// Writes the file in one step; its folder is made when it is missing. What the program does not know of
+    /// the file that was read stays as it was. Raises EArquivoNaoGravado, EPastaNaoCriada.
+    void Save(const std::filesystem::path& file) const;
+
+    /// Switches on every rule of every kind of file, and forgets names that are no rule's.
     void SetDefaultInitialConfig();
 
-    /// Names of the rules that are on, sorted, each once.
+    /// Names of the rules that are on, sorted, each once; names that are no rule's are kept among them.
     const std::vector<std::string>& EnabledValidations() const { return enabled_; }
+    /// Those of the names that are no rule's: of another version of the program, or misspelt.
+    std::vector<std::string> UnknownValidations() const;
     bool IsEnabled(const std::string& name) const;
+    void Enable(const std::string& name);
     void Disable(const std::string& name);
 
   private:
     std::vector<std::string> enabled_;
+    std::string source_ = "{}"; ///< text of the file that was read
 };
 
 } // namespace conferix

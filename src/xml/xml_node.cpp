@@ -196,14 +196,18 @@ void TXmlNode::JoinPieces() {
 }
 
 void TXmlNode::SetPrefix(std::string_view prefix) {
-    if (!IsTag() || Prefix() == prefix)
-        return;
-    TXmlDocument& document = Document();
     std::string qualified(prefix);
     if (!qualified.empty())
         qualified += ':';
     qualified += LocalName();
-    name_ = document.InternName(qualified);
+    SetName(qualified);
+}
+
+void TXmlNode::SetName(std::string_view qualifiedName) {
+    if (!IsTag() || QualifiedName() == qualifiedName)
+        return;
+    TXmlDocument& document = Document();
+    name_ = document.InternName(qualifiedName);
     flags_ |= kNameChanged;
     document.changed_ = true;
 }

@@ -182,6 +182,8 @@ class TXmlNode {
     /// its tag's value.
     void SetValue(std::string_view value);
     void SetPrefix(std::string_view prefix);
+    /// Gives a tag another qualified name; its content and place stay.
+    void SetName(std::string_view qualifiedName);
     /// Changes the attribute of that qualified name, or adds it after the last one.
     void SetAttribute(std::string_view qualifiedName, std::string_view value);
     /// Gives an attribute another name; nothing happens when there is none, or when the new name is taken.

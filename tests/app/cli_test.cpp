@@ -267,6 +267,66 @@ TEST_F(Cli, ListsTheRulesOfTheTree) {
     EXPECT_THAT(damaged.Err, HasSubstr(File("config.json")));
 }
 
+TEST_F(Cli, SwitchesRulesAndKeepsThemSo) {
+    const std::string group = "tiss.monitoramento.loteguias.guia.prestador";
+    const std::string field = "tiss.monitoramento.loteguias.guia.campo014";
+    const auto active = [&](const std::string& name) {
+        for (const json& rule : json::parse(Run({"regras", "--formato", "json"}).Out))
+            if (rule["nome"] == name)
+                return rule["ativa"].get<bool>();
+        return false;
+    };
+    const TResult off =
+        Run({"regras", "--desativar", group + ",tiss.mensagem.loteguias.consulta.sequencial"});
+    EXPECT_EQ(off.Status, kExitUsage); // the second name is no rule's, so that nothing is switched
+    EXPECT_TRUE(active(field));
+    EXPECT_THAT(Run({"regras", "--desativar", group, field}).Out,
+                AllOf(HasSubstr("desativada: " + field), HasSubstr("3 regras mudaram.")));
+    EXPECT_FALSE(active(field));
+    const TResult refused = Run({"regras", "--desativar", "tiss.mensagem.hash"});
+    EXPECT_EQ(refused.Status, kExitUsage);
+    EXPECT_EQ(refused.Err,
+              "conferix: erro: A validação \"Hash MD5\" é obrigatória. Não é possível desativá-la.\n");
+    EXPECT_EQ(Run({"regras", "--ativar", field, "--desativar", field}).Status, kExitUsage);
+    EXPECT_THAT(Run({"regras", "--ativar", field}).Out, HasSubstr("1 regra mudou."));
+    EXPECT_TRUE(active(field));
+    EXPECT_FALSE(active(group));
+    EXPECT_THAT(Run({"regras", "--padrao"}).Out, HasSubstr("2 regras mudaram."));
+    EXPECT_THAT(Run({"regras", "--padrao"}).Out, HasSubstr("Nenhuma regra mudou."));
+    EXPECT_TRUE(active(group));
+    WriteTestFile(File("config.json"), R"({"EnabledValidations": ["tiss.futura"]})");
+    EXPECT_THAT(Run({"regras", "--config", File("config.json"), "--ativar", field}).Err,
+                HasSubstr("tiss.futura"));
+    EXPECT_THAT(ReadTestFile(File("config.json")), AllOf(HasSubstr(field), HasSubstr("tiss.futura")));
+}
+
+TEST_F(Cli, ShowsAndChangesTheProxySettings) {
+    setenv("CONFERIX_INI", File("Conferix.ini").c_str(), 1);
+    const struct {
+        std::vector<std::string> Words;
+        int Status;
+        std::string Text;
+    } cases[] = {{{}, kExitValid, "Conexão direta com a internet\n"},
+                 {{"--modo", "manual"}, kExitUsage, "Preencha o endereço do servidor."},
+                 {{"--modo", "manual", "--servidor", "a b"}, kExitUsage, "não pode conter espaços"},
+                 {{"--modo", "manual", "--servidor", "p"}, kExitUsage, "Informe um número de porta válido."},
+                 {{"--porta", "70000"}, kExitUsage, "Informe um número de porta válido."},
+                 {{"--modo", "outro"}, kExitUsage, "direto, sistema ou manual"},
+                 {{"--modo", "manual", "--servidor", "p", "--porta", "3128"}, kExitValid, "Porta: 3128"},
+                 {{"--modo", "sistema"}, kExitValid, "Detecção automática"}};
+    for (const auto& c : cases) {
+        std::vector<std::string> words = {"proxy"};
+        words.insert(words.end(), c.Words.begin(), c.Words.end());
+        const TResult result = Run(words);
+        EXPECT_EQ(result.Status, c.Status) << result.Err;
+        EXPECT_THAT(result.Out + result.Err, HasSubstr(c.Text));
+    }
+    const json shown = json::parse(Run({"proxy", "--formato", "json"}).Out);
+    EXPECT_EQ(shown["modo"], "sistema");
+    EXPECT_EQ(shown["porta"], 3128);
+    unsetenv("CONFERIX_INI");
+}
+
 TEST_F(Cli, ChecksDocuments) {
     const struct {
         const char* Documento;

@@ -12,6 +12,7 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <functional>
 #include <istream>
@@ -79,6 +80,10 @@ class TCommandLine {
         AddSingleFile("hash", "Mostra o hash informado e os calculados", &RunHash);
         AddCorrigir();
         AddRegras();
+        AddProxy();
+        AddAtualizar();
+        AddConverter();
+        AddSingleFile("versoes", "Mostra para quais versões um lote pode ser convertido", &RunVersoes);
         AddEsquemas();
         AddTerminologia();
         AddDocumento();
@@ -189,8 +194,56 @@ class TCommandLine {
     }
 
     void AddRegras() {
-        CLI::App* command = AddCommand(app_, "regras", "Lista as regras na ordem em que são aplicadas");
-        OnParsed(command, "markdown", [this] { return RunRegras(context_); });
+        CLI::App* command =
+            AddCommand(app_, "regras", "Lista as regras na ordem em que são aplicadas; ativa e desativa");
+        AddNames(*command, "--ativar", regras_.Ativar,
+                 "Ativa regras; um grupo leva as que estão abaixo dele");
+        AddNames(*command, "--desativar", regras_.Desativar, "Desativa regras, do mesmo modo");
+        command->add_flag("--padrao", regras_.Padrao, "Volta a todas as regras ativas");
+        OnParsed(command, "markdown", [this] { return RunRegras(context_, regras_); });
+    }
+
+    /// An option that takes several names, one after the other or with commas.
+    static void AddNames(CLI::App& command, const std::string& option, std::vector<std::string>& names,
+                         const std::string& description) {
+        command.add_option(option, names, description)->option_text("NOME...")->delimiter(',')->take_all();
+    }
+
+    void AddProxy() {
+        CLI::App* command = AddCommand(app_, "proxy", "Mostra ou muda as configurações de proxy");
+        command->add_option("--modo", proxy_.Modo, "direto, sistema ou manual")->option_text("MODO");
+        command->add_option("--servidor", proxy_.Servidor, "Endereço do servidor")->option_text("S");
+        command->add_option("--porta", proxy_.Porta, "Porta do servidor, de 1 a 65535")->option_text("P");
+        OnParsed(command, {}, [this] { return RunProxy(context_, proxy_); });
+    }
+
+    void AddAtualizar() {
+        CLI::App* command =
+            AddCommand(app_, "atualizar", "Busca schemas e terminologia no endereço configurado");
+        command->add_flag("--verificar", verificar_, "Mostra o que há, sem instalar");
+        OnParsed(command, {}, [this] { return RunAtualizar(context_, verificar_); });
+    }
+
+    void AddConverter() {
+        CLI::App* command = AddCommand(app_, "converter", "Converte um lote de guias para outra versão");
+        command->add_option("arquivos", converter_.Arquivos, "Arquivos; - é a entrada padrão")
+            ->required()
+            ->option_text("ARQUIVO...");
+        command->add_option("--para", converter_.Para, "Versão de destino, como 4.01.00")
+            ->required()
+            ->option_text("VERSAO");
+        command
+            ->add_option("--regime-atendimento", converter_.RegimeAtendimento,
+                         "01 a 05: regime das guias de consulta e SP/SADT ao passar para 4.00.00; nenhum: "
+                         "será informado depois")
+            ->option_text("CODIGO");
+        CLI::Option* saida =
+            command->add_option("--saida", converter_.Saida, "Grava neste arquivo")->option_text("ARQUIVO");
+        command->add_option("--pasta-saida", converter_.PastaSaida, "Grava nesta pasta, com o mesmo nome")
+            ->option_text("PASTA")
+            ->excludes(saida);
+        command->add_flag("--detalhar", converter_.Detalhar, "Mostra cada nota, sem agrupar");
+        OnParsed(command, {}, [this] { return RunConverter(context_, converter_); });
     }
 
     void AddEsquemas() {
@@ -240,6 +293,10 @@ class TCommandLine {
     CLI::App app_;
     TValidarOptions validar_;
     TCorrigirOptions corrigir_;
+    TRegrasOptions regras_;
+    TProxyOptions proxy_;
+    TConverterOptions converter_;
+    bool verificar_ = false;
     TConsultarOptions consultar_;
     std::string arquivo_;
     std::string documento_;
@@ -268,14 +325,22 @@ TDBConnectionFactory TCliContext::TerminologyFactory() const {
         [file = PathFromText(Terminologia)] { return TDatabaseTuss(file).CreateConnection(); });
 }
 
+std::filesystem::path TCliContext::ConfigFile() const {
+    return Config.empty() ? TConfig::DefaultFile() : PathFromText(Config);
+}
+
 TConfig TCliContext::LoadConfig() const {
-    if (Config.empty())
-        return TConfig::Load(TConfig::DefaultFile());
-    const std::filesystem::path file = PathFromText(Config);
+    const std::filesystem::path file = ConfigFile();
     std::error_code ignored;
-    if (!std::filesystem::exists(file, ignored))
+    if (!Config.empty() && !std::filesystem::exists(file, ignored))
         throw EConfigInvalida(file, "o arquivo não existe"); // a mistyped name must not switch rules on
-    return TConfig::Load(file);
+    TConfig config = TConfig::Load(file);
+    if (const std::vector<std::string> unknown = config.UnknownValidations(); !unknown.empty())
+        Warning(
+            fmt::format("{}: nomes que não são de regras desta versão: {} (mantidos no arquivo; \"conferix "
+                        "regras --padrao\" volta ao padrão)",
+                        PathText(file), fmt::join(unknown, ", ")));
+    return config;
 }
 
 std::unique_ptr<TValidadorController> TCliContext::NewController() const {

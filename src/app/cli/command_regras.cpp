@@ -1,71 +1,104 @@
 #include "app/cli/commands.h"
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
-#include "data/tuss_connection.h"
-#include "validation/validator/tiss_validator.h"
+#include "app/configuracao_validacoes.h"
+#include "sistema/sistema.h"
 
 #include <fmt/format.h>
 
-#include <functional>
+#include <algorithm>
 #include <ostream>
 
 namespace conferix {
 
 namespace {
 
-struct TListedRule {
-    IValidationIdentity Rule;
-    bool Active;
-    std::size_t Depth;
-};
-
-std::vector<TListedRule> ListRules(const TConfig& config) {
-    const TTissValidator validator(nullptr, {}, TTussConnection::InMemory());
-    std::vector<TListedRule> rules;
-    const std::function<void(const TValidation&, std::size_t)> add = [&](const TValidation& rule,
-                                                                         std::size_t depth) {
-        const IValidationIdentity& identity = rule.Identity();
-        rules.push_back({identity, identity->Required || config.IsEnabled(identity->Name), depth});
-        for (const auto& child : rule.Validations())
-            add(*child, depth + 1);
-    };
-    for (const auto& root : validator.Validations())
-        add(*root, 0);
-    return rules;
+bool IsActive(const TConfiguracaoValidacoes& rules, std::size_t node) {
+    return rules.Rules()[node].Rule->Required || rules.Checked(node);
 }
 
-const char* StateText(const TListedRule& rule) {
-    if (rule.Rule->Required)
+const char* StateText(const TConfiguracaoValidacoes& rules, std::size_t node) {
+    if (rules.Rules()[node].Rule->Required)
         return "obrigatória";
-    return rule.Active ? "ativa" : "desativada";
+    return rules.Checked(node) ? "ativa" : "desativada";
+}
+
+/// The rules in the order of the tree, with their state.
+void PrintList(const TCliContext& context, const TConfiguracaoValidacoes& rules) {
+    std::ostream& out = context.Streams.Out;
+    const std::vector<TListedRule>& list = rules.Rules();
+    if (context.Json()) {
+        TJson json = TJson::array();
+        for (std::size_t i = 0; i < list.size(); ++i)
+            json.push_back({{"nome", list[i].Rule->Name},
+                            {"descricao", list[i].Rule->Description},
+                            {"obrigatoria", list[i].Rule->Required},
+                            {"ativa", IsActive(rules, i)},
+                            {"profundidade", list[i].Depth}});
+        out << JsonText(json) << '\n';
+    } else if (context.Formato == "markdown") {
+        out << "| Regra | Descrição | Situação |\n|---|---|---|\n";
+        for (std::size_t i = 0; i < list.size(); ++i)
+            out << fmt::format("| `{}` | {} | {} |\n", list[i].Rule->Name, list[i].Rule->Description,
+                               StateText(rules, i));
+    } else {
+        const TPalette palette(context.Streams.OutIsTerminal);
+        for (std::size_t i = 0; i < list.size(); ++i)
+            out << std::string(2 * list[i].Depth, ' ') << palette.Bold(list[i].Rule->Name) << "  "
+                << list[i].Rule->Description << "  " << palette.Dim(fmt::format("({})", StateText(rules, i)))
+                << '\n';
+    }
+}
+
+/// What a switch has changed, rule by rule.
+void PrintChanges(const TCliContext& context, const TConfiguracaoValidacoes& rules, const TConfig& before) {
+    std::size_t changes = 0;
+    std::ostream& out = context.Streams.Out;
+    for (std::size_t i = 0; i < rules.Rules().size(); ++i) {
+        const TValidationIdentity& rule = *rules.Rules()[i].Rule;
+        if (rules.Checked(i) == before.IsEnabled(rule.Name))
+            continue;
+        ++changes;
+        out << fmt::format("{}: {}  {}\n", rules.Checked(i) ? "ativada" : "desativada", rule.Name,
+                           rule.Description);
+    }
+    out << (changes == 0 ? "Nenhuma regra mudou.\n"
+                         : Counted(changes, "regra mudou", "regras mudaram") + ".\n");
 }
 
 } // namespace
 
-int RunRegras(const TCliContext& context) {
-    const std::vector<TListedRule> rules = ListRules(context.LoadConfig());
-    std::ostream& out = context.Streams.Out;
-    if (context.Json()) {
-        TJson json = TJson::array();
-        for (const TListedRule& rule : rules)
-            json.push_back({{"nome", rule.Rule->Name},
-                            {"descricao", rule.Rule->Description},
-                            {"obrigatoria", rule.Rule->Required},
-                            {"ativa", rule.Active},
-                            {"profundidade", rule.Depth}});
-        out << JsonText(json) << '\n';
-    } else if (context.Formato == "markdown") {
-        out << "| Regra | Descrição | Situação |\n|---|---|---|\n";
-        for (const TListedRule& rule : rules)
-            out << fmt::format("| `{}` | {} | {} |\n", rule.Rule->Name, rule.Rule->Description,
-                               StateText(rule));
-    } else {
-        const TPalette palette(context.Streams.OutIsTerminal);
-        for (const TListedRule& rule : rules)
-            out << std::string(2 * rule.Depth, ' ') << palette.Bold(rule.Rule->Name) << "  "
-                << rule.Rule->Description << "  " << palette.Dim(fmt::format("({})", StateText(rule)))
-                << '\n';
+std::vector<std::string> SwitchRules(TConfig& config, const std::vector<std::string>& names, bool on) {
+    TConfiguracaoValidacoes rules(std::move(config));
+    try {
+        for (const std::string& name : names)
+            rules.SetChecked(name, on);
+    } catch (const ERegraNaoMudada& error) {
+        throw EUsage(error.what());
     }
+    config = rules.Config();
+    return config.EnabledValidations();
+}
+
+int RunRegras(const TCliContext& context, const TRegrasOptions& options) {
+    const TConfig before = context.LoadConfig();
+    TConfig config = before;
+    const bool changes = options.Padrao || !options.Ativar.empty() || !options.Desativar.empty();
+    for (const std::string& name : options.Ativar)
+        if (std::find(options.Desativar.begin(), options.Desativar.end(), name) != options.Desativar.end())
+            throw EUsage(
+                fmt::format("a regra \"{}\" não pode ser ativada e desativada ao mesmo tempo", name));
+    if (options.Padrao)
+        config.SetDefaultInitialConfig();
+    SwitchRules(config, options.Ativar, true);
+    SwitchRules(config, options.Desativar, false);
+    if (config.EnabledValidations() != before.EnabledValidations())
+        config.Save(context.ConfigFile());
+    const TConfiguracaoValidacoes rules(config);
+    if (changes && context.Formato == "texto")
+        PrintChanges(context, rules, before);
+    else
+        PrintList(context, rules);
     return kExitValid;
 }
 

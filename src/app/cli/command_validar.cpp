@@ -4,7 +4,7 @@
 #include "app/cli/progress.h"
 #include "sistema/sistema.h"
 #include "validation/solver.h"
-#include "validation/validator/tiss_validator.h"
+#include "validation/validation_message.h"
 
 #include <fmt/format.h>
 
@@ -30,28 +30,9 @@ struct TFileReport {
     std::filesystem::path MissingSchema; ///< the user is told how to install it
 };
 
-/// Names with a leading group take the optional rules below it along.
 std::vector<std::string> EnabledRules(const TCliContext& context, const std::vector<std::string>& disabled) {
     TConfig config = context.LoadConfig();
-    if (!disabled.empty()) {
-        const TTissValidator validator(nullptr, {}, TTussConnection::InMemory());
-        const std::vector<IValidationIdentity> rules = validator.Validations(true);
-        for (const std::string& name : disabled) {
-            const auto rule =
-                std::find_if(rules.begin(), rules.end(), [&](const auto& r) { return r->Name == name; });
-            if (rule == rules.end())
-                throw EUsage(fmt::format(
-                    "a regra \"{}\" não existe; \"conferix regras\" mostra as que existem", name));
-            if ((*rule)->Required)
-                throw EUsage(fmt::format("A validação \"{}\" é obrigatória. Não é possível desativá-la.",
-                                         (*rule)->Description));
-            for (const IValidationIdentity& candidate : rules)
-                if (!candidate->Required &&
-                    (candidate->Name == name || candidate->Name.starts_with(name + ".")))
-                    config.Disable(candidate->Name);
-        }
-    }
-    return config.EnabledValidations();
+    return disabled.empty() ? config.EnabledValidations() : SwitchRules(config, disabled, false);
 }
 
 bool HasTissExtension(const std::filesystem::path& file) {

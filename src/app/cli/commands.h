@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/atualizacao.h"
 #include "app/cli/cli.h"
 #include "app/config.h"
 #include "app/schema_folder.h"
@@ -7,6 +8,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -32,6 +34,9 @@ struct TCliContext {
     /// The schema folder; unless the user named one, backed by the schemas that come with the program.
     TSchemaFolder Schemas() const;
     TDBConnectionFactory TerminologyFactory() const;
+    /// The configuration file: the one that the user named, else the one in the data folder.
+    std::filesystem::path ConfigFile() const;
+    /// Its content; tells names in it that are no rule's.
     TConfig LoadConfig() const;
     std::unique_ptr<TValidadorController> NewController() const;
     /// Writes "conferix: erro: ..." to standard error.
@@ -59,7 +64,26 @@ struct TValidarOptions {
 int RunValidar(const TCliContext& context, const TValidarOptions& options);
 int RunInformar(const TCliContext& context, const std::string& arquivo);
 int RunHash(const TCliContext& context, const std::string& arquivo);
-int RunRegras(const TCliContext& context);
+
+struct TRegrasOptions {
+    std::vector<std::string> Ativar;    ///< names of rules; a group takes the rules below it along
+    std::vector<std::string> Desativar; ///< the same
+    bool Padrao = false;                ///< every rule on, before the other two
+};
+/// Lists the rules, or switches them and tells what changed.
+int RunRegras(const TCliContext& context, const TRegrasOptions& options);
+/// Switches rules, each with the optional ones below it; answers the names that are on. Raises EUsage for a
+/// required rule or none.
+std::vector<std::string> SwitchRules(TConfig& config, const std::vector<std::string>& names, bool on);
+
+struct TProxyOptions {
+    std::optional<std::string> Modo; ///< direto, sistema or manual
+    std::optional<std::string> Servidor;
+    std::optional<std::string> Porta;
+};
+/// Shows the proxy settings, or changes those that are given.
+int RunProxy(const TCliContext& context, const TProxyOptions& options);
+
 /// `documento`: "cpf", "cnpj" or "cns". Raises EUsage for any other.
 int RunDocumento(const TCliContext& context, const std::string& documento, const std::string& valor);
 int RunEsquemasListar(const TCliContext& context);
@@ -76,6 +100,23 @@ struct TConsultarOptions {
     bool Consolidado = false; ///< asks domain table 64
 };
 int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions& options);
+
+struct TConverterOptions {
+    std::vector<std::string> Arquivos;
+    std::string Para;              ///< target version
+    std::string RegimeAtendimento; ///< "01" to "05"; "nenhum" or empty: left open
+    std::string Saida;             ///< file; of one input alone
+    std::string PastaSaida;        ///< folder, for files of the inputs' names
+    bool Detalhar = false;         ///< every note by itself
+};
+int RunConverter(const TCliContext& context, const TConverterOptions& options);
+/// Lists the versions that a lot can be converted to.
+int RunVersoes(const TCliContext& context, const std::string& arquivo);
+
+/// Fetches packages of schemas and terminology; `verificar`: only tells which are offered.
+int RunAtualizar(const TCliContext& context, bool verificar);
+/// Who takes packages of terminology that were fetched; empty where nobody does.
+TImportPacote ImportadorDeTerminologia(const TCliContext& context);
 
 struct TCorrigirOptions {
     std::string Arquivo;

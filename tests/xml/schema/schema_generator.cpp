@@ -201,11 +201,20 @@ void TSchemaGenerator::FillContent(TGeneratedNode& node, const TSchemaComplexTyp
         const auto follow = automaton.Follow(state);
         if (automaton.Accepting[state] != 0 && (!free || follow.empty() || Chance(10)))
             return;
-        const std::uint32_t next = free ? follow[Below(static_cast<std::uint32_t>(follow.size()))]
-                                        : distances.Path(state, std::nullopt).front();
+        const std::uint32_t next =
+            free ? Choose(follow, automaton) : distances.Path(state, std::nullopt).front();
         AddPosition(node, automaton.Positions[next], depth);
         state = next + 1;
     }
+}
+
+std::uint32_t TSchemaGenerator::Choose(std::span<const std::uint32_t> follow,
+                                       const TSchemaAutomaton& automaton) {
+    for (const std::uint32_t position : follow)
+        if (const TSchemaElement* element = automaton.Positions[position].Element;
+            element != nullptr && preferred_.contains(element->Name))
+            return position;
+    return follow[Below(static_cast<std::uint32_t>(follow.size()))];
 }
 
 void TSchemaGenerator::AddPosition(TGeneratedNode& node, const TSchemaPosition& position, int depth) {

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 #include <random>
+#include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -32,6 +34,8 @@ class TSchemaGenerator {
   public:
     TSchemaGenerator(const TSchemaSet& set, std::uint64_t seed) : set_(set), random_(seed) {}
 
+    /// Names that are taken wherever an element may choose among others.
+    void Prefer(std::set<std::string> names) { preferred_ = std::move(names); }
     /// A valid document below a random global element of the target namespace.
     std::unique_ptr<TGeneratedNode> Document();
     /// Damages one random place and answers what was done; the document may happen to stay valid.
@@ -61,7 +65,10 @@ class TSchemaGenerator {
     std::string DamageAttributes(TGeneratedNode& node);
     void RenewIds(TGeneratedNode& node);
 
+    std::uint32_t Choose(std::span<const std::uint32_t> follow, const TSchemaAutomaton& automaton);
+
     const TSchemaSet& set_;
+    std::set<std::string> preferred_;
     std::mt19937_64 random_;
     std::uint32_t nextId_ = 0;
     std::uint32_t budget_ = 0; ///< elements that the document may still grow by freely

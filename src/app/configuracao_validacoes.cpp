@@ -1,0 +1,46 @@
+#include "app/configuracao_validacoes.h"
+
+#include <fmt/format.h>
+
+namespace conferix {
+
+TConfiguracaoValidacoes::TConfiguracaoValidacoes(TConfig config, TOnSwitch onSwitch)
+    : config_(std::move(config)), onSwitch_(std::move(onSwitch)), rules_(ListRules()) {}
+
+std::string TConfiguracaoValidacoes::Refusal(std::size_t node) const {
+    const TValidationIdentity& rule = *rules_[node].Rule;
+    if (!rule.Required)
+        return {};
+    return fmt::format("A validação \"{}\" é obrigatória. Não é possível desativá-la.", rule.Description);
+}
+
+std::vector<std::size_t> TConfiguracaoValidacoes::SetChecked(std::size_t node, bool checked) {
+    if (!checked && rules_[node].Rule->Required)
+        throw ERegraNaoMudada(Refusal(node));
+    std::vector<std::size_t> changed;
+    const std::size_t end = EndOfGroup(rules_, node);
+    for (std::size_t i = node; i < end; ++i) {
+        const TValidationIdentity& rule = *rules_[i].Rule;
+        if (Checked(i) == checked || (!checked && rule.Required))
+            continue;
+        if (checked)
+            config_.Enable(rule.Name);
+        else
+            config_.Disable(rule.Name);
+        changed.push_back(i);
+        changed_ = true;
+        if (onSwitch_)
+            onSwitch_(rule.Name, checked);
+    }
+    return changed;
+}
+
+std::vector<std::size_t> TConfiguracaoValidacoes::SetChecked(const std::string& name, bool checked) {
+    const std::optional<std::size_t> node = Find(name);
+    if (!node)
+        throw ERegraNaoMudada(
+            fmt::format("a regra \"{}\" não existe; \"conferix regras\" mostra as que existem", name));
+    return SetChecked(*node, checked);
+}
+
+} // namespace conferix

@@ -1,0 +1,59 @@
+#include "app/ini_section.h"
+
+#include "sistema/sistema.h"
+
+#define SI_NO_CONVERSION // texts stay in UTF-8
+#include <SimpleIni.h>
+
+#include <charconv>
+#include <string_view>
+
+namespace conferix {
+
+struct TIniSection::TIni {
+    CSimpleIniA File{/*bUtf8=*/true};
+};
+
+std::filesystem::path TIniSection::DefaultFile() {
+    const std::string named = GetEnvironment("CONFERIX_INI");
+    return named.empty() ? ExecutablePath().parent_path() / "Conferix.ini" : PathFromText(named);
+}
+
+TIniSection::TIniSection(std::filesystem::path file, std::string section)
+    : file_(std::move(file)), section_(std::move(section)), ini_(std::make_unique<TIni>()) {
+    std::error_code ignored;
+    if (!std::filesystem::exists(file_, ignored))
+        return;
+    if (ini_->File.LoadData(ReadWholeFile(file_)) < 0)
+        throw EArquivoNaoLido(file_, "o conteúdo não é o de um arquivo INI");
+}
+
+TIniSection::~TIniSection() = default;
+TIniSection::TIniSection(TIniSection&& other) noexcept = default;
+
+std::string TIniSection::ReadText(const std::string& key, const std::string& byDefault) const {
+    return ini_->File.GetValue(section_.c_str(), key.c_str(), byDefault.c_str());
+}
+
+int TIniSection::ReadInteger(const std::string& key, int byDefault) const {
+    const std::string text = ReadText(key, {});
+    int value = 0;
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return failure == std::errc() && end == text.data() + text.size() && !text.empty() ? value : byDefault;
+}
+
+void TIniSection::WriteText(const std::string& key, const std::string& value) {
+    ini_->File.SetValue(section_.c_str(), key.c_str(), value.c_str());
+}
+
+void TIniSection::WriteInteger(const std::string& key, int value) {
+    WriteText(key, std::to_string(value));
+}
+
+void TIniSection::SaveFile() const {
+    std::string text;
+    ini_->File.Save(text);
+    WriteFileAtomically(file_, text);
+}
+
+} // namespace conferix

@@ -1,0 +1,107 @@
+#include "app/lote_conversion.h"
+
+#include "app/validador_controller.h"
+#include "convert/version_converter.h"
+#include "validation/hash_calculator.h"
+#include "validation/schema_rule.h"
+#include "xml/schema/schema_messages.h"
+#include "xml/schema/schema_set.h"
+#include "xml/schema/schema_validator.h"
+#include "xml/xml_writer.h"
+
+#include <fmt/format.h>
+
+#include <set>
+#include <utility>
+
+namespace conferix {
+
+namespace {
+
+using TNote = TConversionNoteType;
+
+/// The element of the hash, made where the epilogue lacks it; null where it cannot hold one.
+TXmlNode* HashNodeOf(const IArquivoTiss& arquivo) {
+    TXmlNode* hash = arquivo.HashNode();
+    TXmlNode* epilogo = arquivo.EpilogoNode();
+    if (hash == nullptr && epilogo != nullptr) {
+        const std::string prefix(epilogo->Prefix());
+        hash = arquivo.Xml()->NewTag(prefix.empty() ? "hash" : prefix + ":hash");
+        epilogo->InsertChild(*hash, epilogo->FirstChildTag());
+    }
+    return hash != nullptr && hash->FirstChildTag() == nullptr ? hash : nullptr;
+}
+
+void RenewHash(const IArquivoTiss& arquivo, TConversionRun& run) {
+    TXmlNode* hash = HashNodeOf(arquivo);
+    if (hash == nullptr)
+        return; // the schema tells of it
+    const std::string before = hash->TextWithCData();
+    const std::string computed = THashCalculator::Calculate(*arquivo.Xml(), THashEncoding::Iso88591);
+    if (computed == before)
+        return;
+    hash->SetValue(computed);
+    run.Add(TNote::ntMudanca, *hash, before, "O hash foi calculado de novo.");
+}
+
+/// True for a fault that the steps have told of: a child that is missing, or a value that is not accepted.
+class TToldFaults {
+  public:
+    explicit TToldFaults(const TConversionNotes& notes) {
+        for (const TConversionNote& note : notes)
+            if (note.Tipo == TNote::ntPendencia)
+                told_.emplace(note.No, note.Elemento.substr(note.Elemento.rfind('/') + 1));
+    }
+    bool Contains(const TSchemaFault& fault, const TXmlNode& missingFrom) const {
+        if (fault.Code == TSchemaFaultCode::MissingElement)
+            return told_.contains({&missingFrom, fault.Name});
+        const bool value = fault.Code >= TSchemaFaultCode::EmptyValue && fault.Attribute == nullptr;
+        return value && told_.contains({fault.Node, fault.Name});
+    }
+
+  private:
+    std::set<std::pair<const TXmlNode*, std::string>> told_;
+};
+
+/// Adds what the schema finds in the result and nobody has told; answers whether it finds nothing.
+bool CheckSchema(const IArquivoTiss& arquivo, const TSchemaFolder& schemas, TConversionRun& run) {
+    const std::filesystem::path file = schemas.Locate(
+        TValidadorController::SchemaFileName(TEnumTipoArquivoTiss::taMensagemTISS, arquivo.Versao()));
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(file, ignored))
+        throw ESchemaNotFound(file);
+    const auto schema = TSchemaSet::Load(file);
+    const std::vector<TSchemaFault> faults = TSchemaValidator(*schema).Validate(*arquivo.Xml());
+    const TToldFaults told(run.Notes());
+    for (const TSchemaFault& fault : faults) {
+        const bool missing = fault.Code == TSchemaFaultCode::MissingElement;
+        const TXmlNode& parent =
+            !missing || fault.Node->LocalName() == fault.Parent ? *fault.Node : *fault.Node->Parent();
+        if (told.Contains(fault, parent))
+            continue;
+        if (missing)
+            run.AddBelow(TNote::ntPendencia, parent, fault.Name, {}, TSchemaMessages::Sentence(fault));
+        else
+            run.Add(TNote::ntPendencia, *fault.Node, TSchemaMessages::Sentence(fault));
+    }
+    return faults.empty();
+}
+
+} // namespace
+
+TLoteConvertido ConvertLote(const IArquivoTiss& arquivo, const std::string& destino,
+                            const TConversionOptions& options, const TSchemaFolder& schemas) {
+    TConversionRun run(options);
+    TLoteConvertido result;
+    result.Origem = arquivo.Versao();
+    result.Destino = destino;
+    result.Arquivo = TVersionConverter().Convert(arquivo, destino, run);
+    RenewHash(*result.Arquivo, run);
+    result.Valido = CheckSchema(*result.Arquivo, schemas, run);
+    result.Passos = run.Steps();
+    result.Notas = run.TakeNotes();
+    result.Xml = WriteXml(*result.Arquivo->Xml());
+    return result;
+}
+
+} // namespace conferix

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "app/schema_folder.h"
+#include "convert/conversion_run.h"
+#include "model/arquivo_tiss.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace conferix {
+
+/// A converted lot, ready to be saved.
+struct TLoteConvertido {
+    std::string Xml; ///< in UTF-8
+    std::string Origem;
+    std::string Destino;
+    std::vector<std::string> Passos; ///< as "3.05.00 -> 4.00.00"
+    TConversionNotes Notas;          ///< in the order of the steps; their nodes are in Arquivo
+    bool Valido = false;             ///< by the schema of the target version
+    std::shared_ptr<const IArquivoTiss> Arquivo;
+};
+
+/// Converts a lot to another version, computes its hash anew (in ISO-8859-1) and checks it by the schema of
+/// that version; every fault found that no step has told of becomes a note. The file given stays as it is.
+/// Raises EConversionNotSupported, ESchemaNotFound, ESchemaInvalido.
+TLoteConvertido ConvertLote(const IArquivoTiss& arquivo, const std::string& destino,
+                            const TConversionOptions& options, const TSchemaFolder& schemas);
+
+} // namespace conferix

@@ -1,0 +1,251 @@
+#include "convert/element_change.h"
+
+#include "esquema/pastas.h"
+#include "sistema/sistema.h"
+
+#include <algorithm>
+#include <charconv>
+#include <set>
+
+namespace conferix {
+
+namespace {
+
+using TTipo = TModeloNo::TTipo;
+
+const std::string& TypeName(const TModeloNo& node, std::string_view versao) {
+    static const std::string kNone;
+    const TModeloTermo* type = TermoEm(node.Tipos, versao);
+    return type != nullptr ? type->Text : kNone;
+}
+
+std::string_view LocalName(std::string_view name) {
+    return name.substr(name.find(':') == std::string_view::npos ? 0 : name.find(':') + 1);
+}
+
+template<class Content>
+auto FindChild(const Content& content, std::string_view name) {
+    return std::find_if(content.begin(), content.end(),
+                        [name](const auto& child) { return child.Nome == name; });
+}
+
+/// The limits of a simple type in a version, those of its bases included.
+struct TLimits {
+    std::string BuiltIn; ///< the type of XML Schema that it rests on
+    std::uint32_t MinLength = 0;
+    std::uint32_t MaxLength = kModeloSemLimite;
+    std::uint32_t Digits = kModeloSemLimite;
+    std::uint32_t Decimals = kModeloSemLimite;
+    std::set<std::string> Others; ///< patterns and the like, as written
+    std::optional<std::set<std::string>> Codes;
+};
+
+std::uint32_t NumberOf(std::string_view text, std::uint32_t byDefault) {
+    std::uint32_t number = byDefault;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+void AddLimit(TLimits& limits, const std::string& name, const std::string& value) {
+    const std::size_t dots = value.find("..");
+    if (name == "digitos") {
+        limits.Digits = NumberOf(value, kModeloSemLimite);
+    } else if (name == "decimais") {
+        limits.Decimals = NumberOf(value, kModeloSemLimite);
+    } else if (name == "tamanho" && dots == std::string::npos) {
+        limits.MinLength = limits.MaxLength = NumberOf(value, 0);
+    } else if (name == "tamanho") {
+        limits.MinLength = NumberOf(std::string_view(value).substr(0, dots), 0);
+        limits.MaxLength = NumberOf(std::string_view(value).substr(dots + 2), kModeloSemLimite);
+    } else {
+        limits.Others.insert(name + "=" + value);
+    }
+}
+
+TLimits LimitsOf(const TEsquemaModelo& model, std::string name, std::string_view versao) {
+    TLimits limits;
+    std::vector<const TModeloSimples*> chain;
+    while (const TModeloSimples* type = model.Simples(name)) {
+        chain.push_back(type);
+        const TModeloTermo* base = TermoEm(type->Bases, versao);
+        name = base != nullptr ? base->Text : std::string();
+    }
+    limits.BuiltIn = name;
+    for (auto type = chain.rbegin(); type != chain.rend(); ++type) {
+        for (const TModeloLimite& limit : (*type)->Limites)
+            if (limit.Valor.Versoes.Contains(versao))
+                AddLimit(limits, limit.Nome, limit.Valor.Text);
+        if ((*type)->Codigos.empty())
+            continue;
+        limits.Codes.emplace();
+        for (const TModeloTermo& code : (*type)->Codigos)
+            if (code.Versoes.Contains(versao))
+                limits.Codes->insert(code.Text);
+    }
+    return limits;
+}
+
+bool Includes(const std::set<std::string>& all, const std::set<std::string>& some) {
+    return std::includes(all.begin(), all.end(), some.begin(), some.end());
+}
+
+} // namespace
+
+const std::shared_ptr<const TEsquemaModelo>& MessageModel() {
+    static const std::shared_ptr<const TEsquemaModelo> found = [] {
+        const std::filesystem::path folder = SchemaModelFolder();
+        for (const auto& model : LoadModelos(folder)) {
+            const bool messages =
+                !model->Elementos().empty() && model->Elementos().front().Nome == "mensagemTISS";
+            if (messages && std::count(model->Versoes().begin(), model->Versoes().end(), "4.00.00") != 0)
+                return model;
+        }
+        throw EModeloInvalido(PathText(folder), 0, "falta o modelo das mensagens");
+    }();
+    return found;
+}
+
+TVersionChange::TVersionChange(std::shared_ptr<const TEsquemaModelo> modelo, std::string from, std::string to,
+                               std::vector<std::string> mensagem)
+    : modelo_(std::move(modelo)), from_(std::move(from)), to_(std::move(to)), mensagem_(std::move(mensagem)) {
+    const TModeloNo& root = modelo_->Elementos().front();
+    root_ = Compare(root, root);
+}
+
+TVersionChange::TContent TVersionChange::ContentOf(const TModeloNo& element, std::string_view versao) const {
+    TContent content;
+    if (const std::string& type = TypeName(element, versao); !type.empty()) {
+        AddType(content, type, versao);
+    } else {
+        if (const TModeloTermo* base = TermoEm(element.Bases, versao))
+            AddType(content, base->Text, versao);
+        AddNodes(content, element.Filhos, false, false, versao);
+    }
+    KeepMessage(content);
+    return content;
+}
+
+void TVersionChange::KeepMessage(TContent& content) const {
+    for (const std::string& step : mensagem_) {
+        const auto found = FindChild(content, step);
+        if (found == content.end())
+            continue;
+        const TModeloNo* kept = found->No;
+        std::erase_if(content, [kept](const TChild& other) { return other.Alternative && other.No != kept; });
+    }
+}
+
+void TVersionChange::AddType(TContent& content, const std::string& name, std::string_view versao) const {
+    const TModeloTipo* type = modelo_->Tipo(name);
+    if (type == nullptr)
+        return;
+    if (const TModeloTermo* base = TermoEm(type->Bases, versao))
+        AddType(content, base->Text, versao);
+    AddNodes(content, type->Filhos, false, false, versao);
+}
+
+void TVersionChange::AddNodes(TContent& content, const std::vector<TModeloNo>& nodes, bool optional,
+                              bool alternative, std::string_view versao) const {
+    for (const TModeloNo& node : nodes) {
+        if (!node.Versoes.Contains(versao) || node.Tipo == TTipo::Atributo || node.Tipo == TTipo::Qualquer)
+            continue;
+        const bool absent = optional || node.VezesEm(versao).Min == 0;
+        if (node.Tipo == TTipo::Elemento || node.Tipo == TTipo::Referencia)
+            content.push_back({LocalName(node.Nome), &node, absent, alternative});
+        else
+            AddNodes(content, node.Filhos, absent || node.Tipo == TTipo::Escolha,
+                     alternative || node.Tipo == TTipo::Escolha, versao);
+    }
+}
+
+const TElementChange* TVersionChange::Compare(const TModeloNo& from, const TModeloNo& to) {
+    if (from.Tipo == TTipo::Referencia || to.Tipo == TTipo::Referencia)
+        return nullptr;
+    const std::pair types(TypeName(from, from_), TypeName(to, to_));
+    const bool named = !types.first.empty() && !types.second.empty();
+    if (named) {
+        if (const auto known = byTypes_.find(types); known != byTypes_.end())
+            return known->second;
+    }
+    TElementChange change = CompareContent(ContentOf(from, from_), ContentOf(to, to_));
+    if (named)
+        change.Valor = CompareValue(types.first, types.second);
+    const TElementChange* result = nullptr;
+    if (!change.Nothing())
+        result = &changes_.emplace_back(std::move(change));
+    if (named)
+        byTypes_.emplace(types, result);
+    return result;
+}
+
+TElementChange TVersionChange::CompareContent(const TContent& from, const TContent& to) {
+    TElementChange change;
+    std::string_view kept; // the last child that both versions have
+    std::size_t keptPlace = 0;
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        const TChild& child = from[i];
+        const auto same = FindChild(to, child.Nome);
+        if (same != to.end()) {
+            const auto place = static_cast<std::size_t>(same - to.begin()) + 1;
+            if (place <= keptPlace)
+                throw EModeloInvalido(modelo_->NomeArquivo(to_), child.No->Linha,
+                                      std::string(child.Nome) + " mudou de lugar desde a versão " + from_);
+            kept = child.Nome;
+            keptPlace = place;
+            if (const TElementChange* below = Compare(*child.No, *same->No))
+                change.Filhos.push_back({std::string(child.Nome), TChildChange::TWhat::Changed, {}, below});
+            continue;
+        }
+        // What stands in the same place under another name, with the same type, was renamed.
+        const auto next = kept.empty() ? to.begin() : FindChild(to, kept) + 1;
+        const bool renamed = next != to.end() && FindChild(from, next->Nome) == from.end() &&
+                             next->Optional == child.Optional && !TypeName(*child.No, from_).empty() &&
+                             TypeName(*child.No, from_) == TypeName(*next->No, to_);
+        if (renamed)
+            change.Filhos.push_back({std::string(child.Nome), TChildChange::TWhat::Renamed,
+                                     std::string(next->Nome), Compare(*child.No, *next->No)});
+        else
+            change.Filhos.push_back({std::string(child.Nome), TChildChange::TWhat::Removed, {}, nullptr});
+    }
+    for (const TChild& child : to) {
+        const auto before = FindChild(from, child.Nome);
+        const bool renamed =
+            std::any_of(change.Filhos.begin(), change.Filhos.end(),
+                        [&](const TChildChange& other) { return other.NovoNome == child.Nome; });
+        if (!child.Optional && !renamed && (before == from.end() || before->Optional))
+            change.Exigidos.push_back(Demand(child));
+    }
+    if (!change.Exigidos.empty())
+        for (const TChild& child : to)
+            change.Ordem.emplace_back(child.Nome);
+    return change;
+}
+
+TDemandedChild TVersionChange::Demand(const TChild& child) const {
+    constexpr std::size_t kMostCodes = 10;
+    TDemandedChild demanded{std::string(child.Nome), {}};
+    const std::optional<std::set<std::string>> codes =
+        LimitsOf(*modelo_, TypeName(*child.No, to_), to_).Codes;
+    if (codes && codes->size() <= kMostCodes)
+        demanded.Codigos.assign(codes->begin(), codes->end());
+    return demanded;
+}
+
+std::optional<TValueChange> TVersionChange::CompareValue(const std::string& from,
+                                                         const std::string& to) const {
+    if (modelo_->Simples(from) == nullptr || modelo_->Simples(to) == nullptr || AcceptsAll(from, to))
+        return std::nullopt;
+    return TValueChange{from, to};
+}
+
+bool TVersionChange::AcceptsAll(const std::string& from, const std::string& to) const {
+    const TLimits before = LimitsOf(*modelo_, from, from_);
+    const TLimits after = LimitsOf(*modelo_, to, to_);
+    if (after.Codes)
+        return before.Codes && Includes(*after.Codes, *before.Codes);
+    return before.BuiltIn == after.BuiltIn && after.MinLength <= before.MinLength &&
+           after.MaxLength >= before.MaxLength && after.Digits >= before.Digits &&
+           after.Decimals >= before.Decimals && Includes(before.Others, after.Others);
+}
+
+} // namespace conferix

@@ -1,0 +1,167 @@
+#include "convert/tree_converter.h"
+
+#include "esquema/pastas.h"
+#include "sistema/sistema.h"
+#include "xml/schema/schema_messages.h"
+#include "xml/schema/schema_set.h"
+#include "xml/xml_document.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+
+namespace conferix {
+
+namespace {
+
+using TNote = TConversionNoteType;
+
+/// The qualified name of a new element beside others of a parent.
+std::string Qualified(const TXmlNode& parent, std::string_view name) {
+    return parent.Prefix().empty() ? std::string(name) : fmt::format("{}:{}", parent.Prefix(), name);
+}
+
+/// The child before which one of that name belongs; null for the end.
+TXmlNode* PlaceOf(TXmlNode& parent, std::string_view name, const std::vector<std::string>& order) {
+    const auto own = std::find(order.begin(), order.end(), name);
+    for (TXmlNode& child : parent.ChildTags())
+        if (const auto other = std::find(order.begin(), order.end(), child.LocalName());
+            other != order.end() && other > own)
+            return &child;
+    return nullptr;
+}
+
+/// What the schema says of a value, in the words of a validation.
+std::string ValueSentence(const TXmlNode& element, const TSchemaSimpleType& type,
+                          const TSchemaValueFault& found, std::string_view value) {
+    constexpr std::size_t kCodesShown = 10;
+    TSchemaFault fault;
+    fault.Code = found.Code;
+    fault.Node = &element;
+    fault.Name = element.LocalName();
+    fault.Parent = element.Parent()->LocalName();
+    fault.Found = value;
+    fault.Bound = found.Bound;
+    fault.Count = found.Count;
+    fault.Limit = found.Limit;
+    if (found.Code == TSchemaFaultCode::NotInList) {
+        const std::vector<std::string>& codes = type.Facets.Codes;
+        fault.Count = static_cast<std::int64_t>(codes.size());
+        fault.Expected.assign(
+            codes.begin(), codes.begin() + static_cast<std::ptrdiff_t>(std::min(kCodesShown, codes.size())));
+    }
+    return TSchemaMessages::Sentence(fault);
+}
+
+/// A code that differs by a leading zero alone; empty when the type has none.
+std::string SameCode(const std::string& value, const TSchemaSimpleType& type) {
+    if (type.Facets.Codes.empty())
+        return {};
+    const std::string other = value.starts_with('0') ? value.substr(1) : "0" + value;
+    return !other.empty() && !type.Check(other) ? other : std::string();
+}
+
+} // namespace
+
+void RemoveElement(TXmlNode& element) {
+    TXmlNode* parent = element.Parent();
+    element.Remove();
+    if (parent == nullptr || parent->FirstChildTag() != nullptr)
+        return;
+    const std::string text = parent->TextWithCData();
+    parent->SetValue(TrimXmlSpace(text).empty() ? std::string_view() : text);
+}
+
+TTreeConverter::TTreeConverter(const TVersionChange& change, TConversionRun& run, TFillValue fill)
+    : change_(change), run_(run), fill_(std::move(fill)) {}
+
+void TTreeConverter::Convert(TXmlNode& root) {
+    if (change_.Root() != nullptr && root.LocalName() == change_.Modelo().Elementos().front().Nome)
+        Apply(root, *change_.Root());
+}
+
+// Goes down by calls along known elements alone, and so no deeper than the schemas are.
+void TTreeConverter::Apply(TXmlNode& element, const TElementChange& change) {
+    if (change.Valor)
+        CheckValue(element, *change.Valor);
+    Demand(element, change);
+    for (TXmlNode* child = element.FirstChildTag(); child != nullptr;) {
+        TXmlNode& node = *child;
+        child = node.NextSiblingTag();
+        const auto found =
+            std::find_if(change.Filhos.begin(), change.Filhos.end(),
+                         [&](const TChildChange& other) { return other.Nome == node.LocalName(); });
+        if (found == change.Filhos.end())
+            continue;
+        if (found->What == TChildChange::TWhat::Removed) {
+            Remove(node);
+            continue;
+        }
+        if (found->What == TChildChange::TWhat::Renamed) {
+            run_.Add(TNote::ntMudanca, node,
+                     fmt::format("<{}> passa a ser <{}>.", found->Nome, found->NovoNome));
+            node.SetName(Qualified(element, found->NovoNome));
+        }
+        if (found->Mudanca != nullptr)
+            Apply(node, *found->Mudanca);
+    }
+}
+
+void TTreeConverter::Demand(TXmlNode& parent, const TElementChange& change) {
+    for (const TDemandedChild& demanded : change.Exigidos) {
+        if (parent.Child(demanded.Nome) != nullptr)
+            continue;
+        if (const std::optional<TFilledValue> value = fill_(parent, demanded.Nome)) {
+            TXmlNode* child = parent.Document().NewTag(Qualified(parent, demanded.Nome), value->Valor);
+            parent.InsertChild(*child, PlaceOf(parent, demanded.Nome, change.Ordem));
+            run_.Add(TNote::ntMudanca, *child, value->Texto);
+            continue;
+        }
+        std::string text =
+            fmt::format("Informe <{}>, obrigatório a partir da versão {}", demanded.Nome, change_.To());
+        if (!demanded.Codigos.empty())
+            text += fmt::format(" ({})", fmt::join(demanded.Codigos, ", "));
+        run_.AddBelow(TNote::ntPendencia, parent, demanded.Nome, {}, text + ".");
+    }
+}
+
+void TTreeConverter::Remove(TXmlNode& element) {
+    const std::string text =
+        fmt::format("<{}> não existe na versão {} e foi retirado.", element.LocalName(), change_.To());
+    for (const TXmlNode* node = &element; node != nullptr; node = node->NextInWalk(&element))
+        if (node->IsTag() && node->FirstChildTag() == nullptr)
+            run_.Add(TNote::ntPerda, *node, text);
+    RemoveElement(element);
+}
+
+const TSchemaSimpleType& TTreeConverter::TypeOf(const std::string& name, const std::string& versao,
+                                                std::shared_ptr<const TSchemaSet>& schemas) const {
+    const TEsquemaModelo& model = change_.Modelo();
+    if (schemas == nullptr)
+        schemas = TSchemaSet::Load(BuiltInSchemaFolder() / PathFromText(model.NomeArquivo(versao)));
+    const TSchemaSimpleType* type = schemas->FindSimpleType(schemas->NamespaceId(model.Espaco()), name);
+    if (type == nullptr)
+        throw ESchemaInvalido(PathText(schemas->MainFile()), 0, fmt::format("falta o tipo {}", name));
+    return *type;
+}
+
+void TTreeConverter::CheckValue(TXmlNode& element, const TValueChange& change) {
+    if (element.FirstChildTag() != nullptr)
+        return;
+    const std::string value = element.TextWithCData();
+    const TSchemaSimpleType& type = TypeOf(change.Para, change_.To(), after_);
+    const std::optional<TSchemaValueFault> fault = type.Check(value);
+    // What was wrong before is no matter of the conversion; the check of the whole file tells it.
+    if (!fault || TypeOf(change.De, change_.From(), before_).Check(value))
+        return;
+    const std::string same = SameCode(value, type);
+    if (same.empty()) {
+        run_.Add(TNote::ntPendencia, element, value, ValueSentence(element, type, *fault, value));
+        return;
+    }
+    element.SetValue(same);
+    run_.Add(TNote::ntMudanca, element, value, fmt::format("O código passa a ser \"{}\".", same));
+}
+
+} // namespace conferix

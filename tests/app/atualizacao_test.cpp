@@ -1,0 +1,243 @@
+// Updates from a server of the test on the loopback address, directly and through a proxy.
+#include "app/atualizacao.h"
+
+#include "app/cli/cli.h"
+#include "app/servidor_http.h"
+#include "sistema/sistema.h"
+#include "suporte/lote_pequeno.h"
+#include "suporte/suporte.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <zip.h>
+
+#include <map>
+#include <sstream>
+
+namespace conferix {
+namespace {
+
+using nlohmann::json;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Atualizacao : public testing::Test {
+  protected:
+    void SetUp() override {
+        for (const char* name :
+             {"http_proxy", "https_proxy", "no_proxy", "all_proxy", "NO_PROXY", "ALL_PROXY"})
+            unsetenv(name);
+        setenv("CONFERIX_DADOS", File("dados").c_str(), 1);
+        setenv("CONFERIX_INI", File("Conferix.ini").c_str(), 1);
+    }
+    void TearDown() override {
+        unsetenv("CONFERIX_DADOS");
+        unsetenv("CONFERIX_INI");
+        unsetenv("http_proxy");
+    }
+    std::string File(const std::string& name) const { return (folder_.Path() / name).string(); }
+    TProxySettings Proxy(TProxyMode mode = TProxyMode::Direct, int port = 0) const {
+        TProxySettings settings{File("proxy.ini")};
+        settings.Mode = mode;
+        settings.Server = "127.0.0.1";
+        settings.Port = port;
+        return settings;
+    }
+    std::string Sha(const std::string& bytes) const {
+        WriteTestFile(File("sha"), bytes);
+        return Sha256OfFile(File("sha"));
+    }
+    /// The error that a fetch ends in; empty for none.
+    static std::string Failure(const std::function<void()>& fetch) {
+        try {
+            fetch();
+        } catch (const EHttp& error) {
+            return error.what();
+        } catch (const EAtualizacao& error) {
+            return error.what();
+        }
+        return {};
+    }
+
+  private:
+    TTemporaryFolder folder_;
+};
+
+const TDownloadProgress kGoOn = [](std::uint64_t, std::uint64_t) { return true; };
+
+TEST_F(Atualizacao, GoesByTheProxySettings) {
+    TServidorHttp server([](const std::string&) { return THttpAnswer{.Body = "direto"}; });
+    TServidorHttp proxy([](const std::string&) { return THttpAnswer{.Body = "proxy"}; });
+    setenv("http_proxy", proxy.Url("").c_str(), 1);
+    EXPECT_EQ(THttpClient(Proxy()).Get(server.Url("/a"), 100), "direto");
+    EXPECT_EQ(THttpClient(Proxy(TProxyMode::System)).Get(server.Url("/b"), 100), "proxy");
+    setenv("no_proxy", "127.0.0.1", 1);
+    EXPECT_EQ(THttpClient(Proxy(TProxyMode::System)).Get(server.Url("/c"), 100), "direto");
+    EXPECT_EQ(THttpClient(Proxy(TProxyMode::Manual, proxy.Port())).Get(server.Url("/d"), 100), "proxy");
+    EXPECT_THAT(server.Requests(), ElementsAre("/a", "/c"));
+    EXPECT_THAT(proxy.Requests(), ElementsAre(server.Url("/b"), server.Url("/d")));
+    EXPECT_THAT(Failure([&] { THttpClient{Proxy(TProxyMode::Manual)}; }),
+                HasSubstr("número de porta válido"));
+    unsetenv("no_proxy");
+}
+
+TEST_F(Atualizacao, RefusesWhatIsNotSafe) {
+    TServidorHttp server([](const std::string& target) {
+        if (target == "/volta")
+            return THttpAnswer{.Status = 302, .Location = "http://127.0.0.1/outro"};
+        if (target == "/grande")
+            return THttpAnswer{.Body = std::string(200, 'x')};
+        return THttpAnswer{.Status = 404};
+    });
+    const struct {
+        std::string Url;
+        const char* Reason;
+    } cases[] = {{"http://exemplo.com.br/x", "não é https"},
+                 {"http://127.0.0.1@exemplo.com.br/x", "não é https"},
+                 {"ftp://127.0.0.1/x", "não é https"},
+                 {"file:///etc/passwd", "não é https"},
+                 {"", "não é válido"},
+                 {server.Url("/volta"), "não é https"},
+                 {server.Url("/grande"), "mais de 100 bytes"},
+                 {server.Url("/nada"), "código 404"}};
+    THttpClient client{Proxy()};
+    for (const auto& c : cases)
+        EXPECT_THAT(Failure([&] { client.Get(c.Url, 100); }), HasSubstr(c.Reason)) << c.Url;
+    EXPECT_THAT(Failure([&] { client.Get("https://127.0.0.1:1/x", 100); }), HasSubstr("conectar"));
+}
+
+TEST_F(Atualizacao, GoesOnWhereADownloadStopped) {
+    const std::string content(5000, 'z');
+    for (const bool honoursRange : {true, false}) {
+        std::size_t cut = 2000;
+        TServidorHttp server([&](const std::string&) {
+            THttpAnswer answer{.Body = content, .HonoursRange = honoursRange};
+            answer.CutAfter = std::exchange(cut, ~0U);
+            return answer;
+        });
+        const std::filesystem::path file = File(honoursRange ? "com" : "sem");
+        THttpClient client{Proxy()};
+        EXPECT_THAT(Failure([&] { client.Download(server.Url("/p"), file, content.size(), kGoOn); }),
+                    HasSubstr("continuar de onde parou"));
+        EXPECT_EQ(ReadTestFile(file).size(), 2000U);
+        std::uint64_t last = 0;
+        client.Download(server.Url("/p"), file, content.size(), [&](std::uint64_t received, std::uint64_t) {
+            last = received;
+            return true;
+        });
+        EXPECT_EQ(ReadTestFile(file), content);
+        EXPECT_EQ(last, content.size());
+        EXPECT_THAT(server.Requests(), Contains("/p desde 2000"));
+    }
+    TServidorHttp other([&](const std::string&) { return THttpAnswer{.Body = content}; });
+    THttpClient client{Proxy()};
+    EXPECT_THAT(Failure([&] { client.Download(other.Url("/p"), File("a"), 4000, kGoOn); }),
+                HasSubstr("mais do que os 4000 bytes"));
+    EXPECT_FALSE(std::filesystem::exists(File("a")));
+    EXPECT_THAT(Failure([&] { client.Download(other.Url("/p"), File("b"), 6000, kGoOn); }),
+                HasSubstr("menos do que os 6000 bytes"));
+    EXPECT_THAT(Failure([&] {
+                    client.Download(other.Url("/p"), File("c"), 5000,
+                                    [](std::uint64_t, std::uint64_t) { return false; });
+                }),
+                HasSubstr("interrompido"));
+    EXPECT_THROW(client.Download(other.Url("/p"), File("nenhuma/pasta"), 5000, kGoOn), EArquivoNaoGravado);
+}
+
+TEST_F(Atualizacao, InstallsOnlyWhatIsRight) {
+    std::string list;
+    TServidorHttp server([&](const std::string& address) { // as a proxy it is asked with whole addresses
+        const std::string target = address.substr(address.rfind('/'));
+        return target == "/lista.json" ? THttpAnswer{.Body = list} : THttpAnswer{.Body = "pacote" + target};
+    });
+    const auto entry = [&](const std::string& name, const std::string& type, const std::string& sha) {
+        return json{{"nome", name},  {"tipo", type},          {"versao", "1"}, {"tamanho", name.size() + 7},
+                    {"sha256", sha}, {"endereco", "/" + name}};
+    };
+    list = json{{"pacotes",
+                 {entry("bom", "schemas", Sha("pacote/bom")), entry("falso", "schemas", Sha("outro")),
+                  entry("ruim", "schemas", Sha("pacote/ruim")),
+                  entry("sem", "terminologia", Sha("pacote/sem"))}}}
+               .dump();
+    for (const bool byProxy : {false, true}) {
+        const std::string base = byProxy ? "http://127.0.0.1:1" : server.Url("");
+        const std::string folder = File(byProxy ? "proxy" : "direto");
+        TAtualizacao update(base + "/lista.json",
+                            byProxy ? Proxy(TProxyMode::Manual, server.Port()) : Proxy(), folder);
+        std::vector<std::string> taken;
+        const TImportadores importers = {{"schemas",
+                                          [&](const TPacote& package, const std::filesystem::path& file) {
+                                              if (package.Nome == "ruim")
+                                                  throw EAtualizacao("recusado");
+                                              taken.push_back(ReadTestFile(file));
+                                          }},
+                                         {"terminologia", {}}};
+        const std::vector<TPacote> packages = update.Listar();
+        ASSERT_EQ(packages.size(), 4U);
+        EXPECT_EQ(packages[0].Endereco, base + "/bom");
+        const char* reasons[] = {"", "não confere com o SHA-256", "recusado", "não instala pacotes"};
+        for (std::size_t i = 0; i < packages.size(); ++i)
+            EXPECT_THAT(Failure([&] { update.Instalar(packages[i], importers, kGoOn); }),
+                        HasSubstr(reasons[i]));
+        EXPECT_THAT(taken, ElementsAre("pacote/bom"));
+        EXPECT_TRUE(std::filesystem::is_empty(folder + "/downloads"));
+        std::vector<bool> installed;
+        for (const TPacote& package : update.Listar())
+            installed.push_back(package.Instalado);
+        EXPECT_THAT(installed, ElementsAre(true, false, false, false));
+    }
+    TAtualizacao update(server.Url("/lista.json"), Proxy(), File("dados"));
+    for (const std::string bad : {"", "[]", "{}", R"({"pacotes": [{}]})", R"({"pacotes": 1})"}) {
+        list = bad;
+        EXPECT_THAT(Failure([&] { update.Listar(); }), HasSubstr("não é uma lista")) << bad;
+    }
+    for (const auto& [key, value] :
+         std::map<std::string, json>{{"sha256", "ABC"}, {"tamanho", 0}, {"nome", ""}, {"tamanho ", 0}}) {
+        json package = entry("x", "schemas", Sha("x"));
+        package[key] = value;
+        list = json{{"pacotes", {package}}}.dump();
+        EXPECT_EQ(Failure([&] { update.Listar(); }).empty(), key == "tamanho ") << key;
+    }
+    EXPECT_THAT(Failure([&] { TAtualizacao("", Proxy(), File("dados")); }), HasSubstr("Endereco"));
+}
+
+TEST_F(Atualizacao, TheCommandInstallsSchemas) {
+    zip_t* archive = zip_open(File("pacote.zip").c_str(), ZIP_CREATE | ZIP_TRUNCATE, nullptr);
+    const std::string_view xsd = kSmallSchema;
+    zip_file_add(archive, "tissV4_01_00.xsd", zip_source_buffer(archive, xsd.data(), xsd.size(), 0), 0);
+    ASSERT_EQ(zip_close(archive), 0);
+    const std::string schema = ReadTestFile(File("pacote.zip"));
+    TServidorHttp server([&](const std::string& target) {
+        if (target != "/lista")
+            return THttpAnswer{.Body = schema};
+        return THttpAnswer{.Body = json{{"pacotes",
+                                         {{{"nome", "comunicacao"},
+                                           {"tipo", "schemas"},
+                                           {"versao", "4.01.00"},
+                                           {"tamanho", schema.size()},
+                                           {"sha256", Sha(schema)},
+                                           {"endereco", "pacote.zip"}}}}}
+                                       .dump()};
+    });
+    const auto run = [](const std::vector<std::string>& words) {
+        std::istringstream in;
+        std::ostringstream out;
+        std::ostringstream err;
+        const int status = RunCli(words, {in, out, err});
+        return std::to_string(status) + " " + out.str() + err.str();
+    };
+    EXPECT_THAT(run({"atualizar"}), HasSubstr("3 conferix: erro: nenhum endereço"));
+    WriteTestFile(File("Conferix.ini"), "[Atualizacao]\nEndereco = " + server.Url("/lista") + "\n");
+    EXPECT_THAT(run({"atualizar", "--verificar"}), HasSubstr("disponível"));
+    EXPECT_FALSE(std::filesystem::exists(File("dados/schemas/tiss/tissV4_01_00.xsd")));
+    EXPECT_THAT(run({"atualizar"}), HasSubstr("0 comunicacao 4.01.00"));
+    EXPECT_TRUE(std::filesystem::exists(File("dados/schemas/tiss/tissV4_01_00.xsd")));
+    EXPECT_THAT(run({"atualizar", "--formato", "json"}), HasSubstr("\"estado\": \"instalado\""));
+    EXPECT_EQ(server.Requests().size(), 4U); // the package came once
+}
+
+} // namespace
+} // namespace conferix

@@ -1,0 +1,143 @@
+// The commands that convert lots, as they are called.
+#include "app/cli/cli.h"
+#include "suporte/suporte.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <sstream>
+
+namespace conferix {
+namespace {
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class Converter : public testing::Test {
+  protected:
+    struct TResult {
+        int Status;
+        std::string Out;
+        std::string Err;
+    };
+
+    void SetUp() override { setenv("CONFERIX_DADOS", (folder_.Path() / "dados").c_str(), 1); }
+    void TearDown() override { unsetenv("CONFERIX_DADOS"); }
+
+    std::string File(const std::string& name) const { return (folder_.Path() / name).string(); }
+    static TResult Run(const std::vector<std::string>& words, const std::string& input = {}) {
+        std::istringstream in(input);
+        std::ostringstream out;
+        std::ostringstream err;
+        const int status = RunCli(words, {in, out, err});
+        return {status, out.str(), err.str()};
+    }
+
+  private:
+    TTemporaryFolder folder_;
+};
+
+TEST_F(Converter, WritesTheLotAndTellsTheNotes) {
+    const std::string source = Example("spsadt-3.05.00-valido.xml").string();
+    const TResult text = Run({"converter", source, "--para", "4.00.00", "--regime-atendimento", "01"});
+    EXPECT_EQ(text.Status, kExitValid);
+    EXPECT_THAT(text.Out, AllOf(StartsWith("<?xml"), HasSubstr("<ans:Padrao>4.00.00</ans:Padrao>")));
+    EXPECT_THAT(
+        text.Err,
+        AllOf(HasSubstr("perda: 3.05.00 -> 4.00.00: dadosBeneficiario/nomeBeneficiario (linha 41, guia "
+                        "20000001): <nomeBeneficiario> não existe na versão 4.00.00 e foi retirado. Valor: "
+                        "\"BENEFICIARIO DE TESTE UM\". E mais 1 nota do mesmo tipo.\n"),
+              HasSubstr("3.05.00 -> 4.00.00, 5 perdas, 0 pendências, 8 mudanças; válido pelo schema")));
+    // What was written is valid, its hash included.
+    EXPECT_EQ(Run({"validar", "-", "--terminologia", CONFERIX_TUSS_DB}, text.Out).Status, kExitValid);
+    EXPECT_THAT(Run({"converter", source, "--para", "4.00.00", "--detalhar"}).Err,
+                testing::Not(HasSubstr("E mais")));
+
+    const TResult report =
+        Run({"converter", source, "--para", "4.00.00", "--formato", "json", "--saida", File("novo.xml")});
+    const json notes = json::parse(report.Out);
+    EXPECT_EQ(notes["origem"], "3.05.00");
+    EXPECT_EQ(notes["destino"], "4.00.00");
+    EXPECT_EQ(notes["passos"], json::parse(R"(["3.05.00 -> 4.00.00"])"));
+    EXPECT_EQ(notes["valido"], false);
+    EXPECT_EQ(notes["notas"][1],
+              json::parse(R"({"tipo": "perda", "passo": "3.05.00 -> 4.00.00", "guia": "20000001", "linha": 41,
+                              "elemento": "dadosBeneficiario/nomeBeneficiario",
+                              "valor": "BENEFICIARIO DE TESTE UM",
+                              "texto": "<nomeBeneficiario> não existe na versão 4.00.00 e foi retirado."})"));
+    EXPECT_THAT(report.Err, IsEmpty());
+    EXPECT_THAT(ReadTestFile(File("novo.xml")), HasSubstr("tissV4_00_00.xsd"));
+}
+
+TEST_F(Converter, ConvertsSeveralFilesIntoAFolder) {
+    const std::string first = Example("consulta-4.01.00-valido.xml").string();
+    const std::string second = Example("honorarios-4.01.00-valido.xml").string();
+    const TResult both = Run({"converter", first, second, "--para", "4.03.00", "--pasta-saida", File("saida"),
+                              "--formato", "json"});
+    EXPECT_EQ(both.Status, kExitValid);
+    EXPECT_EQ(json::parse(both.Out).size(), 2U);
+    for (const char* name : {"saida/consulta-4.01.00-valido.xml", "saida/honorarios-4.01.00-valido.xml"})
+        EXPECT_THAT(ReadTestFile(File(name)), HasSubstr("<ans:Padrao>4.03.00</ans:Padrao>"));
+    // One that cannot be converted does not keep the others from it.
+    const std::string monitoring = Example("monitoramento-1.06.00-valido.xml").string();
+    const TResult mixed =
+        Run({"converter", monitoring, first, "--para", "4.02.00", "--pasta-saida", File("outra")});
+    EXPECT_EQ(mixed.Status, kExitInvalid);
+    EXPECT_THAT(mixed.Err, HasSubstr("tipo de transação (tmMonitoramento). 1.06.00 -> 4.02.00"));
+    EXPECT_FALSE(std::filesystem::exists(File("outra/monitoramento-1.06.00-valido.xml")));
+    EXPECT_TRUE(std::filesystem::exists(File("outra/consulta-4.01.00-valido.xml")));
+}
+
+TEST_F(Converter, RefusesWithoutWritingAnything) {
+    WriteTestFile(File("nada.xml"), "<a/>");
+    WriteTestFile(File("quebrado.xml"), "<a>");
+    const std::string consulta = Example("consulta-4.01.00-valido.xml").string();
+    const struct {
+        std::vector<std::string> Words;
+        int Status;
+        const char* Reason;
+    } cases[] = {
+        {{File("nada.xml"), "--para", "4.00.00"}, kExitInvalid, "O elemento raíz <a> não é reconhecido"},
+        {{File("quebrado.xml"), "--para", "4.00.00"}, kExitInvalid, "quebrado.xml"},
+        {{File("nenhum.xml"), "--para", "4.00.00"}, kExitUnreadable, "o arquivo não existe"},
+        {{consulta, "--para", "3.05.00"}, kExitInvalid, "4.01.00 -> 3.05.00"},
+        {{Example("spsadt-2.02.03-valido.xml").string(), "--para", "4.00.00"}, kExitInvalid, "2.02.03"},
+        {{consulta, "--para", "4.02.00", "--regime-atendimento", "06"}, kExitUsage, "01 - Ambulatorial"},
+        {{consulta, consulta, "--para", "4.02.00"}, kExitUsage, "--pasta-saida"},
+        {{consulta, consulta, "--para", "4.02.00", "--pasta-saida", File("s")}, kExitUsage, "dois arquivos"},
+        {{consulta}, kExitUsage, "--para"}};
+    for (const auto& c : cases) {
+        std::vector<std::string> words = {"converter"};
+        words.insert(words.end(), c.Words.begin(), c.Words.end());
+        if (c.Words.size() == 3)
+            words.insert(words.end(), {"--saida", File("saida.xml")});
+        const TResult result = Run(words);
+        EXPECT_EQ(result.Status, c.Status) << result.Err;
+        EXPECT_THAT(result.Err, HasSubstr(c.Reason));
+        EXPECT_THAT(result.Out, IsEmpty());
+        EXPECT_FALSE(std::filesystem::exists(File("saida.xml")));
+    }
+    EXPECT_EQ(Run({"converter", File("nada.xml"), "--para", "4.00.00", "--pasta-saida",
+                   std::filesystem::path(File("nada.xml")).parent_path().string()})
+                  .Status,
+              kExitUsage); // would write over the source
+}
+
+TEST_F(Converter, ListsTheVersionsInReach) {
+    const TResult list = Run({"versoes", Example("odonto-3.05.00-valido.xml").string()});
+    EXPECT_EQ(list.Out, "Versão atual: 3.05.00\nPosteriores: 4.00.00, 4.00.01, 4.01.00, 4.02.00, 4.03.00\n"
+                        "Anteriores: 3.04.01, 3.04.00\n");
+    const json data = json::parse(
+        Run({"versoes", Example("internacao-3.02.00-valido.xml").string(), "--formato", "json"}).Out);
+    EXPECT_EQ(data["posteriores"].size(), 14U);
+    EXPECT_EQ(data["anteriores"], json::array());
+    for (const char* name : {"spsadt-2.02.03-valido.xml", "monitoramento-1.06.00-valido.xml"})
+        EXPECT_EQ(Run({"versoes", Example(name).string()}).Status, kExitInvalid) << name;
+}
+
+} // namespace
+} // namespace conferix

@@ -1,0 +1,212 @@
+// Lots made from the schemas, of every kind of guide and every version of the chain, on every way along it.
+#include "app/lote_conversion.h"
+#include "convert/version_converter.h"
+#include "esquema/pastas.h"
+#include "suporte/suporte.h"
+#include "xml/schema/schema_generator.h"
+#include "xml/schema/schema_messages.h"
+#include "xml/schema/schema_validator.h"
+#include "xml/xml_writer.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <map>
+
+namespace conferix {
+namespace {
+
+constexpr auto kLote = TEnumTipoTransacaoTiss::tmEnvioLoteGuias;
+constexpr long kLotes = 150; ///< over all versions; CONFERIX_LOTES names another count
+constexpr const char* kGuias[] = {"guiaConsulta", "guiaSP-SADT", "guiaResumoInternacao", "guiaHonorarios",
+                                  "guiaOdonto"};
+
+using TCounts = std::map<std::pair<std::string, std::string>, int>; ///< by element and value
+
+std::shared_ptr<const TSchemaSet> Schema(std::string versao) {
+    std::replace(versao.begin(), versao.end(), '.', '_');
+    return TSchemaSet::Load(BuiltInSchemaFolder() / ("tissV" + versao + ".xsd"));
+}
+
+TGeneratedNode* FindGenerated(TGeneratedNode& node, std::string_view name) {
+    if (node.Name == name)
+        return &node;
+    for (const auto& child : node.Children)
+        if (TGeneratedNode* found = FindGenerated(*child, name))
+            return found;
+    return nullptr;
+}
+
+/// A valid lot of one version with guides of one kind.
+std::string MakeLote(const std::string& versao, const std::string& guia, std::uint64_t& seed) {
+    const auto set = Schema(versao);
+    while (true) {
+        TSchemaGenerator generator(*set, ++seed);
+        generator.Prefer(
+            {"prestadorParaOperadora", "loteGuias", guia, "procedimentosExecutados", "outrasDespesas"});
+        const auto tree = generator.Document();
+        if (FindGenerated(*tree, guia) == nullptr)
+            continue;
+        FindGenerated(*tree, "tipoTransacao")->Text = "ENVIO_LOTE_GUIAS";
+        TGeneratedNode* version = FindGenerated(*tree, "Padrao");
+        (version != nullptr ? version : FindGenerated(*tree, "versaoPadrao"))->Text = versao;
+        return generator.Serialize(*tree);
+    }
+}
+
+std::vector<TSchemaFault> Faults(const TXmlDocument& document, const std::string& versao) {
+    const auto set = Schema(versao);
+    return TSchemaValidator(*set).Validate(document);
+}
+
+std::string LastName(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+TCounts Leaves(const TXmlDocument& document) {
+    TCounts leaves;
+    for (const TXmlNode* node = document.Element(); node != nullptr;
+         node = node->NextInWalk(document.Element()))
+        if (node->IsTag() && node->FirstChildTag() == nullptr)
+            ++leaves[{std::string(node->LocalName()), node->TextWithCData()}];
+    return leaves;
+}
+
+TCounts NotedValues(const TConversionNotes& notes) {
+    TCounts noted;
+    for (const TConversionNote& note : notes)
+        if (note.Tipo != TConversionNoteType::ntPendencia)
+            ++noted[{LastName(note.Elemento), note.Valor}];
+    return noted;
+}
+
+/// Every fault of a text by its own schema is an open place that the notes tell.
+void ExpectTold(const std::string& text, const std::string& versao, const TConversionNotes& notes) {
+    std::map<std::string, int> told;
+    for (const TConversionNote& note : notes)
+        if (note.Tipo == TConversionNoteType::ntPendencia)
+            ++told[LastName(note.Elemento)];
+    const TXmlParseResult parsed = TXmlParser::Parse(text);
+    ASSERT_NE(parsed.Document, nullptr) << text;
+    for (const TSchemaFault& fault : Faults(*parsed.Document, versao))
+        EXPECT_GE(--told[fault.Name], 0) << versao << ": " << TSchemaMessages::Sentence(fault);
+}
+
+void ExpectNothingLost(const std::string& before, const std::string& after, const TConversionNotes& notes) {
+    TCounts left = Leaves(*TXmlParser::Parse(after).Document);
+    TCounts noted = NotedValues(notes);
+    for (const auto& [leaf, count] : Leaves(*TXmlParser::Parse(before).Document))
+        EXPECT_LE(count - left[leaf], noted[leaf]) << leaf.first << " = " << leaf.second;
+}
+
+/// Elements, namespaces' local form and values of a tree, but for the document element's attributes.
+std::string TreeText(const std::string& text) {
+    const TXmlParseResult parsed = TXmlParser::Parse(text);
+    const TXmlNode* root = parsed.Document->Element();
+    std::string tree;
+    const std::function<void(const TXmlNode&)> write = [&](const TXmlNode& node) {
+        tree += fmt::format("<{}", node.LocalName());
+        for (const TXmlAttribute& attribute : node.Attributes())
+            if (&node != root && !attribute.QualifiedName().starts_with("xmlns"))
+                tree += fmt::format(" {}={}", attribute.Name().Local, attribute.Value());
+        tree += ">" + (node.FirstChildTag() == nullptr ? node.TextWithCData() : std::string());
+        for (const TXmlNode& child : node.ChildTags())
+            write(child);
+        tree += "</>";
+    };
+    write(*root);
+    return tree;
+}
+
+bool LostSomething(const TConversionNotes& notes) {
+    return std::any_of(notes.begin(), notes.end(),
+                       [](const auto& note) { return note.Tipo == TConversionNoteType::ntPerda; });
+}
+
+/// Goes the whole way in one direction, judging every version that it passes, and back where there is a way.
+void GoAndReturn(const std::string& text, const std::vector<std::string>& targets, int& round) {
+    TVersionConverter converter;
+    const auto original = LoadTiss(text);
+    TConversionRun run;
+    converter.SetObserver([&](std::string_view versao, const auto& file) {
+        ExpectTold(WriteXml(*file->Xml()), std::string(versao), run.Notes());
+        ExpectNothingLost(text, WriteXml(*file->Xml()), run.Notes());
+        // Back from here, where every step on the way can be gone back.
+        TVersionConverter plain;
+        TConversionRun back;
+        const auto reached = LoadTiss(WriteXml(*file->Xml()));
+        const auto down = plain.PreviousVersions(kLote, versao);
+        const auto up = plain.NextVersions(kLote, versao);
+        const auto reachable = [&](const auto& list) {
+            return std::find(list.begin(), list.end(), original->Versao()) != list.end();
+        };
+        if (LostSomething(run.Notes()) || !(reachable(down) || reachable(up)))
+            return;
+        const auto returned = plain.Convert(*reached, original->Versao(), back);
+        if (LostSomething(back.Notes()))
+            return;
+        ++round;
+        EXPECT_EQ(TreeText(WriteXml(*returned->Xml())), TreeText(text));
+    });
+    converter.Convert(*original, targets.back(), run);
+    EXPECT_EQ(WriteXml(*original->Xml()), text); // the file given stays as it is
+}
+
+class LotesGerados : public testing::TestWithParam<std::string> {};
+
+TEST_P(LotesGerados, NadaSeCalaNoCaminho) {
+    const char* named = std::getenv("CONFERIX_LOTES");
+    const long wanted = (named != nullptr ? std::max(1L, std::strtol(named, nullptr, 10)) : kLotes) / 75 + 1;
+    const TVersionConverter converter;
+    const std::vector<std::string> up = converter.NextVersions(kLote, GetParam());
+    const std::vector<std::string> down = converter.PreviousVersions(kLote, GetParam());
+    const TSchemaFolder schemas(BuiltInSchemaFolder());
+    std::uint64_t seed = 0;
+    int lots = 0;
+    int conversions = 0;
+    int round = 0;
+    for (const char* guia : kGuias) {
+        for (long i = 0; i < wanted && !HasFailure(); ++i) {
+            const std::string text = MakeLote(GetParam(), guia, seed);
+            SCOPED_TRACE(fmt::format("{} {} {}", GetParam(), guia, seed));
+            const auto original = LoadTiss(text);
+            ASSERT_TRUE(Faults(*original->Xml(), GetParam()).empty());
+            ++lots;
+            for (const auto* targets : {&up, &down}) {
+                if (!targets->empty())
+                    GoAndReturn(text, *targets, round);
+                for (const std::string& target : *targets) {
+                    const TLoteConvertido lote =
+                        ConvertLote(*original, target, {i % 2 == 0 ? "" : "01"}, schemas);
+                    ++conversions;
+                    ExpectTold(lote.Xml, target, lote.Notas);
+                    ExpectNothingLost(text, lote.Xml, lote.Notas);
+                    const auto converted = TXmlParser::Parse(lote.Xml).Document;
+                    EXPECT_EQ(lote.Valido, Faults(*converted, target).empty());
+                    EXPECT_EQ(LoadTiss(lote.Xml)->Versao(), target);
+                }
+            }
+        }
+    }
+    std::cout << fmt::format("{}: {} lotes, {} conversões, {} idas e voltas\n", GetParam(), lots, conversions,
+                             round);
+}
+
+std::vector<std::string> Versions() {
+    std::vector<std::string> versions = {"3.02.00"};
+    for (const std::string& versao : TVersionConverter().NextVersions(kLote, "3.02.00"))
+        versions.push_back(versao);
+    return versions;
+}
+
+INSTANTIATE_TEST_SUITE_P(Versoes, LotesGerados, testing::ValuesIn(Versions()), [](const auto& instance) {
+    std::string name = instance.param;
+    std::replace(name.begin(), name.end(), '.', '_');
+    return name;
+});
+
+} // namespace
+} // namespace conferix
