@@ -77,6 +77,21 @@ struct TConsultarOptions {
 };
 int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions& options);
 
+struct TImportarOptions {
+    std::vector<std::string> Origens; ///< files and folders
+    bool Substituir = false;          ///< forgets what the tables held
+};
+int RunTerminologiaImportar(const TCliContext& context, const TImportarOptions& options);
+/// Goes back to the terminology that came with the program.
+int RunTerminologiaRestaurar(const TCliContext& context);
+
+struct TProcurarOptions {
+    std::string Texto;
+    std::string Tabela; ///< empty: all
+    std::string Data;   ///< AAAA-MM-DD: only terms in force on that day; empty: all
+};
+int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& options);
+
 struct TCorrigirOptions {
     std::string Arquivo;
     int Mensagem = 0; ///< 1-based, in the list that `validar` shows; 0: none chosen
