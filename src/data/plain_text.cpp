@@ -14,7 +14,8 @@ std::string PlainText(std::string_view text) {
     UErrorCode status = U_ZERO_ERROR;
     const icu::UnicodeString composed =
         icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
-    const icu::UnicodeString letters = decompose != nullptr ? decompose->normalize(composed, status) : composed;
+    const icu::UnicodeString letters =
+        decompose != nullptr ? decompose->normalize(composed, status) : composed;
     icu::UnicodeString plain;
     for (std::int32_t i = 0; i < letters.length(); i = letters.moveIndex32(i, 1)) {
         const UChar32 c = letters.char32At(i);

@@ -87,7 +87,10 @@ std::optional<TTermoEncontrado> TTussBusca::Find(const std::string& table, const
     if (!isTerm && query.getColumn(2).isNull()) {
         return std::nullopt;
     }
-    TTermoEncontrado found{table, code, {}, ParseIsoDate(query.getColumn(1).getString()),
+    TTermoEncontrado found{table,
+                           code,
+                           {},
+                           ParseIsoDate(query.getColumn(1).getString()),
                            ParseIsoDate(query.getColumn(3).getString())};
     if (isTerm && found.fimVigencia && found.inicioVigencia && *found.inicioVigencia > *found.fimVigencia) {
         found.fimVigencia.reset(); // it came back
@@ -112,10 +115,10 @@ std::vector<TTermoEncontrado> TTussBusca::Search(std::string_view text, const st
         return terms;
     }
     try {
-        SQLite::Statement query(*database_,
-                                "SELECT t.TABELA, t.CODIGO FROM TB_TUSS_BUSCA b JOIN TB_TUSS_TERMO t"
-                                " ON t.ID = b.rowid WHERE TB_TUSS_BUSCA MATCH ?1 AND (?2 = '' OR t.TABELA = ?2)"
-                                " ORDER BY LENGTH(t.TERMO), t.TABELA, t.CODIGO");
+        SQLite::Statement query(
+            *database_, "SELECT t.TABELA, t.CODIGO FROM TB_TUSS_BUSCA b JOIN TB_TUSS_TERMO t"
+                        " ON t.ID = b.rowid WHERE TB_TUSS_BUSCA MATCH ?1 AND (?2 = '' OR t.TABELA = ?2)"
+                        " ORDER BY LENGTH(t.TERMO), t.TABELA, t.CODIGO");
         query.bind(1, words);
         query.bind(2, table);
         while (terms.size() < limit && query.executeStep()) {

@@ -78,7 +78,7 @@ void TItensCodigoValidation::CheckCodigo(const TXmlField& data, const TXmlField&
     if (!day)
         return;
     if (!Manager().IsInstalled(tabela.Text())) {
-        if (auto warning = notices_.NotInstalled(Manager(), tabela.Text()))
+        if (auto warning = Manager().NotInstalled(tabela.Text()))
             AddWarn(std::move(*warning), tabela.Node());
         return;
     }

@@ -93,9 +93,6 @@ class TItensCodigoValidation : public TItensValidation {
   protected:
     void CheckItem(const TItemGuia& item) override;
     void CheckCodigo(const TXmlField& data, const TXmlField& tabela, const TXmlField& codigo);
-
-  private:
-    TTussNotices notices_;
 };
 
 /// The quantity is above zero.

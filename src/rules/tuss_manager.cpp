@@ -50,15 +50,17 @@ std::shared_ptr<TTussManager> OpenTussManager(const std::shared_ptr<const ITussC
     return connection != nullptr ? std::make_shared<TTussManager>(connection) : nullptr;
 }
 
-std::optional<std::string> TTussNotices::NotInstalled(const TTussManager& manager, std::string_view table) {
-    if (manager.IsInstalled(table) || !told_.emplace(table).second)
+std::optional<std::string> TTussManager::NotInstalled(std::string_view table) {
+    if (IsInstalled(table) || !told_.emplace(table).second)
         return std::nullopt;
     return fmt::format(
-        "A tabela {} da TUSS não está instalada; os códigos dessa tabela não foram verificados.", table);
+        "A tabela {} da TUSS não está instalada; os códigos dessa tabela não foram verificados. "
+        "Importe a publicação da ANS: conferix terminologia importar ARQUIVO.",
+        table);
 }
 
-std::optional<std::string> TTussNotices::CitiesNotInstalled(const TTussManager& manager) {
-    if (manager.AreCitiesInstalled() || !told_.emplace().second)
+std::optional<std::string> TTussManager::CitiesNotInstalled() {
+    if (AreCitiesInstalled() || !told_.emplace().second)
         return std::nullopt;
     return "A tabela de municípios não está instalada; os códigos de município não foram verificados.";
 }

@@ -44,6 +44,11 @@ class TTussManager {
     bool IsInstalled(std::string_view table) const { return connection_->IsInstalled(table); }
     bool AreCitiesInstalled() const { return connection_->AreCitiesInstalled(); }
 
+    /// The warning that a TUSS table is not installed, for the first rule of the run that asks for it;
+    /// nothing for the others, nor for a table that is there.
+    std::optional<std::string> NotInstalled(std::string_view table);
+    std::optional<std::string> CitiesNotInstalled();
+
   private:
     template<class Answer>
     using TMemory = std::unordered_map<std::string, Answer>;
@@ -56,20 +61,10 @@ class TTussManager {
     TMemory<TTussTermLookups> terms_;
     TMemory<std::vector<TTuss64>> periods_;
     TMemory<bool> cities_;
+    std::set<std::string, std::less<>> told_; ///< numbers of tables; empty text: the municipalities
 };
 
 /// A manager over a connection; none without a connection, which fails only where a rule needs it.
 std::shared_ptr<TTussManager> OpenTussManager(const std::shared_ptr<const ITussConnection>& connection);
-
-/// What one rule has told of tables that are not installed, so that it tells it once a run and table.
-class TTussNotices {
-  public:
-    /// The warning, the first time that it is asked for of a table that has no row; nothing otherwise.
-    std::optional<std::string> NotInstalled(const TTussManager& manager, std::string_view table);
-    std::optional<std::string> CitiesNotInstalled(const TTussManager& manager);
-
-  private:
-    std::set<std::string, std::less<>> told_; ///< numbers of tables; empty text: the municipalities
-};
 
 } // namespace conferix

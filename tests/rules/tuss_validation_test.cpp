@@ -145,28 +145,28 @@ TEST(TussTable64, WalksThePeriodsOfATermInOrder) {
             Check<TTuss64Validation>(manager, c.Date, c.Code, c.Result, c.Message);
 }
 
-TEST(TussTables, NotInstalledAreToldOnceARule) {
+TEST(TussTables, NotInstalledAreToldOnceARun) {
     const auto connection = TTussConnection::InMemory([](TTussWriter& writer) {
         writer.Insert(TTuss22{{"1", std::nullopt, std::nullopt}});
         writer.Insert(TCidade{"3550308"});
     });
     TTussManager manager(connection);
-    TTussNotices notices;
-    EXPECT_EQ(notices.NotInstalled(manager, "22"), std::nullopt);
-    EXPECT_EQ(notices.NotInstalled(manager, "18"),
-              "A tabela 18 da TUSS não está instalada; os códigos dessa tabela não foram verificados.");
-    EXPECT_EQ(notices.NotInstalled(manager, "18"), std::nullopt);
-    EXPECT_NE(notices.NotInstalled(manager, "64"), std::nullopt);
-    EXPECT_NE(TTussNotices().NotInstalled(manager, "18"), std::nullopt);
-    EXPECT_EQ(notices.CitiesNotInstalled(manager), std::nullopt);
+    EXPECT_EQ(manager.NotInstalled("22"), std::nullopt);
+    EXPECT_EQ(
+        manager.NotInstalled("18"),
+        "A tabela 18 da TUSS não está instalada; os códigos dessa tabela não foram verificados. Importe a "
+        "publicação da ANS: conferix terminologia importar ARQUIVO.");
+    EXPECT_EQ(manager.NotInstalled("18"), std::nullopt);
+    EXPECT_NE(manager.NotInstalled("64"), std::nullopt);
+    EXPECT_EQ(manager.CitiesNotInstalled(), std::nullopt);
     EXPECT_TRUE(manager.HasCity("3550308"));
     EXPECT_FALSE(manager.HasCity("355030"));
     EXPECT_TRUE(manager.HasCity("3550308"));
 
     TTussManager empty(TTussConnection::InMemory());
-    EXPECT_EQ(notices.CitiesNotInstalled(empty),
+    EXPECT_EQ(empty.CitiesNotInstalled(),
               "A tabela de municípios não está instalada; os códigos de município não foram verificados.");
-    EXPECT_EQ(notices.CitiesNotInstalled(empty), std::nullopt);
+    EXPECT_EQ(empty.CitiesNotInstalled(), std::nullopt);
 }
 
 TEST(XsDate, IsReadAsAWholeDay) {

@@ -239,10 +239,12 @@ class TCommandLine {
             ->required()
             ->option_text("TEXTO");
         search->add_option("--tabela", procurar_.Tabela, "Só nesta tabela da TUSS")->option_text("T");
-        search->add_option("--data", procurar_.Data, "Só termos válidos nesta data")->option_text("AAAA-MM-DD");
+        search->add_option("--data", procurar_.Data, "Só termos válidos nesta data")
+            ->option_text("AAAA-MM-DD");
         OnParsed(search, {}, [this] { return RunTerminologiaProcurar(context_, procurar_); });
-        OnParsed(AddCommand(*group, "restaurar", "Desfaz as importações: volta à base que veio com o programa"), {},
-                 [this] { return RunTerminologiaRestaurar(context_); });
+        OnParsed(
+            AddCommand(*group, "restaurar", "Desfaz as importações: volta à base que veio com o programa"),
+            {}, [this] { return RunTerminologiaRestaurar(context_); });
     }
 
     void AddDocumento() {

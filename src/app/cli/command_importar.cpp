@@ -74,8 +74,8 @@ void WriteReport(const TCliContext& context, const TImportReport& report) {
     const bool hasRemoved = std::any_of(report.tabelas.begin(), report.tabelas.end(),
                                         [](const auto& table) { return table.second.retirados > 0; });
     out << "Base de terminologia: " << PathText(report.database) << '\n';
-    out << fmt::format("  {:<10} {:>11} {:>11} {:>11} {:>11}{}\n", "tabela", "novos", "alterados", "encerrados",
-                       "iguais", hasRemoved ? "   retirados" : "");
+    out << fmt::format("  {:<10} {:>11} {:>11} {:>11} {:>11}{}\n", "tabela", "novos", "alterados",
+                       "encerrados", "iguais", hasRemoved ? "   retirados" : "");
     for (const auto& [table, changes] : report.tabelas)
         out << fmt::format("  {:<10} {:>11} {:>11} {:>11} {:>11}{}\n", table, formats.Count(changes.novos),
                            formats.Count(changes.alterados), formats.Count(changes.encerrados),
@@ -117,15 +117,15 @@ int RunTerminologiaImportar(const TCliContext& context, const TImportarOptions& 
         TProgressBar progress(context.Streams.Err, context.Streams.ErrIsTerminal, kSteps);
         import.onProgress = [&](const std::string& what, double fraction) {
             progress.Set(what, static_cast<std::size_t>(fraction * kSteps));
-        };
-        report = ImportTerminology(import);
-    }
-    if (context.Json())
-        context.Streams.Out << JsonText(ReportJson(report)) << '\n';
-    else
-        WriteReport(context, report);
-    return kExitValid;
+    };
+    report = ImportTerminology(import);
 }
+if (context.Json())
+    context.Streams.Out << JsonText(ReportJson(report)) << '\n';
+else
+    WriteReport(context, report);
+return kExitValid;
+} // namespace conferix
 
 int RunTerminologiaRestaurar(const TCliContext& context) {
     if (!context.Terminologia.empty())
@@ -150,23 +150,25 @@ std::vector<std::string> OldImports(const std::vector<TCarga>& imports) {
     std::vector<std::string> warnings;
     for (const TCarga& import : imports)
         if (import.data.substr(0, limit.size()) < limit)
-            warnings.push_back(fmt::format("A importação mais recente da tabela {} é de {}, há mais de seis meses. "
-                                           "Importe a publicação atual da ANS: conferix terminologia importar "
-                                           "ARQUIVO.",
-                                           import.tabela, import.data.substr(0, limit.size())));
+            warnings.push_back(
+                fmt::format("A importação mais recente da tabela {} é de {}, há mais de seis meses. "
+                            "Importe a publicação atual da ANS: conferix terminologia importar "
+                            "ARQUIVO.",
+                            import.tabela, import.data.substr(0, limit.size())));
     return warnings;
 }
 
 TJson ImportsJson(const std::vector<TCarga>& imports) {
     TJson rows = TJson::array();
     for (const TCarga& import : imports)
-        rows.push_back({{"tabela", import.tabela},
-                        {"data", import.data},
-                        {"arquivo", import.arquivo},
-                        {"sha256", import.sha256},
-                        {"linhas", import.linhas},
-                        {"inicioMaisRecente", import.inicioMaisRecente.empty() ? TJson(nullptr)
-                                                                              : TJson(import.inicioMaisRecente)}});
+        rows.push_back(
+            {{"tabela", import.tabela},
+             {"data", import.data},
+             {"arquivo", import.arquivo},
+             {"sha256", import.sha256},
+             {"linhas", import.linhas},
+             {"inicioMaisRecente",
+              import.inicioMaisRecente.empty() ? TJson(nullptr) : TJson(import.inicioMaisRecente)}});
     return rows;
 }
 
@@ -176,10 +178,10 @@ void WriteImports(std::ostream& out, const std::vector<TCarga>& imports) {
     out << "Importação mais recente de cada tabela:\n";
     const TFormatSettings formats = TFormatSettings::Regional();
     for (const TCarga& import : imports)
-        out << fmt::format("  {:<10} {}  {} linhas{}  {}\n", import.tabela, import.data,
-                           formats.Count(import.linhas),
-                           import.inicioMaisRecente.empty() ? "" : ", início mais recente " + import.inicioMaisRecente,
-                           import.arquivo);
+        out << fmt::format(
+            "  {:<10} {}  {} linhas{}  {}\n", import.tabela, import.data, formats.Count(import.linhas),
+            import.inicioMaisRecente.empty() ? "" : ", início mais recente " + import.inicioMaisRecente,
+            import.arquivo);
 }
 
 } // namespace conferix

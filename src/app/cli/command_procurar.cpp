@@ -54,9 +54,10 @@ int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& 
     TTussManager manager(database.CreateConnection());
     const TTussBusca search(database.DatabaseFileName());
     if (!search.HasDescriptions())
-        throw ETerminologiaNaoConsultada(database.DatabaseFileName(),
-                                         "a base não tem as descrições dos termos. Importe a publicação da ANS: "
-                                         "conferix terminologia importar ARQUIVO");
+        throw ETerminologiaNaoConsultada(
+            database.DatabaseFileName(),
+            "a base não tem as descrições dos termos. Importe a publicação da ANS: "
+            "conferix terminologia importar ARQUIVO");
     const auto accepts = [&](const TTermoEncontrado& term) {
         return !day || TTussValidation(manager, *day, term.tabela, term.codigo).IsValid();
     };

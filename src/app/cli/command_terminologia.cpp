@@ -71,8 +71,7 @@ int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions
         throw EUsage(error.what());
     }
     // The verdict on a code of a table that is not there says nothing of the code.
-    if (const auto warning =
-            TTussNotices().NotInstalled(manager, options.Consolidado ? "64" : options.Tabela))
+    if (const auto warning = manager.NotInstalled(options.Consolidado ? "64" : options.Tabela))
         context.Warning(*warning);
     std::ostream& out = context.Streams.Out;
     std::vector<TTermoEncontrado> similar;

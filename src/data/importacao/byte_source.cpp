@@ -60,9 +60,8 @@ class TUtf8Source : public IByteSource {
                 ended_ = got == 0;
             }
             UErrorCode status = U_ZERO_ERROR;
-            ucnv_convertEx(to_.get(), from_.get(), &target, end, &next_, limit_, pivot_.data(),
-                           &pivotSource_, &pivotTarget_, pivot_.data() + pivot_.size(), false, ended_,
-                           &status);
+            ucnv_convertEx(to_.get(), from_.get(), &target, end, &next_, limit_, pivot_.data(), &pivotSource_,
+                           &pivotTarget_, pivot_.data() + pivot_.size(), false, ended_, &status);
             if (U_FAILURE(status) && status != U_BUFFER_OVERFLOW_ERROR) {
                 throw EPublicacaoInvalida(name_, "o texto não pôde ser decodificado");
             }

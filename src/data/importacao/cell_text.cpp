@@ -66,8 +66,8 @@ std::optional<std::string> BrazilianDate(std::string_view text) {
     for (int i = 0; i < 3; ++i) {
         const auto [after, error] = std::from_chars(next, end, parts[i]);
         const bool last = i == 2;
-        if (error != std::errc() || (last ? after != end || after - next != 4
-                                          : after == end || *after != '/' || after - next > 2)) {
+        if (error != std::errc() ||
+            (last ? after != end || after - next != 4 : after == end || *after != '/' || after - next > 2)) {
             return std::nullopt;
         }
         next = after + 1;
@@ -76,8 +76,8 @@ std::optional<std::string> BrazilianDate(std::string_view text) {
 }
 
 std::optional<std::string> SerialDate(double serial) {
-    constexpr double kFirst = 61;      // before it spreadsheets count a day that never was
-    constexpr double kLast = 2958465;  // 9999-12-31
+    constexpr double kFirst = 61;     // before it spreadsheets count a day that never was
+    constexpr double kLast = 2958465; // 9999-12-31
     if (!(serial >= kFirst && serial <= kLast)) {
         return std::nullopt;
     }
@@ -143,10 +143,11 @@ std::optional<std::string> CodeInCell(const TCell& cell, std::size_t digits) {
         }
     }
     constexpr std::size_t kMaxLength = 15;
-    const bool isCode = cell.text.size() <= kMaxLength && cell.text.find_first_of(kDigits) != std::string::npos &&
-                        cell.text.find_first_not_of("0123456789"
-                                                    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz.-") ==
-                            std::string::npos;
+    const bool isCode =
+        cell.text.size() <= kMaxLength && cell.text.find_first_of(kDigits) != std::string::npos &&
+        cell.text.find_first_not_of("0123456789"
+                                    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz.-") ==
+            std::string::npos;
     return isCode ? std::optional(cell.text) : std::nullopt;
 }
 
@@ -164,8 +165,8 @@ std::optional<std::string> DateInCell(const TCell& cell) {
     }
     // A time of the day may follow.
     const std::size_t time = text.find_first_of(" T");
-    if (time != std::string_view::npos && text.substr(time + 1).find_first_not_of("0123456789:.Z") ==
-                                              std::string_view::npos) {
+    if (time != std::string_view::npos &&
+        text.substr(time + 1).find_first_not_of("0123456789:.Z") == std::string_view::npos) {
         text = text.substr(0, time);
     }
     if (text.size() == kIsoLength) {

@@ -18,8 +18,7 @@ class EPublicacaoInvalida : public EArquivo {
 class EImportacaoInterrompida : public std::runtime_error {
   public:
     EImportacaoInterrompida()
-        : std::runtime_error(
-              "A importação foi interrompida. A base de terminologia está como antes dela.") {}
+        : std::runtime_error("A importação foi interrompida. A base de terminologia está como antes dela.") {}
 };
 
 } // namespace conferix

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kMaxDepth = 3;                    // packages in packages
+constexpr int kMaxDepth = 3; // packages in packages
 constexpr std::size_t kHeadBytes = 64;
 constexpr std::uint64_t kRowsBeforeHeader = 200; // covers have some dozens
 

@@ -13,7 +13,7 @@ namespace conferix {
 
 /// A row that was not understood.
 struct TLinhaNaoEntendida {
-    std::string arquivo; ///< with the names of the packages and the sheet that hold it
+    std::string arquivo;     ///< with the names of the packages and the sheet that hold it
     std::uint64_t linha = 0; ///< 1-based; in JSON the object
     std::string motivo;
 };

@@ -14,8 +14,8 @@ namespace {
 std::size_t CodeLength(std::string_view table) {
     constexpr std::size_t kTermLength = 8;
     constexpr std::pair<std::string_view, std::size_t> kLengths[] = {
-        {"18", kTermLength}, {"19", kTermLength}, {"20", kTermLength}, {"22", kTermLength},
-        {"63", 3},           {"87", 2},
+        {"18", kTermLength}, {"19", kTermLength}, {"20", kTermLength},
+        {"22", kTermLength}, {"63", 3},           {"87", 2},
     };
     for (const auto& [number, length] : kLengths) {
         if (number == table) {
@@ -173,8 +173,9 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
         }
     }
     if (result.tabela.empty()) {
-        reason = Has(TField::Origem) ? "o número da tabela não pôde ser lido: " + Quoted(Cell(row, TField::Origem))
-                                     : "nada diz de que tabela da TUSS são os termos";
+        reason = Has(TField::Origem)
+                     ? "o número da tabela não pôde ser lido: " + Quoted(Cell(row, TField::Origem))
+                     : "nada diz de que tabela da TUSS são os termos";
         return false;
     }
     constexpr std::size_t kCityLength = 7;
@@ -186,12 +187,16 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
         reason = IsNone(code) ? "falta o código" : Quoted(code) + " não é um código";
         return false;
     }
-    if (length > 0 && (text->size() != length || text->find_first_not_of("0123456789") != std::string::npos)) {
+    if (length > 0 &&
+        (text->size() != length || text->find_first_not_of("0123456789") != std::string::npos)) {
         reason = "o código " + Quoted(code) + " não tem " + std::to_string(length) + " dígitos";
         return false;
     }
     result.codigo = *text;
-    result.termo = TextOf(Cell(row, Has(TField::Termo) ? TField::Termo : TField::Grupo));
+    // A history of mostly table 64 has the other tables' terms in the column of the form of sending.
+    result.termo = TextOf(Cell(row, Has(TField::Termo)          ? TField::Termo
+                                    : Has(TField::FormaDeEnvio) ? TField::FormaDeEnvio
+                                                                : TField::Grupo));
     if (const std::string extra = TextOf(Cell(row, TField::Apresentacao)); !extra.empty()) {
         result.termo += (result.termo.empty() ? "" : ", ") + extra;
     }
@@ -202,9 +207,10 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
 }
 
 bool TRecognizer::TakePeriod(const TRow& row, TPeriodo& period, std::string& reason) const {
-    const std::pair<TField, std::string TPeriodo::*> kDates[] = {{TField::Inicio, &TPeriodo::inicio},
-                                                                 {TField::Fim, &TPeriodo::fim},
-                                                                 {TField::Implantacao, &TPeriodo::implantacao}};
+    const std::pair<TField, std::string TPeriodo::*> kDates[] = {
+        {TField::Inicio, &TPeriodo::inicio},
+        {TField::Fim, &TPeriodo::fim},
+        {TField::Implantacao, &TPeriodo::implantacao}};
     for (const auto& [field, member] : kDates) {
         const TCell& cell = Cell(row, field);
         const auto date = DateInCell(cell);

@@ -44,8 +44,21 @@ class TRecognizer {
 
   private:
     enum class TField {
-        Codigo, CodigoDaTabela, CodigoIbge, Termo, Grupo, Apresentacao, Inicio, Fim, Implantacao,
-        Origem, Terminologia, FormaDeEnvio, CodigoDoGrupo, Competencia, Count
+        Codigo,
+        CodigoDaTabela,
+        CodigoIbge,
+        Termo,
+        Grupo,
+        Apresentacao,
+        Inicio,
+        Fim,
+        Implantacao,
+        Origem,
+        Terminologia,
+        FormaDeEnvio,
+        CodigoDoGrupo,
+        Competencia,
+        Count
     };
     /// Column of each field, 0-based; none for a field without one.
     using TColumns = std::array<std::optional<std::size_t>, static_cast<std::size_t>(TField::Count)>;

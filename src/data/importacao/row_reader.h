@@ -14,7 +14,8 @@
 
 namespace conferix {
 
-/// A cell: its text in UTF-8, blanks at both ends left out. A number is as the file writes it ("7.0965676E7").
+/// A cell: its text in UTF-8, blanks at both ends left out. A number is as the file writes it
+/// ("7.0965676E7").
 struct TCell {
     std::string text;
     bool isNumber = false;

@@ -27,8 +27,8 @@ bool IsUtf8(std::string_view text) {
 }
 
 std::string Decoded(std::string_view bytes) {
-    const bool isAscii = std::all_of(bytes.begin(), bytes.end(),
-                                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    const bool isAscii =
+        std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
     if (isAscii || IsUtf8(bytes)) {
         return std::string(TrimBlanks(bytes));
     }

@@ -131,7 +131,8 @@ class TImport : private IPublicationSink {
         for (const fs::path& source : options_.sources) {
             const std::vector<fs::path> found = FilesOf(source);
             if (found.empty()) {
-                throw EPublicacaoInvalida(source, "a pasta não tem nenhum arquivo ZIP, XLSX, CSV, TXT ou JSON");
+                throw EPublicacaoInvalida(source,
+                                          "a pasta não tem nenhum arquivo ZIP, XLSX, CSV, TXT ou JSON");
             }
             files.insert(files.end(), found.begin(), found.end());
         }
@@ -217,11 +218,12 @@ class TImport : private IPublicationSink {
     std::string NothingFound() const {
         if (!report_.naoEntendidas.empty() && report_.arquivos.back().naoEntendidas > 0) {
             const TLinhaNaoEntendida& line = report_.naoEntendidas.back();
-            return "nenhuma linha pôde ser entendida (" + line.arquivo + ", linha " + std::to_string(line.linha) +
-                   ": " + line.motivo +
+            return "nenhuma linha pôde ser entendida (" + line.arquivo + ", linha " +
+                   std::to_string(line.linha) + ": " + line.motivo +
                    "). O nome do arquivo diz a tabela quando as colunas não a dizem: \"Tabela 18.csv\"";
         }
-        return "não foi encontrada nenhuma tabela da TUSS. São lidas as publicações da ANS em ZIP, XLSX, CSV, TXT "
+        return "não foi encontrada nenhuma tabela da TUSS. São lidas as publicações da ANS em ZIP, XLSX, "
+               "CSV, TXT "
                "e JSON, com as colunas \"Código do Termo\" e \"Termo\"";
     }
 
@@ -243,7 +245,9 @@ class TImport : private IPublicationSink {
 
     void OnPassedOver(const std::string& file) override { report_.ignorados.push_back(file); }
 
-    void OnProgress(const std::string& what, double fraction) override { Tell(what, from_ + share_ * fraction); }
+    void OnProgress(const std::string& what, double fraction) override {
+        Tell(what, from_ + share_ * fraction);
+    }
 
     void Tell(const std::string& what, double fraction) {
         Look();
@@ -308,10 +312,9 @@ std::vector<TCarga> NewestImports(const fs::path& database) {
         if (!opened.tableExists("TB_CARGA")) {
             return imports;
         }
-        // With MAX the other columns are those of its row.
-        SQLite::Statement query(opened, "SELECT TABELA, ARQUIVO, SHA256, MAX(DATA), LINHAS,"
-                                        " IFNULL(INICIO_MAIS_RECENTE, '') FROM TB_CARGA GROUP BY TABELA"
-                                        " ORDER BY TABELA");
+        SQLite::Statement query(opened, "SELECT TABELA, ARQUIVO, SHA256, DATA, LINHAS,"
+                                        " IFNULL(INICIO_MAIS_RECENTE, '') FROM TB_CARGA WHERE ROWID IN"
+                                        " (SELECT MAX(ROWID) FROM TB_CARGA GROUP BY TABELA) ORDER BY TABELA");
         while (query.executeStep()) {
             imports.push_back({query.getColumn(0).getString(), query.getColumn(1).getString(),
                                query.getColumn(2).getString(), query.getColumn(3).getString(),

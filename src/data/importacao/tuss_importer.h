@@ -52,7 +52,7 @@ struct TImportReport {
     TChanges tabelas;
     std::vector<TLinhaNaoEntendida> naoEntendidas; ///< the first of each file
     std::vector<std::string> ignorados;            ///< files that hold no terminology
-    std::int64_t semTabela = 0; ///< codes of table 64 that no table of terms holds yet
+    std::int64_t semTabela = 0;                    ///< codes of table 64 that no table of terms holds yet
 };
 
 /// Imports all sources or none. The new database is built beside the target and takes its place in one

@@ -64,39 +64,47 @@ std::int64_t Count(SQLite::Database& database, const std::string& sql) {
     return database.execAndGet(sql).getInt64();
 }
 
-/// What a table's terms stand for, and the index of their words.
+/// What a term is called, by a publication that says since when.
+using TDescription = std::pair<std::string, std::string>; // start of the period or "", text
+
+/// What the terms stand for, and the index of their words.
 class TDescriptions {
   public:
     explicit TDescriptions(SQLite::Database& database)
-        : find_(database, "SELECT ID, TERMO FROM TB_TUSS_TERMO WHERE TABELA = ? AND CODIGO = ?"),
-          insert_(database, "INSERT INTO TB_TUSS_TERMO (TABELA, CODIGO, TERMO) VALUES (?, ?, ?)"),
-          update_(database, "UPDATE TB_TUSS_TERMO SET TERMO = ? WHERE ID = ?"),
+        : find_(database, "SELECT ID, DATA_INICIO_VIGENCIA, TERMO FROM TB_TUSS_TERMO"
+                          " WHERE TABELA = ? AND CODIGO = ?"),
+          insert_(database, "INSERT INTO TB_TUSS_TERMO (TABELA, CODIGO, DATA_INICIO_VIGENCIA, TERMO)"
+                            " VALUES (?, ?, ?, ?)"),
+          update_(database, "UPDATE TB_TUSS_TERMO SET DATA_INICIO_VIGENCIA = ?, TERMO = ? WHERE ID = ?"),
           remove_(database, "DELETE FROM TB_TUSS_TERMO WHERE ID = ?"),
           index_(database, "INSERT INTO TB_TUSS_BUSCA (TERMO, rowid) VALUES (?, ?)"),
           unindex_(database,
                    "INSERT INTO TB_TUSS_BUSCA (TERMO, rowid, TB_TUSS_BUSCA) VALUES (?, ?, 'delete')"),
           database_(database) {}
 
-    /// Sets what a term stands for; `isNewer`: said of a later period than the text that is known.
-    bool Set(const std::string& table, const std::string& code, const std::string& text, bool isNewer) {
-        if (text.empty()) {
+    /// Keeps the description of the newest period; `replace`: whatever is known. Of two of one period either
+    /// would do: the choice must not depend on the order. True when the text is another now.
+    bool Set(const std::string& table, const std::string& code, const TDescription& said, bool replace) {
+        if (said.second.empty()) {
             return false;
         }
         if (!find_.With(table, code).Step()) {
-            insert_.With(table, code, text).Run();
-            index_.With(text).Number(2, database_.getLastInsertRowid()).Run();
+            insert_.With(table, code, said.first, said.second).Run();
+            index_.With(said.second).Number(2, database_.getLastInsertRowid()).Run();
             return true;
         }
         const std::int64_t id = find_.Integer(0);
-        const std::string known = find_.Text(1);
+        const TDescription known{find_.Text(1), find_.Text(2)};
         find_.Reset();
-        // Of two texts for one period either would do; the choice must not depend on the order.
-        if (known == text || (!isNewer && known > text)) {
+        if (said == known || (!replace && said < known)) {
             return false;
         }
-        unindex_.With(known).Number(2, id).Run();
-        update_.With(text).Number(2, id).Run();
-        index_.With(text).Number(2, id).Run();
+        update_.With(said.first, said.second).Number(3, id).Run();
+        if (said.second == known.second) {
+            return false;
+        }
+        unindex_.With(known.second).Number(2, id).Run();
+        index_.With(said.second).Number(2, id).Run();
         return true;
     }
 
@@ -119,8 +127,9 @@ class TDescriptions {
 class TTermTable {
   public:
     TTermTable(SQLite::Database& database, const std::string& table)
-        : select_(database, "SELECT IFNULL(DATA_INICIO_VIGENCIA, ''), IFNULL(DATA_FIM_IMPLANTACAO, '') FROM " +
-                                Name(table) + " WHERE CODIGO = ?"),
+        : select_(database,
+                  "SELECT IFNULL(DATA_INICIO_VIGENCIA, ''), IFNULL(DATA_FIM_IMPLANTACAO, '') FROM " +
+                      Name(table) + " WHERE CODIGO = ?"),
           replace_(database, "INSERT OR REPLACE INTO " + Name(table) +
                                  " (CODIGO, DATA_INICIO_VIGENCIA, DATA_FIM_IMPLANTACAO) VALUES (?, ?, ?)"),
           remove_(database, "DELETE FROM " + Name(table) + " WHERE CODIGO = ?") {}
@@ -243,7 +252,7 @@ class TMerger {
         std::string table;
         std::string code;
         std::vector<TPeriodo> periods;
-        std::pair<std::string, std::string> text; // start of the period, what it calls the term
+        TDescription text;
         const auto flush = [&] {
             if (!periods.empty()) {
                 MergeTerm(table, code, std::move(periods), text);
@@ -260,14 +269,16 @@ class TMerger {
                 code = std::move(nextCode);
             }
             periods.push_back({rows.Text(2), rows.Text(3), rows.Text(4)});
-            text = std::max(text, std::pair(rows.Text(2), rows.Text(5)));
+            if (TDescription said(rows.Text(2), rows.Text(5)); !said.second.empty()) {
+                text = std::max(text, std::move(said));
+            }
             Progress();
         }
         flush();
     }
 
     void MergeTerm(const std::string& table, const std::string& code, std::vector<TPeriodo> periods,
-                   const std::pair<std::string, std::string>& text) {
+                   const TDescription& text) {
         if (table == kMunicipios) {
             MergeCity(code);
             return;
@@ -287,16 +298,13 @@ class TMerger {
             return;
         }
         std::vector<TPeriodo> known = Known(before);
-        const std::string newestKnown = known.empty() ? std::string() : known.back().inicio;
         if (!Replaces(table)) {
             periods.insert(periods.end(), known.begin(), known.end());
         }
         periods = MergePeriods(std::move(periods));
-        const std::string newest = periods.empty() ? std::string() : periods.back().inicio;
         const TTermRows after = RowsOfPeriods(periods);
         Write(table, code, before, after);
-        const bool newText = isStored && text.first >= newest &&
-                             descriptions_.Set(table, code, text.second, Replaces(table) || newest > newestKnown);
+        const bool newText = isStored && descriptions_.Set(table, code, text, Replaces(table));
         CountChange(changes_[table], wasKnown, before == after && !newText,
                     !after.vigente && (before.vigente || !wasKnown));
     }
@@ -385,10 +393,12 @@ class TMerger {
             for (const std::string_view table : kTablesOf64) {
                 const std::string number(table);
                 database_.exec("INSERT INTO carga.LINHA_64 SELECT '" + number +
-                               "', CODIGO, INICIO, FIM, IMPLANTACAO, CONSOLIDADO, '', " + isPresent + " FROM " +
-                               from + " s WHERE EXISTS (SELECT 1 FROM " + std::string(TussTableName(table)) +
+                               "', CODIGO, INICIO, FIM, IMPLANTACAO, CONSOLIDADO, '', " + isPresent +
+                               " FROM " + from + " s WHERE EXISTS (SELECT 1 FROM " +
+                               std::string(TussTableName(table)) +
                                " t WHERE t.CODIGO = s.CODIGO) OR EXISTS (SELECT 1 FROM TB_TUSS_INATIVADO i"
-                               " WHERE i.TABELA = '" + number + "' AND i.CODIGO = s.CODIGO)");
+                               " WHERE i.TABELA = '" +
+                               number + "' AND i.CODIGO = s.CODIGO)");
             }
         };
         assign("carga.LINHA_64_SEM_TABELA", "1");
@@ -431,9 +441,8 @@ class TMerger {
         std::vector<TRow64> before;
         find64_.With(table, code);
         while (find64_.Step()) {
-            before.push_back({{find64_.Text(0), find64_.Text(1), find64_.Text(2)},
-                              find64_.Text(3),
-                              find64_.Integer(4)});
+            before.push_back(
+                {{find64_.Text(0), find64_.Text(1), find64_.Text(2)}, find64_.Text(3), find64_.Integer(4)});
         }
         find64_.Reset();
         if (!Replaces("64/" + table)) {
@@ -445,7 +454,9 @@ class TMerger {
                 remove64_.With(table, code).Run();
             }
             for (const TRow64& row : after) {
-                add64_.With(table, code, row.grupo, row.periodo.inicio, row.periodo.fim, row.periodo.implantacao)
+                add64_
+                    .With(table, code, row.grupo, row.periodo.inicio, row.periodo.fim,
+                          row.periodo.implantacao)
                     .NullIfEmpty(3, row.grupo)
                     .NullIfEmpty(4, row.periodo.inicio)
                     .NullIfEmpty(5, row.periodo.fim)
@@ -455,7 +466,8 @@ class TMerger {
             }
         }
         const auto ended = [](const std::vector<TRow64>& all) {
-            return std::all_of(all.begin(), all.end(), [](const TRow64& row) { return !row.periodo.fim.empty(); });
+            return std::all_of(all.begin(), all.end(),
+                               [](const TRow64& row) { return !row.periodo.fim.empty(); });
         };
         if (isPresent || before != after) {
             CountChange(changes_["64"], !before.empty(), before == after,
@@ -475,8 +487,8 @@ class TMerger {
                                        std::string(is64 ? "_64" : "") + " WHERE TABELA = '" + number + "')";
             const std::string ofTable = " WHERE TABELA = '" + number + "' AND";
             if (is64) {
-                changes_["64"].retirados += Count(database_, "SELECT COUNT(DISTINCT CODIGO) FROM TB_TUSS_64" +
-                                                                 ofTable + absent);
+                changes_["64"].retirados +=
+                    Count(database_, "SELECT COUNT(DISTINCT CODIGO) FROM TB_TUSS_64" + ofTable + absent);
                 database_.exec("DELETE FROM TB_TUSS_64" + ofTable + absent);
                 continue;
             }
@@ -543,7 +555,8 @@ void CreateImportTables(SQLite::Database& database) {
         " FIM TEXT NOT NULL, IMPLANTACAO TEXT NOT NULL, CONSOLIDADO INTEGER NOT NULL,"
         " PRIMARY KEY (CODIGO, INICIO, FIM, IMPLANTACAO, CONSOLIDADO)) WITHOUT ROWID;"
         "CREATE TABLE IF NOT EXISTS TB_TUSS_TERMO (ID INTEGER PRIMARY KEY, TABELA TEXT NOT NULL,"
-        " CODIGO TEXT NOT NULL, TERMO TEXT NOT NULL, UNIQUE (TABELA, CODIGO));"
+        " CODIGO TEXT NOT NULL, DATA_INICIO_VIGENCIA TEXT NOT NULL, TERMO TEXT NOT NULL,"
+        " UNIQUE (TABELA, CODIGO));"
         "CREATE VIRTUAL TABLE IF NOT EXISTS TB_TUSS_BUSCA USING fts5(TERMO, content = 'TB_TUSS_TERMO',"
         " content_rowid = 'ID', detail = none, columnsize = 0, tokenize = 'unicode61 remove_diacritics 2');"
         "CREATE TABLE IF NOT EXISTS TB_CARGA (ARQUIVO TEXT NOT NULL, SHA256 TEXT NOT NULL,"
@@ -556,10 +569,13 @@ void MergeDelivered(SQLite::Database& database, const std::filesystem::path& del
     attach.exec();
     database.exec("INSERT OR IGNORE INTO TB_CIDADE SELECT CODIGO FROM entregue.TB_CIDADE");
     for (const std::string table : {"63", "87"}) {
-        database.exec("INSERT OR IGNORE INTO TB_TUSS_" + table + " SELECT CODIGO, DATA_INICIO_VIGENCIA,"
-                      " DATA_FIM_IMPLANTACAO FROM entregue.TB_TUSS_" + table + " e WHERE NOT EXISTS"
-                      " (SELECT 1 FROM TB_TUSS_INATIVADO i WHERE i.TABELA = '" + table +
-                      "' AND i.CODIGO = e.CODIGO)");
+        database.exec("INSERT OR IGNORE INTO TB_TUSS_" + table +
+                      " SELECT CODIGO, DATA_INICIO_VIGENCIA,"
+                      " DATA_FIM_IMPLANTACAO FROM entregue.TB_TUSS_" +
+                      table +
+                      " e WHERE NOT EXISTS"
+                      " (SELECT 1 FROM TB_TUSS_INATIVADO i WHERE i.TABELA = '" +
+                      table + "' AND i.CODIGO = e.CODIGO)");
     }
     database.exec("DETACH entregue");
 }
@@ -575,7 +591,8 @@ std::int64_t CountWithoutTable(SQLite::Database& database) {
         const std::string number(table);
         sql += " AND NOT EXISTS (SELECT 1 FROM TB_TUSS_" + number +
                " t WHERE t.CODIGO = s.CODIGO) AND NOT EXISTS (SELECT 1 FROM TB_TUSS_INATIVADO i"
-               " WHERE i.TABELA = '" + number + "' AND i.CODIGO = s.CODIGO)";
+               " WHERE i.TABELA = '" +
+               number + "' AND i.CODIGO = s.CODIGO)";
     }
     return Count(database, sql);
 }

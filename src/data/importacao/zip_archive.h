@@ -18,8 +18,8 @@ namespace conferix {
 /// An entry of an archive.
 struct TZipEntry {
     std::uint64_t index = 0;
-    std::string name;           ///< UTF-8; without that mark in the archive it was in code page 850
-    std::uint64_t bytes = 0;    ///< unpacked, as the archive claims
+    std::string name;        ///< UTF-8; without that mark in the archive it was in code page 850
+    std::uint64_t bytes = 0; ///< unpacked, as the archive claims
     std::uint64_t packed = 0;
 };
 

@@ -53,7 +53,7 @@ bool TCampoMonitoramentoValidation::CanConsult(std::string_view table) {
     TTussManager& manager = Context()->Manager();
     if (manager.IsInstalled(table))
         return true;
-    AddNotice(notices_.NotInstalled(manager, table));
+    AddNotice(manager.NotInstalled(table));
     return false;
 }
 
@@ -61,7 +61,7 @@ bool TCampoMonitoramentoValidation::CanConsultCities() {
     TTussManager& manager = Context()->Manager();
     if (manager.AreCitiesInstalled())
         return true;
-    AddNotice(notices_.CitiesNotInstalled(manager));
+    AddNotice(manager.CitiesNotInstalled());
     return false;
 }
 

@@ -61,7 +61,7 @@ class TCampoMonitoramentoValidation : public TGuiaMonitoramentoBaseValidation {
     /// Adds an error at an element whose value a correction replaces; an empty element offers none.
     void AddError(const TGuiaFields& guia, const TXmlField& place, std::string reason,
                   const std::string& correction);
-    /// Whether a TUSS table can be consulted; tells once when it cannot.
+    /// Whether a TUSS table can be consulted; tells once a run when it cannot.
     bool CanConsult(std::string_view table);
     bool CanConsultCities();
 
@@ -71,8 +71,6 @@ class TCampoMonitoramentoValidation : public TGuiaMonitoramentoBaseValidation {
     void AddNotice(const std::optional<std::string>& text);
     /// The three digits of the field.
     std::string Campo() const { return std::string(Name().substr(Name().size() - 3)); }
-
-    TTussNotices notices_;
 };
 
 /// A check under one row of its table of fields.
