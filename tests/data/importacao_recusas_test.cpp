@@ -106,6 +106,7 @@ TEST_F(ImportacaoRecusada, FilesThatAreNoPublication) {
         {Write("cortado.zip", zip.substr(0, zip.size() / 2)), "não é um arquivo ZIP válido"},
         {Write("estragado.zip", damaged), "está danificado"},
         {File("falta.zip"), "o arquivo não existe"},
+        {"/dev/null", "não é um arquivo comum"},
         {File("vazia"), "a pasta não tem nenhum arquivo"},
     };
     for (const auto& c : cases)

@@ -157,8 +157,11 @@ void TPublicationReader::ReadWorkbook(TZipArchive& archive, const TPart& part) {
     bool found = false;
     for (const TSheet& sheet : workbook.Sheets()) {
         const std::string where = PathText(part.shownAs / PathFromText(sheet.name));
-        std::string table = TableInSheetName(sheet.name);
-        TRecognizer recognizer(table.empty() ? part.table : std::move(table));
+        std::string table = TableInTitle(sheet.name);
+        if (table.empty()) {
+            table = part.table.empty() ? TableInSheetName(sheet.name) : part.table;
+        }
+        TRecognizer recognizer(std::move(table));
         workbook.ReadRows(sheet, Handler(recognizer, where), [&](std::uint64_t bytes) {
             sink_.OnProgress(PathText(part.shownAs.filename()),
                              part.from + (part.to - part.from) * Share(done + bytes, total));

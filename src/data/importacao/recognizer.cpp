@@ -182,7 +182,10 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
     constexpr std::size_t kLength64 = 8;
     const bool isCity = result.tabela == kMunicipios;
     const std::size_t length = isCity ? kCityLength : CodeLength(result.tabela);
-    const auto text = CodeInCell(code, result.tabela == "64" ? kLength64 : length);
+    auto text = CodeInCell(code, result.tabela == "64" ? kLength64 : length);
+    if (!text && !IsNone(code) && length == 0 && result.tabela != "64") {
+        text = code.text; // the domain tables have codes of all kinds
+    }
     if (!text) {
         reason = IsNone(code) ? "falta o código" : Quoted(code) + " não é um código";
         return false;

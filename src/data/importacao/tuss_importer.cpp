@@ -100,7 +100,11 @@ class TWorkFolder {
 /// The files that a source stands for, in the order of their names.
 std::vector<fs::path> FilesOf(const fs::path& source) {
     std::error_code error;
-    if (!fs::is_directory(source, error)) {
+    const fs::file_status status = fs::status(source, error);
+    if (!fs::is_directory(status)) {
+        if (fs::exists(status) && !fs::is_regular_file(status)) {
+            throw EPublicacaoInvalida(source, "não é um arquivo comum"); // it is read twice
+        }
         return {source};
     }
     std::vector<fs::path> files;
