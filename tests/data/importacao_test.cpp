@@ -252,11 +252,14 @@ TEST_F(Importacao, GivesOneResultInAnyOrderAndTogether) {
 }
 
 TEST_F(Importacao, ForgetsOnlyWhenToldToReplace) {
-    Import({Write("Tabela 22.csv",
-                  kHeader + "10101012;Velho;13/02/2009;;\n10101020;Domicílio;13/02/2009;31/12/2020;\n"),
-            Write("TUSS 64.csv",
-                  "Terminologia;Código TUSS;Forma de envio\n22;1;Consolidado\n18;1;Consolidado\n"),
-            Write("Tabela 18.csv", "Código do Termo;Termo\n60000015;A\n")});
+    Import(
+        {Write("Tabela 22.csv",
+               kHeader + "10101012;Velho;13/02/2009;;\n10101020;Domicílio;13/02/2009;31/12/2020;\n"),
+         Write("TUSS 64.csv",
+               "Terminologia;Código TUSS;Forma de envio\n22;1;Consolidado\n18;1;Consolidado\n"),
+         Write("Histórico.txt", "Competência;Código da terminologia;Código do Termo;Termo\n"
+                                "Julho/2021;64;10101012;Consolidado\nJulho/2021;64;60000015;Consolidado\n"),
+         Write("Tabela 18.csv", "Código do Termo;Termo\n60000015;A\n")});
     const TImportReport report =
         Import({Write("Tabela 22.csv",
                       kHeader + "10101012;A nova;01/01/2020;;\n10101039;Pronto socorro;01/01/2020;;\n"),
@@ -265,10 +268,11 @@ TEST_F(Importacao, ForgetsOnlyWhenToldToReplace) {
     EXPECT_THAT(Dump(),
                 ElementsAre("TUSS_18|60000015|~|~", "TUSS_22|10101012|2020-01-01|~",
                             "TUSS_22|10101039|2020-01-01|~", "TUSS_64|18|1|1|~|~|~|~",
-                            "TUSS_64|22|2|1|~|~|~|~", "TUSS_TERMO|18|60000015|A",
+                            "TUSS_64|18|60000015|1|~|~|~|~", "TUSS_64|22|2|1|~|~|~|~",
+                            "TUSS_64_SEM_TABELA|60000015||||1", "TUSS_TERMO|18|60000015|A",
                             "TUSS_TERMO|22|10101012|A nova", "TUSS_TERMO|22|10101039|Pronto socorro"));
     EXPECT_EQ(report.tabelas.at("22"), (TTableChanges{1, 1, 0, 0, 1}));
-    EXPECT_EQ(report.tabelas.at("64"), (TTableChanges{1, 0, 0, 0, 1}));
+    EXPECT_EQ(report.tabelas.at("64"), (TTableChanges{1, 0, 0, 0, 2}));
     const TTussBusca search(Database());
     const auto any = [](const TTermoEncontrado&) { return true; };
     EXPECT_THAT(search.Search("velho", "", any, 20), IsEmpty());

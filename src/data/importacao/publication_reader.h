@@ -59,8 +59,8 @@ class TPublicationReader {
 
     void ReadFile(const std::filesystem::path& file, const TPart& part);
     void ReadZip(const std::filesystem::path& file, const TPart& part);
-    void ReadPackage(class TZipArchive& archive, const TPart& part);
-    void ReadWorkbook(class TZipArchive& archive, const TPart& part);
+    void ReadPackage(TZipArchive& archive, const TPart& part);
+    void ReadWorkbook(TZipArchive& archive, const TPart& part);
     void ReadStream(IByteSource& source, std::uint64_t bytes, const TPart& part);
     TRowHandler Handler(TRecognizer& recognizer, std::string where);
 

@@ -385,24 +385,25 @@ class TMerger {
 
     /// Gives rows of table 64 without a table those in which their code is a term, now or in a later import.
     void AssignTables64() {
-        if (Replaces("64/")) {
-            database_.exec("DELETE FROM TB_TUSS_64_SEM_TABELA");
-        }
-        const std::string columns = "CODIGO, INICIO, FIM, IMPLANTACAO, CONSOLIDADO";
-        const auto assign = [&](const std::string& from, const std::string& isPresent) {
-            for (const std::string_view table : kTablesOf64) {
-                const std::string number(table);
+        for (const std::string_view table : kTablesOf64) {
+            const std::string number(table);
+            const std::string isTerm = " EXISTS (SELECT 1 FROM " + std::string(TussTableName(table)) +
+                                       " t WHERE t.CODIGO = s.CODIGO) OR EXISTS (SELECT 1 FROM"
+                                       " TB_TUSS_INATIVADO i WHERE i.TABELA = '" +
+                                       number + "' AND i.CODIGO = s.CODIGO)";
+            const auto assign = [&](const std::string& from, const std::string& isPresent) {
                 database_.exec("INSERT INTO carga.LINHA_64 SELECT '" + number +
                                "', CODIGO, INICIO, FIM, IMPLANTACAO, CONSOLIDADO, '', " + isPresent +
-                               " FROM " + from + " s WHERE EXISTS (SELECT 1 FROM " +
-                               std::string(TussTableName(table)) +
-                               " t WHERE t.CODIGO = s.CODIGO) OR EXISTS (SELECT 1 FROM TB_TUSS_INATIVADO i"
-                               " WHERE i.TABELA = '" +
-                               number + "' AND i.CODIGO = s.CODIGO)");
+                               " FROM " + from + " s WHERE" + isTerm);
+            };
+            assign("carga.LINHA_64_SEM_TABELA", "1");
+            if (Replaces("64/" + number)) {
+                database_.exec("DELETE FROM TB_TUSS_64_SEM_TABELA AS s WHERE" + isTerm);
+            } else {
+                assign("TB_TUSS_64_SEM_TABELA", "0");
             }
-        };
-        assign("carga.LINHA_64_SEM_TABELA", "1");
-        assign("TB_TUSS_64_SEM_TABELA", "0");
+        }
+        const std::string columns = "CODIGO, INICIO, FIM, IMPLANTACAO, CONSOLIDADO";
         database_.exec("INSERT OR IGNORE INTO TB_TUSS_64_SEM_TABELA (" + columns + ") SELECT " + columns +
                        " FROM carga.LINHA_64_SEM_TABELA");
     }
