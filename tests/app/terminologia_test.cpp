@@ -112,7 +112,7 @@ TEST_F(CliTerminologia, ShowsImportsWarnsOfOldOnesAndGoesBack) {
     EXPECT_EQ(import.Status, kExitValid);
     EXPECT_THAT(import.Out, HasSubstr("linha 3: \"errada\" não é um código"));
     const TResult state = Terminologia({"estado"});
-    EXPECT_THAT(state.Out, AllOf(HasSubstr("1 linhas  Tabela 22.csv"), HasSubstr(File("dados/tuss.db"))));
+    EXPECT_THAT(state.Out, AllOf(HasSubstr("1 linha  Tabela 22.csv"), HasSubstr(File("dados/tuss.db"))));
     EXPECT_THAT(state.Err, IsEmpty());
     {
         SQLite::Database database(File("dados/tuss.db"), SQLite::OPEN_READWRITE);

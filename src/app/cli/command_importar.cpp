@@ -179,7 +179,8 @@ void WriteImports(std::ostream& out, const std::vector<TCarga>& imports) {
     const TFormatSettings formats = TFormatSettings::Regional();
     for (const TCarga& import : imports)
         out << fmt::format(
-            "  {:<10} {}  {} linhas{}  {}\n", import.tabela, import.data, formats.Count(import.linhas),
+            "  {:<10} {}  {} {}{}  {}\n", import.tabela, import.data, formats.Count(import.linhas),
+            import.linhas == 1 ? "linha" : "linhas",
             import.inicioMaisRecente.empty() ? "" : ", início mais recente " + import.inicioMaisRecente,
             import.arquivo);
 }
