@@ -175,6 +175,7 @@ TEST_F(Importacao, TellsTheLinesThatItDoesNotUnderstand) {
                              "10101020;\"duas\nlinhas\";;;\nFonte: ANS;;;;\n10101047;A;;45000,5;\n" +
                              kHeader)});
     std::vector<std::string> lines;
+    lines.reserve(report.naoEntendidas.size());
     for (const TLinhaNaoEntendida& line : report.naoEntendidas)
         lines.push_back(std::to_string(line.linha) + ": " + line.motivo);
     EXPECT_THAT(lines, ElementsAre("4: o código \"1010101\" não tem 8 dígitos", "5: falta o código",
@@ -319,6 +320,7 @@ TEST_F(Importacao, FindsTermsByWordsAndNearCodes) {
     const TTussBusca search(Database());
     const auto codes = [](const std::vector<TTermoEncontrado>& terms) {
         std::vector<std::string> found;
+        found.reserve(terms.size());
         for (const TTermoEncontrado& term : terms)
             found.push_back(term.tabela + " " + term.codigo);
         return found;
@@ -388,6 +390,7 @@ TEST_F(Importacao, PublishedFilesGiveTheCountsOfAHandCount) {
         {"ibge/municipios.csv", "municípios=5571/5571/0"},
     };
     std::vector<fs::path> files;
+    files.reserve(std::size(cases));
     for (const auto& c : cases) {
         Forget();
         files.push_back(*published / c.File);

@@ -111,9 +111,9 @@ void TPublicationReader::ReadPackage(TZipArchive& archive, const TPart& part) {
     std::uint64_t done = 0;
     for (const TZipEntry& entry : entries) {
         const fs::path name = PathFromText(entry.name);
-        std::string table = TableInTitle(PathText(name.filename()));
+        const std::string table = TableInTitle(PathText(name.filename()));
         const double size = part.to - part.from;
-        const TPart inner{part.shownAs / name, table.empty() ? part.table : std::move(table),
+        const TPart inner{part.shownAs / name, table.empty() ? part.table : table,
                           part.from + size * Share(done, total),
                           part.from + size * Share(done + entry.packed, total), part.depth + 1};
         const std::string ending = Ending(name);

@@ -4,6 +4,7 @@
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Statement.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
@@ -171,7 +172,7 @@ struct TRow64 {
     bool operator==(const TRow64&) const = default;
 };
 
-std::vector<TRow64> MergeRows64(std::vector<TRow64> rows) {
+std::vector<TRow64> MergeRows64(const std::vector<TRow64>& rows) {
     std::vector<TPeriodo> periods;
     periods.reserve(rows.size());
     for (const TRow64& row : rows) {
@@ -270,7 +271,7 @@ class TMerger {
             }
             periods.push_back({rows.Text(2), rows.Text(3), rows.Text(4)});
             if (TDescription said(rows.Text(2), rows.Text(5)); !said.second.empty()) {
-                text = std::max(text, std::move(said));
+                text = std::max(text, said);
             }
             Progress();
         }
@@ -386,21 +387,20 @@ class TMerger {
     /// Gives rows of table 64 without a table those in which their code is a term, now or in a later import.
     void AssignTables64() {
         for (const std::string_view table : kTablesOf64) {
-            const std::string number(table);
-            const std::string isTerm = " EXISTS (SELECT 1 FROM " + std::string(TussTableName(table)) +
-                                       " t WHERE t.CODIGO = s.CODIGO) OR EXISTS (SELECT 1 FROM"
-                                       " TB_TUSS_INATIVADO i WHERE i.TABELA = '" +
-                                       number + "' AND i.CODIGO = s.CODIGO)";
-            const auto assign = [&](const std::string& from, const std::string& isPresent) {
-                database_.exec("INSERT INTO carga.LINHA_64 SELECT '" + number +
-                               "', CODIGO, INICIO, FIM, IMPLANTACAO, CONSOLIDADO, '', " + isPresent +
-                               " FROM " + from + " s WHERE" + isTerm);
+            const std::string isTerm =
+                fmt::format(" EXISTS (SELECT 1 FROM {} t WHERE t.CODIGO = s.CODIGO) OR EXISTS (SELECT 1 FROM"
+                            " TB_TUSS_INATIVADO i WHERE i.TABELA = '{}' AND i.CODIGO = s.CODIGO)",
+                            TussTableName(table), table);
+            const auto assign = [&](std::string_view from, int isPresent) {
+                database_.exec(fmt::format("INSERT INTO carga.LINHA_64 SELECT '{}', CODIGO, INICIO, FIM,"
+                                           " IMPLANTACAO, CONSOLIDADO, '', {} FROM {} s WHERE{}",
+                                           table, isPresent, from, isTerm));
             };
-            assign("carga.LINHA_64_SEM_TABELA", "1");
-            if (Replaces("64/" + number)) {
+            assign("carga.LINHA_64_SEM_TABELA", 1);
+            if (Replaces(fmt::format("64/{}", table))) {
                 database_.exec("DELETE FROM TB_TUSS_64_SEM_TABELA AS s WHERE" + isTerm);
             } else {
-                assign("TB_TUSS_64_SEM_TABELA", "0");
+                assign("TB_TUSS_64_SEM_TABELA", 0);
             }
         }
         const std::string columns = "CODIGO, INICIO, FIM, IMPLANTACAO, CONSOLIDADO";
@@ -449,7 +449,7 @@ class TMerger {
         if (!Replaces("64/" + table)) {
             rows.insert(rows.end(), before.begin(), before.end());
         }
-        const std::vector<TRow64> after = MergeRows64(std::move(rows));
+        const std::vector<TRow64> after = MergeRows64(rows);
         if (before != after) {
             if (!before.empty()) {
                 remove64_.With(table, code).Run();
@@ -484,9 +484,10 @@ class TMerger {
             if (table == kMunicipios || number.size() != 2) {
                 continue;
             }
-            const std::string absent = " CODIGO NOT IN (SELECT CODIGO FROM carga.LINHA" +
-                                       std::string(is64 ? "_64" : "") + " WHERE TABELA = '" + number + "')";
-            const std::string ofTable = " WHERE TABELA = '" + number + "' AND";
+            const std::string absent =
+                fmt::format(" CODIGO NOT IN (SELECT CODIGO FROM carga.LINHA{} WHERE TABELA = '{}')",
+                            is64 ? "_64" : "", number);
+            const std::string ofTable = fmt::format(" WHERE TABELA = '{}' AND", number);
             if (is64) {
                 changes_["64"].retirados +=
                     Count(database_, "SELECT COUNT(DISTINCT CODIGO) FROM TB_TUSS_64" + ofTable + absent);
@@ -496,7 +497,7 @@ class TMerger {
             const std::string inactivated = "TB_TUSS_INATIVADO" + ofTable + absent;
             std::string known = "SELECT CODIGO FROM " + inactivated;
             if (IsTermTable(number)) {
-                const std::string terms = std::string(TussTableName(number)) + " WHERE" + absent;
+                const std::string terms = fmt::format("{} WHERE{}", TussTableName(number), absent);
                 known += " UNION SELECT CODIGO FROM " + terms;
                 changes_[number].retirados += Count(database_, "SELECT COUNT(*) FROM (" + known + ")");
                 database_.exec("DELETE FROM " + terms);
@@ -569,14 +570,12 @@ void MergeDelivered(SQLite::Database& database, const std::filesystem::path& del
     attach.bind(1, PathText(delivered));
     attach.exec();
     database.exec("INSERT OR IGNORE INTO TB_CIDADE SELECT CODIGO FROM entregue.TB_CIDADE");
-    for (const std::string table : {"63", "87"}) {
-        database.exec("INSERT OR IGNORE INTO TB_TUSS_" + table +
-                      " SELECT CODIGO, DATA_INICIO_VIGENCIA,"
-                      " DATA_FIM_IMPLANTACAO FROM entregue.TB_TUSS_" +
-                      table +
-                      " e WHERE NOT EXISTS"
-                      " (SELECT 1 FROM TB_TUSS_INATIVADO i WHERE i.TABELA = '" +
-                      table + "' AND i.CODIGO = e.CODIGO)");
+    for (const std::string_view table : {"63", "87"}) {
+        database.exec(fmt::format(
+            "INSERT OR IGNORE INTO TB_TUSS_{0} SELECT CODIGO, DATA_INICIO_VIGENCIA, DATA_FIM_IMPLANTACAO"
+            " FROM entregue.TB_TUSS_{0} e WHERE NOT EXISTS (SELECT 1 FROM TB_TUSS_INATIVADO i"
+            " WHERE i.TABELA = '{0}' AND i.CODIGO = e.CODIGO)",
+            table));
     }
     database.exec("DETACH entregue");
 }
@@ -589,11 +588,10 @@ TChanges MergeLoaded(SQLite::Database& database, const TLoadArea& loaded, bool r
 std::int64_t CountWithoutTable(SQLite::Database& database) {
     std::string sql = "SELECT COUNT(DISTINCT CODIGO) FROM TB_TUSS_64_SEM_TABELA s WHERE 1";
     for (const std::string_view table : kTablesOf64) {
-        const std::string number(table);
-        sql += " AND NOT EXISTS (SELECT 1 FROM TB_TUSS_" + number +
-               " t WHERE t.CODIGO = s.CODIGO) AND NOT EXISTS (SELECT 1 FROM TB_TUSS_INATIVADO i"
-               " WHERE i.TABELA = '" +
-               number + "' AND i.CODIGO = s.CODIGO)";
+        sql +=
+            fmt::format(" AND NOT EXISTS (SELECT 1 FROM {} t WHERE t.CODIGO = s.CODIGO) AND NOT EXISTS"
+                        " (SELECT 1 FROM TB_TUSS_INATIVADO i WHERE i.TABELA = '{}' AND i.CODIGO = s.CODIGO)",
+                        TussTableName(table), table);
     }
     return Count(database, sql);
 }
