@@ -15,13 +15,13 @@ fs::path NamedByEnvironment() {
 }
 
 fs::path DefaultFileName() {
-    const fs::path named = NamedByEnvironment();
+    fs::path named = NamedByEnvironment();
     if (!named.empty()) {
         return named;
     }
     std::error_code ignored;
     try {
-        const fs::path imported = TDatabaseTuss::ImportedFileName();
+        fs::path imported = TDatabaseTuss::ImportedFileName();
         if (fs::exists(imported, ignored)) {
             return imported;
         }

@@ -61,7 +61,8 @@ class TUtf8Source : public IByteSource {
             }
             UErrorCode status = U_ZERO_ERROR;
             ucnv_convertEx(to_.get(), from_.get(), &target, end, &next_, limit_, pivot_.data(), &pivotSource_,
-                           &pivotTarget_, pivot_.data() + pivot_.size(), false, ended_, &status);
+                           &pivotTarget_, pivot_.data() + pivot_.size(), false,
+                           static_cast<UBool>(ended_ ? 1 : 0), &status);
             if (U_FAILURE(status) && status != U_BUFFER_OVERFLOW_ERROR) {
                 throw EPublicacaoInvalida(name_, "o texto não pôde ser decodificado");
             }

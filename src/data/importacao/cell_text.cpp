@@ -21,7 +21,7 @@ bool AllDigits(std::string_view text) {
     return !text.empty() && text.find_first_not_of(kDigits) == std::string_view::npos;
 }
 
-std::string WithLeadingZeros(std::string text, std::size_t digits) {
+std::string WithLeadingZeros(const std::string& text, std::size_t digits) {
     return text.size() < digits ? std::string(digits - text.size(), '0') + text : text;
 }
 
