@@ -487,27 +487,30 @@ class TMerger {
             const std::string absent =
                 fmt::format(" CODIGO NOT IN (SELECT CODIGO FROM carga.LINHA{} WHERE TABELA = '{}')",
                             is64 ? "_64" : "", number);
-            const std::string ofTable = fmt::format(" WHERE TABELA = '{}' AND", number);
+            const std::string where = fmt::format(" WHERE TABELA = '{}' AND{}", number, absent);
             if (is64) {
                 changes_["64"].retirados +=
-                    Count(database_, "SELECT COUNT(DISTINCT CODIGO) FROM TB_TUSS_64" + ofTable + absent);
-                database_.exec("DELETE FROM TB_TUSS_64" + ofTable + absent);
+                    Count(database_, fmt::format("SELECT COUNT(DISTINCT CODIGO) FROM TB_TUSS_64{}", where));
+                database_.exec(fmt::format("DELETE FROM TB_TUSS_64{}", where));
                 continue;
             }
-            const std::string inactivated = "TB_TUSS_INATIVADO" + ofTable + absent;
-            std::string known = "SELECT CODIGO FROM " + inactivated;
-            if (IsTermTable(number)) {
-                const std::string terms = fmt::format("{} WHERE{}", TussTableName(number), absent);
-                known += " UNION SELECT CODIGO FROM " + terms;
-                changes_[number].retirados += Count(database_, "SELECT COUNT(*) FROM (" + known + ")");
-                database_.exec("DELETE FROM " + terms);
-                RemoveDescriptions(ofTable + absent);
-            } else if (const std::int64_t count = Count(database_, "SELECT COUNT(*) FROM (" + known + ")");
-                       count > 0) {
+            std::string known = fmt::format("SELECT CODIGO FROM TB_TUSS_INATIVADO{}", where);
+            const bool isStored = IsTermTable(number);
+            const std::string terms =
+                isStored ? fmt::format("{} WHERE{}", TussTableName(number), absent) : std::string();
+            if (isStored) {
+                known += fmt::format(" UNION SELECT CODIGO FROM {}", terms);
+            }
+            if (const std::int64_t count = Count(database_, fmt::format("SELECT COUNT(*) FROM ({})", known));
+                count > 0) {
                 changes_[number].retirados += count;
             }
-            database_.exec("DELETE FROM " + inactivated);
-            database_.exec("DELETE FROM TB_TUSS_PERIODO" + ofTable + absent);
+            if (isStored) {
+                database_.exec(fmt::format("DELETE FROM {}", terms));
+                RemoveDescriptions(where);
+            }
+            database_.exec(fmt::format("DELETE FROM TB_TUSS_INATIVADO{}", where));
+            database_.exec(fmt::format("DELETE FROM TB_TUSS_PERIODO{}", where));
         }
     }
 
