@@ -7,6 +7,7 @@
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"
+#include "xml/xml_parser.h"
 #include "xml/xml_writer.h"
 
 #include <fmt/format.h>
@@ -32,12 +33,20 @@ TXmlNode* HashNodeOf(const IArquivoTiss& arquivo) {
     return hash != nullptr && hash->FirstChildTag() == nullptr ? hash : nullptr;
 }
 
+/// The hash of the text that a tree is written as: where elements were removed beside text, the layout that
+/// stays in the text may count.
+std::string HashOfWritten(const TXmlDocument& document) {
+    const TXmlParseResult written = TXmlParser::Parse(WriteXml(document));
+    return THashCalculator::Calculate(written.Document != nullptr ? *written.Document : document,
+                                      THashEncoding::Iso88591);
+}
+
 void RenewHash(const IArquivoTiss& arquivo, TConversionRun& run) {
     TXmlNode* hash = HashNodeOf(arquivo);
     if (hash == nullptr)
         return; // the schema tells of it
     const std::string before = hash->TextWithCData();
-    const std::string computed = THashCalculator::Calculate(*arquivo.Xml(), THashEncoding::Iso88591);
+    const std::string computed = HashOfWritten(*arquivo.Xml());
     if (computed == before)
         return;
     hash->SetValue(computed);
@@ -52,9 +61,10 @@ class TToldFaults {
             if (note.Tipo == TNote::ntPendencia)
                 told_.emplace(note.No, note.Elemento.substr(note.Elemento.rfind('/') + 1));
     }
-    bool Contains(const TSchemaFault& fault, const TXmlNode& missingFrom) const {
-        if (fault.Code == TSchemaFaultCode::MissingElement)
-            return told_.contains({&missingFrom, fault.Name});
+    bool ContainsMissing(const TXmlNode& parent, const std::string& name) const {
+        return told_.contains({&parent, name});
+    }
+    bool ContainsValue(const TSchemaFault& fault) const {
         const bool value = fault.Code >= TSchemaFaultCode::EmptyValue && fault.Attribute == nullptr;
         return value && told_.contains({fault.Node, fault.Name});
     }
@@ -62,6 +72,20 @@ class TToldFaults {
   private:
     std::set<std::pair<const TXmlNode*, std::string>> told_;
 };
+
+/// The elements that a fault says are missing; none for a fault of another kind.
+std::vector<std::string> MissingOf(const TSchemaFault& fault) {
+    if (fault.Code == TSchemaFaultCode::MissingElement)
+        return {fault.Name};
+    return fault.Code == TSchemaFaultCode::MissingSeveral ? fault.Expected : std::vector<std::string>();
+}
+
+/// The sentence for one of the elements that a fault says are missing.
+std::string SentenceOfMissing(TSchemaFault fault, const std::string& name) {
+    fault.Code = TSchemaFaultCode::MissingElement;
+    fault.Name = name;
+    return TSchemaMessages::Sentence(fault);
+}
 
 /// Adds what the schema finds in the result and nobody has told; answers whether it finds nothing.
 bool CheckSchema(const IArquivoTiss& arquivo, const TSchemaFolder& schemas, TConversionRun& run) {
@@ -74,14 +98,13 @@ bool CheckSchema(const IArquivoTiss& arquivo, const TSchemaFolder& schemas, TCon
     const std::vector<TSchemaFault> faults = TSchemaValidator(*schema).Validate(*arquivo.Xml());
     const TToldFaults told(run.Notes());
     for (const TSchemaFault& fault : faults) {
-        const bool missing = fault.Code == TSchemaFaultCode::MissingElement;
+        const std::vector<std::string> missing = MissingOf(fault);
         const TXmlNode& parent =
-            !missing || fault.Node->LocalName() == fault.Parent ? *fault.Node : *fault.Node->Parent();
-        if (told.Contains(fault, parent))
-            continue;
-        if (missing)
-            run.AddBelow(TNote::ntPendencia, parent, fault.Name, {}, TSchemaMessages::Sentence(fault));
-        else
+            missing.empty() || fault.Node->LocalName() == fault.Parent ? *fault.Node : *fault.Node->Parent();
+        for (const std::string& name : missing)
+            if (!told.ContainsMissing(parent, name))
+                run.AddBelow(TNote::ntPendencia, parent, name, {}, SentenceOfMissing(fault, name));
+        if (missing.empty() && !told.ContainsValue(fault))
             run.Add(TNote::ntPendencia, *fault.Node, TSchemaMessages::Sentence(fault));
     }
     return faults.empty();

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <set>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -295,7 +296,11 @@ TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>
 void TValidadorController::Post(TValidateArgs result, const std::vector<std::string>& enabledValidations) {
     TMessageFilter filter(enabledValidations);
     bool failed = false;
+    std::set<std::string_view> toldOfRun;
     for (const auto& message : result.AllMessages) {
+        if (message->Kind() == TFindingKind::Run && !filter.Hidden(*message) &&
+            !toldOfRun.insert(message->Reason()).second)
+            continue;
         if (filter.Hidden(*message)) {
             result.HiddenMessages.push_back(message);
         } else if (message->MsgType() != TMessageType::mtSuccess) {

@@ -8,12 +8,20 @@
 
 namespace conferix {
 
-/// The terminology database file delivered with the program.
+/// The terminology database file in use.
 class TDatabaseTuss {
   public:
-    /// `file` where one is given; else the file that CONFERIX_TUSS names; else "tuss.db" beside the
-    /// executable.
+    /// `file` where one is given; else the file that CONFERIX_TUSS names; else the imported one, if there
+    /// is one; else the delivered one.
     explicit TDatabaseTuss(const std::filesystem::path& file = {});
+
+    /// "tuss.db" beside the executable, which is never written to.
+    static std::filesystem::path DeliveredFileName();
+    /// "tuss.db" in the data folder, which imports write. Raises EPastaDeDadosDesconhecida.
+    static std::filesystem::path ImportedFileName();
+    /// The file that an import writes: `file` where one is given, else the one that CONFERIX_TUSS names,
+    /// else the imported one.
+    static std::filesystem::path ImportTarget(const std::filesystem::path& file = {});
 
     const std::filesystem::path& DatabaseFileName() const { return fileName_; }
 

@@ -51,7 +51,9 @@ void TGuiaTissValidation::AddSuccess(std::string_view reason, const TXmlNode* at
 }
 
 void TGuiaTissValidation::AddWarn(std::string reason, const TXmlNode* at) {
-    AddMessage(NewMessage(this, TMessageType::mtWarning, numeroGuia_, std::move(reason), at));
+    const auto message = NewMessage(this, TMessageType::mtWarning, numeroGuia_, std::move(reason), at);
+    message->SetKind(TFindingKind::Run);
+    AddMessage(message);
 }
 
 void TGuiaTissValidation::AddError(std::string reason, const TXmlNode* at) {

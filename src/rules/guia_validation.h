@@ -44,6 +44,7 @@ class TGuiaTissValidation : public TValidation {
     void StartGuia(const IGuiaTiss& guia);
     // `at`: the element that was judged; null gives a message without position.
     void AddSuccess(std::string_view reason, const TXmlNode* at = nullptr);
+    /// A warning about the run, at the first element that it concerns.
     void AddWarn(std::string reason, const TXmlNode* at);
     void AddError(std::string reason, const TXmlNode* at);
     /// Judges an amount, where it is present: not negative, and without fractions of a cent.

@@ -66,7 +66,9 @@ std::optional<std::string> TTussNotices::TellOnce(std::string table) {
     if (!isNew)
         return std::nullopt;
     return fmt::format(
-        "A tabela {} da TUSS não está instalada; os códigos dessa tabela não foram verificados.", *told);
+        "A tabela {} da TUSS não está instalada; os códigos dessa tabela não foram verificados. Importe a "
+        "publicação da ANS: conferix terminologia importar ARQUIVO.",
+        *told);
 }
 
 std::optional<std::string> TTussNotices::CitiesNotInstalled(const TTussManager& manager) {

@@ -547,6 +547,22 @@ void WriteFileAtomically(const fs::path& file, std::string_view bytes) {
     }
 }
 
+void ReplaceFileBy(const fs::path& file, const fs::path& finished) {
+    try {
+        const fs::path target = FollowLinks(file);
+        const bool replaces = fs::exists(target);
+        if (replaces) {
+            CheckWritable(target);
+        }
+        TDescriptor descriptor(OpenForWriting(finished));
+        descriptor.Flush();
+        descriptor.Close();
+        Rename(finished, target, replaces);
+    } catch (const std::system_error& failure) {
+        throw EArquivoNaoGravado(file, ReasonText(failure.code()));
+    }
+}
+
 bool IsTerminal(std::FILE* stream) {
 #if defined(_WIN32)
     return _isatty(_fileno(stream)) != 0;

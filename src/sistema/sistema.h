@@ -92,6 +92,11 @@ std::string ReadWholeFile(const std::filesystem::path& file, std::uintmax_t limi
 /// the old file is untouched and nothing is left beside it.
 void WriteFileAtomically(const std::filesystem::path& file, std::string_view bytes);
 
+/// Puts a finished file, flushed to disk, in the place of another in the same folder, which keeps its name;
+/// who has the old one open goes on reading that. A symbolic link stays and its target is replaced. Raises
+/// EArquivoNaoGravado, after which the old file is untouched.
+void ReplaceFileBy(const std::filesystem::path& file, const std::filesystem::path& finished);
+
 /// Whether a stream is an interactive terminal.
 bool IsTerminal(std::FILE* stream);
 

@@ -380,12 +380,13 @@ TEST_F(Corrigir, TheTerminologyTellsItsVerdictOnACode) {
          kExitUnreadable,
          {{"resultado", nullptr},
           {"mensagem", "A tabela 18 da TUSS não está instalada; os códigos dessa tabela não foram "
-                       "verificados."}}},
+                       "verificados. Importe a publicação da ANS: conferix terminologia importar ARQUIVO."}}},
         {{"--tabela", "18", "--codigo", "1", "--data", "2024-01-01", "--consolidado"},
          kExitUnreadable,
          {{"resultado", nullptr},
           {"mensagem", "A tabela 64 (termos da tabela 18) da TUSS não está instalada; os códigos dessa "
-                       "tabela não foram verificados."}}},
+                       "tabela não foram verificados. Importe a publicação da ANS: conferix terminologia "
+                       "importar ARQUIVO."}}},
     };
     for (const auto& c : cases) {
         std::vector<std::string> words = c.Words;

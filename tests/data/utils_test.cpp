@@ -98,12 +98,19 @@ TEST(Constantes, CreatesTheFoldersThatAreMissing) {
     EXPECT_THROW(TConstantes::ValidadorDirectory(), EPastaNaoCriada);
 }
 
-TEST(DatabaseTuss, IsTheFileGivenOrNamedOrBesideTheProgram) {
+TEST(DatabaseTuss, IsTheFileGivenOrNamedOrImportedOrBesideTheProgram) {
+    const TPastaTemporaria folder;
+    const TAmbiente data("CONFERIX_DADOS", folder.Path().string());
     const TAmbiente none("CONFERIX_TUSS", {});
     EXPECT_EQ(TDatabaseTuss().DatabaseFileName(), ExecutablePath().parent_path() / "tuss.db");
+    testes::Gravar(folder / "tuss.db", "importada");
+    EXPECT_EQ(TDatabaseTuss().DatabaseFileName(), folder / "tuss.db");
+    EXPECT_EQ(TDatabaseTuss::ImportTarget(), folder / "tuss.db");
     const TAmbiente named("CONFERIX_TUSS", "/outra/base.db");
     EXPECT_EQ(TDatabaseTuss().DatabaseFileName(), "/outra/base.db");
+    EXPECT_EQ(TDatabaseTuss::ImportTarget(), "/outra/base.db");
     EXPECT_EQ(TDatabaseTuss("minha.db").DatabaseFileName(), "minha.db");
+    EXPECT_EQ(TDatabaseTuss::ImportTarget("minha.db"), "minha.db");
 }
 
 TEST(DBConnectionFactory, HandsOutConnectionsOfItsSource) {

@@ -2,10 +2,10 @@
 #include "app/cli/cli.h"
 #include "suporte/lote_pequeno.h"
 #include "suporte/suporte.h"
+#include "suporte/zip_de_teste.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
-#include <zip.h>
 
 #include <map>
 #include <sstream>
@@ -18,27 +18,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
-
-struct TEntrada {
-    std::string Nome;
-    std::string Conteudo;
-    bool Atalho = false;
-};
-
-/// Writes a ZIP file; names go in byte by byte.
-void WriteZip(const std::filesystem::path& file, const std::vector<TEntrada>& entries) {
-    zip_t* archive = zip_open(file.c_str(), ZIP_CREATE | ZIP_TRUNCATE, nullptr);
-    ASSERT_NE(archive, nullptr);
-    for (const TEntrada& entry : entries) {
-        zip_source_t* source = zip_source_buffer(archive, entry.Conteudo.data(), entry.Conteudo.size(), 0);
-        const zip_int64_t index = zip_file_add(archive, entry.Nome.c_str(), source, ZIP_FL_ENC_CP437);
-        ASSERT_GE(index, 0);
-        if (entry.Atalho)
-            zip_file_set_external_attributes(archive, static_cast<zip_uint64_t>(index), 0, ZIP_OPSYS_UNIX,
-                                             0120777U << 16U);
-    }
-    ASSERT_EQ(zip_close(archive), 0);
-}
 
 class ComandosDeSchemas : public testing::Test {
   protected:

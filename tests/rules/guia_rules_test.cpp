@@ -298,7 +298,8 @@ TEST(CodeRules, JudgeCodesOfTheTerminologyTables) {
         {"2021-01-01",
          "18",
          "333",
-         {"aviso: A tabela 18 da TUSS não está instalada; os códigos dessa tabela não foram verificados."}},
+         {"aviso: A tabela 18 da TUSS não está instalada; os códigos dessa tabela não foram verificados. "
+          "Importe a publicação da ANS: conferix terminologia importar ARQUIVO."}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(fmt::format("{} {} {}", c.Date, c.Table, c.Code));
@@ -340,7 +341,7 @@ TEST(CodeRules, WarnOnceOfATableThatIsNotInstalled) {
     EXPECT_THAT(
         Achados("3.05.00", guide + " " + guide, "codigo"),
         ElementsAre("aviso: A tabela 22 da TUSS não está instalada; os códigos dessa tabela não foram "
-                    "verificados.",
+                    "verificados. Importe a publicação da ANS: conferix terminologia importar ARQUIVO.",
                     "ok: Não há despesas na guia.", "ok: Não há despesas na guia."));
 }
 

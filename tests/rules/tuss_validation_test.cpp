@@ -157,13 +157,15 @@ TEST(TussTables, NotInstalledAreToldOnceARule) {
     EXPECT_EQ(notices.NotInstalled(manager, "22"), std::nullopt);
     EXPECT_EQ(notices.NotInstalled(manager, "19"), std::nullopt) << "inactivated terms only";
     EXPECT_EQ(notices.NotInstalled(manager, "18"),
-              "A tabela 18 da TUSS não está instalada; os códigos dessa tabela não foram verificados.");
+              "A tabela 18 da TUSS não está instalada; os códigos dessa tabela não foram verificados. "
+              "Importe a publicação da ANS: conferix terminologia importar ARQUIVO.");
     EXPECT_EQ(notices.NotInstalled(manager, "18"), std::nullopt);
     EXPECT_EQ(notices.Table64NotInstalled(manager, "22"), std::nullopt);
     for (const std::string table : {"18", "20"})
         EXPECT_EQ(notices.Table64NotInstalled(manager, table),
                   "A tabela 64 (termos da tabela " + table +
-                      ") da TUSS não está instalada; os códigos dessa tabela não foram verificados.");
+                      ") da TUSS não está instalada; os códigos dessa tabela não foram verificados. Importe "
+                      "a publicação da ANS: conferix terminologia importar ARQUIVO.");
     EXPECT_EQ(notices.Table64NotInstalled(manager, "18"), std::nullopt);
     EXPECT_NE(TTussNotices().NotInstalled(manager, "18"), std::nullopt);
     EXPECT_EQ(notices.CitiesNotInstalled(manager), std::nullopt);

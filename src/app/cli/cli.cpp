@@ -278,6 +278,26 @@ class TCommandLine {
         query->add_flag("--consolidado", consultar_.Consolidado,
                         "Consulta a forma de envio na tabela de domínio 64");
         OnParsed(query, {}, [this] { return RunTerminologiaConsultar(context_, consultar_); });
+        CLI::App* import = AddCommand(*group, "importar", "Importa as publicações da ANS para a base");
+        import
+            ->add_option("origens", importar_.Origens,
+                         "Arquivos ZIP, XLSX, CSV, TXT ou JSON como foram baixados, ou pastas com eles")
+            ->required()
+            ->option_text("ORIGEM...");
+        import->add_flag("--substituir", importar_.Substituir,
+                         "Esquece o que as tabelas importadas tinham e os arquivos não trazem");
+        OnParsed(import, {}, [this] { return RunTerminologiaImportar(context_, importar_); });
+        CLI::App* search = AddCommand(*group, "procurar", "Procura termos por palavras da descrição");
+        search->add_option("texto", procurar_.Texto, "Palavras, ou o começo delas")
+            ->required()
+            ->option_text("TEXTO");
+        search->add_option("--tabela", procurar_.Tabela, "Só nesta tabela da TUSS")->option_text("T");
+        search->add_option("--data", procurar_.Data, "Só termos válidos nesta data")
+            ->option_text("AAAA-MM-DD");
+        OnParsed(search, {}, [this] { return RunTerminologiaProcurar(context_, procurar_); });
+        OnParsed(
+            AddCommand(*group, "restaurar", "Desfaz as importações: volta à base que veio com o programa"),
+            {}, [this] { return RunTerminologiaRestaurar(context_); });
     }
 
     void AddDocumento() {
@@ -298,6 +318,8 @@ class TCommandLine {
     TConverterOptions converter_;
     bool verificar_ = false;
     TConsultarOptions consultar_;
+    TImportarOptions importar_;
+    TProcurarOptions procurar_;
     std::string arquivo_;
     std::string documento_;
     std::string valor_;

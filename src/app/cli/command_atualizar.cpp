@@ -2,6 +2,8 @@
 #include "app/cli/commands.h"
 #include "app/cli/message_json.h"
 #include "data/constantes.h"
+#include "data/database_tuss.h"
+#include "data/importacao/tuss_importer.h"
 #include "sistema/sistema.h"
 
 #include <fmt/format.h>
@@ -36,12 +38,22 @@ void ImportSchemas(const TCliContext& context, const std::filesystem::path& file
     RunImport(context, file, context.Esquemas);
 }
 
-/// Who takes packages of which kind. Terminology is taken by the program's importer of terminology; without
-/// one such packages are refused, and told.
+/// Merges a package of terminology into the one in use.
+void ImportTerminologyPackage(const TCliContext& context, const std::filesystem::path& file) {
+    TImportOptions import;
+    import.sources = {file};
+    import.target = TDatabaseTuss::ImportTarget(PathFromText(context.Terminologia));
+    import.delivered = TDatabaseTuss::DeliveredFileName();
+    ImportTerminology(import);
+}
+
+/// Who takes packages of which kind.
 TImportadores Importers(const TCliContext& context) {
     return {{"schemas",
              [&context](const TPacote&, const std::filesystem::path& file) { ImportSchemas(context, file); }},
-            {"terminologia", ImportadorDeTerminologia(context)}};
+            {"terminologia", [&context](const TPacote&, const std::filesystem::path& file) {
+                 ImportTerminologyPackage(context, file);
+             }}};
 }
 
 TDownloadProgress ProgressOn(const TCliContext& context, const TPacote& package) {
@@ -62,10 +74,6 @@ TJson PackageJson(const TPacote& package, std::string_view state, const std::str
 }
 
 } // namespace
-
-TImportPacote ImportadorDeTerminologia(const TCliContext& /*context*/) {
-    return {};
-}
 
 int RunAtualizar(const TCliContext& context, bool verificar) {
     try {

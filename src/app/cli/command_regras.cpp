@@ -1,3 +1,4 @@
+#include "app/application_log.h"
 #include "app/cli/commands.h"
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
@@ -7,6 +8,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <ostream>
 
 namespace conferix {
@@ -66,6 +68,15 @@ void PrintChanges(const TCliContext& context, const TConfiguracaoValidacoes& rul
                          : Counted(changes, "regra mudou", "regras mudaram") + ".\n");
 }
 
+/// Records the rules that two sorted lists of enabled ones do not share.
+void LogSwitches(const std::vector<std::string>& before, const std::vector<std::string>& after) {
+    std::vector<std::string> switched;
+    std::set_symmetric_difference(before.begin(), before.end(), after.begin(), after.end(),
+                                  std::back_inserter(switched));
+    for (const std::string& rule : switched)
+        LogRuleSwitched(rule, std::binary_search(after.begin(), after.end(), rule));
+}
+
 } // namespace
 
 std::vector<std::string> SwitchRules(TConfig& config, const std::vector<std::string>& names, bool on) {
@@ -92,8 +103,10 @@ int RunRegras(const TCliContext& context, const TRegrasOptions& options) {
         config.SetDefaultInitialConfig();
     SwitchRules(config, options.Ativar, true);
     SwitchRules(config, options.Desativar, false);
-    if (config.EnabledValidations() != before.EnabledValidations())
+    if (config.EnabledValidations() != before.EnabledValidations()) {
         config.Save(context.ConfigFile());
+        LogSwitches(before.EnabledValidations(), config.EnabledValidations());
+    }
     const TConfiguracaoValidacoes rules(config);
     if (changes && context.Formato == "texto")
         PrintChanges(context, rules, before);

@@ -1,5 +1,8 @@
+#include "app/cli/command_importar.h"
+#include "app/cli/command_procurar.h"
 #include "app/cli/commands.h"
 #include "app/cli/message_json.h"
+#include "data/database_tuss.h"
 #include "rules/tuss_validation.h"
 #include "sistema/format_settings.h"
 #include "sistema/sistema.h"
@@ -22,6 +25,9 @@ std::string DateText(const TDate& date) {
 int RunTerminologiaEstado(const TCliContext& context) {
     const auto connection = context.TerminologyFactory().CreateConnection();
     const std::vector<TTussTableStatistics> tables = connection->Statistics();
+    const std::vector<TCarga> imports = NewestImports(connection->FileName());
+    for (const std::string& warning : OldImports(imports))
+        context.Warning(warning);
     std::ostream& out = context.Streams.Out;
     if (context.Json()) {
         TJson rows = TJson::array();
@@ -31,7 +37,9 @@ int RunTerminologiaEstado(const TCliContext& context) {
                             {"instalada", table.installed},
                             {"inicioMaisRecente",
                              table.newestStart ? TJson(DateText(*table.newestStart)) : TJson(nullptr)}});
-        out << JsonText({{"arquivo", PathText(connection->FileName())}, {"tabelas", std::move(rows)}})
+        out << JsonText({{"arquivo", PathText(connection->FileName())},
+                         {"tabelas", std::move(rows)},
+                         {"cargas", ImportsJson(imports)}})
             << '\n';
         return kExitValid;
     }
@@ -45,6 +53,7 @@ int RunTerminologiaEstado(const TCliContext& context) {
                 table.newestStart ? ", início de vigência mais recente " + DateText(*table.newestStart) : "");
         out << fmt::format("  {:<18} {}\n", table.name, state);
     }
+    WriteImports(out, imports);
     return kExitValid;
 }
 
@@ -73,15 +82,25 @@ int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions
             out << *notVerified << '\n';
         return kExitUnreadable;
     }
-    if (context.Json())
-        out << JsonText({{"resultado", static_cast<int>(term->ValidationReturn())},
-                         {"mensagem", term->ValidationMessage()}})
-            << '\n';
-    else if (term->IsValid())
+    std::vector<TTermoEncontrado> similar;
+    if (term->ValidationReturn() == TTussResult::NotFound)
+        similar = TTussBusca(TDatabaseTuss(PathFromText(context.Terminologia)).DatabaseFileName())
+                      .Similar(options.Tabela, options.Codigo);
+    if (context.Json()) {
+        TJson answer = {{"resultado", static_cast<int>(term->ValidationReturn())},
+                        {"mensagem", term->ValidationMessage()}};
+        if (!similar.empty())
+            answer["parecidos"] = TermsJson(similar);
+        out << JsonText(answer) << '\n';
+    } else if (term->IsValid())
         out << fmt::format("O termo de código {} da tabela {} da TUSS é válido em {}.\n", options.Codigo,
                            options.Tabela, FormatUserDate(*date));
     else
         out << term->ValidationMessage() << '\n';
+    if (!context.Json() && !similar.empty()) {
+        out << "Parecidos:\n";
+        WriteTerms(out, similar);
+    }
     return term->IsValid() ? kExitValid : kExitInvalid;
 }
 

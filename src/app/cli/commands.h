@@ -115,8 +115,20 @@ int RunVersoes(const TCliContext& context, const std::string& arquivo);
 
 /// Fetches packages of schemas and terminology; `verificar`: only tells which are offered.
 int RunAtualizar(const TCliContext& context, bool verificar);
-/// Who takes packages of terminology that were fetched; empty where nobody does.
-TImportPacote ImportadorDeTerminologia(const TCliContext& context);
+struct TImportarOptions {
+    std::vector<std::string> Origens; ///< files and folders
+    bool Substituir = false;          ///< forgets what the tables held
+};
+int RunTerminologiaImportar(const TCliContext& context, const TImportarOptions& options);
+/// Goes back to the terminology that came with the program.
+int RunTerminologiaRestaurar(const TCliContext& context);
+
+struct TProcurarOptions {
+    std::string Texto;
+    std::string Tabela; ///< empty: all
+    std::string Data;   ///< AAAA-MM-DD: only terms in force on that day; empty: all
+};
+int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& options);
 
 struct TCorrigirOptions {
     std::string Arquivo;

@@ -42,6 +42,12 @@ void TProgressBar::End() {
     ++done_;
 }
 
+void TProgressBar::Set(const std::string& name, std::size_t done) {
+    const std::lock_guard lock(mutex_);
+    current_ = name;
+    done_ = done;
+}
+
 void TProgressBar::Clear() {
     const std::lock_guard lock(mutex_);
     if (drawnWidth_ != 0)

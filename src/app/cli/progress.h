@@ -23,6 +23,8 @@ class TProgressBar {
     /// Tells that a piece of work, named for the user, has begun or ended.
     void Begin(const std::string& name);
     void End();
+    /// Tells how many pieces are done, and what is worked on now.
+    void Set(const std::string& name, std::size_t done);
     /// Removes the bar from the terminal until it is drawn again, so that other output can be written.
     void Clear();
 

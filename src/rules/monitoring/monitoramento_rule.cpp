@@ -53,8 +53,11 @@ void TCampoMonitoramentoValidation::AddError(const TGuiaFields& guia, const TXml
 }
 
 void TCampoMonitoramentoValidation::AddNotice(const std::optional<std::string>& text) {
-    if (text)
-        AddMessage(TLoteGuiasMonitoramentoValidationMessage::CreateWarn(this, Campo(), {}, *text));
+    if (!text)
+        return;
+    const auto message = TLoteGuiasMonitoramentoValidationMessage::CreateWarn(this, Campo(), {}, *text);
+    message->SetKind(TFindingKind::Run);
+    AddMessage(message);
 }
 
 bool TCampoMonitoramentoValidation::CanConsult(std::string_view table) {

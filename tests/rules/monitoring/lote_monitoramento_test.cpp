@@ -139,7 +139,8 @@ TEST(LoteMonitoramento, AMessageStandsAtTheElementThatFailed) {
 TEST(LoteMonitoramento, TablesThatAreNotInstalledAreToldOnceARuleAndTable) {
     const auto notice = [](const char* campo, const char* table) {
         return fmt::format(
-            "{} A tabela {} da TUSS não está instalada; os códigos dessa tabela não foram verificados.",
+            "{} A tabela {} da TUSS não está instalada; os códigos dessa tabela não foram verificados. "
+            "Importe a publicação da ANS: conferix terminologia importar ARQUIVO.",
             campo, table);
     };
     const std::string kCidades =

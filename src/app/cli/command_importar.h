@@ -1,0 +1,18 @@
+// What several commands of the terminology show of its imports.
+#pragma once
+
+#include "app/cli/message_json.h"
+#include "data/importacao/tuss_importer.h"
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace conferix {
+
+/// A warning for each table whose newest import is older than six months.
+std::vector<std::string> OldImports(const std::vector<TCarga>& imports);
+TJson ImportsJson(const std::vector<TCarga>& imports);
+void WriteImports(std::ostream& out, const std::vector<TCarga>& imports);
+
+} // namespace conferix

@@ -1,0 +1,78 @@
+#include "app/cli/command_procurar.h"
+
+#include "app/cli/commands.h"
+#include "data/database_tuss.h"
+#include "rules/tuss_validation.h"
+#include "sistema/sistema.h"
+
+#include <fmt/format.h>
+
+#include <ostream>
+
+namespace conferix {
+
+namespace {
+
+constexpr std::size_t kMaxTerms = 20;
+
+std::string ValidityText(const TTermoEncontrado& term) {
+    const std::string start = term.inicioVigencia ? "desde " + FormatUserDate(*term.inicioVigencia) : "";
+    const std::string end = term.fimVigencia ? "até " + FormatUserDate(*term.fimVigencia) : "";
+    return start + (start.empty() || end.empty() ? "" : " ") + end;
+}
+
+} // namespace
+
+TJson TermsJson(const std::vector<TTermoEncontrado>& terms) {
+    const auto date = [](const std::optional<TDate>& day) {
+        return day ? TJson(FormatIsoDate(*day)) : TJson(nullptr);
+    };
+    TJson rows = TJson::array();
+    for (const TTermoEncontrado& term : terms)
+        rows.push_back({{"tabela", term.tabela},
+                        {"codigo", term.codigo},
+                        {"termo", term.termo},
+                        {"inicioVigencia", date(term.inicioVigencia)},
+                        {"fimVigencia", date(term.fimVigencia)}});
+    return rows;
+}
+
+void WriteTerms(std::ostream& out, const std::vector<TTermoEncontrado>& terms) {
+    for (const TTermoEncontrado& term : terms)
+        out << fmt::format("  {:<2}  {:<8}  {:<16}  {}\n", term.tabela, term.codigo, ValidityText(term),
+                           term.termo);
+}
+
+int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& options) {
+    std::optional<TDate> day;
+    if (!options.Data.empty()) {
+        day = ParseIsoDate(options.Data);
+        if (!day)
+            throw EUsage(fmt::format("\"{}\" não é uma data na forma AAAA-MM-DD", options.Data));
+    }
+    const TDatabaseTuss database(PathFromText(context.Terminologia));
+    TTussManager manager(database.CreateConnection());
+    const TTussBusca search(database.DatabaseFileName());
+    if (!search.HasDescriptions())
+        throw ETerminologiaNaoConsultada(
+            database.DatabaseFileName(),
+            "a base não tem as descrições dos termos. Importe a publicação da ANS: "
+            "conferix terminologia importar ARQUIVO");
+    const auto accepts = [&](const TTermoEncontrado& term) {
+        return !day || TTussValidation(manager, *day, term.tabela, term.codigo).IsValid();
+    };
+    const std::vector<TTermoEncontrado> terms =
+        search.Search(options.Texto, options.Tabela, accepts, kMaxTerms);
+    std::ostream& out = context.Streams.Out;
+    if (context.Json())
+        out << JsonText(TermsJson(terms)) << '\n';
+    else if (terms.empty())
+        out << "Nenhum termo encontrado.\n";
+    else
+        WriteTerms(out, terms);
+    if (terms.size() == kMaxTerms && !context.Json())
+        out << fmt::format("Só os {} primeiros são mostrados; use mais palavras ou --tabela.\n", kMaxTerms);
+    return terms.empty() ? kExitInvalid : kExitValid;
+}
+
+} // namespace conferix

@@ -1,0 +1,16 @@
+// How terms are listed.
+#pragma once
+
+#include "app/cli/message_json.h"
+#include "data/tuss_busca.h"
+
+#include <iosfwd>
+#include <vector>
+
+namespace conferix {
+
+TJson TermsJson(const std::vector<TTermoEncontrado>& terms);
+/// A line a term: table, code, validity, what it stands for.
+void WriteTerms(std::ostream& out, const std::vector<TTermoEncontrado>& terms);
+
+} // namespace conferix

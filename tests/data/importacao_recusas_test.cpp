@@ -1,0 +1,234 @@
+// What an import refuses, and what may interrupt it: the database is then as it was.
+#include "importacao_de_teste.h"
+
+#include "data/tuss.h"
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <atomic>
+#include <csignal>
+
+namespace conferix {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+const std::string kHeader = "Código do Termo;Termo\n";
+
+class ImportacaoRecusada : public Importacao {
+  protected:
+    void SetUp() override {
+        Import({Write("Tabela 22.csv", kHeader + "10101012;Consulta\n")});
+        before_ = testes::Ler(Database());
+    }
+
+    /// The reason for which a source is refused, or what happened instead.
+    std::string Refusal(const fs::path& source) const {
+        try {
+            Import({File("Tabela 22.csv"), source});
+        } catch (const EPublicacaoInvalida& error) {
+            ExpectUntouched();
+            return error.Reason();
+        } catch (const std::exception& error) {
+            return std::string("outro erro: ") + error.what();
+        }
+        return "importado";
+    }
+
+    void ExpectUntouched() const {
+        EXPECT_EQ(testes::Ler(Database()), before_);
+        EXPECT_FALSE(fs::exists(Database().string() + ".importacao"));
+    }
+
+    TImportOptions Options() const {
+        TImportOptions options;
+        options.sources = {File("muitos/Tabela 18.csv")};
+        options.target = Database();
+        return options;
+    }
+
+    /// A file that takes a while.
+    void WriteMany() const {
+        std::string text = kHeader;
+        for (int i = 0; i < 20000; ++i)
+            text += fmt::format("6{:07d};Termo de número {}\n", i, i);
+        Write("muitos/Tabela 18.csv", text);
+    }
+
+    /// Runs a part in a process of its own and gives its wait status.
+    template<typename TPart>
+    static int InChild(TPart part) {
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(part());
+        int status = -1;
+        waitpid(child, &status, 0);
+        return status;
+    }
+
+    std::string before_;
+};
+
+TEST_F(ImportacaoRecusada, FilesThatAreNoPublication) {
+    const std::string zip = [this] {
+        WriteZip(File("bom.zip"), {{"Tabela 22.csv", kHeader + std::string(5000, 'x') + "10101012;A\n"}});
+        return testes::Ler(File("bom.zip"));
+    }();
+    std::string damaged = zip;
+    damaged.replace(60, 8, "ESTRAGO!");
+    const std::string nothing = "não foi encontrada nenhuma tabela da TUSS";
+    fs::create_directory(File("vazia"));
+    const struct {
+        fs::path Source;
+        std::string Reason;
+    } cases[] = {
+        {Write("vazio.csv", ""), nothing},
+        {Write("texto.txt", "Prezados,\nsegue o arquivo.\n"), nothing},
+        {Write("binario.csv", std::string("\x7F"
+                                          "ELF\0\0\1",
+                                          7)),
+         nothing},
+        {Write("utf16.txt", "\xFF\xFE\xD8\xD8"), nothing},
+        {Write("nota.pdf", "%PDF-1.7\n%%EOF"), nothing},
+        {Write("erros.csv", "Código do erro;Descrição do erro\n1002;INVÁLIDO\n"), nothing},
+        {Write("numeros.json", "[1, [2], {\"a\": {}}]"), nothing},
+        {Write("cortado.json", "[{\"id\":\"10101012\",\"source\":\"tuss-22\"},{\"id\""),
+         "não é um arquivo JSON válido"},
+        {Write("longo.json", "[{\"id\":\"" + std::string(3 << 20, '1') + "\"}]"), "longo demais"},
+        {Write("fundo.json", std::string(100000, '[')), "níveis demais"},
+        {Write("aspas.csv", kHeader + "10101012;\"" + std::string(3 << 20, '\n')),
+         "as aspas abertas na linha 2 não se fecham"},
+        {Write("sem numero.csv", kHeader + "10101012;A\n"), "nada diz de que tabela da TUSS são os termos"},
+        {Write("Tabela 22 ruim.csv", kHeader + "abc;A\n"), "linha 2: \"abc\" não é um código"},
+        {Write("cortado.zip", zip.substr(0, zip.size() / 2)), "não é um arquivo ZIP válido"},
+        {Write("estragado.zip", damaged), "está danificado"},
+        {File("falta.zip"), "o arquivo não existe"},
+        {"/dev/null", "não é um arquivo comum"},
+        {File("vazia"), "a pasta não tem nenhum arquivo"},
+    };
+    for (const auto& c : cases)
+        EXPECT_THAT(Refusal(c.Source), HasSubstr(c.Reason)) << c.Source;
+}
+
+TEST_F(ImportacaoRecusada, PackagesThatAreDangerous) {
+    const std::string csv = kHeader + "10101012;A\n";
+    const auto much = [](char c) {
+        std::string text;
+        text.resize(110'000'000, c);
+        return text;
+    };
+    std::vector<TEntrada> many(10001);
+    for (std::size_t i = 0; i < many.size(); ++i)
+        many[i].Nome = std::to_string(i);
+    std::string nested = csv;
+    for (int level = 0; level < 6; ++level) {
+        WriteZip(File("nivel.zip"), {{level == 0 ? "Tabela 22.csv" : "dentro.zip", nested}});
+        nested = testes::Ler(File("nivel.zip"));
+    }
+    const auto sheet = [](const std::string& rows) { return Workbook({{"Tabela 22", rows}}); };
+    std::vector<TEntrada> withoutSheet = sheet("");
+    withoutSheet.erase(withoutSheet.begin());
+    const std::string row = InlineRow(1, {"Código do Termo", "Termo"});
+    std::vector<TEntrada> entities = sheet(row);
+    entities[0].Conteudo = "<!DOCTYPE x [<!ENTITY a \"a\">]>" + entities[0].Conteudo;
+    const struct {
+        const char* What;
+        std::vector<TEntrada> Entries;
+        const char* Reason;
+    } cases[] = {
+        {"leaves the folder", {{"../Tabela 22.csv", csv}}, "sai da pasta"},
+        {"absolute", {{"/Tabela 22.csv", csv}}, "sai da pasta"},
+        {"link", {{"Tabela 22.csv", "/etc/passwd", true}}, "contém um atalho"},
+        {"too many", many, "arquivos demais"},
+        {"nested", {{"dentro.zip", nested}}, "há pacotes demais"},
+        {"bomb", {{"Tabela 22.csv", csv + much('\n')}}, "grande demais"},
+        {"bomb of a workbook", sheet(row + much(' ')), "grande demais"},
+        {"long token", sheet("<row r=\"" + std::string(6'000'000, '1') + "\"/>"), "danificada"},
+        {"entities", entities, "danificada"},
+        {"cut XML", sheet("<row r=\"1\"><c r="), "danificada"},
+        {"shared text that is not there", sheet(row + "<row r=\"2\"><c r=\"A2\" t=\"s\"><v>99</v></c></row>"),
+         "danificada"},
+        {"sheet that is not there", withoutSheet, "falta a folha"},
+        {"other calendar", Workbook({{"Tabela 22", row}}, {}, " date1904=\"1\""), "a partir de 1904"},
+        {"nothing but empty rows", sheet([] {
+             std::string rows;
+             for (int i = 1; i <= 1'000'000; ++i)
+                 rows += fmt::format("<row r=\"{}\"/>", i);
+             return rows;
+         }()),
+         "nenhuma tabela da TUSS"},
+    };
+    for (const auto& c : cases) {
+        WriteZip(File("pacote.zip"), c.Entries);
+        EXPECT_THAT(Refusal(File("pacote.zip")), HasSubstr(c.Reason)) << c.What;
+    }
+}
+
+TEST_F(ImportacaoRecusada, IsStoppedInterruptedKilledOrOutOfSpace) {
+    WriteMany();
+    for (const double when : {0.0, 0.3, 0.8}) {
+        std::atomic<bool> stop{false};
+        TImportOptions options = Options();
+        options.stop = &stop;
+        options.onProgress = [&](const std::string&, double fraction) { stop = stop || fraction >= when; };
+        EXPECT_THROW(ImportTerminology(options), EImportacaoInterrompida) << when;
+        ExpectUntouched();
+
+        options.stop = nullptr;
+        options.onProgress = [when](const std::string&, double fraction) {
+            if (fraction >= when)
+                raise(SIGKILL);
+        };
+        EXPECT_TRUE(WIFSIGNALED(InChild([&] {
+            ImportTerminology(options);
+            return 0;
+        })));
+        EXPECT_EQ(testes::Ler(Database()), before_) << when;
+    }
+    for (const rlim_t space : {60'000U, 400'000U, 1'000'000U}) {
+        const int status = InChild([&] {
+            const rlimit limit{space, space};
+            signal(SIGXFSZ, SIG_IGN);
+            setrlimit(RLIMIT_FSIZE, &limit);
+            try {
+                ImportTerminology(Options());
+            } catch (const EArquivo& error) {
+                return error.Reason().empty() ? 1 : 7;
+            }
+            return 2;
+        });
+        EXPECT_EQ(WEXITSTATUS(status), 7) << space;
+        ExpectUntouched();
+    }
+    EXPECT_EQ(ImportTerminology(Options()).tabelas.at("18").novos, 20000);
+}
+
+TEST_F(ImportacaoRecusada, TargetsThatCannotBeWritten) {
+    WriteMany();
+    TImportOptions options = Options();
+    std::string second;
+    options.onProgress = [&](const std::string&, double) {
+        try {
+            Import({File("Tabela 22.csv")});
+        } catch (const ETerminologiaNaoGravada& error) {
+            second = error.Reason();
+        }
+    };
+    ImportTerminology(options);
+    EXPECT_EQ(second, "outra importação está em andamento");
+
+    options.onProgress = nullptr;
+    options.target = File("Tabela 22.csv") / "tuss.db";
+    EXPECT_THROW(ImportTerminology(options), EPastaNaoCriada);
+    options.target = Write("outra.db", std::string(5000, 'x'));
+    EXPECT_THROW(ImportTerminology(options), ETerminologiaNaoGravada);
+    EXPECT_EQ(testes::Ler(File("outra.db")), std::string(5000, 'x'));
+    options.target = options.delivered = CONFERIX_TUSS_DB;
+    EXPECT_THROW(ImportTerminology(options), ETerminologiaNaoGravada);
+}
+
+} // namespace
+} // namespace conferix
