@@ -158,22 +158,23 @@ class TNamespaceRepair {
     void Plan() {
         TNamespaceScope scope;
         const TXmlNode* signatureEnd = nullptr;
-        std::optional<std::size_t> outermost; // of the signature that the walk is in
+        constexpr std::size_t kOutside = static_cast<std::size_t>(-1);
+        std::size_t outermost = kOutside; // index of the outermost signature that the walk is in
         for (TXmlNode* node = &root_; node != nullptr; node = node->NextInWalk(&document_.Root())) {
-            if (outermost && node == signatureEnd)
-                outermost.reset();
+            if (node == signatureEnd)
+                outermost = kOutside;
             if (!node->IsTag())
                 continue;
             scope.Enter(*node);
-            if (!outermost && (IsSignature(*node) || IsSignatureWrapper(*node))) {
+            if (outermost == kOutside && (IsSignature(*node) || IsSignatureWrapper(*node))) {
                 outermost = plans_.size();
                 signatureEnd = AfterSubtree(node, &document_.Root());
             }
             const std::optional<std::string_view> uri = scope.Of(node->Prefix());
-            const TPlace place = PlaceOf(*node, uri, outermost.has_value());
+            const TPlace place = PlaceOf(*node, uri, outermost != kOutside);
             plans_.push_back({node, place, uri.value_or(""), false});
-            if (outermost && place == TPlace::Signature)
-                plans_[*outermost].HoldsSignature = true;
+            if (outermost != kOutside && place == TPlace::Signature)
+                plans_[outermost].HoldsSignature = true;
             NoteAttributes(*node, scope);
         }
     }

@@ -21,8 +21,7 @@ bool SameButForCase(std::string_view left, std::string_view right) {
 }
 
 std::size_t EditDistance(std::string_view left, std::string_view right, std::size_t limit) {
-    const auto [shorter, longer] = std::minmax(left.size(), right.size());
-    if (longer - shorter > limit)
+    if (std::max(left.size(), right.size()) - std::min(left.size(), right.size()) > limit)
         return limit + 1;
     std::vector<std::size_t> row(right.size() + 1);
     for (std::size_t j = 0; j < row.size(); ++j)
@@ -42,7 +41,8 @@ std::size_t EditDistance(std::string_view left, std::string_view right, std::siz
 std::size_t NameSlips(std::string_view left, std::string_view right) {
     if (SameButForCase(left, right))
         return 0;
-    const auto [shorter, longer] = std::minmax(left.size(), right.size());
+    const std::size_t shorter = std::min(left.size(), right.size());
+    const std::size_t longer = std::max(left.size(), right.size());
     const std::size_t slips = shorter < 6 ? 1 : 2;
     if (shorter < 4 || longer > kMaxComparedName)
         return kNotAlike;
