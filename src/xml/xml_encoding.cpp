@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstdint>
+#include <cstring>
 
 namespace conferix {
 
@@ -51,8 +53,22 @@ class TConverter {
     UConverter* converter_ = nullptr;
 };
 
+/// Offset of the first byte that is not ASCII; the size of the text when all are. Eight bytes at a time.
+std::size_t FindNonAscii(std::string_view text) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+    std::size_t at = 0;
+    for (std::uint64_t bytes = 0; at + sizeof bytes <= text.size(); at += sizeof bytes) {
+        std::memcpy(&bytes, text.data() + at, sizeof bytes);
+        if ((bytes & kHighBits) != 0)
+            break;
+    }
+    while (at < text.size() && static_cast<signed char>(text[at]) >= 0)
+        ++at;
+    return at;
+}
+
 bool IsAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
+    return FindNonAscii(text) == text.size();
 }
 
 std::string Upper(std::string_view text) {
@@ -481,11 +497,11 @@ TXmlMessages CheckEncoding(std::string_view text, const TXmlEncoding& encoding) 
             std::string(declared), 1, 1, 0));
         return messages;
     }
-    const auto letter =
-        std::find_if(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-    if (encoding.Bom || letter == text.end() || ConverterName(declared) != kAnsi || !WasWrittenInUtf8(text))
+    if (encoding.Bom || ConverterName(declared) != kAnsi)
         return messages;
-    const auto at = static_cast<std::size_t>(letter - text.begin());
+    const std::size_t at = FindNonAscii(text);
+    if (at == text.size() || !WasWrittenInUtf8(text))
+        return messages;
     const std::string_view word = WordAt(text, at);
     const TXmlPlace place = TPositionCounter(text).PlaceOf(at);
     messages.push_back(TXmlMessage::CreateWarn(
