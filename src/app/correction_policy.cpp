@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 #include <string_view>
+#include <vector>
 
 namespace conferix {
 
@@ -60,24 +62,34 @@ std::string At(const TXmlMessage& message) {
 } // namespace
 
 TFindingMap::TFindingMap(const TXmlDocument& document, const TXmlMessages& messages) {
-    std::unordered_map<std::int32_t, std::vector<std::shared_ptr<const TXmlMessage>>> byPlace;
+    std::multimap<std::int32_t, std::shared_ptr<const TXmlMessage>> byPlace;
     for (const auto& message : messages)
         if (IsFailure(*message) && message->Line() > 0)
-            byPlace[message->FilePos()].push_back(message);
-    if (byPlace.empty())
-        return;
+            byPlace.emplace(message->FilePos(), message);
     TTagNumber number = 0;
+    TEntry last{nullptr, 0, false, nullptr};
+    auto next = byPlace.begin();
+    const auto take = [&](bool atTag) {
+        if (last.Node != nullptr) {
+            entries_.push_back({last.Node, last.Number, atTag, next->second});
+            if (atTag)
+                byNode_.try_emplace(last.Node, next->second.get());
+        }
+        ++next;
+    };
     const TXmlNode& root = document.Root();
-    for (const TXmlNode* node = &root; node != nullptr; node = node->NextInWalk(&root)) {
+    for (const TXmlNode* node = &root; node != nullptr && next != byPlace.end();
+         node = node->NextInWalk(&root)) {
         if (!node->IsTag())
             continue;
-        if (const auto found = byPlace.find(node->FilePos()); found != byPlace.end())
-            for (const auto& message : found->second) {
-                entries_.push_back({node, number, message});
-                byNode_.try_emplace(node, message.get());
-            }
-        ++number;
+        while (next != byPlace.end() && next->first < node->FilePos())
+            take(false); // stray text behind the last tag
+        last = {node, number++, false, nullptr};
+        while (next != byPlace.end() && next->first == node->FilePos())
+            take(true);
     }
+    while (next != byPlace.end())
+        take(false);
 }
 
 const TXmlMessage* TFindingMap::At(const TXmlNode& node) const {
@@ -104,22 +116,55 @@ TCorrectionPolicy::TCorrectionPolicy(const TXmlDocument& document, const TXmlMes
     for (const TXmlNode* node = &root; node != nullptr && !leftAlone.empty(); node = node->NextInWalk(&root))
         if (node->IsTag() && leftAlone.count(number++) != 0)
             leftAlone_.insert(node);
+    stray_ = findings_.Stray([this](const TXmlNode& node) { return HoldsAmounts(node); });
+    std::vector<const TUpdateNodeValueSolver*> solvers;
+    std::unordered_map<const TXmlNode*, std::string_view> demanded;
+    for (const auto& message : messages)
+        for (const auto& offered : message->Solvers())
+            if (const auto* solver = dynamic_cast<const TUpdateNodeValueSolver*>(offered.get())) {
+                solvers.push_back(solver);
+                const auto [known, added] = demanded.try_emplace(solver->Target(), solver->NewValue());
+                if (!added && known->second != solver->NewValue())
+                    contested_.insert(solver->Target());
+            }
+    for (const TUpdateNodeValueSolver* solver : solvers)
+        if (solver->Computation() && solver->Computation()->Scope != nullptr)
+            if (std::string refusal = OwnRefusal(*solver); !refusal.empty())
+                refusedScopes_.try_emplace(solver->Computation()->Scope, std::move(refusal));
 }
 
 std::string TCorrectionPolicy::Refusal(const ISolver& solver) const {
     const auto* update = dynamic_cast<const TUpdateNodeValueSolver*>(&solver);
-    return update != nullptr && update->Computation() ? RefusalOf(*update) : std::string();
+    if (update == nullptr)
+        return {};
+    std::string own = OwnRefusal(*update);
+    if (!own.empty() || !update->Computation())
+        return own;
+    const auto scope = refusedScopes_.find(update->Computation()->Scope);
+    return scope != refusedScopes_.end() ? "os valores só mudam juntos, e em um deles " + scope->second
+                                         : std::string();
 }
 
-std::string TCorrectionPolicy::RefusalOf(const TUpdateNodeValueSolver& solver) const {
-    const TComputation& computation = *solver.Computation();
-    for (const TXmlNode* operand : computation.Operands)
-        if (const TXmlMessage* finding = findings_.At(*operand))
+std::string TCorrectionPolicy::OwnRefusal(const TUpdateNodeValueSolver& solver) const {
+    if (contested_.count(solver.Target()) != 0)
+        return "as regras pedem valores diferentes para o mesmo elemento";
+    if (!solver.Computation())
+        return {};
+    for (const TXmlNode* operand : solver.Computation()->Operands)
+        if (const TXmlMessage* finding = FindingOf(*operand))
             return fmt::format("<{}>, de que o valor depende, está errado{}", CutText(operand->LocalName()),
                                At(*finding));
-    if (computation.Scope != nullptr)
-        if (const TXmlMessage* finding = StructureFinding(*computation.Scope))
+    return solver.Computation()->Amount ? AmountRefusal(solver) : std::string();
+}
+
+std::string TCorrectionPolicy::AmountRefusal(const TUpdateNodeValueSolver& solver) const {
+    const TXmlNode* scope = solver.Computation()->Scope;
+    if (scope != nullptr) {
+        if (const TXmlMessage* finding = StructureFinding(*scope))
             return "há erro no que se soma" + At(*finding);
+        if (stray_ != nullptr)
+            return "há itens fora do lugar" + At(*stray_);
+    }
     const std::optional<double> before = ParseDecimal(solver.Target()->Value());
     const std::optional<double> after = ParseDecimal(solver.NewValue());
     if (!after || !std::isfinite(*after))
@@ -131,6 +176,15 @@ std::string TCorrectionPolicy::RefusalOf(const TUpdateNodeValueSolver& solver) c
     if (leftAlone_.count(&GuiaOf(*solver.Target())) != 0)
         return "a guia ficaria com outro erro; corrija antes o que ela tem de errado";
     return {};
+}
+
+const TXmlMessage* TCorrectionPolicy::FindingOf(const TXmlNode& operand) const {
+    // Of an element that is there twice, the second is reported and the first is read.
+    for (const TXmlNode& sibling : operand.Parent()->ChildTags())
+        if (sibling.LocalName() == operand.LocalName())
+            if (const TXmlMessage* finding = findings_.At(sibling))
+                return finding;
+    return nullptr;
 }
 
 const TXmlMessage* TCorrectionPolicy::StructureFinding(const TXmlNode& scope) const {
@@ -156,6 +210,7 @@ const TXmlMessage* TCorrectionPolicy::StructureFinding(const TXmlNode& scope) co
 bool TCorrectionPolicy::Touches(const TFindingMap::TEntry& entry, const TXmlNode& branch) const {
     switch (entry.Message->Kind()) {
     case TFindingKind::Structure:
+    case TFindingKind::Misplaced:
         return HoldsAmounts(branch);
     case TFindingKind::UnknownElement:
         return HoldsAmounts(*entry.Node);

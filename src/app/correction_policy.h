@@ -26,14 +26,26 @@ class TFindingMap {
     TFindingMap(const TXmlDocument& document, const TXmlMessages& messages);
 
     struct TEntry {
-        const TXmlNode* Node;
+        const TXmlNode* Node; ///< the tag, or the last one that starts before the place
         TTagNumber Number;
+        bool IsAtTag;
         std::shared_ptr<const TXmlMessage> Message;
     };
     /// In document order.
     const std::vector<TEntry>& Entries() const { return entries_; }
     /// First finding at an element, or null.
     const TXmlMessage* At(const TXmlNode& node) const;
+    /// First finding of what belongs elsewhere and holds other elements, among them those that `holds`
+    /// accepts; null when there is none.
+    template<class Holds>
+    const TXmlMessage* Stray(const Holds& holds) const {
+        for (const TEntry& entry : entries_)
+            if ((entry.Message->Kind() == TFindingKind::UnknownElement ||
+                 entry.Message->Kind() == TFindingKind::Misplaced) &&
+                entry.Node->FirstChildTag() != nullptr && entry.IsAtTag && holds(*entry.Node))
+                return entry.Message.get();
+        return nullptr;
+    }
 
   private:
     std::vector<TEntry> entries_;
@@ -49,11 +61,15 @@ class TCorrectionPolicy {
     TCorrectionPolicy(const TXmlDocument& document, const TXmlMessages& messages,
                       const std::set<TTagNumber>& leftAlone);
 
-    /// Why a correction must not be applied without asking, as the end of a sentence; empty when it may.
+    /// Why a correction must not be applied without asking, as the end of a sentence; empty when it may. The
+    /// amounts of one item or guide are corrected all or none.
     std::string Refusal(const ISolver& solver) const;
 
   private:
-    std::string RefusalOf(const TUpdateNodeValueSolver& solver) const;
+    std::string OwnRefusal(const TUpdateNodeValueSolver& solver) const;
+    std::string AmountRefusal(const TUpdateNodeValueSolver& solver) const;
+    /// The finding for which a value cannot be relied on, or null.
+    const TXmlMessage* FindingOf(const TXmlNode& operand) const;
     /// The finding for which the structure of an item or guide cannot be summed up, or null.
     const TXmlMessage* StructureFinding(const TXmlNode& scope) const;
     /// True when a finding in a branch of an item or guide is one for which amounts may count wrongly.
@@ -62,6 +78,9 @@ class TCorrectionPolicy {
 
     TFindingMap findings_;
     std::unordered_set<const TXmlNode*> leftAlone_;
+    const TXmlMessage* stray_ = nullptr;            ///< items that stand somewhere else
+    std::unordered_set<const TXmlNode*> contested_; ///< elements for which different values are demanded
+    std::unordered_map<const TXmlNode*, std::string> refusedScopes_;
     mutable std::unordered_map<const TXmlNode*, bool> holdsAmounts_;
     mutable std::unordered_map<const TXmlNode*, const TXmlMessage*> structure_;
 };

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 
@@ -84,7 +85,9 @@ std::vector<TBatch> BatchesOf(const TXmlMessages& messages, const TSolverChoice&
         });
         if (same == batches.end())
             batches.push_back(std::move(batch));
-        else
+        else if (std::none_of(same->Corrections.begin(), same->Corrections.end(), [&](const TPicked& other) {
+                     return other.Solver->Target() == batch.Corrections.front().Solver->Target();
+                 })) // two findings may demand the same value
             same->Corrections.push_back(std::move(batch.Corrections.front()));
     }
     return batches;
@@ -120,8 +123,7 @@ class TCorrectionTrail {
     bool IsGivenUp(const std::string& rule) const { return givenUp_.count(rule) != 0; }
 
     /// Takes the state that a rule made of `before`; answers the one to go on with. Where a text comes back,
-    /// the rules since then are given up, and the least of the texts since then is kept: the same one
-    /// whichever of them the correction had started with.
+    /// the rules since then are given up, and what they did is taken back.
     TState Next(const TState& before, const std::string& rule, TState after) {
         steps_.push_back({before, rule});
         if (steps_.size() > kKept)
@@ -130,13 +132,12 @@ class TCorrectionTrail {
                                        [&](const TStep& step) { return *step.Before.Xml == *after.Xml; });
         if (back == steps_.end())
             return after;
-        // The text that comes back is the one before those corrections, which undid each other.
-        after.Corrections = back->Before.Corrections;
-        for (auto step = back; step != steps_.end(); ++step) {
+        // What undoes itself stays as it was before the first of those rules.
+        for (auto step = back; step != steps_.end(); ++step)
             givenUp_.insert(step->Rule);
-            if (*step->Before.Xml < *after.Xml)
-                after = step->Before;
-        }
+        const auto first = std::find_if(steps_.begin(), steps_.end(),
+                                        [&](const TStep& step) { return IsGivenUp(step.Rule); });
+        after = first->Before;
         steps_.clear();
         return after;
     }
@@ -153,8 +154,16 @@ class TCorrectionTrail {
     std::set<std::string> givenUp_;
 };
 
-/// The errors of a validation, by rule and element, and how often each is there.
-using TErrorCounts = std::map<std::pair<std::string, TTagNumber>, std::size_t>;
+/// What tells one error of a validation from another: its rule, its element and its sentence without the
+/// amounts, since one rule may demand two things of an element.
+using TErrorKey = std::tuple<std::string, TTagNumber, std::string>;
+using TErrorCounts = std::map<TErrorKey, std::size_t>;
+
+TErrorKey KeyOf(const TFindingMap::TEntry& entry) {
+    std::string sentence = entry.Message->Reason();
+    std::erase_if(sentence, [](char c) { return (c >= '0' && c <= '9') || c == '.' || c == '-'; });
+    return {RuleOf(*entry.Message), entry.Number, std::move(sentence)};
+}
 
 /// One run over a text, from its first validation to the last.
 class TCorrectionPass {
@@ -189,7 +198,7 @@ class TCorrectionPass {
         TErrorCounts seen;
         const TFindingMap findings(document, Messages());
         for (const TFindingMap::TEntry& entry : findings.Entries()) {
-            const std::pair key(RuleOf(*entry.Message), entry.Number);
+            const TErrorKey key = KeyOf(entry);
             const auto known = before_.find(key);
             if (const auto guide = guides.find(&GuiaOf(*entry.Node));
                 ++seen[key] > (known != before_.end() ? known->second : 0) && guide != guides.end())
@@ -213,7 +222,7 @@ class TCorrectionPass {
             return counts;
         const TFindingMap findings(*File()->Xml(), Messages());
         for (const TFindingMap::TEntry& entry : findings.Entries())
-            ++counts[{RuleOf(*entry.Message), entry.Number}];
+            ++counts[KeyOf(entry)];
         return counts;
     }
 

@@ -252,7 +252,7 @@ void TValidadorController::Validate(std::shared_ptr<const std::string> xml,
     });
     // Posting a failure may fail for the observer that failed before; that is not posted once more.
     const auto postFailure = [&] {
-        if (failure && openings_ == opening)
+        if (failure && openings_ == opening && validations_ == validation)
             Attempt([&] { Post(std::move(*failure), enabledValidations); });
     };
     postFailure();

@@ -19,6 +19,22 @@ std::size_t CountWithout(const TDesencontros& set, const TDesencontros& other) {
         set.begin(), set.end(), [&other](const auto& entry) { return other.count(entry) == 0; }));
 }
 
+template<class Visit>
+void ForEachElementIn(const std::vector<TModeloNo>& nodes, const Visit& visit) {
+    for (const TModeloNo& node : nodes) {
+        if (node.Tipo == TTipo::Elemento)
+            visit(node);
+        ForEachElementIn(node.Filhos, visit);
+    }
+}
+
+template<class Visit>
+void ForEachElement(const TEsquemaModelo& model, const Visit& visit) {
+    ForEachElementIn(model.Elementos(), visit);
+    for (const TModeloTipo& type : model.Tipos())
+        ForEachElementIn(type.Filhos, visit);
+}
+
 /// Looks for children by name, through groups and the types that a type goes on from.
 class TBusca {
   public:
@@ -61,6 +77,16 @@ class TBusca {
             if (element.Nome == name && element.Versoes.Contains(versao_))
                 return &element;
         return nullptr;
+    }
+
+    /// True when some element of that name has a child of the other.
+    bool AnyChild(std::string_view parent, std::string_view name) const {
+        bool found = false;
+        ForEachElement(modelo_, [&](const TModeloNo& node) {
+            found = found ||
+                    (node.Nome == parent && node.Versoes.Contains(versao_) && Child(node, name) != nullptr);
+        });
+        return found;
     }
 
     /// The child of an element; null when it has none of that name.
@@ -141,6 +167,12 @@ bool ExisteCaminho(const TEsquemaModelo& modelo, std::string_view versao,
     return TBusca(modelo, versao).Path(caminho) != nullptr;
 }
 
+THistoricoDeElementos::THistoricoDeElementos(std::vector<std::shared_ptr<const TEsquemaModelo>> modelos)
+    : modelos_(std::move(modelos)) {
+    for (const auto& model : modelos_)
+        ForEachElement(*model, [this](const TModeloNo& node) { nomes_.insert(node.Nome); });
+}
+
 const THistoricoDeElementos& THistoricoDeElementos::DoPrograma() {
     static const THistoricoDeElementos history([] {
         std::error_code ignored;
@@ -185,11 +217,17 @@ bool THistoricoDeElementos::Aproximada(std::string_view arquivo) const {
 
 THistoricoDeElementos::TFrase THistoricoDeElementos::Frase(std::string_view arquivo,
                                                            std::span<const std::string_view> caminho) const {
+    if (caminho.empty() || nomes_.count(caminho.back()) == 0)
+        return {};
     const std::vector<TVersao> serie = Serie(arquivo);
     const std::size_t current = IndiceDe(serie, arquivo);
     std::vector<bool> exists;
     for (const TVersao& version : serie)
         exists.push_back(!version.Aproximada && ExisteCaminho(*version.Modelo, version.Texto, caminho));
+    if (caminho.size() > 1 && std::find(exists.begin(), exists.end(), true) == exists.end())
+        for (std::size_t at = 0; at < serie.size(); ++at)
+            exists[at] = !serie[at].Aproximada && TBusca(*serie[at].Modelo, serie[at].Texto)
+                                                      .AnyChild(caminho[caminho.size() - 2], caminho.back());
     const auto from = exists.begin() + static_cast<std::ptrdiff_t>(current);
     const bool before = std::find(exists.begin(), from, true) != from;
     const bool after = std::find(from, exists.end(), true) != exists.end();
@@ -222,6 +260,8 @@ THistoricoDeElementos::TRelacao THistoricoDeElementos::Relacao(std::string_view 
                                                                std::span<const std::string_view> pai,
                                                                std::string_view achado,
                                                                std::string_view desejado) const {
+    if (nomes_.count(achado) == 0)
+        return TRelacao::Nenhuma;
     const std::vector<TVersao> serie = Serie(arquivo);
     const std::size_t current = IndiceDe(serie, arquivo);
     if (current == serie.size())

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -31,8 +32,7 @@ struct TCaminhos {
 /// the document's version. What only an approximated version says is never told as a fact.
 class THistoricoDeElementos {
   public:
-    explicit THistoricoDeElementos(std::vector<std::shared_ptr<const TEsquemaModelo>> modelos)
-        : modelos_(std::move(modelos)) {}
+    explicit THistoricoDeElementos(std::vector<std::shared_ptr<const TEsquemaModelo>> modelos);
 
     /// The one of the model files that come with the program; empty when they are not there.
     static const THistoricoDeElementos& DoPrograma();
@@ -43,6 +43,7 @@ class THistoricoDeElementos {
     /// What happened to an element that a version's schema does not know: "só existe a partir da versão
     /// 4.00.00" or "deixou de existir na versão 4.00.00"; where unpublished versions lie between, "1.05.00 ou
     /// 1.06.00" or "entre 1.04.00 e 1.06.00". Empty when no version knows it, or both earlier and later ones.
+    /// Where no version has the path, what counts is the element in a parent of that name.
     struct TFrase {
         std::string Texto;
         bool Removido = false; ///< it is of earlier versions
@@ -75,6 +76,7 @@ class THistoricoDeElementos {
     static std::size_t IndiceDe(const std::vector<TVersao>& serie, std::string_view arquivo);
 
     std::vector<std::shared_ptr<const TEsquemaModelo>> modelos_;
+    std::set<std::string, std::less<>> nomes_; ///< of all elements
 };
 
 } // namespace conferix

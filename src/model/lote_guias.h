@@ -51,7 +51,8 @@ class TLoteGuiasBase : public TXmlBinding {
     void Accept(IArquivoTissVisitor& visitor) const { visitor.Visit(*this); }
     TXmlField NumeroLote() const { return Field(names_->NumeroLote); }
     TGuiasTiss GuiasTiss() const {
-        return {HasNode() ? ChildMeant(*Node(), names_->GuiasTiss) : nullptr, *names_};
+        TXmlNode* container = HasNode() ? ChildMeant(*Node(), names_->GuiasTiss) : nullptr;
+        return {container != nullptr ? container : Node(), *names_}; // guides may stand in the lot by mistake
     }
 
     /// Kind of the first guide of `Guias`. Raises ELoteGuiasNotFound when there is none.

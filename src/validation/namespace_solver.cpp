@@ -16,7 +16,7 @@ constexpr std::string_view kTissNamespaceCore = "www.ans.gov.br/padroes/tiss";
 constexpr std::string_view kSchemaInstance = "http://www.w3.org/2001/XMLSchema-instance";
 
 /// The elements of the XML Signature standard.
-constexpr std::array<std::string_view, 43> kSignatureElements = {"CanonicalizationMethod",
+constexpr std::array<std::string_view, 45> kSignatureElements = {"CanonicalizationMethod",
                                                                  "DSAKeyValue",
                                                                  "DigestMethod",
                                                                  "DigestValue",
@@ -58,7 +58,9 @@ constexpr std::array<std::string_view, 43> kSignatureElements = {"Canonicalizati
                                                                  "X509IssuerSerial",
                                                                  "X509SKI",
                                                                  "X509SerialNumber",
-                                                                 "X509SubjectName"};
+                                                                 "X509SubjectName",
+                                                                 "XPath",
+                                                                 "Y"};
 
 bool Contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;

@@ -55,12 +55,24 @@ class TOtherVersions : public ISchemaOtherVersions {
 
     /// What is said of an element that this version does not know: its history where it has one.
     std::string UnknownElement(const TSchemaFault& fault) const {
-        const auto [text, removed] = history_.Frase(fileName_, PathOf(*fault.Node));
+        const TPath path = PathOf(*fault.Node);
+        std::string key;
+        for (const std::string_view name : path)
+            key.append(name).append("/");
+        const auto [known, added] = phrases_.try_emplace(std::move(key));
+        if (added)
+            known->second = history_.Frase(fileName_, path);
+        const auto& [text, removed] = known->second;
         if (text.empty())
             return TSchemaMessages::Sentence(fault);
-        if (removed)
-            return fmt::format("Remova <{}>: {}.", fault.Name, text);
-        return fmt::format("O elemento <{}> não é conhecido em <{}>: {}.", fault.Name, fault.Parent, text);
+        if (!removed)
+            return fmt::format("O elemento <{}> não é conhecido em <{}>: {}.", fault.Name, fault.Parent,
+                               text);
+        const TXmlNode* inner = fault.Node->FirstChildTag();
+        if (inner != nullptr && std::ranges::find(fault.Expected, inner->LocalName()) != fault.Expected.end())
+            return fmt::format("Remova <{0}> e deixe <{1}> no lugar: <{0}> {2}.", fault.Name,
+                               inner->LocalName(), text);
+        return fmt::format("Remova <{}>: {}.", fault.Name, text);
     }
 
     /// The version that the content seems to be of, when it is not the declared one; else empty.
@@ -105,6 +117,7 @@ class TOtherVersions : public ISchemaOtherVersions {
 
     const THistoricoDeElementos& history_ = THistoricoDeElementos::DoPrograma();
     std::string fileName_;
+    mutable std::map<std::string, THistoricoDeElementos::TFrase> phrases_; ///< by path
 };
 
 /// True for faults that a document of another version has.
@@ -122,18 +135,19 @@ bool IsStructural(TSchemaFaultCode code) {
     }
 }
 
-/// Structure for faults with which the other rules may see fewer, more or other elements than were meant.
 TFindingKind KindOf(TSchemaFaultCode code) {
     switch (code) {
     case TSchemaFaultCode::UnknownElement:
         return TFindingKind::UnknownElement;
-    case TSchemaFaultCode::WrongCase:
     case TSchemaFaultCode::OutsideElement:
     case TSchemaFaultCode::MissingWrapper:
     case TSchemaFaultCode::TooMany:
-    case TSchemaFaultCode::TooFew:
+    case TSchemaFaultCode::TextNotAllowed:
     case TSchemaFaultCode::ElementInSimpleType:
     case TSchemaFaultCode::ExclusiveElement:
+        return TFindingKind::Misplaced;
+    case TSchemaFaultCode::WrongCase:
+    case TSchemaFaultCode::TooFew:
         return TFindingKind::Structure;
     default:
         return IsStructural(code) ? TFindingKind::Structure : TFindingKind::Value;

@@ -45,17 +45,18 @@ class TAbstractSolver : public ISolver {
     std::shared_ptr<const IArquivoTiss> file_;
 };
 
-/// What an amount was computed from.
+/// What a value was computed from.
 struct TComputation {
     const TXmlNode* Scope =
         nullptr; ///< the element of which the structure decides what counts: an item or guide
     std::vector<const TXmlNode*> Operands; ///< elements with a factor or summand, readable or not
+    bool Amount = true;                    ///< false: a text that the operands decide
 };
 
 /// Gives one element another text. An element without a text value is left as it is.
 class TUpdateNodeValueSolver : public TAbstractSolver {
   public:
-    /// `computation`: of an amount, what it was made of; nothing for a text that stands by itself.
+    /// `computation`: what the value was made of; nothing for a text that stands by itself.
     TUpdateNodeValueSolver(TXmlNode& node, std::string newValue,
                            std::optional<TComputation> computation = std::nullopt);
     const std::string& NewValue() const { return newValue_; }

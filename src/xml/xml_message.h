@@ -12,9 +12,14 @@ class ISolver;
 /// Severity of a message.
 enum class TMessageType : std::uint8_t { mtInformation, mtWarning, mtError, mtFatal, mtSuccess };
 
-/// What a finding speaks of: a value, an element that is not known, which elements stand where, or the run as
-/// a whole (which several rules may say, and the user reads once).
-enum class TFindingKind : std::uint8_t { Value, UnknownElement, Structure, Run };
+/// What a finding speaks of.
+enum class TFindingKind : std::uint8_t {
+    Value,
+    UnknownElement,
+    Misplaced, ///< elements or text where they do not belong
+    Structure, ///< elements that are missing or misnamed
+    Run        ///< the run as a whole; several rules may say it, and the user reads it once
+};
 
 /// Identifier of a message or solver: a counter of this process, written as a braced GUID on demand.
 class TSequentialId {

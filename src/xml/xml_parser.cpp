@@ -74,7 +74,7 @@ std::string InvalidTokenText(std::string_view text, std::size_t at) {
     // The parser stops behind the two hyphens.
     const std::size_t comment = text.rfind("<!--", at);
     if (comment != std::string_view::npos && at >= comment + 6 && text.substr(at - 2, 2) == "--" &&
-        text.find("-->", comment + 4) + 2 >= at)
+        std::min(text.find("-->", comment + 4), text.size()) + 2 >= at)
         return "Um comentário (<!-- ... -->) não pode conter \"--\". Apague os hifens ou troque-os por outro "
                "sinal.";
     return {};

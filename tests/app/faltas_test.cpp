@@ -337,6 +337,13 @@ TEST_F(Faltas, CorrigirTodasNaoPioraAConta) {
         {{{"<ans:sequencialItem>2<", "<ans:sequencialItem>1<"},
           {"<ans:valorProcedimentos>44.65", "<ans:valorProcedimentos>4"}},
          {"115 <valorProcedimentos> 4 (há erro no que se soma (linha 87))"}},
+        // Items that stand as text, and totals that no longer add up alone.
+        {{{"<ans:procedimentoExecutado>", "&lt;item>"}, {"</ans:procedimentoExecutado>", "&lt;/item>"}},
+         {"115 <valorProcedimentos> 44.65 (há erro no que se soma (linha 74))",
+          "116 <valorTotalGeral> 44.65 (há erro no que se soma (linha 74))"}},
+        {{{"<ans:codigoDespesa>01", "<ans:codigoDespesa>03"}},
+         {"278 <valorMateriais> 8.60 (os valores só mudam juntos, e em um deles o valor passaria a zero)",
+          "281 <valorGasesMedicinais> 30.75 (o valor passaria a zero)"}},
         // Correcting one value alone would leave an error that was not there.
         {{{"<ans:valorTotal>18.40", "<ans:valorTotal>18.50"},
           {"<ans:valorTotal>19.05", "<ans:valorTotal>18.95"},
@@ -355,6 +362,22 @@ TEST_F(Faltas, CorrigirTodasNaoPioraAConta) {
         EXPECT_THAT(Changes(report), ElementsAreArray(c.Expected)) << c.Edits.front().To;
         EXPECT_EQ(report["diferenca"].get<std::string>().empty(), report["correcoes"].empty());
     }
+    // An item outside of its guide, and an amount for which two sums are demanded.
+    WriteTestFile(File(), Edited(kMonitoramento, {{"<ans:valorTotalPagoProcedimentos>180.00",
+                                                   "<ans:valorTotalPagoProcedimentos>123.45"}}));
+    EXPECT_THAT(Changes(Run({"corrigir", "--todas", "--simular"})),
+                testing::ElementsAre("60 <valorPagoGuia> 180.00 (as regras pedem valores diferentes para o "
+                                     "mesmo elemento)"));
+    std::string moved = ReadTestFile(Example(kSadt3));
+    const std::size_t start = moved.find("<ans:procedimentoExecutado>");
+    const std::size_t end = moved.find("</ans:procedimentoExecutado>") + 28;
+    const std::string item = moved.substr(start, end - start);
+    moved.erase(start, end - start).insert(moved.find("<ans:guiasTISS>"), item);
+    WriteTestFile(File(), moved);
+    const json outside = Run({"corrigir", "--todas", "--simular"});
+    EXPECT_EQ(outside["naoCorrigidas"][0]["motivo"], "há itens fora do lugar (linha 26)");
+    EXPECT_EQ(Changes(outside).size(), 2U);
+    WriteTestFile(File(), Edited(kSadt3, std::end(cases)[-1].Edits));
     const json text = Run({"corrigir", "--todas", "--simular"});
     EXPECT_EQ(ReadTestFile(File()), Edited(kSadt3, std::end(cases)[-1].Edits)) << "--simular grava nada";
 }

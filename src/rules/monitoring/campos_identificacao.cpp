@@ -85,10 +85,19 @@ void TMunicipioResidenciaRule::Check(const TGuiaFields& guia) {
     TMunicipioRule::Check(guia);
 }
 
+namespace {
+
+/// What the text of a number is decided by.
+TComputation DecidedByOrigin(const TGuiaFields& guia) {
+    return {.Scope = nullptr, .Operands = {guia.OrigemEventoAtencao.Node()}, .Amount = false};
+}
+
+} // namespace
+
 void TNumeroGuiaRule::Check(const TGuiaFields& guia) {
     const TXmlField& number = guia.*row_.Numero;
     if (guia.IsReembolso() && number.Present() && number.Text() != kZeros)
-        AddError(guia, number, std::string(row_.NotZeros), std::string(kZeros));
+        AddError(guia, number, std::string(row_.NotZeros), std::string(kZeros), DecidedByOrigin(guia));
 }
 
 void TIdentificacaoReembolsoRule::Check(const TGuiaFields& guia) {
@@ -103,7 +112,7 @@ void TIdentificacaoReembolsoRule::Check(const TGuiaFields& guia) {
             "Quando a origem da conta for igual a 1 (Rede contratada, referenciada ou credenciada), 2 "
             "(Rede própria - cooperados) ou 3 (Rede própria - demais prestadores), o campo identificação "
             "do reembolso deve ser preenchido com \"00000000000000000000\" (20 zeros).",
-            std::string(kZeros));
+            std::string(kZeros), DecidedByOrigin(guia));
     if (reimbursement && zeros)
         AddError(
             guia, number,

@@ -42,7 +42,7 @@ void TCampoMonitoramentoValidation::AddError(const TGuiaFields& guia, const TXml
                                              std::optional<TComputation> computation) {
     const auto message = NewError(guia, place, std::move(reason));
     const bool computable =
-        !computation ||
+        !computation || !computation->Amount ||
         (ParseDecimal(correction) && std::ranges::all_of(computation->Operands, [](const TXmlNode* operand) {
              return ParseDecimal(operand->Value()).has_value();
          }));
