@@ -412,6 +412,11 @@ TXmlText DecodeXml(std::string bytes) {
         CheckUtf8(bytes, declared.empty() ? kUndeclared : kDeclaredUtf8);
         return {std::move(bytes), {name, false}};
     }
+    if (name.starts_with("UTF-16") || name.starts_with("UTF-32"))
+        RaiseAt({}, fmt::format(
+                        "O arquivo declara a codificação {}, mas não está gravado nela. Declare a que ele "
+                        "usa, por exemplo encoding=\"ISO-8859-1\", ou salve o arquivo novamente.",
+                        declared));
     if (name == kAnsi && IsAscii(bytes))
         return {std::move(bytes), {name, false}};
     std::string text = ToUtf8(bytes, name, declared);

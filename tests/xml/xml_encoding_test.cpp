@@ -78,6 +78,8 @@ TEST(XmlEncoding, NamesThePlaceOfBytesThatDoNotDecode) {
         {std::string("PK\x03\x04\0\0", 6), 1, 1, "compactado (ZIP ou semelhante) e não é um XML"},
         {"%PDF-1.4\n", 1, 1, "é um PDF, não um XML"},
         {"MZ\x90", 1, 1, "é um programa, não um XML"},
+        {"<?xml version='1.0' encoding='UTF-16'?><a/>", 1, 1,
+         "declara a codificação UTF-16, mas não está gravado nela"},
         {"<?xml version='1.0' encoding='klingon'?><a/>", 1, 1, "klingon"},
         {"\xFF\xFE<", 1, 1, "UTF-16LE"},
         {"<?xml version='1.0' encoding='Shift_JIS'?>\n<a>\x81\x20</a>", 2, 4, "Shift_JIS"},

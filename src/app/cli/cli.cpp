@@ -26,9 +26,12 @@ namespace {
 /// The user's words for what CLI11 finds wrong.
 std::string UsageText(const CLI::ParseError& error, const std::vector<std::string>& words) {
     const std::string name = error.get_name();
-    if (name == "RequiredError")
-        return words.empty() ? "falta o comando"
-                             : fmt::format("falta um argumento obrigatório ({})", error.what());
+    if (name == "RequiredError") {
+        const std::string what = error.what(); // "--tabela is required"
+        return words.empty()
+                   ? "falta o comando"
+                   : fmt::format("falta um argumento obrigatório ({})", what.substr(0, what.find(" is ")));
+    }
     if (name == "ExtrasError")
         return fmt::format("argumento desconhecido ({})", error.what());
     if (name == "ValidationError" || name == "ConversionError")
