@@ -169,20 +169,46 @@ TEST_F(Importacao, ReadsWorkbooksInPackages) {
 }
 
 TEST_F(Importacao, TellsTheLinesThatItDoesNotUnderstand) {
-    const TImportReport report = Import({Write(
-        "Tabela 22.csv", kHeader +
-                             "10101012;A;13/02/2009;;\n\n1010101;A;;;\n;A;;;\n10101039;A;30/02/2009;;\n"
-                             "10101020;\"duas\nlinhas\";;;\nFonte: ANS;;;;\n10101047;A;;45000,5;\n" +
-                             kHeader)});
-    std::vector<std::string> lines;
-    lines.reserve(report.naoEntendidas.size());
-    for (const TLinhaNaoEntendida& line : report.naoEntendidas)
-        lines.push_back(std::to_string(line.linha) + ": " + line.motivo);
-    EXPECT_THAT(lines, ElementsAre("4: o código \"1010101\" não tem 8 dígitos", "5: falta o código",
-                                   "6: \"30/02/2009\" não é uma data", "9: \"Fonte: ANS\" não é um código",
-                                   "10: \"45000,5\" não é uma data"));
-    EXPECT_EQ(report.arquivos[0].naoEntendidas, 5);
-    EXPECT_THAT(Dump({"TB_TUSS_22"}), ElementsAre("TUSS_22|10101012|2009-02-13|~", "TUSS_22|10101020|~|~"));
+    const std::string unclosed = "as aspas abertas nesta linha não se fecham";
+    const struct {
+        const char* Name;
+        std::string Content;
+        std::vector<std::string> Lines;
+        std::vector<std::string> Terms;
+    } cases[] = {
+        {"Tabela 22.csv",
+         kHeader +
+             "10101012;A;13/02/2009;;\n\n1010101;A;;;\n;A;;;\n10101039;A;30/02/2009;;\n"
+             "10101020;\"duas\nlinhas\";;;\nFonte: ANS;;;;\n10101047;A;;45000,5;\n" +
+             kHeader,
+         {"4: o código \"1010101\" não tem 8 dígitos", "5: falta o código",
+          "6: \"30/02/2009\" não é uma data", "9: \"Fonte: ANS\" não é um código",
+          "10: \"45000,5\" não é uma data"},
+         {"TUSS_22|10101012|2009-02-13|~", "TUSS_22|10101020|~|~"}},
+        // Quotation marks that nobody closes: before plain rows, quoted ones, short ones, at the end.
+        {"Tabela 22.csv",
+         kHeader + "10101011;\"CATETER 3;01/01/2020;;\n10101012;B;01/01/2020;;\n10101013;B 3\";;;\n"
+                   "10101014;\"C;D\nE;F\";;;\r\n10101015;\"X;;;\r\n\r\n10101016;\"B\";;;\r\n"
+                   "10101017;\"X;;;\n10101018;B\n10101019;\"X;;;",
+         {"2: " + unclosed, "7: " + unclosed, "10: " + unclosed, "12: " + unclosed},
+         {"TUSS_22|10101012|2020-01-01|~", "TUSS_22|10101013|~|~", "TUSS_22|10101014|~|~",
+          "TUSS_22|10101016|~|~", "TUSS_22|10101018|~|~"}},
+        {"tuss-22.csv",
+         "source;id;display_name\n\"tuss-22\";\"10101012\";\"A\n\"tuss-22\";\"10101020\";\"B\"\n",
+         {"2: " + unclosed},
+         {"TUSS_22|10101020|~|~"}},
+    };
+    for (const auto& c : cases) {
+        Forget();
+        const TImportReport report = Import({Write(c.Name, c.Content)});
+        std::vector<std::string> lines;
+        lines.reserve(report.naoEntendidas.size());
+        for (const TLinhaNaoEntendida& line : report.naoEntendidas)
+            lines.push_back(std::to_string(line.linha) + ": " + line.motivo);
+        EXPECT_THAT(lines, ElementsAreArray(c.Lines)) << c.Content;
+        EXPECT_EQ(report.arquivos[0].naoEntendidas, static_cast<std::int64_t>(c.Lines.size()));
+        EXPECT_THAT(Dump({"TB_TUSS_22", "TB_TUSS_64"}), ElementsAreArray(c.Terms)) << c.Content;
+    }
 }
 
 /// Publications that say different things of the same terms.

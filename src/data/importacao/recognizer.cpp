@@ -128,6 +128,10 @@ TRecognizer::TKind TRecognizer::Take(const TRow& row, TPublishedRow& result, std
         }
         return TKind::Skipped;
     }
+    if (!row.defect.empty()) {
+        reason = row.defect;
+        return TKind::NotUnderstood;
+    }
     if (std::all_of(row.cells.begin(), row.cells.end(), &IsNone)) {
         return TKind::Skipped;
     }

@@ -25,6 +25,7 @@ struct TCell {
 struct TRow {
     std::uint64_t number = 0;
     std::vector<TCell> cells;
+    std::string defect; ///< why the file does not tell the cells; empty where it does
 };
 
 /// Takes a row; false when it wants no more of this sheet.

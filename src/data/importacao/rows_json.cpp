@@ -119,7 +119,7 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
     bool EndRecord() {
         recordDepth_ = 0;
         if (newName_) {
-            TRow header{row_.number, {}};
+            TRow header{row_.number, {}, {}};
             for (const std::string& name : names_) {
                 header.cells.push_back({name, false});
             }
