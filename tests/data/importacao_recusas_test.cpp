@@ -41,6 +41,7 @@ class ImportacaoRecusada : public Importacao {
     void ExpectUntouched() const {
         EXPECT_EQ(testes::Ler(Database()), before_);
         EXPECT_FALSE(fs::exists(Database().string() + ".importacao"));
+        EXPECT_FALSE(fs::exists(Database().string() + ".trava"));
     }
 
     TImportOptions Options() const {
@@ -220,13 +221,20 @@ TEST_F(ImportacaoRecusada, TargetsThatCannotBeWritten) {
     };
     ImportTerminology(options);
     EXPECT_EQ(second, "outra importação está em andamento");
+    EXPECT_FALSE(fs::exists(Database().string() + ".trava"));
 
     options.onProgress = nullptr;
     options.target = File("Tabela 22.csv") / "tuss.db";
     EXPECT_THROW(ImportTerminology(options), EPastaNaoCriada);
-    options.target = Write("outra.db", std::string(5000, 'x'));
-    EXPECT_THROW(ImportTerminology(options), ETerminologiaNaoGravada);
-    EXPECT_EQ(testes::Ler(File("outra.db")), std::string(5000, 'x'));
+    SQLite::Database(File("agenda.db").string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE)
+        .exec("CREATE TABLE CONTATO (NOME TEXT)");
+    for (const fs::path& other : {Write("outra.db", std::string(5000, 'x')), File("agenda.db")}) {
+        const std::string before = testes::Ler(other);
+        options.target = other;
+        EXPECT_THROW(ImportTerminology(options), ETerminologiaNaoGravada) << other;
+        EXPECT_EQ(testes::Ler(other), before);
+        EXPECT_FALSE(fs::exists(other.string() + ".trava")) << other;
+    }
     options.target = options.delivered = CONFERIX_TUSS_DB;
     EXPECT_THROW(ImportTerminology(options), ETerminologiaNaoGravada);
 }
