@@ -131,7 +131,10 @@ TEST_F(Importacao, ReadsWorkbooksInPackages) {
         "<row r=\"14\"><c r=\"B14\" t=\"str\"><v>71000000</v></c><c r=\"G14\"><v>41486</v></c></row>"
         "<row r=\"15\"><c r=\"B15\" t=\"s\"><v>5</v></c><c r=\"F15\" t=\"d\"><v>2012-10-10</v></c><c "
         "r=\"G15\" t=\"s\"><v>6</v></c></row>"
-        "<row r=\"16\"><c r=\"B16\"><v>123</v></c><c r=\"F16\" t=\"e\"><v>#N/A</v></c></row><row r=\"17\"/>";
+        "<row r=\"16\"><c r=\"B16\"><v>123</v></c><c r=\"C16\" t=\"e\"><v>#N/A</v></c></row><row r=\"17\"/>"
+        "<row r=\"18\"><c r=\"B18\"><v>124</v></c><c r=\"G18\" t=\"e\"><v>#VALUE!</v></c></row>"
+        "<row r=\"19\"><c r=\"B19\"><v>125</v></c><c r=\"F19\" t=\"b\"><v>1</v></c></row>"
+        "<row r=\"20\"><c r=\"B20\" t=\"e\"><v>#REF!</v></c></row>";
     const std::vector<std::string> shared = {"Título",
                                              "Código do Termo",
                                              "Termo",
@@ -163,6 +166,11 @@ TEST_F(Importacao, ReadsWorkbooksInPackages) {
                                     "TUSS_TERMO|19|70965676|Prótese X", "TUSS_TERMO|87|00|Própria"));
     EXPECT_THAT(report.ignorados, ElementsAre((File("pacote.zip") / "notas.csv").string()));
     EXPECT_EQ(report.arquivos[0].tabelas.at("19").linhas, 4);
+    std::vector<std::string> reasons;
+    for (const TLinhaNaoEntendida& line : report.naoEntendidas)
+        reasons.push_back(std::to_string(line.linha) + ": " + line.motivo);
+    EXPECT_THAT(reasons, ElementsAre("18: \"#VALUE!\" não é uma data", "19: \"1\" não é uma data",
+                                     "20: \"#REF!\" não é um código"));
     EXPECT_EQ(report.arquivos[0].sha256.size(), 64U);
     EXPECT_THAT(testes::TPastaTemporaria().Names(), IsEmpty());
     EXPECT_FALSE(fs::exists(Database().string() + ".importacao"));

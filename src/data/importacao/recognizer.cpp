@@ -44,7 +44,7 @@ std::string LabelKey(std::string_view label) {
 }
 
 std::string TextOf(const TCell& cell) {
-    return IsNone(cell) ? std::string() : cell.text;
+    return IsNone(cell) || cell.isInvalid ? std::string() : cell.text;
 }
 
 std::string Quoted(const TCell& cell) {
@@ -173,7 +173,7 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
         // The service's list of its tables.
         if (const std::string table = TableInTitle(code.text); !table.empty()) {
             result.tabela = "87";
-            code = {table, false};
+            code = {table, false, false};
         }
     }
     if (result.tabela.empty()) {
@@ -187,7 +187,7 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
     const bool isCity = result.tabela == kMunicipios;
     const std::size_t length = isCity ? kCityLength : CodeLength(result.tabela);
     auto text = CodeInCell(code, result.tabela == "64" ? kLength64 : length);
-    if (!text && !IsNone(code) && length == 0 && result.tabela != "64") {
+    if (!text && !IsNone(code) && !code.isInvalid && length == 0 && result.tabela != "64") {
         text = code.text; // the domain tables have codes of all kinds
     }
     if (!text) {

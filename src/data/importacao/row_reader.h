@@ -19,6 +19,7 @@ namespace conferix {
 struct TCell {
     std::string text;
     bool isNumber = false;
+    bool isInvalid = false; ///< an error or a truth value of a spreadsheet: neither code, date nor text
 };
 
 /// A row by column (0-based, gaps are empty cells), with the number under which the user finds it.

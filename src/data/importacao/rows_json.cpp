@@ -112,7 +112,7 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
         }
         row_.cells.resize(names_.size());
         row_.cells[static_cast<std::size_t>(known - names_.begin())] = {std::string(TrimBlanks(text)),
-                                                                        isNumber};
+                                                                        isNumber, false};
         return true;
     }
 
@@ -121,7 +121,7 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
         if (newName_) {
             TRow header{row_.number, {}, {}};
             for (const std::string& name : names_) {
-                header.cells.push_back({name, false});
+                header.cells.push_back({name, false, false});
             }
             newName_ = false;
             if (!onRow_(header)) {

@@ -88,7 +88,7 @@ class TTextParser {
     static void AddCell(void* text, std::size_t length, void* self) {
         auto& cells = static_cast<TTextParser*>(self)->row_.cells;
         if (cells.size() < kMaxCells) {
-            cells.push_back({Decoded({static_cast<const char*>(text), length}), false});
+            cells.push_back({Decoded({static_cast<const char*>(text), length}), false, false});
         }
     }
     static void EndRow(int /*end*/, void* self) { static_cast<TTextParser*>(self)->ended_ = true; }
