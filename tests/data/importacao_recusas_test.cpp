@@ -104,6 +104,8 @@ TEST_F(ImportacaoRecusada, FilesThatAreNoPublication) {
          "linha 2: as aspas abertas nesta linha não se fecham"},
         {Write("linha.csv", kHeader + "10101012;" + std::string(3 << 20, 'x')), "a linha 2 é longa demais"},
         {Write("sem numero.csv", kHeader + "10101012;A\n"), "nada diz de que tabela da TUSS são os termos"},
+        {Write("ruim.json", R"([{"id":"10101012"},{"id":"","source":"tuss-22"}])"),
+         "registro 2: falta o código"},
         {Write("Tabela 22 ruim.csv", kHeader + "abc;A\n"), "linha 2: \"abc\" não é um código"},
         {Write("cortado.zip", zip.substr(0, zip.size() / 2)), "não é um arquivo ZIP válido"},
         {Write("estragado.zip", damaged), "está danificado"},

@@ -106,8 +106,15 @@ TEST_F(Importacao, ReadsEveryLayoutOfText) {
         {"64.csv",
          "Terminologia;Código TUSS;Forma de envio;Código do grupo;Descrição do grupo;Data de início de "
          "vigência\n"
-         "22;10101012;Consolidado;029;X;10/10/2012\n0;1;INDIVIDUALIZADO;-;-;10/10/2012\n",
-         {"TUSS_64|00|1|0|~|2012-10-10|~|~", "TUSS_64|22|10101012|1|029|2012-10-10|~|~"}},
+         "22;10101012;Consolidado;029;X;10/10/2012\n0;1;INDIVIDUALIZADO;-;-;10/10/"
+         "2012\n22;2;Consolidado;29;-;\n",
+         {"TUSS_64|00|1|0|~|2012-10-10|~|~", "TUSS_64|22|10101012|1|029|2012-10-10|~|~",
+          "TUSS_64|22|2|1|029|~|~|~"}},
+        {"pai.json",
+         R"([{"pai":{"id":"99999999","display_name":"PAI"},"id":"10101012","source":"tuss-22","display_name":"A"},
+            {"id":"10101020","source":"tuss-22","display_name":"B","pai":{"id":"99999999","source":"tuss-18"}}])",
+         {"TUSS_22|10101012|~|~", "TUSS_22|10101020|~|~", "TUSS_TERMO|22|10101012|A",
+          "TUSS_TERMO|22|10101020|B"}},
     };
     for (const auto& c : cases) {
         Forget();
@@ -205,6 +212,12 @@ TEST_F(Importacao, TellsTheLinesThatItDoesNotUnderstand) {
          "source;id;display_name\n\"tuss-22\";\"10101012\";\"A\n\"tuss-22\";\"10101020\";\"B\"\n",
          {"2: " + unclosed},
          {"TUSS_22|10101020|~|~"}},
+        {"TUSS 64.csv",
+         "Terminologia;Código TUSS;Forma de envio;Código do grupo\n22;1;Consolidado;X1\n"
+         "22;1;Consolidado;1.0\n22;1;Consolidado;0029\n22;2;Individualizado;\n",
+         {"2: \"X1\" não é um código de grupo", "3: \"1.0\" não é um código de grupo",
+          "4: \"0029\" não é um código de grupo"},
+         {"TUSS_64|22|2|0|~|~|~|~"}},
     };
     for (const auto& c : cases) {
         Forget();

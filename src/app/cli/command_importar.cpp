@@ -94,7 +94,7 @@ void WriteReport(const TCliContext& context, const TImportReport& report) {
         return;
     out << fmt::format("Linhas que não puderam ser entendidas: {}\n", formats.Count(notUnderstood));
     for (const TLinhaNaoEntendida& line : report.naoEntendidas)
-        out << fmt::format("  {}, linha {}: {}\n", line.arquivo, line.linha, line.motivo);
+        out << fmt::format("  {}, {}: {}\n", line.arquivo, line.Lugar(), line.motivo);
     const auto shown = static_cast<std::int64_t>(report.naoEntendidas.size());
     if (shown < notUnderstood)
         out << fmt::format("  e mais {}\n", formats.Count(notUnderstood - shown));

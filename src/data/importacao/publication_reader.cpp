@@ -130,15 +130,15 @@ void TPublicationReader::ReadPackage(TZipArchive& archive, const TPart& part) {
     }
 }
 
-TRowHandler TPublicationReader::Handler(TRecognizer& recognizer, std::string where) {
-    return [this, &recognizer, where = std::move(where), row = TPublishedRow(), reason = std::string(),
-            rows = std::uint64_t(0)](const TRow& cells) mutable {
+TRowHandler TPublicationReader::Handler(TRecognizer& recognizer, std::string where, bool isJson) {
+    return [this, &recognizer, isJson, where = std::move(where), row = TPublishedRow(),
+            reason = std::string(), rows = std::uint64_t(0)](const TRow& cells) mutable {
         switch (recognizer.Take(cells, row, reason)) {
         case TRecognizer::TKind::Understood:
             sink_.OnRow(row, recognizer.IsHistory());
             break;
         case TRecognizer::TKind::NotUnderstood:
-            sink_.OnNotUnderstood({where, cells.number, reason});
+            sink_.OnNotUnderstood({where, cells.number, reason, isJson});
             break;
         case TRecognizer::TKind::Skipped:
             break;
@@ -162,7 +162,7 @@ void TPublicationReader::ReadWorkbook(TZipArchive& archive, const TPart& part) {
             table = part.table.empty() ? TableInSheetName(sheet.name) : part.table;
         }
         TRecognizer recognizer(std::move(table));
-        workbook.ReadRows(sheet, Handler(recognizer, where), [&](std::uint64_t bytes) {
+        workbook.ReadRows(sheet, Handler(recognizer, where, false), [&](std::uint64_t bytes) {
             sink_.OnProgress(PathText(part.shownAs.filename()),
                              part.from + (part.to - part.from) * Share(done + bytes, total));
         });
@@ -185,8 +185,9 @@ void TPublicationReader::ReadStream(IByteSource& source, std::uint64_t bytes, co
     start.remove_prefix(start.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0);
     start = TrimBlanks(start);
     TRecognizer recognizer(part.table);
-    const TRowHandler onRow = Handler(recognizer, PathText(part.shownAs));
-    if (start.starts_with('[') || start.starts_with('{')) {
+    const bool isJson = start.starts_with('[') || start.starts_with('{');
+    const TRowHandler onRow = Handler(recognizer, PathText(part.shownAs), isJson);
+    if (isJson) {
         ReadJsonRows(head, part.shownAs, onRow);
     } else {
         ReadTextRows(head, part.shownAs, &TRecognizer::IsHeader, onRow);

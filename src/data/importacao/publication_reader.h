@@ -16,6 +16,10 @@ struct TLinhaNaoEntendida {
     std::string arquivo;     ///< with the names of the packages and the sheet that hold it
     std::uint64_t linha = 0; ///< 1-based; in JSON the object
     std::string motivo;
+    bool isRegistro = false; ///< of JSON
+
+    /// "linha 3", "registro 3".
+    std::string Lugar() const { return (isRegistro ? "registro " : "linha ") + std::to_string(linha); }
 };
 
 /// Takes what is read.
@@ -62,7 +66,7 @@ class TPublicationReader {
     void ReadPackage(TZipArchive& archive, const TPart& part);
     void ReadWorkbook(TZipArchive& archive, const TPart& part);
     void ReadStream(IByteSource& source, std::uint64_t bytes, const TPart& part);
-    TRowHandler Handler(TRecognizer& recognizer, std::string where);
+    TRowHandler Handler(TRecognizer& recognizer, std::string where, bool isJson);
 
     std::filesystem::path workFolder_;
     IPublicationSink& sink_;

@@ -249,12 +249,15 @@ bool TRecognizer::TakeTable64(const TRow& row, TPublishedRow& result, std::strin
     }
     const TCell& group = Cell(row, TField::CodigoDoGrupo);
     if (!IsNone(group)) {
-        const auto code = CodeInCell(group, CodeLength("63"));
-        if (!code) {
+        const std::size_t length = CodeLength("63");
+        const std::string code = CodeInCell(group, length).value_or(std::string());
+        if (code.empty() || code.size() > length ||
+            code.find_first_not_of("0123456789") != std::string::npos) {
             reason = Quoted(group) + " não é um código de grupo";
             return false;
         }
-        result.grupo = *code;
+        // Spreadsheets that save a text leave out its leading zeros.
+        result.grupo = std::string(length - code.size(), '0') + code;
     }
     return true;
 }

@@ -40,7 +40,8 @@ using TIsHeader = std::function<bool(const TRow&)>;
 void ReadTextRows(IByteSource& source, const std::filesystem::path& name, const TIsHeader& isHeader,
                   const TRowHandler& onRow);
 
-/// The objects of JSON arrays, their inner objects taken flat. A row of the names comes first, and again
+/// The objects of JSON arrays, their inner objects taken flat: where an inner one has the name of a value of
+/// the object itself, the object's own stays. A row of the names comes first, and again
 /// when an object brings a new name. Raises EPublicacaoInvalida.
 void ReadJsonRows(IByteSource& source, const std::filesystem::path& name, const TRowHandler& onRow);
 

@@ -260,8 +260,8 @@ class TImport : private IPublicationSink {
     std::string NothingFound() const {
         if (!report_.naoEntendidas.empty() && report_.arquivos.back().naoEntendidas > 0) {
             const TLinhaNaoEntendida& line = report_.naoEntendidas.back();
-            return "nenhuma linha pôde ser entendida (" + line.arquivo + ", linha " +
-                   std::to_string(line.linha) + ": " + line.motivo +
+            return "nenhuma linha pôde ser entendida (" + line.arquivo + ", " + line.Lugar() + ": " +
+                   line.motivo +
                    "). O nome do arquivo diz a tabela quando as colunas não a dizem: \"Tabela 18.csv\"";
         }
         return "não foi encontrada nenhuma tabela da TUSS. São lidas as publicações da ANS em ZIP, XLSX, "
