@@ -156,6 +156,11 @@ TEST_F(ImportacaoRecusada, PackagesThatAreDangerous) {
         {"shared text that is not there", sheet(row + "<row r=\"2\"><c r=\"A2\" t=\"s\"><v>99</v></c></row>"),
          "danificada"},
         {"sheet that is not there", withoutSheet, "falta a folha"},
+        {"damaged workbook",
+         {{"Tabela 22.csv", csv}, {"TUSS 18.xlsx", "estragada"}},
+         "não é uma planilha XLSX"},
+        {"archive that is no workbook", {{"TUSS 18.xlsx", nested}}, "não é uma planilha XLSX"},
+        {"damaged archive", {{"Tabela 22.csv", csv}, {"b.zip", "estragado"}}, "não é um arquivo ZIP"},
         {"other calendar", Workbook({{"Tabela 22", row}}, {}, " date1904=\"1\""), "a partir de 1904"},
         {"nothing but empty rows", sheet([] {
              std::string rows;

@@ -110,6 +110,9 @@ TEST_F(Importacao, ReadsEveryLayoutOfText) {
          "2012\n22;2;Consolidado;29;-;\n",
          {"TUSS_64|00|1|0|~|2012-10-10|~|~", "TUSS_64|22|10101012|1|029|2012-10-10|~|~",
           "TUSS_64|22|2|1|029|~|~|~"}},
+        {"Tabela 18 datas.csv",
+         "Código do Termo;Termo;Início;Fim\n60000015;A;01/01/2020;31/12/2020\n",
+         {"TUSS_18|60000015|~|~", "TUSS_TERMO|18|60000015|A"}},
         {"pai.json",
          R"([{"pai":{"id":"99999999","display_name":"PAI"},"id":"10101012","source":"tuss-22","display_name":"A"},
             {"id":"10101020","source":"tuss-22","display_name":"B","pai":{"id":"99999999","source":"tuss-18"}}])",
@@ -121,6 +124,7 @@ TEST_F(Importacao, ReadsEveryLayoutOfText) {
         const TImportReport report = Import({Write(c.Name, c.Content)});
         EXPECT_THAT(Dump(), ElementsAreArray(c.Expected)) << c.Name;
         EXPECT_EQ(report.arquivos[0].naoEntendidas, 0) << c.Name;
+        EXPECT_EQ(report.semDatas.size(), c.Content.find(";Fim\n") == std::string::npos ? 0U : 1U) << c.Name;
     }
 }
 
@@ -442,6 +446,7 @@ TEST_F(Importacao, PublishedFilesGiveTheCountsOfAHandCount) {
         Forget();
         files.push_back(*published / c.File);
         TImportReport report = Import({files.back()});
+        EXPECT_THAT(report.semDatas, IsEmpty());
         std::string counts;
         for (const auto& [table, content] : report.arquivos[0].tabelas) {
             const TTableChanges& changes = report.tabelas[table];

@@ -24,6 +24,12 @@ std::string Ending(const fs::path& file) {
     return PlainText(PathText(file.extension()));
 }
 
+EPublicacaoInvalida DamagedArchive(const fs::path& file, std::string_view ending) {
+    return {file, ending == "xlsx"
+                      ? "não é uma planilha XLSX válida; ela pode ter chegado incompleta, baixe-a de novo"
+                      : "não é um arquivo ZIP válido; ele pode ter chegado incompleto, baixe-o de novo"};
+}
+
 /// Removes an unpacked file.
 class TUnpacked {
   public:
@@ -78,8 +84,11 @@ void TPublicationReader::Read(const fs::path& file) {
 void TPublicationReader::ReadFile(const fs::path& file, const TPart& part) {
     TFileSource source(file);
     TPeekSource head(source, 4);
+    const std::string ending = Ending(part.shownAs);
     if (head.Head() == "PK\x03\x04" || head.Head() == "PK\x05\x06") {
         ReadZip(file, part);
+    } else if (ending == "xlsx" || ending == "zip") {
+        throw DamagedArchive(part.shownAs, ending);
     } else {
         std::error_code error;
         const std::uintmax_t bytes = fs::file_size(file, error);
@@ -94,6 +103,8 @@ void TPublicationReader::ReadZip(const fs::path& file, const TPart& part) {
     TZipArchive archive(file, part.shownAs);
     if (TWorkbook::IsWorkbook(archive)) {
         ReadWorkbook(archive, part);
+    } else if (Ending(part.shownAs) == "xlsx") {
+        throw DamagedArchive(part.shownAs, "xlsx");
     } else {
         ReadPackage(archive, part);
     }
@@ -167,6 +178,9 @@ void TPublicationReader::ReadWorkbook(TZipArchive& archive, const TPart& part) {
                              part.from + (part.to - part.from) * Share(done + bytes, total));
         });
         done += sheet.bytes;
+        if (recognizer.MissesDates()) {
+            sink_.OnMissingDates(where);
+        }
         found = found || recognizer.HeaderFound();
     }
     if (!found) {
@@ -191,6 +205,9 @@ void TPublicationReader::ReadStream(IByteSource& source, std::uint64_t bytes, co
         ReadJsonRows(head, part.shownAs, onRow);
     } else {
         ReadTextRows(head, part.shownAs, &TRecognizer::IsHeader, onRow);
+    }
+    if (recognizer.MissesDates()) {
+        sink_.OnMissingDates(PathText(part.shownAs));
     }
     if (!recognizer.HeaderFound()) {
         sink_.OnPassedOver(PathText(part.shownAs));

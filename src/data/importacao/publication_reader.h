@@ -35,6 +35,8 @@ class IPublicationSink {
     virtual void OnNotUnderstood(TLinhaNaoEntendida line) = 0;
     /// A file inside of a package that holds no terminology.
     virtual void OnPassedOver(const std::string& file) = 0;
+    /// A file or sheet with terms of a table that has dates, but no column that is known as a date.
+    virtual void OnMissingDates(const std::string& file) = 0;
     /// How much of the file is read, 0 to 1; may raise to stop.
     virtual void OnProgress(const std::string& what, double fraction) = 0;
 };

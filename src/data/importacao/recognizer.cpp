@@ -108,6 +108,12 @@ std::optional<TRecognizer::TColumns> TRecognizer::ColumnsOf(const TRow& row) {
     return hasCode && found > 1 ? std::optional(columns) : std::nullopt;
 }
 
+void TRecognizer::UseColumns(const TRow& header, const TColumns& columns) {
+    columns_ = columns;
+    hasUnknownColumns_ = std::any_of(header.cells.begin(), header.cells.end(),
+                                     [](const TCell& cell) { return !IsNone(cell) && !FieldOf(cell.text); });
+}
+
 bool TRecognizer::IsHeader(const TRow& row) {
     return ColumnsOf(row).has_value();
 }
@@ -120,8 +126,9 @@ const TCell& TRecognizer::Cell(const TRow& row, TField field) const {
 
 TRecognizer::TKind TRecognizer::Take(const TRow& row, TPublishedRow& result, std::string& reason) {
     if (!columns_) {
-        columns_ = ColumnsOf(row);
-        if (!columns_ && tableOfNames_.empty()) {
+        if (const auto columns = ColumnsOf(row)) {
+            UseColumns(row, *columns);
+        } else if (tableOfNames_.empty()) {
             for (const TCell& cell : row.cells) {
                 tableOfNames_ = tableOfNames_.empty() ? TableInTitle(cell.text) : tableOfNames_;
             }
@@ -137,11 +144,16 @@ TRecognizer::TKind TRecognizer::Take(const TRow& row, TPublishedRow& result, std
     }
     result = {};
     if (TakeTerm(row, result, reason)) {
+        constexpr std::string_view kWithDates[] = {"18", "19", "20", "22"};
+        const bool hasDates = Has(TField::Inicio) || Has(TField::Fim) || Has(TField::Implantacao);
+        missesDates_ = missesDates_ || (!hasDates && hasUnknownColumns_ &&
+                                        std::find(std::begin(kWithDates), std::end(kWithDates),
+                                                  result.tabela) != std::end(kWithDates));
         return TKind::Understood;
     }
     // A sheet may hold several tables one below another, each with a header.
-    if (auto columns = ColumnsOf(row)) {
-        columns_ = columns;
+    if (const auto columns = ColumnsOf(row)) {
+        UseColumns(row, *columns);
         return TKind::Skipped;
     }
     return TKind::NotUnderstood;

@@ -22,9 +22,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::int64_t kNotUnderstoodShown = 20; // of a file
-constexpr double kShareOfReading = 0.6;          // of the time of a large import
-constexpr int kStepsBetweenLooks = 20000;        // of SQLite, between two looks at the stop flag
+constexpr double kShareOfReading = 0.6;   // of the time of a large import
+constexpr int kStepsBetweenLooks = 20000; // of SQLite, between two looks at the stop flag
 constexpr std::uint64_t kRowsBetweenLooks = 4096;
 
 fs::path Beside(const fs::path& file, const char* ending) {
@@ -280,12 +279,14 @@ class TImport : private IPublicationSink {
     }
 
     void OnNotUnderstood(TLinhaNaoEntendida line) override {
-        if (++report_.arquivos.back().naoEntendidas <= kNotUnderstoodShown) {
+        if (++report_.arquivos.back().naoEntendidas <= kNotUnderstoodKept) {
             report_.naoEntendidas.push_back(std::move(line));
         }
     }
 
     void OnPassedOver(const std::string& file) override { report_.ignorados.push_back(file); }
+
+    void OnMissingDates(const std::string& file) override { report_.semDatas.push_back(file); }
 
     void OnProgress(const std::string& what, double fraction) override {
         Tell(what, from_ + share_ * fraction);
