@@ -31,6 +31,7 @@ class TSink : public IPublicationSink {
             std::abort();
     }
     void OnPassedOver(const std::string&) override {}
+    void OnMissingDates(const std::string&) override {}
     void OnProgress(const std::string&, double fraction) override {
         if (!(fraction >= 0 && fraction <= 1))
             std::abort();

@@ -18,6 +18,7 @@ using nlohmann::json;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class CliTerminologia : public testing::Test {
   protected:
@@ -111,14 +112,35 @@ TEST_F(CliTerminologia, ShowsImportsWarnsOfOldOnesAndGoesBack) {
     const TResult import = Terminologia({"importar", File("Tabela 22.csv")});
     EXPECT_EQ(import.Status, kExitValid);
     EXPECT_THAT(import.Out, HasSubstr("linha 3: \"errada\" não é um código"));
+    std::string wrong = "Código do Termo;Termo;Início\n10101012;Consulta;\n";
+    for (int i = 0; i < 1001; ++i)
+        wrong += "errada;X;\n";
+    WriteTestFile(File("Tabela 20.csv"), wrong);
+    WriteTestFile(File("Tabela 24.csv"), "Código do Termo;Termo\n1;X\n;X\n");
+    const std::vector<std::string> several = {"importar", File("Tabela 20.csv"), File("Tabela 24.csv"),
+                                              "--terminologia", File("varias.db")};
+    EXPECT_THAT(Terminologia(several).Out,
+                AllOf(HasSubstr("entendidas: 1.002\n"), HasSubstr("linha 22: "), Not(HasSubstr("linha 23: ")),
+                      HasSubstr("Tabela 24.csv, linha 3: falta o código\n  e mais 981\n"),
+                      HasSubstr("sempre vigentes: " + File("Tabela 20.csv"))));
+    std::vector<std::string> asJson = several;
+    asJson.insert(asJson.end(), {"--formato", "json"});
+    const json report = json::parse(Terminologia(asJson).Out);
+    EXPECT_EQ(report["naoEntendidas"].size(), 1001U);
+    EXPECT_EQ(report["arquivos"][0]["naoEntendidas"], 1001);
+    EXPECT_EQ(report["semDatas"].size(), 1U);
+
     const TResult state = Terminologia({"estado"});
     EXPECT_THAT(state.Out, AllOf(HasSubstr("1 linha  Tabela 22.csv"), HasSubstr(File("dados/tuss.db"))));
     EXPECT_THAT(state.Err, IsEmpty());
     {
         SQLite::Database database(File("dados/tuss.db"), SQLite::OPEN_READWRITE);
-        database.exec("UPDATE TB_CARGA SET DATA = '2020-01-31 10:00:00'");
+        database.exec("UPDATE TB_CARGA SET DATA = '2020-01-31 10:00:00';"
+                      "INSERT INTO TB_CARGA SELECT ARQUIVO, SHA256, DATA, '24', 1, NULL FROM TB_CARGA");
     }
-    EXPECT_THAT(Terminologia({"estado"}).Err, HasSubstr("tabela 22 é de 2020-01-31, há mais de seis meses"));
+    EXPECT_THAT(
+        Terminologia({"estado"}).Err,
+        AllOf(HasSubstr("tabela 22 é de 2020-01-31, há mais de seis meses"), Not(HasSubstr("tabela 24"))));
     EXPECT_EQ(json::parse(Terminologia({"estado", "--formato", "json"}).Out)["cargas"][0]["linhas"], 1);
 
     const TResult other =
@@ -133,7 +155,7 @@ TEST_F(CliTerminologia, ShowsImportsWarnsOfOldOnesAndGoesBack) {
     EXPECT_EQ(Terminologia({"importar"}).Status, kExitUsage);
 
     EXPECT_THAT(Terminologia({"restaurar"}).Out, HasSubstr("As importações foram desfeitas"));
-    EXPECT_FALSE(std::filesystem::exists(File("dados/tuss.db")));
+    EXPECT_TRUE(std::filesystem::is_empty(File("dados")));
     EXPECT_EQ(json::parse(Terminologia({"restaurar", "--formato", "json"}).Out)["base"],
               (ExecutablePath().parent_path() / "tuss.db").string());
 }

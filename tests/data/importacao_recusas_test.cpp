@@ -41,6 +41,7 @@ class ImportacaoRecusada : public Importacao {
     void ExpectUntouched() const {
         EXPECT_EQ(testes::Ler(Database()), before_);
         EXPECT_FALSE(fs::exists(Database().string() + ".importacao"));
+        EXPECT_FALSE(fs::exists(Database().string() + ".trava"));
     }
 
     TImportOptions Options() const {
@@ -100,8 +101,11 @@ TEST_F(ImportacaoRecusada, FilesThatAreNoPublication) {
         {Write("longo.json", "[{\"id\":\"" + std::string(3 << 20, '1') + "\"}]"), "longo demais"},
         {Write("fundo.json", std::string(100000, '[')), "níveis demais"},
         {Write("aspas.csv", kHeader + "10101012;\"" + std::string(3 << 20, '\n')),
-         "as aspas abertas na linha 2 não se fecham"},
+         "linha 2: as aspas abertas nesta linha não se fecham"},
+        {Write("linha.csv", kHeader + "10101012;" + std::string(3 << 20, 'x')), "a linha 2 é longa demais"},
         {Write("sem numero.csv", kHeader + "10101012;A\n"), "nada diz de que tabela da TUSS são os termos"},
+        {Write("ruim.json", R"([{"id":"10101012"},{"id":"","source":"tuss-22"}])"),
+         "registro 2: falta o código"},
         {Write("Tabela 22 ruim.csv", kHeader + "abc;A\n"), "linha 2: \"abc\" não é um código"},
         {Write("cortado.zip", zip.substr(0, zip.size() / 2)), "não é um arquivo ZIP válido"},
         {Write("estragado.zip", damaged), "está danificado"},
@@ -152,6 +156,11 @@ TEST_F(ImportacaoRecusada, PackagesThatAreDangerous) {
         {"shared text that is not there", sheet(row + "<row r=\"2\"><c r=\"A2\" t=\"s\"><v>99</v></c></row>"),
          "danificada"},
         {"sheet that is not there", withoutSheet, "falta a folha"},
+        {"damaged workbook",
+         {{"Tabela 22.csv", csv}, {"TUSS 18.xlsx", "estragada"}},
+         "não é uma planilha XLSX"},
+        {"archive that is no workbook", {{"TUSS 18.xlsx", nested}}, "não é uma planilha XLSX"},
+        {"damaged archive", {{"Tabela 22.csv", csv}, {"b.zip", "estragado"}}, "não é um arquivo ZIP"},
         {"other calendar", Workbook({{"Tabela 22", row}}, {}, " date1904=\"1\""), "a partir de 1904"},
         {"nothing but empty rows", sheet([] {
              std::string rows;
@@ -219,13 +228,20 @@ TEST_F(ImportacaoRecusada, TargetsThatCannotBeWritten) {
     };
     ImportTerminology(options);
     EXPECT_EQ(second, "outra importação está em andamento");
+    EXPECT_FALSE(fs::exists(Database().string() + ".trava"));
 
     options.onProgress = nullptr;
     options.target = File("Tabela 22.csv") / "tuss.db";
     EXPECT_THROW(ImportTerminology(options), EPastaNaoCriada);
-    options.target = Write("outra.db", std::string(5000, 'x'));
-    EXPECT_THROW(ImportTerminology(options), ETerminologiaNaoGravada);
-    EXPECT_EQ(testes::Ler(File("outra.db")), std::string(5000, 'x'));
+    SQLite::Database(File("agenda.db").string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE)
+        .exec("CREATE TABLE CONTATO (NOME TEXT)");
+    for (const fs::path& other : {Write("outra.db", std::string(5000, 'x')), File("agenda.db")}) {
+        const std::string before = testes::Ler(other);
+        options.target = other;
+        EXPECT_THROW(ImportTerminology(options), ETerminologiaNaoGravada) << other;
+        EXPECT_EQ(testes::Ler(other), before);
+        EXPECT_FALSE(fs::exists(other.string() + ".trava")) << other;
+    }
     options.target = options.delivered = CONFERIX_TUSS_DB;
     EXPECT_THROW(ImportTerminology(options), ETerminologiaNaoGravada);
 }

@@ -106,14 +106,25 @@ TEST_F(Importacao, ReadsEveryLayoutOfText) {
         {"64.csv",
          "Terminologia;Código TUSS;Forma de envio;Código do grupo;Descrição do grupo;Data de início de "
          "vigência\n"
-         "22;10101012;Consolidado;029;X;10/10/2012\n0;1;INDIVIDUALIZADO;-;-;10/10/2012\n",
-         {"TUSS_64|00|1|0|~|2012-10-10|~|~", "TUSS_64|22|10101012|1|029|2012-10-10|~|~"}},
+         "22;10101012;Consolidado;029;X;10/10/2012\n0;1;INDIVIDUALIZADO;-;-;10/10/"
+         "2012\n22;2;Consolidado;29;-;\n",
+         {"TUSS_64|00|1|0|~|2012-10-10|~|~", "TUSS_64|22|10101012|1|029|2012-10-10|~|~",
+          "TUSS_64|22|2|1|029|~|~|~"}},
+        {"Tabela 18 datas.csv",
+         "Código do Termo;Termo;Início;Fim\n60000015;A;01/01/2020;31/12/2020\n",
+         {"TUSS_18|60000015|~|~", "TUSS_TERMO|18|60000015|A"}},
+        {"pai.json",
+         R"([{"pai":{"id":"99999999","display_name":"PAI"},"id":"10101012","source":"tuss-22","display_name":"A"},
+            {"id":"10101020","source":"tuss-22","display_name":"B","pai":{"id":"99999999","source":"tuss-18"}}])",
+         {"TUSS_22|10101012|~|~", "TUSS_22|10101020|~|~", "TUSS_TERMO|22|10101012|A",
+          "TUSS_TERMO|22|10101020|B"}},
     };
     for (const auto& c : cases) {
         Forget();
         const TImportReport report = Import({Write(c.Name, c.Content)});
         EXPECT_THAT(Dump(), ElementsAreArray(c.Expected)) << c.Name;
         EXPECT_EQ(report.arquivos[0].naoEntendidas, 0) << c.Name;
+        EXPECT_EQ(report.semDatas.size(), c.Content.find(";Fim\n") == std::string::npos ? 0U : 1U) << c.Name;
     }
 }
 
@@ -131,7 +142,10 @@ TEST_F(Importacao, ReadsWorkbooksInPackages) {
         "<row r=\"14\"><c r=\"B14\" t=\"str\"><v>71000000</v></c><c r=\"G14\"><v>41486</v></c></row>"
         "<row r=\"15\"><c r=\"B15\" t=\"s\"><v>5</v></c><c r=\"F15\" t=\"d\"><v>2012-10-10</v></c><c "
         "r=\"G15\" t=\"s\"><v>6</v></c></row>"
-        "<row r=\"16\"><c r=\"B16\"><v>123</v></c><c r=\"F16\" t=\"e\"><v>#N/A</v></c></row><row r=\"17\"/>";
+        "<row r=\"16\"><c r=\"B16\"><v>123</v></c><c r=\"C16\" t=\"e\"><v>#N/A</v></c></row><row r=\"17\"/>"
+        "<row r=\"18\"><c r=\"B18\"><v>124</v></c><c r=\"G18\" t=\"e\"><v>#VALUE!</v></c></row>"
+        "<row r=\"19\"><c r=\"B19\"><v>125</v></c><c r=\"F19\" t=\"b\"><v>1</v></c></row>"
+        "<row r=\"20\"><c r=\"B20\" t=\"e\"><v>#REF!</v></c></row>";
     const std::vector<std::string> shared = {"Título",
                                              "Código do Termo",
                                              "Termo",
@@ -163,26 +177,63 @@ TEST_F(Importacao, ReadsWorkbooksInPackages) {
                                     "TUSS_TERMO|19|70965676|Prótese X", "TUSS_TERMO|87|00|Própria"));
     EXPECT_THAT(report.ignorados, ElementsAre((File("pacote.zip") / "notas.csv").string()));
     EXPECT_EQ(report.arquivos[0].tabelas.at("19").linhas, 4);
+    std::vector<std::string> reasons;
+    for (const TLinhaNaoEntendida& line : report.naoEntendidas)
+        reasons.push_back(std::to_string(line.linha) + ": " + line.motivo);
+    EXPECT_THAT(reasons, ElementsAre("18: \"#VALUE!\" não é uma data", "19: \"1\" não é uma data",
+                                     "20: \"#REF!\" não é um código"));
     EXPECT_EQ(report.arquivos[0].sha256.size(), 64U);
     EXPECT_THAT(testes::TPastaTemporaria().Names(), IsEmpty());
     EXPECT_FALSE(fs::exists(Database().string() + ".importacao"));
 }
 
 TEST_F(Importacao, TellsTheLinesThatItDoesNotUnderstand) {
-    const TImportReport report = Import({Write(
-        "Tabela 22.csv", kHeader +
-                             "10101012;A;13/02/2009;;\n\n1010101;A;;;\n;A;;;\n10101039;A;30/02/2009;;\n"
-                             "10101020;\"duas\nlinhas\";;;\nFonte: ANS;;;;\n10101047;A;;45000,5;\n" +
-                             kHeader)});
-    std::vector<std::string> lines;
-    lines.reserve(report.naoEntendidas.size());
-    for (const TLinhaNaoEntendida& line : report.naoEntendidas)
-        lines.push_back(std::to_string(line.linha) + ": " + line.motivo);
-    EXPECT_THAT(lines, ElementsAre("4: o código \"1010101\" não tem 8 dígitos", "5: falta o código",
-                                   "6: \"30/02/2009\" não é uma data", "9: \"Fonte: ANS\" não é um código",
-                                   "10: \"45000,5\" não é uma data"));
-    EXPECT_EQ(report.arquivos[0].naoEntendidas, 5);
-    EXPECT_THAT(Dump({"TB_TUSS_22"}), ElementsAre("TUSS_22|10101012|2009-02-13|~", "TUSS_22|10101020|~|~"));
+    const std::string unclosed = "as aspas abertas nesta linha não se fecham";
+    const struct {
+        const char* Name;
+        std::string Content;
+        std::vector<std::string> Lines;
+        std::vector<std::string> Terms;
+    } cases[] = {
+        {"Tabela 22.csv",
+         kHeader +
+             "10101012;A;13/02/2009;;\n\n1010101;A;;;\n;A;;;\n10101039;A;30/02/2009;;\n"
+             "10101020;\"duas\nlinhas\";;;\nFonte: ANS;;;;\n10101047;A;;45000,5;\n" +
+             kHeader,
+         {"4: o código \"1010101\" não tem 8 dígitos", "5: falta o código",
+          "6: \"30/02/2009\" não é uma data", "9: \"Fonte: ANS\" não é um código",
+          "10: \"45000,5\" não é uma data"},
+         {"TUSS_22|10101012|2009-02-13|~", "TUSS_22|10101020|~|~"}},
+        // Quotation marks that nobody closes: before plain rows, quoted ones, short ones, at the end.
+        {"Tabela 22.csv",
+         kHeader + "10101011;\"CATETER 3;01/01/2020;;\n10101012;B;01/01/2020;;\n10101013;B 3\";;;\n"
+                   "10101014;\"C;D\nE;F\";;;\r\n10101015;\"X;;;\r\n\r\n10101016;\"B\";;;\r\n"
+                   "10101017;\"X;;;\n10101018;B\n10101019;\"X;;;",
+         {"2: " + unclosed, "7: " + unclosed, "10: " + unclosed, "12: " + unclosed},
+         {"TUSS_22|10101012|2020-01-01|~", "TUSS_22|10101013|~|~", "TUSS_22|10101014|~|~",
+          "TUSS_22|10101016|~|~", "TUSS_22|10101018|~|~"}},
+        {"tuss-22.csv",
+         "source;id;display_name\n\"tuss-22\";\"10101012\";\"A\n\"tuss-22\";\"10101020\";\"B\"\n",
+         {"2: " + unclosed},
+         {"TUSS_22|10101020|~|~"}},
+        {"TUSS 64.csv",
+         "Terminologia;Código TUSS;Forma de envio;Código do grupo\n22;1;Consolidado;X1\n"
+         "22;1;Consolidado;1.0\n22;1;Consolidado;0029\n22;2;Individualizado;\n",
+         {"2: \"X1\" não é um código de grupo", "3: \"1.0\" não é um código de grupo",
+          "4: \"0029\" não é um código de grupo"},
+         {"TUSS_64|22|2|0|~|~|~|~"}},
+    };
+    for (const auto& c : cases) {
+        Forget();
+        const TImportReport report = Import({Write(c.Name, c.Content)});
+        std::vector<std::string> lines;
+        lines.reserve(report.naoEntendidas.size());
+        for (const TLinhaNaoEntendida& line : report.naoEntendidas)
+            lines.push_back(std::to_string(line.linha) + ": " + line.motivo);
+        EXPECT_THAT(lines, ElementsAreArray(c.Lines)) << c.Content;
+        EXPECT_EQ(report.arquivos[0].naoEntendidas, static_cast<std::int64_t>(c.Lines.size()));
+        EXPECT_THAT(Dump({"TB_TUSS_22", "TB_TUSS_64"}), ElementsAreArray(c.Terms)) << c.Content;
+    }
 }
 
 /// Publications that say different things of the same terms.
@@ -395,6 +446,7 @@ TEST_F(Importacao, PublishedFilesGiveTheCountsOfAHandCount) {
         Forget();
         files.push_back(*published / c.File);
         TImportReport report = Import({files.back()});
+        EXPECT_THAT(report.semDatas, IsEmpty());
         std::string counts;
         for (const auto& [table, content] : report.arquivos[0].tabelas) {
             const TTableChanges& changes = report.tabelas[table];

@@ -65,7 +65,32 @@ TJson ReportJson(const TImportReport& report) {
         lines.push_back({{"arquivo", line.arquivo}, {"linha", line.linha}, {"motivo", line.motivo}});
     return {{"base", PathText(report.database)}, {"tabelas", std::move(tables)},
             {"arquivos", std::move(files)},      {"naoEntendidas", std::move(lines)},
-            {"ignorados", report.ignorados},     {"semTabela", report.semTabela}};
+            {"ignorados", report.ignorados},     {"semDatas", report.semDatas},
+            {"semTabela", report.semTabela}};
+}
+
+/// The lines that were not understood, the first of each file.
+void WriteNotUnderstood(std::ostream& out, const TImportReport& report, const TFormatSettings& formats) {
+    constexpr std::int64_t kShown = 20;
+    std::int64_t total = 0;
+    for (const TImportedFile& file : report.arquivos)
+        total += file.naoEntendidas;
+    if (total == 0)
+        return;
+    out << fmt::format("Linhas que não puderam ser entendidas: {}\n", formats.Count(total));
+    std::int64_t shown = 0;
+    auto line = report.naoEntendidas.begin();
+    for (const TImportedFile& file : report.arquivos) {
+        const std::int64_t kept = std::min(file.naoEntendidas, kNotUnderstoodKept);
+        const auto nextFile = line + kept;
+        const auto end = line + std::min(kept, kShown);
+        shown += end - line;
+        for (; line != end; ++line)
+            out << fmt::format("  {}, {}: {}\n", line->arquivo, line->Lugar(), line->motivo);
+        line = nextFile;
+    }
+    if (shown < total)
+        out << fmt::format("  e mais {}\n", formats.Count(total - shown));
 }
 
 void WriteReport(const TCliContext& context, const TImportReport& report) {
@@ -87,20 +112,32 @@ void WriteReport(const TCliContext& context, const TImportReport& report) {
                            formats.Count(report.semTabela));
     for (const std::string& file : report.ignorados)
         out << fmt::format("Sem terminologia, não foi usado: {}\n", file);
-    std::int64_t notUnderstood = 0;
-    for (const TImportedFile& file : report.arquivos)
-        notUnderstood += file.naoEntendidas;
-    if (notUnderstood == 0)
-        return;
-    out << fmt::format("Linhas que não puderam ser entendidas: {}\n", formats.Count(notUnderstood));
-    for (const TLinhaNaoEntendida& line : report.naoEntendidas)
-        out << fmt::format("  {}, linha {}: {}\n", line.arquivo, line.linha, line.motivo);
-    const auto shown = static_cast<std::int64_t>(report.naoEntendidas.size());
-    if (shown < notUnderstood)
-        out << fmt::format("  e mais {}\n", formats.Count(notUnderstood - shown));
+    for (const std::string& file : report.semDatas)
+        out << fmt::format(
+            "Nenhuma coluna de datas foi reconhecida (\"Data de início de vigência\", \"Data de "
+            "fim de vigência\"), os termos foram tomados como sempre vigentes: {}\n",
+            file);
+    WriteNotUnderstood(out, report, formats);
 }
 
+TImportReport ImportWithProgress(const TCliContext& context, TImportOptions import) {
+    const TInterruptGuard guard;
+    constexpr std::size_t kSteps = 100;
+    TProgressBar progress(context.Streams.Err, context.Streams.ErrIsTerminal, kSteps);
+    import.stop = &interrupted;
+    import.onProgress = [&](const std::string& what, double fraction) {
+        progress.Set(what, static_cast<std::size_t>(fraction * kSteps));
+};
+return ImportTerminology(import);
 } // namespace
+
+/// Whether rules look codes up in a table; the others serve the search only.
+bool IsJudged(std::string_view table) {
+    constexpr std::string_view kJudged[] = {"18", "19", "20", "22", "63", "64", "87"};
+    return std::find(std::begin(kJudged), std::end(kJudged), table) != std::end(kJudged);
+}
+
+} // namespace conferix
 
 int RunTerminologiaImportar(const TCliContext& context, const TImportarOptions& options) {
     TImportOptions import;
@@ -109,23 +146,13 @@ int RunTerminologiaImportar(const TCliContext& context, const TImportarOptions& 
     import.target = TDatabaseTuss::ImportTarget(PathFromText(context.Terminologia));
     import.delivered = TDatabaseTuss::DeliveredFileName();
     import.replace = options.Substituir;
-    import.stop = &interrupted;
-    const TInterruptGuard guard;
-    TImportReport report;
-    {
-        constexpr std::size_t kSteps = 100;
-        TProgressBar progress(context.Streams.Err, context.Streams.ErrIsTerminal, kSteps);
-        import.onProgress = [&](const std::string& what, double fraction) {
-            progress.Set(what, static_cast<std::size_t>(fraction * kSteps));
-    };
-    report = ImportTerminology(import);
+    const TImportReport report = ImportWithProgress(context, std::move(import));
+    if (context.Json())
+        context.Streams.Out << JsonText(ReportJson(report)) << '\n';
+    else
+        WriteReport(context, report);
+    return kExitValid;
 }
-if (context.Json())
-    context.Streams.Out << JsonText(ReportJson(report)) << '\n';
-else
-    WriteReport(context, report);
-return kExitValid;
-} // namespace conferix
 
 int RunTerminologiaRestaurar(const TCliContext& context) {
     if (!context.Terminologia.empty())
@@ -149,7 +176,7 @@ std::vector<std::string> OldImports(const std::vector<TCarga>& imports) {
     const std::string limit = fmt::format("{:%Y-%m-%d}", *std::localtime(&then));
     std::vector<std::string> warnings;
     for (const TCarga& import : imports)
-        if (import.data.substr(0, limit.size()) < limit)
+        if (IsJudged(import.tabela) && import.data.substr(0, limit.size()) < limit)
             warnings.push_back(
                 fmt::format("A importação mais recente da tabela {} é de {}, há mais de seis meses. "
                             "Importe a publicação atual da ANS: conferix terminologia importar "

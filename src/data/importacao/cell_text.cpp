@@ -137,6 +137,9 @@ bool IsNone(const TCell& cell) {
 }
 
 std::optional<std::string> CodeInCell(const TCell& cell, std::size_t digits) {
+    if (cell.isInvalid) {
+        return std::nullopt;
+    }
     if (cell.isNumber || (!AllDigits(cell.text) && cell.text.find_first_of("eE") != std::string::npos)) {
         if (const auto number = WholeNumber(cell.text)) {
             return WithLeadingZeros(std::to_string(*number), digits);
@@ -154,6 +157,9 @@ std::optional<std::string> CodeInCell(const TCell& cell, std::size_t digits) {
 std::optional<std::string> DateInCell(const TCell& cell) {
     if (IsNone(cell)) {
         return std::string();
+    }
+    if (cell.isInvalid) {
+        return std::nullopt;
     }
     std::string_view text = cell.text;
     constexpr std::size_t kIsoLength = 10;

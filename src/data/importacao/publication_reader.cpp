@@ -24,6 +24,12 @@ std::string Ending(const fs::path& file) {
     return PlainText(PathText(file.extension()));
 }
 
+EPublicacaoInvalida DamagedArchive(const fs::path& file, std::string_view ending) {
+    return {file, ending == "xlsx"
+                      ? "não é uma planilha XLSX válida; ela pode ter chegado incompleta, baixe-a de novo"
+                      : "não é um arquivo ZIP válido; ele pode ter chegado incompleto, baixe-o de novo"};
+}
+
 /// Removes an unpacked file.
 class TUnpacked {
   public:
@@ -78,8 +84,11 @@ void TPublicationReader::Read(const fs::path& file) {
 void TPublicationReader::ReadFile(const fs::path& file, const TPart& part) {
     TFileSource source(file);
     TPeekSource head(source, 4);
+    const std::string ending = Ending(part.shownAs);
     if (head.Head() == "PK\x03\x04" || head.Head() == "PK\x05\x06") {
         ReadZip(file, part);
+    } else if (ending == "xlsx" || ending == "zip") {
+        throw DamagedArchive(part.shownAs, ending);
     } else {
         std::error_code error;
         const std::uintmax_t bytes = fs::file_size(file, error);
@@ -94,6 +103,8 @@ void TPublicationReader::ReadZip(const fs::path& file, const TPart& part) {
     TZipArchive archive(file, part.shownAs);
     if (TWorkbook::IsWorkbook(archive)) {
         ReadWorkbook(archive, part);
+    } else if (Ending(part.shownAs) == "xlsx") {
+        throw DamagedArchive(part.shownAs, "xlsx");
     } else {
         ReadPackage(archive, part);
     }
@@ -130,15 +141,15 @@ void TPublicationReader::ReadPackage(TZipArchive& archive, const TPart& part) {
     }
 }
 
-TRowHandler TPublicationReader::Handler(TRecognizer& recognizer, std::string where) {
-    return [this, &recognizer, where = std::move(where), row = TPublishedRow(), reason = std::string(),
-            rows = std::uint64_t(0)](const TRow& cells) mutable {
+TRowHandler TPublicationReader::Handler(TRecognizer& recognizer, std::string where, bool isJson) {
+    return [this, &recognizer, isJson, where = std::move(where), row = TPublishedRow(),
+            reason = std::string(), rows = std::uint64_t(0)](const TRow& cells) mutable {
         switch (recognizer.Take(cells, row, reason)) {
         case TRecognizer::TKind::Understood:
             sink_.OnRow(row, recognizer.IsHistory());
             break;
         case TRecognizer::TKind::NotUnderstood:
-            sink_.OnNotUnderstood({where, cells.number, reason});
+            sink_.OnNotUnderstood({where, cells.number, reason, isJson});
             break;
         case TRecognizer::TKind::Skipped:
             break;
@@ -162,11 +173,14 @@ void TPublicationReader::ReadWorkbook(TZipArchive& archive, const TPart& part) {
             table = part.table.empty() ? TableInSheetName(sheet.name) : part.table;
         }
         TRecognizer recognizer(std::move(table));
-        workbook.ReadRows(sheet, Handler(recognizer, where), [&](std::uint64_t bytes) {
+        workbook.ReadRows(sheet, Handler(recognizer, where, false), [&](std::uint64_t bytes) {
             sink_.OnProgress(PathText(part.shownAs.filename()),
                              part.from + (part.to - part.from) * Share(done + bytes, total));
         });
         done += sheet.bytes;
+        if (recognizer.MissesDates()) {
+            sink_.OnMissingDates(where);
+        }
         found = found || recognizer.HeaderFound();
     }
     if (!found) {
@@ -185,11 +199,15 @@ void TPublicationReader::ReadStream(IByteSource& source, std::uint64_t bytes, co
     start.remove_prefix(start.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0);
     start = TrimBlanks(start);
     TRecognizer recognizer(part.table);
-    const TRowHandler onRow = Handler(recognizer, PathText(part.shownAs));
-    if (start.starts_with('[') || start.starts_with('{')) {
+    const bool isJson = start.starts_with('[') || start.starts_with('{');
+    const TRowHandler onRow = Handler(recognizer, PathText(part.shownAs), isJson);
+    if (isJson) {
         ReadJsonRows(head, part.shownAs, onRow);
     } else {
         ReadTextRows(head, part.shownAs, &TRecognizer::IsHeader, onRow);
+    }
+    if (recognizer.MissesDates()) {
+        sink_.OnMissingDates(PathText(part.shownAs));
     }
     if (!recognizer.HeaderFound()) {
         sink_.OnPassedOver(PathText(part.shownAs));

@@ -16,6 +16,10 @@ struct TLinhaNaoEntendida {
     std::string arquivo;     ///< with the names of the packages and the sheet that hold it
     std::uint64_t linha = 0; ///< 1-based; in JSON the object
     std::string motivo;
+    bool isRegistro = false; ///< of JSON
+
+    /// "linha 3", "registro 3".
+    std::string Lugar() const { return (isRegistro ? "registro " : "linha ") + std::to_string(linha); }
 };
 
 /// Takes what is read.
@@ -31,6 +35,8 @@ class IPublicationSink {
     virtual void OnNotUnderstood(TLinhaNaoEntendida line) = 0;
     /// A file inside of a package that holds no terminology.
     virtual void OnPassedOver(const std::string& file) = 0;
+    /// A file or sheet with terms of a table that has dates, but no column that is known as a date.
+    virtual void OnMissingDates(const std::string& file) = 0;
     /// How much of the file is read, 0 to 1; may raise to stop.
     virtual void OnProgress(const std::string& what, double fraction) = 0;
 };
@@ -62,7 +68,7 @@ class TPublicationReader {
     void ReadPackage(TZipArchive& archive, const TPart& part);
     void ReadWorkbook(TZipArchive& archive, const TPart& part);
     void ReadStream(IByteSource& source, std::uint64_t bytes, const TPart& part);
-    TRowHandler Handler(TRecognizer& recognizer, std::string where);
+    TRowHandler Handler(TRecognizer& recognizer, std::string where, bool isJson);
 
     std::filesystem::path workFolder_;
     IPublicationSink& sink_;

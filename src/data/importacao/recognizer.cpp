@@ -44,7 +44,7 @@ std::string LabelKey(std::string_view label) {
 }
 
 std::string TextOf(const TCell& cell) {
-    return IsNone(cell) ? std::string() : cell.text;
+    return IsNone(cell) || cell.isInvalid ? std::string() : cell.text;
 }
 
 std::string Quoted(const TCell& cell) {
@@ -108,6 +108,12 @@ std::optional<TRecognizer::TColumns> TRecognizer::ColumnsOf(const TRow& row) {
     return hasCode && found > 1 ? std::optional(columns) : std::nullopt;
 }
 
+void TRecognizer::UseColumns(const TRow& header, const TColumns& columns) {
+    columns_ = columns;
+    hasUnknownColumns_ = std::any_of(header.cells.begin(), header.cells.end(),
+                                     [](const TCell& cell) { return !IsNone(cell) && !FieldOf(cell.text); });
+}
+
 bool TRecognizer::IsHeader(const TRow& row) {
     return ColumnsOf(row).has_value();
 }
@@ -120,24 +126,34 @@ const TCell& TRecognizer::Cell(const TRow& row, TField field) const {
 
 TRecognizer::TKind TRecognizer::Take(const TRow& row, TPublishedRow& result, std::string& reason) {
     if (!columns_) {
-        columns_ = ColumnsOf(row);
-        if (!columns_ && tableOfNames_.empty()) {
+        if (const auto columns = ColumnsOf(row)) {
+            UseColumns(row, *columns);
+        } else if (tableOfNames_.empty()) {
             for (const TCell& cell : row.cells) {
                 tableOfNames_ = tableOfNames_.empty() ? TableInTitle(cell.text) : tableOfNames_;
             }
         }
         return TKind::Skipped;
     }
+    if (!row.defect.empty()) {
+        reason = row.defect;
+        return TKind::NotUnderstood;
+    }
     if (std::all_of(row.cells.begin(), row.cells.end(), &IsNone)) {
         return TKind::Skipped;
     }
     result = {};
     if (TakeTerm(row, result, reason)) {
+        constexpr std::string_view kWithDates[] = {"18", "19", "20", "22"};
+        const bool hasDates = Has(TField::Inicio) || Has(TField::Fim) || Has(TField::Implantacao);
+        missesDates_ = missesDates_ || (!hasDates && hasUnknownColumns_ &&
+                                        std::find(std::begin(kWithDates), std::end(kWithDates),
+                                                  result.tabela) != std::end(kWithDates));
         return TKind::Understood;
     }
     // A sheet may hold several tables one below another, each with a header.
-    if (auto columns = ColumnsOf(row)) {
-        columns_ = columns;
+    if (const auto columns = ColumnsOf(row)) {
+        UseColumns(row, *columns);
         return TKind::Skipped;
     }
     return TKind::NotUnderstood;
@@ -169,7 +185,7 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
         // The service's list of its tables.
         if (const std::string table = TableInTitle(code.text); !table.empty()) {
             result.tabela = "87";
-            code = {table, false};
+            code = {table, false, false};
         }
     }
     if (result.tabela.empty()) {
@@ -183,7 +199,7 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
     const bool isCity = result.tabela == kMunicipios;
     const std::size_t length = isCity ? kCityLength : CodeLength(result.tabela);
     auto text = CodeInCell(code, result.tabela == "64" ? kLength64 : length);
-    if (!text && !IsNone(code) && length == 0 && result.tabela != "64") {
+    if (!text && !IsNone(code) && !code.isInvalid && length == 0 && result.tabela != "64") {
         text = code.text; // the domain tables have codes of all kinds
     }
     if (!text) {
@@ -245,12 +261,15 @@ bool TRecognizer::TakeTable64(const TRow& row, TPublishedRow& result, std::strin
     }
     const TCell& group = Cell(row, TField::CodigoDoGrupo);
     if (!IsNone(group)) {
-        const auto code = CodeInCell(group, CodeLength("63"));
-        if (!code) {
+        const std::size_t length = CodeLength("63");
+        const std::string code = CodeInCell(group, length).value_or(std::string());
+        if (code.empty() || code.size() > length ||
+            code.find_first_not_of("0123456789") != std::string::npos) {
             reason = Quoted(group) + " não é um código de grupo";
             return false;
         }
-        result.grupo = *code;
+        // Spreadsheets that save a text leave out its leading zeros.
+        result.grupo = std::string(length - code.size(), '0') + code;
     }
     return true;
 }

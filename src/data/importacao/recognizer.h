@@ -39,6 +39,9 @@ class TRecognizer {
     TKind Take(const TRow& row, TPublishedRow& result, std::string& reason);
 
     bool HeaderFound() const { return columns_.has_value(); }
+    /// Whether terms were understood whose table has dates, in columns none of which is a known date though
+    /// some are not known: they may be dates with other labels.
+    bool MissesDates() const { return missesDates_; }
     /// Whether the sheet lists changes only, not all terms of its tables.
     bool IsHistory() const { return columns_ && Has(TField::Competencia); }
 
@@ -65,6 +68,7 @@ class TRecognizer {
 
     static std::optional<TField> FieldOf(std::string_view label);
     static std::optional<TColumns> ColumnsOf(const TRow& row);
+    void UseColumns(const TRow& header, const TColumns& columns);
     bool Has(TField field) const { return (*columns_)[static_cast<std::size_t>(field)].has_value(); }
     const TCell& Cell(const TRow& row, TField field) const;
     std::string TableOf(const TRow& row) const;
@@ -74,6 +78,8 @@ class TRecognizer {
 
     std::string tableOfNames_;
     std::optional<TColumns> columns_;
+    bool hasUnknownColumns_ = false;
+    bool missesDates_ = false;
 };
 
 } // namespace conferix

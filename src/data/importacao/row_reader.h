@@ -19,12 +19,14 @@ namespace conferix {
 struct TCell {
     std::string text;
     bool isNumber = false;
+    bool isInvalid = false; ///< an error or a truth value of a spreadsheet: neither code, date nor text
 };
 
 /// A row by column (0-based, gaps are empty cells), with the number under which the user finds it.
 struct TRow {
     std::uint64_t number = 0;
     std::vector<TCell> cells;
+    std::string defect; ///< why the file does not tell the cells; empty where it does
 };
 
 /// Takes a row; false when it wants no more of this sheet.
@@ -38,7 +40,8 @@ using TIsHeader = std::function<bool(const TRow&)>;
 void ReadTextRows(IByteSource& source, const std::filesystem::path& name, const TIsHeader& isHeader,
                   const TRowHandler& onRow);
 
-/// The objects of JSON arrays, their inner objects taken flat. A row of the names comes first, and again
+/// The objects of JSON arrays, their inner objects taken flat: where an inner one has the name of a value of
+/// the object itself, the object's own stays. A row of the names comes first, and again
 /// when an object brings a new name. Raises EPublicacaoInvalida.
 void ReadJsonRows(IByteSource& source, const std::filesystem::path& name, const TRowHandler& onRow);
 

@@ -110,18 +110,24 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
             known = names_.insert(names_.end(), key_);
             newName_ = true;
         }
+        const auto column = static_cast<std::size_t>(known - names_.begin());
         row_.cells.resize(names_.size());
-        row_.cells[static_cast<std::size_t>(known - names_.begin())] = {std::string(TrimBlanks(text)),
-                                                                        isNumber};
+        isOwn_.resize(names_.size());
+        const bool isOwn = arrays_.size() == recordDepth_;
+        if (isOwn_[column] && !isOwn) {
+            return true;
+        }
+        isOwn_[column] = isOwn;
+        row_.cells[column] = {std::string(TrimBlanks(text)), isNumber, false};
         return true;
     }
 
     bool EndRecord() {
         recordDepth_ = 0;
         if (newName_) {
-            TRow header{row_.number, {}};
+            TRow header{row_.number, {}, {}};
             for (const std::string& name : names_) {
-                header.cells.push_back({name, false});
+                header.cells.push_back({name, false, false});
             }
             newName_ = false;
             if (!onRow_(header)) {
@@ -130,6 +136,7 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
         }
         const bool goesOn = onRow_(row_);
         row_.cells.assign(names_.size(), {});
+        isOwn_.assign(names_.size(), false);
         return goesOn;
     }
 
@@ -142,6 +149,7 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
     bool newName_ = false;
     std::string key_;
     TRow row_;
+    std::vector<bool> isOwn_; ///< of a cell: from the record itself, not from an object inside of it
 };
 
 } // namespace

@@ -16,7 +16,10 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kHeadBytes = 65536;
-constexpr std::size_t kMaxRecordBytes = 1 << 20; // more is a quotation mark that nobody closed
+constexpr std::size_t kMaxLineBytes = 1 << 20;
+// A quoted cell that goes on for longer is a quotation mark that nobody closed.
+constexpr std::size_t kMaxRecordBytes = 65536;
+constexpr std::size_t kMaxRecordLines = 200;
 constexpr std::size_t kMaxCells = 1000;
 
 bool IsUtf8(std::string_view text) {
@@ -41,10 +44,12 @@ std::string Decoded(std::string_view bytes) {
     return std::string(TrimBlanks(text));
 }
 
-/// Divides a text into rows. Each is known by the line on which it begins.
+/// Divides a text into rows. Each is known by the line on which it begins. A quoted cell may go on over
+/// several lines; where the next one looks like a row, or none closes the quotation marks, the first line
+/// becomes a row with a defect and the reading goes on with the second.
 class TTextParser {
   public:
-    TTextParser(char divider, const fs::path& name) : name_(name) {
+    TTextParser(char divider, const fs::path& name) : name_(name), divider_(divider) {
         if (csv_init(&parser_, CSV_APPEND_NULL) != 0) {
             throw std::bad_alloc();
         }
@@ -58,61 +63,137 @@ class TTextParser {
 
     /// Takes bytes in pieces of any size; false when `onRow` wants no more.
     bool Parse(std::string_view bytes, const TRowHandler& onRow) {
-        while (!bytes.empty()) {
-            const std::size_t end = bytes.find_first_of("\r\n");
-            const std::string_view line = bytes.substr(0, end == std::string_view::npos ? end : end + 1);
-            bytes.remove_prefix(line.size());
-            const bool isBlank = line == "\r" || line == "\n";
-            pending_ += isBlank && pending_ == 0 ? 0 : line.size();
-            if (pending_ > kMaxRecordBytes) {
-                throw EPublicacaoInvalida(name_, "as aspas abertas na linha " + std::to_string(row_.number) +
-                                                     " não se fecham");
-            }
-            if (csv_parse(&parser_, line.data(), line.size(), &AddCell, &EndRow, this) != line.size()) {
-                throw std::bad_alloc();
-            }
-            line_ += line.back() == '\n' ? 1 : 0;
-            if (!GiveRow(onRow)) {
-                return false;
-            }
+        text_ += bytes;
+        if (!ReadLines(onRow)) {
+            return false;
+        }
+        text_.erase(0, begin_);
+        next_ -= begin_;
+        begin_ = 0;
+        if (text_.size() - next_ > kMaxLineBytes) {
+            throw EPublicacaoInvalida(name_, "a linha " + std::to_string(line_) + " é longa demais");
         }
         return true;
     }
 
     void Finish(const TRowHandler& onRow) {
-        if (csv_fini(&parser_, &AddCell, &EndRow, this) != 0) {
-            throw std::bad_alloc();
+        text_ += '\n';
+        bool goesOn = ReadLines(onRow);
+        while (goesOn && next_ > begin_) {
+            goesOn = GiveUpLine(onRow) && ReadLines(onRow);
         }
-        GiveRow(onRow);
     }
 
   private:
     static void AddCell(void* text, std::size_t length, void* self) {
         auto& cells = static_cast<TTextParser*>(self)->row_.cells;
         if (cells.size() < kMaxCells) {
-            cells.push_back({Decoded({static_cast<const char*>(text), length}), false});
+            cells.push_back({Decoded({static_cast<const char*>(text), length}), false, false});
         }
     }
     static void EndRow(int /*end*/, void* self) { static_cast<TTextParser*>(self)->ended_ = true; }
 
-    bool GiveRow(const TRowHandler& onRow) {
-        if (!ended_) {
-            row_.number = pending_ == 0 ? line_ : row_.number; // after blank lines
-            return true;
+    bool ReadLines(const TRowHandler& onRow) {
+        bool goesOn = true;
+        while (goesOn) {
+            const std::size_t end = text_.find_first_of("\r\n", next_);
+            if (end == std::string::npos) {
+                break;
+            }
+            const std::string_view line = std::string_view(text_).substr(next_, end + 1 - next_);
+            const bool isContinued = next_ > begin_;
+            goesOn = isContinued && (recordLines_ == kMaxRecordLines || next_ - begin_ > kMaxRecordBytes ||
+                                     LooksLikeRow(line))
+                         ? GiveUpLine(onRow)
+                         : ReadLine(line, onRow);
         }
-        const bool goesOn = onRow(row_);
-        row_.cells.clear();
-        row_.number = line_;
-        ended_ = false;
-        pending_ = 0;
         return goesOn;
+    }
+
+    bool ReadLine(std::string_view line, const TRowHandler& onRow) {
+        const bool isBlank = next_ == begin_ && line.find_first_not_of(" \t\r\n") == std::string_view::npos;
+        if (csv_parse(&parser_, line.data(), line.size(), &AddCell, &EndRow, this) != line.size()) {
+            throw std::bad_alloc();
+        }
+        next_ += line.size();
+        line_ += line.back() == '\n' ? 1 : 0;
+        ++recordLines_;
+        if (!ended_ && !isBlank) {
+            return true; // within quotation marks
+        }
+        const bool goesOn = !ended_ || onRow(row_);
+        lastCells_ = ended_ ? row_.cells.size() : lastCells_;
+        BeginRecord();
+        return goesOn;
+    }
+
+    /// Tells that the first line of the present record cannot be divided, and goes back to the second.
+    bool GiveUpLine(const TRowHandler& onRow) {
+        csv_fini(&parser_, nullptr, nullptr, nullptr);
+        next_ = text_.find_first_of("\r\n", begin_) + 1;
+        next_ += text_[next_ - 1] == '\r' && next_ < text_.size() && text_[next_] == '\n' ? 1 : 0;
+        line_ = row_.number + (text_[next_ - 1] == '\n' ? 1 : 0);
+        const TRow defective{row_.number, {}, "as aspas abertas nesta linha não se fecham"};
+        BeginRecord();
+        return onRow(defective);
+    }
+
+    void BeginRecord() {
+        begin_ = next_;
+        recordLines_ = 0;
+        row_.number = line_;
+        row_.cells.clear();
+        ended_ = false;
+    }
+
+    /// Whether a line that continues a quoted cell is rather a row of its own: up to the closing quotation
+    /// mark it has as many dividers as the row before, or a cell that begins with a quotation mark, or
+    /// begins with a number as long as the one with which the record begins.
+    bool LooksLikeRow(std::string_view line) const {
+        std::size_t dividers = 0;
+        bool beginsCell = true;
+        for (std::size_t i = 0; i < line.size(); ++i) {
+            if (line[i] == '"') {
+                const bool isDoubled = i + 1 < line.size() && line[i + 1] == '"';
+                if (!isDoubled && ClosesCell(line.substr(i + 1))) {
+                    break;
+                }
+                if (!isDoubled && beginsCell) {
+                    return true;
+                }
+                i += isDoubled ? 1 : 0;
+            }
+            beginsCell = line[i] == divider_;
+            dividers += beginsCell ? 1 : 0;
+        }
+        const std::size_t number = LeadingNumber(line);
+        return dividers >= std::max<std::size_t>(lastCells_, 2) - 1 ||
+               (dividers > 0 && number > 0 &&
+                number == LeadingNumber(std::string_view(text_).substr(begin_)));
+    }
+
+    bool ClosesCell(std::string_view rest) const {
+        const std::size_t next = rest.find_first_not_of(divider_ == '\t' ? " " : " \t");
+        return next == std::string_view::npos || rest[next] == divider_ || rest[next] == '\r' ||
+               rest[next] == '\n';
+    }
+
+    /// The digits of the first cell when it has nothing else; else 0.
+    std::size_t LeadingNumber(std::string_view line) const {
+        const std::size_t digits = std::min(line.find_first_not_of("0123456789"), line.size());
+        return digits < line.size() && line[digits] == divider_ ? digits : 0;
     }
 
     csv_parser parser_{};
     fs::path name_;
-    TRow row_{1, {}};
-    std::uint64_t line_ = 1;
-    std::size_t pending_ = 0;
+    char divider_;
+    std::string text_;      ///< what is not read yet, and before it the lines of the present record
+    std::size_t begin_ = 0; ///< of the present record, in `text_`
+    std::size_t next_ = 0;  ///< line to be read
+    std::size_t recordLines_ = 0;
+    std::uint64_t line_ = 1; ///< number of the line to be read
+    std::size_t lastCells_ = 0;
+    TRow row_{1, {}, {}};
     bool ended_ = false;
 };
 

@@ -185,7 +185,7 @@ class TSharedTexts : public TPartParser {
     bool inReading_ = false;
 };
 
-enum class TCellType { Number, Shared, Text, Date, None };
+enum class TCellType { Number, Shared, Text, Date, Invalid, None };
 
 /// The rows of a sheet.
 class TSheetRows : public TPartParser {
@@ -266,7 +266,7 @@ class TSheetRows : public TPartParser {
                      : type == "inlineStr" || type == "str" ? TCellType::Text
                      : type == "d"                          ? TCellType::Date
                      : type == "n"                          ? TCellType::Number
-                                                            : TCellType::None; // errors, true and false
+                                                            : TCellType::Invalid; // errors, true and false
     }
 
     TRawRow row_;
@@ -393,6 +393,7 @@ void TWorkbook::ReadRows(const TSheet& sheet, const TRowHandler& onRow,
                 }
                 TCell& filled = row.cells[cell.column];
                 filled.isNumber = cell.type == TCellType::Number;
+                filled.isInvalid = cell.type == TCellType::Invalid;
                 if (cell.type == TCellType::Shared) {
                     filled.text = SharedText(cell.text);
                 } else {

@@ -22,9 +22,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::int64_t kNotUnderstoodShown = 20; // of a file
-constexpr double kShareOfReading = 0.6;          // of the time of a large import
-constexpr int kStepsBetweenLooks = 20000;        // of SQLite, between two looks at the stop flag
+constexpr double kShareOfReading = 0.6;   // of the time of a large import
+constexpr int kStepsBetweenLooks = 20000; // of SQLite, between two looks at the stop flag
 constexpr std::uint64_t kRowsBetweenLooks = 4096;
 
 fs::path Beside(const fs::path& file, const char* ending) {
@@ -55,24 +54,61 @@ std::string Sha256(const fs::path& file) {
     return text;
 }
 
-/// Keeps other imports into the same file away for its life.
+/// Keeps other imports into the same file away for its life, by a locked file beside it.
 class TImportLock {
   public:
-    explicit TImportLock(const fs::path& target) {
+    explicit TImportLock(const fs::path& target) : file_(Beside(target, ".trava")) {
         try {
-            database_ = std::make_unique<SQLite::Database>(PathText(Beside(target, ".trava")),
-                                                           SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
-            database_->exec("BEGIN EXCLUSIVE");
+            do {
+                database_ = std::make_unique<SQLite::Database>(PathText(file_),
+                                                               SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+                database_->exec("BEGIN EXCLUSIVE");
+            } while (IsRemoved());
         } catch (const SQLite::Exception& error) {
             const bool isTaken = error.getErrorCode() == SQLITE_BUSY;
             throw ETerminologiaNaoGravada(target, isTaken ? "outra importação está em andamento"
                                                           : SqliteReason(error));
         }
     }
+    TImportLock(const TImportLock&) = delete;
+    TImportLock& operator=(const TImportLock&) = delete;
+    ~TImportLock() {
+        std::error_code ignored;
+        fs::remove(file_, ignored); // while it is still locked, see IsRemoved
+    }
 
   private:
+    /// Whether another import, which was ending, removed the file between its opening and its locking here:
+    /// a third one would then lock a new file of that name.
+    bool IsRemoved() const {
+        int isMoved = 0;
+        sqlite3_file_control(database_->getHandle(), "main", SQLITE_FCNTL_HAS_MOVED, &isMoved);
+        return isMoved != 0;
+    }
+
+    fs::path file_;
     std::unique_ptr<SQLite::Database> database_;
 };
+
+/// Refuses a target that exists and is something else than a database of terminology.
+void CheckTarget(const fs::path& target) {
+    std::error_code ignored;
+    if (!fs::exists(target, ignored)) {
+        return;
+    }
+    try {
+        const SQLite::Database database(PathText(target), SQLite::OPEN_READONLY);
+        SQLite::Statement query(database,
+                                "SELECT COUNT(*), IFNULL(SUM(name LIKE 'TB\\_TUSS\\_%' ESCAPE '\\'), 0)"
+                                " FROM sqlite_master WHERE type = 'table'");
+        query.executeStep();
+        if (query.getColumn(0).getInt64() > 0 && query.getColumn(1).getInt64() == 0) {
+            throw ETerminologiaNaoGravada(target, "o arquivo não é uma base de terminologia");
+        }
+    } catch (const SQLite::Exception& error) {
+        throw ETerminologiaNaoGravada(target, SqliteReason(error));
+    }
+}
 
 /// A folder for what the import needs meanwhile; removed at its end, and what an interrupted one left
 /// behind before it.
@@ -141,6 +177,7 @@ class TImport : private IPublicationSink {
             files.insert(files.end(), found.begin(), found.end());
         }
         CreateFolder(target.parent_path());
+        CheckTarget(target);
         const TImportLock lock(target);
         const TWorkFolder work(Beside(target, ".importacao"));
         const fs::path built = work / "tuss.db";
@@ -222,8 +259,8 @@ class TImport : private IPublicationSink {
     std::string NothingFound() const {
         if (!report_.naoEntendidas.empty() && report_.arquivos.back().naoEntendidas > 0) {
             const TLinhaNaoEntendida& line = report_.naoEntendidas.back();
-            return "nenhuma linha pôde ser entendida (" + line.arquivo + ", linha " +
-                   std::to_string(line.linha) + ": " + line.motivo +
+            return "nenhuma linha pôde ser entendida (" + line.arquivo + ", " + line.Lugar() + ": " +
+                   line.motivo +
                    "). O nome do arquivo diz a tabela quando as colunas não a dizem: \"Tabela 18.csv\"";
         }
         return "não foi encontrada nenhuma tabela da TUSS. São lidas as publicações da ANS em ZIP, XLSX, "
@@ -242,12 +279,14 @@ class TImport : private IPublicationSink {
     }
 
     void OnNotUnderstood(TLinhaNaoEntendida line) override {
-        if (++report_.arquivos.back().naoEntendidas <= kNotUnderstoodShown) {
+        if (++report_.arquivos.back().naoEntendidas <= kNotUnderstoodKept) {
             report_.naoEntendidas.push_back(std::move(line));
         }
     }
 
     void OnPassedOver(const std::string& file) override { report_.ignorados.push_back(file); }
+
+    void OnMissingDates(const std::string& file) override { report_.semDatas.push_back(file); }
 
     void OnProgress(const std::string& what, double fraction) override {
         Tell(what, from_ + share_ * fraction);

@@ -45,13 +45,17 @@ struct TImportedFile {
     std::int64_t naoEntendidas = 0;
 };
 
+/// How many rows that were not understood a report holds of a file.
+inline constexpr std::int64_t kNotUnderstoodKept = 1000;
+
 /// What an import did.
 struct TImportReport {
     std::filesystem::path database;
     std::vector<TImportedFile> arquivos;
     TChanges tabelas;
-    std::vector<TLinhaNaoEntendida> naoEntendidas; ///< the first of each file
+    std::vector<TLinhaNaoEntendida> naoEntendidas; ///< file after file, the first kNotUnderstoodKept of each
     std::vector<std::string> ignorados;            ///< files that hold no terminology
+    std::vector<std::string> semDatas;             ///< files and sheets whose dates were not recognized
     std::int64_t semTabela = 0;                    ///< codes of table 64 that no table of terms holds yet
 };
 
