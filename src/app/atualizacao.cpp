@@ -73,31 +73,56 @@ TAtualizacao::TAtualizacao(std::string endereco, const TProxySettings& proxy, st
             "Endereco)");
 }
 
-std::map<std::string, std::string> TAtualizacao::Installed() const {
+std::unique_ptr<TFileLock> TAtualizacao::Travar() const {
+    CreateFolder(folder_);
+    auto lock = std::make_unique<TFileLock>(folder_ / "atualizacoes.trava", false);
+    if (!lock->Held())
+        throw EAtualizacao("outra atualização está em andamento; espere que ela termine");
+    return lock;
+}
+
+std::map<std::string, TAtualizacao::TInstalado> TAtualizacao::Installed() const {
     std::error_code ignored;
     if (!std::filesystem::exists(InstalledFile(), ignored))
         return {};
+    std::map<std::string, TInstalado> installed;
     try {
-        return TJsonValue::parse(ReadWholeFile(InstalledFile())).get<std::map<std::string, std::string>>();
+        const TJsonValue json = TJsonValue::parse(ReadWholeFile(InstalledFile()));
+        for (const auto& [name, entry] : json.items())
+            installed[name] = {entry.at("sha256").get<std::string>(),
+                               entry.at("arquivos").get<std::vector<std::string>>()};
     } catch (const TJsonValue::exception&) {
         throw EAtualizacao(
             fmt::format("o arquivo \"{}\" está danificado; remova-o", PathText(InstalledFile())));
     }
+    return installed;
 }
 
-std::vector<TPacote> TAtualizacao::Listar() {
-    const std::map<std::string, std::string> installed = Installed();
+void TAtualizacao::NoteInstalled(const TPacote& pacote, std::vector<std::string> arquivos) const {
+    std::map<std::string, TInstalado> installed = Installed();
+    installed[pacote.Nome] = {pacote.Sha256, std::move(arquivos)};
+    TJsonValue json = TJsonValue::object();
+    for (const auto& [name, entry] : installed)
+        json[name] = {{"sha256", entry.Sha256}, {"arquivos", entry.Arquivos}};
+    WriteFileAtomically(InstalledFile(), json.dump(2) + "\n");
+}
+
+std::vector<TPacote> TAtualizacao::Listar(const TImportadores& importadores) {
+    const std::map<std::string, TInstalado> installed = Installed();
     std::vector<TPacote> packages;
     try {
         const TJsonValue list = TJsonValue::parse(http_.Get(endereco_, kMaxList));
-        for (const TJsonValue& json : list.at("pacotes")) {
-            TPacote package = ReadPackage(json, endereco_);
-            const auto known = installed.find(package.Nome);
-            package.Instalado = known != installed.end() && known->second == package.Sha256;
-            packages.push_back(std::move(package));
-        }
+        for (const TJsonValue& json : list.at("pacotes").get_ref<const TJsonValue::array_t&>())
+            packages.push_back(ReadPackage(json, endereco_));
     } catch (const TJsonValue::exception&) {
         throw EAtualizacao(fmt::format("{}: não é uma lista de pacotes do Conferix", endereco_));
+    }
+    for (TPacote& package : packages) {
+        const auto known = installed.find(package.Nome);
+        const auto importer = importadores.find(package.Tipo);
+        package.Instalado = known != installed.end() && known->second.Sha256 == package.Sha256 &&
+                            importer != importadores.end() && importer->second.Presente &&
+                            importer->second.Presente(package, known->second.Arquivos);
     }
     return packages;
 }
@@ -105,7 +130,7 @@ std::vector<TPacote> TAtualizacao::Listar() {
 void TAtualizacao::Instalar(const TPacote& pacote, const TImportadores& importadores,
                             const TDownloadProgress& progress) {
     const auto importer = importadores.find(pacote.Tipo);
-    if (importer == importadores.end() || !importer->second)
+    if (importer == importadores.end() || !importer->second.Importar)
         throw EAtualizacao(
             fmt::format("pacote \"{}\": esta versão do programa não instala pacotes do tipo \"{}\"",
                         pacote.Nome, pacote.Tipo));
@@ -124,10 +149,7 @@ void TAtualizacao::Instalar(const TPacote& pacote, const TImportadores& importad
             fmt::format("pacote \"{}\": o conteúdo não confere com o SHA-256 anunciado; nada foi "
                         "instalado",
                         pacote.Nome));
-    importer->second(pacote, file);
-    std::map<std::string, std::string> installed = Installed();
-    installed[pacote.Nome] = pacote.Sha256;
-    WriteFileAtomically(InstalledFile(), TJsonValue(installed).dump(2) + "\n");
+    NoteInstalled(pacote, importer->second.Importar(pacote, file));
 }
 
 } // namespace conferix

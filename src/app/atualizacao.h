@@ -2,11 +2,13 @@
 
 #include "app/http_client.h"
 #include "app/ini_section.h"
+#include "sistema/sistema.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -40,11 +42,17 @@ struct TPacote {
     bool Instalado = false; ///< this version of it is installed already
 };
 
-/// Takes a package that was fetched and found right; raises for one that it cannot use, after which
-/// everything is as it was.
-using TImportPacote = std::function<void(const TPacote& pacote, const std::filesystem::path& file)>;
+/// Who takes the packages of a kind.
+struct TImportador {
+    /// Takes a package that was fetched and found right, and answers the names of the files that it put in
+    /// place, if it keeps any; raises for one that it cannot use, after which everything is as it was.
+    std::function<std::vector<std::string>(const TPacote& pacote, const std::filesystem::path& file)>
+        Importar;
+    /// Whether a package that was taken once is still in place, by those names; the user may have removed it.
+    std::function<bool(const TPacote& pacote, const std::vector<std::string>& arquivos)> Presente;
+};
 /// By the package's kind.
-using TImportadores = std::map<std::string, TImportPacote, std::less<>>;
+using TImportadores = std::map<std::string, TImportador, std::less<>>;
 
 /// Packages of schemas and terminology from the address in the settings.
 class TAtualizacao {
@@ -52,16 +60,25 @@ class TAtualizacao {
     /// `folder`: data folder, in which unfinished downloads and the list of what is installed are kept.
     TAtualizacao(std::string endereco, const TProxySettings& proxy, std::filesystem::path folder);
 
-    /// The packages that are offered. Raises EHttp, EAtualizacao.
-    std::vector<TPacote> Listar();
+    /// Keeps other updates away as long as the answer lives. Raises EAtualizacao while another one runs,
+    /// EArquivo.
+    std::unique_ptr<TFileLock> Travar() const;
+    /// The packages that are offered. Raises EHttp, EAtualizacao, and what the importers raise.
+    std::vector<TPacote> Listar(const TImportadores& importadores);
     /// Fetches a package, checks size and SHA-256, hands it to its importer and notes it as installed. Raises
     /// EHttp, EAtualizacao, EArquivo, and what the importer raises.
     void Instalar(const TPacote& pacote, const TImportadores& importadores,
                   const TDownloadProgress& progress);
 
   private:
+    struct TInstalado {
+        std::string Sha256;
+        std::vector<std::string> Arquivos;
+    };
+
     std::filesystem::path InstalledFile() const { return folder_ / "atualizacoes.json"; }
-    std::map<std::string, std::string> Installed() const;
+    std::map<std::string, TInstalado> Installed() const;
+    void NoteInstalled(const TPacote& pacote, std::vector<std::string> arquivos) const;
 
     std::string endereco_;
     THttpClient http_;

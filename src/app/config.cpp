@@ -53,7 +53,10 @@ TConfig TConfig::Load(const std::filesystem::path& file) {
             ParseConfig(config.source_, file).at(kEnabledValidations).get<std::vector<std::string>>();
     } catch (const nlohmann::json::parse_error& error) {
         throw EConfigInvalida(file, fmt::format("não é um JSON válido (posição {})", error.byte));
-    } catch (const nlohmann::json::exception&) {
+    } catch (const nlohmann::json::exception& error) {
+        constexpr int kNumberTooLarge = 406;
+        if (error.id == kNumberTooLarge)
+            throw EConfigInvalida(file, "tem um número grande demais");
         throw EConfigInvalida(file, "falta a lista de textos \"EnabledValidations\"");
     } catch (const EArquivoNaoLido& error) {
         throw EConfigInvalida(file, error.Reason());

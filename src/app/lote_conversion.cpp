@@ -12,7 +12,8 @@
 
 #include <fmt/format.h>
 
-#include <set>
+#include <map>
+#include <optional>
 #include <utility>
 
 namespace conferix {
@@ -53,24 +54,27 @@ void RenewHash(const IArquivoTiss& arquivo, TConversionRun& run) {
     run.Add(TNote::ntMudanca, *hash, before, "O hash foi calculado de novo.");
 }
 
-/// True for a fault that the steps have told of: a child that is missing, or a value that is not accepted.
+/// The faults that the steps have told of: a child that is missing, or a value that is not accepted.
 class TToldFaults {
   public:
     explicit TToldFaults(const TConversionNotes& notes) {
-        for (const TConversionNote& note : notes)
-            if (note.Tipo == TNote::ntPendencia)
-                told_.emplace(note.No, note.Elemento.substr(note.Elemento.rfind('/') + 1));
+        for (std::size_t i = 0; i < notes.size(); ++i)
+            if (const TConversionNote& note = notes[i]; note.Tipo == TNote::ntPendencia)
+                told_.insert_or_assign({note.No, note.Elemento.substr(note.Elemento.rfind('/') + 1)}, i);
     }
     bool ContainsMissing(const TXmlNode& parent, const std::string& name) const {
         return told_.contains({&parent, name});
     }
-    bool ContainsValue(const TSchemaFault& fault) const {
-        const bool value = fault.Code >= TSchemaFaultCode::EmptyValue && fault.Attribute == nullptr;
-        return value && told_.contains({fault.Node, fault.Name});
+    /// The place of the note on a value, 0-based; nothing when nobody has told.
+    std::optional<std::size_t> FindValue(const TSchemaFault& fault) const {
+        if (fault.Code < TSchemaFaultCode::EmptyValue || fault.Attribute != nullptr)
+            return std::nullopt;
+        const auto found = told_.find({fault.Node, fault.Name});
+        return found != told_.end() ? std::optional(found->second) : std::nullopt;
     }
 
   private:
-    std::set<std::pair<const TXmlNode*, std::string>> told_;
+    std::map<std::pair<const TXmlNode*, std::string>, std::size_t> told_;
 };
 
 /// The elements that a fault says are missing; none for a fault of another kind.
@@ -87,7 +91,9 @@ std::string SentenceOfMissing(TSchemaFault fault, const std::string& name) {
     return TSchemaMessages::Sentence(fault);
 }
 
-/// Adds what the schema finds in the result and nobody has told; answers whether it finds nothing.
+/// Adds what the schema finds in the result and nobody has told. What a step has told of a value is said
+/// anew, as that step's version may have accepted other codes than the result's. Answers whether it finds
+/// nothing.
 bool CheckSchema(const IArquivoTiss& arquivo, const TSchemaFolder& schemas, TConversionRun& run) {
     const std::filesystem::path file = schemas.Locate(
         TValidadorController::SchemaFileName(TEnumTipoArquivoTiss::taMensagemTISS, arquivo.Versao()));
@@ -104,7 +110,9 @@ bool CheckSchema(const IArquivoTiss& arquivo, const TSchemaFolder& schemas, TCon
         for (const std::string& name : missing)
             if (!told.ContainsMissing(parent, name))
                 run.AddBelow(TNote::ntPendencia, parent, name, {}, SentenceOfMissing(fault, name));
-        if (missing.empty() && !told.ContainsValue(fault))
+        if (const std::optional<std::size_t> note = told.FindValue(fault))
+            run.Notes()[*note].Texto = TSchemaMessages::Sentence(fault);
+        else if (missing.empty())
             run.Add(TNote::ntPendencia, *fault.Node, TSchemaMessages::Sentence(fault));
     }
     return faults.empty();

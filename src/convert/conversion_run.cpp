@@ -92,4 +92,19 @@ void TConversionRun::AddBelow(TConversionNoteType tipo, const TXmlNode& parent, 
     notes_.push_back(std::move(note));
 }
 
+void TConversionRun::AddLosses(const TXmlNode& element, const std::string& texto, bool ownText) {
+    for (const TXmlNode* node = &element; node != nullptr; node = node->NextInWalk(&element)) {
+        if (!node->IsTag())
+            continue;
+        const std::string value = node->TextWithCData();
+        const bool leaf = node->FirstChildTag() == nullptr;
+        if ((ownText || node != &element) && (leaf || !TrimXmlSpace(value).empty()))
+            Add(TConversionNoteType::ntPerda, *node, leaf ? value : std::string(TrimXmlSpace(value)), texto);
+        for (const TXmlAttribute& attribute : node->Attributes())
+            if (attribute.QualifiedName() != "xmlns" && attribute.Name().Prefix != "xmlns")
+                AddBelow(TConversionNoteType::ntPerda, *node, fmt::format("@{}", attribute.QualifiedName()),
+                         std::string(attribute.Value()), texto);
+    }
+}
+
 } // namespace conferix

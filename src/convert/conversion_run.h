@@ -64,6 +64,7 @@ class TConversionRun {
 
     const TConversionOptions& Options() const { return options_; }
     const TConversionNotes& Notes() const { return notes_; }
+    TConversionNotes& Notes() { return notes_; }
     TConversionNotes TakeNotes() { return std::move(notes_); }
     /// The steps begun so far, as "3.05.00 -> 4.00.00".
     const std::vector<std::string>& Steps() const { return steps_; }
@@ -78,6 +79,9 @@ class TConversionRun {
     /// A note on something below an element that is no element of the tree, such as a missing child.
     void AddBelow(TConversionNoteType tipo, const TXmlNode& parent, std::string_view name, std::string valor,
                   std::string texto);
+    /// A note of loss on each attribute and each text of an element that is removed, and of all below it; on
+    /// the element's own text only with `ownText`. An empty element without children has a note as well.
+    void AddLosses(const TXmlNode& element, const std::string& texto, bool ownText);
 
   private:
     TConversionNote MakeNote(TConversionNoteType tipo, const TXmlNode& node) const;

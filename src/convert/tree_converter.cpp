@@ -127,11 +127,9 @@ void TTreeConverter::Demand(TXmlNode& parent, const TElementChange& change) {
 }
 
 void TTreeConverter::Remove(TXmlNode& element) {
-    const std::string text =
-        fmt::format("<{}> não existe na versão {} e foi retirado.", element.LocalName(), change_.To());
-    for (const TXmlNode* node = &element; node != nullptr; node = node->NextInWalk(&element))
-        if (node->IsTag() && node->FirstChildTag() == nullptr)
-            run_.Add(TNote::ntPerda, *node, text);
+    run_.AddLosses(
+        element,
+        fmt::format("<{}> não existe na versão {} e foi retirado.", element.LocalName(), change_.To()), true);
     RemoveElement(element);
 }
 

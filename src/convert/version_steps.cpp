@@ -57,6 +57,7 @@ std::optional<TFilledValue> TakeRequester(TXmlNode& parent, TConversionRun& run)
         return std::nullopt;
     const std::string value = name->TextWithCData();
     run.Add(TNote::ntMudanca, *name, value, "O valor passa para <nomeContratadoSolicitante>.");
+    run.AddLosses(*name, "<nomeContratado> foi retirado; só o seu texto tem novo lugar.", false);
     RemoveElement(*name);
     return TFilledValue{value, "O valor veio de <nomeContratado>."};
 }

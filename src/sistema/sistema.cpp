@@ -26,6 +26,7 @@
 #include <langinfo.h>
 #include <locale.h>
 #include <pwd.h>
+#include <sys/file.h>
 #include <unistd.h>
 #if defined(__APPLE__)
 #include <mach-o/dyld.h>
@@ -89,6 +90,23 @@ int CloseDescriptor(int descriptor) {
 }
 int ProcessId() {
     return _getpid();
+}
+int OpenForLocking(const fs::path& file) {
+    return _wopen(file.c_str(), _O_RDWR | _O_CREAT | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+}
+
+// False when another holds the file and `wait` is off.
+bool LockWhole(int descriptor, bool wait) {
+    OVERLAPPED from = {};
+    const DWORD flags = LOCKFILE_EXCLUSIVE_LOCK | (wait ? 0 : LOCKFILE_FAIL_IMMEDIATELY);
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+    if (LockFileEx(handle, flags, 0, MAXDWORD, MAXDWORD, &from)) {
+        return true;
+    }
+    if (GetLastError() != ERROR_LOCK_VIOLATION) {
+        throw std::system_error(static_cast<int>(GetLastError()), std::system_category());
+    }
+    return false;
 }
 
 std::optional<std::uintmax_t> RegularFileSize(int descriptor) {
@@ -156,6 +174,22 @@ int CloseDescriptor(int descriptor) {
 }
 int ProcessId() {
     return static_cast<int>(::getpid());
+}
+int OpenForLocking(const fs::path& file) {
+    return ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+}
+
+// False when another holds the file and `wait` is off.
+bool LockWhole(int descriptor, bool wait) {
+    while (::flock(descriptor, wait ? LOCK_EX : LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EWOULDBLOCK) {
+            return false;
+        }
+        if (errno != EINTR) {
+            throw std::system_error(errno, std::generic_category());
+        }
+    }
+    return true;
 }
 
 std::optional<std::uintmax_t> RegularFileSize(int descriptor) {
@@ -232,6 +266,7 @@ class TDescriptor {
     ~TDescriptor() { Release(); }
 
     int Get() const { return descriptor_; }
+    int Give() { return std::exchange(descriptor_, -1); }
 
     void WriteAll(std::string_view bytes) {
         while (!bytes.empty()) {
@@ -405,6 +440,23 @@ fs::path UserDataFolder() {
 }
 
 } // namespace
+
+TFileLock::TFileLock(const fs::path& file, bool wait) {
+    try {
+        TDescriptor descriptor(OpenForLocking(file));
+        if (LockWhole(descriptor.Get(), wait)) {
+            descriptor_ = descriptor.Give();
+        }
+    } catch (const std::system_error& error) {
+        throw EArquivoNaoGravado(file, ReasonText(error.code()));
+    }
+}
+
+TFileLock::~TFileLock() {
+    if (Held()) {
+        CloseDescriptor(descriptor_);
+    }
+}
 
 EArquivo::EArquivo(const std::string& action, const fs::path& file, const std::string& reason)
     : std::runtime_error(action + " \"" + PathText(file) + "\": " + reason), fileName_(file),

@@ -97,6 +97,23 @@ void WriteFileAtomically(const std::filesystem::path& file, std::string_view byt
 /// EArquivoNaoGravado, after which the old file is untouched.
 void ReplaceFileBy(const std::filesystem::path& file, const std::filesystem::path& finished);
 
+/// Holds a file for one at a time, between processes and within one. The file is made when it is missing and
+/// stays behind; the hold ends with the object or the process.
+class TFileLock {
+  public:
+    /// With `wait`, returns once the file is held; else Held() tells whether it is. Raises
+    /// EArquivoNaoGravado.
+    TFileLock(const std::filesystem::path& file, bool wait);
+    TFileLock(const TFileLock&) = delete;
+    TFileLock& operator=(const TFileLock&) = delete;
+    ~TFileLock();
+
+    bool Held() const { return descriptor_ >= 0; }
+
+  private:
+    int descriptor_ = -1;
+};
+
 /// Whether a stream is an interactive terminal.
 bool IsTerminal(std::FILE* stream);
 

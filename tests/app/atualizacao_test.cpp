@@ -6,11 +6,11 @@
 #include "sistema/sistema.h"
 #include "suporte/lote_pequeno.h"
 #include "suporte/suporte.h"
+#include "suporte/zip_de_teste.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <zip.h>
 
 #include <map>
 #include <sstream>
@@ -168,14 +168,16 @@ TEST_F(Atualizacao, InstallsOnlyWhatIsRight) {
         TAtualizacao update(base + "/lista.json",
                             byProxy ? Proxy(TProxyMode::Manual, server.Port()) : Proxy(), folder);
         std::vector<std::string> taken;
-        const TImportadores importers = {{"schemas",
-                                          [&](const TPacote& package, const std::filesystem::path& file) {
-                                              if (package.Nome == "ruim")
-                                                  throw EAtualizacao("recusado");
-                                              taken.push_back(ReadTestFile(file));
-                                          }},
-                                         {"terminologia", {}}};
-        const std::vector<TPacote> packages = update.Listar();
+        const TImportador schemas = {
+            [&](const TPacote& package, const std::filesystem::path& file) {
+                if (package.Nome == "ruim")
+                    throw EAtualizacao("recusado");
+                taken.push_back(ReadTestFile(file));
+                return std::vector<std::string>{"a.xsd"};
+            },
+            [](const TPacote&, const std::vector<std::string>& names) { return names.front() == "a.xsd"; }};
+        const TImportadores importers = {{"schemas", schemas}, {"terminologia", {}}};
+        const std::vector<TPacote> packages = update.Listar(importers);
         ASSERT_EQ(packages.size(), 4U);
         EXPECT_EQ(packages[0].Endereco, base + "/bom");
         const char* reasons[] = {"", "não confere com o SHA-256", "recusado", "não instala pacotes"};
@@ -185,42 +187,45 @@ TEST_F(Atualizacao, InstallsOnlyWhatIsRight) {
         EXPECT_THAT(taken, ElementsAre("pacote/bom"));
         EXPECT_TRUE(std::filesystem::is_empty(folder + "/downloads"));
         std::vector<bool> installed;
-        for (const TPacote& package : update.Listar())
+        for (const TPacote& package : update.Listar(importers))
             installed.push_back(package.Instalado);
         EXPECT_THAT(installed, ElementsAre(true, false, false, false));
     }
     TAtualizacao update(server.Url("/lista.json"), Proxy(), File("dados"));
-    for (const std::string bad : {"", "[]", "{}", R"({"pacotes": [{}]})", R"({"pacotes": 1})"}) {
+    for (const std::string bad :
+         {"", "[]", "{}", R"({"pacotes": [{}]})", R"({"pacotes": 1})", R"({"pacotes": null})"}) {
         list = bad;
-        EXPECT_THAT(Failure([&] { update.Listar(); }), HasSubstr("não é uma lista")) << bad;
+        EXPECT_THAT(Failure([&] { update.Listar({}); }), HasSubstr("não é uma lista")) << bad;
     }
     for (const auto& [key, value] :
          std::map<std::string, json>{{"sha256", "ABC"}, {"tamanho", 0}, {"nome", ""}, {"tamanho ", 0}}) {
         json package = entry("x", "schemas", Sha("x"));
         package[key] = value;
         list = json{{"pacotes", {package}}}.dump();
-        EXPECT_EQ(Failure([&] { update.Listar(); }).empty(), key == "tamanho ") << key;
+        EXPECT_EQ(Failure([&] { update.Listar({}); }).empty(), key == "tamanho ") << key;
     }
     EXPECT_THAT(Failure([&] { TAtualizacao("", Proxy(), File("dados")); }), HasSubstr("Endereco"));
 }
 
-TEST_F(Atualizacao, TheCommandInstallsSchemas) {
-    zip_t* archive = zip_open(File("pacote.zip").c_str(), ZIP_CREATE | ZIP_TRUNCATE, nullptr);
-    const std::string_view xsd = kSmallSchema;
-    zip_file_add(archive, "tissV4_01_00.xsd", zip_source_buffer(archive, xsd.data(), xsd.size(), 0), 0);
-    ASSERT_EQ(zip_close(archive), 0);
-    const std::string schema = ReadTestFile(File("pacote.zip"));
+TEST_F(Atualizacao, TheCommandInstallsWhatIsNotInPlace) {
+    WriteZip(File("schemas.zip"), {{"tissV4_01_00.xsd", std::string(kSmallSchema)}});
+    WriteZip(File("termos.zip"), {{"Tabela 22.csv", "Código do Termo;Termo\n10101012;Consulta\n"}});
+    WriteZip(File("vazio.zip"), {{"leia.txt", "nada"}});
+    std::vector<std::string> offered = {"schemas"};
     TServidorHttp server([&](const std::string& target) {
         if (target != "/lista")
-            return THttpAnswer{.Body = schema};
-        return THttpAnswer{.Body = json{{"pacotes",
-                                         {{{"nome", "comunicacao"},
-                                           {"tipo", "schemas"},
-                                           {"versao", "4.01.00"},
-                                           {"tamanho", schema.size()},
-                                           {"sha256", Sha(schema)},
-                                           {"endereco", "pacote.zip"}}}}}
-                                       .dump()};
+            return THttpAnswer{.Body = ReadTestFile(File(target.substr(1)))};
+        json packages = json::array();
+        for (const std::string& name : offered) {
+            const std::string bytes = ReadTestFile(File(name + ".zip"));
+            packages.push_back({{"nome", name},
+                                {"tipo", name == "termos" ? "terminologia" : "schemas"},
+                                {"versao", "4.01.00"},
+                                {"tamanho", bytes.size()},
+                                {"sha256", Sha(bytes)},
+                                {"endereco", name + ".zip"}});
+        }
+        return THttpAnswer{.Body = json{{"pacotes", packages}}.dump()};
     });
     const auto run = [](const std::vector<std::string>& words) {
         std::istringstream in;
@@ -232,11 +237,45 @@ TEST_F(Atualizacao, TheCommandInstallsSchemas) {
     EXPECT_THAT(run({"atualizar"}), HasSubstr("3 conferix: erro: nenhum endereço"));
     WriteTestFile(File("Conferix.ini"), "[Atualizacao]\nEndereco = " + server.Url("/lista") + "\n");
     EXPECT_THAT(run({"atualizar", "--verificar"}), HasSubstr("disponível"));
-    EXPECT_FALSE(std::filesystem::exists(File("dados/schemas/tiss/tissV4_01_00.xsd")));
-    EXPECT_THAT(run({"atualizar"}), HasSubstr("0 comunicacao 4.01.00"));
-    EXPECT_TRUE(std::filesystem::exists(File("dados/schemas/tiss/tissV4_01_00.xsd")));
+    const std::string schema = File("dados/schemas/tiss/tissV4_01_00.xsd");
+    EXPECT_FALSE(std::filesystem::exists(schema));
+    EXPECT_THAT(run({"atualizar"}), HasSubstr("0 schemas 4.01.00"));
+    EXPECT_TRUE(std::filesystem::exists(schema));
     EXPECT_THAT(run({"atualizar", "--formato", "json"}), HasSubstr("\"estado\": \"instalado\""));
     EXPECT_EQ(server.Requests().size(), 4U); // the package came once
+
+    // What the user has removed, or does not use here, comes again.
+    offered.push_back("termos");
+    EXPECT_THAT(run({"atualizar"}), HasSubstr("0 schemas"));
+    const struct {
+        std::vector<std::string> Before;
+        std::vector<std::string> Options;
+        std::string Missing;
+    } cases[] = {{{}, {}, ""},
+                 {{"terminologia", "restaurar"}, {}, "termos"},
+                 {{"esquemas", "remover", "4.01.00"}, {}, "schemas"},
+                 {{}, {"--terminologia", File("outra.db")}, "termos"},
+                 {{}, {"--esquemas", File("outros")}, "schemas"}};
+    for (const auto& c : cases) {
+        if (!c.Before.empty()) {
+            EXPECT_THAT(run(c.Before), testing::StartsWith("0"));
+        }
+        std::vector<std::string> words = {"atualizar", "--formato", "json"};
+        words.insert(words.end(), c.Options.begin(), c.Options.end());
+        std::vector<std::string> looking = words;
+        looking.emplace_back("--verificar");
+        for (const json& package : json::parse(run(looking).substr(2)))
+            EXPECT_EQ(package["estado"], package["nome"] == c.Missing ? "disponivel" : "instalado")
+                << package;
+        EXPECT_THAT(run(words), testing::StartsWith("0"));
+        for (const json& package : json::parse(run(looking).substr(2)))
+            EXPECT_EQ(package["estado"], "instalado") << package;
+    }
+    offered = {"vazio"};
+    EXPECT_THAT(run({"atualizar"}), testing::AllOf(HasSubstr("não há schemas do padrão TISS"),
+                                                   testing::Not(HasSubstr("usados: conferix"))));
+    const TFileLock other(File("dados/atualizacoes.trava"), false);
+    EXPECT_THAT(run({"atualizar"}), HasSubstr("outra atualização está em andamento"));
 }
 
 } // namespace

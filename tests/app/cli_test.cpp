@@ -2,6 +2,7 @@
 #include "suporte/lote_pequeno.h"
 #include "suporte/suporte.h"
 #include "validation/hash_calculator.h"
+#include "validation/validator/rule_list.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <thread>
 
 namespace conferix {
 namespace {
@@ -294,6 +296,28 @@ TEST_F(Cli, SwitchesRulesAndKeepsThemSo) {
     EXPECT_THAT(Run({"regras", "--padrao"}).Out, HasSubstr("2 regras mudaram."));
     EXPECT_THAT(Run({"regras", "--padrao"}).Out, HasSubstr("Nenhuma regra mudou."));
     EXPECT_TRUE(active(group));
+    // The deeper name holds, whichever way round; a blank after the comma is none of the name.
+    EXPECT_THAT(Run({"regras", "--desativar", group, "--ativar", field}).Out, HasSubstr("2 regras mudaram."));
+    EXPECT_TRUE(active(field));
+    EXPECT_THAT(Run({"regras", "--ativar", group, "--desativar",
+                     field + ", tiss.monitoramento.loteguias.guia.campo015"})
+                    .Out,
+                HasSubstr("2 regras mudaram."));
+    EXPECT_FALSE(active(field) || active("tiss.monitoramento.loteguias.guia.campo015") || !active(group));
+    EXPECT_EQ(Run({"regras", "--padrao"}).Status, kExitValid);
+    // Of several at once, none undoes what another did.
+    std::vector<std::string> leaves;
+    const std::vector<TListedRule> rules = ListRules();
+    for (std::size_t i = 0; i < rules.size() && leaves.size() < 20; ++i)
+        if (!rules[i].Rule->Required && EndOfGroup(rules, i) == i + 1)
+            leaves.push_back(rules[i].Rule->Name);
+    std::vector<std::thread> others;
+    for (const std::string& name : leaves)
+        others.emplace_back([this, &name] { Run({"regras", "--desativar", name}); });
+    for (std::thread& other : others)
+        other.join();
+    for (const std::string& name : leaves)
+        EXPECT_FALSE(active(name)) << name;
     WriteTestFile(File("config.json"), R"({"EnabledValidations": ["tiss.futura"]})");
     EXPECT_THAT(Run({"regras", "--config", File("config.json"), "--ativar", field}).Err,
                 HasSubstr("tiss.futura"));
@@ -313,7 +337,10 @@ TEST_F(Cli, ShowsAndChangesTheProxySettings) {
                  {{"--porta", "70000"}, kExitUsage, "Informe um número de porta válido."},
                  {{"--modo", "outro"}, kExitUsage, "direto, sistema ou manual"},
                  {{"--modo", "manual", "--servidor", "p", "--porta", "3128"}, kExitValid, "Porta: 3128"},
-                 {{"--modo", "sistema"}, kExitValid, "Detecção automática"}};
+                 {{"--servidor", ""}, kExitUsage, "Preencha o endereço do servidor."},
+                 {{"--modo", "sistema"}, kExitValid, "Detecção automática"},
+                 {{"--servidor", ""}, kExitValid, "Servidor: \nPorta: 3128"},
+                 {{"--servidor", "q", "--porta", "0"}, kExitValid, "Servidor: q\nPorta: \n"}};
     for (const auto& c : cases) {
         std::vector<std::string> words = {"proxy"};
         words.insert(words.end(), c.Words.begin(), c.Words.end());
@@ -323,7 +350,7 @@ TEST_F(Cli, ShowsAndChangesTheProxySettings) {
     }
     const json shown = json::parse(Run({"proxy", "--formato", "json"}).Out);
     EXPECT_EQ(shown["modo"], "sistema");
-    EXPECT_EQ(shown["porta"], 3128);
+    EXPECT_EQ(shown["porta"], 0);
     unsetenv("CONFERIX_INI");
 }
 

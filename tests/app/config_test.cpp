@@ -61,6 +61,9 @@ TEST(Config, ADamagedFileIsNamedAndKept) {
         EXPECT_EQ(ReadTestFile(file), content);
     }
     EXPECT_THROW(TConfig::Load(folder.Path()), EConfigInvalida);
+    WriteTestFile(file, R"({"EnabledValidations": [], "x": 1e999})");
+    EXPECT_THAT([&] { TConfig::Load(file); },
+                testing::ThrowsMessage<EConfigInvalida>(HasSubstr("um número grande demais")));
     WriteTestFile(file, "{\"x\": " + std::string(100000, '[') + std::string(100000, ']') +
                             ", \"EnabledValidations\": []}");
     EXPECT_THROW(TConfig::Load(file), EConfigInvalida);

@@ -57,6 +57,11 @@ TEST_F(Converter, WritesTheLotAndTellsTheNotes) {
     EXPECT_THAT(Run({"converter", source, "--para", "4.00.00", "--detalhar"}).Err,
                 testing::Not(HasSubstr("E mais")));
 
+    std::string broken = ReadTestFile(source);
+    ReplaceAll(broken, "BENEFICIARIO DE TESTE UM", "BENEFICIARIO\nDE TESTE");
+    EXPECT_THAT(Run({"converter", "-", "--para", "4.00.00"}, broken).Err,
+                HasSubstr("Valor: \"BENEFICIARIO DE TESTE\"."));
+
     const TResult report =
         Run({"converter", source, "--para", "4.00.00", "--formato", "json", "--saida", File("novo.xml")});
     const json notes = json::parse(report.Out);
@@ -125,6 +130,16 @@ TEST_F(Converter, RefusesWithoutWritingAnything) {
                    std::filesystem::path(File("nada.xml")).parent_path().string()})
                   .Status,
               kExitUsage); // would write over the source
+    const std::string source = ReadTestFile(consulta);
+    WriteTestFile(File("origem.xml"), source);
+    std::filesystem::create_symlink("origem.xml", File("atalho.xml"));
+    for (const char* target : {"origem.xml", "atalho.xml"}) {
+        const TResult same =
+            Run({"converter", File("origem.xml"), "--para", "4.02.00", "--saida", File(target)});
+        EXPECT_EQ(same.Status, kExitUsage);
+        EXPECT_THAT(same.Err, HasSubstr("a saída é o próprio"));
+    }
+    EXPECT_EQ(ReadTestFile(File("origem.xml")), source);
 }
 
 TEST_F(Converter, ListsTheVersionsInReach) {

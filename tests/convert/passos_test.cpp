@@ -158,6 +158,32 @@ TEST(VersionConverter, TellsEachLossAndEachOpenPlace) {
     EXPECT_EQ(LoadTiss(sadt.Xml)->Hash(),
               THashCalculator::Calculate(*TXmlParser::Parse(sadt.Xml).Document, THashEncoding::Iso88591));
 
+    // Attributes, text beside elements and what stands below a name that moves are lost by name.
+    std::string odd = ExampleText("spsadt-3.05.00-valido.xml");
+    ReplaceAll(odd, "<ans:nomeBeneficiario>BENEFICIARIO DE TESTE UM<",
+               "<ans:nomeBeneficiario matricula=\"77\" xmlns:q=\"u\"> JOSE <x b=\"2\">1</x><");
+    const std::size_t requester = odd.find("<ans:nomeContratado>", odd.find("<ans:contratadoSolicitante>"));
+    odd.replace(requester, std::string_view("<ans:nomeContratado>").size(),
+                "<ans:nomeContratado a4=\"v89\"><foo>CH577</foo>");
+    EXPECT_THAT(
+        Lines(Convert(odd, "4.00.00").Notas, ntPerda),
+        IsSupersetOf(
+            {"3.05.00 -> 4.00.00 dadosBeneficiario/nomeBeneficiario = JOSE",
+             "3.05.00 -> 4.00.00 dadosBeneficiario/nomeBeneficiario/@matricula = 77",
+             "3.05.00 -> 4.00.00 dadosBeneficiario/nomeBeneficiario/x = 1",
+             "3.05.00 -> 4.00.00 dadosBeneficiario/nomeBeneficiario/x/@b = 2",
+             "3.05.00 -> 4.00.00 dadosSolicitante/contratadoSolicitante/nomeContratado/@a4 = v89",
+             "3.05.00 -> 4.00.00 dadosSolicitante/contratadoSolicitante/nomeContratado/foo = CH577"}));
+
+    // What is offered for a code are those of the target, not of the step that first refused it.
+    std::string code = ExampleText("spsadt-3.05.00-valido.xml");
+    ReplaceAll(code, "<ans:tipoAtendimento>05<", "<ans:tipoAtendimento>06<");
+    const TConversionNotes offered = Convert(code, "4.03.00", "01").Notas;
+    const auto refused = std::find_if(offered.begin(), offered.end(),
+                                      [](const TConversionNote& note) { return note.Valor == "06"; });
+    ASSERT_NE(refused, offered.end());
+    EXPECT_THAT(refused->Texto, testing::AllOf(HasSubstr("23"), Not(HasSubstr("05"))));
+
     const TLoteConvertido fees = Convert(ExampleText("honorarios-4.01.00-valido.xml"), "4.03.00");
     EXPECT_THAT(Lines(fees.Notas, ntPendencia),
                 testing::Each("4.02.00 -> 4.03.00 dadosInternacao/caraterAtendimento = "));

@@ -209,7 +209,11 @@ class TCommandLine {
     /// An option that takes several names, one after the other or with commas.
     static void AddNames(CLI::App& command, const std::string& option, std::vector<std::string>& names,
                          const std::string& description) {
-        command.add_option(option, names, description)->option_text("NOME...")->delimiter(',')->take_all();
+        command.add_option(option, names, description)
+            ->option_text("NOME...")
+            ->delimiter(',')
+            ->take_all()
+            ->transform([](const std::string& name) { return std::string(TrimXmlSpace(name)); });
     }
 
     void AddProxy() {
@@ -351,14 +355,17 @@ TDBConnectionFactory TCliContext::TerminologyFactory() const {
 }
 
 std::filesystem::path TCliContext::ConfigFile() const {
-    return Config.empty() ? TConfig::DefaultFile() : PathFromText(Config);
+    if (Config.empty())
+        return TConfig::DefaultFile();
+    std::filesystem::path file = PathFromText(Config);
+    std::error_code ignored;
+    if (!std::filesystem::exists(file, ignored))
+        throw EConfigInvalida(file, "o arquivo não existe"); // a mistyped name must not switch rules on
+    return file;
 }
 
 TConfig TCliContext::LoadConfig() const {
     const std::filesystem::path file = ConfigFile();
-    std::error_code ignored;
-    if (!Config.empty() && !std::filesystem::exists(file, ignored))
-        throw EConfigInvalida(file, "o arquivo não existe"); // a mistyped name must not switch rules on
     TConfig config = TConfig::Load(file);
     if (const std::vector<std::string> unknown = config.UnknownValidations(); !unknown.empty())
         Warning(

@@ -8,6 +8,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <memory>
 #include <ostream>
 #include <random>
 #include <sstream>
@@ -16,18 +18,41 @@ namespace conferix {
 
 namespace {
 
-/// Runs the import of schemas without output of its own; raises with what it told as errors.
-void RunImport(const TCliContext& context, const std::filesystem::path& file, const std::string& folder) {
+/// What a quiet command told as errors, in one line without the program's name.
+std::string ToldErrors(const std::string& text) {
+    constexpr std::string_view kStart = "conferix: erro: ";
+    std::string reasons;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        reasons +=
+            (reasons.empty() ? "" : "; ") + (line.starts_with(kStart) ? line.substr(kStart.size()) : line);
+    return reasons;
+}
+
+/// Runs the import of schemas without output of its own and answers the main schemas; raises with what it
+/// told as errors.
+std::vector<std::string> RunImport(const TCliContext& context, const std::filesystem::path& file,
+                                   const std::string& folder) {
     std::istringstream in;
     std::ostringstream out;
     std::ostringstream err;
     const TCliContext quiet{{in, out, err}, "json", folder, context.Terminologia, context.Config};
-    if (RunEsquemasImportar(quiet, PathText(file)) != kExitValid)
-        throw EAtualizacao("o pacote contém schemas que não podem ser usados. " + err.str());
+    const int status = RunEsquemasImportar(quiet, PathText(file));
+    std::string reasons = ToldErrors(err.str());
+    std::vector<std::string> names;
+    if (!out.str().empty())
+        for (const TJson& schema : TJson::parse(out.str())) {
+            names.push_back(schema.at("arquivo"));
+            if (const std::string failure = schema.at("erro"); !failure.empty())
+                reasons += fmt::format("{}{}: {}", reasons.empty() ? "" : "; ", names.back(), failure);
+        }
+    if (status != kExitValid)
+        throw EAtualizacao("o pacote contém schemas que não podem ser usados: " + reasons);
+    return names;
 }
 
 /// Tries a package of schemas in a folder of its own before it goes to where schemas are used.
-void ImportSchemas(const TCliContext& context, const std::filesystem::path& file) {
+std::vector<std::string> ImportSchemas(const TCliContext& context, const std::filesystem::path& file) {
     const std::filesystem::path trial =
         file.parent_path() / fmt::format("prova-{:08x}", std::random_device{}());
     const std::shared_ptr<void> remove(nullptr, [&trial](void*) {
@@ -35,7 +60,15 @@ void ImportSchemas(const TCliContext& context, const std::filesystem::path& file
         std::filesystem::remove_all(trial, ignored);
     });
     RunImport(context, file, PathText(trial));
-    RunImport(context, file, context.Esquemas);
+    return RunImport(context, file, context.Esquemas);
+}
+
+bool HasSchemas(const TCliContext& context, const std::vector<std::string>& names) {
+    const std::filesystem::path folder = context.SchemaFolder();
+    return std::all_of(names.begin(), names.end(), [&folder](const std::string& name) {
+        std::error_code ignored;
+        return std::filesystem::exists(folder / PathFromText(name), ignored);
+    });
 }
 
 /// Merges a package of terminology into the one in use.
@@ -49,11 +82,20 @@ void ImportTerminologyPackage(const TCliContext& context, const std::filesystem:
 
 /// Who takes packages of which kind.
 TImportadores Importers(const TCliContext& context) {
+    using TPath = std::filesystem::path;
+    using TNames = std::vector<std::string>;
     return {{"schemas",
-             [&context](const TPacote&, const std::filesystem::path& file) { ImportSchemas(context, file); }},
-            {"terminologia", [&context](const TPacote&, const std::filesystem::path& file) {
-                 ImportTerminologyPackage(context, file);
-             }}};
+             {[&context](const TPacote&, const TPath& file) { return ImportSchemas(context, file); },
+              [&context](const TPacote&, const TNames& names) { return HasSchemas(context, names); }}},
+            {"terminologia",
+             {[&context](const TPacote&, const TPath& file) {
+                  ImportTerminologyPackage(context, file);
+                  return TNames(); // the database itself lists what was imported
+              },
+              [&context](const TPacote& package, const TNames&) {
+                  return HasImport(TDatabaseTuss::ImportTarget(PathFromText(context.Terminologia)),
+                                   package.Sha256);
+              }}}};
 }
 
 TDownloadProgress ProgressOn(const TCliContext& context, const TPacote& package) {
@@ -79,11 +121,12 @@ int RunAtualizar(const TCliContext& context, bool verificar) {
     try {
         TAtualizacao update(TAtualizacaoSettings().Endereco, TProxySettings(),
                             TConstantes::ValidadorDirectory());
+        const std::unique_ptr<TFileLock> lock = verificar ? nullptr : update.Travar();
         const TImportadores importers = Importers(context);
         TJson report = TJson::array();
         std::string text;
         int status = kExitValid;
-        for (const TPacote& package : update.Listar()) {
+        for (const TPacote& package : update.Listar(importers)) {
             std::string_view state = package.Instalado ? "instalado" : "disponivel";
             std::string failure;
             if (!verificar && !package.Instalado) {

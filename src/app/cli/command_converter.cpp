@@ -71,6 +71,10 @@ void CheckOptions(const TConverterOptions& options) {
     }
     std::set<std::string> names;
     for (const std::string& file : options.Arquivos) {
+        std::error_code missing;
+        if (!options.Saida.empty() && file != "-" &&
+            std::filesystem::equivalent(PathFromText(options.Saida), PathFromText(file), missing))
+            throw EUsage(fmt::format("a saída é o próprio \"{}\"; escolha outro arquivo", file));
         if (!folder)
             continue;
         const std::filesystem::path path = PathFromText(file);
@@ -199,7 +203,9 @@ class TConverterCommand {
         std::string place = fmt::format("linha {}", note.Linha);
         if (!note.Guia.empty())
             place += ", guia " + note.Guia;
-        std::string value = note.Valor.empty() ? std::string() : fmt::format(" Valor: \"{}\".", note.Valor);
+        std::string line = note.Valor; // a line a note, whatever the value holds
+        std::replace_if(line.begin(), line.end(), IsXmlSpace, ' ');
+        std::string value = line.empty() ? std::string() : fmt::format(" Valor: \"{}\".", line);
         if (count > 1)
             value += fmt::format(" E mais {} do mesmo tipo.", Counted(count - 1, "nota", "notas"));
         context_.Streams.Err << fmt::format("{}: {}: {} ({}): {}{}\n",

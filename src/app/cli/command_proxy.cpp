@@ -47,12 +47,15 @@ int RunProxy(const TCliContext& context, const TProxyOptions& options) {
     TProxySettings settings;
     if (options.Modo)
         settings.Mode = ModeOf(*options.Modo);
+    // Nothing, and port 0, take out what was stored; the manual mode alone demands both.
     if (options.Servidor) {
-        Require(TProxySettings::CheckServer(*options.Servidor));
+        if (!options.Servidor->empty())
+            Require(TProxySettings::CheckServer(*options.Servidor));
         settings.Server = *options.Servidor;
     }
     if (options.Porta) {
-        Require(TProxySettings::CheckPort(*options.Porta));
+        if (*options.Porta != "0")
+            Require(TProxySettings::CheckPort(*options.Porta));
         settings.Port = std::stoi(*options.Porta);
     }
     if (options.Modo || options.Servidor || options.Porta) {

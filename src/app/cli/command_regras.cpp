@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
+#include <optional>
 #include <ostream>
 
 namespace conferix {
@@ -77,13 +79,35 @@ void LogSwitches(const std::vector<std::string>& before, const std::vector<std::
         LogRuleSwitched(rule, std::binary_search(after.begin(), after.end(), rule));
 }
 
+/// Keeps others from changing a configuration file, by a file beside it.
+std::unique_ptr<TFileLock> LockFor(const std::filesystem::path& config) {
+    std::filesystem::path lock = std::filesystem::weakly_canonical(config);
+    CreateFolder(lock.parent_path());
+    return std::make_unique<TFileLock>(lock += ".trava", true);
+}
+
 } // namespace
 
 std::vector<std::string> SwitchRules(TConfig& config, const std::vector<std::string>& names, bool on) {
+    std::vector<TRuleSwitch> switches;
+    for (const std::string& name : names)
+        switches.push_back({name, on});
+    return SwitchRules(config, std::move(switches));
+}
+
+std::vector<std::string> SwitchRules(TConfig& config, std::vector<TRuleSwitch> switches) {
     TConfiguracaoValidacoes rules(std::move(config));
+    // Groups come first, so that what is said of a rule below one holds whatever the order was.
+    const auto depth = [&rules](const TRuleSwitch& asked) {
+        const std::optional<std::size_t> node = rules.Find(asked.Nome);
+        return node ? rules.Rules()[*node].Depth : 0;
+    };
+    std::stable_sort(
+        switches.begin(), switches.end(),
+        [&](const TRuleSwitch& left, const TRuleSwitch& right) { return depth(left) < depth(right); });
     try {
-        for (const std::string& name : names)
-            rules.SetChecked(name, on);
+        for (const TRuleSwitch& asked : switches)
+            rules.SetChecked(asked.Nome, asked.Ativa);
     } catch (const ERegraNaoMudada& error) {
         throw EUsage(error.what());
     }
@@ -92,17 +116,23 @@ std::vector<std::string> SwitchRules(TConfig& config, const std::vector<std::str
 }
 
 int RunRegras(const TCliContext& context, const TRegrasOptions& options) {
+    const bool changes = options.Padrao || !options.Ativar.empty() || !options.Desativar.empty();
+    // Held from reading to writing, so that two at once lose nothing of each other.
+    const std::unique_ptr<TFileLock> lock = changes ? LockFor(context.ConfigFile()) : nullptr;
     const TConfig before = context.LoadConfig();
     TConfig config = before;
-    const bool changes = options.Padrao || !options.Ativar.empty() || !options.Desativar.empty();
-    for (const std::string& name : options.Ativar)
+    std::vector<TRuleSwitch> switches;
+    for (const std::string& name : options.Ativar) {
         if (std::find(options.Desativar.begin(), options.Desativar.end(), name) != options.Desativar.end())
             throw EUsage(
                 fmt::format("a regra \"{}\" não pode ser ativada e desativada ao mesmo tempo", name));
+        switches.push_back({name, true});
+    }
+    for (const std::string& name : options.Desativar)
+        switches.push_back({name, false});
     if (options.Padrao)
         config.SetDefaultInitialConfig();
-    SwitchRules(config, options.Ativar, true);
-    SwitchRules(config, options.Desativar, false);
+    SwitchRules(config, std::move(switches));
     if (config.EnabledValidations() != before.EnabledValidations()) {
         config.Save(context.ConfigFile());
         LogSwitches(before.EnabledValidations(), config.EnabledValidations());

@@ -34,7 +34,8 @@ struct TCliContext {
     /// The schema folder; unless the user named one, backed by the schemas that come with the program.
     TSchemaFolder Schemas() const;
     TDBConnectionFactory TerminologyFactory() const;
-    /// The configuration file: the one that the user named, else the one in the data folder.
+    /// The configuration file: the one that the user named, else the one in the data folder. Raises
+    /// EConfigInvalida for a named one that does not exist.
     std::filesystem::path ConfigFile() const;
     /// Its content; tells names in it that are no rule's.
     TConfig LoadConfig() const;
@@ -72,8 +73,16 @@ struct TRegrasOptions {
 };
 /// Lists the rules, or switches them and tells what changed.
 int RunRegras(const TCliContext& context, const TRegrasOptions& options);
-/// Switches rules, each with the optional ones below it; answers the names that are on. Raises EUsage for a
-/// required rule or none.
+/// A rule that is to be on or off.
+struct TRuleSwitch {
+    std::string Nome;
+    bool Ativa;
+};
+/// Switches rules, each with the optional ones below it; of two that meet, the one deeper in the tree holds.
+/// Answers the names that are on. Raises EUsage for a required rule to be switched off, or a name that is no
+/// rule's.
+std::vector<std::string> SwitchRules(TConfig& config, std::vector<TRuleSwitch> switches);
+/// The same for rules that all go one way.
 std::vector<std::string> SwitchRules(TConfig& config, const std::vector<std::string>& names, bool on);
 
 struct TProxyOptions {

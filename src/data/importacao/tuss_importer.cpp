@@ -348,6 +348,24 @@ bool RemoveImportedTerminology(const fs::path& imported) {
     return true;
 }
 
+bool HasImport(const fs::path& database, const std::string& sha256) {
+    std::error_code ignored;
+    if (!fs::exists(database, ignored)) {
+        return false;
+    }
+    try {
+        SQLite::Database opened(PathText(fs::absolute(database)), SQLite::OPEN_READONLY);
+        if (!opened.tableExists("TB_CARGA")) {
+            return false;
+        }
+        SQLite::Statement query(opened, "SELECT 1 FROM TB_CARGA WHERE SHA256 = ? LIMIT 1");
+        query.bind(1, sha256);
+        return query.executeStep();
+    } catch (const SQLite::Exception& error) {
+        throw ETerminologiaNaoConsultada(database, SqliteReason(error));
+    }
+}
+
 std::vector<TCarga> NewestImports(const fs::path& database) {
     try {
         const SQLite::Database opened(PathText(fs::absolute(database)), SQLite::OPEN_READONLY);

@@ -82,4 +82,8 @@ struct TCarga {
 /// Raises ETerminologiaNaoConsultada.
 std::vector<TCarga> NewestImports(const std::filesystem::path& database);
 
+/// True when a database exists and a file of that SHA-256 is among its imports. Raises
+/// ETerminologiaNaoConsultada.
+bool HasImport(const std::filesystem::path& database, const std::string& sha256);
+
 } // namespace conferix
