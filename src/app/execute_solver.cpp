@@ -321,7 +321,7 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
     return true;
 }
 
-TCorrectionResult CorrectAll(TValidadorController& controller, std::shared_ptr<const std::string> xml,
+TCorrectionResult CorrectAll(TValidadorController& controller, const std::shared_ptr<const std::string>& xml,
                              const std::vector<std::string>& enabledValidations,
                              const TSolverChoice& choose) {
     std::set<TTagNumber> leftAlone;

@@ -56,7 +56,7 @@ struct TCorrectionResult {
 /// No bill becomes worse: an amount is left as it is where what it is computed from is missing, misnamed,
 /// repeated or itself in error, where it would become negative, zero or no number, where rules demand
 /// different values, and in guides where correcting it would leave an error that was not there before.
-TCorrectionResult CorrectAll(TValidadorController& controller, std::shared_ptr<const std::string> xml,
+TCorrectionResult CorrectAll(TValidadorController& controller, const std::shared_ptr<const std::string>& xml,
                              const std::vector<std::string>& enabledValidations, const TSolverChoice& choose);
 
 } // namespace conferix

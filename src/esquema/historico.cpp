@@ -222,6 +222,7 @@ THistoricoDeElementos::TFrase THistoricoDeElementos::Frase(std::string_view arqu
     const std::vector<TVersao> serie = Serie(arquivo);
     const std::size_t current = IndiceDe(serie, arquivo);
     std::vector<bool> exists;
+    exists.reserve(serie.size());
     for (const TVersao& version : serie)
         exists.push_back(!version.Aproximada && ExisteCaminho(*version.Modelo, version.Texto, caminho));
     if (caminho.size() > 1 && std::find(exists.begin(), exists.end(), true) == exists.end())
@@ -235,9 +236,8 @@ THistoricoDeElementos::TFrase THistoricoDeElementos::Frase(std::string_view arqu
         return {};
     // The first version of which the change may be, and the last.
     std::size_t first = current;
-    std::size_t last = current;
+    std::size_t last = static_cast<std::size_t>(std::find(from, exists.end(), true) - exists.begin());
     if (after) {
-        last = static_cast<std::size_t>(std::find(from, exists.end(), true) - exists.begin());
         for (first = last; first > current + 1 && serie[first - 1].Aproximada; --first) {
         }
     } else {
