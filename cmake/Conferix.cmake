@@ -19,13 +19,13 @@ function(conferix_library name)
 endfunction()
 
 # conferix_test(<name> SOURCES ... DEPENDS ...): one GoogleTest program; every case is a test of its own.
-# tests/suporte/ is in the include path; tests find the repository through CONFERIX_FONTE.
+# tests/support/ is in the include path; tests find the repository through CONFERIX_FONTE.
 function(conferix_test name)
     cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     target_compile_definitions(${name} PRIVATE CONFERIX_FONTE="${CMAKE_SOURCE_DIR}")
     target_link_libraries(${name} PRIVATE conferix_options ${ARG_DEPENDS} GTest::gmock GTest::gtest_main)
-    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/testes)
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/test_bin)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ENVIRONMENT "TZ=America/Sao_Paulo")
 endfunction()

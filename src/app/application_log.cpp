@@ -1,6 +1,6 @@
 #include "app/application_log.h"
 
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 #include <fmt/format.h>
 #include <spdlog/logger.h>

@@ -1,7 +1,7 @@
 #include "app/config.h"
 
-#include "sistema/sistema.h"
-#include "validation/validator/rule_list.h"
+#include "platform/platform.h"
+#include "validator/rule_list.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>

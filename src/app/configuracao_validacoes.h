@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/config.h"
-#include "validation/validator/rule_list.h"
+#include "validator/rule_list.h"
 
 #include <cstddef>
 #include <functional>

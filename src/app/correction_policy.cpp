@@ -1,6 +1,6 @@
 #include "app/correction_policy.h"
 
-#include "sistema/format_settings.h"
+#include "platform/format_settings.h"
 #include "xml/cut_text.h"
 
 #include <fmt/format.h>

@@ -1,6 +1,6 @@
 #include "app/http_client.h"
 
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 #include <curl/curl.h>
 #include <fmt/format.h>

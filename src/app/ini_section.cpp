@@ -1,6 +1,6 @@
 #include "app/ini_section.h"
 
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 #define SI_NO_CONVERSION // texts stay in UTF-8
 #include <SimpleIni.h>

@@ -1,7 +1,7 @@
 #include "app/schema_folder.h"
 
-#include "esquema/selo.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
+#include "schema_model/selo.h"
 
 #include <algorithm>
 #include <mutex>

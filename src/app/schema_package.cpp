@@ -1,6 +1,6 @@
 #include "app/schema_package.h"
 
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 #include <unicode/ucnv.h>
 #include <zip.h>

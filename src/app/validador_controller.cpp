@@ -4,10 +4,10 @@
 #include "data/tuss.h"
 #include "model/arquivo_tiss_factory.h"
 #include "model/tiss_exceptions.h"
-#include "sistema/format_settings.h"
-#include "sistema/sistema.h"
+#include "platform/format_settings.h"
+#include "platform/platform.h"
 #include "validation/schema_rule.h"
-#include "validation/validator/tiss_validator.h"
+#include "validator/tiss_validator.h"
 #include "xml/schema/schema_set.h"
 #include "xml/xml_parser.h"
 

@@ -1,7 +1,7 @@
 #include "convert/element_change.h"
 
-#include "esquema/pastas.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
+#include "schema_model/pastas.h"
 
 #include <algorithm>
 #include <charconv>

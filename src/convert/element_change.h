@@ -1,7 +1,7 @@
 // The difference of two versions of the standard, derived from the model of its schemas.
 #pragma once
 
-#include "esquema/esquema_modelo.h"
+#include "schema_model/esquema_modelo.h"
 
 #include <cstdint>
 #include <deque>

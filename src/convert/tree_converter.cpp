@@ -1,7 +1,7 @@
 #include "convert/tree_converter.h"
 
-#include "esquema/pastas.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
+#include "schema_model/pastas.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_set.h"
 #include "xml/xml_document.h"

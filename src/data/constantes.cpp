@@ -1,6 +1,6 @@
 #include "data/constantes.h"
 
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 namespace conferix {
 

@@ -1,7 +1,7 @@
 // The program's own database.
 #pragma once
 
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 #include <filesystem>
 #include <memory>

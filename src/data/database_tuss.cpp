@@ -1,6 +1,6 @@
 #include "data/database_tuss.h"
 
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 #include <string>
 

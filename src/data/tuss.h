@@ -2,7 +2,7 @@
 #pragma once
 
 #include "data/iso_date.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 #include <array>
 #include <filesystem>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "model/arquivo_tiss_visitor.h"
-#include "sistema/format_settings.h"
+#include "platform/format_settings.h"
 
 #include <string>
 #include <utility>

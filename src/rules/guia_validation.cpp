@@ -1,7 +1,7 @@
 #include "rules/guia_validation.h"
 
 #include "model/money.h"
-#include "sistema/format_settings.h"
+#include "platform/format_settings.h"
 #include "xml/cut_text.h"
 
 #include <fmt/format.h>

@@ -1,7 +1,7 @@
 #include "rules/lote_validations.h"
 
+#include "platform/format_settings.h"
 #include "rules/guia_rules.h"
-#include "sistema/format_settings.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

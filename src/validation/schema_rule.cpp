@@ -1,10 +1,10 @@
 #include "validation/schema_rule.h"
 
-#include "esquema/historico.h"
-#include "esquema/selo.h"
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
+#include "schema_model/historico.h"
+#include "schema_model/selo.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"

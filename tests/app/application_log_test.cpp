@@ -1,7 +1,7 @@
 #include "app/application_log.h"
 #include "app/cli/cli.h"
 #include "data/tuss_writer.h"
-#include "suporte/suporte.h"
+#include "support/suporte.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_scanner.h"
 

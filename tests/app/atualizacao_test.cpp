@@ -1,12 +1,12 @@
 // Updates from a server of the test on the loopback address, directly and through a proxy.
-#include "app/atualizacao.h"
+#include "app/updater.h"
 
 #include "app/cli/cli.h"
 #include "app/servidor_http.h"
-#include "sistema/sistema.h"
-#include "suporte/lote_pequeno.h"
-#include "suporte/suporte.h"
-#include "suporte/zip_de_teste.h"
+#include "platform/platform.h"
+#include "support/lote_pequeno.h"
+#include "support/suporte.h"
+#include "support/zip_de_teste.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

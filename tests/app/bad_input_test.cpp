@@ -1,5 +1,5 @@
 #include "app/cli/cli.h"
-#include "suporte/suporte.h"
+#include "support/suporte.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

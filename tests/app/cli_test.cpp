@@ -1,8 +1,8 @@
 #include "app/cli/cli.h"
-#include "suporte/lote_pequeno.h"
-#include "suporte/suporte.h"
+#include "support/lote_pequeno.h"
+#include "support/suporte.h"
 #include "validation/hash_calculator.h"
-#include "validation/validator/rule_list.h"
+#include "validator/rule_list.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>

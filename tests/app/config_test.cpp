@@ -2,8 +2,8 @@
 
 #include "app/configuracao_validacoes.h"
 #include "app/proxy_settings.h"
-#include "sistema/sistema.h"
-#include "suporte/suporte.h"
+#include "platform/platform.h"
+#include "support/suporte.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

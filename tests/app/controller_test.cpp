@@ -2,8 +2,8 @@
 #include "app/fixed_messages.h"
 #include "app/validador_controller.h"
 #include "data/database_tuss.h"
-#include "sistema/sistema.h"
-#include "suporte/suporte.h"
+#include "platform/platform.h"
+#include "support/suporte.h"
 #include "validation/solver.h"
 
 #include <fmt/format.h>

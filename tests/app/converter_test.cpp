@@ -1,6 +1,6 @@
 // The commands that convert lots, as they are called.
 #include "app/cli/cli.h"
-#include "suporte/suporte.h"
+#include "support/suporte.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 #include "app/execute_solver.h"
 #include "app/unified_diff.h"
 #include "data/tuss_writer.h"
-#include "suporte/suporte.h"
+#include "support/suporte.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>

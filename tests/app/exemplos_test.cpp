@@ -1,5 +1,5 @@
 #include "app/cli/cli.h"
-#include "suporte/suporte.h"
+#include "support/suporte.h"
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"
 #include "xml/xml_encoding.h"

@@ -1,7 +1,7 @@
 // Faulty files as systems write them, through the commands: what the user reads, and what correcting
 // everything does to the bill. With the schemas that come with the program.
 #include "app/cli/cli.h"
-#include "suporte/suporte.h"
+#include "support/suporte.h"
 #include "xml/xml_document.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_parser.h"

@@ -1,7 +1,7 @@
 // conferix terminologia importar, estado, consultar, procurar and restaurar, as a user runs them.
 #include "app/cli/cli.h"
-#include "sistema/sistema.h"
-#include "suporte/suporte.h"
+#include "platform/platform.h"
+#include "support/suporte.h"
 
 #include <SQLiteCpp/Database.h>
 #include <fmt/format.h>

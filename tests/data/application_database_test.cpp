@@ -1,5 +1,5 @@
 #include "data/database.h"
-#include "sistema/pasta_temporaria.h"
+#include "platform/pasta_temporaria.h"
 
 #include <SQLiteCpp/Column.h>
 #include <SQLiteCpp/Database.h>

@@ -1,5 +1,5 @@
 #include "data/tuss_connection.h"
-#include "sistema/pasta_temporaria.h"
+#include "platform/pasta_temporaria.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 // Makes publications, imports them and shows what the database then holds.
 #pragma once
 
-#include "data/importacao/importacao_erros.h"
-#include "data/importacao/tuss_importer.h"
-#include "sistema/pasta_temporaria.h"
-#include "suporte/zip_de_teste.h"
+#include "data/import/importacao_erros.h"
+#include "data/import/tuss_importer.h"
+#include "platform/pasta_temporaria.h"
+#include "support/zip_de_teste.h"
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Statement.h>

@@ -1,7 +1,7 @@
 #include "importacao_de_teste.h"
 
-#include "data/tuss_busca.h"
 #include "data/tuss_connection.h"
+#include "data/tuss_search.h"
 
 #include <algorithm>
 #include <cstdlib>

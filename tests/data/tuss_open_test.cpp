@@ -1,6 +1,6 @@
 #include "data/tuss_connection.h"
 #include "data/tuss_writer.h"
-#include "sistema/pasta_temporaria.h"
+#include "platform/pasta_temporaria.h"
 
 #include <SQLiteCpp/Database.h>
 

@@ -4,7 +4,7 @@
 #include "data/db_utils.h"
 #include "data/iso_date.h"
 #include "data/tuss.h"
-#include "sistema/pasta_temporaria.h"
+#include "platform/pasta_temporaria.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

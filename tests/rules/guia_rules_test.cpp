@@ -1,6 +1,6 @@
 #include "achados.h"
 
-#include "suporte/suporte.h"
+#include "support/suporte.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "achados.h"
 
-#include "sistema/format_settings.h"
-#include "suporte/suporte.h"
+#include "platform/format_settings.h"
+#include "support/suporte.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "model/mensagem_tiss.h"
-#include "suporte/suporte.h"
+#include "support/suporte.h"
 #include "validation/named_validation.h"
 #include "validation/solver.h"
-#include "validation/validator/tiss_validator.h"
+#include "validator/tiss_validator.h"
 #include "xml/xml_writer.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "suporte/suporte.h"
+#include "support/suporte.h"
 #include "validation/namespace_rule.h"
 #include "validation/solver.h"
 

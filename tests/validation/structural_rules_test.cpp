@@ -1,8 +1,8 @@
 #include "model/monitoramento.h"
-#include "suporte/lote_pequeno.h"
-#include "suporte/suporte.h"
+#include "support/lote_pequeno.h"
+#include "support/suporte.h"
 #include "validation/schema_rule.h"
-#include "validation/validator/tiss_validator.h"
+#include "validator/tiss_validator.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,10 +4,10 @@
 #include "data/constantes.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
-#include "esquema/pastas.h"
 #include "model/arquivo_tiss_factory.h"
 #include "model/tiss_exceptions.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
+#include "schema_model/pastas.h"
 #include "xml/xml_parser.h"
 
 #include <CLI/CLI.hpp>

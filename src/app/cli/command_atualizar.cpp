@@ -1,10 +1,10 @@
-#include "app/atualizacao.h"
 #include "app/cli/commands.h"
 #include "app/cli/message_json.h"
+#include "app/updater.h"
 #include "data/constantes.h"
 #include "data/database_tuss.h"
-#include "data/importacao/tuss_importer.h"
-#include "sistema/sistema.h"
+#include "data/import/tuss_importer.h"
+#include "platform/platform.h"
 
 #include <fmt/format.h>
 

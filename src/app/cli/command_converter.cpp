@@ -5,7 +5,7 @@
 #include "convert/version_converter.h"
 #include "model/arquivo_tiss_factory.h"
 #include "model/tiss_exceptions.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_parser.h"
 

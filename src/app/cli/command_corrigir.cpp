@@ -3,7 +3,7 @@
 #include "app/cli/message_json.h"
 #include "app/execute_solver.h"
 #include "app/unified_diff.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 #include "validation/signature.h"
 #include "xml/cut_text.h"
 

@@ -3,10 +3,10 @@
 #include "app/cli/message_json.h"
 #include "app/schema_folder.h"
 #include "app/schema_package.h"
-#include "esquema/esquema_modelo.h"
-#include "esquema/pastas.h"
 #include "model/arquivo_tiss_factory.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
+#include "schema_model/esquema_modelo.h"
+#include "schema_model/pastas.h"
 #include "xml/schema/schema_set.h"
 
 #include <fmt/format.h>

@@ -4,9 +4,9 @@
 #include "app/cli/message_json.h"
 #include "app/cli/progress.h"
 #include "data/database_tuss.h"
-#include "data/importacao/tuss_importer.h"
-#include "sistema/format_settings.h"
-#include "sistema/sistema.h"
+#include "data/import/tuss_importer.h"
+#include "platform/format_settings.h"
+#include "platform/platform.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/cli/message_json.h"
-#include "data/importacao/tuss_importer.h"
+#include "data/import/tuss_importer.h"
 
 #include <iosfwd>
 #include <string>

@@ -2,8 +2,8 @@
 
 #include "app/cli/commands.h"
 #include "data/database_tuss.h"
+#include "platform/platform.h"
 #include "rules/tuss_validation.h"
-#include "sistema/sistema.h"
 
 #include <fmt/format.h>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/cli/message_json.h"
-#include "data/tuss_busca.h"
+#include "data/tuss_search.h"
 
 #include <iosfwd>
 #include <vector>

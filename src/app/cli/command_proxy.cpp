@@ -1,7 +1,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/message_json.h"
 #include "app/proxy_settings.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 #include <fmt/format.h>
 

@@ -3,7 +3,7 @@
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "app/configuracao_validacoes.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 #include <fmt/format.h>
 

@@ -3,9 +3,9 @@
 #include "app/cli/commands.h"
 #include "app/cli/message_json.h"
 #include "data/database_tuss.h"
+#include "platform/format_settings.h"
+#include "platform/platform.h"
 #include "rules/tuss_validation.h"
-#include "sistema/format_settings.h"
-#include "sistema/sistema.h"
 
 #include <fmt/format.h>
 

@@ -2,7 +2,7 @@
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "app/cli/progress.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 #include "validation/solver.h"
 #include "validation/validation_message.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "app/atualizacao.h"
 #include "app/cli/cli.h"
 #include "app/config.h"
 #include "app/schema_folder.h"
+#include "app/updater.h"
 #include "app/validador_controller.h"
 
 #include <filesystem>

@@ -1,7 +1,7 @@
 #include "app/cli/console.h"
 
-#include "sistema/format_settings.h"
-#include "sistema/sistema.h"
+#include "platform/format_settings.h"
+#include "platform/platform.h"
 
 #include <fmt/format.h>
 

@@ -1,5 +1,5 @@
 #include "app/cli/cli.h"
-#include "sistema/sistema.h"
+#include "platform/platform.h"
 
 #include <iostream>
 

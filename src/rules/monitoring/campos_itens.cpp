@@ -1,9 +1,9 @@
 #include "rules/monitoring/campos_itens.h"
 
+#include "platform/format_settings.h"
 #include "rules/documents/documents_validation.h"
 #include "rules/guia_validation.h"
 #include "rules/tuss_validation.h"
-#include "sistema/format_settings.h"
 #include "xml/cut_text.h"
 
 #include <fmt/format.h>

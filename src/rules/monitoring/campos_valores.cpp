@@ -1,8 +1,8 @@
 #include "rules/monitoring/campos_valores.h"
 
 #include "model/money.h"
+#include "platform/format_settings.h"
 #include "rules/guia_validation.h"
-#include "sistema/format_settings.h"
 
 #include <fmt/format.h>
 

@@ -1,12 +1,12 @@
 #include "rules/monitoring/monitoramento_lote_validation.h"
 
+#include "platform/format_settings.h"
 #include "rules/monitoring/campos_atendimento.h"
 #include "rules/monitoring/campos_datas.h"
 #include "rules/monitoring/campos_identificacao.h"
 #include "rules/monitoring/campos_itens.h"
 #include "rules/monitoring/campos_valores.h"
 #include "rules/tuss_validation.h"
-#include "sistema/format_settings.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>

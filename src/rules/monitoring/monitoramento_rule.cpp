@@ -1,6 +1,6 @@
 #include "rules/monitoring/monitoramento_rule.h"
 
-#include "sistema/format_settings.h"
+#include "platform/format_settings.h"
 
 #include <algorithm>
 

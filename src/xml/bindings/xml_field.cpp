@@ -1,6 +1,6 @@
 #include "xml/bindings/xml_field.h"
 
-#include "sistema/format_settings.h"
+#include "platform/format_settings.h"
 #include "xml/cut_text.h"
 
 #include <charconv>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "suporte/esquemas_publicados.h"
+#include "support/esquemas_publicados.h"
 
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"
