@@ -1,6 +1,6 @@
 #pragma once
 
-#include "xml/schema/schema_model.h"
+#include "xml/schema/compiled_schema.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 // The schemas that come with the program say what the published ones say.
 #include "schema_model/comparacao.h"
-#include "schema_model/esquema_modelo.h"
-#include "schema_model/esquema_xsd.h"
+#include "schema_model/schema_model.h"
+#include "schema_model/xsd_writer.h"
 #include "support/suporte.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_set.h"
@@ -21,13 +21,13 @@ class TEsquemasGerados : public testing::Test {
     static void SetUpTestSuite() {
         folder_ = std::make_unique<TTemporaryFolder>();
         for (const auto& model :
-             LoadModelos(std::filesystem::path(CONFERIX_FONTE) / "resources/schema_model")) {
-            for (const std::string& versao : model->Versoes()) {
-                WriteTestFile(folder_->Path() / model->NomeArquivo(versao), EsquemaXsd(*model, versao));
-                files_[model->NomeArquivo(versao)] = {versao, model->Aproximada(versao)};
+             LoadSchemaModels(std::filesystem::path(CONFERIX_FONTE) / "resources/schema_model")) {
+            for (const std::string& versao : model->Versions()) {
+                WriteTestFile(folder_->Path() / model->FileName(versao), MakeXsd(*model, versao));
+                files_[model->FileName(versao)] = {versao, model->IsApproximate(versao)};
             }
-            for (const auto& [prefix, imported] : model->Importados())
-                WriteTestFile(folder_->Path() / imported->NomeArquivo({}), EsquemaXsd(*imported, {}));
+            for (const auto& [prefix, imported] : model->Imports())
+                WriteTestFile(folder_->Path() / imported->FileName({}), MakeXsd(*imported, {}));
         }
     }
     static void TearDownTestSuite() { folder_.reset(); }

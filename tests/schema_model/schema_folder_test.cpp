@@ -1,6 +1,6 @@
 // Which schema serves a version: an imported one first, else the one that comes with the program.
 #include "app/schema_folder.h"
-#include "schema_model/selo.h"
+#include "schema_model/seal.h"
 #include "support/suporte.h"
 
 #include <gmock/gmock.h>
@@ -15,8 +15,8 @@ class PastaDeSchemas : public testing::Test {
   protected:
     void SetUp() override {
         std::filesystem::create_directory(BuiltIn());
-        WriteTestFile(BuiltIn() / "tiss.xsd", ComSelo(std::string(kMain)));
-        WriteTestFile(BuiltIn() / "outro.xsd", ComSelo(std::string(kOther)));
+        WriteTestFile(BuiltIn() / "tiss.xsd", WithSeal(std::string(kMain)));
+        WriteTestFile(BuiltIn() / "outro.xsd", WithSeal(std::string(kOther)));
     }
     std::filesystem::path BuiltIn() const { return root_.Path() / "embutidos"; }
     std::filesystem::path User() const { return root_.Path() / "dados" / "tiss"; }
@@ -31,8 +31,8 @@ TEST_F(PastaDeSchemas, CopiesABuiltInFileWithWhatItImportsWhenItIsFirstNeeded) {
     EXPECT_EQ(Folder().Find("tiss.xsd"), BuiltIn() / "tiss.xsd");
     EXPECT_FALSE(std::filesystem::exists(User())) << "asking copies nothing";
     EXPECT_EQ(Folder().Locate("tiss.xsd"), User() / "tiss.xsd");
-    EXPECT_EQ(ReadTestFile(User() / "tiss.xsd"), ComSelo(std::string(kMain)));
-    EXPECT_EQ(ReadTestFile(User() / "outro.xsd"), ComSelo(std::string(kOther)));
+    EXPECT_EQ(ReadTestFile(User() / "tiss.xsd"), WithSeal(std::string(kMain)));
+    EXPECT_EQ(ReadTestFile(User() / "outro.xsd"), WithSeal(std::string(kOther)));
     EXPECT_EQ(Folder().Origin("tiss.xsd"), TSchemaOrigin::BuiltIn);
     std::filesystem::remove(User() / "outro.xsd");
     Folder().Locate("tiss.xsd");
@@ -41,14 +41,14 @@ TEST_F(PastaDeSchemas, CopiesABuiltInFileWithWhatItImportsWhenItIsFirstNeeded) {
 
 TEST_F(PastaDeSchemas, ACopyOfAnOlderProgramGivesWay) {
     std::filesystem::create_directories(User());
-    WriteTestFile(User() / "tiss.xsd", ComSelo("<schema>antigo</schema>\n"));
+    WriteTestFile(User() / "tiss.xsd", WithSeal("<schema>antigo</schema>\n"));
     EXPECT_EQ(Folder().Origin("tiss.xsd"), TSchemaOrigin::BuiltIn);
     EXPECT_EQ(Folder().Locate("tiss.xsd"), User() / "tiss.xsd");
-    EXPECT_EQ(ReadTestFile(User() / "tiss.xsd"), ComSelo(std::string(kMain)));
+    EXPECT_EQ(ReadTestFile(User() / "tiss.xsd"), WithSeal(std::string(kMain)));
 }
 
 TEST_F(PastaDeSchemas, AFileOfTheUserIsNeverReplaced) {
-    std::string changed = ComSelo(std::string(kMain));
+    std::string changed = WithSeal(std::string(kMain));
     changed.replace(changed.find("outro"), 5, "meu");
     for (const std::string& mine : {std::string("<schema/>"), std::string(), changed, changed + "\n"}) {
         std::filesystem::create_directories(User());

@@ -1,6 +1,6 @@
 // What the model knows of elements over the versions: sentences for users, and the names that the bindings
 // use.
-#include "schema_model/historico.h"
+#include "schema_model/element_history.h"
 #include "support/suporte.h"
 #include "xml/bindings/lote_guias_names.h"
 
@@ -28,11 +28,11 @@ std::vector<std::string_view> Split(std::string_view path) {
 }
 
 TEST(Historico, DizEmQueVersoesUmElementoExiste) {
-    const THistoricoDeElementos history(LoadModelos(Models()));
+    const TElementHistory history(LoadSchemaModels(Models()));
     const std::string guias = "mensagemTISS/prestadorParaOperadora/loteGuias/guiasTISS/";
     const std::string monitoramento = "mensagemEnvioANS/Mensagem/operadoraParaANS/guiaMonitoramento/";
     struct TCase {
-        std::string Arquivo, Caminho, Frase;
+        std::string Arquivo, Caminho, Sentence;
     };
     const std::vector<TCase> cases = {
         {"tissV3_05_00.xsd", guias + "guiaConsulta/dadosAtendimento/regimeAtendimento",
@@ -60,31 +60,31 @@ TEST(Historico, DizEmQueVersoesUmElementoExiste) {
         {"outro.xsd", "mensagemTISS/cabecalho/Padrao", ""},
     };
     for (const TCase& test : cases)
-        EXPECT_EQ(history.Frase(test.Arquivo, Split(test.Caminho)).Texto, test.Frase)
+        EXPECT_EQ(history.Sentence(test.Arquivo, Split(test.Caminho)).Text, test.Sentence)
             << test.Arquivo << " " << test.Caminho;
 }
 
 TEST(Historico, ReconheceNomesTrocadosEOConteudoDeOutraVersao) {
-    const THistoricoDeElementos history(LoadModelos(Models()));
-    using TRelacao = THistoricoDeElementos::TRelacao;
+    const TElementHistory history(LoadSchemaModels(Models()));
+    using TRelation = TElementHistory::TRelation;
     const auto header = Split("mensagemTISS/cabecalho");
-    EXPECT_EQ(history.Relacao("tissV3_05_00.xsd", header, "versaoPadrao", "Padrao"), TRelacao::Renomeado);
-    EXPECT_EQ(history.Relacao("tissV3_02_01.xsd", header, "Padrao", "versaoPadrao"), TRelacao::Renomeado);
-    EXPECT_EQ(history.Relacao("tissV3_05_00.xsd", header, "versaoPadrao", "origem"), TRelacao::Distinto);
-    EXPECT_EQ(history.Relacao("tissV3_05_00.xsd", header, "intruso", "Padrao"), TRelacao::Nenhuma);
-    EXPECT_TRUE(history.Aproximada("tissV3_01_00.xsd"));
-    EXPECT_FALSE(history.Aproximada("tissV3_02_00.xsd"));
+    EXPECT_EQ(history.Relation("tissV3_05_00.xsd", header, "versaoPadrao", "Padrao"), TRelation::Renamed);
+    EXPECT_EQ(history.Relation("tissV3_02_01.xsd", header, "Padrao", "versaoPadrao"), TRelation::Renamed);
+    EXPECT_EQ(history.Relation("tissV3_05_00.xsd", header, "versaoPadrao", "origem"), TRelation::Distinct);
+    EXPECT_EQ(history.Relation("tissV3_05_00.xsd", header, "intruso", "Padrao"), TRelation::None);
+    EXPECT_TRUE(history.IsApproximate("tissV3_01_00.xsd"));
+    EXPECT_FALSE(history.IsApproximate("tissV3_02_00.xsd"));
 
     const auto content = [&](const char* file, const std::vector<const char*>& attendance,
                              const char* named) {
-        TCaminhos paths;
+        TElementPaths paths;
         for (const char* name : {"mensagemTISS", "prestadorParaOperadora", "loteGuias", "guiasTISS",
                                  "guiaConsulta", "dadosAtendimento"})
-            paths.Entradas.push_back({paths.Entradas.empty() ? 0 : paths.Entradas.size() - 1, name});
-        const std::size_t parent = paths.Entradas.size() - 1;
+            paths.Entries.push_back({paths.Entries.empty() ? 0 : paths.Entries.size() - 1, name});
+        const std::size_t parent = paths.Entries.size() - 1;
         for (const char* name : attendance)
-            paths.Entradas.push_back({parent, name});
-        return history.VersaoDoConteudo(file, paths, named);
+            paths.Entries.push_back({parent, name});
+        return history.VersionOfContent(file, paths, named);
     };
     const std::vector<const char*> of4 = {"indicacaoAcidente", "regimeAtendimento", "dataAtendimento",
                                           "saudeOcupacional",  "tipoConsulta",      "procedimento"};
@@ -113,9 +113,9 @@ class TNomes {
     const std::string& Ultima() const { return last_; }
     bool Exists(const std::string& path) const {
         for (const auto& model : models_)
-            for (const std::string& versao : model->Versoes())
-                if (versao >= first_ && versao <= last_ && !model->Aproximada(versao) &&
-                    ExisteCaminho(*model, versao, Split(path)))
+            for (const std::string& versao : model->Versions())
+                if (versao >= first_ && versao <= last_ && !model->IsApproximate(versao) &&
+                    PathExists(*model, versao, Split(path)))
                     return true;
         return false;
     }
@@ -123,7 +123,7 @@ class TNomes {
   private:
     std::string first_;
     std::string last_;
-    std::vector<std::shared_ptr<const TEsquemaModelo>> models_ = LoadModelos(Models());
+    std::vector<std::shared_ptr<const TSchemaModel>> models_ = LoadSchemaModels(Models());
 };
 
 void ExpectItems(const TNomes& names, const std::string& guia, const TItemListNames& list) {
@@ -189,36 +189,36 @@ TEST(Ligacoes, OsNomesDosLotesExistemNasVersoesQueOsUsam) {
 }
 
 /// All "parent/child" pairs of elements of a kind of document, over its versions.
-std::set<std::string> Pairs(const TEsquemaModelo& model) {
+std::set<std::string> Pairs(const TSchemaModel& model) {
     std::set<std::string> pairs;
-    std::function<void(const std::string&, const std::vector<TModeloNo>&, int)> nodes;
-    const std::function<void(const std::string&, const std::vector<TModeloTermo>&, int)> types =
-        [&](const std::string& parent, const std::vector<TModeloTermo>& names, int depth) {
-            for (const TModeloTermo& name : names)
-                if (const TModeloTipo* type = model.Tipo(name.Text)) {
-                    nodes(parent, type->Filhos, depth + 1);
+    std::function<void(const std::string&, const std::vector<TModelNode>&, int)> nodes;
+    const std::function<void(const std::string&, const std::vector<TModelTerm>&, int)> types =
+        [&](const std::string& parent, const std::vector<TModelTerm>& names, int depth) {
+            for (const TModelTerm& name : names)
+                if (const TModelComplexType* type = model.ComplexType(name.Text)) {
+                    nodes(parent, type->Children, depth + 1);
                     types(parent, type->Bases, depth + 1);
                 }
         };
-    nodes = [&](const std::string& parent, const std::vector<TModeloNo>& children, int depth) {
+    nodes = [&](const std::string& parent, const std::vector<TModelNode>& children, int depth) {
         ASSERT_LT(depth, 100);
-        for (const TModeloNo& child : children) {
-            const bool element = child.Tipo == TModeloNo::TTipo::Elemento;
-            if (element && !pairs.insert(parent + "/" + child.Nome).second && child.Filhos.empty() &&
+        for (const TModelNode& child : children) {
+            const bool element = child.Kind == TModelNode::TKind::Element;
+            if (element && !pairs.insert(parent + "/" + child.Name).second && child.Children.empty() &&
                 child.Bases.empty())
                 continue;
-            const std::string& within = element ? child.Nome : parent;
-            nodes(within, child.Filhos, depth + 1);
-            types(within, child.Tipos, depth + 1);
+            const std::string& within = element ? child.Name : parent;
+            nodes(within, child.Children, depth + 1);
+            types(within, child.Types, depth + 1);
             types(within, child.Bases, depth + 1);
         }
     };
-    nodes("", model.Elementos(), 0);
+    nodes("", model.Elements(), 0);
     return pairs;
 }
 
 TEST(Ligacoes, OsNomesDaGuiaDeMonitoramentoExistemNoModelo) {
-    const std::set<std::string> pairs = Pairs(*TEsquemaModelo::Load(Models() / "monitoramento.txt"));
+    const std::set<std::string> pairs = Pairs(*TSchemaModel::Load(Models() / "monitoramento.txt"));
     std::set<std::string> names;
     for (const std::string& pair : pairs)
         names.insert(pair.substr(pair.find('/') + 1));
@@ -266,9 +266,9 @@ TEST(Modelo, ErrosDeNotacaoDizemALinha) {
     };
     for (const TCase& test : cases) {
         try {
-            TEsquemaModelo::Parse(head + test.Texto, "m.txt", {});
+            TSchemaModel::Parse(head + test.Texto, "m.txt", {});
             ADD_FAILURE() << test.Motivo;
-        } catch (const EModeloInvalido& error) {
+        } catch (const EInvalidSchemaModel& error) {
             EXPECT_EQ(std::string(error.what()), test.Motivo);
         }
     }

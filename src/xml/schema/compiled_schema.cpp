@@ -1,4 +1,4 @@
-#include "xml/schema/schema_model.h"
+#include "xml/schema/compiled_schema.h"
 
 #include "xml/schema/schema_lexical.h"
 #include "xml/xml_node.h"
