@@ -147,7 +147,6 @@ TFindingKind KindOf(TSchemaFaultCode code) {
     case TSchemaFaultCode::ExclusiveElement:
         return TFindingKind::Misplaced;
     case TSchemaFaultCode::WrongCase:
-    case TSchemaFaultCode::TooFew:
         return TFindingKind::Structure;
     default:
         return IsStructural(code) ? TFindingKind::Structure : TFindingKind::Value;

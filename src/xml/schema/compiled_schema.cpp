@@ -1,11 +1,10 @@
 #include "xml/schema/compiled_schema.h"
 
+#include "platform/utf8.h"
 #include "xml/schema/schema_lexical.h"
 #include "xml/xml_node.h"
 
 #include <re2/re2.h>
-
-#include <algorithm>
 
 namespace conferix {
 
@@ -21,8 +20,6 @@ TSchemaFaultCode LexicalFault(TSchemaValueKind kind) {
         return TSchemaFaultCode::NotDecimal;
     case TSchemaValueKind::Integer:
         return TSchemaFaultCode::NotInteger;
-    case TSchemaValueKind::Float:
-        return TSchemaFaultCode::NotFloat;
     case TSchemaValueKind::Date:
         return TSchemaFaultCode::NotDate;
     case TSchemaValueKind::Time:
@@ -31,15 +28,9 @@ TSchemaFaultCode LexicalFault(TSchemaValueKind kind) {
         return TSchemaFaultCode::NotDateTime;
     case TSchemaValueKind::Base64Binary:
         return TSchemaFaultCode::NotBase64;
-    case TSchemaValueKind::HexBinary:
-        return TSchemaFaultCode::NotHex;
     default:
         return TSchemaFaultCode::NotName;
     }
-}
-
-bool IsDecimalKind(TSchemaValueKind kind) {
-    return kind == TSchemaValueKind::Decimal || kind == TSchemaValueKind::Integer;
 }
 
 /// True when the text is as whiteSpace="collapse" leaves it.
@@ -71,18 +62,6 @@ std::string Collapse(std::string_view text) {
     return result;
 }
 
-bool InCodes(const TSchemaSimpleType& type, std::string_view value) {
-    if (IsSchemaOrdered(type.Kind) && !IsDecimalKind(type.Kind))
-        return std::any_of(type.Facets.Codes.begin(), type.Facets.Codes.end(), [&](const std::string& code) {
-            return CompareSchemaValues(type.Kind, code, value) == TSchemaOrder::Equal;
-        });
-    if (IsDecimalKind(type.Kind))
-        return type.CodeKeys.contains(ParseSchemaDecimal(value, false)->Key());
-    if (type.Kind == TSchemaValueKind::Boolean)
-        return type.CodeKeys.contains(value == "1" ? "true" : value == "0" ? "false" : value);
-    return type.CodeKeys.contains(value);
-}
-
 using TVerdict = std::optional<TSchemaValueFault>;
 
 TVerdict Counted(TSchemaFaultCode code, std::size_t count, std::uint32_t limit) {
@@ -93,9 +72,8 @@ TVerdict CheckLength(const TSchemaSimpleType& type, std::string_view value) {
     const TSchemaFacets& facets = type.Facets;
     if (!facets.Length && !facets.MinLength && !facets.MaxLength)
         return std::nullopt;
-    const bool binary =
-        type.Kind == TSchemaValueKind::Base64Binary || type.Kind == TSchemaValueKind::HexBinary;
-    const std::size_t length = binary ? CountOctets(type.Kind, value) : CountCodePoints(value);
+    const std::size_t length =
+        type.Kind == TSchemaValueKind::Base64Binary ? CountBase64Octets(value) : CountCharacters(value);
     if (facets.Length && length != *facets.Length)
         return Counted(TSchemaFaultCode::WrongLength, length, *facets.Length);
     if (facets.MaxLength && length > *facets.MaxLength)
@@ -109,7 +87,7 @@ TVerdict CheckDigits(const TSchemaSimpleType& type, std::string_view value) {
     const TSchemaFacets& facets = type.Facets;
     if (!facets.TotalDigits && !facets.FractionDigits)
         return std::nullopt;
-    const TSchemaDecimal decimal = *ParseSchemaDecimal(value, false);
+    const TSchemaDecimal decimal = *ParseSchemaDecimal(value);
     if (facets.FractionDigits && decimal.Fraction.size() > *facets.FractionDigits)
         return Counted(TSchemaFaultCode::TooManyDecimals, decimal.Fraction.size(), *facets.FractionDigits);
     if (facets.TotalDigits && decimal.TotalDigits() > *facets.TotalDigits)
@@ -117,37 +95,18 @@ TVerdict CheckDigits(const TSchemaSimpleType& type, std::string_view value) {
     return std::nullopt;
 }
 
-TVerdict CheckBounds(const TSchemaSimpleType& type, std::string_view value) {
-    const TSchemaFacets& facets = type.Facets;
-    const auto breaks = [&](const std::optional<std::string>& bound, TSchemaOrder wanted, bool orEqual) {
-        if (!bound)
-            return false;
-        const TSchemaOrder order = CompareSchemaValues(type.Kind, value, *bound);
-        return order != wanted && !(orEqual && order == TSchemaOrder::Equal);
-    };
-    if (breaks(facets.MinInclusive, TSchemaOrder::Greater, true))
-        return TSchemaValueFault{TSchemaFaultCode::BelowMinimum, 0, 0, *facets.MinInclusive};
-    if (breaks(facets.MinExclusive, TSchemaOrder::Greater, false))
-        return TSchemaValueFault{TSchemaFaultCode::BelowMinimum, 0, 1, *facets.MinExclusive};
-    if (breaks(facets.MaxInclusive, TSchemaOrder::Less, true))
-        return TSchemaValueFault{TSchemaFaultCode::AboveMaximum, 0, 0, *facets.MaxInclusive};
-    if (breaks(facets.MaxExclusive, TSchemaOrder::Less, false))
-        return TSchemaValueFault{TSchemaFaultCode::AboveMaximum, 0, 1, *facets.MaxExclusive};
-    return std::nullopt;
-}
-
 TVerdict CheckNormalised(const TSchemaSimpleType& type, std::string_view value) {
     if (!IsSchemaLexical(type.Kind, value))
         return TSchemaValueFault{LexicalFault(type.Kind), 0, 0, {}};
-    if (!type.Facets.Codes.empty() && !InCodes(type, value))
+    if (!type.Facets.Codes.empty() && !type.CodeKeys.contains(value))
         return TSchemaValueFault{
             TSchemaFaultCode::NotInList, static_cast<std::int64_t>(type.Facets.Codes.size()), 0, {}};
     if (TVerdict fault = CheckLength(type, value))
         return fault;
     if (TVerdict fault = CheckDigits(type, value))
         return fault;
-    if (TVerdict fault = CheckBounds(type, value))
-        return fault;
+    if (const auto& least = type.Facets.MinInclusive; least && !IsSchemaDateFrom(*least, value))
+        return TSchemaValueFault{TSchemaFaultCode::BelowMinimum, 0, 0, *least};
     for (const TSchemaPattern& pattern : type.Facets.Patterns)
         if (!re2::RE2::FullMatch(re2::StringPiece(value.data(), value.size()), *pattern.Matcher))
             return TSchemaValueFault{TSchemaFaultCode::WrongPattern, 0, 0, pattern.Text};
@@ -156,45 +115,17 @@ TVerdict CheckNormalised(const TSchemaSimpleType& type, std::string_view value) 
 
 } // namespace
 
-std::string_view TSchemaSimpleType::Normalise(std::string_view raw, std::string& buffer) const {
-    switch (WhiteSpace) {
-    case TSchemaWhiteSpace::Preserve:
-        return raw;
-    case TSchemaWhiteSpace::Replace:
-        if (raw.find_first_of("\t\n\r") == std::string_view::npos)
-            return raw;
-        buffer.assign(raw);
-        std::replace_if(buffer.begin(), buffer.end(), IsXmlSpace, ' ');
-        return buffer;
-    case TSchemaWhiteSpace::Collapse:
-        if (IsCollapsed(raw))
-            return raw;
-        buffer = Collapse(raw);
-        return buffer;
-    }
-    return raw;
-}
-
 std::optional<TSchemaValueFault> TSchemaSimpleType::Check(std::string_view raw) const {
-    std::string buffer;
-    const std::string_view value = Normalise(raw, buffer);
+    std::string collapsed;
+    std::string_view value = raw;
+    if (CollapsesSpace() && !IsCollapsed(raw)) {
+        collapsed = Collapse(raw);
+        value = collapsed;
+    }
     TVerdict fault = CheckNormalised(*this, value);
     if (fault && TrimXmlSpace(value).empty() && fault->Code != TSchemaFaultCode::TooLong)
         return TSchemaValueFault{TSchemaFaultCode::EmptyValue, 0, 0, {}};
     return fault;
-}
-
-bool TSchemaSimpleType::SameValue(std::string_view rawLeft, std::string_view rawRight) const {
-    std::string bufferLeft;
-    std::string bufferRight;
-    const std::string_view left = Normalise(rawLeft, bufferLeft);
-    const std::string_view right = Normalise(rawRight, bufferRight);
-    if (left == right)
-        return true;
-    if (Kind == TSchemaValueKind::Boolean)
-        return IsSchemaLexical(Kind, left) && IsSchemaLexical(Kind, right) &&
-               (left == "1" || left == "true") == (right == "1" || right == "true");
-    return IsSchemaOrdered(Kind) && CompareSchemaValues(Kind, left, right) == TSchemaOrder::Equal;
 }
 
 bool TSchemaSimpleType::DerivesFrom(const TSchemaSimpleType& ancestor) const {
@@ -202,18 +133,6 @@ bool TSchemaSimpleType::DerivesFrom(const TSchemaSimpleType& ancestor) const {
     while (type != nullptr && type != &ancestor)
         type = type->Base;
     return type != nullptr;
-}
-
-bool TSchemaWildcard::Admits(std::uint32_t namespaceId) const {
-    switch (Mode) {
-    case TMode::Any:
-        return true;
-    case TMode::Other:
-        return namespaceId != kSchemaNoNamespace && namespaceId != Namespaces.front();
-    case TMode::List:
-        return std::find(Namespaces.begin(), Namespaces.end(), namespaceId) != Namespaces.end();
-    }
-    return false;
 }
 
 bool TSchemaComplexType::DerivesFrom(const TSchemaComplexType& ancestor) const {

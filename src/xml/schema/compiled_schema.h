@@ -28,25 +28,20 @@ inline constexpr std::uint32_t kSchemaNoNamespace = 0;             ///< names wi
 inline constexpr std::uint32_t kSchemaForeignNamespace =
     0xFFFFFFFF; ///< a namespace that the set does not hold
 
-/// Lexical form and order of a simple type's values.
+/// Lexical form of a simple type's values.
 enum class TSchemaValueKind : std::uint8_t {
     Any,
     String,
-    NCName,
     Id,
     AnyUri,
     Boolean,
     Decimal,
     Integer,
-    Float,
     Date,
     Time,
     DateTime,
-    Base64Binary,
-    HexBinary
+    Base64Binary
 };
-
-enum class TSchemaWhiteSpace : std::uint8_t { Preserve, Replace, Collapse };
 
 /// One derivation step's pattern facets, joined by "|".
 struct TSchemaPattern {
@@ -55,7 +50,7 @@ struct TSchemaPattern {
 };
 
 /// The facets in force for a type: its own and those it inherits. Limits are in characters (octets for
-/// binary types) or digits; bounds are values in the type's own text form.
+/// base64) or digits; the least value is a date in its text form.
 struct TSchemaFacets {
     std::optional<std::uint32_t> Length;
     std::optional<std::uint32_t> MinLength;
@@ -63,9 +58,6 @@ struct TSchemaFacets {
     std::optional<std::uint32_t> TotalDigits;
     std::optional<std::uint32_t> FractionDigits;
     std::optional<std::string> MinInclusive;
-    std::optional<std::string> MaxInclusive;
-    std::optional<std::string> MinExclusive;
-    std::optional<std::string> MaxExclusive;
     std::vector<TSchemaPattern> Patterns; ///< all must match
     std::vector<std::string> Codes;       ///< enumeration in declaration order; empty: no list
 };
@@ -81,7 +73,7 @@ struct TSchemaValueFault {
     TSchemaFaultCode Code;
     std::int64_t Count = 0; ///< length or digits found
     std::int64_t Limit = 0; ///< length or digits allowed
-    std::string_view Bound; ///< the bound or pattern that the value breaks
+    std::string_view Bound; ///< the least value or the pattern that the value breaks
 };
 
 struct TSchemaSimpleType {
@@ -89,31 +81,26 @@ struct TSchemaSimpleType {
     std::uint32_t Namespace = kSchemaNoNamespace;
     const TSchemaSimpleType* Base = nullptr; ///< null for anySimpleType
     TSchemaValueKind Kind = TSchemaValueKind::Any;
-    TSchemaWhiteSpace WhiteSpace = TSchemaWhiteSpace::Preserve;
     TSchemaFacets Facets;
-    /// The codes in the form in which values are looked up; empty for dates and the like, which are compared.
+    /// The codes, to be looked up.
     std::unordered_set<std::string, TTextHash, std::equal_to<>> CodeKeys;
 
-    /// The value with the type's white space rule applied; `buffer` holds it when it had to be changed.
-    std::string_view Normalise(std::string_view raw, std::string& buffer) const;
+    /// True when white space around a value does not count, and inside it only as one blank.
+    bool CollapsesSpace() const { return Kind != TSchemaValueKind::Any && Kind != TSchemaValueKind::String; }
     /// The most specific fault of a raw value, or nothing when the value is of this type.
     std::optional<TSchemaValueFault> Check(std::string_view raw) const;
-    /// True when two values of this type are the same value (1.0 and 1.00 of a decimal type).
-    bool SameValue(std::string_view rawLeft, std::string_view rawRight) const;
     /// True when this type is `ancestor` or restricts it over any number of steps.
     bool DerivesFrom(const TSchemaSimpleType& ancestor) const;
 };
 
-enum class TSchemaProcess : std::uint8_t { Strict, Lax, Skip };
-
-/// The namespaces that an xs:any or xs:anyAttribute admits.
+/// An xs:any: elements of any namespace, or of any but one.
 struct TSchemaWildcard {
-    enum class TMode : std::uint8_t { Any, Other, List };
-    TMode Mode = TMode::Any;
-    TSchemaProcess Process = TSchemaProcess::Strict;
-    std::vector<std::uint32_t> Namespaces; ///< admitted ones of a list; of Other, the one that is not
+    bool Lax = false;                     ///< elements that no schema declares are not judged
+    std::optional<std::uint32_t> OtherTo; ///< neither this namespace nor none is admitted
 
-    bool Admits(std::uint32_t namespaceId) const;
+    bool Admits(std::uint32_t namespaceId) const {
+        return !OtherTo || (namespaceId != kSchemaNoNamespace && namespaceId != *OtherTo);
+    }
 };
 
 struct TSchemaComplexType;
@@ -127,24 +114,20 @@ struct TSchemaElement {
     const TSchemaComplexType* ComplexType = nullptr;
     bool Nillable = false;
     bool Global = false;
-    std::optional<std::string> Default;
-    std::optional<std::string> Fixed;
 };
 
+/// An attribute without namespace.
 struct TSchemaAttribute {
     std::string Name;
-    std::uint32_t Namespace = kSchemaNoNamespace;
     const TSchemaSimpleType* Type = nullptr;
     bool Required = false;
-    std::optional<std::string> Default;
-    std::optional<std::string> Fixed;
 };
 
 /// One particle of a content model; exactly one of the two pointers is set.
 struct TSchemaPosition {
     const TSchemaElement* Element = nullptr;
     const TSchemaWildcard* Wildcard = nullptr;
-    std::uint32_t Min = 1;
+    bool Required = true;
     std::uint32_t Max = 1;
 
     std::uint32_t Symbol() const { return Element != nullptr ? Element->Symbol : kSchemaWildcardSymbol; }
@@ -152,7 +135,7 @@ struct TSchemaPosition {
 
 /// Deterministic automaton of a content model. Positions are in declaration order, 0-based. State 0 stands
 /// before the first element, state p + 1 after one of position p. A position with Max above 1 repeats by
-/// counting: it is left only when its Min is reached.
+/// counting.
 struct TSchemaAutomaton {
     std::vector<TSchemaPosition> Positions;
     std::vector<std::uint32_t> EdgeStart;   ///< first edge by state, and the end of the last
@@ -160,8 +143,7 @@ struct TSchemaAutomaton {
     std::vector<std::uint32_t> EdgeSymbols; ///< symbols of those positions
     std::vector<std::uint8_t> Accepting;    ///< by state
     bool HasWildcards = false;
-    bool IsAll = false;       ///< an xs:all: positions in any order, each at most once, no edges
-    bool AllOptional = false; ///< the xs:all as a whole may be absent
+    bool IsAll = false; ///< an xs:all: positions in any order, each at most once, no edges
 
     std::span<const std::uint32_t> Follow(std::uint32_t state) const {
         return {EdgeTargets.data() + EdgeStart[state], EdgeTargets.data() + EdgeStart[state + 1]};
@@ -172,19 +154,15 @@ struct TSchemaAutomaton {
 };
 
 enum class TSchemaContent : std::uint8_t { Empty, Simple, ElementOnly, Mixed };
-enum class TSchemaDerivation : std::uint8_t { Restriction, Extension };
 
 struct TSchemaComplexType {
     std::string Name; ///< empty for a type declared in place
     std::uint32_t Namespace = kSchemaNoNamespace;
     const TSchemaComplexType* BaseComplex = nullptr;
-    const TSchemaSimpleType* BaseSimple = nullptr;
-    TSchemaDerivation Derivation = TSchemaDerivation::Restriction;
     TSchemaContent Content = TSchemaContent::Empty;
-    const TSchemaSimpleType* SimpleContent = nullptr; ///< of simple content only
+    const TSchemaSimpleType* SimpleContent = nullptr; ///< of simple content only, the type that it extends
     TSchemaAutomaton Automaton;
     std::vector<TSchemaAttribute> Attributes;
-    const TSchemaWildcard* AnyAttribute = nullptr;
 
     /// True when this type is `ancestor` or derives from it over any number of steps.
     bool DerivesFrom(const TSchemaComplexType& ancestor) const;

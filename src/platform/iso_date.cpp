@@ -1,4 +1,4 @@
-#include "data/iso_date.h"
+#include "platform/iso_date.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -30,17 +30,18 @@ std::string Padded(unsigned value, std::size_t width) {
 
 } // namespace
 
+std::optional<TDate> MakeDate(int year, unsigned month, unsigned day) {
+    const TDate date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
+    return date.ok() ? std::optional(date) : std::nullopt;
+}
+
 std::optional<TDate> ParseIsoDate(std::string_view text) {
     if (!HasForm(text)) {
         return std::nullopt;
     }
-    const TDate date(std::chrono::year(static_cast<int>(Number(text.substr(0, 4)))),
-                     std::chrono::month(Number(text.substr(5, 2))),
-                     std::chrono::day(Number(text.substr(8, 2))));
-    if (!date.ok() || date.year() == std::chrono::year(0)) {
-        return std::nullopt;
-    }
-    return date;
+    const unsigned year = Number(text.substr(0, 4));
+    return year != 0 ? MakeDate(static_cast<int>(year), Number(text.substr(5, 2)), Number(text.substr(8, 2)))
+                     : std::nullopt;
 }
 
 std::string FormatIsoDate(const TDate& date) {
