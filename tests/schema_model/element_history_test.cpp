@@ -242,37 +242,5 @@ TEST(Ligacoes, OsNomesDaGuiaDeMonitoramentoExistemNoModelo) {
     EXPECT_GT(checked, 60);
 }
 
-TEST(Modelo, ErrosDeNotacaoDizemALinha) {
-    const std::string head = "arquivo a%.xsd\nespaco urn:a\nversoes 1.00.00 2.00.00\n";
-    struct TCase {
-        std::string Texto, Motivo;
-    };
-    const std::vector<TCase> cases = {
-        {"elemento a xs:string\n   b\n", "m.txt:5: recuo inválido"},
-        {"elemento a\n    b xs:string\n", "m.txt:5: recuo inesperado"},
-        {"elemento a xs:string [2.00.00-1.00.00]\n", "m.txt:4: versões inválidas: 2.00.00-1.00.00"},
-        {"elemento a xs:string [1.0]\n", "m.txt:4: versões inválidas: 1.0"},
-        {"elemento a xs:string [1.00.00\n", "m.txt:4: colchete não fechado"},
-        {"elemento a [1.00.00] xs:string\n", "m.txt:4: texto depois das versões da linha"},
-        {"elemento a xs:string\n  b xs:string\n", "m.txt:5: a tem tipo e também filhos"},
-        {"elemento a xs:string\nsimples b\n", "m.txt:5: b não tem tipo de base"},
-        {"elemento a xs:string\nsimples b xs:string tamnho=2\n", "m.txt:5: limite desconhecido: tamnho"},
-        {"elemento a xs:string\nsimples b xs:string\n  05..01\n",
-         "m.txt:6: série de códigos inválida: 05..01"},
-        {"elemento a xs:string\ntipo b\n  escolha\n    c ? xs:string\ntipo b\n  c xs:string\n",
-         "m.txt:8: tipo repetido: b"},
-        {"elemnto a\n", "m.txt:4: palavra desconhecida: elemnto"},
-        {"", "m.txt:3: falta \"arquivo\", \"espaco\" ou \"elemento\""},
-    };
-    for (const TCase& test : cases) {
-        try {
-            TSchemaModel::Parse(head + test.Texto, "m.txt", {});
-            ADD_FAILURE() << test.Motivo;
-        } catch (const EInvalidSchemaModel& error) {
-            EXPECT_EQ(std::string(error.what()), test.Motivo);
-        }
-    }
-}
-
 } // namespace
 } // namespace conferix

@@ -1,4 +1,4 @@
-#include "schema_model/comparacao.h"
+#include "schema_comparison.h"
 
 #include <algorithm>
 #include <deque>
@@ -42,11 +42,11 @@ std::string OnlyIn(const std::vector<std::string>& list, const std::vector<std::
     return Joined(rest);
 }
 
-class TComparacao {
+class TComparison {
   public:
-    TComparacao(const TSchemaSet& published, const TSchemaSet& generated) : a_(published), b_(generated) {}
+    TComparison(const TSchemaSet& published, const TSchemaSet& generated) : a_(published), b_(generated) {}
 
-    std::vector<TDiferenca> Run() {
+    std::vector<TSchemaDifference> Run() {
         Globals();
         while (!pending_.empty()) {
             const auto [path, types] = pending_.front();
@@ -85,8 +85,6 @@ class TComparacao {
     void Compare(const std::string& path, const TSchemaElement& a, const TSchemaElement& b) {
         Differ(path, "nome", Name(a_, a.Namespace, a.Name), Name(b_, b.Namespace, b.Name));
         Differ(path, "nulo", Text(a.Nillable), Text(b.Nillable));
-        Differ(path, "valor padrão", Text(a.Default), Text(b.Default));
-        Differ(path, "valor fixo", Text(a.Fixed), Text(b.Fixed));
         Differ(path, "conteúdo simples", Text(a.SimpleType != nullptr), Text(b.SimpleType != nullptr));
         if (a.SimpleType != nullptr && b.SimpleType != nullptr)
             Compare(path, *a.SimpleType, *b.SimpleType);
@@ -113,8 +111,6 @@ class TComparacao {
         Differ(at, "tipo", Ancestry(a_, &a), Ancestry(b_, &b));
         Differ(at, "espécie", std::to_string(static_cast<int>(a.Kind)),
                std::to_string(static_cast<int>(b.Kind)));
-        Differ(at, "espaços", std::to_string(static_cast<int>(a.WhiteSpace)),
-               std::to_string(static_cast<int>(b.WhiteSpace)));
         const TSchemaFacets& x = a.Facets;
         const TSchemaFacets& y = b.Facets;
         Differ(at, "length", Text(x.Length), Text(y.Length));
@@ -123,9 +119,6 @@ class TComparacao {
         Differ(at, "totalDigits", Text(x.TotalDigits), Text(y.TotalDigits));
         Differ(at, "fractionDigits", Text(x.FractionDigits), Text(y.FractionDigits));
         Differ(at, "minInclusive", Text(x.MinInclusive), Text(y.MinInclusive));
-        Differ(at, "maxInclusive", Text(x.MaxInclusive), Text(y.MaxInclusive));
-        Differ(at, "minExclusive", Text(x.MinExclusive), Text(y.MinExclusive));
-        Differ(at, "maxExclusive", Text(x.MaxExclusive), Text(y.MaxExclusive));
         std::string left, right;
         for (const TSchemaPattern& pattern : x.Patterns)
             left += pattern.Text + "\n";
@@ -139,19 +132,13 @@ class TComparacao {
     std::string Ancestry(const TSchemaSet& set, const TSchemaComplexType* type) const {
         std::string text;
         for (; type != nullptr; type = type->BaseComplex)
-            text += Name(set, type->Namespace, type->Name) +
-                    (type->Derivation == TSchemaDerivation::Extension ? "+" : ";");
+            text += Name(set, type->Namespace, type->Name) + ";";
         return text;
     }
 
-    std::string Wildcard(const TSchemaSet& set, const TSchemaWildcard* wildcard) const {
-        if (wildcard == nullptr)
-            return "-";
-        std::string text = std::to_string(static_cast<int>(wildcard->Mode)) + "/" +
-                           std::to_string(static_cast<int>(wildcard->Process));
-        for (const std::uint32_t space : wildcard->Namespaces)
-            text += " " + set.NamespaceUri(space);
-        return text;
+    static std::string Wildcard(const TSchemaSet& set, const TSchemaWildcard& wildcard) {
+        return std::string(wildcard.Lax ? "livre" : "estrito") +
+               (wildcard.OtherTo ? " fora de " + set.NamespaceUri(*wildcard.OtherTo) : std::string());
     }
 
     void Compare(const std::string& path, const TSchemaComplexType& a, const TSchemaComplexType& b) {
@@ -167,16 +154,14 @@ class TComparacao {
     }
 
     void Attributes(const std::string& path, const TSchemaComplexType& a, const TSchemaComplexType& b) {
-        Differ(path, "anyAttribute", Wildcard(a_, a.AnyAttribute), Wildcard(b_, b.AnyAttribute));
         std::set<std::string> left, right;
-        const auto text = [this](const TSchemaSet& set, const TSchemaAttribute& attribute) {
-            return Name(set, attribute.Namespace, attribute.Name) + (attribute.Required ? "!" : "?") +
-                   Text(attribute.Default) + "/" + Text(attribute.Fixed);
+        const auto text = [](const TSchemaAttribute& attribute) {
+            return attribute.Name + (attribute.Required ? "!" : "?");
         };
         for (const TSchemaAttribute& attribute : a.Attributes)
-            left.insert(text(a_, attribute));
+            left.insert(text(attribute));
         for (const TSchemaAttribute& attribute : b.Attributes) {
-            right.insert(text(b_, attribute));
+            right.insert(text(attribute));
             for (const TSchemaAttribute& same : a.Attributes)
                 if (same.Name == attribute.Name)
                     Compare(path + "/@" + attribute.Name, *same.Type, *attribute.Type);
@@ -187,8 +172,8 @@ class TComparacao {
     std::string Position(const TSchemaSet& set, const TSchemaPosition& position) const {
         const std::string name = position.Element != nullptr
                                      ? Name(set, position.Element->Namespace, position.Element->Name)
-                                     : "qualquer " + Wildcard(set, position.Wildcard);
-        return name + " " + Text(position.Min) + ".." + Text(position.Max);
+                                     : "qualquer " + Wildcard(set, *position.Wildcard);
+        return name + " " + (position.Required ? "1.." : "0..") + Text(position.Max);
     }
 
     /// Positions by their place, with what may follow and whether the content may end there.
@@ -206,7 +191,7 @@ class TComparacao {
         for (const TSchemaPosition& position : b.Positions)
             right += Position(b_, position) + "; ";
         Differ(path, "filhos", left, right);
-        Differ(path, "all", Text(a.IsAll) + Text(a.AllOptional), Text(b.IsAll) + Text(b.AllOptional));
+        Differ(path, "all", Text(a.IsAll), Text(b.IsAll));
         if (left != right)
             return;
         Differ(path, "estados", std::to_string(a.Accepting.size()), std::to_string(b.Accepting.size()));
@@ -234,7 +219,7 @@ class TComparacao {
 
     const TSchemaSet& a_;
     const TSchemaSet& b_;
-    std::vector<TDiferenca> found_;
+    std::vector<TSchemaDifference> found_;
     std::deque<std::pair<std::string, std::pair<const TSchemaComplexType*, const TSchemaComplexType*>>>
         pending_;
     std::set<std::pair<const TSchemaComplexType*, const TSchemaComplexType*>> seen_;
@@ -244,8 +229,8 @@ class TComparacao {
 
 } // namespace
 
-std::vector<TDiferenca> CompararEsquemas(const TSchemaSet& published, const TSchemaSet& generated) {
-    return TComparacao(published, generated).Run();
+std::vector<TSchemaDifference> CompareSchemas(const TSchemaSet& published, const TSchemaSet& generated) {
+    return TComparison(published, generated).Run();
 }
 
 } // namespace conferix

@@ -1,4 +1,4 @@
-#include "schema_model/arbitro_xerces.h"
+#include "xerces_referee.h"
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/framework/XMLGrammarPoolImpl.hpp>
