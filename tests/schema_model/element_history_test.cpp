@@ -1,6 +1,7 @@
 // What the model knows of elements over the versions: sentences for users, and the names that the bindings
 // use.
 #include "schema_model/element_history.h"
+#include "support/case_file.h"
 #include "support/suporte.h"
 #include "xml/bindings/lote_guias_names.h"
 
@@ -27,44 +28,17 @@ std::vector<std::string_view> Split(std::string_view path) {
     return names;
 }
 
-TEST(Historico, DizEmQueVersoesUmElementoExiste) {
+TEST(ElementHistory, TellsInWhichVersionsAnElementExists) {
     const TElementHistory history(LoadSchemaModels(Models()));
-    const std::string guias = "mensagemTISS/prestadorParaOperadora/loteGuias/guiasTISS/";
-    const std::string monitoramento = "mensagemEnvioANS/Mensagem/operadoraParaANS/guiaMonitoramento/";
-    struct TCase {
-        std::string Arquivo, Caminho, Sentence;
-    };
-    const std::vector<TCase> cases = {
-        {"tissV3_05_00.xsd", guias + "guiaConsulta/dadosAtendimento/regimeAtendimento",
-         "só existe a partir da versão 4.00.00"},
-        {"tissV4_00_00.xsd", guias + "guiaConsulta/dadosBeneficiario/nomeBeneficiario",
-         "deixou de existir na versão 4.00.00"},
-        {"tissV4_03_00.xsd", guias + "guiaSP-SADT/dadosBeneficiario/templateBiometrico",
-         "deixou de existir na versão 4.00.00"},
-        {"tissV3_02_02.xsd", "mensagemTISS/cabecalho/versaoPadrao", "deixou de existir na versão 3.02.02"},
-        {"tissV3_02_01.xsd", "mensagemTISS/cabecalho/Padrao", "só existe a partir da versão 3.02.02"},
-        {"tissV4_00_00.xsd", "mensagemTISS/operadoraParaPrestador/respostaElegibilidade/mensagemErro", ""},
-        {"tissV4_00_00.xsd", "mensagemTISS/cabecalho/intruso", ""},
-        {"tissV4_00_00.xsd", "mensagemTISS/cabecalho/Padrao", ""},
-        {"tissMonitoramentoV1_01_00.xsd", monitoramento + "regimeAtendimento",
-         "só existe a partir da versão 1.02.00"},
-        {"tissMonitoramentoV1_06_00.xsd", monitoramento + "formaRemuneracao",
-         "deixou de existir na versão 1.03.00"},
-        // Between the published 1.03.00 and 1.06.00 nobody knows.
-        {"tissMonitoramentoV1_03_00.xsd",
-         monitoramento + "dadosBeneficiario/identBeneficiario/cpfBeneficiario",
-         "só existe a partir de uma versão entre 1.04.00 e 1.06.00"},
-        {"tissMonitoramentoV1_04_01.xsd",
-         monitoramento + "dadosBeneficiario/identBeneficiario/cpfBeneficiario",
-         "só existe a partir da versão 1.05.00 ou 1.06.00"},
-        {"outro.xsd", "mensagemTISS/cabecalho/Padrao", ""},
-    };
-    for (const TCase& test : cases)
-        EXPECT_EQ(history.Sentence(test.Arquivo, Split(test.Caminho)).Text, test.Sentence)
-            << test.Arquivo << " " << test.Caminho;
+    for (const testes::TCase& test : testes::Cases("schema_model/history.txt"))
+        for (const auto& [file, path] : test.Inputs) {
+            const TElementHistory::TSentence said = history.Sentence(file, Split(path));
+            EXPECT_EQ(said.Text, test.Expected.empty() ? "" : test.Expected.front()) << test;
+            EXPECT_EQ(said.Removed, said.Text.starts_with("deixou")) << test;
+        }
 }
 
-TEST(Historico, ReconheceNomesTrocadosEOConteudoDeOutraVersao) {
+TEST(ElementHistory, KnowsRenamedElementsAndContentOfAnotherVersion) {
     const TElementHistory history(LoadSchemaModels(Models()));
     using TRelation = TElementHistory::TRelation;
     const auto header = Split("mensagemTISS/cabecalho");
@@ -155,7 +129,7 @@ void ExpectGuia(const TNomes& names, const std::string& guia, const TGuiaNames& 
             names.Expect(guia + "/" + std::string(total.Grupo), name);
 }
 
-TEST(Ligacoes, OsNomesDosLotesExistemNasVersoesQueOsUsam) {
+TEST(Bindings, NamesOfLotsExistInTheVersionsThatUseThem) {
     struct TCase {
         const TLoteGuiasNames& Nomes;
         std::string Primeira, Ultima;
@@ -217,7 +191,7 @@ std::set<std::string> Pairs(const TSchemaModel& model) {
     return pairs;
 }
 
-TEST(Ligacoes, OsNomesDaGuiaDeMonitoramentoExistemNoModelo) {
+TEST(Bindings, NamesOfTheMonitoringGuideExistInTheModel) {
     const std::set<std::string> pairs = Pairs(*TSchemaModel::Load(Models() / "monitoramento.txt"));
     std::set<std::string> names;
     for (const std::string& pair : pairs)

@@ -3,10 +3,12 @@
 #include "support/lote_pequeno.h"
 #include "support/suporte.h"
 #include "support/zip_de_teste.h"
+#include "xml/schema/schema_files.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <array>
 #include <map>
 #include <sstream>
 
@@ -193,28 +195,35 @@ TEST_F(ComandosDeSchemas, ASetThatDoesNotCompileStaysOutside) {
     EXPECT_EQ(Origin("tissV4_02_00.xsd"), "embutido");
 }
 
-TEST_F(ComandosDeSchemas, FilesOfOneNameThatDifferServeBothTheirFolders) {
-    const auto published = PublishedSchemas();
-    if (!published)
-        GTEST_SKIP() << "a pasta dos schemas publicados não existe nesta máquina";
-    const std::string signature = "tissAssinaturaDigital_v1.01.xsd";
-    std::vector<TEntrada> entries = {
-        {"1/" + signature, ReadTestFile(*published / "assinatura-antiga" / signature)},
-        {"2/" + signature, ReadTestFile(*published / signature)}};
-    for (const std::string folder : {"1/", "2/"}) {
-        const std::string version = folder == "1/" ? "V3_02_00.xsd" : "V4_03_00.xsd";
-        for (const std::string part : {"tiss", "tissGuias", "tissComplexTypes", "tissSimpleTypes"})
-            entries.push_back({folder + part + version, ReadTestFile(*published / (part + version))});
+TEST_F(ComandosDeSchemas, BothEditionsOfTheSignatureServeBothTheirFolders) {
+    const auto file = [](const std::string& space, const std::string& content) {
+        return "<schema xmlns=\"http://www.w3.org/2001/XMLSchema\" xmlns:t=\"urn:t\" xmlns:ds=\"" +
+               std::string(kSignatureNamespace) + "\" targetNamespace=\"" + space + "\">" + content +
+               "</schema>";
+    };
+    std::vector<TEntrada> entries;
+    for (const auto& [folder, name, main] :
+         {std::array<std::string, 3>{"1/", "assinaturaDigital", "tissV3_02_00.xsd"},
+          std::array<std::string, 3>{"2/", "Signature", "tissV4_03_00.xsd"}}) {
+        entries.push_back({folder + "ds.xsd",
+                           file(std::string(kSignatureNamespace), "<complexType name=\"SignatureType\"/>")});
+        entries.push_back({folder + "assinatura.xsd",
+                           file("urn:t", "<complexType name=\"" + name +
+                                             "\"><complexContent><extension base=\"ds:SignatureType\"/>"
+                                             "</complexContent></complexType>")});
         entries.push_back(
-            {folder + "xmldsig-core-schema.xsd", ReadTestFile(*published / "xmldsig-core-schema.xsd")});
+            {folder + main, file("urn:t", "<import namespace=\"" + std::string(kSignatureNamespace) +
+                                              "\" schemaLocation=\"ds.xsd\"/><include schemaLocation=\""
+                                              "assinatura.xsd\"/><element name=\"e\" type=\"t:" +
+                                              name + "\"/>")});
     }
     WriteZip(File("pacote.zip"), entries);
     const TResult result = Run({"importar", File("pacote.zip").string()});
     EXPECT_EQ(result.Err, "");
     EXPECT_THAT(result.Out, HasSubstr("(mensagem): 3.02.00, 4.03.00\n"));
-    for (const std::string file : {"tissV3_02_00.xsd", "tissV4_03_00.xsd"}) {
-        EXPECT_EQ(List()[file]["origem"], "importado");
-        EXPECT_EQ(List()[file]["compila"], true);
+    for (const std::string name : {"tissV3_02_00.xsd", "tissV4_03_00.xsd"}) {
+        EXPECT_EQ(List()[name]["origem"], "importado");
+        EXPECT_EQ(List()[name]["compila"], true);
     }
 }
 
