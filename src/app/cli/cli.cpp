@@ -7,7 +7,7 @@
 #include "model/arquivo_tiss_factory.h"
 #include "model/tiss_exceptions.h"
 #include "platform/platform.h"
-#include "schema_model/pastas.h"
+#include "schema_model/built_in_folders.h"
 #include "xml/xml_parser.h"
 
 #include <CLI/CLI.hpp>
