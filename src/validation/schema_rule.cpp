@@ -194,21 +194,17 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     const TXmlDocument& document = *file.Xml();
     const std::vector<TSchemaFault> faults = TSchemaValidator(*schema, &others).Validate(document);
     if (others.Approximated() && HasIntactSeal(ReadWholeFile(schemaFile_)))
-        AddMessage(TValidationMessage::CreateWarn(
-            this, fmt::format("O schema da versão {} publicado pela ANS não estava disponível; foi usado um "
-                              "schema aproximado, feito com os das versões vizinhas, e a conferência pode "
-                              "ter falhas. Para usar o da ANS, importe-o: conferix esquemas importar "
-                              "ARQUIVO.",
-                              file.Versao())));
+        Warning(
+            nullptr,
+            fmt::format("O schema da versão {} publicado pela ANS não estava disponível; foi usado um schema "
+                        "aproximado, feito com os das versões vizinhas, e a conferência pode ter falhas. "
+                        "Para usar o da ANS, importe-o: conferix esquemas importar ARQUIVO.",
+                        file.Versao()));
     if (std::ranges::any_of(faults, IsStructural, &TSchemaFault::Code))
-        if (const std::string version = others.VersionOfContent(document); !version.empty()) {
-            const TXmlNode& place = VersionPlace(*document.Element());
-            AddMessage(TValidationMessage::CreateWarn(
-                this,
-                fmt::format("O cabeçalho declara a versão {}, mas o conteúdo parece ser da {}.",
-                            file.Versao(), version),
-                std::string(place.Value()), place.Line(), place.LinePos(), place.FilePos()));
-        }
+        if (const std::string version = others.VersionOfContent(document); !version.empty())
+            Warning(&VersionPlace(*document.Element()),
+                    fmt::format("O cabeçalho declara a versão {}, mas o conteúdo parece ser da {}.",
+                                file.Versao(), version));
     std::optional<TGuiaLocator> guias;
     if (lote != nullptr && !faults.empty())
         guias.emplace(*lote);
@@ -216,24 +212,18 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         std::string reason = fault.Code == TSchemaFaultCode::UnknownElement
                                  ? others.UnknownElement(fault)
                                  : TSchemaMessages::Sentence(fault);
-        std::shared_ptr<TValidationMessage> message;
-        if (guias.has_value()) {
-            const IGuiaTiss* guia = guias->ByNode(*fault.Node);
-            message = TLoteGuiasValidationMessage::CreateError(
-                this, std::string(guia != nullptr ? guia->NumeroGuia() : std::string_view{}),
-                std::move(reason), fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
-        } else {
-            message = TValidationMessage::CreateError(this, std::move(reason), fault.SrcText(), fault.Line,
-                                                      fault.LinePos, fault.FilePos);
-        }
+        const IGuiaTiss* guia = guias.has_value() ? guias->ByNode(*fault.Node) : nullptr;
+        const auto message = TLoteGuiasValidationMessage::CreateError(
+            this, std::string(guia != nullptr ? guia->NumeroGuia() : std::string_view{}), std::move(reason),
+            fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
         message->SetKind(KindOf(fault.Code));
-        AddMessage(std::move(message));
+        AddMessage(message);
     }
     if (ValidationMessages().empty())
-        AddMessage(TValidationMessage::CreateSuccess(
-            this,
+        Success(
+            nullptr,
             fmt::format("O XML está de acordo com o schema XSD da versão {} do componente de comunicação.",
-                        file.Versao())));
+                        file.Versao()));
 }
 
 } // namespace conferix

@@ -4,6 +4,7 @@
 #include "app/proxy_settings.h"
 #include "platform/platform.h"
 #include "support/suporte.h"
+#include "validator/rule_list.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -43,7 +44,7 @@ TEST(Config, KeepsWhatItDoesNotKnow) {
     config.SetDefaultInitialConfig();
     EXPECT_THAT(config.UnknownValidations(), IsEmpty());
     config.Save(folder.Path() / "outra" / "pasta" / "config.json"); // the folders are made
-    EXPECT_THAT(TConfig::GetEnabledValidations(folder.Path() / "outra/pasta/config.json"), SizeIs(133));
+    EXPECT_THAT(TConfig::GetEnabledValidations(folder.Path() / "outra/pasta/config.json"), SizeIs(ListRules().size()));
 }
 
 TEST(Config, ADamagedFileIsNamedAndKept) {

@@ -13,7 +13,7 @@
 //   (nada)                                      no line is expected
 //
 // A case ends at a blank line. In all lines \n, \r, \t and \s (a blank) are escapes. Arguments are separated
-// by ";" with or without blanks after it.
+// by ";" with or without blanks after it; one that is left out is empty.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -70,7 +70,7 @@ class TCaseReader {
             ASSERT_NE(blank, std::string_view::npos) << place;
             texts_[std::string(line.substr(1, blank - 1))] = Expanded(line.substr(blank + 1), place);
         } else if (line.front() == '[' && !open_) {
-            section_ = Expanded(line.substr(1, line.rfind(']') - 1), place);
+            section_ = Unescaped(Expanded(line.substr(1, line.rfind(']') - 1), place));
         } else if (line.starts_with("> ")) {
             if (!open_)
                 case_ = {place, section_, {}, {}};
@@ -122,7 +122,9 @@ class TCaseReader {
                 std::istringstream arguments{std::string(line.substr(end + 1, close - end - 1))};
                 std::string argument;
                 for (int n = 1; std::getline(arguments >> std::ws, argument, ';'); ++n)
-                    Replace(put, "{" + std::to_string(n) + "}", argument);
+                    Replace(put, "{" + std::to_string(n) + "}", Expanded(argument, place));
+                for (char n = '1'; n <= '9'; ++n) // arguments that were left out
+                    Replace(put, {'{', n, '}'}, "");
                 end = close + 1;
             }
             out += put;
@@ -159,6 +161,17 @@ class TCaseReader {
     bool answered_ = false;
     std::vector<TCase> cases_;
 };
+
+/// Compares what was found in a case with what it expects, line by line.
+inline void ExpectLines(const TCase& c, const std::vector<std::string>& found) {
+    const auto joined = [](const std::vector<std::string>& lines) {
+        std::string text;
+        for (const std::string& line : lines)
+            text += line + "\n";
+        return text;
+    };
+    EXPECT_EQ(joined(found), joined(c.Expected)) << c;
+}
 
 /// The cases of a file below tests/.
 inline std::vector<TCase> Cases(const std::string& name) {
