@@ -122,7 +122,7 @@ TValidTissFile::TValidTissFile()
 
 THasIgnoredMessages::THasIgnoredMessages(const TXmlMessages& hidden)
     : TValidationMessage(
-          TMessageType::mtInformation,
+          TMessageOrigin{}, TMessageType::mtInformation,
           TFormatSettings::Regional().Count(static_cast<std::int64_t>(hidden.size())) +
               (hidden.size() == 1 ? " mensagem foi ignorada." : " mensagens foram ignoradas.") +
               "\r\nAs mensagens de validações desativadas não estão sendo exibidas.") {}

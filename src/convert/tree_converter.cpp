@@ -138,7 +138,8 @@ const TSchemaSimpleType& TTreeConverter::TypeOf(const std::string& name, const s
     const TSchemaModel& model = change_.Modelo();
     if (schemas == nullptr)
         schemas = TSchemaSet::Load(BuiltInSchemaFolder() / PathFromText(model.FileName(versao)));
-    const TSchemaSimpleType* type = schemas->FindSimpleType(schemas->NamespaceId(model.TargetNamespace()), name);
+    const TSchemaSimpleType* type =
+        schemas->FindSimpleType(schemas->NamespaceId(model.TargetNamespace()), name);
     if (type == nullptr)
         throw ESchemaInvalido(PathText(schemas->MainFile()), 0, fmt::format("falta o tipo {}", name));
     return *type;

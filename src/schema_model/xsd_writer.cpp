@@ -151,7 +151,7 @@ class TXsdWriter {
     }
 
     std::string Content(const std::vector<TModelNode>& children, const TModelTerm* base, int line) {
-        const std::string body = Body(children) + Attributes(children);
+        std::string body = Body(children) + Attributes(children);
         if (base == nullptr)
             return body;
         return "<xs:complexContent>\n<xs:extension" + Attribute("base", TypeName(base->Text, line)) + ">\n" +

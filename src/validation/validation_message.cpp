@@ -16,8 +16,8 @@ IValidationIdentity TValidationMessage::IdentityOf(const TValidation* validation
 TValidationMessage::TValidationMessage(const TValidation* validation, TMessageType type, std::string reason,
                                        std::string srcText, std::int32_t line, std::int32_t linePos,
                                        std::int32_t filePos)
-    : TXmlMessage({IdentityOf(validation, "TValidationMessage"), {}, {}}, type, std::move(reason),
-                  std::move(srcText), line, linePos, filePos) {}
+    : TXmlMessage(TMessageOrigin{IdentityOf(validation, "TValidationMessage"), {}, {}}, type,
+                  std::move(reason), std::move(srcText), line, linePos, filePos) {}
 
 const TValidationIdentity& TValidationMessage::Validation() const {
     if (Rule() == nullptr)
@@ -35,8 +35,8 @@ TLoteGuiasValidationMessage::TLoteGuiasValidationMessage(const TValidation* vali
 TLoteGuiasMonitoramentoValidationMessage::TLoteGuiasMonitoramentoValidationMessage(
     const TValidation* validation, TMessageType type, std::string campo, std::string numeroGuia,
     std::string reason, std::string srcText, std::int32_t line, std::int32_t linePos, std::int32_t filePos)
-    : TValidationMessage({IdentityOf(validation, "TLoteGuiasMonitoramentoValidationMessage"),
-                          std::move(numeroGuia), std::move(campo)},
+    : TValidationMessage(TMessageOrigin{IdentityOf(validation, "TLoteGuiasMonitoramentoValidationMessage"),
+                                        std::move(numeroGuia), std::move(campo)},
                          type, std::move(reason), std::move(srcText), line, linePos, filePos) {}
 
 } // namespace conferix

@@ -62,7 +62,11 @@ class TValidationMessage : public TXmlMessage, public TMessageShorthands<TValida
     const TValidationIdentity& Validation() const;
 
   protected:
-    using TXmlMessage::TXmlMessage;
+    /// `origin` without a rule: for messages about the validation itself.
+    TValidationMessage(TMessageOrigin origin, TMessageType type, std::string reason, std::string srcText = {},
+                       std::int32_t line = 0, std::int32_t linePos = 0, std::int32_t filePos = 0)
+        : TXmlMessage(std::move(origin), type, std::move(reason), std::move(srcText), line, linePos,
+                      filePos) {}
     static IValidationIdentity IdentityOf(const TValidation* validation, const char* className);
     virtual const char* ClassName() const { return "TValidationMessage"; }
 };

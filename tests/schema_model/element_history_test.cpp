@@ -71,6 +71,20 @@ TEST(ElementHistory, KnowsRenamedElementsAndContentOfAnotherVersion) {
     EXPECT_EQ(content("tissV4_01_00.xsd", of3, "4.02.00"), "");
 }
 
+TEST(ElementHistory, MissesWhatGroupsDemand) {
+    const TElementHistory history(
+        {TSchemaModel::Parse("arquivo a%.xsd\nespaco urn:a\nversoes 1.00.00 2.00.00\nelemento a\n  b "
+                             "xs:string\n  c xs:string [1.00.00]\n"
+                             "  sequencia [2.00.00]\n    d xs:string\n    todos\n      e xs:string\n    "
+                             "escolha\n      f xs:string\n",
+                             "m.txt", {})});
+    TElementPaths paths;
+    paths.Entries = {{0, "a"}, {0, "b"}};
+    EXPECT_EQ(history.VersionOfContent("a2_00_00.xsd", paths, ""), "") << "two too few against one";
+    paths.Entries.push_back({0, "c"});
+    EXPECT_EQ(history.VersionOfContent("a2_00_00.xsd", paths, ""), "1.00.00");
+}
+
 /// Looks names up in the published versions of a range.
 class TNomes {
   public:

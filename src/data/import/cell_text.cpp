@@ -1,7 +1,7 @@
 #include "data/import/cell_text.h"
 
-#include "platform/iso_date.h"
 #include "data/plain_text.h"
+#include "platform/iso_date.h"
 
 #include <charconv>
 #include <chrono>

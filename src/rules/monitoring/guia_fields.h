@@ -1,8 +1,8 @@
 // What the field rules read of one guide of a monitoring file.
 #pragma once
 
-#include "platform/iso_date.h"
 #include "model/monitoramento.h"
+#include "platform/iso_date.h"
 
 #include <optional>
 #include <string_view>

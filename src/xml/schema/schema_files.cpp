@@ -193,10 +193,10 @@ std::filesystem::path TSchemaFiles::Locate(std::string_view location) const {
         return folder_ / std::filesystem::path(std::u8string(name.begin(), name.end()));
     };
     std::error_code error;
-    if (const auto path = inFolder(location); std::filesystem::exists(path, error))
+    if (auto path = inFolder(location); std::filesystem::exists(path, error))
         return path;
     if (const auto split = SplitVersion(location); split && !mainVersion_.empty()) {
-        const auto path = inFolder(std::string(split->Stem) + mainVersion_ + ".xsd");
+        auto path = inFolder(std::string(split->Stem) + mainVersion_ + ".xsd");
         if (std::filesystem::exists(path, error))
             return path;
     }

@@ -311,7 +311,7 @@ class TValidation {
         if (nilRefused && node.FirstChild() == nullptr && node.Value().empty())
             return LeaveOut(node, mark);
         const TSchemaSimpleType* simple = type.Simple;
-        if (simple == nullptr && type.Complex->Content == TSchemaContent::Simple)
+        if (type.Complex != nullptr && type.Complex->Content == TSchemaContent::Simple)
             simple = type.Complex->SimpleContent;
         if (simple == nullptr) {
             Open(node, type.Complex, mark);
