@@ -12,7 +12,7 @@ namespace conferix::testes {
 
 /// Puts the two texts of an input in the place of {1} and {2}. What begins like XML is left as it is, other
 /// texts are in the notation of Xml().
-inline std::string Document(std::string_view around, const std::pair<std::string, std::string>& input) {
+inline std::string DocumentText(std::string_view around, const std::pair<std::string, std::string>& input) {
     std::string text;
     for (std::size_t at = 0; at < around.size(); ++at) {
         const bool first = around.substr(at, 3) == "{1}";
@@ -43,7 +43,7 @@ void ExpectCases(const std::string& file, Describe describe) {
 template<class Describe>
 void ExpectDocuments(const std::string& file, Describe describe) {
     ExpectCases(file, [&](std::string_view section, const auto& input) {
-        return describe(Document(section.empty() ? "{1}" : section, input));
+        return describe(DocumentText(section.empty() ? "{1}" : section, input));
     });
 }
 

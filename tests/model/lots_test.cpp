@@ -155,7 +155,7 @@ TEST(Lots, GuidesOfEveryKindAndFamilyOfVersionsAreRead) {
         std::string common;
         for (std::string version; versions >> version;) {
             const std::string text =
-                Told(Mensagem(version, Document(section.substr(bar + 3), input))->LoteGuias());
+                Told(Mensagem(version, DocumentText(section.substr(bar + 3), input))->LoteGuias());
             EXPECT_TRUE(common.empty() || text == common) << version << " differs:\n" << text;
             common = text;
         }
@@ -279,7 +279,7 @@ TEST(Lots, FieldsAndItemsOfAGuide) {
 }
 
 TEST(Lots, ManyGuidesOfTwoKindsKeepTheirOrder) {
-    constexpr int kGuides = 10'000;
+    constexpr int kGuides = 1'000; // enough to tell a stable sort from another
     std::string lot = "guiasTISS(";
     for (int i = 0; i < kGuides; ++i)
         lot += fmt::format("{}(cabecalhoGuia(numeroGuiaPrestador={}) valorTotalHonorarios=1)",
