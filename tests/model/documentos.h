@@ -85,26 +85,4 @@ inline std::shared_ptr<IMonitoramento> ArquivoMonitoramento(std::string_view ide
         Carregado(Monitoramento("1.06.00", identificacao, conteudo)));
 }
 
-/// Notes which overload was called.
-class TVisitante : public IArquivoTissVisitor {
-  public:
-    std::string Visitas;
-
-    void Visit(const IMensagemTiss&) override { Visitas += "mensagem "; }
-    void Visit(const ILoteGuias&) override { Visitas += "lote "; }
-    void Visit(const IGuiaConsulta& guia) override { Anota("consulta", guia.NumeroGuia()); }
-    void Visit(const IGuiaSpSadt& guia) override { Anota("spsadt", guia.NumeroGuia()); }
-    void Visit(const IGuiaResumoInternacao& guia) override { Anota("internacao", guia.NumeroGuia()); }
-    void Visit(const IGuiaHonorarios& guia) override { Anota("honorarios", guia.NumeroGuia()); }
-    void Visit(const IGuiaOdonto& guia) override { Anota("odonto", guia.NumeroGuia()); }
-    void Visit(const IMonitoramento&) override { Visitas += "monitoramento "; }
-    void Visit(const IMonitoramentoQualidade&) override { Visitas += "qualidade "; }
-    void Visit(const IGuiaMonitoramento& guia) override { Anota("guia", guia.NumeroGuiaPrestador().Text()); }
-
-  private:
-    void Anota(std::string_view tipo, std::string_view numero) {
-        Visitas += fmt::format("{}:{} ", tipo, numero);
-    }
-};
-
 } // namespace conferix::testes
