@@ -31,7 +31,7 @@ TEST(GuideRules, FindWhatTheCasesSay) {
         const std::string rule = fmt::format("{}.{}.{}", kLote, group, check);
         std::vector<std::string> found;
         for (const auto& message : Mensagens(kLote, *Carregado(xml), tuss))
-            if (message->Validation().Name.starts_with(rule))
+            if (message->Validation().Name == rule)
                 found.push_back(Descrito(*message));
         ExpectLines(c, found);
     }
