@@ -56,7 +56,7 @@ std::optional<TFilledValue> TakeRequester(TXmlNode& parent, TConversionRun& run)
     if (name == nullptr || name->TextWithCData().empty())
         return std::nullopt;
     const std::string value = name->TextWithCData();
-    run.Add(TNote::ntMudanca, *name, value, "O valor passa para <nomeContratadoSolicitante>.");
+    run.Add(TNote::ntChange, *name, value, "O valor passa para <nomeContratadoSolicitante>.");
     run.AddLosses(*name, "<nomeContratado> foi retirado; só o seu texto tem novo lugar.", false);
     RemoveElement(*name);
     return TFilledValue{value, "O valor veio de <nomeContratado>."};
@@ -69,7 +69,7 @@ void TTissConverterEnvioLoteGuias_3_02_01::ConvertRoot(TXmlNode& root, TConversi
     TXmlNode* signature = root.Child("assinaturaDigital");
     if (direction != TConversionDirection::Up || signature == nullptr)
         return;
-    run.Add(TNote::ntMudanca, *signature, {}, "<assinaturaDigital> passa a ser <Signature>.");
+    run.Add(TNote::ntChange, *signature, {}, "<assinaturaDigital> passa a ser <Signature>.");
     signature->SetName("ds:Signature");
     signature->SetAttribute("xmlns:ds", kXmlSignature);
 }
@@ -79,7 +79,7 @@ void TTissConverterEnvioLoteGuias_3_02_02::ConvertRoot(TXmlNode& root, TConversi
     TXmlNode* signature = root.Child("Signature");
     if (direction != TConversionDirection::Down || signature == nullptr)
         return;
-    run.Add(TNote::ntMudanca, *signature, {}, "<Signature> passa a ser <assinaturaDigital>.");
+    run.Add(TNote::ntChange, *signature, {}, "<Signature> passa a ser <assinaturaDigital>.");
     signature->SetName("ans:assinaturaDigital");
 }
 

@@ -97,7 +97,7 @@ const TModeloTermo* TermoEm(const std::vector<TModeloTermo>& termos, std::string
 class TEsquemaModelo {
   public:
     /// Reads a model file and those that it names, which lie beside it. Raises EModeloInvalido,
-    /// EArquivoNaoLido.
+    /// EFileNotRead.
     static std::shared_ptr<const TEsquemaModelo> Load(const std::filesystem::path& file);
     /// Reads a model from text; files that it names are looked for in `folder`.
     static std::shared_ptr<const TEsquemaModelo> Parse(std::string_view text, const std::string& name,

@@ -1,16 +1,12 @@
-#include "app/cli/cli.h"
-#include "support/lote_pequeno.h"
-#include "support/suporte.h"
+#include "support/command_test.h"
+#include "support/small_lote.h"
+#include "support/support.h"
 #include "validation/hash_calculator.h"
 #include "validator/rule_list.h"
 
-#include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <sstream>
 #include <thread>
 
 namespace conferix {
@@ -34,53 +30,32 @@ std::string WithHash(std::string xml) {
     return xml;
 }
 
-/// Runs the command in a data folder of its own, with a small schema and terminology.
-class Cli : public testing::Test {
+/// Commands with a small schema and the terminology that comes with the program.
+class Cli : public TCommandTest {
   protected:
-    struct TResult {
-        int Status;
-        std::string Out;
-        std::string Err;
-    };
-
-    void SetUp() override {
-        setenv("CONFERIX_DADOS", (folder_.Path() / "dados").c_str(), 1);
+    Cli() {
+        options_ = {"--terminologia", CONFERIX_TUSS_DB};
         WriteTestFile(File("tissV4_01_00.xsd"), kSmallSchema);
         WriteTestFile(File("valido.xml"), WithHash(Lote(Guia("A", kData))));
         WriteTestFile(File("invalido.xml"),
                       WithHash(Lote("<ans:intruso/>" + Guia("B", "<ans:dataAtendimento/>"))));
         WriteTestFile(File("acento.xml"), WithHash(Lote(Guia("Ação", kData))));
     }
-    void TearDown() override { unsetenv("CONFERIX_DADOS"); }
 
-    std::string File(const std::string& name) const { return (folder_.Path() / name).string(); }
-
-    TResult Run(std::vector<std::string> words, const std::string& input = {}) const {
-        std::istringstream in(input);
-        std::ostringstream out;
-        std::ostringstream err;
-        words.insert(words.end(), {"--terminologia", CONFERIX_TUSS_DB});
-        const int status = RunCli(words, {in, out, err});
-        return {status, out.str(), err.str()};
+    TCommandResult Validar(std::vector<std::string> words, const std::string& input = {}) const {
+        words.insert(words.begin(), {"validar", "--esquemas", folder_.Path().string()});
+        return Run(std::move(words), input);
     }
-    TResult Validar(std::vector<std::string> words, const std::string& input = {}) const {
-        words.insert(words.begin(), "validar");
-        words.insert(words.end(), {"--esquemas", folder_.Path().string()});
-        return Run(words, input);
-    }
-
-  private:
-    TTemporaryFolder folder_;
 };
 
 TEST_F(Cli, ValidatesWithTextAndStatus) {
-    const TResult valid = Validar({File("valido.xml")});
+    const TCommandResult valid = Validar({File("valido.xml")});
     EXPECT_EQ(valid.Status, kExitValid);
     EXPECT_EQ(valid.Out, File("valido.xml") +
                              "\n  Mensagem TISS, ENVIO_LOTE_GUIAS, versão 4.01.00\n  sucesso: Arquivo "
                              "válido!\n    Nenhum erro foi encontrado no arquivo.\n");
     EXPECT_THAT(valid.Err, IsEmpty());
-    const TResult invalid = Validar({File("invalido.xml")});
+    const TCommandResult invalid = Validar({File("invalido.xml")});
     EXPECT_EQ(invalid.Status, kExitInvalid);
     EXPECT_THAT(
         invalid.Out,
@@ -88,7 +63,7 @@ TEST_F(Cli, ValidatesWithTextAndStatus) {
               HasSubstr("erro: [Linha: 3] [Guia: B] O elemento <dataAtendimento> está vazio. (coluna 1, "
                         "tiss.mensagem.schema)"),
               HasSubstr("Arquivo inválido: 2 erros.\n")));
-    const TResult all = Validar({File("valido.xml"), "--todas"});
+    const TCommandResult all = Validar({File("valido.xml"), "--todas"});
     EXPECT_THAT(all.Out,
                 AllOf(HasSubstr("sucesso: O namespace do XML é válido"),
                       HasSubstr("sucesso: O XML está de acordo"),
@@ -96,7 +71,7 @@ TEST_F(Cli, ValidatesWithTextAndStatus) {
 }
 
 TEST_F(Cli, JsonTellsEverything) {
-    const TResult result = Validar({File("acento.xml"), File("invalido.xml"), "--formato", "json"});
+    const TCommandResult result = Validar({File("acento.xml"), File("invalido.xml"), "--formato", "json"});
     EXPECT_EQ(result.Status, kExitInvalid);
     const json files = json::parse(result.Out);
     ASSERT_EQ(files.size(), 2U);
@@ -142,7 +117,7 @@ TEST_F(Cli, JsonTellsEverything) {
 TEST_F(Cli, TakesFoldersStandardInputAndSeveralFilesAtOnce) {
     WriteTestFile(File("b.XTE"), WithHash(Lote(Guia("A", kData))));
     WriteTestFile(File("nota.txt"), "x");
-    const auto names = [](const TResult& result) {
+    const auto names = [](const TCommandResult& result) {
         std::vector<std::string> found;
         for (const json& file : json::parse(result.Out))
             found.push_back(std::filesystem::path(file["arquivo"].get<std::string>()).filename());
@@ -151,10 +126,10 @@ TEST_F(Cli, TakesFoldersStandardInputAndSeveralFilesAtOnce) {
     for (const char* parallel : {"1", "3", "100"})
         EXPECT_THAT(names(Validar({File(""), "--formato", "json", "--paralelo", parallel})),
                     ElementsAre("acento.xml", "b.XTE", "invalido.xml", "valido.xml"));
-    const TResult input = Validar({"-", "--formato", "json"}, ReadTestFile(File("invalido.xml")));
+    const TCommandResult input = Validar({"-", "--formato", "json"}, ReadTestFile(File("invalido.xml")));
     EXPECT_EQ(input.Status, kExitInvalid);
     EXPECT_THAT(names(input), ElementsAre("-"));
-    const TResult lines = Validar({File(""), "--formato", "ndjson", "--paralelo", "2"});
+    const TCommandResult lines = Validar({File(""), "--formato", "ndjson", "--paralelo", "2"});
     std::istringstream stream(lines.Out);
     int count = 0;
     for (std::string line; std::getline(stream, line); ++count)
@@ -165,7 +140,7 @@ TEST_F(Cli, TakesFoldersStandardInputAndSeveralFilesAtOnce) {
 
 TEST_F(Cli, OneBadFileNeverStopsTheOthers) {
     WriteTestFile(File("bytes.xml"), "<a>\n\xE9</a>");
-    const TResult result =
+    const TCommandResult result =
         Validar({File("nenhum.xml"), File("bytes.xml"), File("valido.xml"), "--formato", "json"});
     EXPECT_EQ(result.Status, kExitUnreadable);
     EXPECT_EQ(result.Err, "conferix: erro: " + File("nenhum.xml") + ": o arquivo não existe\n");
@@ -181,13 +156,28 @@ TEST_F(Cli, OneBadFileNeverStopsTheOthers) {
 
 TEST_F(Cli, AMissingSchemaIsNamedWithItsFolderAndTheWayToInstallIt) {
     std::filesystem::remove(File("tissV4_01_00.xsd"));
-    const TResult result = Validar({File("valido.xml"), File("acento.xml")});
+    const TCommandResult result = Validar({File("valido.xml"), File("acento.xml")});
     EXPECT_EQ(result.Status, kExitInvalid);
     EXPECT_THAT(result.Out, HasSubstr("erro: Schema file " + File("tissV4_01_00.xsd") + " not found\n"));
     EXPECT_EQ(result.Err,
               "conferix: aviso: o schema \"tissV4_01_00.xsd\" foi procurado na pasta \"" +
-                  std::filesystem::path(File("x")).parent_path().string() +
+                  folder_.Path().string() +
                   "\". Para instalar os schemas publicados pela ANS: conferix esquemas importar PASTA\n");
+}
+
+TEST_F(Cli, ANamedSchemaFolderIsNotBackedByTheWorkingFolder) {
+    std::filesystem::create_directory(File("vazia"));
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder_.Path());
+    const json report = RunJson({"validar", File("valido.xml"), "--esquemas", File("vazia")});
+    const json listed = RunJson({"esquemas", "listar", "--esquemas", File("vazia")});
+    std::filesystem::current_path(before);
+    EXPECT_EQ(report[0]["mensagens"][0]["motivo"],
+              "Schema file " + File("vazia/tissV4_01_00.xsd") + " not found");
+    EXPECT_TRUE(std::filesystem::is_empty(File("vazia")));
+    EXPECT_GT(listed.size(), 10U);
+    for (const json& schema : listed)
+        EXPECT_EQ(schema["origem"], "") << schema;
 }
 
 TEST_F(Cli, WrongCommandLinesEndWithStatusTwo) {
@@ -205,7 +195,7 @@ TEST_F(Cli, WrongCommandLinesEndWithStatusTwo) {
         {"informar", "a", "b"},
     };
     for (const auto& words : cases) {
-        const TResult result = Run(words);
+        const TCommandResult result = Run(words);
         EXPECT_EQ(result.Status, kExitUsage) << testing::PrintToString(words);
         EXPECT_THAT(result.Err, StartsWith("conferix: erro: ")) << testing::PrintToString(words);
         EXPECT_THAT(result.Out, IsEmpty());
@@ -219,42 +209,62 @@ TEST_F(Cli, WrongCommandLinesEndWithStatusTwo) {
 }
 
 TEST_F(Cli, InformsAboutAFile) {
-    EXPECT_EQ(Run({"informar", File("valido.xml"), "--formato", "json"}).Status, kExitValid);
-    const json groups = json::parse(Run({"informar", File("valido.xml"), "--formato", "json"}).Out);
+    const json groups = RunJson({"informar", File("valido.xml")});
     ASSERT_EQ(groups.size(), 2U);
     EXPECT_EQ(groups[0]["titulo"], "TISS");
     EXPECT_EQ(groups[0]["linhas"][0], json({"Versão", "4.01.00"}));
     EXPECT_EQ(groups[1]["linhas"][4], json({"Qtd Guias", "1"}));
     EXPECT_THAT(Run({"informar", "-"}, ReadTestFile(File("valido.xml"))).Out,
                 HasSubstr("  Tipo de Guia:          Consulta\n"));
+}
+
+TEST_F(Cli, EveryCommandSaysAlikeWhyAFileIsOfNoUse) {
+    WriteTestFile(File("aberto.xml"), "<a>");
+    WriteTestFile(File("outro.xml"), "<a/>");
+    WriteTestFile(File("bytes.xml"), "<a>\n\xFF</a>");
     const struct {
-        std::string Content;
+        const char* Name;
         int Status;
-        const char* Error;
-    } cases[] = {{"<a>", kExitInvalid, "sem fechar"},
-                 {"<a/>", kExitInvalid, "O elemento raíz <a> não é reconhecido"},
-                 {"\xFF", kExitInvalid, "UTF-8"}};
+        std::string Reason;
+    } cases[] = {{"aberto.xml", kExitInvalid,
+                  "[Linha: 1] O XML termina sem fechar a tag <a>, aberta na linha 1; o arquivo pode estar "
+                  "incompleto."},
+                 {"outro.xml", kExitInvalid,
+                  "O elemento raíz <a> não é reconhecido como sendo de um tipo de arquivo TISS válido."},
+                 {"bytes.xml", kExitInvalid, "[Linha: 2] O arquivo"},
+                 {"nenhum.xml", kExitUnreadable, "o arquivo não existe"},
+                 {"", kExitUnreadable, "é uma pasta, não um arquivo"}};
+    const std::vector<std::vector<std::string>> commands = {
+        {"informar"}, {"hash"}, {"versoes"}, {"corrigir", "--todas"}, {"converter", "--para", "4.00.00"}};
     for (const auto& c : cases) {
-        const TResult result = Run({"informar", "-"}, c.Content);
-        EXPECT_EQ(result.Status, c.Status);
-        EXPECT_THAT(result.Err, AllOf(StartsWith("conferix: erro: -: "), HasSubstr(c.Error)));
+        for (std::vector<std::string> words : commands) {
+            words.push_back(File(c.Name));
+            const TCommandResult result = Run(words);
+            EXPECT_EQ(result.Status, c.Status) << words[0];
+            EXPECT_THAT(result.Err, StartsWith("conferix: erro: " + File(c.Name) + ": " + c.Reason))
+                << words[0];
+            EXPECT_EQ(result.Out, "") << words[0];
+        }
+        if (c.Status == kExitInvalid) {
+            EXPECT_THAT(Run({"informar", "-"}, ReadTestFile(File(c.Name))).Err,
+                        StartsWith("conferix: erro: -: " + c.Reason));
+        }
     }
-    EXPECT_EQ(Run({"informar", File("nenhum.xml")}).Status, kExitUnreadable);
 }
 
 TEST_F(Cli, TellsTheHashes) {
-    const json hash = json::parse(Run({"hash", File("acento.xml"), "--formato", "json"}).Out);
+    const json hash = RunJson({"hash", File("acento.xml")});
     EXPECT_EQ(hash["informado"], hash["iso88591"]);
     EXPECT_NE(hash["iso88591"], hash["utf8"]);
     EXPECT_EQ(hash["mensagem"]["tipo"], "mtInformation");
     EXPECT_EQ(Run({"hash", File("acento.xml")}).Status, kExitValid);
-    const TResult wrong = Run({"hash", "-"}, Lote(Guia("A", kData)));
+    const TCommandResult wrong = Run({"hash", "-"}, Lote(Guia("A", kData)));
     EXPECT_EQ(wrong.Status, kExitInvalid);
     EXPECT_THAT(wrong.Out, HasSubstr("Informado:  0\n"));
 }
 
 TEST_F(Cli, ListsTheRulesOfTheTree) {
-    const json rules = json::parse(Run({"regras", "--formato", "json"}).Out);
+    const json rules = RunJson({"regras"});
     EXPECT_EQ(rules[0],
               json::parse(R"({"nome": "tiss.mensagem", "descricao": "Mensagem TISS", "obrigatoria": true,
                                         "ativa": true, "profundidade": 0})"));
@@ -264,7 +274,7 @@ TEST_F(Cli, ListsTheRulesOfTheTree) {
                 HasSubstr("| `tiss.qualidade.hash` | Hash MD5 | obrigatória |\n"));
     EXPECT_THAT(Run({"regras", "--config", File("outro.json")}).Err, HasSubstr("o arquivo não existe"));
     WriteTestFile(File("config.json"), "{");
-    const TResult damaged = Run({"regras", "--config", File("config.json")});
+    const TCommandResult damaged = Run({"regras", "--config", File("config.json")});
     EXPECT_EQ(damaged.Status, kExitUnreadable);
     EXPECT_THAT(damaged.Err, HasSubstr(File("config.json")));
 }
@@ -273,19 +283,19 @@ TEST_F(Cli, SwitchesRulesAndKeepsThemSo) {
     const std::string group = "tiss.monitoramento.loteguias.guia.prestador";
     const std::string field = "tiss.monitoramento.loteguias.guia.campo014";
     const auto active = [&](const std::string& name) {
-        for (const json& rule : json::parse(Run({"regras", "--formato", "json"}).Out))
+        for (const json& rule : RunJson({"regras"}))
             if (rule["nome"] == name)
                 return rule["ativa"].get<bool>();
         return false;
     };
-    const TResult off =
+    const TCommandResult off =
         Run({"regras", "--desativar", group + ",tiss.mensagem.loteguias.consulta.sequencial"});
     EXPECT_EQ(off.Status, kExitUsage); // the second name is no rule's, so that nothing is switched
     EXPECT_TRUE(active(field));
     EXPECT_THAT(Run({"regras", "--desativar", group, field}).Out,
                 AllOf(HasSubstr("desativada: " + field), HasSubstr("3 regras mudaram.")));
     EXPECT_FALSE(active(field));
-    const TResult refused = Run({"regras", "--desativar", "tiss.mensagem.hash"});
+    const TCommandResult refused = Run({"regras", "--desativar", "tiss.mensagem.hash"});
     EXPECT_EQ(refused.Status, kExitUsage);
     EXPECT_EQ(refused.Err,
               "conferix: erro: A validação \"Hash MD5\" é obrigatória. Não é possível desativá-la.\n");
@@ -325,7 +335,6 @@ TEST_F(Cli, SwitchesRulesAndKeepsThemSo) {
 }
 
 TEST_F(Cli, ShowsAndChangesTheProxySettings) {
-    setenv("CONFERIX_INI", File("Conferix.ini").c_str(), 1);
     const struct {
         std::vector<std::string> Words;
         int Status;
@@ -344,14 +353,13 @@ TEST_F(Cli, ShowsAndChangesTheProxySettings) {
     for (const auto& c : cases) {
         std::vector<std::string> words = {"proxy"};
         words.insert(words.end(), c.Words.begin(), c.Words.end());
-        const TResult result = Run(words);
+        const TCommandResult result = Run(words);
         EXPECT_EQ(result.Status, c.Status) << result.Err;
         EXPECT_THAT(result.Out + result.Err, HasSubstr(c.Text));
     }
-    const json shown = json::parse(Run({"proxy", "--formato", "json"}).Out);
+    const json shown = RunJson({"proxy"});
     EXPECT_EQ(shown["modo"], "sistema");
     EXPECT_EQ(shown["porta"], 0);
-    unsetenv("CONFERIX_INI");
 }
 
 TEST_F(Cli, ChecksDocuments) {
@@ -366,7 +374,7 @@ TEST_F(Cli, ChecksDocuments) {
                  {"cns", "", kExitInvalid},
                  {"rg", "1", kExitUsage}};
     for (const auto& c : cases) {
-        const TResult result = Run({"documento", c.Documento, c.Valor, "--formato", "json"});
+        const TCommandResult result = Run({"documento", c.Documento, c.Valor, "--formato", "json"});
         EXPECT_EQ(result.Status, c.Status) << c.Documento << " " << c.Valor;
         if (c.Status != kExitUsage) {
             const json verdict = json::parse(result.Out);
@@ -378,15 +386,10 @@ TEST_F(Cli, ChecksDocuments) {
 
 TEST_F(Cli, AnUnusableTerminologyIsAFindingOfEachFile) {
     WriteTestFile(File("tuss.db"), "isto não é uma base de dados");
-    std::istringstream in;
-    std::ostringstream out;
-    std::ostringstream err;
-    const int status =
-        RunCli({"validar", File("valido.xml"), File("acento.xml"), "--formato", "json", "--esquemas",
-                std::filesystem::path(File("x")).parent_path().string(), "--terminologia", File("tuss.db")},
-               {in, out, err});
-    EXPECT_EQ(status, kExitInvalid);
-    const json files = json::parse(out.str());
+    options_ = {"--terminologia", File("tuss.db")};
+    const TCommandResult result = Validar({File("valido.xml"), File("acento.xml"), "--formato", "json"});
+    EXPECT_EQ(result.Status, kExitInvalid);
+    const json files = result.Json();
     ASSERT_EQ(files.size(), 2U);
     for (const json& file : files) {
         EXPECT_EQ(file["mensagens"][0]["tipo"], "mtError");
@@ -430,7 +433,7 @@ TEST_F(Cli, DisabledRulesAreHiddenAndCounted) {
 }
 
 TEST_F(Cli, TellsTheStateOfTheTerminology) {
-    const json state = json::parse(Run({"terminologia", "estado", "--formato", "json"}).Out);
+    const json state = RunJson({"terminologia", "estado"});
     ASSERT_EQ(state["tabelas"].size(), 9U);
     std::int64_t cities = 0;
     for (const json& table : state["tabelas"])

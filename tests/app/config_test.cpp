@@ -3,7 +3,7 @@
 #include "app/configuracao_validacoes.h"
 #include "app/proxy_settings.h"
 #include "platform/platform.h"
-#include "support/suporte.h"
+#include "support/support.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -55,18 +55,18 @@ TEST(Config, ADamagedFileIsNamedAndKept) {
         try {
             TConfig::Load(file);
             ADD_FAILURE() << content;
-        } catch (const EConfigInvalida& error) {
+        } catch (const EInvalidConfig& error) {
             EXPECT_THAT(error.what(), HasSubstr(file.string()));
         }
         EXPECT_EQ(ReadTestFile(file), content);
     }
-    EXPECT_THROW(TConfig::Load(folder.Path()), EConfigInvalida);
+    EXPECT_THROW(TConfig::Load(folder.Path()), EInvalidConfig);
     WriteTestFile(file, R"({"EnabledValidations": [], "x": 1e999})");
     EXPECT_THAT([&] { TConfig::Load(file); },
-                testing::ThrowsMessage<EConfigInvalida>(HasSubstr("um número grande demais")));
+                testing::ThrowsMessage<EInvalidConfig>(HasSubstr("um número grande demais")));
     WriteTestFile(file, "{\"x\": " + std::string(100000, '[') + std::string(100000, ']') +
                             ", \"EnabledValidations\": []}");
-    EXPECT_THROW(TConfig::Load(file), EConfigInvalida);
+    EXPECT_THROW(TConfig::Load(file), EInvalidConfig);
 }
 
 /// The names of nodes.
@@ -88,8 +88,8 @@ TEST(ConfiguracaoValidacoes, SwitchesAGroupByTheTreeAndRefusesWhatIsRequired) {
     EXPECT_EQ(dialog.Find("tiss.nenhuma"), std::nullopt);
     const std::size_t hash = *dialog.Find("tiss.mensagem.hash");
     EXPECT_EQ(dialog.Refusal(hash), "A validação \"Hash MD5\" é obrigatória. Não é possível desativá-la.");
-    EXPECT_THROW(dialog.SetChecked(hash, false), ERegraNaoMudada);
-    EXPECT_THROW(dialog.SetChecked("tiss.nenhuma", true), ERegraNaoMudada);
+    EXPECT_THROW(dialog.SetChecked(hash, false), ERuleNotSwitched);
+    EXPECT_THROW(dialog.SetChecked("tiss.nenhuma", true), ERuleNotSwitched);
     EXPECT_TRUE(dialog.Checked(hash));
     EXPECT_FALSE(dialog.Changed());
 
@@ -126,9 +126,9 @@ TEST(Proxy, SettingsAreKeptBesideWhatElseTheFileHolds) {
     EXPECT_EQ(odd.Mode, TProxyMode::Direct);
     EXPECT_EQ(odd.Port, 0);
     odd.Mode = TProxyMode::Manual;
-    EXPECT_EQ(odd.Check(), TProxySettings::kServidorComEspacos);
+    EXPECT_EQ(odd.Check(), TProxySettings::kServerWithBlanks);
     odd.Server = "proxy.exemplo";
-    EXPECT_EQ(odd.Check(), TProxySettings::kPortaInvalida);
+    EXPECT_EQ(odd.Check(), TProxySettings::kInvalidPort);
     odd.Port = 8080;
     EXPECT_EQ(odd.Check(), "");
     odd.Save();
@@ -138,7 +138,7 @@ TEST(Proxy, SettingsAreKeptBesideWhatElseTheFileHolds) {
     EXPECT_EQ(saved.Server, "proxy.exemplo");
     EXPECT_EQ(saved.Port, 8080);
     TProxySettings nowhere(folder.Path() / "nenhuma" / "Conferix.ini");
-    EXPECT_THROW(nowhere.Save(), EArquivoNaoGravado);
+    EXPECT_THROW(nowhere.Save(), EFileNotWritten);
 }
 
 TEST(Proxy, ChecksWhatIsTyped) {

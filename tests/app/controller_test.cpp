@@ -3,7 +3,7 @@
 #include "app/validador_controller.h"
 #include "data/database_tuss.h"
 #include "platform/platform.h"
-#include "support/suporte.h"
+#include "support/support.h"
 #include "validation/solver.h"
 
 #include <fmt/format.h>
@@ -131,7 +131,7 @@ TEST_F(Controller, AFileThatCannotBeReadOrWrittenLosesNothing) {
     controller_.LoadFromFile(file_);
     controller_.Modify();
     EXPECT_THROW(controller_.SaveAs("<b/>", (folder_.Path() / "nenhuma/pasta.xml").string()),
-                 EArquivoNaoGravado);
+                 EFileNotWritten);
     EXPECT_EQ(controller_.FileName(), file_);
     EXPECT_TRUE(controller_.Modified());
 }
@@ -417,7 +417,7 @@ TEST(ControllerManager, KeepsControllersUnderTheirNames) {
     const auto text = [&](const std::string& name, const auto& controller) -> std::string {
         try {
             manager.AddController(name, controller);
-        } catch (const EControllerDuplicado& error) {
+        } catch (const EDuplicateController& error) {
             return error.what();
         }
         return "";
@@ -425,7 +425,7 @@ TEST(ControllerManager, KeepsControllersUnderTheirNames) {
     EXPECT_EQ(text("a", second), "Duplicates filename not allowed.");
     EXPECT_EQ(text("c", second), "Duplicates controllers not allowed.");
     manager.UpdateFileName("a", "c");
-    EXPECT_THROW(manager.UpdateFileName("c", "b"), EControllerDuplicado);
+    EXPECT_THROW(manager.UpdateFileName("c", "b"), EDuplicateController);
     EXPECT_EQ(manager.GetController(0), first);
     EXPECT_TRUE(manager.Contains("c"));
     EXPECT_FALSE(manager.Contains("a"));

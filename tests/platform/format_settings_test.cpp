@@ -1,5 +1,5 @@
 #include "platform/format_settings.h"
-#include "platform/pasta_temporaria.h"
+#include "support/test_files.h"
 
 #include <gtest/gtest.h>
 
@@ -18,9 +18,9 @@ const TFormatSettings kBrazil = TFormatSettings::OfLocale({",", "."});
 
 TEST(FormatSettings, MoneyRoundsHalfAwayFromZero) {
     const struct {
-        double value;
-        const char* regional;
-        const char* message;
+        double Value;
+        const char* Regional;
+        const char* Message;
     } cases[] = {
         {0, "0,00", "0.00"},
         {-0.0, "0,00", "0.00"},
@@ -42,8 +42,8 @@ TEST(FormatSettings, MoneyRoundsHalfAwayFromZero) {
         {5e-324, "0,00", "0.00"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(kBrazil.Money(c.value), c.regional) << c.value;
-        EXPECT_EQ(TFormatSettings::Messages().Money(c.value), c.message) << c.value;
+        EXPECT_EQ(kBrazil.Money(c.Value), c.Regional) << c.Value;
+        EXPECT_EQ(TFormatSettings::Messages().Money(c.Value), c.Message) << c.Value;
     }
     const double largest = std::numeric_limits<double>::max();
     EXPECT_EQ(TFormatSettings::Messages().Money(largest).size(), 309U + 3U);
@@ -53,14 +53,14 @@ TEST(FormatSettings, MoneyRoundsHalfAwayFromZero) {
 
 TEST(FormatSettings, CountsAndOtherDecimals) {
     const struct {
-        std::int64_t value;
-        const char* text;
+        std::int64_t Value;
+        const char* Text;
     } counts[] = {
         {0, "0"},          {999, "999"},
         {1000, "1.000"},   {-999, "-999"},
         {-1000, "-1.000"}, {std::numeric_limits<std::int64_t>::min(), "-9.223.372.036.854.775.808"}};
     for (const auto& c : counts) {
-        EXPECT_EQ(kBrazil.Count(c.value), c.text);
+        EXPECT_EQ(kBrazil.Count(c.Value), c.Text);
     }
     EXPECT_EQ(TFormatSettings::Messages().Count(1234567), "1234567");
     EXPECT_EQ(kBrazil.Decimal(2.5, 0), "3");
@@ -71,8 +71,8 @@ TEST(FormatSettings, CountsAndOtherDecimals) {
 
 TEST(FormatSettings, SeparatorsThatNoCountryUsesGiveThoseOfBrazil) {
     const struct {
-        TRegionalSeparators locale;
-        const char* text;
+        TRegionalSeparators Locale;
+        const char* Text;
     } cases[] = {
         {{".", ","}, "1,234.50"}, {{",", "\u00A0"}, "1\u00A0234,50"},
         {{",", ""}, "1234,50"},   {{".", "\u2019"}, "1\u2019234.50"},
@@ -80,30 +80,30 @@ TEST(FormatSettings, SeparatorsThatNoCountryUsesGiveThoseOfBrazil) {
         {{"", "."}, "1.234,50"},  {{",", ","}, "1.234,50"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(TFormatSettings::OfLocale(c.locale).Money(1234.5), c.text);
+        EXPECT_EQ(TFormatSettings::OfLocale(c.Locale).Money(1234.5), c.Text);
     }
 }
 
 struct TLocaleCase {
-    const char* locale;
-    const char* text;
+    const char* Locale;
+    const char* Text;
 };
 
 void PrintTo(const TLocaleCase& c, std::ostream* out) {
-    *out << c.locale;
+    *out << c.Locale;
 }
 
 class LocaleOfTheUser : public testing::TestWithParam<TLocaleCase> {};
 
 TEST_P(LocaleOfTheUser, GivesTheSeparators) {
     const TLocaleCase& c = GetParam();
-    const locale_t installed = newlocale(LC_NUMERIC_MASK, c.locale, nullptr);
+    const locale_t installed = newlocale(LC_NUMERIC_MASK, c.Locale, nullptr);
     if (installed == nullptr) {
-        GTEST_SKIP() << "the locale " << c.locale << " is not installed";
+        GTEST_SKIP() << "the locale " << c.Locale << " is not installed";
     }
     freelocale(installed);
-    const testes::TAmbiente environment("LC_ALL", c.locale);
-    EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(-1234567.891), c.text);
+    const TEnvironment environment("LC_ALL", c.Locale);
+    EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(-1234567.891), c.Text);
     EXPECT_STREQ(setlocale(LC_ALL, nullptr), "C") << "the locale of the process was changed";
 }
 
@@ -120,14 +120,14 @@ constexpr TLocaleCase kLocales[] = {
 INSTANTIATE_TEST_SUITE_P(, LocaleOfTheUser, testing::ValuesIn(kLocales));
 
 TEST(FormatSettings, AnUnknownLocaleGivesTheSeparatorsOfBrazil) {
-    const testes::TAmbiente environment("LC_ALL", "xx_XX.UTF-8");
+    const TEnvironment environment("LC_ALL", "xx_XX.UTF-8");
     EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(1234.5), "1.234,50");
 }
 
 TEST(ParseDecimal, TakesTheLexicalFormOfADecimalAndNothingElse) {
     const struct {
-        const char* text;
-        double value;
+        const char* Text;
+        double Value;
     } good[] = {
         {"0", 0},      {"12.50", 12.5},
         {"+1.5", 1.5}, {"-.5", -.5},
@@ -136,9 +136,9 @@ TEST(ParseDecimal, TakesTheLexicalFormOfADecimalAndNothingElse) {
         {"0.1", 0.1},  {"1234567890123456789.5", 1234567890123456789.5},
     };
     for (const auto& c : good) {
-        const auto value = ParseDecimal(c.text);
-        ASSERT_TRUE(value.has_value()) << c.text;
-        EXPECT_EQ(*value, c.value) << c.text;
+        const auto value = ParseDecimal(c.Text);
+        ASSERT_TRUE(value.has_value()) << c.Text;
+        EXPECT_EQ(*value, c.Value) << c.Text;
     }
     for (const char* text : {"", "  ", ".", "+", "-", "+.", "1e3", "1,5", "1.5.0", "--1", "+-1", "1 0",
                              "0x10", "INF", "NaN", "1.5a", "\u00A01", "- 1", "1.2-"}) {

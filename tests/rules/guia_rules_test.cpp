@@ -1,6 +1,6 @@
 #include "achados.h"
 
-#include "support/suporte.h"
+#include "support/support.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "achados.h"
 
 #include "platform/format_settings.h"
-#include "support/suporte.h"
+#include "support/support.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Documents made from the generated schemas, whole and damaged: our engine's verdict by the generated schema
 // is that of two other validators by the published one.
 #include "schema_model/arbitro_xerces.h"
-#include "support/esquemas_publicados.h"
+#include "support/published_schemas.h"
 #include "xml/schema/schema_generator.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_referee.h"

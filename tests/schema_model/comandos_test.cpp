@@ -1,8 +1,8 @@
 // conferix esquemas listar, importar and remover, as a user runs them.
 #include "app/cli/cli.h"
-#include "support/lote_pequeno.h"
-#include "support/suporte.h"
-#include "support/zip_de_teste.h"
+#include "support/small_lote.h"
+#include "support/support.h"
+#include "support/test_zip.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -144,13 +144,13 @@ TEST_F(ComandosDeSchemas, RemovingKeepsWhatOtherImportedSetsNeed) {
 }
 
 TEST_F(ComandosDeSchemas, PackagesThatAreNotToBeUnpackedAreRefusedWhole) {
-    const TEntrada good{"tissV4_01_00.xsd", std::string(kSmallSchema)};
+    const TTestEntry good{"tissV4_01_00.xsd", std::string(kSmallSchema)};
     const std::string zeros(25'000'000, ' ');
     struct TCase {
-        std::vector<TEntrada> Entradas;
+        std::vector<TTestEntry> Entradas;
         std::string Motivo;
     };
-    std::vector<TEntrada> many;
+    std::vector<TTestEntry> many;
     for (int i = 0; i < 10'001; ++i)
         many.push_back({std::to_string(i), ""});
     const std::vector<TCase> cases = {
@@ -198,7 +198,7 @@ TEST_F(ComandosDeSchemas, FilesOfOneNameThatDifferServeBothTheirFolders) {
     if (!published)
         GTEST_SKIP() << "a pasta dos schemas publicados não existe nesta máquina";
     const std::string signature = "tissAssinaturaDigital_v1.01.xsd";
-    std::vector<TEntrada> entries = {
+    std::vector<TTestEntry> entries = {
         {"1/" + signature, ReadTestFile(*published / "assinatura-antiga" / signature)},
         {"2/" + signature, ReadTestFile(*published / signature)}};
     for (const std::string folder : {"1/", "2/"}) {

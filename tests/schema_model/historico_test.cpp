@@ -1,7 +1,7 @@
 // What the model knows of elements over the versions: sentences for users, and the names that the bindings
 // use.
 #include "schema_model/historico.h"
-#include "support/suporte.h"
+#include "support/support.h"
 #include "xml/bindings/lote_guias_names.h"
 
 #include <gmock/gmock.h>

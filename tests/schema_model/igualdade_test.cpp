@@ -2,7 +2,7 @@
 #include "schema_model/comparacao.h"
 #include "schema_model/esquema_modelo.h"
 #include "schema_model/esquema_xsd.h"
-#include "support/suporte.h"
+#include "support/support.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_set.h"
 

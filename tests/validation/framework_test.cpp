@@ -1,5 +1,5 @@
 #include "model/mensagem_tiss.h"
-#include "support/suporte.h"
+#include "support/support.h"
 #include "validation/named_validation.h"
 #include "validation/solver.h"
 #include "validator/tiss_validator.h"

@@ -1,4 +1,4 @@
-#include "support/suporte.h"
+#include "support/support.h"
 #include "validation/hash_rule.h"
 #include "validation/xml_sanitizer.h"
 #include "xml/xml_writer.h"

@@ -1,4 +1,4 @@
-#include "support/suporte.h"
+#include "support/support.h"
 #include "validation/namespace_rule.h"
 #include "validation/solver.h"
 

@@ -1,6 +1,6 @@
 #include "model/monitoramento.h"
-#include "support/lote_pequeno.h"
-#include "support/suporte.h"
+#include "support/small_lote.h"
+#include "support/support.h"
 #include "validation/schema_rule.h"
 #include "validator/tiss_validator.h"
 

@@ -21,13 +21,7 @@ std::shared_ptr<TValidation> HashRuleFor(TEnumTipoArquivoTiss tipo) {
     return MakeValidation<TMensagemTissHashValidation>();
 }
 
-} // namespace
-
-int RunHash(const TCliContext& context, const std::string& arquivo) {
-    const TOpenedFile opened = OpenTissFile(context, arquivo);
-    if (opened.Arquivo == nullptr)
-        return opened.Status;
-    const IArquivoTiss& file = *opened.Arquivo;
+int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
     const std::string written(file.Hash());
     const std::string iso = THashCalculator::Calculate(*file.Xml(), THashEncoding::Iso88591);
     const std::string utf8 = THashCalculator::Calculate(*file.Xml(), THashEncoding::Utf8);
@@ -50,6 +44,13 @@ int RunHash(const TCliContext& context, const std::string& arquivo) {
             << IndentLines(verdict.Msg(), 2) << '\n';
     }
     return verdict.MsgType() == TMessageType::mtError ? kExitInvalid : kExitValid;
+}
+
+} // namespace
+
+int RunHash(const TCliContext& context, const std::string& arquivo) {
+    return RunOnFile(context, arquivo,
+                     [&](const TTissFile& file) { return ShowHashes(context, *file.Load()); });
 }
 
 } // namespace conferix

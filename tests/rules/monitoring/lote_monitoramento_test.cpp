@@ -1,6 +1,6 @@
 #include "rules/monitoring/guia_de_teste.h"
 
-#include "support/suporte.h"
+#include "support/support.h"
 
 #include <fmt/format.h>
 

@@ -2,7 +2,7 @@
 #include "app/lote_conversion.h"
 #include "convert/version_converter.h"
 #include "schema_model/pastas.h"
-#include "support/suporte.h"
+#include "support/support.h"
 #include "xml/schema/schema_generator.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_validator.h"
@@ -78,8 +78,8 @@ TCounts Leaves(const TXmlDocument& document) {
 TCounts NotedValues(const TConversionNotes& notes) {
     TCounts noted;
     for (const TConversionNote& note : notes)
-        if (note.Tipo != TConversionNoteType::ntPendencia)
-            ++noted[{LastName(note.Elemento), note.Valor}];
+        if (note.Type != TConversionNoteType::ntPending)
+            ++noted[{LastName(note.Element), note.Value}];
     return noted;
 }
 
@@ -87,8 +87,8 @@ TCounts NotedValues(const TConversionNotes& notes) {
 void ExpectTold(const std::string& text, const std::string& versao, const TConversionNotes& notes) {
     std::map<std::string, int> told;
     for (const TConversionNote& note : notes)
-        if (note.Tipo == TConversionNoteType::ntPendencia)
-            ++told[LastName(note.Elemento)];
+        if (note.Type == TConversionNoteType::ntPending)
+            ++told[LastName(note.Element)];
     const TXmlParseResult parsed = TXmlParser::Parse(text);
     ASSERT_NE(parsed.Document, nullptr) << text;
     for (const TSchemaFault& fault : Faults(*parsed.Document, versao))
@@ -123,7 +123,7 @@ std::string TreeText(const std::string& text) {
 
 bool LostSomething(const TConversionNotes& notes) {
     return std::any_of(notes.begin(), notes.end(),
-                       [](const auto& note) { return note.Tipo == TConversionNoteType::ntPerda; });
+                       [](const auto& note) { return note.Type == TConversionNoteType::ntLoss; });
 }
 
 /// Goes the whole way in one direction, judging every version that it passes, and back where there is a way.
@@ -179,13 +179,13 @@ TEST_P(LotesGerados, NadaSeCalaNoCaminho) {
                 if (!targets->empty())
                     GoAndReturn(text, *targets, round);
                 for (const std::string& target : *targets) {
-                    const TLoteConvertido lote =
+                    const TConvertedLote lote =
                         ConvertLote(*original, target, {i % 2 == 0 ? "" : "01"}, schemas);
                     ++conversions;
-                    ExpectTold(lote.Xml, target, lote.Notas);
-                    ExpectNothingLost(text, lote.Xml, lote.Notas);
+                    ExpectTold(lote.Xml, target, lote.Notes);
+                    ExpectNothingLost(text, lote.Xml, lote.Notes);
                     const auto converted = TXmlParser::Parse(lote.Xml).Document;
-                    EXPECT_EQ(lote.Valido, Faults(*converted, target).empty());
+                    EXPECT_EQ(lote.Valid, Faults(*converted, target).empty());
                     EXPECT_EQ(LoadTiss(lote.Xml)->Versao(), target);
                 }
             }

@@ -1,4 +1,4 @@
-#include "importacao_de_teste.h"
+#include "data/import_fixture.h"
 
 #include "data/tuss_connection.h"
 #include "data/tuss_search.h"
@@ -123,8 +123,9 @@ TEST_F(Importacao, ReadsEveryLayoutOfText) {
         Forget();
         const TImportReport report = Import({Write(c.Name, c.Content)});
         EXPECT_THAT(Dump(), ElementsAreArray(c.Expected)) << c.Name;
-        EXPECT_EQ(report.arquivos[0].naoEntendidas, 0) << c.Name;
-        EXPECT_EQ(report.semDatas.size(), c.Content.find(";Fim\n") == std::string::npos ? 0U : 1U) << c.Name;
+        EXPECT_EQ(report.Files[0].Rejected, 0) << c.Name;
+        EXPECT_EQ(report.WithoutDates.size(), c.Content.find(";Fim\n") == std::string::npos ? 0U : 1U)
+            << c.Name;
     }
 }
 
@@ -163,11 +164,11 @@ TEST_F(Importacao, ReadsWorkbooksInPackages) {
     WriteZip(File("interno.zip"),
              {{"TUSS 64.csv", "Terminologia;Código TUSS;Forma de envio\n19;70965676;Individualizado\n"}});
     WriteZip(File("pacote.zip"),
-             {{"Represent\x87\xC6o/TUSS 19 - Materiais.xlsx", testes::Ler(File("19.xlsx"))},
-              {"TUSS - Demais.xlsx", testes::Ler(File("demais.xlsx"))},
+             {{"Represent\x87\xC6o/TUSS 19 - Materiais.xlsx", ReadTestFile(File("19.xlsx"))},
+              {"TUSS - Demais.xlsx", ReadTestFile(File("demais.xlsx"))},
               {"~$TUSS 19.xlsx", "x"},
               {"Nota.pdf", "%PDF"},
-              {"Forma de envio.zip", testes::Ler(File("interno.zip"))},
+              {"Forma de envio.zip", ReadTestFile(File("interno.zip"))},
               {"notas.csv", "a;b\n1;2\n"}});
     const TImportReport report = Import({File("pacote.zip")});
     EXPECT_THAT(Dump(), ElementsAre("TUSS_19|00000017|2012-10-10|~", "TUSS_19|00000123|~|~",
@@ -175,15 +176,15 @@ TEST_F(Importacao, ReadsWorkbooksInPackages) {
                                     "TUSS_64|19|70965676|0|~|~|~|~", "TUSS_INATIVADO|19|71000000|2013-07-31",
                                     "TUSS_PERIODO|19|71000000||2013-07-31|~",
                                     "TUSS_TERMO|19|70965676|Prótese X", "TUSS_TERMO|87|00|Própria"));
-    EXPECT_THAT(report.ignorados, ElementsAre((File("pacote.zip") / "notas.csv").string()));
-    EXPECT_EQ(report.arquivos[0].tabelas.at("19").linhas, 4);
+    EXPECT_THAT(report.Ignored, ElementsAre((File("pacote.zip") / "notas.csv").string()));
+    EXPECT_EQ(report.Files[0].Tables.at("19").Rows, 4);
     std::vector<std::string> reasons;
-    for (const TLinhaNaoEntendida& line : report.naoEntendidas)
-        reasons.push_back(std::to_string(line.linha) + ": " + line.motivo);
+    for (const TRejectedRow& line : report.Rejected)
+        reasons.push_back(std::to_string(line.Row) + ": " + line.Reason);
     EXPECT_THAT(reasons, ElementsAre("18: \"#VALUE!\" não é uma data", "19: \"1\" não é uma data",
                                      "20: \"#REF!\" não é um código"));
-    EXPECT_EQ(report.arquivos[0].sha256.size(), 64U);
-    EXPECT_THAT(testes::TPastaTemporaria().Names(), IsEmpty());
+    EXPECT_EQ(report.Files[0].Sha256.size(), 64U);
+    EXPECT_THAT(TTemporaryFolder().Names(), IsEmpty());
     EXPECT_FALSE(fs::exists(Database().string() + ".importacao"));
 }
 
@@ -227,11 +228,11 @@ TEST_F(Importacao, TellsTheLinesThatItDoesNotUnderstand) {
         Forget();
         const TImportReport report = Import({Write(c.Name, c.Content)});
         std::vector<std::string> lines;
-        lines.reserve(report.naoEntendidas.size());
-        for (const TLinhaNaoEntendida& line : report.naoEntendidas)
-            lines.push_back(std::to_string(line.linha) + ": " + line.motivo);
+        lines.reserve(report.Rejected.size());
+        for (const TRejectedRow& line : report.Rejected)
+            lines.push_back(std::to_string(line.Row) + ": " + line.Reason);
         EXPECT_THAT(lines, ElementsAreArray(c.Lines)) << c.Content;
-        EXPECT_EQ(report.arquivos[0].naoEntendidas, static_cast<std::int64_t>(c.Lines.size()));
+        EXPECT_EQ(report.Files[0].Rejected, static_cast<std::int64_t>(c.Lines.size()));
         EXPECT_THAT(Dump({"TB_TUSS_22", "TB_TUSS_64"}), ElementsAreArray(c.Terms)) << c.Content;
     }
 }
@@ -291,16 +292,16 @@ TEST_F(Importacao, GivesOneResultInAnyOrderAndTogether) {
             Import({file});
         ASSERT_THAT(Dump(), ElementsAreArray(kMerged)) << files[0] << files[1] << files[2] << files[3];
         const TImportReport again = Import(files);
-        for (const auto& [table, changes] : again.tabelas)
-            ASSERT_EQ(changes, (TTableChanges{0, 0, 0, changes.iguais, 0})) << table;
+        for (const auto& [table, changes] : again.Tables)
+            ASSERT_EQ(changes, (TTableChanges{0, 0, 0, changes.Same, 0})) << table;
         ASSERT_THAT(Dump(), ElementsAreArray(kMerged));
     } while (std::next_permutation(files.begin(), files.end()));
     Forget();
     const TImportReport together = Import(files);
     EXPECT_THAT(Dump(), ElementsAreArray(kMerged));
-    EXPECT_EQ(together.tabelas.at("22"), (TTableChanges{3, 0, 1, 0, 0}));
-    EXPECT_EQ(together.tabelas.at("64"), (TTableChanges{1, 0, 1, 0, 0}));
-    EXPECT_EQ(together.semTabela, 1);
+    EXPECT_EQ(together.Tables.at("22"), (TTableChanges{3, 0, 1, 0, 0}));
+    EXPECT_EQ(together.Tables.at("64"), (TTableChanges{1, 0, 1, 0, 0}));
+    EXPECT_EQ(together.WithoutTable, 1);
 }
 
 TEST_F(Importacao, ForgetsOnlyWhenToldToReplace) {
@@ -323,20 +324,20 @@ TEST_F(Importacao, ForgetsOnlyWhenToldToReplace) {
                             "TUSS_64|18|60000015|1|~|~|~|~", "TUSS_64|22|2|1|~|~|~|~",
                             "TUSS_64_SEM_TABELA|60000015||||1", "TUSS_TERMO|18|60000015|A",
                             "TUSS_TERMO|22|10101012|A nova", "TUSS_TERMO|22|10101039|Pronto socorro"));
-    EXPECT_EQ(report.tabelas.at("22"), (TTableChanges{1, 1, 0, 0, 1}));
-    EXPECT_EQ(report.tabelas.at("64"), (TTableChanges{1, 0, 0, 0, 2}));
-    const TTussBusca search(Database());
-    const auto any = [](const TTermoEncontrado&) { return true; };
+    EXPECT_EQ(report.Tables.at("22"), (TTableChanges{1, 1, 0, 0, 1}));
+    EXPECT_EQ(report.Tables.at("64"), (TTableChanges{1, 0, 0, 0, 2}));
+    const TTussSearch search(Database());
+    const auto any = [](const TFoundTerm&) { return true; };
     EXPECT_THAT(search.Search("velho", "", any, 20), IsEmpty());
     EXPECT_EQ(search.Search("NOVÁ", "22", any, 20).size(), 1U);
 }
 
 TEST_F(Importacao, StartsFromTheDeliveredDatabaseAndTakesItsNewCodes) {
     TImportOptions options;
-    options.sources = {Write("Tabela 22.csv", kHeader + "10101012;A;13/02/2009;;\n")};
-    options.target = Database();
-    options.delivered = CONFERIX_TUSS_DB;
-    const std::string delivered = testes::Ler(CONFERIX_TUSS_DB);
+    options.Sources = {Write("Tabela 22.csv", kHeader + "10101012;A;13/02/2009;;\n")};
+    options.Target = Database();
+    options.Delivered = CONFERIX_TUSS_DB;
+    const std::string delivered = ReadTestFile(CONFERIX_TUSS_DB);
     ImportTerminology(options);
     const TTussConnection open(Database()); // an open validation
     {
@@ -347,19 +348,19 @@ TEST_F(Importacao, StartsFromTheDeliveredDatabaseAndTakesItsNewCodes) {
             "DELETE FROM TB_CIDADE WHERE CODIGO = '3550308'; DELETE FROM TB_TUSS_87 WHERE CODIGO = '22';"
             "INSERT INTO TB_TUSS_INATIVADO VALUES ('87', '22', '2020-01-01')");
     }
-    options.sources = {Write("Tabela 22 nova.csv", kHeader + "10101020;A;13/02/2009;;\n")};
+    options.Sources = {Write("Tabela 22 nova.csv", kHeader + "10101020;A;13/02/2009;;\n")};
     ImportTerminology(options);
     const TTussConnection now(Database());
     EXPECT_TRUE(now.HasCity("3550308"));
-    EXPECT_FALSE(now.StartOfValidity("87", "22").found); // was inactivated since
-    EXPECT_TRUE(now.StartOfValidity("22", "10101012").found);
-    EXPECT_TRUE(now.StartOfValidity("22", "10101020").found);
-    EXPECT_FALSE(open.StartOfValidity("22", "10101020").found);
-    EXPECT_EQ(testes::Ler(CONFERIX_TUSS_DB), delivered);
+    EXPECT_FALSE(now.StartOfValidity("87", "22").Found); // was inactivated since
+    EXPECT_TRUE(now.StartOfValidity("22", "10101012").Found);
+    EXPECT_TRUE(now.StartOfValidity("22", "10101020").Found);
+    EXPECT_FALSE(open.StartOfValidity("22", "10101020").Found);
+    EXPECT_EQ(ReadTestFile(CONFERIX_TUSS_DB), delivered);
     std::vector<std::string> imports;
-    for (const TCarga& import : NewestImports(Database()))
-        imports.push_back(fmt::format("{} {} {} {}", import.tabela, import.arquivo, import.linhas,
-                                      import.inicioMaisRecente));
+    for (const TTableImport& import : NewestImports(Database()))
+        imports.push_back(
+            fmt::format("{} {} {} {}", import.Tabela, import.File, import.Rows, import.NewestStart));
     EXPECT_THAT(imports, ElementsAre("22 Tabela 22 nova.csv 1 2009-02-13"));
 }
 
@@ -368,27 +369,27 @@ TEST_F(Importacao, FindsTermsByWordsAndNearCodes) {
                                              "10101020;Consulta em domicílio;13/02/2009;31/12/2020;\n"
                                              "10102019;Visita hospitalar;13/02/2009;;\n"),
             Write("Tabela 18.csv", "Código do Termo;Termo\n60000015;Consulta de sala\n10101021;Sala\n")});
-    const TTussBusca search(Database());
-    const auto codes = [](const std::vector<TTermoEncontrado>& terms) {
+    const TTussSearch search(Database());
+    const auto codes = [](const std::vector<TFoundTerm>& terms) {
         std::vector<std::string> found;
         found.reserve(terms.size());
-        for (const TTermoEncontrado& term : terms)
-            found.push_back(term.tabela + " " + term.codigo);
+        for (const TFoundTerm& term : terms)
+            found.push_back(term.Tabela + " " + term.Codigo);
         return found;
     };
-    const auto any = [](const TTermoEncontrado&) { return true; };
+    const auto any = [](const TFoundTerm&) { return true; };
     EXPECT_THAT(codes(search.Search("consult", "", any, 20)),
                 ElementsAre("18 60000015", "22 10101020", "22 10101012"));
     EXPECT_THAT(codes(search.Search("CONSULTORIO \"em", "22", any, 20)), ElementsAre("22 10101012"));
     EXPECT_THAT(codes(search.Search(
-                    "consulta", "22", [](const auto& term) { return !term.fimVigencia; }, 1)),
+                    "consulta", "22", [](const auto& term) { return !term.FimVigencia; }, 1)),
                 ElementsAre("22 10101012"));
     for (const char* nothing : {"", "*", "xyz", "\" OR \"", "consulta visita"})
         EXPECT_THAT(search.Search(nothing, "", any, 20), IsEmpty()) << nothing;
     EXPECT_THAT(codes(search.Similar("22", "10101021")),
                 ElementsAre("22 10101012", "22 10101020", "18 10101021"));
     EXPECT_THAT(codes(search.Similar("22", "1010201")), ElementsAre("22 10102019"));
-    EXPECT_THAT(search.Similar("98", "10101021")[0].tabela, "18");
+    EXPECT_THAT(search.Similar("98", "10101021")[0].Tabela, "18");
 }
 
 /// The published files, when the machine has them.
@@ -446,15 +447,15 @@ TEST_F(Importacao, PublishedFilesGiveTheCountsOfAHandCount) {
         Forget();
         files.push_back(*published / c.File);
         TImportReport report = Import({files.back()});
-        EXPECT_THAT(report.semDatas, IsEmpty());
+        EXPECT_THAT(report.WithoutDates, IsEmpty());
         std::string counts;
-        for (const auto& [table, content] : report.arquivos[0].tabelas) {
-            const TTableChanges& changes = report.tabelas[table];
-            counts += fmt::format("{}{}={}/{}/{}", counts.empty() ? "" : " ", table, content.linhas,
-                                  changes.novos, changes.encerrados);
+        for (const auto& [table, content] : report.Files[0].Tables) {
+            const TTableChanges& changes = report.Tables[table];
+            counts += fmt::format("{}{}={}/{}/{}", counts.empty() ? "" : " ", table, content.Rows,
+                                  changes.Added, changes.Ended);
         }
         EXPECT_EQ(counts, c.Counts) << c.File;
-        EXPECT_EQ(report.arquivos[0].naoEntendidas, 0) << c.File;
+        EXPECT_EQ(report.Files[0].Rejected, 0) << c.File;
     }
     Forget();
     Import({*published});
@@ -464,8 +465,8 @@ TEST_F(Importacao, PublishedFilesGiveTheCountsOfAHandCount) {
         for (const fs::path& file : files)
             Import({file});
         EXPECT_THAT(Dump(), ElementsAreArray(together)) << backwards;
-        for (const auto& [table, changes] : Import({*published}).tabelas)
-            EXPECT_EQ(changes, (TTableChanges{0, 0, 0, changes.iguais, 0})) << table;
+        for (const auto& [table, changes] : Import({*published}).Tables)
+            EXPECT_EQ(changes, (TTableChanges{0, 0, 0, changes.Same, 0})) << table;
         std::reverse(files.begin(), files.end());
     }
 }

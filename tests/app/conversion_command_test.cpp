@@ -1,12 +1,8 @@
 // The commands that convert lots, as they are called.
-#include "app/cli/cli.h"
-#include "support/suporte.h"
+#include "support/command_test.h"
+#include "support/support.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
-#include <sstream>
 
 namespace conferix {
 namespace {
@@ -17,33 +13,11 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-class Converter : public testing::Test {
-  protected:
-    struct TResult {
-        int Status;
-        std::string Out;
-        std::string Err;
-    };
-
-    void SetUp() override { setenv("CONFERIX_DADOS", (folder_.Path() / "dados").c_str(), 1); }
-    void TearDown() override { unsetenv("CONFERIX_DADOS"); }
-
-    std::string File(const std::string& name) const { return (folder_.Path() / name).string(); }
-    static TResult Run(const std::vector<std::string>& words, const std::string& input = {}) {
-        std::istringstream in(input);
-        std::ostringstream out;
-        std::ostringstream err;
-        const int status = RunCli(words, {in, out, err});
-        return {status, out.str(), err.str()};
-    }
-
-  private:
-    TTemporaryFolder folder_;
-};
+using Converter = TCommandTest;
 
 TEST_F(Converter, WritesTheLotAndTellsTheNotes) {
     const std::string source = Example("spsadt-3.05.00-valido.xml").string();
-    const TResult text = Run({"converter", source, "--para", "4.00.00", "--regime-atendimento", "01"});
+    const TCommandResult text = Run({"converter", source, "--para", "4.00.00", "--regime-atendimento", "01"});
     EXPECT_EQ(text.Status, kExitValid);
     EXPECT_THAT(text.Out, AllOf(StartsWith("<?xml"), HasSubstr("<ans:Padrao>4.00.00</ans:Padrao>")));
     EXPECT_THAT(
@@ -62,7 +36,7 @@ TEST_F(Converter, WritesTheLotAndTellsTheNotes) {
     EXPECT_THAT(Run({"converter", "-", "--para", "4.00.00"}, broken).Err,
                 HasSubstr("Valor: \"BENEFICIARIO DE TESTE\"."));
 
-    const TResult report =
+    const TCommandResult report =
         Run({"converter", source, "--para", "4.00.00", "--formato", "json", "--saida", File("novo.xml")});
     const json notes = json::parse(report.Out);
     EXPECT_EQ(notes["origem"], "3.05.00");
@@ -81,15 +55,15 @@ TEST_F(Converter, WritesTheLotAndTellsTheNotes) {
 TEST_F(Converter, ConvertsSeveralFilesIntoAFolder) {
     const std::string first = Example("consulta-4.01.00-valido.xml").string();
     const std::string second = Example("honorarios-4.01.00-valido.xml").string();
-    const TResult both = Run({"converter", first, second, "--para", "4.03.00", "--pasta-saida", File("saida"),
-                              "--formato", "json"});
+    const TCommandResult both = Run({"converter", first, second, "--para", "4.03.00", "--pasta-saida",
+                                     File("saida"), "--formato", "json"});
     EXPECT_EQ(both.Status, kExitValid);
     EXPECT_EQ(json::parse(both.Out).size(), 2U);
     for (const char* name : {"saida/consulta-4.01.00-valido.xml", "saida/honorarios-4.01.00-valido.xml"})
         EXPECT_THAT(ReadTestFile(File(name)), HasSubstr("<ans:Padrao>4.03.00</ans:Padrao>"));
     // One that cannot be converted does not keep the others from it.
     const std::string monitoring = Example("monitoramento-1.06.00-valido.xml").string();
-    const TResult mixed =
+    const TCommandResult mixed =
         Run({"converter", monitoring, first, "--para", "4.02.00", "--pasta-saida", File("outra")});
     EXPECT_EQ(mixed.Status, kExitInvalid);
     EXPECT_THAT(mixed.Err, HasSubstr("tipo de transação (tmMonitoramento). 1.06.00 -> 4.02.00"));
@@ -120,21 +94,21 @@ TEST_F(Converter, RefusesWithoutWritingAnything) {
         words.insert(words.end(), c.Words.begin(), c.Words.end());
         if (c.Words.size() == 3)
             words.insert(words.end(), {"--saida", File("saida.xml")});
-        const TResult result = Run(words);
+        const TCommandResult result = Run(words);
         EXPECT_EQ(result.Status, c.Status) << result.Err;
         EXPECT_THAT(result.Err, HasSubstr(c.Reason));
         EXPECT_THAT(result.Out, IsEmpty());
         EXPECT_FALSE(std::filesystem::exists(File("saida.xml")));
     }
-    EXPECT_EQ(Run({"converter", File("nada.xml"), "--para", "4.00.00", "--pasta-saida",
-                   std::filesystem::path(File("nada.xml")).parent_path().string()})
-                  .Status,
-              kExitUsage); // would write over the source
+    EXPECT_EQ(
+        Run({"converter", File("nada.xml"), "--para", "4.00.00", "--pasta-saida", folder_.Path().string()})
+            .Status,
+        kExitUsage); // would write over the source
     const std::string source = ReadTestFile(consulta);
     WriteTestFile(File("origem.xml"), source);
     std::filesystem::create_symlink("origem.xml", File("atalho.xml"));
     for (const char* target : {"origem.xml", "atalho.xml"}) {
-        const TResult same =
+        const TCommandResult same =
             Run({"converter", File("origem.xml"), "--para", "4.02.00", "--saida", File(target)});
         EXPECT_EQ(same.Status, kExitUsage);
         EXPECT_THAT(same.Err, HasSubstr("a saída é o próprio"));
@@ -143,11 +117,10 @@ TEST_F(Converter, RefusesWithoutWritingAnything) {
 }
 
 TEST_F(Converter, ListsTheVersionsInReach) {
-    const TResult list = Run({"versoes", Example("odonto-3.05.00-valido.xml").string()});
+    const TCommandResult list = Run({"versoes", Example("odonto-3.05.00-valido.xml").string()});
     EXPECT_EQ(list.Out, "Versão atual: 3.05.00\nPosteriores: 4.00.00, 4.00.01, 4.01.00, 4.02.00, 4.03.00\n"
                         "Anteriores: 3.04.01, 3.04.00\n");
-    const json data = json::parse(
-        Run({"versoes", Example("internacao-3.02.00-valido.xml").string(), "--formato", "json"}).Out);
+    const json data = RunJson({"versoes", Example("internacao-3.02.00-valido.xml").string()});
     EXPECT_EQ(data["posteriores"].size(), 14U);
     EXPECT_EQ(data["anteriores"], json::array());
     for (const char* name : {"spsadt-2.02.03-valido.xml", "monitoramento-1.06.00-valido.xml"})
