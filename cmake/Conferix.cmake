@@ -10,22 +10,59 @@ if(CONFERIX_SANITIZE)
     target_link_options(conferix_options INTERFACE -fsanitize=address,undefined)
 endif()
 
-# conferix_library(<folder target> SOURCES ... DEPENDS ... PRIVATE_DEPENDS ...): one static library a
-# folder, so that the linker shows who knows whom.
+# Notes what the files of a target in the current folder may include, for conferix_check_layers(). A dependency has to be
+# there already, so the order of add_subdirectory is the order of the house and no circle can arise.
+function(conferix_unit name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+    foreach(dependency IN LISTS ARG_DEPENDS)
+        if(dependency MATCHES "^conferix_" AND NOT TARGET ${dependency})
+            message(FATAL_ERROR "${name} depends on ${dependency}, which stands above it")
+        endif()
+    endforeach()
+    list(JOIN ARG_DEPENDS "," dependencies)
+    list(JOIN ARG_SOURCES "," sources)
+    set_property(GLOBAL APPEND PROPERTY CONFERIX_UNITS "${name}|${folder}|${dependencies}|${sources}")
+endfunction()
+
+# conferix_library(<folder target> SOURCES ... DEPENDS ... PRIVATE_DEPENDS ...): one static library a folder. What its
+# files include has to be declared here, directly.
 function(conferix_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
     add_library(${name} STATIC ${ARG_SOURCES})
     target_link_libraries(${name} PUBLIC conferix_options ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS})
+    file(GLOB headers RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    conferix_unit(${name} SOURCES ${ARG_SOURCES} ${headers} DEPENDS ${ARG_DEPENDS} ${ARG_PRIVATE_DEPENDS})
+endfunction()
+
+# conferix_program(<name> SOURCES ... DEPENDS ...): a program over the libraries.
+function(conferix_program name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE conferix_options ${ARG_DEPENDS})
+    conferix_unit(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS})
 endfunction()
 
 # conferix_test(<name> SOURCES ... DEPENDS ...): one GoogleTest program; every case is a test of its own.
-# tests/support/ is in the include path; tests find the repository through CONFERIX_FONTE.
+# tests/ is in the include path; tests find the repository through CONFERIX_FONTE.
 function(conferix_test name)
     cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE conferix_options ${ARG_DEPENDS} GTest::gmock GTest::gtest_main)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     target_compile_definitions(${name} PRIVATE CONFERIX_FONTE="${CMAKE_SOURCE_DIR}")
-    target_link_libraries(${name} PRIVATE conferix_options ${ARG_DEPENDS} GTest::gmock GTest::gtest_main)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/test_bin)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ENVIRONMENT "TZ=America/Sao_Paulo")
+endfunction()
+
+# Every build checks the includes of all units against their declared dependencies.
+function(conferix_check_layers)
+    get_property(units GLOBAL PROPERTY CONFERIX_UNITS)
+    list(JOIN units "\n" units)
+    file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/layers.txt CONTENT "${units}\n" @ONLY)
+    add_custom_target(conferix_layers ALL
+        COMMAND ${CMAKE_COMMAND} -DUNITS=${CMAKE_BINARY_DIR}/layers.txt -DROOT=${CMAKE_SOURCE_DIR}
+                -P ${CMAKE_SOURCE_DIR}/cmake/CheckLayers.cmake
+        COMMENT "Checking the layers"
+        VERBATIM)
 endfunction()

@@ -2,6 +2,7 @@
 
 #include "app/validador_controller.h"
 #include "convert/version_converter.h"
+#include "model/tiss_kinds.h"
 #include "validation/hash_calculator.h"
 #include "validation/schema_rule.h"
 #include "xml/schema/schema_messages.h"
@@ -95,8 +96,8 @@ std::string SentenceOfMissing(TSchemaFault fault, const std::string& name) {
 /// anew, as that step's version may have accepted other codes than the result's. Answers whether it finds
 /// nothing.
 bool CheckSchema(const IArquivoTiss& arquivo, const TSchemaFolder& schemas, TConversionRun& run) {
-    const std::filesystem::path file = schemas.Locate(
-        TValidadorController::SchemaFileName(TEnumTipoArquivoTiss::taMensagemTISS, arquivo.Versao()));
+    const std::filesystem::path file =
+        schemas.Locate(SchemaFileName(TEnumTipoArquivoTiss::taMensagemTISS, arquivo.Versao()));
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored))
         throw ESchemaNotFound(file);

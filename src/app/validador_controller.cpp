@@ -4,6 +4,7 @@
 #include "data/tuss.h"
 #include "model/arquivo_tiss_factory.h"
 #include "model/tiss_exceptions.h"
+#include "model/tiss_kinds.h"
 #include "platform/format_settings.h"
 #include "platform/platform.h"
 #include "validation/schema_rule.h"
@@ -216,20 +217,6 @@ void TValidadorController::CloseFile() {
     versaoTiss_.clear();
     flags_.Clear();
     NotifyState();
-}
-
-std::string TValidadorController::SchemaFileName(TEnumTipoArquivoTiss tipo, std::string_view versao) {
-    std::string underscored(versao);
-    std::replace(underscored.begin(), underscored.end(), '.', '_');
-    switch (tipo) {
-    case TEnumTipoArquivoTiss::taMensagemTISS:
-        return fmt::format("tissV{}.xsd", underscored);
-    case TEnumTipoArquivoTiss::taMonitoramento:
-        return fmt::format("tissMonitoramentoV{}.xsd", underscored);
-    case TEnumTipoArquivoTiss::taMonitoramentoQualidade:
-        return fmt::format("tissMonitoramentoQualidadeV{}.xsd", underscored);
-    }
-    return {};
 }
 
 void TValidadorController::Validate(std::string xml, const std::vector<std::string>& enabledValidations) {

@@ -79,9 +79,6 @@ class TValidadorController {
     void Validate(std::shared_ptr<const std::string> xml, const std::vector<std::string>& enabledValidations);
     void Validate(std::string xml, const std::vector<std::string>& enabledValidations);
 
-    /// Name of the schema file of a kind and version, without folder.
-    static std::string SchemaFileName(TEnumTipoArquivoTiss tipo, std::string_view versao);
-
   private:
     void RequireFile(const char* reason) const;
     void NotifyState();

@@ -2,11 +2,11 @@
 
 #include "convert/root_attributes.h"
 #include "model/arquivo_tiss_factory.h"
-#include "model/mensagem_tiss.h"
-#include "model/tiss_exceptions.h"
 #include "xml/xml_writer.h"
 
 #include <fmt/format.h>
+
+#include <algorithm>
 
 namespace conferix {
 
@@ -20,13 +20,9 @@ void RequireMessage(const IArquivoTiss& arquivo, std::string_view from, std::str
                         NameOf(arquivo.TipoArquivo()), from, to));
     };
     const TArquivoTissClass* target = TArquivoTissFactory().GetArquivoTissClass(to);
-    try {
-        if (target == nullptr ||
-            dynamic_cast<const TMensagemTiss*>(target->New(arquivo.Xml()).get()) == nullptr)
-            refuse();
-    } catch (const ETissMessageNotImplemented&) {
+    if (target == nullptr || target->Tipo != arquivo.TipoArquivo() ||
+        target->Tipo != TEnumTipoArquivoTiss::taMensagemTISS)
         refuse();
-    }
 }
 
 /// Writes the version into the header, under the name that it has there.
@@ -51,6 +47,20 @@ std::string IVersionConverter::Up(const IArquivoTiss& arquivo, TConversionRun& r
 
 std::string IVersionConverter::Down(const IArquivoTiss& arquivo, TConversionRun& run) const {
     return Convert(arquivo, TConversionDirection::Down, run) ? WriteXml(*arquivo.Xml()) : std::string();
+}
+
+std::string_view TTissConverterEnvioLoteGuias::NextVersion() const {
+    const auto versions = TArquivoTissFactory::Classes();
+    const auto own = std::ranges::find(versions, Version(), &TArquivoTissClass::Versao);
+    const auto next = std::next(own);
+    return next != versions.end() && next->Conversion != TConversionSteps::None ? next->Versao
+                                                                                : std::string_view{};
+}
+
+std::string_view TTissConverterEnvioLoteGuias::PreviousVersion() const {
+    const auto versions = TArquivoTissFactory::Classes();
+    const auto own = std::ranges::find(versions, Version(), &TArquivoTissClass::Versao);
+    return own->Conversion == TConversionSteps::UpDown ? std::prev(own)->Versao : std::string_view{};
 }
 
 bool TTissConverterEnvioLoteGuias::Convert(const IArquivoTiss& arquivo, TConversionDirection direction,

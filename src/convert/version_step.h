@@ -42,6 +42,9 @@ class IVersionConverter {
 class TTissConverterEnvioLoteGuias : public IVersionConverter {
   public:
     TEnumTipoTransacaoTiss TipoTransacao() const override { return TEnumTipoTransacaoTiss::tmEnvioLoteGuias; }
+    /// The neighbours in the list of versions, as far as it has steps to them.
+    std::string_view NextVersion() const override;
+    std::string_view PreviousVersion() const override;
     bool Convert(const IArquivoTiss& arquivo, TConversionDirection direction,
                  TConversionRun& run) const override;
 
@@ -60,13 +63,19 @@ class TTissConverterEnvioLoteGuias : public IVersionConverter {
     mutable std::unique_ptr<const TVersionChange> down_;
 };
 
-/// A step by its versions.
-template<TTextLiteral Versao, TTextLiteral Anterior, TTextLiteral Seguinte>
-class TTissConverterEnvioLoteGuiasOf : public TTissConverterEnvioLoteGuias {
+/// The step of one version; what is special to it stands in a specialisation of Filler or ConvertRoot.
+template<TTextLiteral Versao>
+class TTissConverterEnvioLoteGuiasOf final : public TTissConverterEnvioLoteGuias {
   public:
     std::string_view Version() const override { return Versao.View(); }
-    std::string_view PreviousVersion() const override { return Anterior.View(); }
-    std::string_view NextVersion() const override { return Seguinte.View(); }
+
+  protected:
+    TFillValue Filler(TConversionDirection direction, TConversionRun& run) const override {
+        return TTissConverterEnvioLoteGuias::Filler(direction, run);
+    }
+    void ConvertRoot(TXmlNode& root, TConversionDirection direction, TConversionRun& run) const override {
+        TTissConverterEnvioLoteGuias::ConvertRoot(root, direction, run);
+    }
 };
 
 } // namespace conferix

@@ -1,5 +1,7 @@
 #include "convert/version_steps.h"
 
+#include "model/arquivo_tiss_factory.h"
+
 #include "xml/xml_document.h"
 
 #include <fmt/format.h>
@@ -64,8 +66,9 @@ std::optional<TFilledValue> TakeRequester(TXmlNode& parent, TConversionRun& run)
 
 } // namespace
 
-void TTissConverterEnvioLoteGuias_3_02_01::ConvertRoot(TXmlNode& root, TConversionDirection direction,
-                                                       TConversionRun& run) const {
+template<>
+void TTissConverterEnvioLoteGuiasOf<"3.02.01">::ConvertRoot(TXmlNode& root, TConversionDirection direction,
+                                                            TConversionRun& run) const {
     TXmlNode* signature = root.Child("assinaturaDigital");
     if (direction != TConversionDirection::Up || signature == nullptr)
         return;
@@ -74,8 +77,9 @@ void TTissConverterEnvioLoteGuias_3_02_01::ConvertRoot(TXmlNode& root, TConversi
     signature->SetAttribute("xmlns:ds", kXmlSignature);
 }
 
-void TTissConverterEnvioLoteGuias_3_02_02::ConvertRoot(TXmlNode& root, TConversionDirection direction,
-                                                       TConversionRun& run) const {
+template<>
+void TTissConverterEnvioLoteGuiasOf<"3.02.02">::ConvertRoot(TXmlNode& root, TConversionDirection direction,
+                                                            TConversionRun& run) const {
     TXmlNode* signature = root.Child("Signature");
     if (direction != TConversionDirection::Down || signature == nullptr)
         return;
@@ -83,8 +87,9 @@ void TTissConverterEnvioLoteGuias_3_02_02::ConvertRoot(TXmlNode& root, TConversi
     signature->SetName("ans:assinaturaDigital");
 }
 
-TFillValue TTissConverterEnvioLoteGuias_3_03_03::Filler(TConversionDirection direction,
-                                                        TConversionRun& run) const {
+template<>
+TFillValue TTissConverterEnvioLoteGuiasOf<"3.03.03">::Filler(TConversionDirection direction,
+                                                             TConversionRun& run) const {
     if (direction != TConversionDirection::Up)
         return TTissConverterEnvioLoteGuias::Filler(direction, run);
     return [numbers = TItemNumbers()](TXmlNode& parent,
@@ -93,8 +98,9 @@ TFillValue TTissConverterEnvioLoteGuias_3_03_03::Filler(TConversionDirection dir
     };
 }
 
-TFillValue TTissConverterEnvioLoteGuias_3_05_00::Filler(TConversionDirection direction,
-                                                        TConversionRun& run) const {
+template<>
+TFillValue TTissConverterEnvioLoteGuiasOf<"3.05.00">::Filler(TConversionDirection direction,
+                                                             TConversionRun& run) const {
     if (direction != TConversionDirection::Up)
         return TTissConverterEnvioLoteGuias::Filler(direction, run);
     return [&run](TXmlNode& parent, std::string_view name) -> std::optional<TFilledValue> {
@@ -108,21 +114,13 @@ TFillValue TTissConverterEnvioLoteGuias_3_05_00::Filler(TConversionDirection dir
 }
 
 std::vector<std::shared_ptr<const IVersionConverter>> MakeVersionConverters() {
-    return {std::make_shared<TTissConverterEnvioLoteGuias_3_02_00>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_3_02_01>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_3_02_02>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_3_03_00>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_3_03_01>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_3_03_02>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_3_03_03>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_3_04_00>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_3_04_01>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_3_05_00>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_4_00_00>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_4_00_01>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_4_01_00>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_4_02_00>(),
-            std::make_shared<TTissConverterEnvioLoteGuias_4_03_00>()};
+    std::vector<std::shared_ptr<const IVersionConverter>> steps;
+#define CONFERIX_STEP(major, minor, patch, Root, prefix, conversion)                                         \
+    if constexpr (TConversionSteps::conversion != TConversionSteps::None)                                    \
+        steps.push_back(std::make_shared<TTissConverterEnvioLoteGuiasOf<#major "." #minor "." #patch>>());
+    CONFERIX_TISS_VERSIONS(CONFERIX_STEP)
+#undef CONFERIX_STEP
+    return steps;
 }
 
 } // namespace conferix

@@ -1,18 +1,18 @@
 #include "model/arquivo_tiss.h"
 
 #include "model/tiss_exceptions.h"
+#include "model/tiss_kinds.h"
 
 namespace conferix {
 
 namespace {
 
-constexpr std::string_view kMensagem = "mensagemTISS";
-constexpr std::string_view kMonitoramento = "mensagemEnvioANS";
-
-/// The root of a message, or null.
+/// The root of a TISS file, or null.
 const TXmlNode* MessageRoot(const TXmlDocument& document) {
-    const TXmlNode* root = document.Root().Child(kMensagem);
-    return root != nullptr ? root : document.Root().Child(kMonitoramento);
+    for (const TTissKind& kind : kTissKinds)
+        if (const TXmlNode* root = document.Root().Child(kind.RootElement); root != nullptr)
+            return root;
+    return nullptr;
 }
 
 std::string_view TransactionText(const TXmlNode* root) {
@@ -28,13 +28,11 @@ TArquivoTissBase::TArquivoTissBase(std::shared_ptr<TXmlDocument> document)
 TArquivoTissBase::~TArquivoTissBase() = default;
 
 TEnumTipoArquivoTiss TArquivoTissBase::GetTipoArquivoTiss(const TXmlDocument& document) {
-    if (document.Root().Child(kMensagem) != nullptr)
-        return TEnumTipoArquivoTiss::taMensagemTISS;
-    const std::string_view transaction = TransactionText(document.Root().Child(kMonitoramento));
-    if (transaction == "MONITORAMENTO")
-        return TEnumTipoArquivoTiss::taMonitoramento;
-    if (transaction == "QUALIDADE")
-        return TEnumTipoArquivoTiss::taMonitoramentoQualidade;
+    for (const TTissKind& kind : kTissKinds) {
+        const TXmlNode* root = document.Root().Child(kind.RootElement);
+        if (root != nullptr && (kind.Transaction.empty() || TransactionText(root) == kind.Transaction))
+            return kind.Tipo;
+    }
     const TXmlNode* element = document.Element();
     throw EInvalidTissFile(element != nullptr ? element->QualifiedName() : std::string_view{});
 }

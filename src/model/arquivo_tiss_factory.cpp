@@ -3,26 +3,16 @@
 #include "model/arquivo_tiss_versions.h"
 
 #include <algorithm>
-#include <array>
 
 namespace conferix {
 
 namespace {
 
-template<class... Versions>
-constexpr std::array<TArquivoTissClass, sizeof...(Versions)> ClassesOf() {
-    return {TArquivoTissClass{&Versions::GetVersao, &Versions::New}...};
-}
-
-constexpr auto kClasses =
-    ClassesOf<TArquivoTissV2_01_03, TArquivoTissV2_02_01, TArquivoTissV2_02_02, TArquivoTissV2_02_03,
-              TArquivoTissV3_00_00, TArquivoTissV3_00_01, TArquivoTissV3_01_00, TArquivoTissV3_02_00,
-              TArquivoTissV3_02_01, TArquivoTissV3_02_02, TArquivoTissV3_03_00, TArquivoTissV3_03_01,
-              TArquivoTissV3_03_02, TArquivoTissV3_03_03, TArquivoTissV3_04_00, TArquivoTissV3_04_01,
-              TArquivoTissV3_05_00, TArquivoTissV4_00_00, TArquivoTissV4_00_01, TArquivoTissV4_01_00,
-              TArquivoTissV4_02_00, TArquivoTissV4_03_00, TArquivoTissV1_00_00, TArquivoTissV1_00_01,
-              TArquivoTissV1_01_00, TArquivoTissV1_02_00, TArquivoTissV1_03_00, TArquivoTissV1_04_00,
-              TArquivoTissV1_04_01, TArquivoTissV1_05_00, TArquivoTissV1_06_00>();
+#define CONFERIX_TISS_VERSION_ROW(major, minor, patch, Root, prefix, steps)                                  \
+    TArquivoTissClass{#major "." #minor "." #patch, Root::kTipoArquivo, TConversionSteps::steps,             \
+                      &TArquivoTissV##major##_##minor##_##patch::New},
+constexpr TArquivoTissClass kClasses[] = {CONFERIX_TISS_VERSIONS(CONFERIX_TISS_VERSION_ROW)};
+#undef CONFERIX_TISS_VERSION_ROW
 
 } // namespace
 
@@ -31,9 +21,8 @@ std::span<const TArquivoTissClass> TArquivoTissFactory::Classes() {
 }
 
 const TArquivoTissClass* TArquivoTissFactory::GetArquivoTissClass(std::string_view versao) const {
-    const auto* found = std::ranges::find_if(
-        kClasses, [versao](const TArquivoTissClass& each) { return each.GetVersao() == versao; });
-    return found != kClasses.end() ? found : nullptr;
+    const auto* found = std::ranges::find(kClasses, versao, &TArquivoTissClass::Versao);
+    return found != std::ranges::end(kClasses) ? found : nullptr;
 }
 
 std::shared_ptr<IArquivoTiss>

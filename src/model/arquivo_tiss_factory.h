@@ -3,15 +3,21 @@
 
 #include "model/arquivo_tiss.h"
 
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string_view>
 
 namespace conferix {
 
-/// A version's class as a value.
+/// The steps by which lots of guides are converted from a version to its neighbours in the list.
+enum class TConversionSteps : std::uint8_t { None, Up, UpDown };
+
+/// A version as a value: one row of the list of versions.
 struct TArquivoTissClass {
-    std::string_view (*GetVersao)();
+    std::string_view Versao;
+    TEnumTipoArquivoTiss Tipo;
+    TConversionSteps Conversion;
     std::shared_ptr<IArquivoTiss> (*New)(std::shared_ptr<TXmlDocument> document);
 };
 

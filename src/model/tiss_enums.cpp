@@ -1,5 +1,7 @@
 #include "model/tiss_enums.h"
 
+#include "model/tiss_kinds.h"
+
 #include <array>
 
 namespace conferix {
@@ -43,9 +45,6 @@ constexpr THeaderText kHeaderTexts[] = {
     {"RESPOSTA_RECURSO_GLOSA", tmRespostaRecursoGlosa},
 };
 
-constexpr std::array<std::string_view, 3> kTipoArquivoNames = {"taMensagemTISS", "taMonitoramento",
-                                                               "taMonitoramentoQualidade"};
-
 // In the order of the enumeration.
 constexpr std::array<std::string_view, 25> kTipoTransacaoNames = {
     "tmDesconhecido",
@@ -85,7 +84,7 @@ TEnumTipoTransacaoTiss TipoTransacaoOf(std::string_view headerText) {
 }
 
 std::string_view NameOf(TEnumTipoArquivoTiss value) {
-    return kTipoArquivoNames.at(static_cast<std::size_t>(value));
+    return KindOf(value).Name;
 }
 
 std::string_view NameOf(TEnumTipoTransacaoTiss value) {

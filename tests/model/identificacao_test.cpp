@@ -161,7 +161,7 @@ TEST(Identificacao, TodasAsVersoes) {
                                                 "1.04.00", "1.04.01", "1.05.00", "1.06.00"};
     std::vector<std::string_view> ordem;
     for (const TArquivoTissClass& classe : TArquivoTissFactory::Classes())
-        ordem.push_back(classe.GetVersao());
+        ordem.push_back(classe.Versao);
     std::vector<std::string_view> esperada(std::begin(kMensagens), std::end(kMensagens));
     esperada.insert(esperada.end(), std::begin(kMonitoramentos), std::end(kMonitoramentos));
     EXPECT_EQ(ordem, esperada);

@@ -166,7 +166,7 @@ TEST(Comparacao, VeTambemOQueOsNomesDosFilhosNaoMostram) {
 
 TEST_F(TEsquemasGerados, CompilamEmTodasAsVersoesDoPrograma) {
     for (const TArquivoTissClass& version : TArquivoTissFactory::Classes()) {
-        std::string name(version.GetVersao());
+        std::string name(version.Versao);
         ReplaceAll(name, ".", "_");
         name = (name.starts_with("1") ? "tissMonitoramentoV" : "tissV") + name + ".xsd";
         ASSERT_TRUE(files_.contains(name)) << name;

@@ -4,6 +4,7 @@
 #include "app/schema_folder.h"
 #include "app/schema_package.h"
 #include "model/arquivo_tiss_factory.h"
+#include "model/tiss_kinds.h"
 #include "platform/platform.h"
 #include "schema_model/esquema_modelo.h"
 #include "schema_model/pastas.h"
@@ -13,7 +14,6 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <ostream>
 #include <random>
@@ -23,45 +23,15 @@ namespace conferix {
 
 namespace {
 
-constexpr std::string_view kExtension = ".xsd";
-
-struct TSchemaKind {
-    TEnumTipoArquivoTiss Tipo;
-    std::string_view Prefix; ///< of the main file's name, up to the version
-    std::string_view Label;
-};
-// The longer prefix first, since one begins like the other.
-constexpr std::array<TSchemaKind, 3> kKinds = {
-    {{TEnumTipoArquivoTiss::taMonitoramentoQualidade, "tissMonitoramentoQualidadeV", "qualidade"},
-     {TEnumTipoArquivoTiss::taMonitoramento, "tissMonitoramentoV", "monitoramento"},
-     {TEnumTipoArquivoTiss::taMensagemTISS, "tissV", "mensagem"}}};
-
 /// The main schema of one version.
 struct TMainSchema {
-    const TSchemaKind* Kind = nullptr;
+    const TTissKind* Kind = nullptr;
     std::string Versao;
     std::string FileName;
     TSchemaOrigin Origin = TSchemaOrigin::Missing;
     bool Approximate = false; ///< built in, for a version whose schemas were never published
     std::string Failure;      ///< why it does not compile; empty when it does
 };
-
-/// Reads kind and version from a main schema's file name ("tissV3_05_00.xsd").
-std::optional<TMainSchema> ParseName(const std::string& fileName) {
-    for (const TSchemaKind& kind : kKinds) {
-        if (!fileName.starts_with(kind.Prefix) || !fileName.ends_with(kExtension))
-            continue;
-        std::string versao =
-            fileName.substr(kind.Prefix.size(), fileName.size() - kind.Prefix.size() - kExtension.size());
-        std::replace(versao.begin(), versao.end(), '_', '.');
-        const bool form =
-            versao.size() == 7 && versao[1] == '.' && versao[4] == '.' &&
-            std::count_if(versao.begin(), versao.end(), [](char c) { return c >= '0' && c <= '9'; }) == 5;
-        if (form)
-            return TMainSchema{&kind, versao, fileName, TSchemaOrigin::Missing, false, {}};
-    }
-    return std::nullopt;
-}
 
 void Sort(std::vector<TMainSchema>& schemas) {
     std::sort(schemas.begin(), schemas.end(), [](const TMainSchema& a, const TMainSchema& b) {
@@ -73,8 +43,9 @@ void Sort(std::vector<TMainSchema>& schemas) {
 std::vector<TMainSchema> MainSchemas(const std::vector<std::string>& fileNames) {
     std::vector<TMainSchema> schemas;
     for (const std::string& name : fileNames)
-        if (auto schema = ParseName(name))
-            schemas.push_back(std::move(*schema));
+        if (auto parsed = ParseSchemaFileName(name))
+            schemas.push_back(
+                {parsed->Kind, std::move(parsed->Versao), name, TSchemaOrigin::Missing, false, {}});
     Sort(schemas);
     return schemas;
 }
@@ -105,12 +76,8 @@ std::set<std::string> ApproximateFiles() {
 /// Every version that the program supports, and whatever else is installed.
 std::vector<TMainSchema> ListSchemas(const TSchemaFolder& folder) {
     std::vector<std::string> names = folder.FileNames();
-    for (const TArquivoTissClass& version : TArquivoTissFactory::Classes()) {
-        const bool monitoring = version.GetVersao().starts_with("1.");
-        names.push_back(TValidadorController::SchemaFileName(
-            monitoring ? TEnumTipoArquivoTiss::taMonitoramento : TEnumTipoArquivoTiss::taMensagemTISS,
-            version.GetVersao()));
-    }
+    for (const TArquivoTissClass& version : TArquivoTissFactory::Classes())
+        names.push_back(SchemaFileName(version.Tipo, version.Versao));
     std::sort(names.begin(), names.end());
     names.erase(std::unique(names.begin(), names.end()), names.end());
     const std::set<std::string> approximate = ApproximateFiles();

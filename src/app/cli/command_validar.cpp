@@ -2,6 +2,7 @@
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "app/cli/progress.h"
+#include "model/tiss_kinds.h"
 #include "platform/platform.h"
 #include "validation/solver.h"
 #include "validation/validation_message.h"
@@ -125,10 +126,8 @@ class TReporter {
     static std::string Kind(const TValidateArgs& result, const std::string& versao) {
         if (result.ArquivoTiss == nullptr)
             return {};
-        const char* kind = result.ArquivoTiss->TipoArquivo() == TEnumTipoArquivoTiss::taMensagemTISS
-                               ? "Mensagem TISS"
-                               : "Monitoramento TISS";
-        return fmt::format("  {}, {}, versão {}\n", kind, result.ArquivoTiss->TextoTipoTransacao(), versao);
+        return fmt::format("  {}, {}, versão {}\n", KindOf(result.ArquivoTiss->TipoArquivo()).Title,
+                           result.ArquivoTiss->TextoTipoTransacao(), versao);
     }
 
     std::string Text(const TValidateArgs& result, const std::string& versao, const TXmlMessages& listed,
