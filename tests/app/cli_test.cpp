@@ -180,32 +180,50 @@ TEST_F(Cli, ANamedSchemaFolderIsNotBackedByTheWorkingFolder) {
         EXPECT_EQ(schema["origem"], "") << schema;
 }
 
-TEST_F(Cli, WrongCommandLinesEndWithStatusTwo) {
-    const std::vector<std::vector<std::string>> cases = {
-        {},
-        {"inexistente"},
-        {"validar"},
-        {"validar", "x", "--paralelo", "0"},
-        {"validar", "x", "--formato", "xml"},
-        {"informar", "x", "--formato", "ndjson"},
-        {"validar", "x", "--nada"},
-        {"validar", File("valido.xml"), "--desativar", "tiss.nenhuma"},
-        {"validar", File("valido.xml"), "--desativar", "tiss.mensagem.hash"},
-        {"esquemas"},
-        {"informar", "a", "b"},
-    };
-    for (const auto& words : cases) {
+TEST_F(Cli, CommandLinesEndAsTheyShould) {
+    WriteTestFile(File("quebrado.xml"), "<a>");
+    WriteTestFile(File("outro.xml"), "<a/>");
+    WriteTestFile(File("bytes.xml"), "<a>\n\xFF</a>");
+    std::filesystem::create_directory(File("vazia"));
+    std::filesystem::create_symlink("valido.xml", File("atalho.xml"));
+    std::filesystem::create_directory_symlink(Example(""), File("exemplos"));
+    WriteTestFile(File("Conferix.ini"), "");
+    std::filesystem::create_directory(File("dados"));
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder_.Path());
+    const std::string source = ReadTestFile("valido.xml");
+    const std::set<std::string> files = folder_.Names();
+    std::ifstream cases(std::filesystem::path(CONFERIX_FONTE) / "tests/app/cases/commands.txt");
+    std::string told;
+    int count = 0;
+    for (std::string command, line; std::getline(cases, line);) {
+        if (line.empty() || line[0] == '#')
+            continue;
+        if (line[0] != '$') {
+            EXPECT_THAT(told, HasSubstr(line)) << command;
+            continue;
+        }
+        command = line;
+        std::istringstream stream(line.substr(1));
+        std::vector<std::string> words;
+        for (std::string word; stream >> word;)
+            words.push_back(word == "''" ? "" : word);
         const TCommandResult result = Run(words);
-        EXPECT_EQ(result.Status, kExitUsage) << testing::PrintToString(words);
-        EXPECT_THAT(result.Err, StartsWith("conferix: erro: ")) << testing::PrintToString(words);
-        EXPECT_THAT(result.Out, IsEmpty());
+        std::getline(cases, line);
+        EXPECT_EQ(std::to_string(result.Status), line.substr(0, 1)) << command << '\n' << result.Err;
+        told = result.Out + result.Err;
+        EXPECT_THAT(told, HasSubstr(line.substr(2))) << command;
+        if (result.Status > kExitInvalid) {
+            EXPECT_EQ(result.Out, "") << command;
+        }
+        EXPECT_EQ(folder_.Names(), files) << command;
+        ++count;
     }
-    EXPECT_THAT(Run({"validar", File("valido.xml"), "--desativar", "tiss.mensagem.hash"}).Err,
-                HasSubstr("A validação \"Hash MD5\" é obrigatória. Não é possível desativá-la."));
-    EXPECT_THAT(Run({"--ajuda"}).Out, AllOf(HasSubstr("Uso"), HasSubstr("validar"), Not(HasSubstr("Usage")),
-                                            Not(HasSubstr("Options")), Not(HasSubstr("Subcommands"))));
-    EXPECT_THAT(Run({"validar", "--ajuda"}).Out, HasSubstr("--paralelo"));
-    EXPECT_THAT(Run({"--versao"}).Out, StartsWith("conferix "));
+    EXPECT_GT(count, 70);
+    options_.clear();
+    EXPECT_THAT(Run({}).Err, HasSubstr("falta o comando"));
+    EXPECT_EQ(ReadTestFile("valido.xml"), source);
+    std::filesystem::current_path(before);
 }
 
 TEST_F(Cli, InformsAboutAFile) {
@@ -332,56 +350,6 @@ TEST_F(Cli, SwitchesRulesAndKeepsThemSo) {
     EXPECT_THAT(Run({"regras", "--config", File("config.json"), "--ativar", field}).Err,
                 HasSubstr("tiss.futura"));
     EXPECT_THAT(ReadTestFile(File("config.json")), AllOf(HasSubstr(field), HasSubstr("tiss.futura")));
-}
-
-TEST_F(Cli, ShowsAndChangesTheProxySettings) {
-    const struct {
-        std::vector<std::string> Words;
-        int Status;
-        std::string Text;
-    } cases[] = {{{}, kExitValid, "Conexão direta com a internet\n"},
-                 {{"--modo", "manual"}, kExitUsage, "Preencha o endereço do servidor."},
-                 {{"--modo", "manual", "--servidor", "a b"}, kExitUsage, "não pode conter espaços"},
-                 {{"--modo", "manual", "--servidor", "p"}, kExitUsage, "Informe um número de porta válido."},
-                 {{"--porta", "70000"}, kExitUsage, "Informe um número de porta válido."},
-                 {{"--modo", "outro"}, kExitUsage, "direto, sistema ou manual"},
-                 {{"--modo", "manual", "--servidor", "p", "--porta", "3128"}, kExitValid, "Porta: 3128"},
-                 {{"--servidor", ""}, kExitUsage, "Preencha o endereço do servidor."},
-                 {{"--modo", "sistema"}, kExitValid, "Detecção automática"},
-                 {{"--servidor", ""}, kExitValid, "Servidor: \nPorta: 3128"},
-                 {{"--servidor", "q", "--porta", "0"}, kExitValid, "Servidor: q\nPorta: \n"}};
-    for (const auto& c : cases) {
-        std::vector<std::string> words = {"proxy"};
-        words.insert(words.end(), c.Words.begin(), c.Words.end());
-        const TCommandResult result = Run(words);
-        EXPECT_EQ(result.Status, c.Status) << result.Err;
-        EXPECT_THAT(result.Out + result.Err, HasSubstr(c.Text));
-    }
-    const json shown = RunJson({"proxy"});
-    EXPECT_EQ(shown["modo"], "sistema");
-    EXPECT_EQ(shown["porta"], 0);
-}
-
-TEST_F(Cli, ChecksDocuments) {
-    const struct {
-        const char* Documento;
-        const char* Valor;
-        int Status;
-    } cases[] = {{"cpf", "52998224725", kExitValid},
-                 {"cpf", "52998224726", kExitInvalid},
-                 {"cnpj", "11222333000181", kExitValid},
-                 {"cnpj", "11222333000182", kExitInvalid},
-                 {"cns", "", kExitInvalid},
-                 {"rg", "1", kExitUsage}};
-    for (const auto& c : cases) {
-        const TCommandResult result = Run({"documento", c.Documento, c.Valor, "--formato", "json"});
-        EXPECT_EQ(result.Status, c.Status) << c.Documento << " " << c.Valor;
-        if (c.Status != kExitUsage) {
-            const json verdict = json::parse(result.Out);
-            EXPECT_EQ(verdict["valido"], c.Status == kExitValid);
-            EXPECT_EQ(verdict["valor"], c.Valor);
-        }
-    }
 }
 
 TEST_F(Cli, AnUnusableTerminologyIsAFindingOfEachFile) {

@@ -201,11 +201,6 @@ TEST_F(Correction, WritesWhereItIsTold) {
     EXPECT_EQ(ReadTestFile(file), right);
     EXPECT_THAT(Run({"corrigir", file, "--todas"}).Err,
                 HasSubstr("nada foi corrigido; o arquivo está válido."));
-
-    const TCommandResult unwritable =
-        Run({"corrigir", file, "--todas", "--saida", File("nenhuma/pasta.xml")});
-    EXPECT_EQ(unwritable.Status, kExitUnreadable);
-    EXPECT_THAT(unwritable.Err, StartsWith("conferix: erro: "));
 }
 
 TEST_F(Correction, TellsThatASignedFileHasToBeSignedAnew) {
@@ -233,45 +228,6 @@ TEST_F(Correction, ListsWhatCanBeCorrectedWithItsNumbers) {
         const auto number = entry["numero"].get<std::size_t>();
         EXPECT_EQ(entry["texto"], shown[number - 1]["texto"]);
         EXPECT_THAT(text.Out, HasSubstr(fmt::format("mensagem {}: erro: [Linha: ", number)));
-    }
-    EXPECT_EQ(Run({"corrigir", ExampleFile("consulta-4.01.00-valido.xml")}).Status, kExitValid);
-}
-
-TEST_F(Correction, RefusesWhatCannotBeDone) {
-    const std::string file = ExampleFile("spsadt-3.05.00-itens-errados.xml");
-    WriteTestFile(File("quebrado.xml"), "<ans:mensagemTISS><a></ans:mensagemTISS>");
-    WriteTestFile(File("outro.xml"), "<html/>");
-    WriteTestFile(File("bytes.xml"), "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a>\xFF</a>");
-    const struct {
-        std::vector<std::string> Words;
-        int Status;
-        const char* Err;
-    } cases[] = {
-        {{File("quebrado.xml"), "--todas", "--saida", File("saida.xml")}, kExitInvalid, "[Linha: 1]"},
-        {{File("outro.xml"), "--todas", "--saida", File("saida.xml")}, kExitInvalid, "outro.xml: "},
-        {{File("bytes.xml"), "--todas", "--saida", File("saida.xml")}, kExitInvalid, "bytes.xml: "},
-        {{File("nenhum.xml"), "--todas"}, kExitUnreadable, "nenhum.xml: o arquivo não existe"},
-        {{file, "--saida", File("saida.xml")}, kExitUsage, "--mensagem N ou --todas"},
-        {{file, "--mensagem", "1000"}, kExitUsage, "a mensagem 1000 não existe; o arquivo tem 13 mensagens"},
-        {{file, "--mensagem", "0"}, kExitUsage, "erro"},
-        {{file, "--mensagem", "2", "--saida", File("saida.xml")},
-         kExitUsage,
-         "a mensagem 2 não oferece correção"},
-        {{file, "--mensagem", "6", "--correcao", "2"},
-         kExitUsage,
-         "a correção 2 não existe; a mensagem 6 oferece 1 correção"},
-        {{file, "--mensagem", "6", "--todas"}, kExitUsage, "não combinam"},
-        {{file, "--todas", "--no-lugar", "--simular"}, kExitUsage, "não combinam"},
-        {{"-", "--todas", "--no-lugar"}, kExitUsage, "--saida"},
-    };
-    for (const auto& c : cases) {
-        std::vector<std::string> words = {"corrigir"};
-        words.insert(words.end(), c.Words.begin(), c.Words.end());
-        const TCommandResult result = Run(words);
-        EXPECT_EQ(result.Status, c.Status) << c.Err;
-        EXPECT_THAT(result.Err, HasSubstr(c.Err));
-        EXPECT_EQ(result.Out, "") << c.Err;
-        EXPECT_FALSE(std::filesystem::exists(File("saida.xml"))) << c.Err;
     }
 }
 

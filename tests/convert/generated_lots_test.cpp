@@ -122,8 +122,9 @@ std::string TreeText(const std::string& text) {
 }
 
 bool LostSomething(const TConversionNotes& notes) {
-    return std::any_of(notes.begin(), notes.end(),
-                       [](const auto& note) { return note.Type == TConversionNoteType::ntLoss; });
+    return std::any_of(
+        notes.begin(), notes.end(),
+        [](const auto& note) { return note.Type == TConversionNoteType::ntLoss; });
 }
 
 /// Goes the whole way in one direction, judging every version that it passes, and back where there is a way.
@@ -176,9 +177,11 @@ TEST_P(LotesGerados, NadaSeCalaNoCaminho) {
             ASSERT_TRUE(Faults(*original->Xml(), GetParam()).empty());
             ++lots;
             for (const auto* targets : {&up, &down}) {
-                if (!targets->empty())
-                    GoAndReturn(text, *targets, round);
-                for (const std::string& target : *targets) {
+                if (targets->empty())
+                    continue;
+                GoAndReturn(text, *targets, round); // judges every version on the way
+                {
+                    const std::string& target = (*targets)[static_cast<std::size_t>(lots) % targets->size()];
                     const TConvertedLote lote =
                         ConvertLote(*original, target, {i % 2 == 0 ? "" : "01"}, schemas);
                     ++conversions;

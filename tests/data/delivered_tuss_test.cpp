@@ -19,12 +19,10 @@ using testing::HasSubstr;
 
 TEST(DeliveredTuss, HoldsMunicipalitiesGroupsAndTables) {
     const TTussConnection connection(CONFERIX_TUSS_DB);
-    for (const char* code : {"3550308", "355030", "5300108", "530010", "2201919", "220191"}) {
+    for (const char* code : {"3550308", "355030", "5300108", "530010", "2201919", "220191"})
         EXPECT_TRUE(connection.HasCity(code)) << code;
-    }
-    for (const char* code : {"3550307", "35503", "0355030", "03550308", "", "999999"}) {
+    for (const char* code : {"3550307", "35503", "0355030", "03550308", "", "999999"})
         EXPECT_FALSE(connection.HasCity(code)) << code;
-    }
     const struct {
         const char* Table;
         const char* Code;
@@ -38,9 +36,8 @@ TEST(DeliveredTuss, HoldsMunicipalitiesGroupsAndTables) {
         EXPECT_FALSE(answer.Date.has_value());
     }
     std::vector<std::int64_t> rows;
-    for (const auto& table : connection.Statistics()) {
+    for (const auto& table : connection.Statistics())
         rows.push_back(table.Rows);
-    }
     EXPECT_THAT(rows, ElementsAre(0, 0, 0, 0, 31, 68, 0, 0, 2 * 5571));
 }
 

@@ -119,11 +119,6 @@ TEST_F(ImportacaoRecusada, FilesThatAreNoPublication) {
 
 TEST_F(ImportacaoRecusada, PackagesThatAreDangerous) {
     const std::string csv = kHeader + "10101012;A\n";
-    const auto much = [](char c) {
-        std::string text;
-        text.resize(110'000'000, c);
-        return text;
-    };
     std::vector<TTestEntry> many(10001);
     for (std::size_t i = 0; i < many.size(); ++i)
         many[i].Name = std::to_string(i);
@@ -148,8 +143,7 @@ TEST_F(ImportacaoRecusada, PackagesThatAreDangerous) {
         {"link", {{"Tabela 22.csv", "/etc/passwd", true}}, "contém um atalho"},
         {"too many", many, "arquivos demais"},
         {"nested", {{"dentro.zip", nested}}, "há pacotes demais"},
-        {"bomb", {{"Tabela 22.csv", csv + much('\n')}}, "grande demais"},
-        {"bomb of a workbook", sheet(row + much(' ')), "grande demais"},
+        {"bomb", {{"dentro.zip", std::string(110'000'000, '\n')}}, "grande demais"},
         {"long token", sheet("<row r=\"" + std::string(6'000'000, '1') + "\"/>"), "danificada"},
         {"entities", entities, "danificada"},
         {"cut XML", sheet("<row r=\"1\"><c r="), "danificada"},
@@ -164,8 +158,8 @@ TEST_F(ImportacaoRecusada, PackagesThatAreDangerous) {
         {"other calendar", Workbook({{"Tabela 22", row}}, {}, " date1904=\"1\""), "a partir de 1904"},
         {"nothing but empty rows", sheet([] {
              std::string rows;
-             for (int i = 1; i <= 1'000'000; ++i)
-                 rows += fmt::format("<row r=\"{}\"/>", i);
+             for (int i = 0; i < 600'000; ++i) // longer than any single token may be
+                 rows += "<row/>\n\n";
              return rows;
          }()),
          "nenhuma tabela da TUSS"},

@@ -285,8 +285,10 @@ const std::vector<std::string> kMerged = {"TUSS_22|10101012|2009-02-13|~",
 TEST_F(Importacao, GivesOneResultInAnyOrderAndTogether) {
     std::vector<fs::path> files =
         Publications([this](const std::string& name, const std::string& text) { return Write(name, text); });
-    std::sort(files.begin(), files.end());
-    do {
+    // Each before and after each other one: all rotations, forwards and backwards.
+    for (std::size_t round = 0; round < 2 * files.size(); ++round) {
+        if (round == files.size())
+            std::reverse(files.begin(), files.end());
         Forget();
         for (const fs::path& file : files)
             Import({file});
@@ -295,7 +297,8 @@ TEST_F(Importacao, GivesOneResultInAnyOrderAndTogether) {
         for (const auto& [table, changes] : again.Tables)
             ASSERT_EQ(changes, (TTableChanges{0, 0, 0, changes.Same, 0})) << table;
         ASSERT_THAT(Dump(), ElementsAreArray(kMerged));
-    } while (std::next_permutation(files.begin(), files.end()));
+        std::rotate(files.begin(), files.begin() + 1, files.end());
+    }
     Forget();
     const TImportReport together = Import(files);
     EXPECT_THAT(Dump(), ElementsAreArray(kMerged));

@@ -48,9 +48,8 @@ void Fill(TTussWriter& writer) {
 class TussConnection : public testing::TestWithParam<bool> {
   protected:
     std::shared_ptr<TTussConnection> Connect(const std::function<void(TTussWriter&)>& fill) const {
-        if (GetParam()) {
+        if (GetParam())
             return TTussConnection::InMemory(fill);
-        }
         const fs::path file = folder_ / "tuss.db";
         {
             TTussWriter writer(file);
@@ -97,9 +96,8 @@ TEST_P(TussConnection, FindsInactivatedTermsOfAnyTable) {
     EXPECT_TRUE(connection->Inactivation("00", "1").Found);
     EXPECT_FALSE(connection->Inactivation("00", "1").Date.has_value());
     for (const auto& [table, code] :
-         {std::pair("19", "40501248"), {"22", "10101012"}, {"00", "01"}, {"0", "1"}}) {
+         {std::pair("19", "40501248"), {"22", "10101012"}, {"00", "01"}, {"0", "1"}})
         EXPECT_FALSE(connection->Inactivation(table, code).Found) << table << " " << code;
-    }
 }
 
 TEST_P(TussConnection, GivesThePeriodsOfTable64InOrderOfTheirStart) {
@@ -126,15 +124,12 @@ TEST_P(TussConnection, GivesThePeriodsOfTable64InOrderOfTheirStart) {
 
 TEST_P(TussConnection, TellsWhichTablesHaveRows) {
     const auto connection = Connect(Fill);
-    for (const char* table : {"18", "19", "22", "63"}) { // 63: inactivated terms only
+    for (const char* table : {"18", "19", "22", "63"}) // 63: inactivated terms only
         EXPECT_TRUE(connection->IsInstalled(table)) << table;
-    }
-    for (const char* table : {"20", "87"}) {
+    for (const char* table : {"20", "87"})
         EXPECT_FALSE(connection->IsInstalled(table)) << table;
-    }
-    for (const std::string table : {"18", "19", "20", "22"}) {
+    for (const std::string table : {"18", "19", "20", "22"})
         EXPECT_EQ(connection->IsTable64InstalledFor(table), table == "19" || table == "22") << table;
-    }
     EXPECT_TRUE(connection->IsTable64Installed());
     EXPECT_TRUE(connection->AreCitiesInstalled());
     EXPECT_TRUE(connection->HasCity("3550308"));

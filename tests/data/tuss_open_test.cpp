@@ -25,9 +25,8 @@ class TussOpen : public testing::Test {
     fs::path NewDatabase() const {
         fs::path file = folder_ / "tuss.db";
         TTussWriter writer(file);
-        for (int i = 0; i < 2000; ++i) {
+        for (int i = 0; i < 2000; ++i)
             writer.Insert(TTuss22{{std::to_string(10'000'000 + i), {}, {}}});
-        }
         writer.Commit();
         return file;
     }
@@ -63,9 +62,8 @@ TEST_F(TussOpen, RefusesWhatIsNoFile) {
         {folder_ / "cano", "não é um arquivo comum"},   {"", "o arquivo não existe"},
         {":memory:", "o arquivo não existe"},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
         EXPECT_EQ(Refusal(c.File), Text(c.File, c.Reason));
-    }
     EXPECT_THAT(folder_.Names(), ElementsAre("cano", "pasta")) << "nothing is created";
 }
 

@@ -33,9 +33,8 @@ TEST(IsoDate, ReadsDaysOfTheCalendarInOneFormOnly) {
     }
     for (const char* text : {"", "2023-02-29", "2024-13-01", "2024-00-10", "2024-01-00", "2024-01-32",
                              "0000-01-01", "2024-1-01", "20240101", "2024/01/01", "01/02/2024", "2024-01-01 ",
-                             "2024-01-01T00:00:00", "-024-01-01", "45000"}) {
+                             "2024-01-01T00:00:00", "-024-01-01", "45000"})
         EXPECT_FALSE(ParseIsoDate(text).has_value()) << text;
-    }
 }
 
 TEST(DBUtils, MakesRepeatedNamesUnique) {
@@ -53,15 +52,13 @@ TEST(DBUtils, MakesRepeatedNamesUnique) {
     for (const auto& c : cases) {
         std::vector<TDBParam> params;
         params.reserve(c.Names.size());
-        for (const std::string& name : c.Names) {
+        for (const std::string& name : c.Names)
             params.push_back({name, {}});
-        }
         TDBUtils::MakeNamesUnique(params);
         std::vector<std::string> names;
         names.reserve(params.size());
-        for (const TDBParam& param : params) {
+        for (const TDBParam& param : params)
             names.push_back(param.Name);
-        }
         EXPECT_THAT(names, ElementsAreArray(c.Unique));
     }
 }
@@ -73,9 +70,8 @@ TEST(DBUtils, ShowsAMissingValueAsNull) {
 }
 
 TEST(TussTableName, KnowsTheTablesOfTermsAndRaisesForOthers) {
-    for (const std::string number : {"18", "19", "20", "22", "63", "87"}) {
+    for (const std::string number : {"18", "19", "20", "22", "63", "87"})
         EXPECT_EQ(TussTableName(number), "TB_TUSS_" + number);
-    }
     for (const std::string number : {"", "00", "64", "98", "022", "22 "}) {
         try {
             TussTableName(number);

@@ -59,9 +59,8 @@ TEST(FormatSettings, CountsAndOtherDecimals) {
         {0, "0"},          {999, "999"},
         {1000, "1.000"},   {-999, "-999"},
         {-1000, "-1.000"}, {std::numeric_limits<std::int64_t>::min(), "-9.223.372.036.854.775.808"}};
-    for (const auto& c : counts) {
+    for (const auto& c : counts)
         EXPECT_EQ(kBrazil.Count(c.Value), c.Text);
-    }
     EXPECT_EQ(TFormatSettings::Messages().Count(1234567), "1234567");
     EXPECT_EQ(kBrazil.Decimal(2.5, 0), "3");
     EXPECT_EQ(kBrazil.Decimal(-0.5, 0), "-1");
@@ -79,9 +78,8 @@ TEST(FormatSettings, SeparatorsThatNoCountryUsesGiveThoseOfBrazil) {
         {{".", ""}, "1.234,50"},  {{"", ""}, "1.234,50"},
         {{"", "."}, "1.234,50"},  {{",", ","}, "1.234,50"},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
         EXPECT_EQ(TFormatSettings::OfLocale(c.Locale).Money(1234.5), c.Text);
-    }
 }
 
 struct TLocaleCase {
@@ -98,9 +96,8 @@ class LocaleOfTheUser : public testing::TestWithParam<TLocaleCase> {};
 TEST_P(LocaleOfTheUser, GivesTheSeparators) {
     const TLocaleCase& c = GetParam();
     const locale_t installed = newlocale(LC_NUMERIC_MASK, c.Locale, nullptr);
-    if (installed == nullptr) {
+    if (installed == nullptr)
         GTEST_SKIP() << "the locale " << c.Locale << " is not installed";
-    }
     freelocale(installed);
     const TEnvironment environment("LC_ALL", c.Locale);
     EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(-1234567.891), c.Text);
@@ -141,9 +138,8 @@ TEST(ParseDecimal, TakesTheLexicalFormOfADecimalAndNothingElse) {
         EXPECT_EQ(*value, c.Value) << c.Text;
     }
     for (const char* text : {"", "  ", ".", "+", "-", "+.", "1e3", "1,5", "1.5.0", "--1", "+-1", "1 0",
-                             "0x10", "INF", "NaN", "1.5a", "\u00A01", "- 1", "1.2-"}) {
+                             "0x10", "INF", "NaN", "1.5a", "\u00A01", "- 1", "1.2-"})
         EXPECT_FALSE(ParseDecimal(text).has_value()) << text;
-    }
     EXPECT_FALSE(ParseDecimal(std::string("1\0", 2)).has_value());
     EXPECT_FALSE(ParseDecimal(std::string(400, '9')).has_value()) << "beyond the range of a double";
     EXPECT_EQ(ParseDecimal("-0." + std::string(400, '0') + "1"), 0.0);

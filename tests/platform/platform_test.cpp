@@ -131,11 +131,10 @@ TEST(ReadWholeFile, RefusesMoreThanTheLimit) {
         // Not to be ended by the signal when the reader stops early.
         std::signal(SIGPIPE, SIG_IGN);
         std::thread sender([&] { WriteTestFile(pipe, std::string(200'000, 'p')); });
-        if (limit < 200'000U) {
+        if (limit < 200'000U)
             EXPECT_THROW(ReadWholeFile(pipe, limit), EFileNotRead);
-        } else {
+        else
             EXPECT_EQ(ReadWholeFile(pipe, limit).size(), limit);
-        }
         sender.join();
     }
 }
@@ -181,9 +180,8 @@ TEST(WriteFileAtomically, KeepsThePermissionsOfAnOldFileAndGivesANewOneTheUsual)
 }
 
 TEST(WriteFileAtomically, KeepsTheOwnerOfAnOldFile) {
-    if (geteuid() != 0) {
+    if (geteuid() != 0)
         GTEST_SKIP() << "only an administrator has files of others to replace";
-    }
     const TTemporaryFolder folder;
     const fs::path file = folder / "de-outro.xml";
     WriteTestFile(file, "1");
@@ -210,9 +208,8 @@ TEST(WriteFileAtomically, FollowsSymbolicLinks) {
 
     EXPECT_EQ(ReadTestFile(folder / "longe/alvo"), "2");
     EXPECT_EQ(ReadTestFile(folder / "longe/ainda-nao"), "3");
-    for (const char* link : {"atalho", "atalho2", "pendente"}) {
+    for (const char* link : {"atalho", "atalho2", "pendente"})
         EXPECT_TRUE(fs::is_symlink(folder / link)) << link;
-    }
     EXPECT_FALSE(fs::is_symlink(folder / "longe/alvo"));
     EXPECT_THAT(folder.Names(), ElementsAre("atalho", "atalho2", "longe", "pendente"));
 }
@@ -271,9 +268,8 @@ TEST(WriteFileAtomically, KeepsTheOldFileWhenTheDiskTakesNoMore) {
 }
 
 TEST(WriteFileAtomically, RefusesAWriteProtectedFile) {
-    if (geteuid() == 0) {
+    if (geteuid() == 0)
         GTEST_SKIP() << "nothing is write-protected for an administrator";
-    }
     const TTemporaryFolder folder;
     WriteTestFile(folder / "lote.xml", "velho");
     fs::permissions(folder / "lote.xml", static_cast<fs::perms>(0444));
@@ -342,9 +338,8 @@ TEST(IsTerminal, TellsATerminalFromAFile) {
     EXPECT_FALSE(IsTerminal(file));
     std::fclose(file);
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-    if (terminal < 0) {
+    if (terminal < 0)
         GTEST_SKIP() << "the system gives no pseudo-terminal";
-    }
     file = fdopen(terminal, "r+");
     ASSERT_NE(file, nullptr);
     EXPECT_TRUE(IsTerminal(file));

@@ -31,8 +31,6 @@ std::string UsageText(const CLI::ParseError& error, const std::vector<std::strin
                    ? "falta o comando"
                    : fmt::format("falta um argumento obrigatório ({})", what.substr(0, what.find(" is ")));
     }
-    if (name == "ExtrasError")
-        return fmt::format("argumento desconhecido ({})", error.what());
     if (name == "ValidationError" || name == "ConversionError")
         return fmt::format("valor inválido para uma opção ({})", error.what());
     if (name == "ArgumentMismatch")
