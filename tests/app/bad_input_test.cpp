@@ -80,7 +80,7 @@ TEST_F(BadInput, MutatedFilesEndInMessages) {
     ASSERT_FALSE(seeds.empty());
     std::mt19937 random(20261121);
     int refused = 0;
-    for (int i = 0; i < 400; ++i) {
+    for (int i = 0; i < 300; ++i) {
         std::string bytes = seeds[static_cast<std::size_t>(i) % seeds.size()];
         for (auto changes = 1 + random() % 3; changes > 0; --changes)
             bytes = Mutate(std::move(bytes), random);
@@ -92,7 +92,7 @@ TEST_F(BadInput, MutatedFilesEndInMessages) {
     }
     // Both roads are walked: texts that do not parse, and documents that the rules judge.
     EXPECT_GT(refused, 20);
-    EXPECT_LT(refused, 380);
+    EXPECT_LT(refused, 280);
 }
 
 TEST_F(BadInput, ExtremesEndInMessages) {
@@ -103,6 +103,9 @@ TEST_F(BadInput, ExtremesEndInMessages) {
         deep += "<a>";
         closing += "</a>";
     }
+    const std::string monitoring =
+        "<mensagemEnvioANS><cabecalho><identificacaoTransacao><tipoTransacao>MONITORAMENTO</tipoTransacao></"
+        "identificacaoTransacao><versaoPadrao>1.06.00</versaoPadrao></cabecalho>";
     const std::string head = "<mensagemTISS><cabecalho><Padrao>4.01.00</Padrao></cabecalho>";
     const std::string cases[] = {
         "",
@@ -110,7 +113,6 @@ TEST_F(BadInput, ExtremesEndInMessages) {
         std::string("<\0a\0/\0>\0", 8),
         "\xFE\xFF",
         deep,
-        head + deep + closing + "</mensagemTISS>",
         head + "<a b='" + std::string(3'000'000, 'x') + "'/></mensagemTISS>",
         head + "<epilogo><hash>" + std::string(3'000'000, 'f') + "</hash></epilogo></mensagemTISS>",
         "<!DOCTYPE a SYSTEM 'http://example.invalid/x.dtd'><a/>",
@@ -123,6 +125,8 @@ TEST_F(BadInput, ExtremesEndInMessages) {
     };
     for (const std::string& bytes : cases)
         EXPECT_FALSE(Judge(bytes)["valido"].get<bool>()) << bytes.substr(0, 80);
+    // One that is known for what it is, so that all rules walk it.
+    EXPECT_EQ(Judge(monitoring + deep + closing + "</mensagemEnvioANS>")["versao"], "1.06.00");
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include "app/configuracao_validacoes.h"
 #include "app/proxy_settings.h"
 #include "platform/platform.h"
-#include "support/support.h"
+#include "support/test_files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,15 +15,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-TEST(Config, WithoutFileEveryRuleIsOn) {
-    const TTemporaryFolder folder;
-    const TConfig config = TConfig::Load(folder.Path() / "config.json");
-    EXPECT_TRUE(config.IsEnabled("tiss.mensagem.hash"));
-    EXPECT_TRUE(config.IsEnabled("tiss.qualidade.schema"));
-    EXPECT_FALSE(config.IsEnabled("tiss.nenhuma"));
-    EXPECT_TRUE(std::is_sorted(config.EnabledValidations().begin(), config.EnabledValidations().end()));
-}
 
 TEST(Config, KeepsWhatItDoesNotKnow) {
     const TTemporaryFolder folder;
@@ -40,8 +31,11 @@ TEST(Config, KeepsWhatItDoesNotKnow) {
     EXPECT_EQ(ReadTestFile(file), "{\n  \"outra\": {\n    \"z\": 1,\n    \"a\": []\n  },\n"
                                   "  \"EnabledValidations\": [\n    \"a\",\n    \"tiss.mensagem\"\n  ]\n}\n");
     EXPECT_THAT(TConfig::GetEnabledValidations(file), ElementsAre("a", "tiss.mensagem"));
-    config.SetDefaultInitialConfig();
+    // Without a file every rule is on.
+    config = TConfig::Load(folder.Path() / "nenhuma.json");
     EXPECT_THAT(config.UnknownValidations(), IsEmpty());
+    EXPECT_TRUE(config.IsEnabled("tiss.mensagem.hash"));
+    EXPECT_TRUE(std::is_sorted(config.EnabledValidations().begin(), config.EnabledValidations().end()));
     config.Save(folder.Path() / "outra" / "pasta" / "config.json"); // the folders are made
     EXPECT_THAT(TConfig::GetEnabledValidations(folder.Path() / "outra/pasta/config.json"), SizeIs(133));
 }
@@ -117,10 +111,6 @@ TEST(ConfiguracaoValidacoes, SwitchesAGroupByTheTreeAndRefusesWhatIsRequired) {
 TEST(Proxy, SettingsAreKeptBesideWhatElseTheFileHolds) {
     const TTemporaryFolder folder;
     const auto file = folder.Path() / "Conferix.ini";
-    TProxySettings settings(file);
-    EXPECT_EQ(settings.Mode, TProxyMode::Direct);
-    EXPECT_EQ(settings.Server, "");
-    EXPECT_EQ(settings.Port, 0);
     WriteTestFile(file, "; nota\n[Outra]\nChave = v\n[Proxy]\nMode = 7\nPort = 70000\nServer=a b\n");
     TProxySettings odd(file);
     EXPECT_EQ(odd.Mode, TProxyMode::Direct);
@@ -139,15 +129,6 @@ TEST(Proxy, SettingsAreKeptBesideWhatElseTheFileHolds) {
     EXPECT_EQ(saved.Port, 8080);
     TProxySettings nowhere(folder.Path() / "nenhuma" / "Conferix.ini");
     EXPECT_THROW(nowhere.Save(), EFileNotWritten);
-}
-
-TEST(Proxy, ChecksWhatIsTyped) {
-    EXPECT_EQ(TProxySettings::CheckServer(""), "Preencha o endereço do servidor.");
-    for (const char* port : {"", "0", "65536", "-1", "+1", " 1", "1.5", "x", "99999999999999999999"})
-        EXPECT_EQ(TProxySettings::CheckPort(port), "Informe um número de porta válido.") << port;
-    for (const char* port : {"1", "65535"})
-        EXPECT_EQ(TProxySettings::CheckPort(port), "") << port;
-    EXPECT_EQ(TProxySettings::PortText(0), "");
 }
 
 } // namespace

@@ -51,7 +51,7 @@ inline std::string InlineRow(int number, const std::vector<std::string>& cells) 
     return row + "</row>";
 }
 
-class Importacao : public testing::Test {
+class Imports : public testing::Test {
   protected:
     std::filesystem::path File(const std::string& name) const { return folder_ / name; }
     std::filesystem::path Database() const { return folder_ / "dados/tuss.db"; }

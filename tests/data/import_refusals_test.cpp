@@ -18,7 +18,7 @@ using testing::HasSubstr;
 
 const std::string kHeader = "Código do Termo;Termo\n";
 
-class ImportacaoRecusada : public Importacao {
+class ImportRefusals : public Imports {
   protected:
     void SetUp() override {
         Import({Write("Tabela 22.csv", kHeader + "10101012;Consulta\n")});
@@ -73,7 +73,7 @@ class ImportacaoRecusada : public Importacao {
     std::string before_;
 };
 
-TEST_F(ImportacaoRecusada, FilesThatAreNoPublication) {
+TEST_F(ImportRefusals, FilesThatAreNoPublication) {
     const std::string zip = [this] {
         WriteZip(File("bom.zip"), {{"Tabela 22.csv", kHeader + std::string(5000, 'x') + "10101012;A\n"}});
         return ReadTestFile(File("bom.zip"));
@@ -117,7 +117,7 @@ TEST_F(ImportacaoRecusada, FilesThatAreNoPublication) {
         EXPECT_THAT(Refusal(c.Source), HasSubstr(c.Reason)) << c.Source;
 }
 
-TEST_F(ImportacaoRecusada, PackagesThatAreDangerous) {
+TEST_F(ImportRefusals, PackagesThatAreDangerous) {
     const std::string csv = kHeader + "10101012;A\n";
     std::vector<TTestEntry> many(10001);
     for (std::size_t i = 0; i < many.size(); ++i)
@@ -170,7 +170,7 @@ TEST_F(ImportacaoRecusada, PackagesThatAreDangerous) {
     }
 }
 
-TEST_F(ImportacaoRecusada, IsStoppedInterruptedKilledOrOutOfSpace) {
+TEST_F(ImportRefusals, IsStoppedInterruptedKilledOrOutOfSpace) {
     WriteMany();
     for (const double when : {0.0, 0.3, 0.8}) {
         std::atomic<bool> stop{false};
@@ -209,7 +209,7 @@ TEST_F(ImportacaoRecusada, IsStoppedInterruptedKilledOrOutOfSpace) {
     EXPECT_EQ(ImportTerminology(Options()).Tables.at("18").Added, 20000);
 }
 
-TEST_F(ImportacaoRecusada, TargetsThatCannotBeWritten) {
+TEST_F(ImportRefusals, TargetsThatCannotBeWritten) {
     WriteMany();
     TImportOptions options = Options();
     std::string second;
