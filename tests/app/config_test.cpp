@@ -46,12 +46,7 @@ TEST(Config, ADamagedFileIsNamedAndKept) {
     for (const char* content :
          {"", "{", "[]", "{\"EnabledValidations\": 1}", "{\"EnabledValidations\": [1]}", "\xFF\xFE"}) {
         WriteTestFile(file, content);
-        try {
-            TConfig::Load(file);
-            ADD_FAILURE() << content;
-        } catch (const EInvalidConfig& error) {
-            EXPECT_THAT(error.what(), HasSubstr(file.string()));
-        }
+        EXPECT_THAT(TextOf<EInvalidConfig>([&] { TConfig::Load(file); }), HasSubstr(file.string()));
         EXPECT_EQ(ReadTestFile(file), content);
     }
     EXPECT_THROW(TConfig::Load(folder.Path()), EInvalidConfig);

@@ -58,12 +58,8 @@ TEST(ApplicationDatabase, LeavesTheFileOfANewerProgramAlone) {
     database.Build();
     const std::string newer = std::to_string(TDatabase::SchemaVersion() + 1);
     database.CreateConnection()->exec("PRAGMA user_version = " + newer);
-    try {
-        database.Update();
-        FAIL() << "a newer schema was migrated";
-    } catch (const EDatabaseNotOpened& error) {
-        EXPECT_THAT(error.what(), HasSubstr("foi gravado por uma versão mais nova do programa"));
-    }
+    EXPECT_THAT(TextOf<EDatabaseNotOpened>([&] { database.Update(); }),
+                HasSubstr("foi gravado por uma versão mais nova do programa"));
     EXPECT_EQ(std::to_string(SchemaVersionOf(database)), newer);
 }
 
@@ -81,13 +77,8 @@ TEST(ApplicationDatabase, NamesTheFileAndTheReasonOfAFailure) {
     };
     for (const auto& c : cases) {
         const fs::path file = folder / c.Name;
-        try {
-            TDatabase(file).Build();
-            FAIL() << c.Name;
-        } catch (const EDatabaseNotOpened& error) {
-            EXPECT_EQ(error.what(),
-                      "Não foi possível abrir o banco de dados \"" + file.string() + "\": " + c.Reason);
-        }
+        EXPECT_EQ(TextOf<EDatabaseNotOpened>([&] { TDatabase(file).Build(); }),
+                  "Não foi possível abrir o banco de dados \"" + file.string() + "\": " + c.Reason);
     }
 }
 

@@ -170,13 +170,9 @@ TEST(TussConnectionOnAFile, SaysWhichDateIsMalformed) {
         SQLite::Database(file.string(), SQLite::OPEN_READWRITE)
             .exec("UPDATE TB_TUSS_22 SET DATA_INICIO_VIGENCIA = " + value + " WHERE CODIGO = '10101012'");
         const TTussConnection connection(file);
-        try {
-            connection.StartOfValidity("22", "10101012");
-            FAIL() << value;
-        } catch (const ETerminologyNotRead& error) {
-            EXPECT_THAT(error.what(), AllOf(HasSubstr(file.string()), HasSubstr("DATA_INICIO_VIGENCIA"),
-                                            HasSubstr("não tem a forma AAAA-MM-DD")));
-        }
+        EXPECT_THAT(TextOf<ETerminologyNotRead>([&] { connection.StartOfValidity("22", "10101012"); }),
+                    AllOf(HasSubstr(file.string()), HasSubstr("DATA_INICIO_VIGENCIA"),
+                          HasSubstr("não tem a forma AAAA-MM-DD")));
         EXPECT_TRUE(connection.StartOfValidity("22", "1010").Found) << "the connection is still of use";
     }
 }
@@ -224,13 +220,8 @@ TEST(TussWriter, RefusesASecondRowOfAKeyAndKeepsNothingWithoutCommit) {
     for (const auto& insert : repeated) {
         TTussWriter writer(file);
         Fill(writer);
-        try {
-            insert(writer);
-            FAIL() << "a key was taken twice";
-        } catch (const ETerminologyNotWritten& error) {
-            EXPECT_THAT(error.what(),
-                        AllOf(HasSubstr("já existe uma linha com essa chave"), HasSubstr("CODIGO = ")));
-        }
+        EXPECT_THAT(TextOf<ETerminologyNotWritten>([&] { insert(writer); }),
+                    AllOf(HasSubstr("já existe uma linha com essa chave"), HasSubstr("CODIGO = ")));
     }
     TTussWriter writer(file);
     writer.Insert(TCidade{"3550308"});

@@ -36,12 +36,7 @@ class TussOpen : public testing::Test {
     }
 
     static std::string Refusal(const fs::path& file) {
-        try {
-            const TTussConnection connection(file);
-        } catch (const ETerminologyNotOpened& error) {
-            return error.what();
-        }
-        return "it was opened";
+        return TextOf<ETerminologyNotOpened>([&] { const TTussConnection connection(file); });
     }
 
     static std::string Text(const fs::path& file, const std::string& reason) {
@@ -123,12 +118,8 @@ TEST_F(TussOpen, RefusesADamagedFile) {
     std::string rowsGone = whole;
     rowsGone.replace(4096, rowsGone.size() - 4096, rowsGone.size() - 4096, '\xAA');
     WriteTestFile(file, rowsGone);
-    try {
-        TTussConnection(file).StartOfValidity("22", "10000001");
-        FAIL() << "a damaged table was read";
-    } catch (const ETerminologyNotRead& error) {
-        EXPECT_EQ(error.Reason(), "o banco de dados está danificado (CODIGO = 10000001)");
-    }
+    EXPECT_THAT(TextOf<ETerminologyNotRead>([&] { TTussConnection(file).StartOfValidity("22", "10000001"); }),
+                testing::EndsWith(": o banco de dados está danificado (CODIGO = 10000001)"));
 }
 
 TEST_F(TussOpen, RefusesAFileThatIsLocked) {

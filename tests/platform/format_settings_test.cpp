@@ -82,43 +82,28 @@ TEST(FormatSettings, SeparatorsThatNoCountryUsesGiveThoseOfBrazil) {
         EXPECT_EQ(TFormatSettings::OfLocale(c.Locale).Money(1234.5), c.Text);
 }
 
-struct TLocaleCase {
-    const char* Locale;
-    const char* Text;
-};
-
-void PrintTo(const TLocaleCase& c, std::ostream* out) {
-    *out << c.Locale;
-}
-
-class LocaleOfTheUser : public testing::TestWithParam<TLocaleCase> {};
-
-TEST_P(LocaleOfTheUser, GivesTheSeparators) {
-    const TLocaleCase& c = GetParam();
-    const locale_t installed = newlocale(LC_NUMERIC_MASK, c.Locale, nullptr);
-    if (installed == nullptr)
-        GTEST_SKIP() << "the locale " << c.Locale << " is not installed";
-    freelocale(installed);
-    const TEnvironment environment("LC_ALL", c.Locale);
-    EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(-1234567.891), c.Text);
-    EXPECT_STREQ(setlocale(LC_ALL, nullptr), "C") << "the locale of the process was changed";
-}
-
-constexpr TLocaleCase kLocales[] = {
-    {"C", "-1.234.567,89"},
-    {"POSIX", "-1.234.567,89"},
-    {"C.UTF-8", "-1.234.567,89"},
-    {"pt_BR.UTF-8", "-1.234.567,89"},
-    {"pt_BR.ISO-8859-1", "-1.234.567,89"},
-    {"en_US.UTF-8", "-1,234,567.89"},
-    {"fr_FR.UTF-8", "-1\u202F234\u202F567,89"},
-    {"nb_NO.ISO-8859-1", "-1\u00A0234\u00A0567,89"},
-};
-INSTANTIATE_TEST_SUITE_P(, LocaleOfTheUser, testing::ValuesIn(kLocales));
-
-TEST(FormatSettings, AnUnknownLocaleGivesTheSeparatorsOfBrazil) {
-    const TEnvironment environment("LC_ALL", "xx_XX.UTF-8");
-    EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(1234.5), "1.234,50");
+TEST(FormatSettings, SeparatorsAreThoseOfTheUsersLocale) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"C", "-1.234.567,89"},
+        {"POSIX", "-1.234.567,89"},
+        {"C.UTF-8", "-1.234.567,89"},
+        {"pt_BR.UTF-8", "-1.234.567,89"},
+        {"pt_BR.ISO-8859-1", "-1.234.567,89"},
+        {"en_US.UTF-8", "-1,234,567.89"},
+        {"fr_FR.UTF-8", "-1\u202F234\u202F567,89"},
+        {"nb_NO.ISO-8859-1", "-1\u00A0234\u00A0567,89"},
+        {"xx_XX.UTF-8", "-1.234.567,89"}, // there is none of that name
+    };
+    for (const auto& [locale, text] : cases) {
+        const locale_t installed = newlocale(LC_NUMERIC_MASK, locale, nullptr);
+        if (installed == nullptr && !std::string_view(locale).starts_with("xx"))
+            continue; // that of Brazil is, where the tests are set up
+        if (installed != nullptr)
+            freelocale(installed);
+        const TEnvironment environment("LC_ALL", locale);
+        EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(-1234567.891), text) << locale;
+        EXPECT_STREQ(setlocale(LC_ALL, nullptr), "C") << "the locale of the process was changed";
+    }
 }
 
 TEST(ParseDecimal, TakesTheLexicalFormOfADecimalAndNothingElse) {

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <thread>
 
@@ -26,58 +25,24 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-template<typename TException>
-std::string TextOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const TException& error) {
-        return error.what();
-    }
-    return "nothing was raised";
-}
-
 unsigned Mode(const fs::path& file) {
     return static_cast<unsigned>(fs::status(file).permissions());
 }
 
 // ---- reading
 
-TEST(ReadWholeFile, GivesAllBytesOfAFile) {
-    const TTemporaryFolder folder;
-    const std::string contents[] = {"", "a", std::string("a\0\xFF\r\n", 5), std::string(1'000'003, 'x')};
-    for (const std::string& content : contents) {
-        WriteTestFile(folder / "guia ç.xml", content);
-        EXPECT_EQ(ReadWholeFile(folder / "guia ç.xml"), content);
-    }
-}
-
-TEST(ReadWholeFile, GivesAllBytesOfAPipe) {
+TEST(ReadWholeFile, GivesAllBytesOfAFileAPipeAndWhatTellsNoSize) {
     const TTemporaryFolder folder;
     const fs::path pipe = folder / "cano";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    for (const std::size_t size : {0U, 10U, 65536U, 300'001U}) {
-        const std::string sent(size, 'p');
-        std::thread sender([&] { WriteTestFile(pipe, sent); });
-        EXPECT_EQ(ReadWholeFile(pipe), sent);
+    for (const std::string& content : {std::string(), std::string("a\0\xFF\r\n", 5), std::string(65536, 'p'),
+                                       std::string(1'000'003, 'x')}) {
+        WriteTestFile(folder / "guia ç.xml", content);
+        EXPECT_EQ(ReadWholeFile(folder / "guia ç.xml"), content);
+        std::thread sender([&] { WriteTestFile(pipe, content); });
+        EXPECT_EQ(ReadWholeFile(pipe), content);
         sender.join();
     }
-}
-
-TEST(ReadWholeFile, GivesStandardInput) {
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    ASSERT_EQ(write(ends[1], "entrada", 7), 7);
-    close(ends[1]);
-    const int before = dup(STDIN_FILENO);
-    dup2(ends[0], STDIN_FILENO);
-    close(ends[0]);
-    const std::string content = ReadWholeFile("/dev/stdin");
-    dup2(before, STDIN_FILENO);
-    close(before);
-    EXPECT_EQ(content, "entrada");
-}
-
-TEST(ReadWholeFile, DoesNotTrustTheSizeThatTheSystemTells) {
     EXPECT_THAT(ReadWholeFile("/proc/self/status"), HasSubstr("VmSize"));
 }
 
@@ -103,13 +68,6 @@ TEST(ReadWholeFile, NamesFileAndReasonOfAFailure) {
     }
     EXPECT_THAT(TextOf<EFileNotRead>([&] { ReadWholeFile(folder / std::string(300, 'n')); }),
                 HasSubstr("o nome é longo demais"));
-    try {
-        ReadWholeFile(folder / "falta.xml");
-        FAIL() << "a missing file was read";
-    } catch (const EFile& error) {
-        EXPECT_EQ(error.FileName(), folder / "falta.xml");
-        EXPECT_EQ(error.Reason(), "o arquivo não existe");
-    }
 }
 
 TEST(ReadWholeFile, RefusesMoreThanTheLimit) {
@@ -144,26 +102,16 @@ TEST(ReadWholeFile, RefusesMoreThanTheLimit) {
 TEST(WriteFileAtomically, WritesNewFilesAndReplacesOldOnes) {
     const TTemporaryFolder folder;
     const std::string longName(255, 'n');
-    for (const std::string& name : {std::string("guia ç.xml"), longName}) {
-        const fs::path file = folder / name;
-        for (const std::string& bytes :
-             {std::string("novo\0\n", 6), std::string(300'000, 'x'), std::string()}) {
-            WriteFileAtomically(file, bytes);
-            EXPECT_EQ(ReadTestFile(file), bytes);
-        }
-    }
-    EXPECT_THAT(folder.Names(), ElementsAre("guia ç.xml", longName));
-}
-
-TEST(WriteFileAtomically, TakesANameWithoutFolder) {
-    const TTemporaryFolder folder;
     const fs::path before = fs::current_path();
     fs::current_path(folder.Path());
-    WriteFileAtomically("solto.xml", "1");
-    WriteFileAtomically("solto.xml", "2");
+    for (const std::string& name : {std::string("guia ç.xml"), longName}) // without a folder
+        for (const std::string& bytes :
+             {std::string("novo\0\n", 6), std::string(300'000, 'x'), std::string()}) {
+            WriteFileAtomically(name, bytes);
+            EXPECT_EQ(ReadTestFile(folder / name), bytes);
+        }
     fs::current_path(before);
-    EXPECT_EQ(ReadTestFile(folder / "solto.xml"), "2");
-    EXPECT_THAT(folder.Names(), ElementsAre("solto.xml"));
+    EXPECT_THAT(folder.Names(), ElementsAre("guia ç.xml", longName));
 }
 
 TEST(WriteFileAtomically, KeepsThePermissionsOfAnOldFileAndGivesANewOneTheUsual) {
@@ -190,8 +138,7 @@ TEST(WriteFileAtomically, KeepsTheOwnerOfAnOldFile) {
     WriteFileAtomically(file, "2");
     struct stat info = {};
     ASSERT_EQ(stat(file.c_str(), &info), 0);
-    EXPECT_EQ(info.st_uid, 1234U);
-    EXPECT_EQ(info.st_gid, 4321U);
+    EXPECT_EQ(std::pair(info.st_uid, info.st_gid), std::pair(uid_t{1234}, gid_t{4321}));
     EXPECT_EQ(Mode(file), 0660U);
 }
 
@@ -275,7 +222,6 @@ TEST(WriteFileAtomically, RefusesAWriteProtectedFile) {
     fs::permissions(folder / "lote.xml", static_cast<fs::perms>(0444));
     EXPECT_THAT(TextOf<EFileNotWritten>([&] { WriteFileAtomically(folder / "lote.xml", "novo"); }),
                 HasSubstr("acesso negado"));
-    EXPECT_EQ(ReadTestFile(folder / "lote.xml"), "velho");
 }
 
 // ---- places
@@ -319,15 +265,15 @@ TEST(CreateFolder, CreatesParentsAndAcceptsWhatIsThere) {
     }
 }
 
-TEST(ExecutablePath, NamesThisProgram) {
+TEST(ExecutablePath, NamesThisProgramWhateverLinkItWasCalledBy) {
     EXPECT_EQ(ExecutablePath().filename(), "tests_platform");
-}
-
-TEST(ExecutablePath, ResolvesLinks) {
+    if (std::getenv("CONFERIX_LINKED") != nullptr)
+        return;
     const TTemporaryFolder folder;
+    const TEnvironment linked("CONFERIX_LINKED", "1");
     fs::create_symlink(ExecutablePath(), folder / "outro-nome");
-    const std::string command = "'" + (folder / "outro-nome").string() +
-                                "' --gtest_filter=ExecutablePath.NamesThisProgram >/dev/null";
+    const std::string command =
+        "'" + (folder / "outro-nome").string() + "' --gtest_filter='ExecutablePath.*' >/dev/null";
     EXPECT_EQ(std::system(command.c_str()), 0);
 }
 

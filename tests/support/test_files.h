@@ -73,6 +73,17 @@ inline std::filesystem::path Example(const std::string& name) {
     return std::filesystem::path(CONFERIX_FONTE) / "exemplos" / name;
 }
 
+/// The text of the error that an action ends in.
+template<class Error, class Action>
+std::string TextOf(Action&& action) {
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.what();
+    }
+    return "nothing was raised";
+}
+
 inline std::string ReadTestFile(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     EXPECT_TRUE(stream) << file;
