@@ -1,14 +1,12 @@
 #include "app/updater.h"
 
+#include "data/sha256.h"
 #include "platform/platform.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
-#include <openssl/evp.h>
 
 #include <algorithm>
-#include <array>
-#include <fstream>
 #include <memory>
 
 namespace conferix {
@@ -44,26 +42,6 @@ TPackage ReadPackage(const TJsonValue& json, const std::string& base) {
 }
 
 } // namespace
-
-std::string Sha256OfFile(const std::filesystem::path& file) {
-    const std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
-    EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr);
-    std::ifstream stream(file, std::ios::binary);
-    std::array<char, 65536> buffer{};
-    while (stream) {
-        stream.read(buffer.data(), buffer.size());
-        EVP_DigestUpdate(context.get(), buffer.data(), static_cast<std::size_t>(stream.gcount()));
-    }
-    if (!stream.eof())
-        throw EFileNotRead(file, "não pôde ser lido até o fim");
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-    unsigned int length = 0;
-    EVP_DigestFinal_ex(context.get(), digest.data(), &length);
-    std::string text;
-    for (unsigned int i = 0; i < length; ++i)
-        text += fmt::format("{:02x}", digest[i]);
-    return text;
-}
 
 TUpdater::TUpdater(std::string address, const TProxySettings& proxy, std::filesystem::path folder)
     : address_(std::move(address)), http_(proxy), folder_(std::move(folder)) {

@@ -85,7 +85,4 @@ class TUpdater {
     std::filesystem::path folder_;
 };
 
-/// SHA-256 of a file as lower-case hexadecimal. Raises EFileNotRead.
-std::string Sha256OfFile(const std::filesystem::path& file);
-
 } // namespace conferix

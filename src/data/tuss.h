@@ -23,9 +23,7 @@ struct TTussTerm {
 
 /// A term whose table is known at compile time.
 template<int kTable>
-struct TTussTermOf : TTussTerm {
-    static constexpr int kNumber = kTable;
-};
+struct TTussTermOf : TTussTerm {};
 
 using TTuss18 = TTussTermOf<18>;
 using TTuss19 = TTussTermOf<19>;
@@ -67,6 +65,8 @@ struct TTussTable {
 /// The nine tables of the terminology database.
 const std::array<TTussTable, 9>& TussTables();
 
+/// The TUSS tables of which the database holds terms.
+inline constexpr std::array<std::string_view, 6> kTermTables = {"18", "19", "20", "22", "63", "87"};
 inline constexpr std::string_view kColumnStart = "DATA_INICIO_VIGENCIA";
 inline constexpr std::string_view kTableTuss64 = "TB_TUSS_64";
 inline constexpr std::string_view kTableTussInativado = "TB_TUSS_INATIVADO";

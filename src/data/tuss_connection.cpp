@@ -25,8 +25,6 @@ namespace {
 // An import holds the file only while it commits.
 constexpr int kBusyTimeoutMs = 1000;
 
-constexpr std::array<std::string_view, 6> kTermTables = {"18", "19", "20", "22", "63", "87"};
-
 // SQLite would create a missing file, wait for a pipe and read a folder as an empty database.
 void CheckIsFile(const fs::path& file) {
     std::error_code error;

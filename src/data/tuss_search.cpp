@@ -15,7 +15,6 @@ namespace conferix {
 
 namespace {
 
-constexpr std::array<std::string_view, 6> kTermTables = {"18", "19", "20", "22", "63", "87"};
 constexpr std::size_t kMaxSimilar = 5;
 
 /// All words of a text as a query: each may be the beginning of a word.

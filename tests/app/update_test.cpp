@@ -2,6 +2,7 @@
 #include "app/updater.h"
 
 #include "app/http_server.h"
+#include "data/sha256.h"
 #include "platform/platform.h"
 #include "support/command_test.h"
 #include "support/small_lote.h"

@@ -1,17 +1,16 @@
 #include "data/import/tuss_importer.h"
 
 #include "data/import/import_errors.h"
+#include "data/sha256.h"
 #include "data/sqlite_reason.h"
 #include "data/tuss.h"
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Exception.h>
 #include <SQLiteCpp/Statement.h>
-#include <openssl/evp.h>
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <memory>
 #include <system_error>
@@ -30,28 +29,6 @@ fs::path Beside(const fs::path& file, const char* ending) {
     fs::path name = file;
     name += ending;
     return name;
-}
-
-std::string Sha256(const fs::path& file) {
-    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
-    TFileSource source(file);
-    std::vector<char> block(1 << 20);
-    bool done = context != nullptr && EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) == 1;
-    while (const std::size_t got = done ? source.Read(block.data(), block.size()) : 0) {
-        done = EVP_DigestUpdate(context.get(), block.data(), got) == 1;
-    }
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-    unsigned length = 0;
-    if (!done || EVP_DigestFinal_ex(context.get(), digest.data(), &length) != 1) {
-        throw EInvalidPublication(file, "a soma SHA-256 não pôde ser calculada");
-    }
-    std::string text;
-    constexpr std::string_view kHex = "0123456789abcdef";
-    for (unsigned i = 0; i < length; ++i) {
-        text += kHex[digest[i] >> 4U];
-        text += kHex[digest[i] & 0xFU];
-    }
-    return text;
 }
 
 /// Keeps other imports into the same file away for its life, by a locked file beside it.
@@ -246,9 +223,9 @@ class TImport : private IPublicationSink {
     void ReadFile(const fs::path& file, const TWorkFolder& work) {
         TImportedFile& read = report_.Files.emplace_back();
         read.File = file;
-        read.Sha256 = Sha256(file);
         const std::uint64_t rowsBefore = area_->Rows();
         TPublicationReader(work.Path(), *this).Read(file);
+        read.Sha256 = Sha256OfFile(file);
         const bool isNamed =
             std::find(options_.Sources.begin(), options_.Sources.end(), file) != options_.Sources.end();
         if (isNamed && area_->Rows() == rowsBefore) {

@@ -17,7 +17,6 @@ namespace conferix {
 
 namespace {
 
-constexpr std::array<std::string_view, 6> kTermTables = {"18", "19", "20", "22", "63", "87"};
 constexpr std::array<std::string_view, 4> kTablesOf64 = {"18", "19", "20", "22"};
 constexpr std::int64_t kProgressStep = 1024;
 
