@@ -1,4 +1,4 @@
-# Lido por scripts/rodar e scripts/testar: instala o que falta, configura e compila.
+# Lido por scripts/rodar, scripts/testar e scripts/conferir: instala o que falta, configura e compila.
 # Uso: source preparar.sh; preparar <preset> <alvo...>
 
 raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -7,6 +7,7 @@ pacotes_compilar=(g++ cmake ninja-build pkg-config libexpat1-dev libicu-dev libs
     libsqlitecpp-dev nlohmann-json3-dev libcli11-dev libfmt-dev libre2-dev libzip-dev libspdlog-dev
     libsimpleini-dev libcurl4-openssl-dev libcsv-dev)
 pacotes_testar=(libgtest-dev libgmock-dev libxml2-dev libxerces-c-dev locales)
+pacotes_conferir=(clang-format clang-tidy git)
 
 erro() {
     printf 'conferix: erro: %s\n' "$1" >&2

@@ -2,6 +2,7 @@
 
 #include "platform/format_settings.h"
 #include "xml/cut_text.h"
+#include "xml/lower_case.h"
 
 #include <fmt/format.h>
 
@@ -23,17 +24,6 @@ constexpr std::array<std::string_view, 5> kContainersOfGuides = {"guiastiss", "g
 constexpr std::array<std::string_view, 4> kAmountNames = {"valor", "quantidade", "qtd", "reducao"};
 /// Values that decide in which sum an item counts, or whether it is there twice.
 constexpr std::array<std::string_view, 3> kItemNames = {"codigodespesa", "tipodespesa", "sequencialitem"};
-
-std::string LowerCase(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return lower;
-}
-
-bool IsFailure(const TXmlMessage& message) {
-    return message.MsgType() == TMessageType::mtError || message.MsgType() == TMessageType::mtFatal;
-}
 
 bool DecidesWhatIsSummed(const TXmlNode& node) {
     return std::ranges::find(kItemNames, LowerCase(node.LocalName())) != kItemNames.end();
@@ -64,7 +54,7 @@ std::string At(const TXmlMessage& message) {
 TFindingMap::TFindingMap(const TXmlDocument& document, const TXmlMessages& messages) {
     std::multimap<std::int32_t, std::shared_ptr<const TXmlMessage>> byPlace;
     for (const auto& message : messages)
-        if (IsFailure(*message) && message->Line() > 0)
+        if (message->IsFailure() && message->Line() > 0)
             byPlace.emplace(message->FilePos(), message);
     TTagNumber number = 0;
     TEntry last{nullptr, 0, false, nullptr};

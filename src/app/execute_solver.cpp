@@ -29,15 +29,6 @@ TSolverPtr PickSolver(const TXmlMessage& message, const TSolverChoice& choose) {
     return choice && *choice < solvers.size() ? solvers[*choice] : nullptr;
 }
 
-bool IsError(const TXmlMessage& message) {
-    return message.MsgType() == TMessageType::mtError || message.MsgType() == TMessageType::mtFatal;
-}
-
-std::string RuleOf(const TXmlMessage& message) {
-    const auto* finding = dynamic_cast<const TValidationMessage*>(&message);
-    return finding != nullptr && finding->HasValidation() ? finding->Validation().Name : std::string();
-}
-
 /// A correction that was picked for a message.
 struct TPicked {
     std::shared_ptr<const TXmlMessage> Message;
@@ -69,7 +60,7 @@ std::vector<TBatch> BatchesOf(const TXmlMessages& messages, const TSolverChoice&
                               const TCorrectionPolicy& policy, std::vector<TCorrectionRecord>& leftOut) {
     std::vector<TBatch> batches;
     for (const auto& message : messages) {
-        TPicked picked{message, IsError(*message) ? PickSolver(*message, choose) : nullptr};
+        TPicked picked{message, message->IsFailure() ? PickSolver(*message, choose) : nullptr};
         if (picked.Solver == nullptr)
             continue;
         if (std::string refusal = policy.Refusal(*picked.Solver); !refusal.empty()) {
@@ -77,7 +68,7 @@ std::vector<TBatch> BatchesOf(const TXmlMessages& messages, const TSolverChoice&
             leftOut.back().Reason = std::move(refusal);
             continue;
         }
-        TBatch batch{RuleOf(*message),
+        TBatch batch{RuleName(*message),
                      dynamic_cast<const TUpdateNodeValueSolver*>(picked.Solver.get()) != nullptr,
                      {std::move(picked)}};
         const auto same = std::find_if(batches.begin(), batches.end(), [&](const TBatch& other) {
@@ -162,7 +153,7 @@ using TErrorCounts = std::map<TErrorKey, std::size_t>;
 TErrorKey KeyOf(const TFindingMap::TEntry& entry) {
     std::string sentence = entry.Message->Reason();
     std::erase_if(sentence, [](char c) { return (c >= '0' && c <= '9') || c == '.' || c == '-'; });
-    return {RuleOf(*entry.Message), entry.Number, std::move(sentence)};
+    return {RuleName(*entry.Message), entry.Number, std::move(sentence)};
 }
 
 /// One run over a text, from its first validation to the last.
@@ -290,7 +281,7 @@ class TCorrectionPass {
 void LogApplied(const std::string& fileName, const std::vector<TCorrectionRecord>& records) {
     std::map<std::pair<std::string, std::string>, std::size_t> counts;
     for (const TCorrectionRecord& record : records)
-        ++counts[{RuleOf(*record.Message), record.Solver}];
+        ++counts[{RuleName(*record.Message), record.Solver}];
     for (const auto& [key, count] : counts)
         LogCorrections(fileName, key.first, key.second, count);
 }

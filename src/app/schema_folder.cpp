@@ -1,7 +1,7 @@
 #include "app/schema_folder.h"
 
 #include "platform/platform.h"
-#include "schema_model/selo.h"
+#include "schema_model/seal.h"
 
 #include <algorithm>
 #include <mutex>
@@ -35,7 +35,7 @@ bool TSchemaFolder::IsImported(const std::string& fileName) const {
     if (!IsFile(file))
         return false;
     try {
-        return !SeloIntacto(ReadWholeFile(file));
+        return !HasIntactSeal(ReadWholeFile(file));
     } catch (const EFileNotRead&) {
         return true; // whoever reads it next says why it cannot be read
     }

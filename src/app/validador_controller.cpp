@@ -90,13 +90,12 @@ class TMessageFilter {
         : enabled_(enabled.begin(), enabled.end()) {}
 
     bool Hidden(const TXmlMessage& message) {
-        const auto* finding = dynamic_cast<const TValidationMessage*>(&message);
-        if (finding == nullptr)
+        const TValidationIdentity* rule = message.Rule();
+        if (rule == nullptr)
             return false;
-        const TValidationIdentity& rule = finding->Validation();
-        const auto [entry, isNew] = hidden_.try_emplace(&rule, false);
+        const auto [entry, isNew] = hidden_.try_emplace(rule, false);
         if (isNew)
-            entry->second = !rule.Required && enabled_.count(rule.Name) == 0;
+            entry->second = !rule->Required && enabled_.count(rule->Name) == 0;
         return entry->second;
     }
 
@@ -104,10 +103,6 @@ class TMessageFilter {
     std::unordered_set<std::string> enabled_;
     std::unordered_map<const TValidationIdentity*, bool> hidden_;
 };
-
-bool IsFailure(const TXmlMessage& message) {
-    return message.MsgType() == TMessageType::mtError || message.MsgType() == TMessageType::mtFatal;
-}
 
 } // namespace
 
@@ -126,11 +121,10 @@ TValidTissFile::TValidTissFile()
 
 THasIgnoredMessages::THasIgnoredMessages(const TXmlMessages& hidden)
     : TValidationMessage(
-          IValidationIdentity(), TMessageType::mtInformation,
+          TMessageType::mtInformation,
           TFormatSettings::Regional().Count(static_cast<std::int64_t>(hidden.size())) +
               (hidden.size() == 1 ? " mensagem foi ignorada." : " mensagens foram ignoradas.") +
-              "\r\nAs mensagens de validações desativadas não estão sendo exibidas.",
-          {}, 0, 0, 0) {}
+              "\r\nAs mensagens de validações desativadas não estão sendo exibidas.") {}
 
 // The name is not put in: users know this text as it is.
 EFileNotFound::EFileNotFound() : std::runtime_error("O arquivo \"%s\" não existe.") {}
@@ -288,7 +282,7 @@ void TValidadorController::Post(TValidateArgs result, const std::vector<std::str
         if (filter.Hidden(*message)) {
             result.HiddenMessages.push_back(message);
         } else if (message->MsgType() != TMessageType::mtSuccess) {
-            failed = failed || IsFailure(*message);
+            failed = failed || message->IsFailure();
             result.ValidationMessages.push_back(message);
         }
     }

@@ -1,7 +1,7 @@
 #include "convert/element_change.h"
 
 #include "platform/platform.h"
-#include "schema_model/pastas.h"
+#include "schema_model/built_in_folders.h"
 
 #include <algorithm>
 #include <charconv>
@@ -11,11 +11,11 @@ namespace conferix {
 
 namespace {
 
-using TTipo = TModeloNo::TTipo;
+using TKind = TModelNode::TKind;
 
-const std::string& TypeName(const TModeloNo& node, std::string_view versao) {
+const std::string& TypeName(const TModelNode& node, std::string_view versao) {
     static const std::string kNone;
-    const TModeloTermo* type = TermoEm(node.Tipos, versao);
+    const TModelTerm* type = TermIn(node.Types, versao);
     return type != nullptr ? type->Text : kNone;
 }
 
@@ -33,9 +33,9 @@ auto FindChild(const Content& content, std::string_view name) {
 struct TLimits {
     std::string BuiltIn; ///< the type of XML Schema that it rests on
     std::uint32_t MinLength = 0;
-    std::uint32_t MaxLength = kModeloSemLimite;
-    std::uint32_t Digits = kModeloSemLimite;
-    std::uint32_t Decimals = kModeloSemLimite;
+    std::uint32_t MaxLength = kModelUnbounded;
+    std::uint32_t Digits = kModelUnbounded;
+    std::uint32_t Decimals = kModelUnbounded;
     std::set<std::string> Others; ///< patterns and the like, as written
     std::optional<std::set<std::string>> Codes;
 };
@@ -49,37 +49,37 @@ std::uint32_t NumberOf(std::string_view text, std::uint32_t byDefault) {
 void AddLimit(TLimits& limits, const std::string& name, const std::string& value) {
     const std::size_t dots = value.find("..");
     if (name == "digitos") {
-        limits.Digits = NumberOf(value, kModeloSemLimite);
+        limits.Digits = NumberOf(value, kModelUnbounded);
     } else if (name == "decimais") {
-        limits.Decimals = NumberOf(value, kModeloSemLimite);
+        limits.Decimals = NumberOf(value, kModelUnbounded);
     } else if (name == "tamanho" && dots == std::string::npos) {
         limits.MinLength = limits.MaxLength = NumberOf(value, 0);
     } else if (name == "tamanho") {
         limits.MinLength = NumberOf(std::string_view(value).substr(0, dots), 0);
-        limits.MaxLength = NumberOf(std::string_view(value).substr(dots + 2), kModeloSemLimite);
+        limits.MaxLength = NumberOf(std::string_view(value).substr(dots + 2), kModelUnbounded);
     } else {
         limits.Others.insert(name + "=" + value);
     }
 }
 
-TLimits LimitsOf(const TEsquemaModelo& model, std::string name, std::string_view versao) {
+TLimits LimitsOf(const TSchemaModel& model, std::string name, std::string_view versao) {
     TLimits limits;
-    std::vector<const TModeloSimples*> chain;
-    while (const TModeloSimples* type = model.Simples(name)) {
+    std::vector<const TModelSimpleType*> chain;
+    while (const TModelSimpleType* type = model.SimpleType(name)) {
         chain.push_back(type);
-        const TModeloTermo* base = TermoEm(type->Bases, versao);
+        const TModelTerm* base = TermIn(type->Bases, versao);
         name = base != nullptr ? base->Text : std::string();
     }
     limits.BuiltIn = name;
     for (auto type = chain.rbegin(); type != chain.rend(); ++type) {
-        for (const TModeloLimite& limit : (*type)->Limites)
-            if (limit.Valor.Versoes.Contains(versao))
-                AddLimit(limits, limit.Nome, limit.Valor.Text);
-        if ((*type)->Codigos.empty())
+        for (const TModelLimit& limit : (*type)->Limits)
+            if (limit.Value.Versions.Contains(versao))
+                AddLimit(limits, limit.Name, limit.Value.Text);
+        if ((*type)->Codes.empty())
             continue;
         limits.Codes.emplace();
-        for (const TModeloTermo& code : (*type)->Codigos)
-            if (code.Versoes.Contains(versao))
+        for (const TModelTerm& code : (*type)->Codes)
+            if (code.Versions.Contains(versao))
                 limits.Codes->insert(code.Text);
     }
     return limits;
@@ -91,36 +91,36 @@ bool Includes(const std::set<std::string>& all, const std::set<std::string>& som
 
 } // namespace
 
-const std::shared_ptr<const TEsquemaModelo>& MessageModel() {
-    static const std::shared_ptr<const TEsquemaModelo> found = [] {
+const std::shared_ptr<const TSchemaModel>& MessageModel() {
+    static const std::shared_ptr<const TSchemaModel> found = [] {
         const std::filesystem::path folder = SchemaModelFolder();
-        for (const auto& model : LoadModelos(folder)) {
+        for (const auto& model : LoadSchemaModels(folder)) {
             const bool messages =
-                !model->Elementos().empty() && model->Elementos().front().Nome == "mensagemTISS";
-            if (messages && std::count(model->Versoes().begin(), model->Versoes().end(), "4.00.00") != 0)
+                !model->Elements().empty() && model->Elements().front().Name == "mensagemTISS";
+            if (messages && std::count(model->Versions().begin(), model->Versions().end(), "4.00.00") != 0)
                 return model;
         }
-        throw EModeloInvalido(PathText(folder), 0, "falta o modelo das mensagens");
+        throw EInvalidSchemaModel(PathText(folder), 0, "falta o modelo das mensagens");
     }();
     return found;
 }
 
-TVersionChange::TVersionChange(std::shared_ptr<const TEsquemaModelo> modelo, std::string from, std::string to,
+TVersionChange::TVersionChange(std::shared_ptr<const TSchemaModel> modelo, std::string from, std::string to,
                                std::vector<std::string> messagePath)
     : modelo_(std::move(modelo)), from_(std::move(from)), to_(std::move(to)),
       messagePath_(std::move(messagePath)) {
-    const TModeloNo& root = modelo_->Elementos().front();
+    const TModelNode& root = modelo_->Elements().front();
     root_ = Compare(root, root);
 }
 
-TVersionChange::TContent TVersionChange::ContentOf(const TModeloNo& element, std::string_view versao) const {
+TVersionChange::TContent TVersionChange::ContentOf(const TModelNode& element, std::string_view versao) const {
     TContent content;
     if (const std::string& type = TypeName(element, versao); !type.empty()) {
         AddType(content, type, versao);
     } else {
-        if (const TModeloTermo* base = TermoEm(element.Bases, versao))
+        if (const TModelTerm* base = TermIn(element.Bases, versao))
             AddType(content, base->Text, versao);
-        AddNodes(content, element.Filhos, false, false, versao);
+        AddNodes(content, element.Children, false, false, versao);
     }
     KeepMessage(content);
     return content;
@@ -131,37 +131,37 @@ void TVersionChange::KeepMessage(TContent& content) const {
         const auto found = FindChild(content, step);
         if (found == content.end())
             continue;
-        const TModeloNo* kept = found->Node;
+        const TModelNode* kept = found->Node;
         std::erase_if(content,
                       [kept](const TChild& other) { return other.Alternative && other.Node != kept; });
     }
 }
 
 void TVersionChange::AddType(TContent& content, const std::string& name, std::string_view versao) const {
-    const TModeloTipo* type = modelo_->Tipo(name);
+    const TModelComplexType* type = modelo_->ComplexType(name);
     if (type == nullptr)
         return;
-    if (const TModeloTermo* base = TermoEm(type->Bases, versao))
+    if (const TModelTerm* base = TermIn(type->Bases, versao))
         AddType(content, base->Text, versao);
-    AddNodes(content, type->Filhos, false, false, versao);
+    AddNodes(content, type->Children, false, false, versao);
 }
 
-void TVersionChange::AddNodes(TContent& content, const std::vector<TModeloNo>& nodes, bool optional,
+void TVersionChange::AddNodes(TContent& content, const std::vector<TModelNode>& nodes, bool optional,
                               bool alternative, std::string_view versao) const {
-    for (const TModeloNo& node : nodes) {
-        if (!node.Versoes.Contains(versao) || node.Tipo == TTipo::Atributo || node.Tipo == TTipo::Qualquer)
+    for (const TModelNode& node : nodes) {
+        if (!node.Versions.Contains(versao) || node.Kind == TKind::Attribute || node.Kind == TKind::Any)
             continue;
-        const bool absent = optional || node.VezesEm(versao).Min == 0;
-        if (node.Tipo == TTipo::Elemento || node.Tipo == TTipo::Referencia)
-            content.push_back({LocalName(node.Nome), &node, absent, alternative});
+        const bool absent = optional || node.OccursIn(versao).Min == 0;
+        if (node.Kind == TKind::Element || node.Kind == TKind::Reference)
+            content.push_back({LocalName(node.Name), &node, absent, alternative});
         else
-            AddNodes(content, node.Filhos, absent || node.Tipo == TTipo::Escolha,
-                     alternative || node.Tipo == TTipo::Escolha, versao);
+            AddNodes(content, node.Children, absent || node.Kind == TKind::Choice,
+                     alternative || node.Kind == TKind::Choice, versao);
     }
 }
 
-const TElementChange* TVersionChange::Compare(const TModeloNo& from, const TModeloNo& to) {
-    if (from.Tipo == TTipo::Referencia || to.Tipo == TTipo::Referencia)
+const TElementChange* TVersionChange::Compare(const TModelNode& from, const TModelNode& to) {
+    if (from.Kind == TKind::Reference || to.Kind == TKind::Reference)
         return nullptr;
     const std::pair types(TypeName(from, from_), TypeName(to, to_));
     const bool named = !types.first.empty() && !types.second.empty();
@@ -190,8 +190,9 @@ TElementChange TVersionChange::CompareContent(const TContent& from, const TConte
         if (same != to.end()) {
             const auto place = static_cast<std::size_t>(same - to.begin()) + 1;
             if (place <= keptPlace)
-                throw EModeloInvalido(modelo_->NomeArquivo(to_), child.Node->Linha,
-                                      std::string(child.Name) + " mudou de lugar desde a versão " + from_);
+                throw EInvalidSchemaModel(modelo_->FileName(to_), child.Node->Line,
+                                          std::string(child.Name) + " mudou de lugar desde a versão " +
+                                              from_);
             kept = child.Name;
             keptPlace = place;
             if (const TElementChange* below = Compare(*child.Node, *same->Node))
@@ -235,7 +236,7 @@ TDemandedChild TVersionChange::Demand(const TChild& child) const {
 
 std::optional<TValueChange> TVersionChange::CompareValue(const std::string& from,
                                                          const std::string& to) const {
-    if (modelo_->Simples(from) == nullptr || modelo_->Simples(to) == nullptr || AcceptsAll(from, to))
+    if (modelo_->SimpleType(from) == nullptr || modelo_->SimpleType(to) == nullptr || AcceptsAll(from, to))
         return std::nullopt;
     return TValueChange{from, to};
 }

@@ -1,7 +1,7 @@
 // The difference of two versions of the standard, derived from the model of its schemas.
 #pragma once
 
-#include "schema_model/esquema_modelo.h"
+#include "schema_model/schema_model.h"
 
 #include <cstdint>
 #include <deque>
@@ -52,16 +52,17 @@ struct TElementChange {
 class TVersionChange {
   public:
     /// `messagePath`: path of the element that holds the message, below the document element; of the other
-    /// elements on its way, the message alone is looked at where there is a choice. Raises EModeloInvalido
-    /// for versions that order the same children differently: a conversion keeps the order of what stays.
-    TVersionChange(std::shared_ptr<const TEsquemaModelo> modelo, std::string from, std::string to,
+    /// elements on its way, the message alone is looked at where there is a choice. Raises
+    /// EInvalidSchemaModel for versions that order the same children differently: a conversion keeps the
+    /// order of what stays.
+    TVersionChange(std::shared_ptr<const TSchemaModel> modelo, std::string from, std::string to,
                    std::vector<std::string> messagePath);
     TVersionChange(const TVersionChange&) = delete;
     TVersionChange& operator=(const TVersionChange&) = delete;
 
     const std::string& From() const { return from_; }
     const std::string& To() const { return to_; }
-    const TEsquemaModelo& Modelo() const { return *modelo_; }
+    const TSchemaModel& Modelo() const { return *modelo_; }
     /// Change of the document element; null when nothing changes.
     const TElementChange* Root() const { return root_; }
 
@@ -69,24 +70,24 @@ class TVersionChange {
     /// A child of a content in one version.
     struct TChild {
         std::string_view Name; ///< local name
-        const TModeloNo* Node;
+        const TModelNode* Node;
         bool Optional;
         bool Alternative; ///< one of a choice
     };
     using TContent = std::vector<TChild>;
 
-    TContent ContentOf(const TModeloNo& element, std::string_view versao) const;
+    TContent ContentOf(const TModelNode& element, std::string_view versao) const;
     void AddType(TContent& content, const std::string& name, std::string_view versao) const;
-    void AddNodes(TContent& content, const std::vector<TModeloNo>& nodes, bool optional, bool alternative,
+    void AddNodes(TContent& content, const std::vector<TModelNode>& nodes, bool optional, bool alternative,
                   std::string_view versao) const;
     void KeepMessage(TContent& content) const;
-    const TElementChange* Compare(const TModeloNo& from, const TModeloNo& to);
+    const TElementChange* Compare(const TModelNode& from, const TModelNode& to);
     TElementChange CompareContent(const TContent& from, const TContent& to);
     std::optional<TValueChange> CompareValue(const std::string& from, const std::string& to) const;
     bool AcceptsAll(const std::string& from, const std::string& to) const;
     TDemandedChild Demand(const TChild& child) const;
 
-    std::shared_ptr<const TEsquemaModelo> modelo_;
+    std::shared_ptr<const TSchemaModel> modelo_;
     std::string from_;
     std::string to_;
     std::vector<std::string> messagePath_;
@@ -96,7 +97,7 @@ class TVersionChange {
 };
 
 /// The model of the messages between provider and health plan that comes with the program, read once. Raises
-/// EModeloInvalido, EFileNotRead.
-const std::shared_ptr<const TEsquemaModelo>& MessageModel();
+/// EInvalidSchemaModel, EFileNotRead.
+const std::shared_ptr<const TSchemaModel>& MessageModel();
 
 } // namespace conferix

@@ -1,7 +1,7 @@
 #include "convert/tree_converter.h"
 
 #include "platform/platform.h"
-#include "schema_model/pastas.h"
+#include "schema_model/built_in_folders.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_set.h"
 #include "xml/xml_document.h"
@@ -77,7 +77,7 @@ TTreeConverter::TTreeConverter(const TVersionChange& change, TConversionRun& run
     : change_(change), run_(run), fill_(std::move(fill)) {}
 
 void TTreeConverter::Convert(TXmlNode& root) {
-    if (change_.Root() != nullptr && root.LocalName() == change_.Modelo().Elementos().front().Nome)
+    if (change_.Root() != nullptr && root.LocalName() == change_.Modelo().Elements().front().Name)
         Apply(root, *change_.Root());
 }
 
@@ -135,10 +135,11 @@ void TTreeConverter::Remove(TXmlNode& element) {
 
 const TSchemaSimpleType& TTreeConverter::TypeOf(const std::string& name, const std::string& versao,
                                                 std::shared_ptr<const TSchemaSet>& schemas) const {
-    const TEsquemaModelo& model = change_.Modelo();
+    const TSchemaModel& model = change_.Modelo();
     if (schemas == nullptr)
-        schemas = TSchemaSet::Load(BuiltInSchemaFolder() / PathFromText(model.NomeArquivo(versao)));
-    const TSchemaSimpleType* type = schemas->FindSimpleType(schemas->NamespaceId(model.Espaco()), name);
+        schemas = TSchemaSet::Load(BuiltInSchemaFolder() / PathFromText(model.FileName(versao)));
+    const TSchemaSimpleType* type =
+        schemas->FindSimpleType(schemas->NamespaceId(model.TargetNamespace()), name);
     if (type == nullptr)
         throw ESchemaInvalido(PathText(schemas->MainFile()), 0, fmt::format("falta o tipo {}", name));
     return *type;

@@ -1,7 +1,7 @@
 // The tables of the terminology database and their rows.
 #pragma once
 
-#include "data/iso_date.h"
+#include "platform/iso_date.h"
 #include "platform/platform.h"
 
 #include <array>

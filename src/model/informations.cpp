@@ -5,6 +5,7 @@
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
 #include "model/tiss_utils.h"
+#include "platform/utf8.h"
 
 #include <array>
 
@@ -20,15 +21,9 @@ std::string TipoGuiaText(TEnumTipoGuia tipo) {
 
 /// "202301" as "01/2023"; a text that does not have six characters stays as it is.
 std::string CompetenciaText(std::string_view text) {
-    std::size_t characters = 0;
-    std::size_t month = 0; // where the fifth character begins
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool begins = (static_cast<unsigned char>(text[i]) & 0xC0) != 0x80;
-        if (begins && ++characters == 5)
-            month = i;
-    }
-    if (characters != 6)
+    if (CountCharacters(text) != 6)
         return std::string(text);
+    const std::size_t month = BytesOfCharacters(text, 4);
     return std::string(text.substr(month)) + "/" + std::string(text.substr(0, month));
 }
 

@@ -89,18 +89,13 @@ void TItensCodigoValidation::CheckCodigo(const TXmlField& data, const TXmlField&
     if (!codigo.Present() || std::ranges::find(kTabelas, tabela.Text()) == kTabelas.end())
         return;
     const std::optional<TDate> day = ParseXsDate(data.Text());
-    if (!day)
+    if (!day || !CanConsult(tabela.Text(), tabela.Node()))
         return;
-    if (!Manager().IsInstalled(tabela.Text())) {
-        if (auto warning = notices_.NotInstalled(Manager(), tabela.Text()))
-            AddWarn(std::move(*warning), tabela.Node());
-        return;
-    }
     TTussValidation term(Manager(), *day, tabela.Text(), codigo.Text());
     if (term.IsValid())
-        AddSuccess(Texts().CodigoValido, codigo.Node());
+        Success(codigo.Node(), Texts().CodigoValido);
     else
-        AddError(std::string(Texts().CodigoInvalido) + term.ValidationMessage(), codigo.Node());
+        Error(codigo.Node(), std::string(Texts().CodigoInvalido) + term.ValidationMessage());
 }
 
 void TItensQuantidadeValidation::CheckItem(const TItemGuia& item) {
@@ -109,9 +104,9 @@ void TItensQuantidadeValidation::CheckItem(const TItemGuia& item) {
     if (!quantidade)
         return;
     if (*quantidade > 0)
-        AddSuccess(Texts().QuantidadeValida, field.Node());
+        Success(field.Node(), Texts().QuantidadeValida);
     else
-        AddError(fmt::format(fmt::runtime(Texts().QuantidadeInvalida), field.Shown()), field.Node());
+        Error(field.Node(), fmt::format(fmt::runtime(Texts().QuantidadeInvalida), field.Shown()));
 }
 
 void TItensFatorReducaoAcrescimoValidation::CheckItem(const TItemGuia& item) {
@@ -120,9 +115,9 @@ void TItensFatorReducaoAcrescimoValidation::CheckItem(const TItemGuia& item) {
     if (!fator)
         return;
     if (*fator > 0)
-        AddSuccess(Texts().FatorValido, field.Node());
+        Success(field.Node(), Texts().FatorValido);
     else
-        AddError(fmt::format(fmt::runtime(Texts().FatorInvalido), field.Shown()), field.Node());
+        Error(field.Node(), fmt::format(fmt::runtime(Texts().FatorInvalido), field.Shown()));
 }
 
 void TItensValorUnitarioValidation::CheckItem(const TItemGuia& item) {
@@ -142,16 +137,17 @@ void TItensValorTotalValidation::CheckItem(const TItemGuia& item) {
     const bool negative = *total < 0;
     const bool wrong = !SameMoney(*total, expected);
     if (negative)
-        AddError(fmt::format(fmt::runtime(Texts().ValorTotalNegativo), field.Shown()), field.Node());
+        Error(field.Node(), fmt::format(fmt::runtime(Texts().ValorTotalNegativo), field.Shown()));
     if (wrong)
-        AddCorrectableError(
+        CorrectableError(
+            *field.Node(),
             fmt::format(fmt::runtime(fator ? Texts().ValorTotalComFator : Texts().ValorTotalSemFator),
                         field.Shown(), MoneyText(expected)),
-            *field.Node(), expected,
-            {item.Node(),
-             PresentNodes({item.QuantidadeExecutada(), item.ReducaoAcrescimo(), item.ValorUnitario()})});
+            MoneyText(expected),
+            TComputation{item.Node(), PresentNodes({item.QuantidadeExecutada(), item.ReducaoAcrescimo(),
+                                                    item.ValorUnitario()})});
     if (!negative && !wrong)
-        AddSuccess(Texts().ValorTotalValido, field.Node());
+        Success(field.Node(), Texts().ValorTotalValido);
 }
 
 void TProcedimentosCodigoValidation::Visit(const IGuiaConsulta& guia) {

@@ -28,9 +28,8 @@ extern const TItemTexts kDespesaTexts;
 /// A rule that judges the items of a guide one by one, in document order.
 class TItensValidation : public TGuiaTissValidation {
   public:
-    TItensValidation(std::string versaoTiss, std::shared_ptr<TTussManager> manager, const TItemTexts& texts)
-        : TGuiaTissValidation(std::move(versaoTiss), std::move(manager)), texts_(texts) {}
-    bool Required() const override { return false; }
+    TItensValidation(TRunContextPtr run, const TItemTexts& texts)
+        : TGuiaTissValidation(std::move(run)), texts_(texts) {}
 
   protected:
     const TItemTexts& Texts() const { return texts_; }
@@ -41,7 +40,7 @@ class TItensValidation : public TGuiaTissValidation {
     void CheckItens(const IGuiaTiss& guia, const Items& itens) {
         StartGuia(guia);
         if (itens.empty())
-            AddSuccess(texts_.SemItens);
+            Success(nullptr, texts_.SemItens);
         for (const TItemGuia& item : itens)
             CheckItem(item);
     }
@@ -54,8 +53,7 @@ class TItensValidation : public TGuiaTissValidation {
 template<class Check>
 class TProcedimentosDaGuia : public Check {
   public:
-    TProcedimentosDaGuia(std::string versaoTiss, std::shared_ptr<TTussManager> manager)
-        : Check(std::move(versaoTiss), std::move(manager), kProcedimentoTexts) {}
+    explicit TProcedimentosDaGuia(TRunContextPtr run) : Check(std::move(run), kProcedimentoTexts) {}
     using Check::Visit;
     void Visit(const IGuiaSpSadt& guia) override { CheckProcedimentos(guia); }
     void Visit(const IGuiaResumoInternacao& guia) override { CheckProcedimentos(guia); }
@@ -72,8 +70,7 @@ class TProcedimentosDaGuia : public Check {
 template<class Check>
 class TDespesasDaGuia : public Check {
   public:
-    TDespesasDaGuia(std::string versaoTiss, std::shared_ptr<TTussManager> manager)
-        : Check(std::move(versaoTiss), std::move(manager), kDespesaTexts) {}
+    explicit TDespesasDaGuia(TRunContextPtr run) : Check(std::move(run), kDespesaTexts) {}
     using Check::Visit;
     void Visit(const IGuiaSpSadt& guia) override { CheckDespesas(guia); }
     void Visit(const IGuiaResumoInternacao& guia) override { CheckDespesas(guia); }
@@ -93,9 +90,6 @@ class TItensCodigoValidation : public TItensValidation {
   protected:
     void CheckItem(const TItemGuia& item) override;
     void CheckCodigo(const TXmlField& data, const TXmlField& tabela, const TXmlField& codigo);
-
-  private:
-    TTussNotices notices_;
 };
 
 /// The quantity is above zero.

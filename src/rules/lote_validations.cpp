@@ -1,7 +1,6 @@
 #include "rules/lote_validations.h"
 
 #include "platform/format_settings.h"
-#include "rules/guia_rules.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -19,13 +18,6 @@ constexpr std::size_t kMaxGuias = 100;
 constexpr std::array<std::string_view, kTiposGuia> kNomesTipoGuia = {
     "Consulta", "SP-SADT", "Resumo de Internação", "Honorários", "Odonto"};
 
-std::shared_ptr<TValidationMessage> ErrorAt(const TValidation* rule, std::string reason, const TXmlNode* at) {
-    if (at == nullptr)
-        return TValidationMessage::CreateError(rule, std::move(reason));
-    return TValidationMessage::CreateError(rule, std::move(reason), {}, at->Line(), at->LinePos(),
-                                           at->FilePos());
-}
-
 } // namespace
 
 void TLoteValidation::Visit(const IMensagemTiss& mensagem) {
@@ -35,20 +27,18 @@ void TLoteValidation::Visit(const IMensagemTiss& mensagem) {
         ClearMessages();
 }
 
-void TLoteComGuiaValidation::Visit(const ILoteGuias& lote) {
+void TLoteComGuia::Visit(const ILoteGuias& lote) {
     StartVisit();
     if (lote.QtdGuias() > 0)
-        AddMessage(
-            TValidationMessage::CreateSuccess(this, "O lote atende o limite mínimo exigido de 1 guia."));
+        Success(nullptr, "O lote atende o limite mínimo exigido de 1 guia.");
     else
-        AddMessage(ErrorAt(this,
-                           "Como o tipo da transação foi definida como sendo \"ENVIO_LOTE_GUIAS\", é "
-                           "necessário que o XML contenha um lote com pelo menos uma guia TISS. Porém, não "
-                           "foram localizadas guias TISS no conteúdo do XML.",
-                           lote.Node()));
+        Error(lote.Node(),
+              "Como o tipo da transação foi definida como sendo \"ENVIO_LOTE_GUIAS\", é necessário "
+              "que o XML contenha um lote com pelo menos uma guia TISS. Porém, não foram "
+              "localizadas guias TISS no conteúdo do XML.");
 }
 
-void TLoteDeUmTipoValidation::Visit(const ILoteGuias& lote) {
+void TLoteDeUmTipo::Visit(const ILoteGuias& lote) {
     StartVisit();
     const std::vector<IGuiaTiss> guias = lote.Guias();
     if (guias.empty())
@@ -61,89 +51,25 @@ void TLoteDeUmTipoValidation::Visit(const ILoteGuias& lote) {
         if (counts[tipo] > 0)
             parts.push_back(fmt::format("{} de {}", counts[tipo], kNomesTipoGuia[tipo]));
     if (parts.size() % 2 == 1)
-        AddMessage(TValidationMessage::CreateSuccess(this, "Todas as guias do lote são do mesmo tipo."));
+        Success(nullptr, "Todas as guias do lote são do mesmo tipo.");
     else
-        AddMessage(ErrorAt(this,
-                           fmt::format("Um lote só pode conter guias de um mesmo tipo. Porém, foram "
-                                       "encontradas tipos diferentes de guias dentro do lote ({}).",
-                                       fmt::join(parts, ", ")),
-                           guias.front().Node()));
+        Error(guias.front().Node(),
+              fmt::format("Um lote só pode conter guias de um mesmo tipo. Porém, foram encontradas tipos "
+                          "diferentes de guias dentro do lote ({}).",
+                          fmt::join(parts, ", ")));
 }
 
-void TLoteAteCemGuiasValidation::Visit(const ILoteGuias& lote) {
+void TLoteAteCemGuias::Visit(const ILoteGuias& lote) {
     StartVisit();
     const std::vector<IGuiaTiss> guias = lote.Guias();
     if (guias.size() <= kMaxGuias)
-        AddMessage(TValidationMessage::CreateSuccess(
-            this, "O lote não excede o limite máximo permitido de 100 guias."));
+        Success(nullptr, "O lote não excede o limite máximo permitido de 100 guias.");
     else
-        AddMessage(ErrorAt(
-            this,
-            fmt::format("De acordo com o padrão TISS, um lote pode conter no máximo 100 guias. Porém, {} "
-                        "guias foram encontradas no XML.",
-                        TFormatSettings::Regional().Count(static_cast<std::int64_t>(guias.size()))),
-            guias[kMaxGuias].Node()));
-}
-
-template<class Guia>
-void TLoteGuiaTissValidation<Guia>::Visit(const ILoteGuias& lote) {
-    const std::vector<Guia> guias = lote.GuiasTiss().Lista<Guia>();
-    ClearMessages();
-    if (guias.empty())
-        return;
-    MarkValidated();
-    for (const auto& rule : Validations())
-        for (const Guia& guia : guias) {
-            guia.Accept(*rule);
-            AddValidationMessages(rule->ValidationMessages());
-        }
-}
-
-void TLoteGuiaConsultaValidation::CreateValidations() {
-    TNamedValidation::CreateValidations();
-    AddGuiaValidation<TGuiaConsultaProcedimentoValidation>();
-}
-
-void TLoteGuiaSpSadtValidation::CreateValidations() {
-    TNamedValidation::CreateValidations();
-    AddGuiaValidation<TGuiaSpSadtProcedimentosExecutadosValidation>();
-    AddGuiaValidation<TGuiaSpSadtOutrasDespesasValidation>();
-    AddGuiaValidation<TGuiaSpSadtSequencialItemValidation>();
-    AddGuiaValidation<TGuiaSpSadtValorTotalValidation>();
-}
-
-void TLoteGuiaResumoInternacaoValidation::CreateValidations() {
-    TNamedValidation::CreateValidations();
-    AddGuiaValidation<TGuiaResumoInternacaoProcedimentosExecutadosValidation>();
-    AddGuiaValidation<TGuiaResumoInternacaoOutrasDespesasValidation>();
-    AddGuiaValidation<TGuiaResumoInternacaoSequencialItemValidation>();
-    AddGuiaValidation<TGuiaResumoInternacaoValorTotalValidation>();
-}
-
-void TLoteGuiaHonorariosValidation::CreateValidations() {
-    TNamedValidation::CreateValidations();
-    AddGuiaValidation<TGuiaHonorariosProcedimentosExecutadosValidation>();
-    AddGuiaValidation<TGuiaHonorariosSequencialItemValidation>();
-    AddGuiaValidation<TGuiaHonorariosTotalizadorHonorariosValidation>();
-}
-
-void TLoteGuiasValidation::CreateValidations() {
-    TLoteValidation::CreateValidations();
-    AddValidation<TLoteSemGuiasValidation>();
-    AddValidation<TLoteComGuiasDeTiposDiferentesValidation>();
-    AddValidation<TLoteComMaisDeCemGuiasValidation>();
-    // One memory of the terminology's answers for the guides of all kinds.
-    const std::shared_ptr<TTussManager> manager = OpenTussManager(tuss_);
-    AddValidation<TLoteGuiaConsultaValidation>(versaoTiss_, manager);
-    AddValidation<TLoteGuiaSpSadtValidation>(versaoTiss_, manager);
-    AddValidation<TLoteGuiaResumoInternacaoValidation>(versaoTiss_, manager);
-    AddValidation<TLoteGuiaHonorariosValidation>(versaoTiss_, manager);
-    AddValidation<TLoteGuiaOdontoValidation>(versaoTiss_, manager);
-}
-
-void TLoteGuiasValidation::Visit(const ILoteGuias& lote) {
-    StartVisit();
-    VisitChildren(lote);
+        Error(guias[kMaxGuias].Node(),
+              fmt::format(
+                  "De acordo com o padrão TISS, um lote pode conter no máximo 100 guias. Porém, {} guias "
+                  "foram encontradas no XML.",
+                  TFormatSettings::Regional().Count(static_cast<std::int64_t>(guias.size()))));
 }
 
 } // namespace conferix

@@ -55,19 +55,20 @@ void TSequencialItemValidation::CheckGuia(const IGuiaTiss& guia, const TProcedim
         }
     }
     if (ValidationMessages().empty())
-        AddSuccess(
-            "O sequencial de referência dos procedimentos ou itens assistenciais estão de acordo com o "
-            "componente organizacional.");
+        Success(nullptr,
+                "O sequencial de referência dos procedimentos ou itens assistenciais estão de acordo com o "
+                "componente organizacional.");
 }
 
 void TSequencialItemValidation::AddRepeated(std::int64_t number, std::string_view user, std::int32_t line,
                                             const TItemGuia& item) {
-    AddError(fmt::format("O sequencial de número {} está repetido. {} na linha {} já o está utilizando.\r\n"
-                         "Em uma mesma guia, o sequencial de referência do procedimento ou item assistencial "
-                         "não pode se repetir, inclusive considerando os itens assistenciais do Anexo de "
-                         "Outras Despesas.",
-                         number, user, line),
-             item.Node());
+    Error(
+        item.Node(),
+        fmt::format("O sequencial de número {} está repetido. {} na linha {} já o está utilizando.\r\n"
+                    "Em uma mesma guia, o sequencial de referência do procedimento ou item assistencial não "
+                    "pode se repetir, inclusive considerando os itens assistenciais do Anexo de Outras "
+                    "Despesas.",
+                    number, user, line));
 }
 
 } // namespace conferix

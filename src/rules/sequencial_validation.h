@@ -11,7 +11,6 @@ namespace conferix {
 class TSequencialItemValidation : public TGuiaTissValidation {
   public:
     using TGuiaTissValidation::TGuiaTissValidation;
-    bool Required() const override { return false; }
     using TGuiaTissValidation::Visit;
     void Visit(const IGuiaSpSadt& guia) override;
     void Visit(const IGuiaResumoInternacao& guia) override;

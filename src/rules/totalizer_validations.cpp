@@ -102,14 +102,15 @@ void TTotalizadorValidation::CheckTotal(const IGuiaTiss& guia, const TXmlField& 
     const std::optional<double> found = total.Number();
     if (!found) {
         if (!texts.Absent.empty())
-            AddSuccess(texts.Absent);
+            Success(nullptr, texts.Absent);
     } else if (SameMoney(*found, expected)) {
-        AddSuccess(texts.Correct, total.Node());
+        Success(total.Node(), texts.Correct);
     } else {
         TComputation computation{guia.Node(), {}};
         items(computation.Operands);
-        AddCorrectableError(fmt::format(fmt::runtime(texts.Wrong), MoneyText(*found), MoneyText(expected)),
-                            *total.Node(), expected, std::move(computation));
+        CorrectableError(*total.Node(),
+                         fmt::format(fmt::runtime(texts.Wrong), MoneyText(*found), MoneyText(expected)),
+                         MoneyText(expected), std::move(computation));
     }
 }
 

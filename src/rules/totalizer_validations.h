@@ -20,7 +20,6 @@ struct TTotalTexts {
 class TTotalizadorValidation : public TGuiaTissValidation {
   public:
     using TGuiaTissValidation::TGuiaTissValidation;
-    bool Required() const override { return false; }
 
   protected:
     /// `items`: adds the elements that were summed up to the list that it is given.

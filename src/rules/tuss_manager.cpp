@@ -46,35 +46,17 @@ bool TTussManager::HasCity(std::string_view code) {
     return cities_.emplace(key, connection_->HasCity(code)).first->second;
 }
 
-std::shared_ptr<TTussManager> OpenTussManager(const std::shared_ptr<const ITussConnection>& connection) {
-    return connection != nullptr ? std::make_shared<TTussManager>(connection) : nullptr;
+std::string TTussManager::MissingTable64(std::string_view table) const {
+    if (connection_->IsTable64InstalledFor(table))
+        return {};
+    return connection_->IsTable64Installed() ? fmt::format("64 (termos da tabela {})", table) : "64";
 }
 
-std::optional<std::string> TTussNotices::NotInstalled(const TTussManager& manager, std::string_view table) {
-    return manager.IsInstalled(table) ? std::nullopt : TellOnce(std::string(table));
-}
-
-std::optional<std::string> TTussNotices::Table64NotInstalled(const TTussManager& manager,
-                                                             std::string_view table) {
-    if (manager.IsTable64InstalledFor(table))
-        return std::nullopt;
-    return TellOnce(manager.IsTable64Installed() ? fmt::format("64 (termos da tabela {})", table) : "64");
-}
-
-std::optional<std::string> TTussNotices::TellOnce(std::string table) {
-    const auto [told, isNew] = told_.insert(std::move(table));
-    if (!isNew)
-        return std::nullopt;
+std::string NotInstalledText(std::string_view table) {
     return fmt::format(
         "A tabela {} da TUSS não está instalada; os códigos dessa tabela não foram verificados. Importe a "
         "publicação da ANS: conferix terminologia importar ARQUIVO.",
-        *told);
-}
-
-std::optional<std::string> TTussNotices::CitiesNotInstalled(const TTussManager& manager) {
-    if (manager.AreCitiesInstalled() || !told_.emplace().second)
-        return std::nullopt;
-    return "A tabela de municípios não está instalada; os códigos de município não foram verificados.";
+        table);
 }
 
 } // namespace conferix

@@ -5,7 +5,6 @@
 
 #include <memory>
 #include <optional>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -42,11 +41,9 @@ class TTussManager {
     bool HasCity(std::string_view code);
     /// Whether any term of a TUSS table is known, without which its codes cannot be judged.
     bool IsInstalled(std::string_view table) const { return connection_->IsInstalled(table); }
-    /// The same for the consolidation of its terms.
-    bool IsTable64InstalledFor(std::string_view table) const {
-        return connection_->IsTable64InstalledFor(table);
-    }
-    bool IsTable64Installed() const { return connection_->IsTable64Installed(); }
+    /// What domain table 64 lacks to judge the terms of a table: itself where it has no row at all, its terms
+    /// of that table, or nothing (empty).
+    std::string MissingTable64(std::string_view table) const;
     bool AreCitiesInstalled() const { return connection_->AreCitiesInstalled(); }
 
   private:
@@ -63,22 +60,7 @@ class TTussManager {
     TMemory<bool> cities_;
 };
 
-/// A manager over a connection; none without a connection, which fails only where a rule needs it.
-std::shared_ptr<TTussManager> OpenTussManager(const std::shared_ptr<const ITussConnection>& connection);
-
-/// What one rule has told of tables that are not installed, so that it tells it once a run and table.
-class TTussNotices {
-  public:
-    /// The warning, the first time that it is asked for of a table that is not installed; nothing otherwise.
-    std::optional<std::string> NotInstalled(const TTussManager& manager, std::string_view table);
-    /// The same of domain table 64 for the terms of a table; told once where it has no row at all.
-    std::optional<std::string> Table64NotInstalled(const TTussManager& manager, std::string_view table);
-    std::optional<std::string> CitiesNotInstalled(const TTussManager& manager);
-
-  private:
-    std::optional<std::string> TellOnce(std::string table);
-
-    std::set<std::string, std::less<>> told_; ///< names of tables; empty text: the municipalities
-};
+/// What is said of a table that is not installed, named as in "22" or by MissingTable64.
+std::string NotInstalledText(std::string_view table);
 
 } // namespace conferix

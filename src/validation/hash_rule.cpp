@@ -4,23 +4,11 @@
 #include "model/monitoramento.h"
 #include "validation/xml_sanitizer.h"
 #include "xml/cut_text.h"
+#include "xml/lower_case.h"
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 namespace conferix {
-
-namespace {
-
-std::string LowerCase(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return lower;
-}
-
-} // namespace
 
 void THashValidation::Visit(const IMensagemTiss& mensagem) {
     Check(mensagem.shared_from_this());
@@ -43,61 +31,51 @@ void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
     const std::string written = CutText(file->Hash(), kShownFound);
     const std::string found = LowerCase(file->Hash());
 
-    const auto add = [&](auto create, std::string reason) {
-        auto message =
-            create(this, std::move(reason), written, place->Line(), place->LinePos(), place->FilePos());
-        AddMessage(message);
-        return message;
-    };
     // Without a hash element there is nowhere to write the right value.
     const bool solvable = hash != nullptr;
     if (hashIso == hashUtf8) {
         if (found != hashIso) {
-            const auto message =
-                add(&TValidationMessage::CreateError,
-                    fmt::format("O hash \"{}\" informado no arquivo está inválido. O esperado é \"{}\".",
-                                written, hashIso));
+            auto& error = Error(
+                place, fmt::format("O hash \"{}\" informado no arquivo está inválido. O esperado é \"{}\".",
+                                   written, hashIso));
             if (solvable)
-                message->AddSolver(std::make_shared<THashSolver_ISO88591>(file));
+                error.AddSolver(std::make_shared<THashSolver_ISO88591>(file));
         }
     } else if (found == hashIso) {
-        const auto message =
-            add(&TValidationMessage::CreateInfo,
-                fmt::format(
-                    "O hash informado no arquivo está válido e de acordo com a codificação padronizada pelo "
-                    "TISS/ANS (ISO-8859-1). Entretanto, algumas operadoras podem calculá-lo utilizando uma "
-                    "outra codificação (UTF-8) e recusar o seu arquivo. Caso isso ocorra, altere o hash do "
-                    "arquivo para \"{}\" ou então faça a sanitização do XML para diminuir as possibilidades "
-                    "de divergência.",
-                    hashUtf8));
-        message->AddSolver(std::make_shared<THashSolver_UTF8>(file));
-        message->AddSolver(std::make_shared<TSanitizeHashSolver>(file));
+        auto& information = Information(
+            place,
+            fmt::format("O hash informado no arquivo está válido e de acordo com a codificação padronizada "
+                        "pelo TISS/ANS (ISO-8859-1). Entretanto, algumas operadoras podem calculá-lo "
+                        "utilizando uma outra codificação (UTF-8) e recusar o seu arquivo. Caso isso ocorra, "
+                        "altere o hash do arquivo para \"{}\" ou então faça a sanitização do XML para "
+                        "diminuir as possibilidades de divergência.",
+                        hashUtf8));
+        information.AddSolver(std::make_shared<THashSolver_UTF8>(file));
+        information.AddSolver(std::make_shared<TSanitizeHashSolver>(file));
     } else if (found == hashUtf8) {
-        const auto message =
-            add(&TValidationMessage::CreateWarn,
-                fmt::format(
-                    "O hash informado no arquivo está válido, porém utilizando a codificação UTF-8. O padrão "
-                    "TISS orienta que o cálculo seja feito utilizando-se a codificação ISO-8859-1. Portanto, "
-                    "caso a operadora recuse o seu arquivo, altere o Hash para \"{}\" ou então faça a "
-                    "sanitização do XML para diminuir as possibilidades de divergência.",
-                    hashIso));
-        message->AddSolver(std::make_shared<THashSolver_ISO88591>(file));
-        message->AddSolver(std::make_shared<TSanitizeHashSolver>(file));
+        auto& warning = Warning(
+            place,
+            fmt::format("O hash informado no arquivo está válido, porém utilizando a codificação UTF-8. O "
+                        "padrão TISS orienta que o cálculo seja feito utilizando-se a codificação "
+                        "ISO-8859-1. Portanto, caso a operadora recuse o seu arquivo, altere o Hash para "
+                        "\"{}\" ou então faça a sanitização do XML para diminuir as possibilidades de "
+                        "divergência.",
+                        hashIso));
+        warning.AddSolver(std::make_shared<THashSolver_ISO88591>(file));
+        warning.AddSolver(std::make_shared<TSanitizeHashSolver>(file));
     } else {
-        const auto message =
-            add(&TValidationMessage::CreateError,
-                fmt::format("O hash \"{}\" informado no arquivo está inválido. O esperado é \"{}\" "
-                            "(recomendado) ou \"{}\" (UTF-8).",
-                            written, hashIso, hashUtf8));
+        auto& error =
+            Error(place, fmt::format("O hash \"{}\" informado no arquivo está inválido. O esperado é \"{}\" "
+                                     "(recomendado) ou \"{}\" (UTF-8).",
+                                     written, hashIso, hashUtf8));
         if (solvable) {
-            message->AddSolver(std::make_shared<THashSolver_ISO88591>(file));
-            message->AddSolver(std::make_shared<THashSolver_UTF8>(file));
-            message->AddSolver(std::make_shared<TSanitizeHashSolver>(file));
+            error.AddSolver(std::make_shared<THashSolver_ISO88591>(file));
+            error.AddSolver(std::make_shared<THashSolver_UTF8>(file));
+            error.AddSolver(std::make_shared<TSanitizeHashSolver>(file));
         }
     }
     if (ValidationMessages().empty())
-        add(&TValidationMessage::CreateSuccess,
-            fmt::format("O hash \"{}\" informado no arquivo está válido.", written));
+        Success(place, fmt::format("O hash \"{}\" informado no arquivo está válido.", written));
 }
 
 void THashSolver::Solve() {

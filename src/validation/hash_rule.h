@@ -1,8 +1,8 @@
 #pragma once
 
 #include "validation/hash_calculator.h"
-#include "validation/named_validation.h"
 #include "validation/solver.h"
+#include "validation/validation.h"
 
 namespace conferix {
 
@@ -13,16 +13,10 @@ class THashValidation : public TValidation {
     void Visit(const IMensagemTiss& mensagem) override;
     void Visit(const IMonitoramento& monitoramento) override;
     void Visit(const IMonitoramentoQualidade& qualidade) override;
-    bool Required() const override { return true; }
 
   private:
     void Check(const std::shared_ptr<const IArquivoTiss>& file);
 };
-
-using TMensagemTissHashValidation = TNamedValidation<THashValidation, "tiss.mensagem.hash", "Hash MD5">;
-using TMonitoramentoHashValidation = TNamedValidation<THashValidation, "tiss.monitoramento.hash", "Hash MD5">;
-using TMonitoramentoQualidadeHashValidation =
-    TNamedValidation<THashValidation, "tiss.qualidade.hash", "Hash MD5">;
 
 /// Writes the right hash into the epilogue, after cleaning the values if asked.
 class THashSolver : public TAbstractSolver {

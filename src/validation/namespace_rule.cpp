@@ -107,9 +107,7 @@ void TNamespaceValidation::Check(const std::shared_ptr<const IArquivoTiss>& file
 }
 
 void TNamespaceValidation::AddError(const std::shared_ptr<const IArquivoTiss>& file, std::string reason) {
-    const auto message = TValidationMessage::CreateError(this, std::move(reason));
-    message->AddSolver(std::make_shared<TNamespaceSolver>(file));
-    AddMessage(message);
+    Error(nullptr, std::move(reason)).AddSolver(std::make_shared<TNamespaceSolver>(file));
 }
 
 void TNamespaceValidation::JudgeMessageTags(const std::shared_ptr<const IArquivoTiss>& file,
@@ -125,9 +123,9 @@ void TNamespaceValidation::JudgeMessageTags(const std::shared_ptr<const IArquivo
         AddError(file, fmt::format("O namespace {} é inválido. O esperado é \"{}\".",
                                    CutText(prefixes.front(), kShownFound), expected));
     else
-        AddMessage(TValidationMessage::CreateSuccess(this,
-                                                     "O namespace do XML é válido, conforme estabelecido nos "
-                                                     "schemas XSD do componente de comunicação."));
+        Success(nullptr,
+                "O namespace do XML é válido, conforme estabelecido nos schemas XSD do componente de "
+                "comunicação.");
 }
 
 void TNamespaceValidation::JudgeSignatureTags(const std::shared_ptr<const IArquivoTiss>& file) {
@@ -161,7 +159,7 @@ void TNamespaceValidation::JudgeSignatureTags(const std::shared_ptr<const IArqui
                                    "\"ds\".\r\nTags com namespace incorreto: {}",
                                    CutText(prefixes.front(), kShownFound), TagList(wrong)));
     } else {
-        AddMessage(TValidationMessage::CreateSuccess(this, "O namespace da assinatura digital é válido."));
+        Success(nullptr, "O namespace da assinatura digital é válido.");
     }
 }
 

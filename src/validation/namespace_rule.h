@@ -1,6 +1,6 @@
 #pragma once
 
-#include "validation/named_validation.h"
+#include "validation/validation.h"
 
 namespace conferix {
 
@@ -11,7 +11,6 @@ class TNamespaceValidation : public TValidation {
     void Visit(const IMensagemTiss& mensagem) override;
     void Visit(const IMonitoramento& monitoramento) override;
     void Visit(const IMonitoramentoQualidade& qualidade) override;
-    bool Required() const override { return true; }
 
     /// True when a tag's name contains the name of an XML Signature element that must carry "ds".
     static bool SignatureTagWithRequiredNamespace(std::string_view tagName);
@@ -21,16 +20,10 @@ class TNamespaceValidation : public TValidation {
     void JudgeMessageTags(const std::shared_ptr<const IArquivoTiss>& file,
                           const std::vector<std::string_view>& prefixes);
     void JudgeSignatureTags(const std::shared_ptr<const IArquivoTiss>& file);
+    /// An error of the file as a whole, with its correction.
     void AddError(const std::shared_ptr<const IArquivoTiss>& file, std::string reason);
 
     std::vector<std::string_view> signatureTags_; ///< distinct qualified names, in document order
 };
-
-using TMensagemTissNamespaceValidation =
-    TNamedValidation<TNamespaceValidation, "tiss.mensagem.namespace", "Namespace">;
-using TMonitoramentoNamespaceValidation =
-    TNamedValidation<TNamespaceValidation, "tiss.monitoramento.namespace", "Namespace">;
-using TMonitoramentoQualidadeNamespaceValidation =
-    TNamedValidation<TNamespaceValidation, "tiss.qualidade.namespace", "Namespace">;
 
 } // namespace conferix

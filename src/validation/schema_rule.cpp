@@ -3,8 +3,8 @@
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
 #include "platform/platform.h"
-#include "schema_model/historico.h"
-#include "schema_model/selo.h"
+#include "schema_model/element_history.h"
+#include "schema_model/seal.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"
@@ -41,17 +41,17 @@ class TOtherVersions : public ISchemaOtherVersions {
     TRelation Relate(const TXmlNode& found, std::string_view wanted) const override {
         TPath parent = PathOf(found);
         parent.pop_back();
-        switch (history_.Relacao(fileName_, parent, found.LocalName(), wanted)) {
-        case THistoricoDeElementos::TRelacao::Renomeado:
+        switch (history_.Relation(fileName_, parent, found.LocalName(), wanted)) {
+        case TElementHistory::TRelation::Renamed:
             return TRelation::Renamed;
-        case THistoricoDeElementos::TRelacao::Distinto:
+        case TElementHistory::TRelation::Distinct:
             return TRelation::Distinct;
         default:
             return TRelation::None;
         }
     }
 
-    bool Approximated() const { return history_.Aproximada(fileName_); }
+    bool Approximated() const { return history_.IsApproximate(fileName_); }
 
     /// What is said of an element that this version does not know: its history where it has one.
     std::string UnknownElement(const TSchemaFault& fault) const {
@@ -61,7 +61,7 @@ class TOtherVersions : public ISchemaOtherVersions {
             key.append(name).append("/");
         const auto [known, added] = phrases_.try_emplace(std::move(key));
         if (added)
-            known->second = history_.Frase(fileName_, path);
+            known->second = history_.Sentence(fileName_, path);
         const auto& [text, removed] = known->second;
         if (text.empty())
             return TSchemaMessages::Sentence(fault);
@@ -77,12 +77,12 @@ class TOtherVersions : public ISchemaOtherVersions {
 
     /// The version that the content seems to be of, when it is not the declared one; else empty.
     std::string VersionOfContent(const TXmlDocument& document) const {
-        return history_.VersaoDoConteudo(fileName_, PathsOf(document), VersionOfLocation(document));
+        return history_.VersionOfContent(fileName_, PathsOf(document), VersionOfLocation(document));
     }
 
   private:
-    static TCaminhos PathsOf(const TXmlDocument& document) {
-        TCaminhos paths;
+    static TElementPaths PathsOf(const TXmlDocument& document) {
+        TElementPaths paths;
         std::map<std::pair<std::size_t, std::uint32_t>, std::size_t> known;
         std::unordered_map<const TXmlNode*, std::size_t> open; // of the elements with child elements
         const TXmlNode* root = document.Element();
@@ -91,9 +91,9 @@ class TOtherVersions : public ISchemaOtherVersions {
                 continue;
             const std::size_t parent = node == root ? 0 : open.at(node->Parent());
             const auto [entry, added] = known.try_emplace(
-                {node == root ? std::size_t(-1) : parent, node->Name().Id}, paths.Entradas.size());
+                {node == root ? std::size_t(-1) : parent, node->Name().Id}, paths.Entries.size());
             if (added)
-                paths.Entradas.push_back({parent, node->LocalName()});
+                paths.Entries.push_back({parent, node->LocalName()});
             if (node->FirstChildTag() != nullptr)
                 open[node] = entry->second;
         }
@@ -115,9 +115,9 @@ class TOtherVersions : public ISchemaOtherVersions {
         return {};
     }
 
-    const THistoricoDeElementos& history_ = THistoricoDeElementos::DoPrograma();
+    const TElementHistory& history_ = TElementHistory::BuiltIn();
     std::string fileName_;
-    mutable std::map<std::string, THistoricoDeElementos::TFrase> phrases_; ///< by path
+    mutable std::map<std::string, TElementHistory::TSentence> phrases_; ///< by path
 };
 
 /// True for faults that a document of another version has.
@@ -147,7 +147,6 @@ TFindingKind KindOf(TSchemaFaultCode code) {
     case TSchemaFaultCode::ExclusiveElement:
         return TFindingKind::Misplaced;
     case TSchemaFaultCode::WrongCase:
-    case TSchemaFaultCode::TooFew:
         return TFindingKind::Structure;
     default:
         return IsStructural(code) ? TFindingKind::Structure : TFindingKind::Value;
@@ -194,22 +193,18 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     const TOtherVersions others(schemaFile_);
     const TXmlDocument& document = *file.Xml();
     const std::vector<TSchemaFault> faults = TSchemaValidator(*schema, &others).Validate(document);
-    if (others.Approximated() && SeloIntacto(ReadWholeFile(schemaFile_)))
-        AddMessage(TValidationMessage::CreateWarn(
-            this, fmt::format("O schema da versão {} publicado pela ANS não estava disponível; foi usado um "
-                              "schema aproximado, feito com os das versões vizinhas, e a conferência pode "
-                              "ter falhas. Para usar o da ANS, importe-o: conferix esquemas importar "
-                              "ARQUIVO.",
-                              file.Versao())));
+    if (others.Approximated() && HasIntactSeal(ReadWholeFile(schemaFile_)))
+        Warning(
+            nullptr,
+            fmt::format("O schema da versão {} publicado pela ANS não estava disponível; foi usado um schema "
+                        "aproximado, feito com os das versões vizinhas, e a conferência pode ter falhas. "
+                        "Para usar o da ANS, importe-o: conferix esquemas importar ARQUIVO.",
+                        file.Versao()));
     if (std::ranges::any_of(faults, IsStructural, &TSchemaFault::Code))
-        if (const std::string version = others.VersionOfContent(document); !version.empty()) {
-            const TXmlNode& place = VersionPlace(*document.Element());
-            AddMessage(TValidationMessage::CreateWarn(
-                this,
-                fmt::format("O cabeçalho declara a versão {}, mas o conteúdo parece ser da {}.",
-                            file.Versao(), version),
-                std::string(place.Value()), place.Line(), place.LinePos(), place.FilePos()));
-        }
+        if (const std::string version = others.VersionOfContent(document); !version.empty())
+            Warning(&VersionPlace(*document.Element()),
+                    fmt::format("O cabeçalho declara a versão {}, mas o conteúdo parece ser da {}.",
+                                file.Versao(), version));
     std::optional<TGuiaLocator> guias;
     if (lote != nullptr && !faults.empty())
         guias.emplace(*lote);
@@ -217,24 +212,18 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         std::string reason = fault.Code == TSchemaFaultCode::UnknownElement
                                  ? others.UnknownElement(fault)
                                  : TSchemaMessages::Sentence(fault);
-        std::shared_ptr<TValidationMessage> message;
-        if (guias.has_value()) {
-            const IGuiaTiss* guia = guias->ByNode(*fault.Node);
-            message = TLoteGuiasValidationMessage::CreateError(
-                this, std::string(guia != nullptr ? guia->NumeroGuia() : std::string_view{}),
-                std::move(reason), fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
-        } else {
-            message = TValidationMessage::CreateError(this, std::move(reason), fault.SrcText(), fault.Line,
-                                                      fault.LinePos, fault.FilePos);
-        }
+        const IGuiaTiss* guia = guias.has_value() ? guias->ByNode(*fault.Node) : nullptr;
+        const auto message = TLoteGuiasValidationMessage::CreateError(
+            this, std::string(guia != nullptr ? guia->NumeroGuia() : std::string_view{}), std::move(reason),
+            fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
         message->SetKind(KindOf(fault.Code));
-        AddMessage(std::move(message));
+        AddMessage(message);
     }
     if (ValidationMessages().empty())
-        AddMessage(TValidationMessage::CreateSuccess(
-            this,
+        Success(
+            nullptr,
             fmt::format("O XML está de acordo com o schema XSD da versão {} do componente de comunicação.",
-                        file.Versao())));
+                        file.Versao()));
 }
 
 } // namespace conferix

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "validation/named_validation.h"
+#include "validation/validation.h"
 
 #include <filesystem>
 #include <stdexcept>
@@ -27,19 +27,11 @@ class TXmlSchemaValidation : public TValidation {
     void Visit(const IMensagemTiss& mensagem) override;
     void Visit(const IMonitoramento& monitoramento) override;
     void Visit(const IMonitoramentoQualidade& qualidade) override;
-    bool Required() const override { return true; }
 
   private:
     void Check(const IArquivoTiss& file, const ILoteGuias* lote);
 
     std::filesystem::path schemaFile_;
 };
-
-using TMensagemTissXmlSchemaValidation =
-    TNamedValidation<TXmlSchemaValidation, "tiss.mensagem.schema", "Schema XSD">;
-using TMonitoramentoXmlSchemaValidation =
-    TNamedValidation<TXmlSchemaValidation, "tiss.monitoramento.schema", "Schema XSD">;
-using TMonitoramentoQualidadeXmlSchemaValidation =
-    TNamedValidation<TXmlSchemaValidation, "tiss.qualidade.schema", "Schema XSD">;
 
 } // namespace conferix

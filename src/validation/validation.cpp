@@ -1,5 +1,8 @@
 #include "validation/validation.h"
 
+#include "xml/cut_text.h"
+#include "xml/xml_node.h"
+
 namespace conferix {
 
 namespace {
@@ -15,17 +18,47 @@ void CollectIdentities(const TValidation& validation, bool recursive,
 
 } // namespace
 
-const IValidationIdentity& TValidation::Identity() const {
-    if (identity_ == nullptr)
-        identity_ = std::make_shared<TValidationIdentity>(
-            TValidationIdentity{std::string(Name()), std::string(Description()), Required()});
-    return identity_;
+TFindingPlace::TFindingPlace(const TXmlNode* element) {
+    if (element == nullptr)
+        return;
+    SrcText = CutText(element->Value(), kShownFound);
+    Line = element->Line();
+    LinePos = element->LinePos();
+    FilePos = element->FilePos();
 }
 
 std::vector<IValidationIdentity> TValidation::Validations(bool recursive) const {
     std::vector<IValidationIdentity> found;
     CollectIdentities(*this, recursive, found);
     return found;
+}
+
+TValidationMessage& TValidation::Success(const TXmlNode* at, std::string_view text) {
+    return Add(TMessageType::mtSuccess, std::string(text), at);
+}
+
+TValidationMessage& TValidation::Information(const TXmlNode* at, std::string text) {
+    return Add(TMessageType::mtInformation, std::move(text), at);
+}
+
+TValidationMessage& TValidation::Warning(const TXmlNode* at, std::string text) {
+    return Add(TMessageType::mtWarning, std::move(text), at);
+}
+
+TValidationMessage& TValidation::Error(const TXmlNode* at, std::string text) {
+    return Add(TMessageType::mtError, std::move(text), at);
+}
+
+TValidationMessage& TValidation::Add(TMessageType type, std::string text, const TXmlNode* at) {
+    const std::shared_ptr<TValidationMessage> message = NewMessage(type, std::move(text), TFindingPlace(at));
+    AddMessage(message);
+    return *message;
+}
+
+std::shared_ptr<TValidationMessage> TValidation::NewMessage(TMessageType type, std::string text,
+                                                            TFindingPlace place) const {
+    return std::make_shared<TValidationMessage>(this, type, std::move(text), std::move(place.SrcText),
+                                                place.Line, place.LinePos, place.FilePos);
 }
 
 } // namespace conferix

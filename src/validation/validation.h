@@ -5,23 +5,34 @@
 #include "validation/validation_message.h"
 
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
 namespace conferix {
 
+class TXmlNode;
+
+/// What a finding points at in the file.
+struct TFindingPlace {
+    TFindingPlace() = default;
+    /// An element, and its value as messages show it; null for no place.
+    explicit TFindingPlace(const TXmlNode* element);
+
+    std::string SrcText;
+    std::int32_t Line = 0;    ///< 1-based; 0: unknown
+    std::int32_t LinePos = 0; ///< 1-based
+    std::int32_t FilePos = 0; ///< 0-based, in characters
+};
+
 /// Base of every rule and group of rules: a visitor of the loaded file that keeps the findings of its last
-/// visit. Made with MakeValidation, so that the whole tree below it exists before any visit.
+/// visit. Its name and its children come from the table of rules, before any visit.
 class TValidation : public IArquivoTissVisitor {
   public:
     TValidation() = default;
     ~TValidation() override = default;
     TValidation(const TValidation&) = delete;
     TValidation& operator=(const TValidation&) = delete;
-
-    /// Called once, by MakeValidation: adds the children in the order that defines the tree. A group calls
-    /// the inherited one first.
-    virtual void CreateValidations() {}
 
     // A rule overrides the node kinds that it checks and stays silent about the others.
     void Visit(const IMensagemTiss&) override {}
@@ -35,23 +46,24 @@ class TValidation : public IArquivoTissVisitor {
     void Visit(const IMonitoramentoQualidade&) override {}
     void Visit(const IGuiaMonitoramento&) override {}
 
-    virtual bool Required() const { return false; }
-    virtual std::string_view Name() const = 0;
-    virtual std::string_view Description() const = 0;
-    /// Name, description and flag as one shared record, made once a rule.
-    const IValidationIdentity& Identity() const;
+    bool Required() const { return identity_->Required; }
+    const std::string& Name() const { return identity_->Name; }
+    const std::string& Description() const { return identity_->Description; }
+    /// Name, description and flag as one record that all messages of the rule share; null before it is set.
+    const IValidationIdentity& Identity() const { return identity_; }
+    void SetIdentity(IValidationIdentity identity) { identity_ = std::move(identity); }
 
     const std::vector<std::shared_ptr<TValidation>>& Validations() const { return validations_; }
     /// Identities of the children in order; with `recursive`, of all descendants in pre-order.
     std::vector<IValidationIdentity> Validations(bool recursive) const;
+    /// Adds a child after those that are there.
+    void AddValidation(std::shared_ptr<TValidation> child) { validations_.push_back(std::move(child)); }
+
     const TValidationMessages& ValidationMessages() const { return messages_; }
     /// True once the rule has met a node of its kind.
     bool Validated() const { return validated_; }
 
   protected:
-    template<class T, class... Args>
-    void AddValidation(Args&&... args);
-
     void ClearMessages() { messages_.clear(); }
     void MarkValidated() { validated_ = true; }
     /// What every visit begins with.
@@ -59,9 +71,21 @@ class TValidation : public IArquivoTissVisitor {
         ClearMessages();
         MarkValidated();
     }
+
+    // Each adds a finding, which takes corrections until the visit ends. `at`: the element that it is about;
+    // null for none.
+    TValidationMessage& Success(const TXmlNode* at, std::string_view text);
+    TValidationMessage& Information(const TXmlNode* at, std::string text);
+    TValidationMessage& Warning(const TXmlNode* at, std::string text);
+    TValidationMessage& Error(const TXmlNode* at, std::string text);
     void AddMessage(std::shared_ptr<const TValidationMessage> message) {
         messages_.push_back(std::move(message));
     }
+
+    /// The message that a finding of this rule becomes: families of rules say more of where it was.
+    virtual std::shared_ptr<TValidationMessage> NewMessage(TMessageType type, std::string text,
+                                                           TFindingPlace place) const;
+
     void AddValidationMessages(const TValidationMessages& messages) {
         messages_.insert(messages_.end(), messages.begin(), messages.end());
     }
@@ -75,26 +99,15 @@ class TValidation : public IArquivoTissVisitor {
     }
 
   private:
+    TValidationMessage& Add(TMessageType type, std::string text, const TXmlNode* at);
+
     TValidationMessages messages_;
     std::vector<std::shared_ptr<TValidation>> validations_;
     bool validated_ = false;
-    mutable IValidationIdentity identity_;
+    IValidationIdentity identity_;
 };
 
 /// There is one kind of rule; callers depend on this name.
 using IValidation = TValidation;
-
-/// Makes a rule with the whole tree below it.
-template<class T, class... Args>
-std::shared_ptr<T> MakeValidation(Args&&... args) {
-    auto validation = std::make_shared<T>(std::forward<Args>(args)...);
-    validation->CreateValidations();
-    return validation;
-}
-
-template<class T, class... Args>
-void TValidation::AddValidation(Args&&... args) {
-    validations_.push_back(MakeValidation<T>(std::forward<Args>(args)...));
-}
 
 } // namespace conferix

@@ -1,6 +1,5 @@
 #include "validator/rule_list.h"
 
-#include "data/tuss_connection.h"
 #include "validator/tiss_validator.h"
 
 #include <algorithm>
@@ -18,7 +17,7 @@ void Add(std::vector<TListedRule>& rules, const TValidation& rule, std::size_t d
 } // namespace
 
 std::vector<TListedRule> ListRules() {
-    const TTissValidator validator(nullptr, {}, TTussConnection::InMemory());
+    const TTissValidator validator(nullptr, {}, nullptr);
     std::vector<TListedRule> rules;
     for (const auto& root : validator.Validations())
         Add(rules, *root, 0);

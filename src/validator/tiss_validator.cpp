@@ -1,7 +1,7 @@
 #include "validator/tiss_validator.h"
 
 #include "model/arquivo_tiss.h"
-#include "validator/root_validations.h"
+#include "validator/all_rules.h"
 
 namespace conferix {
 
@@ -9,10 +9,10 @@ TTissValidator::TTissValidator(std::shared_ptr<const IArquivoTiss> arquivo,
                                const std::filesystem::path& schemaFile,
                                const std::shared_ptr<ITussConnection>& tuss)
     : arquivo_(std::move(arquivo)) {
-    const std::string versao(arquivo_ != nullptr ? arquivo_->Versao() : std::string_view{});
-    validations_.push_back(MakeValidation<TMensagemTissValidation>(versao, schemaFile, tuss));
-    validations_.push_back(MakeValidation<TMonitoramentoValidation>(arquivo_, schemaFile, tuss));
-    validations_.push_back(MakeValidation<TMonitoramentoQualidadeValidation>(schemaFile));
+    const TRunContextPtr run = NewRunContext(
+        std::string(arquivo_ != nullptr ? arquivo_->Versao() : std::string_view{}), schemaFile, tuss);
+    for (const std::string& root : AllRules().Roots())
+        validations_.push_back(AllRules().MakeValidation(root, run));
 }
 
 TValidationMessages TTissValidator::Validate() {

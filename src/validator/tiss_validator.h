@@ -13,7 +13,8 @@ namespace conferix {
 /// and their corrections outlive it.
 class TTissValidator {
   public:
-    /// `arquivo` may be null where only the tree of rules is asked for.
+    /// `schemaFile`: full path of the main XSD file. `arquivo` may be null where only the tree of rules is
+    /// asked for, and `tuss` where no code is judged.
     TTissValidator(std::shared_ptr<const IArquivoTiss> arquivo, const std::filesystem::path& schemaFile,
                    const std::shared_ptr<ITussConnection>& tuss);
 

@@ -1,5 +1,7 @@
 #include "xml/xml_document.h"
 
+#include "platform/utf8.h"
+
 #include <algorithm>
 
 namespace conferix {
@@ -11,10 +13,6 @@ std::size_t HashName(std::string_view name) {
     for (const char c : name)
         hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211ULL;
     return hash ^ (hash >> 29);
-}
-
-bool IsContinuation(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
 
 } // namespace
@@ -91,7 +89,7 @@ std::uint32_t TXmlDocument::OffsetOf(std::int64_t line, std::int64_t linePos) co
         if (text[offset] == '\n' || text[offset] == '\r')
             break;
         ++offset;
-        while (offset < text.size() && IsContinuation(text[offset]))
+        while (offset < text.size() && !StartsCharacter(text[offset]))
             ++offset;
     }
     return static_cast<std::uint32_t>(offset);

@@ -1,5 +1,6 @@
 #include "xml/xml_encoding.h"
 
+#include "platform/utf8.h"
 #include "xml/cut_text.h"
 #include "xml/xml_node.h"
 #include "xml/xml_position.h"
@@ -111,22 +112,10 @@ constexpr TUtf8Reason kUtf8Bom8 = {"O arquivo começa com a marca de UTF-8 (BOM)
                                    "Salve o arquivo novamente em UTF-8, ou sem a marca."};
 
 void CheckUtf8(std::string_view text, const TUtf8Reason& reason) {
-    const auto* data = reinterpret_cast<const std::uint8_t*>(text.data());
-    const auto length = static_cast<std::int32_t>(text.size());
-    std::int32_t at = 0;
-    while (at < length) {
-        if (data[at] < 0x80) {
-            ++at;
-            continue;
-        }
-        const std::int32_t start = at;
-        UChar32 c = 0;
-        U8_NEXT(data, at, length, c);
-        if (c < 0)
-            RaiseAt(text.substr(0, static_cast<std::size_t>(start)),
-                    fmt::format("{} contém um byte ({:02X}) que não é texto nessa codificação. {}",
-                                reason.Text, data[start], reason.Remedy));
-    }
+    if (const std::size_t at = FindMalformedUtf8(text); at < text.size())
+        RaiseAt(text.substr(0, at),
+                fmt::format("{} contém um byte ({:02X}) que não é texto nessa codificação. {}", reason.Text,
+                            static_cast<unsigned char>(text[at]), reason.Remedy));
 }
 
 /// Files that people take for the XML: how they begin, and what they are.

@@ -1,5 +1,7 @@
 #include "xml/xml_message.h"
 
+#include "xml/cut_text.h"
+
 #include <fmt/format.h>
 
 #include <atomic>
@@ -19,6 +21,12 @@ std::uint64_t ProcessMark() {
     return mark;
 }
 
+/// Adds a bracketed part to a place, with a blank between the parts; an empty value adds nothing.
+void AppendPart(std::string& place, std::string_view label, const std::string& value) {
+    if (!value.empty())
+        place += fmt::format("{}[{}: {}]", place.empty() ? "" : " ", label, CutText(value));
+}
+
 } // namespace
 
 TSequentialId::TSequentialId() : number_(nextNumber.fetch_add(1, std::memory_order_relaxed)) {}
@@ -31,8 +39,12 @@ std::string TSequentialId::Text() const {
 
 TXmlMessage::TXmlMessage(TMessageType type, std::string reason, std::string srcText, std::int32_t line,
                          std::int32_t linePos, std::int32_t filePos)
-    : type_(type), line_(line), linePos_(linePos), filePos_(filePos), reason_(std::move(reason)),
-      srcText_(std::move(srcText)) {}
+    : TXmlMessage(TMessageOrigin{}, type, std::move(reason), std::move(srcText), line, linePos, filePos) {}
+
+TXmlMessage::TXmlMessage(TMessageOrigin origin, TMessageType type, std::string reason, std::string srcText,
+                         std::int32_t line, std::int32_t linePos, std::int32_t filePos)
+    : type_(type), line_(line), linePos_(linePos), filePos_(filePos), origin_(std::move(origin)),
+      reason_(std::move(reason)), srcText_(std::move(srcText)) {}
 
 TXmlMessage::~TXmlMessage() = default;
 
@@ -64,12 +76,17 @@ std::shared_ptr<TXmlMessage> TXmlMessage::CreateError(std::string reason, std::s
                                          linePos, filePos);
 }
 
-std::string TXmlMessage::Prefix() const {
-    return line_ != 0 ? fmt::format("[Linha: {}]", line_) : std::string();
+std::string TXmlMessage::Place() const {
+    std::string place;
+    if (line_ != 0)
+        place = fmt::format("[Linha: {}]", line_);
+    AppendPart(place, "Guia", NumeroGuia());
+    AppendPart(place, "Campo", Campo());
+    return place;
 }
 
 std::string TXmlMessage::Msg() const {
-    std::string text = Prefix();
+    std::string text = Place();
     if (!text.empty())
         text += ' ';
     return text + reason_;

@@ -8,6 +8,7 @@
 namespace conferix {
 
 class ISolver;
+struct TValidationIdentity;
 
 /// Severity of a message.
 enum class TMessageType : std::uint8_t { mtInformation, mtWarning, mtError, mtFatal, mtSuccess };
@@ -29,6 +30,13 @@ class TSequentialId {
 
   private:
     std::uint64_t number_;
+};
+
+/// What a message is about, beyond its place in the text; empty where that is not known.
+struct TMessageOrigin {
+    std::shared_ptr<const TValidationIdentity> Rule; ///< the rule that found it; null for none
+    std::string NumeroGuia;                          ///< the guide that it concerns
+    std::string Campo;                               ///< field of the regulator's layout, three digits
 };
 
 /// A finding about a place in an XML text; immutable once its solvers are added, and shared.
@@ -56,10 +64,16 @@ class TXmlMessage {
 
     std::string Id() const { return id_.Text(); }
     TMessageType MsgType() const { return type_; }
-    /// The text shown to the user: prefix (line, and what subclasses add), a blank, reason.
+    /// An error or a fatal one: what makes a file invalid.
+    bool IsFailure() const { return type_ == TMessageType::mtError || type_ == TMessageType::mtFatal; }
+    /// The rule that found it; null for a message that comes from no rule.
+    const TValidationIdentity* Rule() const { return origin_.Rule.get(); }
+    const std::string& NumeroGuia() const { return origin_.NumeroGuia; }
+    const std::string& Campo() const { return origin_.Campo; }
+    /// The text shown to the user: line, guide and field where they are known, a blank, reason.
     std::string Msg() const;
-    /// What Msg puts before the reason: line, guide and field; empty when nothing is known.
-    std::string Place() const { return Prefix(); }
+    /// What Msg puts before the reason: "[Linha: 7] [Guia: 123] [Campo: 045]"; empty when nothing is known.
+    std::string Place() const;
     const std::string& Reason() const { return reason_; }
     const std::string& SrcText() const { return srcText_; }
     std::int32_t Line() const { return line_; }
@@ -72,7 +86,8 @@ class TXmlMessage {
     void AddSolver(std::shared_ptr<ISolver> solver) { solvers_.push_back(std::move(solver)); }
 
   protected:
-    virtual std::string Prefix() const;
+    TXmlMessage(TMessageOrigin origin, TMessageType type, std::string reason, std::string srcText,
+                std::int32_t line, std::int32_t linePos, std::int32_t filePos);
 
   private:
     TSequentialId id_;
@@ -81,6 +96,7 @@ class TXmlMessage {
     std::int32_t line_;
     std::int32_t linePos_;
     std::int32_t filePos_;
+    TMessageOrigin origin_;
     std::string reason_;
     std::string srcText_;
     std::vector<std::shared_ptr<ISolver>> solvers_;

@@ -1,6 +1,8 @@
 // Lines, columns and positions of a text.
 #pragma once
 
+#include "platform/utf8.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -33,7 +35,7 @@ class TPositionCounter {
             if (SkipPlain(offset))
                 continue;
             const auto c = static_cast<unsigned char>(text_[at_]);
-            if ((c & 0xC0U) != 0x80U)
+            if (StartsCharacter(text_[at_]))
                 ++characters_;
             if (c == '\n' || (c == '\r' && (at_ + 1 == text_.size() || text_[at_ + 1] != '\n'))) {
                 ++line_;

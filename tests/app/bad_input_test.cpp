@@ -1,4 +1,4 @@
-#include "schema_model/pastas.h"
+#include "schema_model/built_in_folders.h"
 #include "support/command_test.h"
 
 #include <random>

@@ -1,6 +1,7 @@
 // Faulty files as systems write them, through the commands: what the user reads, and what correcting
 // everything does to the bill. With the schemas that come with the program.
-#include "schema_model/pastas.h"
+#include "schema_model/built_in_folders.h"
+#include "support/case_file.h"
 #include "support/command_test.h"
 #include "xml/xml_document.h"
 #include "xml/xml_encoding.h"
@@ -17,49 +18,30 @@ namespace {
 using nlohmann::json;
 using testing::ElementsAreArray;
 
-/// An edited example and what is expected of it.
-struct TFaultCase {
-    std::string Name;
-    std::string Bytes;
-    std::vector<std::string> Expected;
-};
-
-/// Replaces the first `times` places.
-void Edit(TFaultCase& test, int times, const std::string& from, const std::string& to) {
-    for (std::size_t at = 0; times > 0; --times, at += to.size()) {
-        at = test.Bytes.find(from, at);
-        ASSERT_NE(at, std::string::npos) << test.Name << ": " << from;
-        test.Bytes.replace(at, from.size(), to);
-    }
-}
-
-/// Reads the cases of a file; its head tells the form.
-std::vector<TFaultCase> ReadCases(const std::string& name) {
-    std::ifstream stream(std::filesystem::path(CONFERIX_FONTE) / "tests/app/cases" / name);
-    std::vector<TFaultCase> cases;
-    int times = 1;
-    std::string from;
-    for (std::string line; std::getline(stream, line);) {
-        const char mark = line.empty() ? '#' : line[0];
-        std::string text = line.substr(std::min(line.size(), line.find(' ') + 1));
-        for (std::size_t at = 0; (at = text.find("\\n", at)) != std::string::npos;)
-            text.replace(at, 2, "\n");
-        if (mark == '=') {
-            const std::size_t blank = text.find(' ');
-            cases.push_back({text.substr(0, blank), ReadTestFile(Example(text.substr(blank + 1))), {}});
-        } else if (mark == '-') {
-            times = line[1] == ' ' ? 1 : line[1] - '0';
-            from = text;
-        } else if (mark == '+') {
-            Edit(cases.back(), times, from, line == "+" ? "" : text);
-        } else if (mark == '>') {
-            cases.back().Expected.push_back(text);
-        } else {
-            EXPECT_EQ(mark, '#') << line;
+/// The example that a case's section names with the edits of the case; "2x" before a text means the first
+/// two.
+std::string Edited(const testes::TCase& c) {
+    std::string bytes = ReadTestFile(Example(c.Section));
+    for (auto [from, to] : c.Inputs) {
+        int times = 1;
+        if (from.substr(1, 2) == "x ") {
+            times = from[0] - '0';
+            from.erase(0, 3);
+        }
+        for (std::size_t at = 0; times > 0; --times, at += to.size()) {
+            at = bytes.find(from, at);
+            if (at == std::string::npos) {
+                ADD_FAILURE() << c << ": " << from;
+                return bytes;
+            }
+            bytes.replace(at, from.size(), to);
         }
     }
-    EXPECT_GT(cases.size(), 10U) << name;
-    return cases;
+    return bytes;
+}
+
+std::vector<testes::TCase> ReadCases(const char* name) {
+    return testes::TCaseReader::Read(std::filesystem::path(CONFERIX_FONTE) / "tests/app/cases" / name);
 }
 
 class Faults : public TCommandTest {
@@ -70,13 +52,13 @@ class Faults : public TCommandTest {
 };
 
 TEST_F(Faults, SchemaSentencesAreThoseThatAUserUnderstands) {
-    for (const TFaultCase& c : ReadCases("schema_sentences.txt")) {
+    for (const testes::TCase& c : ReadCases("schema_sentences.casos")) {
         std::vector<std::string> sentences;
-        const json report = ValidateBytes(c.Bytes);
+        const json report = ValidateBytes(Edited(c));
         for (const json& message : report["mensagens"])
             if (message["validacao"].get<std::string>().ends_with(".schema"))
                 sentences.push_back(message["texto"]);
-        EXPECT_THAT(sentences, ElementsAreArray(c.Expected)) << c.Name;
+        EXPECT_THAT(sentences, ElementsAreArray(c.Expected)) << c;
     }
 }
 
@@ -99,10 +81,10 @@ std::vector<std::string> Changes(const json& report) {
 }
 
 TEST_F(Faults, CorrectingEverythingMakesNoBillWorse) {
-    for (const TFaultCase& c : ReadCases("corrections.txt")) {
-        const json report = RunJson({"corrigir", "-", "--todas", "--simular"}, c.Bytes);
-        EXPECT_THAT(Changes(report), ElementsAreArray(c.Expected)) << c.Name;
-        EXPECT_EQ(report["diferenca"].get<std::string>().empty(), report["correcoes"].empty()) << c.Name;
+    for (const testes::TCase& c : ReadCases("corrections.casos")) {
+        const json report = RunJson({"corrigir", "-", "--todas", "--simular"}, Edited(c));
+        EXPECT_THAT(Changes(report), ElementsAreArray(c.Expected)) << c;
+        EXPECT_EQ(report["diferenca"].get<std::string>().empty(), report["correcoes"].empty()) << c;
     }
     // An item outside of its guide.
     std::string moved = ReadTestFile(Example(kSadt3));

@@ -1,7 +1,7 @@
 // Lots made from the schemas, of every kind of guide and every version of the chain, on every way along it.
 #include "app/lote_conversion.h"
 #include "convert/version_converter.h"
-#include "schema_model/pastas.h"
+#include "schema_model/built_in_folders.h"
 #include "support/support.h"
 #include "xml/schema/schema_generator.h"
 #include "xml/schema/schema_messages.h"

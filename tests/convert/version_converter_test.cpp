@@ -1,6 +1,6 @@
 #include "app/lote_conversion.h"
 #include "convert/version_converter.h"
-#include "schema_model/pastas.h"
+#include "schema_model/built_in_folders.h"
 #include "support/support.h"
 #include "validation/hash_calculator.h"
 #include "xml/schema/schema_set.h"

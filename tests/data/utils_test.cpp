@@ -2,8 +2,8 @@
 #include "data/database_tuss.h"
 #include "data/db_connection_factory.h"
 #include "data/db_utils.h"
-#include "data/iso_date.h"
 #include "data/tuss.h"
+#include "platform/iso_date.h"
 #include "support/test_files.h"
 
 #include <gmock/gmock.h>

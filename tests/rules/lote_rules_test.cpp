@@ -1,6 +1,7 @@
 #include "achados.h"
 
-#include "platform/format_settings.h"
+#include "data/tuss_writer.h"
+#include "support/case_file.h"
 #include "support/support.h"
 
 #include <gmock/gmock.h>
@@ -13,17 +14,21 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-constexpr std::string_view kLote = "tiss.mensagem.loteguias.";
+constexpr std::string_view kLote = "tiss.mensagem.loteguias";
 
 /// Names (without the common part) of the rules that found something, repetitions in a row left out.
-std::vector<std::string> Spoken(const TValidation& rules) {
+std::vector<std::string> Spoken(const TValidationMessages& messages) {
     std::vector<std::string> names;
-    for (const auto& message : rules.ValidationMessages()) {
-        const std::string name = message->Validation().Name.substr(kLote.size());
+    for (const auto& message : messages) {
+        const std::string name = message->Validation().Name.substr(kLote.size() + 1);
         if (names.empty() || names.back() != name)
             names.push_back(name);
     }
     return names;
+}
+
+TValidationMessages Judged(const std::string& xml) {
+    return Mensagens(kLote, *Carregado(xml), TTussConnection::InMemory());
 }
 
 std::string Repeated(int times, std::string_view text) {
@@ -33,60 +38,24 @@ std::string Repeated(int times, std::string_view text) {
     return all;
 }
 
-TEST(LotRules, LimitsAndKinds) {
-    const std::string one = "ok: Todas as guias do lote são do mesmo tipo.";
-    const auto mixed = [](const char* counts) {
-        return fmt::format(
-            "erro: Um lote só pode conter guias de um mesmo tipo. Porém, foram encontradas tipos "
-            "diferentes de guias dentro do lote ({}).",
-            counts);
-    };
-    const std::string few = "ok: O lote não excede o limite máximo permitido de 100 guias.";
-    const auto many = [](std::int64_t n) {
-        return fmt::format(
-            "erro: De acordo com o padrão TISS, um lote pode conter no máximo 100 guias. Porém, {} guias "
-            "foram encontradas no XML.",
-            TFormatSettings::Regional().Count(n));
-    };
-    const std::string some = "ok: O lote atende o limite mínimo exigido de 1 guia.";
-    const struct {
-        std::string Guides;
-        std::vector<std::string> Expected;
-    } cases[] = {
-        {"",
-         {"erro: Como o tipo da transação foi definida como sendo \"ENVIO_LOTE_GUIAS\", é necessário que o "
-          "XML contenha "
-          "um lote com pelo menos uma guia TISS. Porém, não foram localizadas guias TISS no conteúdo do XML.",
-          few}},
-        {Repeated(100, "guiaOdonto()"), {some, one, few}},
-        {Repeated(101, "guiaOdonto()"), {some, one, many(101)}},
-        {Repeated(1234, "guiaOdonto()"), {some, one, many(1234)}},
-        {"guiaConsulta() guiaSP-SADT() guiaConsulta()", {some, mixed("2 de Consulta, 1 de SP-SADT"), few}},
-        // The parity of the number of kinds decides.
-        {"guiaHonorarios() guiaSP-SADT() guiaConsulta()", {some, one, few}},
-        {"guiaHonorarios() guiaOdonto() guiaResumoInternacao() guiaSP-SADT()",
-         {some, mixed("1 de SP-SADT, 1 de Resumo de Internação, 1 de Honorários, 1 de Odonto"), few}},
-        {"guiaHonorarios() guiaOdonto() guiaResumoInternacao() guiaSP-SADT() guiaConsulta()",
-         {some, one, few}},
-    };
-    for (const auto& c : cases) {
+TEST(LotRules, FindWhatTheCasesSay) {
+    for (const TCase& c : Cases("rules/lotes.casos")) {
+        const auto& [guides, times] = c.Inputs.front();
         std::vector<std::string> found;
-        const auto rules = Validado(*Mensagem("3.05.00", Xml("guiasTISS(" + c.Guides + ")")), "3.05.00");
-        for (const auto& message : rules->ValidationMessages())
+        for (const auto& message : Judged(LoteComGuias("3.05.00", Repeated(std::stoi(times), guides))))
             if (message->Validation().Name.starts_with("tiss.mensagem.loteguias.lote"))
                 found.push_back(Descrito(*message));
-        EXPECT_THAT(found, ElementsAreArray(c.Expected)) << c.Guides.substr(0, 100);
+        ExpectLines(c, found);
     }
 }
 
 TEST(LotRules, ErrorsStandAtTheLotOrTheGuideConcerned) {
     const auto errorLine = [](const std::string& guides) {
-        std::string xml = MensagemComLote("3.05.00", Xml("guiasTISS(" + guides + ")"));
+        std::string xml = LoteComGuias("3.05.00", guides);
         ReplaceAll(xml, "<guiaConsulta", "\n<guiaConsulta");
         ReplaceAll(xml, "<guiaOdonto", "\n<guiaOdonto");
         ReplaceAll(xml, "<ans:loteGuias", "\n\n\n<ans:loteGuias");
-        const auto rules = Validado(*std::dynamic_pointer_cast<IMensagemTiss>(Carregado(xml)), "3.05.00");
-        for (const auto& message : rules->ValidationMessages())
+        for (const auto& message : Judged(xml))
             if (message->MsgType() == TMessageType::mtError)
                 return message->Line();
         return 0;
@@ -99,15 +68,14 @@ TEST(LotRules, ErrorsStandAtTheLotOrTheGuideConcerned) {
 TEST(LotRules, OtherTransactionsAreNoneOfTheirs) {
     std::string xml = MensagemComLote("3.05.00", "");
     ReplaceAll(xml, "ENVIO_LOTE_GUIAS", "SOLICITACAO_PROCEDIMENTOS");
-    const auto rules = Validado(*std::dynamic_pointer_cast<IMensagemTiss>(Carregado(xml)), "3.05.00");
+    const auto rules = Julgado(kLote, *Carregado(xml), TTussConnection::InMemory());
     EXPECT_THAT(rules->ValidationMessages(), IsEmpty());
     EXPECT_FALSE(rules->Validated());
 
     // A message without any lot has an empty one.
     ReplaceAll(xml, "SOLICITACAO_PROCEDIMENTOS", "ENVIO_LOTE_GUIAS");
     ReplaceAll(xml, "loteGuias", "loteAnexo");
-    const auto empty = Validado(*std::dynamic_pointer_cast<IMensagemTiss>(Carregado(xml)), "3.05.00");
-    EXPECT_THAT(Spoken(*empty), ElementsAre("lotesemguias", "lotecommaisdecemguias"));
+    EXPECT_THAT(Spoken(Judged(xml)), ElementsAre("lotesemguias", "lotecommaisdecemguias"));
 }
 
 // A guide of each kind with one procedure, one expense and totals, as the versions write them.
@@ -173,18 +141,20 @@ TEST(GuideRules, EachKindOfGuideMeetsItsRulesInOrder) {
         {"2.02.03", "guiaHonorarioIndividual", "honorarios", {procedure}},
     };
     for (const auto& c : cases) {
-        const std::string guide = std::string_view(c.Version) < "3" ? GuiaV2(c.Element) : GuiaV3(c.Element);
-        const auto file = Mensagem(c.Version, Xml(Lote(c.Version, guide)));
-        const auto rules = Validado(*file, c.Version, [](TTussWriter& writer) {
+        const auto tuss = TTussConnection::InMemory([](TTussWriter& writer) {
             writer.Insert(TTuss22{{"1", std::nullopt, std::nullopt}});
         });
+        const bool old = std::string_view(c.Version) < "3";
+        const std::string guide = old ? GuiaV2(c.Element) : GuiaV3(c.Element);
+        const TValidationMessages messages =
+            Mensagens(kLote, *Carregado(LoteComGuias(c.Version, guide)), tuss);
         std::vector<std::string> expected = {"lotesemguias", "lotecomguiasdetiposdiferentes",
                                              "lotecommaisdecemguias"};
         for (const TNames& names : c.Expected)
             for (const std::string& name : names)
                 expected.push_back(std::string(c.Kind) + "." + name);
-        EXPECT_THAT(Spoken(*rules), ElementsAreArray(expected)) << c.Version << " " << c.Element;
-        for (const auto& message : rules->ValidationMessages())
+        EXPECT_THAT(Spoken(messages), ElementsAreArray(expected)) << c.Version << " " << c.Element;
+        for (const auto& message : messages)
             EXPECT_EQ(message->MsgType(), TMessageType::mtSuccess) << Descrito(*message);
     }
 }
@@ -196,13 +166,14 @@ TEST(GuideRules, EachRuleMeetsTheGuidesInLotOrder) {
             "procedimentosRealizados(procedimentoRealizado(quantidadeExecutada=0 reducaoAcrescimo=0)))",
             number);
     };
-    const auto file = Mensagem("3.05.00", Xml("guiasTISS(" + guide(2) + guide(1) + ")"));
-    const auto rules = Validado(*file, "3.05.00");
+    const auto file = Carregado(LoteComGuias("3.05.00", guide(2) + guide(1)));
+    const auto rules = Julgado(kLote, *file, TTussConnection::InMemory());
     const auto found = [&] {
         std::vector<std::string> list;
         for (const auto& message : rules->ValidationMessages())
-            if (const auto* guia = dynamic_cast<const TLoteGuiasValidationMessage*>(message.get()))
-                list.push_back(guia->NumeroGuia() + " " + guia->Validation().Name.substr(kLote.size()));
+            if (!message->NumeroGuia().empty())
+                list.push_back(message->NumeroGuia() + " " +
+                               message->Validation().Name.substr(kLote.size() + 1));
         return list;
     };
     const std::vector<std::string> expected = {
@@ -219,30 +190,9 @@ TEST(GuideRules, EachRuleMeetsTheGuidesInLotOrder) {
     // A second visit finds the same and keeps nothing of the first.
     file->Accept(*rules);
     EXPECT_EQ(found(), expected);
-    const auto empty = Mensagem("3.05.00", Xml("guiasTISS(guiaOdonto())"));
+    const auto empty = Carregado(LoteComGuias("3.05.00", "guiaOdonto()"));
     empty->Accept(*rules);
     EXPECT_THAT(found(), IsEmpty());
-}
-
-TEST(GuideRules, StandUnderTheNameOfTheirParent) {
-    const auto rules = MakeValidation<TLoteGuiasValidation>("4.01.00", TTussConnection::InMemory());
-    std::vector<const TValidation*> open = {rules.get()};
-    std::size_t count = 0;
-    while (!open.empty()) {
-        const TValidation* parent = open.back();
-        open.pop_back();
-        for (const auto& child : parent->Validations()) {
-            ++count;
-            const std::string_view name = child->Name();
-            const std::size_t point = name.rfind('.');
-            EXPECT_EQ(name.substr(0, point), parent->Name()) << name;
-            EXPECT_FALSE(child->Description().empty()) << name;
-            // Only what judges the lot, or hands out its guides, cannot be switched off.
-            EXPECT_EQ(child->Required(), parent == rules.get()) << name;
-            open.push_back(child.get());
-        }
-    }
-    EXPECT_EQ(count, 63U);
 }
 
 } // namespace

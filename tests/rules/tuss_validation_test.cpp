@@ -1,6 +1,7 @@
 #include "rules/tuss_validation.h"
 
 #include "achados.h"
+#include "data/tuss_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -145,38 +146,27 @@ TEST(TussTable64, WalksThePeriodsOfATermInOrder) {
             Check<TTuss64Validation>(manager, c.Date, c.Code, c.Result, c.Message);
 }
 
-TEST(TussTables, NotInstalledAreToldOnceARule) {
-    const auto connection = TTussConnection::InMemory([](TTussWriter& writer) {
+TEST(TussTables, SayWhatIsNotInstalled) {
+    const TTussManager manager(TTussConnection::InMemory([](TTussWriter& writer) {
         writer.Insert(TTuss22{{"1", std::nullopt, std::nullopt}});
         writer.Insert(TTussInativado{"19", "1", Dia(2020, 3, 31)});
         writer.Insert(Periodo("1", false, "", std::nullopt)); // of table 22
-        writer.Insert(TCidade{"3550308"});
-    });
-    TTussManager manager(connection);
-    TTussNotices notices;
-    EXPECT_EQ(notices.NotInstalled(manager, "22"), std::nullopt);
-    EXPECT_EQ(notices.NotInstalled(manager, "19"), std::nullopt) << "inactivated terms only";
-    EXPECT_EQ(notices.NotInstalled(manager, "18"),
-              "A tabela 18 da TUSS não está instalada; os códigos dessa tabela não foram verificados. "
-              "Importe a publicação da ANS: conferix terminologia importar ARQUIVO.");
-    EXPECT_EQ(notices.NotInstalled(manager, "18"), std::nullopt);
-    EXPECT_EQ(notices.Table64NotInstalled(manager, "22"), std::nullopt);
-    for (const std::string table : {"18", "20"})
-        EXPECT_EQ(notices.Table64NotInstalled(manager, table),
-                  "A tabela 64 (termos da tabela " + table +
-                      ") da TUSS não está instalada; os códigos dessa tabela não foram verificados. Importe "
-                      "a publicação da ANS: conferix terminologia importar ARQUIVO.");
-    EXPECT_EQ(notices.Table64NotInstalled(manager, "18"), std::nullopt);
-    EXPECT_NE(TTussNotices().NotInstalled(manager, "18"), std::nullopt);
-    EXPECT_EQ(notices.CitiesNotInstalled(manager), std::nullopt);
-    EXPECT_TRUE(manager.HasCity("3550308"));
-    EXPECT_FALSE(manager.HasCity("355030"));
-    EXPECT_TRUE(manager.HasCity("3550308"));
+    }));
+    EXPECT_TRUE(manager.IsInstalled("22"));
+    EXPECT_TRUE(manager.IsInstalled("19")) << "inactivated terms only";
+    EXPECT_FALSE(manager.IsInstalled("18"));
+    EXPECT_EQ(manager.MissingTable64("22"), "");
+    EXPECT_EQ(manager.MissingTable64("18"), "64 (termos da tabela 18)");
+    EXPECT_EQ(TTussManager(TTussConnection::InMemory()).MissingTable64("18"), "64");
+}
 
-    TTussManager empty(TTussConnection::InMemory());
-    EXPECT_EQ(notices.CitiesNotInstalled(empty),
-              "A tabela de municípios não está instalada; os códigos de município não foram verificados.");
-    EXPECT_EQ(notices.CitiesNotInstalled(empty), std::nullopt);
+TEST(TussTables, CitiesAreKnownByTheirWholeCode) {
+    TTussManager manager(
+        TTussConnection::InMemory([](TTussWriter& writer) { writer.Insert(TCidade{"3550308"}); }));
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_TRUE(manager.HasCity("3550308"));
+        EXPECT_FALSE(manager.HasCity("355030"));
+    }
 }
 
 TEST(XsDate, IsReadAsAWholeDay) {

@@ -1,7 +1,8 @@
 #include "model/mensagem_tiss.h"
+#include "rules/rule_table.h"
 #include "support/support.h"
-#include "validation/named_validation.h"
 #include "validation/solver.h"
+#include "validator/rule_list.h"
 #include "validator/tiss_validator.h"
 #include "xml/xml_writer.h"
 
@@ -22,39 +23,39 @@ class TLeafRule : public TValidation {
     using TValidation::Visit;
     void Visit(const IMensagemTiss&) override {
         StartVisit();
-        AddMessage(TValidationMessage::CreateError(this, prefix_ + "1"));
-        AddMessage(TValidationMessage::CreateError(this, prefix_ + "2"));
+        Error(nullptr, prefix_ + "1");
+        Error(nullptr, prefix_ + "2");
     }
 
   private:
     std::string prefix_;
 };
-using TFirstLeaf = TNamedValidation<TLeafRule, "grupo.primeira", "Primeira">;
-using TSecondLeaf = TNamedValidation<TLeafRule, "grupo.segunda", "Segunda">;
 
 class TGroupRule : public TValidation {
   public:
-    void CreateValidations() override {
-        TValidation::CreateValidations();
-        AddValidation<TFirstLeaf>("a");
-        AddValidation<TSecondLeaf>("b");
-    }
     using TValidation::Visit;
     void Visit(const IMensagemTiss& mensagem) override {
         StartVisit();
-        AddMessage(TValidationMessage::CreateWarn(this, "grupo"));
+        Warning(nullptr, "grupo");
         // The same node twice: each child is asked for what it found after every node.
         VisitChildren(mensagem);
         VisitChildren(mensagem);
     }
 };
-using TGroup = TNamedValidation<TGroupRule, "grupo", "Grupo">;
+
+TRuleTable Rules() {
+    TRuleTable rules;
+    RULE(TGroup, "", "grupo", "Grupo", kRequired, TGroupRule);
+    RULE(TFirstLeaf, "grupo", ".primeira", "Primeira", kOptional, TLeafRule, "a");
+    RULE(TSecondLeaf, "grupo", "outra.segunda", "Segunda", kOptional, TLeafRule, "b");
+    return rules;
+}
 
 constexpr const char* kMessage =
     "<mensagemTISS><cabecalho><Padrao>4.01.00</Padrao></cabecalho></mensagemTISS>";
 
 TEST(Framework, MessagesComeInPreOrderAndOfTheLastVisitOnly) {
-    const auto group = MakeValidation<TGroup>();
+    const auto group = Rules().MakeValidation("grupo", nullptr);
     const auto file = LoadTiss(kMessage);
     EXPECT_FALSE(group->Validated());
     for (int visit = 0; visit < 2; ++visit) {
@@ -63,18 +64,27 @@ TEST(Framework, MessagesComeInPreOrderAndOfTheLastVisitOnly) {
         for (const auto& message : group->ValidationMessages())
             reasons.push_back(message->Validation().Name + "=" + message->Reason());
         EXPECT_THAT(reasons, ElementsAre("grupo=grupo", "grupo.primeira=a1", "grupo.primeira=a2",
-                                         "grupo.segunda=b1", "grupo.segunda=b2", "grupo.primeira=a1",
-                                         "grupo.primeira=a2", "grupo.segunda=b1", "grupo.segunda=b2"));
+                                         "outra.segunda=b1", "outra.segunda=b2", "grupo.primeira=a1",
+                                         "grupo.primeira=a2", "outra.segunda=b1", "outra.segunda=b2"));
     }
     EXPECT_TRUE(group->Validated());
-    EXPECT_EQ(group->Validations(true).size(), 2U);
     // A message keeps its rule's identity after the rule is gone, and all of a rule share one.
     auto kept = group->ValidationMessages();
     EXPECT_EQ(&kept[1]->Validation(), &kept[2]->Validation());
+    EXPECT_TRUE(kept[0]->Validation().Required);
+    EXPECT_FALSE(kept[1]->Validation().Required);
+    EXPECT_EQ(kept[1]->Validation().Description, "Primeira");
+}
+
+TEST(Framework, ARowStandsBelowAGroupAndOnce) {
+    TRuleTable rules = Rules();
+    EXPECT_THROW(rules.Add<TGroupRule>("nenhum", ".a", "A", kOptional), std::logic_error);
+    EXPECT_THROW(rules.Add<TGroupRule>("grupo", ".primeira", "A", kOptional), std::logic_error);
+    EXPECT_THROW(rules.MakeValidation("nenhum", nullptr), std::out_of_range);
 }
 
 TEST(Framework, PrefixesTellLineGuideAndField) {
-    const auto rule = MakeValidation<TFirstLeaf>("x");
+    const auto rule = Rules().MakeValidation("grupo.primeira", nullptr);
     const auto monitoring = [&](const char* campo, const char* guia, int line) {
         return TLoteGuiasMonitoramentoValidationMessage::CreateError(rule.get(), campo, guia, "motivo", "",
                                                                      line)
@@ -130,27 +140,23 @@ TEST(Framework, IdentifiersAreUniqueBracedAndStable) {
     EXPECT_EQ(ids.size(), 1000U);
 }
 
-TEST(Framework, TheTreeHasItsRulesInOrder) {
-    const TTissValidator validator(nullptr, {}, TTussConnection::InMemory());
-    std::string listed;
-    std::set<std::string> names;
-    for (const IValidationIdentity& rule : validator.Validations(true)) {
-        listed += rule->Name + "|" + rule->Description + "|" + (rule->Required ? "sim" : "não") + "\n";
-        EXPECT_TRUE(names.insert(rule->Name).second) << rule->Name;
+TEST(Framework, TheValidatorListsItsRulesInTheOrderOfTheTree) {
+    const TTissValidator validator(nullptr, {}, nullptr);
+    std::vector<std::string> names;
+    for (const IValidationIdentity& rule : validator.Validations(true))
+        names.push_back(rule->Name);
+    std::vector<std::string> listed;
+    std::vector<std::string> roots;
+    for (const TListedRule& rule : ListRules()) {
+        listed.push_back(rule.Rule->Name);
+        if (rule.Depth == 0)
+            roots.push_back(rule.Rule->Name);
     }
-    EXPECT_THAT(listed, testing::StartsWith("tiss.mensagem|Mensagem TISS|sim\n"
-                                            "tiss.mensagem.namespace|Namespace|sim\n"
-                                            "tiss.mensagem.schema|Schema XSD|sim\n"));
-    EXPECT_THAT(listed, testing::HasSubstr("tiss.mensagem.hash|Hash MD5|sim\n"
-                                           "tiss.monitoramento|Monitoramento TISS|sim\n"
-                                           "tiss.monitoramento.namespace|Namespace|sim\n"
-                                           "tiss.monitoramento.schema|Schema XSD|sim\n"));
-    EXPECT_THAT(listed, testing::EndsWith("tiss.monitoramento.hash|Hash MD5|sim\n"
-                                          "tiss.qualidade|Monitoramento de Qualidade|sim\n"
-                                          "tiss.qualidade.namespace|Namespace|sim\n"
-                                          "tiss.qualidade.schema|Schema XSD|sim\n"
-                                          "tiss.qualidade.hash|Hash MD5|sim\n"));
-    EXPECT_EQ(validator.Validations(false).size(), 3U);
+    EXPECT_EQ(names, listed);
+    names.clear();
+    for (const IValidationIdentity& rule : validator.Validations(false))
+        names.push_back(rule->Name);
+    EXPECT_EQ(names, roots);
 }
 
 TEST(Framework, UpdateNodeValueSolverOutlivesItsMakersAndChangesValuesOnly) {

@@ -128,6 +128,20 @@ TEST(XmlTree, LooksUpByLocalName) {
     EXPECT_EQ(root.Attribute("xmlns"), nullptr);
 }
 
+TEST(XmlTree, KeepsManyNamesApart) {
+    constexpr std::uint32_t kNames = 3000;
+    std::string text;
+    for (std::uint32_t i = 0; i < 2 * kNames; ++i)
+        text += "<n" + std::to_string(i % kNames) + "/>";
+    const auto document = Parse("<r>" + text + "</r>");
+    std::uint32_t next = 0;
+    for (const TXmlNode& node : document->Element()->ChildTags()) {
+        EXPECT_EQ(node.LocalName(), "n" + std::to_string(next % kNames));
+        EXPECT_EQ(node.Name().Id, 2 + next++ % kNames); // after the document's and the root's
+    }
+    EXPECT_EQ(document->NameCount(), 2 + kNames);
+}
+
 TEST(XmlTree, WalkStopsOnDemandAndStaysBelowItsRoot) {
     const auto document = Parse("<r><a><b/><c/></a><d/></r>");
     std::string seen;

@@ -7,7 +7,7 @@
 #include "data/tuss.h"
 #include "model/tiss_exceptions.h"
 #include "platform/platform.h"
-#include "schema_model/pastas.h"
+#include "schema_model/built_in_folders.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -33,13 +33,9 @@ TSolverChoice ChoiceOf(const TCorrigirOptions& options) {
     };
 }
 
-bool IsFailure(const TXmlMessage& message) {
-    return message.MsgType() == TMessageType::mtError || message.MsgType() == TMessageType::mtFatal;
-}
-
 std::size_t CountFailures(const TXmlMessages& messages) {
     return static_cast<std::size_t>(
-        std::count_if(messages.begin(), messages.end(), [](const auto& m) { return IsFailure(*m); }));
+        std::count_if(messages.begin(), messages.end(), [](const auto& m) { return m->IsFailure(); }));
 }
 
 /// Corrects one file.

@@ -6,8 +6,8 @@
 #include "model/arquivo_tiss_factory.h"
 #include "model/tiss_kinds.h"
 #include "platform/platform.h"
-#include "schema_model/esquema_modelo.h"
-#include "schema_model/pastas.h"
+#include "schema_model/built_in_folders.h"
+#include "schema_model/schema_model.h"
 #include "xml/schema/schema_set.h"
 
 #include <fmt/format.h>
@@ -66,10 +66,10 @@ std::set<std::string> ApproximateFiles() {
     std::error_code ignored;
     if (!std::filesystem::is_directory(SchemaModelFolder(), ignored))
         return names;
-    for (const auto& model : LoadModelos(SchemaModelFolder()))
-        for (const std::string& versao : model->Versoes())
-            if (model->Aproximada(versao))
-                names.insert(model->NomeArquivo(versao));
+    for (const auto& model : LoadSchemaModels(SchemaModelFolder()))
+        for (const std::string& versao : model->Versions())
+            if (model->IsApproximate(versao))
+                names.insert(model->FileName(versao));
     return names;
 }
 

@@ -1,7 +1,8 @@
 #include "app/cli/commands.h"
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
-#include "validation/hash_rule.h"
+#include "validation/hash_calculator.h"
+#include "validator/all_rules.h"
 
 #include <ostream>
 
@@ -9,23 +10,23 @@ namespace conferix {
 
 namespace {
 
-std::shared_ptr<TValidation> HashRuleFor(TEnumTipoArquivoTiss tipo) {
+std::string HashRuleOf(TEnumTipoArquivoTiss tipo) {
     switch (tipo) {
     case TEnumTipoArquivoTiss::taMonitoramento:
-        return MakeValidation<TMonitoramentoHashValidation>();
+        return "tiss.monitoramento.hash";
     case TEnumTipoArquivoTiss::taMonitoramentoQualidade:
-        return MakeValidation<TMonitoramentoQualidadeHashValidation>();
+        return "tiss.qualidade.hash";
     case TEnumTipoArquivoTiss::taMensagemTISS:
         break;
     }
-    return MakeValidation<TMensagemTissHashValidation>();
+    return "tiss.mensagem.hash";
 }
 
 int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
     const std::string written(file.Hash());
     const std::string iso = THashCalculator::Calculate(*file.Xml(), THashEncoding::Iso88591);
     const std::string utf8 = THashCalculator::Calculate(*file.Xml(), THashEncoding::Utf8);
-    const auto rule = HashRuleFor(file.TipoArquivo());
+    const auto rule = AllRules().MakeValidation(HashRuleOf(file.TipoArquivo()), nullptr);
     file.Accept(*rule);
     const TXmlMessage& verdict = *rule->ValidationMessages().front();
 

@@ -1,6 +1,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
+#include "platform/utf8.h"
 
 #include <algorithm>
 #include <ostream>
@@ -9,19 +10,13 @@ namespace conferix {
 
 namespace {
 
-/// Number of characters of a text in UTF-8.
-std::size_t Width(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
-}
-
 void PrintGroup(std::ostream& out, const TPalette& palette, const TInformationGroup& group) {
     out << palette.Bold(group.Titulo) << '\n';
     std::size_t widest = 0;
     for (const auto& [label, value] : group.Linhas)
-        widest = std::max(widest, Width(label));
+        widest = std::max(widest, CountCharacters(label));
     for (const auto& [label, value] : group.Linhas)
-        out << "  " << label << ": " << std::string(widest - Width(label), ' ') << value << '\n';
+        out << "  " << label << ": " << std::string(widest - CountCharacters(label), ' ') << value << '\n';
 }
 
 int ShowInformations(const TCliContext& context, const TInformations& groups) {

@@ -66,20 +66,22 @@ int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions
         options.Consolidado
             ? std::make_unique<TTuss64Validation>(manager, *date, options.Tabela, options.Codigo)
             : std::make_unique<TTussValidation>(manager, *date, options.Tabela, options.Codigo);
-    std::optional<std::string> notVerified;
+    std::string missing;
     try {
-        TTussNotices notices;
-        notVerified = options.Consolidado ? notices.Table64NotInstalled(manager, options.Tabela)
-                                          : notices.NotInstalled(manager, options.Tabela);
+        if (options.Consolidado)
+            missing = manager.MissingTable64(options.Tabela);
+        else if (!manager.IsInstalled(options.Tabela))
+            missing = options.Tabela;
     } catch (const ETussTableWithoutEntity& error) {
         throw EUsage(error.what());
     }
     std::ostream& out = context.Streams.Out;
-    if (notVerified) {
+    if (!missing.empty()) {
+        const std::string notVerified = NotInstalledText(missing);
         if (context.Json())
-            out << JsonText({{"resultado", nullptr}, {"mensagem", *notVerified}}) << '\n';
+            out << JsonText({{"resultado", nullptr}, {"mensagem", notVerified}}) << '\n';
         else
-            out << *notVerified << '\n';
+            out << notVerified << '\n';
         return kExitUnreadable;
     }
     std::vector<TFoundTerm> similar;

@@ -6,13 +6,13 @@
 #include "platform/platform.h"
 #include "validation/solver.h"
 #include "validation/validation_message.h"
+#include "xml/lower_case.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cctype>
 #include <mutex>
 #include <optional>
 #include <ostream>
@@ -37,9 +37,7 @@ std::vector<std::string> EnabledRules(const TCliContext& context, const std::vec
 }
 
 bool HasTissExtension(const std::filesystem::path& file) {
-    std::string extension = file.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string extension = LowerCase(file.extension().string());
     return extension == ".xml" || extension == ".xte";
 }
 
@@ -164,9 +162,8 @@ class TReporter {
         std::string origin;
         if (message.LinePos() != 0)
             origin = fmt::format("coluna {}", message.LinePos());
-        const auto* finding = dynamic_cast<const TValidationMessage*>(&message);
-        if (finding != nullptr && finding->HasValidation())
-            origin += (origin.empty() ? "" : ", ") + finding->Validation().Name;
+        if (const std::string rule = RuleName(message); !rule.empty())
+            origin += (origin.empty() ? "" : ", ") + rule;
         return origin.empty() ? origin : " (" + origin + ")";
     }
 

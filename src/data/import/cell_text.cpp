@@ -1,7 +1,7 @@
 #include "data/import/cell_text.h"
 
-#include "data/iso_date.h"
 #include "data/plain_text.h"
+#include "platform/iso_date.h"
 
 #include <charconv>
 #include <chrono>
@@ -49,13 +49,11 @@ std::string TableAt(std::string_view text, std::size_t at) {
 }
 
 std::optional<std::string> Iso(int year, unsigned month, unsigned day) {
-    const TDate date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
     constexpr int kFirstYear = 1900;
     constexpr int kLastYear = 9999;
-    if (!date.ok() || year < kFirstYear || year > kLastYear) {
-        return std::nullopt;
-    }
-    return FormatIsoDate(date);
+    const std::optional<TDate> date =
+        year >= kFirstYear && year <= kLastYear ? MakeDate(year, month, day) : std::nullopt;
+    return date ? std::optional(FormatIsoDate(*date)) : std::nullopt;
 }
 
 /// "13/02/2009", "1/2/2009".

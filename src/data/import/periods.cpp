@@ -1,6 +1,6 @@
 #include "data/import/periods.h"
 
-#include "data/iso_date.h"
+#include "platform/iso_date.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,12 +1,11 @@
 #include "data/import/cell_text.h"
 #include "data/import/import_errors.h"
 #include "data/import/row_reader.h"
+#include "platform/utf8.h"
 
 #include <csv.h>
 #include <unicode/ucnv.h>
-#include <unicode/ustring.h>
 
-#include <algorithm>
 #include <new>
 
 namespace conferix {
@@ -22,17 +21,8 @@ constexpr std::size_t kMaxRecordBytes = 65536;
 constexpr std::size_t kMaxRecordLines = 200;
 constexpr std::size_t kMaxCells = 1000;
 
-bool IsUtf8(std::string_view text) {
-    std::int32_t length = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8(nullptr, 0, &length, text.data(), static_cast<std::int32_t>(text.size()), &status);
-    return status == U_BUFFER_OVERFLOW_ERROR || U_SUCCESS(status);
-}
-
 std::string Decoded(std::string_view bytes) {
-    const bool isAscii =
-        std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-    if (isAscii || IsUtf8(bytes)) {
+    if (FindMalformedUtf8(bytes) == bytes.size()) {
         return std::string(TrimBlanks(bytes));
     }
     std::string text(bytes.size() * 3 + 1, '\0');

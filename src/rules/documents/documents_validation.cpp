@@ -1,5 +1,7 @@
 #include "rules/documents/documents_validation.h"
 
+#include "platform/utf8.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -10,16 +12,12 @@ namespace conferix {
 
 namespace {
 
-bool IsContinuationByte(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
-}
-
 /// True when all characters but the last are equal to the first: numbers like 111.111.111-11, whose check
 /// digits may well be right. The last one is left out, so that 111.111.111-12 counts as well.
 bool IsRepeatedCharacter(std::string_view value) {
     if (value.size() == 1)
         return false;
-    while (value.size() > 1 && IsContinuationByte(value.back()))
+    while (value.size() > 1 && !StartsCharacter(value.back()))
         value.remove_suffix(1);
     value.remove_suffix(1);
     return value.find_first_not_of(value.substr(0, 1)) == std::string_view::npos;

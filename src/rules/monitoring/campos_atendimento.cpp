@@ -16,24 +16,23 @@ bool IsOneOf(std::string_view kind, std::string_view kinds) {
 
 } // namespace
 
-void TTipoGuiaRule::Check(const TGuiaFields& guia) {
+void TCampoDeTiposDeGuia::operator()(TCampoValidation& campo, const TGuiaFields& guia) const {
     if (!guia.TipoEventoAtencao.Present() || !guia.OrigemEventoAtencao.Present())
         return;
     const std::string_view kind = guia.TipoEventoAtencao.Text();
-    const TXmlField& field = guia.*row_.Campo;
+    const TXmlField& field = guia.*Campo;
     if (field.Present()) {
-        if (!IsOneOf(kind, row_.Allowed))
-            AddError(guia, field,
-                     fmt::format("{} só deverá ser informado quando o tipo da guia for igual a {} {}",
-                                 row_.AllowedName, row_.Kinds, kOrigens));
+        if (!IsOneOf(kind, Allowed))
+            campo.Error(field.Node(),
+                        fmt::format("{} só deverá ser informado quando o tipo da guia for igual a {} {}",
+                                    AllowedName, Kinds, kOrigens));
         return;
     }
-    const bool exempt = row_.ReembolsoExempt && guia.IsReembolso();
-    if (IsOneOf(kind, row_.Demanded) && !exempt)
-        AddError(guia, TXmlField(guia.Guia.Node()),
-                 fmt::format("{} não informado. {} deverá ser informado quando o tipo da guia for {}{} {}",
-                             row_.AbsentName, row_.DemandedName, row_.ShortDemand ? "" : "igual a ",
-                             row_.Kinds, kOrigens));
+    const bool exempt = ReembolsoExempt && guia.IsReembolso();
+    if (IsOneOf(kind, Demanded) && !exempt)
+        campo.Error(guia.Guia.Node(),
+                    fmt::format("{} não informado. {} deverá ser informado quando o tipo da guia for {}{} {}",
+                                AbsentName, DemandedName, ShortDemand ? "" : "igual a ", Kinds, kOrigens));
 }
 
 } // namespace conferix

@@ -12,25 +12,30 @@ constexpr std::string_view kZeros = "00000000000000000000";
 /// The version from which a beneficiary without a card number has to be described.
 constexpr std::string_view kDescribedFrom = "3.00.00";
 
-bool IsDueWithoutCard(const TMonitoramentoContext& context, const TGuiaFields& guia) {
-    return context.VersaoTiss >= kDescribedFrom && !guia.NumeroCartaoNacionalSaude.Present();
+bool IsDueWithoutCard(const TCampoValidation& campo, const TGuiaFields& guia) {
+    return campo.IsVersionFrom(kDescribedFrom) && !guia.NumeroCartaoNacionalSaude.Present();
 }
 
 /// The place of what is absent of the beneficiary.
-TXmlField BeneficiarioPlace(const TGuiaFields& guia) {
-    return TXmlField(guia.Beneficiario.HasNode() ? guia.Beneficiario.Node() : guia.Guia.Node());
+const TXmlNode* BeneficiarioPlace(const TGuiaFields& guia) {
+    return guia.Beneficiario.HasNode() ? guia.Beneficiario.Node() : guia.Guia.Node();
+}
+
+void CheckMunicipio(TCampoValidation& campo, const TXmlField& municipio, std::string_view invalid) {
+    if (municipio.Present() && campo.CanConsultCities() && !campo.Manager().HasCity(municipio.Text()))
+        campo.Error(municipio.Node(), std::string(invalid));
 }
 
 } // namespace
 
-void TVersaoPrestadorRule::Check(const TGuiaFields& guia) {
+void CheckVersaoPrestador(TCampoValidation& campo, const TGuiaFields& guia) {
     if (guia.OrigemEventoAtencao.Present() && !guia.IsReembolso() && !guia.VersaoTISSPrestador.Present())
-        AddError(
-            guia, TXmlField(guia.Guia.Node()),
+        campo.Error(
+            guia.Guia.Node(),
             "A versão TISS utilizada pelo prestador não foi informada, conforme tabela de domínio nº 69. ");
 }
 
-void TDocumentoExecutanteRule::Check(const TGuiaFields& guia) {
+void CheckDocumentoExecutante(TCampoValidation& campo, const TGuiaFields& guia) {
     if (!guia.CodigoCNPJ_CPF.Present())
         return;
     const std::string_view kind = guia.IdentificadorExecutante.Text();
@@ -41,48 +46,49 @@ void TDocumentoExecutanteRule::Check(const TGuiaFields& guia) {
     else if (kind == "2" && !TDocumentsValidation::IsValidCpf(number))
         invalid = "CPF";
     if (!invalid.empty())
-        AddError(guia, guia.CodigoCNPJ_CPF,
-                 fmt::format("O {} informado do prestador executante está inválido.", invalid));
+        campo.Error(guia.CodigoCNPJ_CPF.Node(),
+                    fmt::format("O {} informado do prestador executante está inválido.", invalid));
 }
 
-void TMunicipioRule::Check(const TGuiaFields& guia) {
-    const TXmlField& municipio = guia.*row_.Municipio;
-    if (municipio.Present() && CanConsultCities() && !Context()->Manager().HasCity(municipio.Text()))
-        AddError(guia, municipio, std::string(row_.Invalid));
+void CheckMunicipioExecutante(TCampoValidation& campo, const TGuiaFields& guia) {
+    CheckMunicipio(campo, guia.MunicipioExecutante,
+                   "O código IBGE do município de localização do prestador executante está inválido.");
 }
 
-void TCartaoNacionalSaudeRule::Check(const TGuiaFields& guia) {
+void CheckCartaoNacionalSaude(TCampoValidation& campo, const TGuiaFields& guia) {
     const TXmlField& card = guia.NumeroCartaoNacionalSaude;
     if (card.Present() && !TDocumentsValidation::IsValidCNS(card.Text()))
-        AddError(guia, card,
-                 fmt::format("O número do cartão nacional de saúde \"{}\" está inválido.", card.Shown()));
+        campo.Error(card.Node(),
+                    fmt::format("O número do cartão nacional de saúde \"{}\" está inválido.", card.Shown()));
 }
 
-void TSexoRule::Check(const TGuiaFields& guia) {
-    if (IsDueWithoutCard(*Context(), guia) && !guia.Sexo.Present())
-        AddError(guia, BeneficiarioPlace(guia),
-                 "Caso o cartão nacional de saúde não seja informado, é necessário informar o sexo do "
-                 "beneficiário.");
+void CheckSexo(TCampoValidation& campo, const TGuiaFields& guia) {
+    if (IsDueWithoutCard(campo, guia) && !guia.Sexo.Present())
+        campo.Error(BeneficiarioPlace(guia),
+                    "Caso o cartão nacional de saúde não seja informado, é necessário informar o sexo do "
+                    "beneficiário.");
 }
 
-void TDataNascimentoRule::Check(const TGuiaFields& guia) {
+void CheckDataNascimento(TCampoValidation& campo, const TGuiaFields& guia) {
     const TDateField& birth = guia.DataNascimento;
-    if (IsDueWithoutCard(*Context(), guia) && !birth.Field.Present())
-        AddError(guia, BeneficiarioPlace(guia),
-                 "Caso o cartão nacional de saúde não seja informado, é necessário informar a data de "
-                 "nascimento do beneficiário.");
+    if (IsDueWithoutCard(campo, guia) && !birth.Field.Present())
+        campo.Error(BeneficiarioPlace(guia),
+                    "Caso o cartão nacional de saúde não seja informado, é necessário informar a data de "
+                    "nascimento do beneficiário.");
     if (birth.Value && guia.DataRealizacao.Value && *birth.Value > *guia.DataRealizacao.Value)
-        AddError(guia, birth.Field,
-                 "A data de nascimento do beneficiário deve ser menor ou igual à data de realização do "
-                 "procedimento.");
+        campo.Error(birth.Field.Node(),
+                    "A data de nascimento do beneficiário deve ser menor ou igual à data de realização do "
+                    "procedimento.");
 }
 
-void TMunicipioResidenciaRule::Check(const TGuiaFields& guia) {
-    if (IsDueWithoutCard(*Context(), guia) && !guia.MunicipioResidencia.Present())
-        AddError(guia, BeneficiarioPlace(guia),
-                 "Caso o cartão nacional de saúde não seja informado, é necessário informar o município de "
-                 "residência do beneficiário.");
-    TMunicipioRule::Check(guia);
+void CheckMunicipioResidencia(TCampoValidation& campo, const TGuiaFields& guia) {
+    if (IsDueWithoutCard(campo, guia) && !guia.MunicipioResidencia.Present())
+        campo.Error(
+            BeneficiarioPlace(guia),
+            "Caso o cartão nacional de saúde não seja informado, é necessário informar o município de "
+            "residência do beneficiário.");
+    CheckMunicipio(campo, guia.MunicipioResidencia,
+                   "O código IBGE do município de residência do beneficiário está inválido.");
 }
 
 namespace {
@@ -94,28 +100,29 @@ TComputation DecidedByOrigin(const TGuiaFields& guia) {
 
 } // namespace
 
-void TNumeroGuiaRule::Check(const TGuiaFields& guia) {
-    const TXmlField& number = guia.*row_.Numero;
+void TZerosNoReembolso::operator()(TCampoValidation& campo, const TGuiaFields& guia) const {
+    const TXmlField& number = guia.*Numero;
     if (guia.IsReembolso() && number.Present() && number.Text() != kZeros)
-        AddError(guia, number, std::string(row_.NotZeros), std::string(kZeros), DecidedByOrigin(guia));
+        campo.CorrectableError(*number.Node(), std::string(NotZeros), std::string(kZeros),
+                               DecidedByOrigin(guia));
 }
 
-void TIdentificacaoReembolsoRule::Check(const TGuiaFields& guia) {
+void CheckIdentificacaoReembolso(TCampoValidation& campo, const TGuiaFields& guia) {
     const TXmlField& number = guia.IdentificacaoReembolso;
     if (!guia.OrigemEventoAtencao.Present() || !number.Present())
         return;
     const bool reimbursement = guia.IsReembolso();
     const bool zeros = number.Text() == kZeros;
     if (!reimbursement && !zeros)
-        AddError(
-            guia, number,
+        campo.CorrectableError(
+            *number.Node(),
             "Quando a origem da conta for igual a 1 (Rede contratada, referenciada ou credenciada), 2 "
             "(Rede própria - cooperados) ou 3 (Rede própria - demais prestadores), o campo identificação "
             "do reembolso deve ser preenchido com \"00000000000000000000\" (20 zeros).",
             std::string(kZeros), DecidedByOrigin(guia));
     if (reimbursement && zeros)
-        AddError(
-            guia, number,
+        campo.Error(
+            number.Node(),
             "Quando a origem da conta for igual a 4 (Reembolso), o campo identificação do reembolso deve "
             "ser diferente de \"00000000000000000000\" (20 zeros).");
 }

@@ -2,7 +2,6 @@
 
 #include "platform/format_settings.h"
 #include "rules/documents/documents_validation.h"
-#include "rules/guia_validation.h"
 #include "rules/tuss_validation.h"
 #include "xml/cut_text.h"
 
@@ -56,160 +55,176 @@ const std::vector<bool>& TRepetitions::Find() {
     return repeated_;
 }
 
-void TCodigoTabelaRule::Check(const TGuiaFields& guia) {
+void CheckCodigoTabela(TCampoValidation& campo, const TGuiaFields& guia) {
     if (!guia.DataRealizacao.Value)
         return;
     for (const TItemFields& item : guia.Itens) {
         if (!item.CodigoTabela.Present())
             continue;
-        if (!CanConsult(kTables))
+        if (!campo.CanConsult(kTables))
             return;
-        TTussValidation table(Context()->Manager(), *guia.DataRealizacao.Value, kTables,
-                              item.CodigoTabela.Text());
+        TTussValidation table(campo.Manager(), *guia.DataRealizacao.Value, kTables, item.CodigoTabela.Text());
         if (!table.IsValid())
-            AddError(guia, item.CodigoTabela,
-                     "O código da tabela está inválido. " + table.ValidationMessage());
+            campo.Error(item.CodigoTabela.Node(),
+                        "O código da tabela está inválido. " + table.ValidationMessage());
     }
 }
 
-void TGrupoProcedimentoRule::Check(const TGuiaFields& guia) {
-    repetitions_.Clear();
+void TGrupoProcedimento::operator()(TCampoValidation& campo, const TGuiaFields& guia) {
+    Repetitions.Clear();
     for (const TItemFields& item : guia.Itens)
         if (item.GrupoProcedimento.Present())
-            repetitions_.Add({{}, item.GrupoProcedimento.Text()});
-    const std::vector<bool>& repeated = repetitions_.Find();
+            Repetitions.Add({{}, item.GrupoProcedimento.Text()});
+    const std::vector<bool>& repeated = Repetitions.Find();
     std::size_t index = 0;
     for (const TItemFields& item : guia.Itens) {
         const TXmlField& group = item.GrupoProcedimento;
         if (!group.Present())
             continue;
         if (IsOwnTable(item.CodigoTabela.Text()))
-            AddError(
-                guia, group,
+            campo.Error(
+                group.Node(),
                 "Quando for utilizado código próprio da operadora, a forma de envio do procedimento ou item "
                 "assistencial deve ser individualizada.");
-        if (guia.DataRealizacao.Value && CanConsult(kGroups)) {
-            TTussValidation term(Context()->Manager(), *guia.DataRealizacao.Value, kGroups, group.Text());
+        if (guia.DataRealizacao.Value && campo.CanConsult(kGroups)) {
+            TTussValidation term(campo.Manager(), *guia.DataRealizacao.Value, kGroups, group.Text());
             if (!term.IsValid())
-                AddError(guia, group,
-                         "O código do grupo do procedimento está inválido. " + term.ValidationMessage());
+                campo.Error(group.Node(),
+                            "O código do grupo do procedimento está inválido. " + term.ValidationMessage());
         }
         if (repeated[index++])
-            AddError(
-                guia, group,
+            campo.Error(
+                group.Node(),
                 fmt::format("O grupo de procedimento {} está repetido nesse lançamento. Não pode haver, em "
                             "um mesmo lançamento, repetição de grupo de procedimento ou item assistencial.",
                             group.Shown()));
     }
 }
 
-void TCodigoProcedimentoRule::Check(const TGuiaFields& guia) {
-    repetitions_.Clear();
+void TCodigoProcedimento::operator()(TCampoValidation& campo, const TGuiaFields& guia) {
+    Repetitions.Clear();
     for (const TItemFields& item : guia.Itens)
         if (item.CodigoProcedimento.Present())
-            repetitions_.Add({item.CodigoTabela.Text(), item.CodigoProcedimento.Text()});
-    const std::vector<bool>& repeated = repetitions_.Find();
+            Repetitions.Add({item.CodigoTabela.Text(), item.CodigoProcedimento.Text()});
+    const std::vector<bool>& repeated = Repetitions.Find();
     std::size_t index = 0;
     for (const TItemFields& item : guia.Itens) {
         const TXmlField& code = item.CodigoProcedimento;
         if (!code.Present())
             continue;
         const std::string_view table = item.CodigoTabela.Text();
-        if (guia.DataRealizacao.Value && IsJudgedTable(table) && CanConsultTable64(table)) {
-            TTuss64Validation term(Context()->Manager(), *guia.DataRealizacao.Value, table, code.Text());
+        if (guia.DataRealizacao.Value && IsJudgedTable(table) && campo.CanConsultTable64(table)) {
+            TTuss64Validation term(campo.Manager(), *guia.DataRealizacao.Value, table, code.Text());
             if (!term.IsValid())
-                AddError(guia, code, "O código do procedimento está inválido. " + term.ValidationMessage());
+                campo.Error(code.Node(),
+                            "O código do procedimento está inválido. " + term.ValidationMessage());
         }
         if (repeated[index++])
-            AddError(guia, code,
-                     fmt::format(
-                         "O código de procedimento {} da tabela {} está repetido nesse lançamento. Não "
-                         "pode haver, em um mesmo lançamento, repetição de códigos de procedimento ou item "
-                         "assistencial da mesma tabela de referência.",
-                         code.Shown(), CutText(table, kShownFound)));
+            campo.Error(
+                code.Node(),
+                fmt::format(
+                    "O código de procedimento {} da tabela {} está repetido nesse lançamento. Não "
+                    "pode haver, em um mesmo lançamento, repetição de códigos de procedimento ou item "
+                    "assistencial da mesma tabela de referência.",
+                    code.Shown(), CutText(table, kShownFound)));
     }
 }
 
-void TItemNumberRule::Check(const TGuiaFields& guia) {
+void TNumeroDeItem::operator()(TCampoValidation& campo, const TGuiaFields& guia) const {
     for (const TItemFields& item : guia.Itens) {
-        const TNumberField& number = item.*row_.Number;
-        if (number.Value && (*number.Value < 0 || (*number.Value == 0 && !row_.MayBeZero)))
-            AddError(guia, number.Field, fmt::format(fmt::runtime(row_.TooSmall), MoneyText(*number.Value)));
+        const TNumberField& number = item.*Number;
+        if (number.Value && (*number.Value < 0 || (*number.Value == 0 && !MayBeZero)))
+            campo.Error(number.Field.Node(), fmt::format(fmt::runtime(TooSmall), MoneyText(*number.Value)));
     }
 }
 
-void TCnpjFornecedorRule::Check(const TGuiaFields& guia) {
+void CheckCnpjFornecedor(TCampoValidation& campo, const TGuiaFields& guia) {
     for (const TItemFields& item : guia.Itens)
         if (item.CNPJFornecedor.Present() && !TDocumentsValidation::IsValidCnpj(item.CNPJFornecedor.Text()))
-            AddError(
-                guia, item.CNPJFornecedor,
+            campo.Error(
+                item.CNPJFornecedor.Node(),
                 fmt::format("O CNPJ do fornecedor do item assistencial está inválido. Valor encontrado: {}.",
                             item.CNPJFornecedor.Shown()));
 }
 
-void TPacoteRule::Check(const TGuiaFields& guia) {
+namespace {
+
+/// Tells of packages where none may be, and hands each item with a package to `check`.
+template<class Check>
+void CheckPacotes(TCampoValidation& campo, const TGuiaFields& guia, Check&& check) {
     for (const TItemFields& item : guia.Itens) {
         if (!item.HasPackage)
             continue;
         const auto package = item.Item.DetalhePacote();
         if (!IsPackageTable(item.CodigoTabela.Text()))
-            AddError(guia, TXmlField(package.Get(0).Node()),
-                     fmt::format("Pacotes só deverão ser informados quando o campo 064 for igual a 90 ou 98. "
-                                 "Quantidade de pacote(s) encontrado(s): {}",
-                                 CountText(package.Count())));
-        CheckPacote(guia, item);
+            campo.Error(
+                package.Get(0).Node(),
+                fmt::format("Pacotes só deverão ser informados quando o campo 064 for igual a 90 ou 98. "
+                            "Quantidade de pacote(s) encontrado(s): {}",
+                            CountText(package.Count())));
+        check(package);
     }
 }
 
-void TPacoteTabelaRule::CheckPacote(const TGuiaFields& guia, const TItemFields& item) {
-    for (const TDetalhePacote& component : item.Item.DetalhePacote()) {
-        const TXmlField table = component.CodigoTabela();
-        if (table.Present() && table.Text() != "00" && !IsJudgedTable(table.Text()))
-            AddError(guia, table,
-                     "O código da tabela do item do pacote deve ser preenchido com um dos seguintes códigos "
-                     "possíveis: \"00\", \"18\", \"19\", \"20\" ou \"22\".");
-    }
-}
+} // namespace
 
-void TPacoteProcedimentoRule::CheckPacote(const TGuiaFields& guia, const TItemFields& item) {
-    repetitions_.Clear();
-    for (const TDetalhePacote& component : item.Item.DetalhePacote())
-        repetitions_.Add({component.CodigoTabela().Text(), component.CodigoProcedimento().Text()});
-    const std::vector<bool>& repeated = repetitions_.Find();
-    std::size_t index = 0;
-    for (const TDetalhePacote& component : item.Item.DetalhePacote()) {
-        const std::size_t at = index++;
-        const TXmlField code = component.CodigoProcedimento();
-        if (!code.Present())
-            continue;
-        const std::string table(component.CodigoTabela().Text());
-        if (guia.DataRealizacao.Value && IsJudgedTable(table) && CanConsultTable64(table)) {
-            TTuss64Validation term(Context()->Manager(), *guia.DataRealizacao.Value, table, code.Text());
-            if (!term.IsValid())
-                AddError(guia, code,
-                         "O código do procedimento que compõe o pacote está inválido. " +
-                             term.ValidationMessage());
+void CheckPacoteTabela(TCampoValidation& campo, const TGuiaFields& guia) {
+    CheckPacotes(campo, guia, [&](const auto& package) {
+        for (const TDetalhePacote& component : package) {
+            const TXmlField table = component.CodigoTabela();
+            if (table.Present() && table.Text() != "00" && !IsJudgedTable(table.Text()))
+                campo.Error(
+                    table.Node(),
+                    "O código da tabela do item do pacote deve ser preenchido com um dos seguintes códigos "
+                    "possíveis: \"00\", \"18\", \"19\", \"20\" ou \"22\".");
         }
-        if (repeated[at])
-            AddError(guia, code,
-                     fmt::format("O código de procedimento {} da tabela {} está repetido no pacote. Não pode "
-                                 "haver, em um mesmo pacote, repetição de códigos de procedimento ou item "
-                                 "assistencial da mesma tabela de referência (campo 077).",
-                                 code.Shown(), CutText(table, kShownFound)));
-    }
+    });
 }
 
-void TPacoteQuantidadeRule::CheckPacote(const TGuiaFields& guia, const TItemFields& item) {
-    for (const TDetalhePacote& component : item.Item.DetalhePacote()) {
-        const TXmlField quantity = component.Quantidade();
-        const std::optional<double> value = quantity.Number();
-        if (value && *value < 0)
-            AddError(
-                guia, quantity,
-                fmt::format("A quantidade do procedimento ou item assistencial que compõe o pacote deve ser "
-                            "maior ou igual a zero. Porém o valor {} foi encontrado.",
-                            MoneyText(*value)));
-    }
+void TPacoteProcedimento::operator()(TCampoValidation& campo, const TGuiaFields& guia) {
+    CheckPacotes(campo, guia, [&](const auto& package) {
+        Repetitions.Clear();
+        for (const TDetalhePacote& component : package)
+            Repetitions.Add({component.CodigoTabela().Text(), component.CodigoProcedimento().Text()});
+        const std::vector<bool>& repeated = Repetitions.Find();
+        std::size_t index = 0;
+        for (const TDetalhePacote& component : package) {
+            const std::size_t at = index++;
+            const TXmlField code = component.CodigoProcedimento();
+            if (!code.Present())
+                continue;
+            const std::string table(component.CodigoTabela().Text());
+            if (guia.DataRealizacao.Value && IsJudgedTable(table) && campo.CanConsultTable64(table)) {
+                TTuss64Validation term(campo.Manager(), *guia.DataRealizacao.Value, table, code.Text());
+                if (!term.IsValid())
+                    campo.Error(code.Node(), "O código do procedimento que compõe o pacote está inválido. " +
+                                                 term.ValidationMessage());
+            }
+            if (repeated[at])
+                campo.Error(
+                    code.Node(),
+                    fmt::format("O código de procedimento {} da tabela {} está repetido no pacote. Não pode "
+                                "haver, em um mesmo pacote, repetição de códigos de procedimento ou item "
+                                "assistencial da mesma tabela de referência (campo 077).",
+                                code.Shown(), CutText(table, kShownFound)));
+        }
+    });
+}
+
+void CheckPacoteQuantidade(TCampoValidation& campo, const TGuiaFields& guia) {
+    CheckPacotes(campo, guia, [&](const auto& package) {
+        for (const TDetalhePacote& component : package) {
+            const TXmlField quantity = component.Quantidade();
+            const std::optional<double> value = quantity.Number();
+            if (value && *value < 0)
+                campo.Error(
+                    quantity.Node(),
+                    fmt::format(
+                        "A quantidade do procedimento ou item assistencial que compõe o pacote deve ser "
+                        "maior ou igual a zero. Porém o valor {} foi encontrado.",
+                        MoneyText(*value)));
+        }
+    });
 }
 
 } // namespace conferix

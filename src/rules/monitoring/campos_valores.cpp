@@ -2,7 +2,6 @@
 
 #include "model/money.h"
 #include "platform/format_settings.h"
-#include "rules/guia_validation.h"
 
 #include <fmt/format.h>
 
@@ -43,45 +42,54 @@ std::string CorrectionText(double value) {
     return text;
 }
 
-} // namespace
-
-void TTotalNaoNegativoRule::Check(const TGuiaFields& guia) {
-    const TNumberField& total = guia.*row_.Total;
-    if (total.Value && *total.Value < 0)
-        AddError(guia, total.Field, fmt::format(fmt::runtime(row_.Negative), MoneyText(*total.Value)));
-}
-
-void TSomaItensRule::CheckTotal(const TGuiaFields& guia, const TNumberField& total, double expected,
-                                std::string_view different, const TSummands& summands) {
+/// An error, with its correction, at a total that differs from what is expected. `summands` adds the elements
+/// that were summed up to the list that it is given.
+template<class Summands>
+void CheckTotal(TCampoValidation& campo, const TGuiaFields& guia, const TNumberField& total, double expected,
+                std::string_view different, Summands&& summands) {
     if (!total.Value || SameMoney(*total.Value, expected))
         return;
     TComputation computation{guia.Guia.Node(), {}};
     summands(computation.Operands);
-    AddError(guia, total.Field,
-             fmt::format(fmt::runtime(different), MoneyText(*total.Value), MoneyText(expected)),
-             CorrectionText(expected), std::move(computation));
+    campo.CorrectableError(*total.Field.Node(),
+                           fmt::format(fmt::runtime(different), MoneyText(*total.Value), MoneyText(expected)),
+                           CorrectionText(expected), std::move(computation));
 }
 
-void TSomaItensRule::Check(const TGuiaFields& guia) {
-    CheckTotal(guia, guia.*row_.Total, guia.SumOfItens(row_.Parcela), row_.Different,
+} // namespace
+
+void TTotalNaoNegativo::operator()(TCampoValidation& campo, const TGuiaFields& guia) const {
+    const TNumberField& total = guia.*Total;
+    if (total.Value && *total.Value < 0)
+        campo.Error(total.Field.Node(), fmt::format(fmt::runtime(Negative), MoneyText(*total.Value)));
+}
+
+void TSomaDosItens::operator()(TCampoValidation& campo, const TGuiaFields& guia) const {
+    CheckTotal(campo, guia, guia.*Total, guia.SumOfItens(Parcela), Different,
                [&](std::vector<const TXmlNode*>& nodes) {
                    for (const TItemFields& item : guia.Itens)
-                       if (const TXmlField& field = (item.*row_.Parcela).Field; field.Present())
+                       if (const TXmlField& field = (item.*Parcela).Field; field.Present())
                            nodes.push_back(field.Node());
                });
 }
 
-void TValorPagoGuiaRule::Check(const TGuiaFields& guia) {
+void CheckValorPagoGuia(TCampoValidation& campo, const TGuiaFields& guia) {
+    static constexpr TSomaDosItens kSoma = {&TGuiaFields::ValorPagoGuia, &TItemFields::ValorPagoProc,
+                                            "O valor total pago ao prestador deve ser igual à soma do campo "
+                                            "Valor pago ao prestador executante ou "
+                                            "reembolsado ao beneficiário (campo 073) dos procedimentos ou "
+                                            "itens assistenciais do mesmo lançamento. O "
+                                            "valor {} foi encontrado, porém o esperado é {}."};
     long double sum = 0;
     for (const auto total : kPaidTotals)
         sum += (guia.*total).Value.value_or(0);
-    CheckTotal(guia, guia.ValorPagoGuia, static_cast<double>(sum), kDifferentFromTotals,
+    CheckTotal(campo, guia, guia.ValorPagoGuia, static_cast<double>(sum), kDifferentFromTotals,
                [&](std::vector<const TXmlNode*>& nodes) {
                    for (const auto total : kPaidTotals)
                        if (const TXmlField& field = (guia.*total).Field; field.Present())
                            nodes.push_back(field.Node());
                });
-    TSomaItensRule::Check(guia);
+    kSoma(campo, guia);
 }
 
 } // namespace conferix

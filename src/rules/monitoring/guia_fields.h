@@ -1,7 +1,7 @@
 // What the field rules read of one guide of a monitoring file.
 #pragma once
 
-#include "data/iso_date.h"
+#include "platform/iso_date.h"
 #include "model/monitoramento.h"
 
 #include <optional>

@@ -2,8 +2,8 @@
 // resources/schema_model. Files that would not change are left alone, so that a build does not touch them
 // without need.
 #include "platform/platform.h"
-#include "schema_model/esquema_modelo.h"
-#include "schema_model/esquema_xsd.h"
+#include "schema_model/schema_model.h"
+#include "schema_model/xsd_writer.h"
 
 #include <exception>
 #include <filesystem>
@@ -23,15 +23,15 @@ void Write(const std::filesystem::path& file, const std::string& text) {
 void WriteAll(const std::filesystem::path& modelFolder, const std::filesystem::path& target) {
     CreateFolder(target);
     std::set<std::string> written;
-    const auto once = [&](const TEsquemaModelo& model, const std::string& versao) {
-        const std::string name = model.NomeArquivo(versao);
+    const auto once = [&](const TSchemaModel& model, const std::string& version) {
+        const std::string name = model.FileName(version);
         if (written.insert(name).second)
-            Write(target / PathFromText(name), EsquemaXsd(model, versao));
+            Write(target / PathFromText(name), MakeXsd(model, version));
     };
-    for (const auto& model : LoadModelos(modelFolder)) {
-        for (const std::string& versao : model->Versoes())
-            once(*model, versao);
-        for (const auto& [prefix, imported] : model->Importados())
+    for (const auto& model : LoadSchemaModels(modelFolder)) {
+        for (const std::string& version : model->Versions())
+            once(*model, version);
+        for (const auto& [prefix, imported] : model->Imports())
             once(*imported, {});
     }
 }

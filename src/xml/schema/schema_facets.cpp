@@ -1,7 +1,6 @@
 #include "xml/schema/schema_facets.h"
 
 #include "xml/schema/schema_lexical.h"
-#include "xml/schema/schema_pattern.h"
 #include "xml/schema/schema_set.h"
 
 #include <re2/re2.h>
@@ -15,9 +14,17 @@ namespace conferix {
 
 namespace {
 
-constexpr std::array<std::string_view, 12> kFacetNames = {
-    "enumeration",    "length",       "minLength",    "maxLength",    "pattern",      "totalDigits",
-    "fractionDigits", "minInclusive", "maxInclusive", "minExclusive", "maxExclusive", "whiteSpace"};
+constexpr std::array<std::string_view, 8> kFacetNames = {"enumeration",    "length",      "minLength",
+                                                         "maxLength",      "pattern",     "totalDigits",
+                                                         "fractionDigits", "minInclusive"};
+
+/// The patterns that mean the same to XML Schema and to RE2: letters, digits, blanks, "/", ":" and classes of
+/// letters and digits, each perhaps repeated, in one alternative or several.
+bool IsPatternSupported(std::string_view pattern) {
+    static const re2::RE2 kSupported(
+        R"((([A-Za-z0-9 /:]|\[([A-Za-z0-9](-[A-Za-z0-9])?)+\])([?*+]|\{[0-9]+(,[0-9]*)?\})?|\|)+)");
+    return re2::RE2::FullMatch(re2::StringPiece(pattern.data(), pattern.size()), kSupported);
+}
 
 class TFacetReader {
   public:
@@ -25,8 +32,8 @@ class TFacetReader {
         : type_(type), base_(base), file_(file) {
         type_.Base = &base;
         type_.Kind = base.Kind;
-        type_.WhiteSpace = base.WhiteSpace;
         type_.Facets = base.Facets;
+        type_.CodeKeys = base.CodeKeys;
     }
 
     void Read(const TXmlNode& restriction) {
@@ -35,11 +42,8 @@ class TFacetReader {
                 ReadFacet(node);
         if (!pattern_.empty())
             AddPattern();
-        // Codes are judged last, when the white space rule is known.
         if (!codes_.empty())
             AddCodes();
-        else
-            type_.CodeKeys = base_.CodeKeys;
         const TSchemaFacets& facets = type_.Facets;
         if (facets.MinLength && facets.MaxLength && *facets.MinLength > *facets.MaxLength)
             file_.Fail(restriction, "minLength maior do que maxLength");
@@ -54,11 +58,9 @@ class TFacetReader {
         const std::string_view value = attribute->Value();
         TSchemaFacets& facets = type_.Facets;
         if (name == "enumeration")
-            codes_.emplace_back(&node, value);
+            ReadCode(node, value);
         else if (name == "pattern")
             CollectPattern(node, value);
-        else if (name == "whiteSpace")
-            ReadWhiteSpace(node, value);
         else if (name == "length")
             ReadLength(node, value);
         else if (name == "minLength")
@@ -69,18 +71,13 @@ class TFacetReader {
             Tighten(facets.TotalDigits, DigitsOf(node, value), false);
         else if (name == "fractionDigits")
             Tighten(facets.FractionDigits, DigitsOf(node, value), false);
-        else if (name == "minInclusive")
-            TightenBound(node, facets.MinInclusive, value, TSchemaOrder::Less);
-        else if (name == "minExclusive")
-            TightenBound(node, facets.MinExclusive, value, TSchemaOrder::Less);
-        else if (name == "maxInclusive")
-            TightenBound(node, facets.MaxInclusive, value, TSchemaOrder::Greater);
         else
-            TightenBound(node, facets.MaxExclusive, value, TSchemaOrder::Greater);
+            ReadLeast(node, TrimXmlSpace(value));
     }
 
-    [[noreturn]] void Inapplicable(const TXmlNode& node) const {
-        file_.Fail(node, "a faceta <" + std::string(node.LocalName()) + "> não se aplica a este tipo");
+    void CheckApplies(const TXmlNode& node, std::initializer_list<TSchemaValueKind> kinds) const {
+        if (std::find(kinds.begin(), kinds.end(), type_.Kind) == kinds.end())
+            file_.Fail(node, "a faceta <" + std::string(node.LocalName()) + "> não é suportada neste tipo");
     }
 
     std::uint32_t NumberOf(const TXmlNode& node, std::string_view value) const {
@@ -94,22 +91,12 @@ class TFacetReader {
     }
 
     std::uint32_t LengthOf(const TXmlNode& node, std::string_view value) const {
-        switch (type_.Kind) {
-        case TSchemaValueKind::String:
-        case TSchemaValueKind::NCName:
-        case TSchemaValueKind::Id:
-        case TSchemaValueKind::AnyUri:
-        case TSchemaValueKind::Base64Binary:
-        case TSchemaValueKind::HexBinary:
-            return NumberOf(node, value);
-        default:
-            Inapplicable(node);
-        }
+        CheckApplies(node, {TSchemaValueKind::String, TSchemaValueKind::Base64Binary});
+        return NumberOf(node, value);
     }
 
     std::uint32_t DigitsOf(const TXmlNode& node, std::string_view value) const {
-        if (type_.Kind != TSchemaValueKind::Decimal && type_.Kind != TSchemaValueKind::Integer)
-            Inapplicable(node);
+        CheckApplies(node, {TSchemaValueKind::Decimal, TSchemaValueKind::Integer});
         return NumberOf(node, value);
     }
 
@@ -125,38 +112,29 @@ class TFacetReader {
             facet = value;
     }
 
-    /// Takes the bound over unless the one in force is already as tight.
-    void TightenBound(const TXmlNode& node, std::optional<std::string>& facet, std::string_view raw,
-                      TSchemaOrder looser) {
-        if (!IsSchemaOrdered(type_.Kind))
-            Inapplicable(node);
-        const std::string_view value = TrimXmlSpace(raw);
+    /// Takes the least date over unless the one in force is later.
+    void ReadLeast(const TXmlNode& node, std::string_view value) {
+        CheckApplies(node, {TSchemaValueKind::Date});
         if (!IsSchemaLexical(type_.Kind, value))
-            file_.Fail(node, "valor inválido em <" + std::string(node.LocalName()) + ">: \"" +
-                                 std::string(value) + "\"");
-        if (!facet || CompareSchemaValues(type_.Kind, value, *facet) != looser)
-            facet = std::string(value);
+            file_.Fail(node, "valor inválido em <minInclusive>: \"" + std::string(value) + "\"");
+        std::optional<std::string>& least = type_.Facets.MinInclusive;
+        if (!least || IsSchemaDateFrom(*least, value))
+            least = std::string(value);
     }
 
-    void ReadWhiteSpace(const TXmlNode& node, std::string_view value) {
-        const auto rule = value == "preserve"  ? TSchemaWhiteSpace::Preserve
-                          : value == "replace" ? TSchemaWhiteSpace::Replace
-                                               : TSchemaWhiteSpace::Collapse;
-        if (rule == TSchemaWhiteSpace::Collapse && value != "collapse")
-            file_.Fail(node, "valor inválido em <whiteSpace>: \"" + std::string(value) + "\"");
-        if (rule < type_.WhiteSpace)
-            file_.Fail(node, "<whiteSpace> mais frouxo do que o do tipo de base");
-        type_.WhiteSpace = rule;
+    void ReadCode(const TXmlNode& node, std::string_view code) {
+        CheckApplies(node, {TSchemaValueKind::String});
+        if (codes_.empty())
+            firstCode_ = &node;
+        codes_.push_back(code);
     }
 
     /// The patterns of one step are alternatives.
     void CollectPattern(const TXmlNode& node, std::string_view value) {
-        try {
-            pattern_ += (pattern_.empty() ? "(?:" : "|(?:") + TranslateSchemaPattern(value) + ")";
-        } catch (const ESchemaPattern& error) {
-            file_.Fail(node, "<pattern> \"" + std::string(value) + "\": " + error.what());
-        }
-        patternText_ += (patternText_.empty() ? "" : "|") + std::string(value);
+        CheckApplies(node, {TSchemaValueKind::String, TSchemaValueKind::Integer});
+        if (!IsPatternSupported(value))
+            file_.Fail(node, "<pattern> \"" + std::string(value) + "\" não é suportado");
+        pattern_ += (pattern_.empty() ? "" : "|") + std::string(value);
         patternNode_ = &node;
     }
 
@@ -166,42 +144,30 @@ class TFacetReader {
         options.set_never_capture(true);
         auto matcher = std::make_shared<const re2::RE2>(pattern_, options);
         if (!matcher->ok())
-            file_.Fail(*patternNode_, "<pattern> \"" + patternText_ + "\": " + matcher->error());
-        type_.Facets.Patterns.push_back({patternText_, std::move(matcher)});
+            file_.Fail(*patternNode_, "<pattern> \"" + pattern_ + "\": " + matcher->error());
+        type_.Facets.Patterns.push_back({pattern_, std::move(matcher)});
     }
 
     void AddCodes() {
         type_.Facets.Codes.clear();
-        type_.Facets.Codes.reserve(codes_.size());
-        for (const auto& [node, raw] : codes_) {
-            std::string buffer;
-            const std::string code(type_.Normalise(raw, buffer));
-            if (!IsSchemaLexical(type_.Kind, code))
-                file_.Fail(*node, "valor inválido em <enumeration>: \"" + code + "\"");
+        type_.CodeKeys.clear();
+        for (const std::string_view code : codes_) {
             // A code that the base type's list lacks could never be met.
-            if (!base_.Facets.Codes.empty() && base_.Check(raw))
+            if (!base_.Facets.Codes.empty() && base_.Check(code))
                 continue;
-            type_.CodeKeys.insert(KeyOf(code));
-            type_.Facets.Codes.push_back(code);
+            type_.CodeKeys.emplace(code);
+            type_.Facets.Codes.emplace_back(code);
         }
         if (type_.Facets.Codes.empty())
-            file_.Fail(*codes_.front().first, "nenhum código da lista pertence ao tipo de base");
-    }
-
-    std::string KeyOf(const std::string& code) const {
-        if (type_.Kind == TSchemaValueKind::Decimal || type_.Kind == TSchemaValueKind::Integer)
-            return ParseSchemaDecimal(code, false)->Key();
-        if (type_.Kind == TSchemaValueKind::Boolean)
-            return code == "1" ? "true" : code == "0" ? "false" : code;
-        return code;
+            file_.Fail(*firstCode_, "nenhum código da lista pertence ao tipo de base");
     }
 
     TSchemaSimpleType& type_;
     const TSchemaSimpleType& base_;
     const TSchemaFile& file_;
-    std::vector<std::pair<const TXmlNode*, std::string_view>> codes_;
+    std::vector<std::string_view> codes_;
+    const TXmlNode* firstCode_ = nullptr;
     std::string pattern_;
-    std::string patternText_;
     const TXmlNode* patternNode_ = nullptr;
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "xml/schema/compiled_schema.h"
 #include "xml/schema/schema_files.h"
-#include "xml/schema/schema_model.h"
 
 namespace conferix {
 

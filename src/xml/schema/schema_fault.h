@@ -29,13 +29,11 @@ enum class TSchemaFaultCode : std::uint8_t {
     MissingSeveral, ///< several elements are missing at one place
     MissingChoice,  ///< one of several elements is missing
     TooMany,
-    TooFew,
     TextNotAllowed,
     ContentNotAllowed,   ///< an element that has to be empty is not
     ElementInSimpleType, ///< an element inside one that holds only a value
     UnknownAttribute,
     MissingAttribute,
-    FixedValue,
     UnknownType,    ///< xsi:type names no type
     TypeNotDerived, ///< xsi:type names a type that does not derive from the declared one
     NilNotAllowed,
@@ -50,17 +48,14 @@ enum class TSchemaFaultCode : std::uint8_t {
     TooManyDigits,
     TooManyDecimals,
     BelowMinimum,
-    AboveMaximum,
     WrongPattern,
     NotDecimal,
     NotInteger,
-    NotFloat,
     NotBoolean,
     NotDate,
     NotTime,
     NotDateTime,
     NotBase64,
-    NotHex,
     NotUri,
     NotName,
 };

@@ -55,8 +55,7 @@ ESchemaInvalido::ESchemaInvalido(const std::string& file, std::int32_t line, con
     : std::runtime_error("Esquema " + file + (line > 0 ? ", linha " + std::to_string(line) : std::string()) +
                          ": " + reason) {}
 
-TSchemaFile::TSchemaFile(const std::filesystem::path& path, const std::string* adoptedNamespace)
-    : path_(path), name_(FileName(path)) {
+TSchemaFile::TSchemaFile(const std::filesystem::path& path) : path_(path), name_(FileName(path)) {
     try {
         TXmlText text = DecodeXml(ReadBytes(path, name_));
         TXmlParseResult parsed = TXmlParser::Parse(std::move(text.Text), TXmlDoctype::Ignored);
@@ -81,32 +80,23 @@ TSchemaFile::TSchemaFile(const std::filesystem::path& path, const std::string* a
         }
     }
     rootOnly_ = declarations_.size() == 1 && declarations_.contains(schema_);
-    ReadHeader(adoptedNamespace);
+    ReadHeader();
 }
 
-void TSchemaFile::ReadHeader(const std::string* adoptedNamespace) {
+void TSchemaFile::ReadHeader() {
     if (!IsXsd(*schema_) || schema_->LocalName() != "schema")
         Fail(*schema_, "a raiz <" + std::string(schema_->LocalName()) + "> não é um esquema XML");
-    const auto form = [this](std::string_view name) {
+    const auto value = [this](std::string_view name, std::string_view byDefault) {
         const TXmlAttribute* attribute = schema_->Attribute(name);
-        if (attribute == nullptr || attribute->Value() == "unqualified")
-            return false;
-        if (attribute->Value() != "qualified")
-            Fail(*schema_, "valor inválido de " + std::string(name));
-        return true;
+        return attribute != nullptr ? attribute->Value() : byDefault;
     };
-    elementsQualified_ = form("elementFormDefault");
-    attributesQualified_ = form("attributeFormDefault");
-    for (const std::string_view name : {"blockDefault", "finalDefault"})
-        if (const TXmlAttribute* attribute = schema_->Attribute(name);
-            attribute != nullptr && !attribute->Value().empty())
-            Fail(*schema_, "o atributo " + std::string(name) + " não é suportado");
-    if (const TXmlAttribute* target = schema_->Attribute("targetNamespace")) {
-        targetNamespace_ = target->Value();
-        ownNamespace_ = true;
-    } else if (adoptedNamespace != nullptr) {
-        targetNamespace_ = *adoptedNamespace;
-    }
+    const std::string_view form = value("elementFormDefault", "unqualified");
+    if (form != "qualified" && form != "unqualified")
+        Fail(*schema_, "valor inválido de elementFormDefault");
+    elementsQualified_ = form == "qualified";
+    if (value("attributeFormDefault", "unqualified") != "unqualified")
+        Fail(*schema_, "attributeFormDefault diferente de \"unqualified\" não é suportado");
+    targetNamespace_ = value("targetNamespace", {});
 }
 
 const std::string_view* TSchemaFile::FindPrefix(const TXmlNode& node, std::string_view prefix) const {
@@ -137,7 +127,7 @@ TSchemaReference TSchemaFile::Resolve(const TXmlNode& node, std::string_view qua
         return {kXmlNamespace, local};
     if (prefixed)
         Fail(node, "o prefixo \"" + std::string(prefix) + "\" não foi declarado");
-    return {HasOwnNamespace() ? std::string_view{} : std::string_view(targetNamespace_), local};
+    return {{}, local};
 }
 
 void TSchemaFile::Fail(const TXmlNode& node, const std::string& reason) const {
@@ -148,7 +138,7 @@ TSchemaFiles::TSchemaFiles(const std::filesystem::path& mainFile) : folder_(main
     const std::string name = FileName(mainFile);
     if (const auto split = SplitVersion(name))
         mainVersion_ = split->Version;
-    Add(mainFile, nullptr);
+    Add(mainFile);
     // The list grows while it is read; each file stands in it once, so circles end.
     for (std::size_t i = 0; i < files_.size(); ++i) {
         const TSchemaFile& file = *files_[i];
@@ -169,7 +159,7 @@ void TSchemaFiles::Follow(const TSchemaFile& from, const TXmlNode& node) {
     const std::filesystem::path path = Locate(location->Value());
     if (path.empty())
         return;
-    const TSchemaFile& added = Add(path, include ? &from.TargetNamespace() : nullptr);
+    const TSchemaFile& added = Add(path);
     const TXmlAttribute* wanted = node.Attribute("namespace");
     const std::string_view expected = include             ? std::string_view(from.TargetNamespace())
                                       : wanted != nullptr ? wanted->Value()
@@ -179,17 +169,15 @@ void TSchemaFiles::Follow(const TSchemaFile& from, const TXmlNode& node) {
                             "\")");
 }
 
-/// The file, read unless it was met before. One without a target namespace of its own is another file for
-/// each namespace that it is included into.
-const TSchemaFile& TSchemaFiles::Add(const std::filesystem::path& path, const std::string* adoptedNamespace) {
+/// The file, read unless it was met before.
+const TSchemaFile& TSchemaFiles::Add(const std::filesystem::path& path) {
     const std::string name = FileName(path);
-    const std::string adopted = adoptedNamespace != nullptr ? *adoptedNamespace : std::string();
     for (const auto& file : files_)
-        if (file->Name() == name && (file->HasOwnNamespace() || file->TargetNamespace() == adopted))
+        if (file->Name() == name)
             return *file;
     if (files_.size() >= kMaxFiles)
         throw ESchemaInvalido(name, 0, "o esquema reúne arquivos demais");
-    return *files_.emplace_back(std::make_unique<TSchemaFile>(path, adoptedNamespace));
+    return *files_.emplace_back(std::make_unique<TSchemaFile>(path));
 }
 
 /// The file of the folder that a location means, whatever path or address it writes before the name. One

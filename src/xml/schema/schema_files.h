@@ -24,19 +24,17 @@ struct TSchemaReference {
     std::string_view Local;
 };
 
-/// One schema file in memory. A file without target namespace that is included takes over its includer's.
+/// One schema file in memory.
 class TSchemaFile {
   public:
     /// Reads and parses the file. Raises ESchemaInvalido.
-    TSchemaFile(const std::filesystem::path& path, const std::string* adoptedNamespace);
+    explicit TSchemaFile(const std::filesystem::path& path);
 
     const std::filesystem::path& Path() const { return path_; }
     const std::string& Name() const { return name_; }
     const TXmlNode& Schema() const { return *schema_; }
     const std::string& TargetNamespace() const { return targetNamespace_; }
-    bool HasOwnNamespace() const { return ownNamespace_; }
     bool ElementsQualified() const { return elementsQualified_; }
-    bool AttributesQualified() const { return attributesQualified_; }
 
     /// True for an element of XML Schema itself.
     bool IsXsd(const TXmlNode& node) const;
@@ -47,7 +45,7 @@ class TSchemaFile {
     [[noreturn]] void Fail(const TXmlNode& node, const std::string& reason) const;
 
   private:
-    void ReadHeader(const std::string* adoptedNamespace);
+    void ReadHeader();
     const std::string_view* FindPrefix(const TXmlNode& node, std::string_view prefix) const;
 
     std::filesystem::path path_;
@@ -55,10 +53,8 @@ class TSchemaFile {
     std::shared_ptr<TXmlDocument> document_;
     const TXmlNode* schema_ = nullptr;
     std::string targetNamespace_;
-    bool ownNamespace_ = false;
     bool rootOnly_ = false; ///< no element but the root declares prefixes
     bool elementsQualified_ = false;
-    bool attributesQualified_ = false;
     /// Prefix declarations by the node that carries them.
     std::unordered_map<const TXmlNode*, std::map<std::string_view, std::string_view>> declarations_;
 };
@@ -73,7 +69,7 @@ class TSchemaFiles {
 
   private:
     void Follow(const TSchemaFile& from, const TXmlNode& node);
-    const TSchemaFile& Add(const std::filesystem::path& path, const std::string* adoptedNamespace);
+    const TSchemaFile& Add(const std::filesystem::path& path);
     std::filesystem::path Locate(std::string_view location) const;
 
     std::filesystem::path folder_;

@@ -1,13 +1,17 @@
 #include "xml/schema/schema_lexical.h"
 
+#include "platform/iso_date.h"
+#include "platform/utf8.h"
+
 #include <algorithm>
 #include <charconv>
-#include <cmath>
-#include <limits>
+#include <chrono>
 
 namespace conferix {
 
 namespace {
+
+using std::chrono::minutes;
 
 constexpr bool IsDigit(char c) {
     return c >= '0' && c <= '9';
@@ -38,78 +42,58 @@ bool TakeTwo(std::string_view& text, int& value) {
     return true;
 }
 
-/// A point in time, or a time of day, with its fraction of a second kept as digits.
-struct TMoment {
-    std::int64_t Seconds = 0; ///< in UTC when there is a zone
-    std::string_view Fraction;
-    bool Zoned = false;
-};
-
-constexpr std::int64_t kDaySeconds = 24 * 60 * 60;
-constexpr std::int64_t kWidestZone = 14 * 60 * 60;
-
-constexpr bool IsLeapYear(std::int64_t year) {
-    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-}
-
-/// Days from 1970-01-01 in the proleptic Gregorian calendar.
-constexpr std::int64_t DaysOf(std::int64_t year, int month, int day) {
-    year -= month <= 2 ? 1 : 0;
-    const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
-    const std::int64_t yearOfEra = year - era * 400;
-    const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-    return era * 146097 + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - 719468;
-}
-
-bool TakeDate(std::string_view& text, TMoment& moment) {
+/// A date with a year of four digits or more, which may be negative; its beginning, since 1970-01-01.
+std::optional<minutes> TakeDate(std::string_view& text) {
     const bool negative = TakeChar(text, '-');
     const std::string_view digits = TakeDigits(text);
-    // Years beyond nine digits have no use here and would overflow the count of seconds.
+    // Years beyond nine digits have no use here.
     if (digits.size() < 4 || digits.size() > 9 || (digits.size() > 4 && digits[0] == '0'))
-        return false;
+        return std::nullopt;
     std::int64_t year = 0;
     std::from_chars(digits.data(), digits.data() + digits.size(), year);
     int month = 0;
     int day = 0;
     if (year == 0 || !TakeChar(text, '-') || !TakeTwo(text, month) || !TakeChar(text, '-') ||
         !TakeTwo(text, day))
-        return false;
-    constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+        return std::nullopt;
     // There is no year 0: -0001 is the year before 0001.
     const std::int64_t astronomical = negative ? 1 - year : year;
-    if (month < 1 || month > 12 || day < 1 ||
-        day > kDays[month - 1] + (month == 2 && IsLeapYear(astronomical) ? 1 : 0))
-        return false;
-    moment.Seconds += DaysOf(astronomical, month, day) * kDaySeconds;
-    return true;
+    // The calendar repeats every 400 years; <chrono> knows years of at most five digits.
+    constexpr std::int64_t kCycle = 400;
+    const std::int64_t inCycle = (astronomical % kCycle + kCycle) % kCycle;
+    const std::optional<TDate> date =
+        MakeDate(static_cast<int>(inCycle), static_cast<unsigned>(month), static_cast<unsigned>(day));
+    if (!date)
+        return std::nullopt;
+    constexpr std::chrono::days kDaysOfCycle(146097);
+    return std::chrono::sys_days(*date).time_since_epoch() +
+           kDaysOfCycle * ((astronomical - inCycle) / kCycle);
 }
 
-bool TakeTime(std::string_view& text, TMoment& moment) {
+bool TakeTime(std::string_view& text) {
     int hour = 0;
     int minute = 0;
     int second = 0;
     if (!TakeTwo(text, hour) || !TakeChar(text, ':') || !TakeTwo(text, minute) || !TakeChar(text, ':') ||
         !TakeTwo(text, second))
         return false;
+    std::string_view fraction;
     if (TakeChar(text, '.')) {
-        moment.Fraction = TakeDigits(text);
-        if (moment.Fraction.empty())
+        fraction = TakeDigits(text);
+        if (fraction.empty())
             return false;
-        while (!moment.Fraction.empty() && moment.Fraction.back() == '0')
-            moment.Fraction.remove_suffix(1);
     }
-    const bool endOfDay = hour == 24 && minute == 0 && second == 0 && moment.Fraction.empty();
-    if ((hour > 23 && !endOfDay) || minute > 59 || second > 59)
-        return false;
-    moment.Seconds += (hour * 60 + minute) * 60 + second;
-    return true;
+    const bool endOfDay =
+        hour == 24 && minute == 0 && second == 0 && fraction.find_first_not_of('0') == std::string_view::npos;
+    return (hour <= 23 || endOfDay) && minute <= 59 && second <= 59;
 }
 
-bool TakeZone(std::string_view& text, TMoment& moment) {
+/// What is left of a text: a time zone, as its distance from UTC, or nothing at all, as no distance.
+bool IsZone(std::string_view text, std::optional<minutes>& zone) {
     if (text.empty())
         return true;
-    moment.Zoned = true;
-    if (TakeChar(text, 'Z'))
+    zone = minutes(0);
+    if (text == "Z")
         return true;
     const bool west = text.front() == '-';
     if (!west && text.front() != '+')
@@ -117,90 +101,18 @@ bool TakeZone(std::string_view& text, TMoment& moment) {
     text.remove_prefix(1);
     int hour = 0;
     int minute = 0;
-    if (!TakeTwo(text, hour) || !TakeChar(text, ':') || !TakeTwo(text, minute) || minute > 59 || hour > 14 ||
-        (hour == 14 && minute != 0))
+    if (!TakeTwo(text, hour) || !TakeChar(text, ':') || !TakeTwo(text, minute) || !text.empty() ||
+        minute > 59 || hour > 14 || (hour == 14 && minute != 0))
         return false;
-    moment.Seconds += (west ? 1 : -1) * (hour * 60 + minute) * 60;
+    zone = minutes((west ? -1 : 1) * (hour * 60 + minute));
     return true;
 }
 
-std::optional<TMoment> ParseMoment(TSchemaValueKind kind, std::string_view text) {
-    TMoment moment;
-    if (kind != TSchemaValueKind::Time && !TakeDate(text, moment))
-        return std::nullopt;
-    if (kind == TSchemaValueKind::DateTime && !TakeChar(text, 'T'))
-        return std::nullopt;
-    if (kind != TSchemaValueKind::Date && !TakeTime(text, moment))
-        return std::nullopt;
-    if (!TakeZone(text, moment) || !text.empty())
-        return std::nullopt;
-    if (kind == TSchemaValueKind::Time && moment.Seconds == kDaySeconds)
-        moment.Seconds = 0;
-    return moment;
-}
-
-TSchemaOrder OrderOf(int difference) {
-    return difference < 0 ? TSchemaOrder::Less : difference > 0 ? TSchemaOrder::Greater : TSchemaOrder::Equal;
-}
-
-TSchemaOrder CompareMoments(const TMoment& left, const TMoment& right) {
-    if (left.Zoned != right.Zoned) {
-        // The one without zone may lie anywhere within fourteen hours around its face value.
-        const std::int64_t distance = left.Seconds - right.Seconds;
-        if (distance < -kWidestZone)
-            return TSchemaOrder::Less;
-        return distance > kWidestZone ? TSchemaOrder::Greater : TSchemaOrder::Unordered;
-    }
-    if (left.Seconds != right.Seconds)
-        return left.Seconds < right.Seconds ? TSchemaOrder::Less : TSchemaOrder::Greater;
-    return OrderOf(left.Fraction.compare(right.Fraction));
-}
-
-TSchemaOrder CompareDecimals(const TSchemaDecimal& left, const TSchemaDecimal& right) {
-    if (left.Negative != right.Negative)
-        return left.Negative ? TSchemaOrder::Less : TSchemaOrder::Greater;
-    int difference = left.Whole.size() != right.Whole.size()
-                         ? (left.Whole.size() < right.Whole.size() ? -1 : 1)
-                         : left.Whole.compare(right.Whole);
-    if (difference == 0)
-        difference = left.Fraction.compare(right.Fraction);
-    return OrderOf(left.Negative ? -difference : difference);
-}
-
-bool IsFloat(std::string_view text) {
-    if (text == "INF" || text == "-INF" || text == "NaN")
-        return true;
-    if (const std::size_t exponent = text.find_first_of("eE"); exponent != std::string_view::npos) {
-        if (!ParseSchemaDecimal(text.substr(exponent + 1), true))
-            return false;
-        text = text.substr(0, exponent);
-    }
-    return ParseSchemaDecimal(text, false).has_value();
-}
-
-double FloatOf(std::string_view text) {
-    if (text == "INF" || text == "-INF")
-        return text.front() == '-' ? -std::numeric_limits<double>::infinity()
-                                   : std::numeric_limits<double>::infinity();
-    if (text == "NaN")
-        return std::numeric_limits<double>::quiet_NaN();
-    if (!text.empty() && text.front() == '+')
-        text.remove_prefix(1);
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error == std::errc::result_out_of_range) {
-        const std::size_t exponent = text.find_first_of("eE");
-        const bool tiny = exponent != std::string_view::npos && text.substr(exponent + 1).starts_with('-');
-        value = tiny ? 0 : std::numeric_limits<double>::infinity();
-        return text.front() == '-' ? -value : value;
-    }
-    return value;
-}
-
-TSchemaOrder CompareFloats(double left, double right) {
-    if (std::isnan(left) || std::isnan(right))
-        return std::isnan(left) && std::isnan(right) ? TSchemaOrder::Equal : TSchemaOrder::Unordered;
-    return left < right ? TSchemaOrder::Less : left > right ? TSchemaOrder::Greater : TSchemaOrder::Equal;
+bool IsMoment(TSchemaValueKind kind, std::string_view text) {
+    std::optional<minutes> zone;
+    return (kind == TSchemaValueKind::Time || TakeDate(text)) &&
+           (kind != TSchemaValueKind::DateTime || TakeChar(text, 'T')) &&
+           (kind == TSchemaValueKind::Date || TakeTime(text)) && IsZone(text, zone);
 }
 
 constexpr int kBase64Invalid = 64;
@@ -250,10 +162,6 @@ bool IsHexDigit(char c) {
     return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
-bool IsHex(std::string_view text) {
-    return text.size() % 2 == 0 && std::all_of(text.begin(), text.end(), IsHexDigit);
-}
-
 /// Almost every text is a reference, since other characters count as escaped; what no escaping mends is
 /// a percent sign without its two digits and a second fragment.
 bool IsUri(std::string_view text) {
@@ -263,56 +171,42 @@ bool IsUri(std::string_view text) {
     return std::count(text.begin(), text.end(), '#') <= 1;
 }
 
-/// A name without colon. Characters beyond ASCII are letters but for the punctuation and symbols that
-/// XML keeps out of names.
-bool IsNCName(std::string_view text) {
-    if (text.empty())
-        return false;
-    for (std::size_t i = 0; i < text.size();) {
-        const auto lead = static_cast<unsigned char>(text[i]);
-        if (lead < 0x80) {
-            const bool letter = (lead >= 'a' && lead <= 'z') || (lead >= 'A' && lead <= 'Z') || lead == '_';
-            const bool inner = IsDigit(text[i]) || lead == '-' || lead == '.';
-            if (!letter && (i == 0 || !inner))
-                return false;
-            ++i;
-            continue;
-        }
-        const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-        if (i + length > text.size())
-            return false;
-        std::uint32_t code = lead & (0xFFU >> (length + 1));
-        for (std::size_t k = 1; k < length; ++k)
-            code = (code << 6) | (static_cast<unsigned char>(text[i + k]) & 0x3FU);
-        const bool punctuation = (code < 0xC0 && code != 0xB7) || code == 0xD7 || code == 0xF7 ||
-                                 (code >= 0x2000 && code <= 0x206F && code != 0x203F && code != 0x2040 &&
-                                  code != 0x200C && code != 0x200D) ||
-                                 (code >= 0x2190 && code <= 0x2BFF) || (code >= 0x3000 && code == 0x3000) ||
-                                 (code >= 0xD800 && code <= 0xF8FF) || code == 0xFFFE || code == 0xFFFF;
-        const bool combining =
-            code == 0xB7 || (code >= 0x300 && code <= 0x36F) || code == 0x203F || code == 0x2040;
-        if (punctuation || (i == 0 && combining))
-            return false;
-        i += length;
+/// How a character may stand in a name. Those beyond ASCII are letters but for the punctuation and symbols
+/// that XML keeps out of names.
+enum class TNamePart { None, Inner, Start };
+
+TNamePart NamePartOf(char32_t c) {
+    if (c < 0x80) {
+        const char ascii = static_cast<char>(c);
+        if ((ascii >= 'a' && ascii <= 'z') || (ascii >= 'A' && ascii <= 'Z') || ascii == '_')
+            return TNamePart::Start;
+        return IsDigit(ascii) || ascii == '-' || ascii == '.' ? TNamePart::Inner : TNamePart::None;
     }
-    return true;
+    const auto isIn = [c](char32_t first, char32_t last) { return c >= first && c <= last; };
+    if (c == 0xB7 || isIn(0x300, 0x36F) || c == 0x203F || c == 0x2040)
+        return TNamePart::Inner;
+    const bool symbol = c < 0xC0 || c == 0xD7 || c == 0xF7 ||
+                        (isIn(0x2000, 0x206F) && c != 0x200C && c != 0x200D) || isIn(0x2190, 0x2BFF) ||
+                        c == 0x3000 || isIn(0xD800, 0xF8FF) || c == 0xFFFE || c == 0xFFFF;
+    return symbol ? TNamePart::None : TNamePart::Start;
+}
+
+/// A name without colon.
+bool IsNCName(std::string_view text) {
+    bool fits = !text.empty() && NamePartOf(TakeCharacter(text)) == TNamePart::Start;
+    while (fits && !text.empty())
+        fits = NamePartOf(TakeCharacter(text)) != TNamePart::None;
+    return fits;
 }
 
 } // namespace
 
-std::string TSchemaDecimal::Key() const {
-    std::string key(Negative ? "-" : "");
-    key.append(Whole).append(".").append(Fraction);
-    return key;
-}
-
-std::optional<TSchemaDecimal> ParseSchemaDecimal(std::string_view value, bool integer) {
+std::optional<TSchemaDecimal> ParseSchemaDecimal(std::string_view value) {
     TSchemaDecimal decimal;
-    decimal.Negative = !value.empty() && value.front() == '-';
-    if (decimal.Negative || (!value.empty() && value.front() == '+'))
+    if (!value.empty() && (value.front() == '-' || value.front() == '+'))
         value.remove_prefix(1);
     decimal.Whole = TakeDigits(value);
-    if (!integer && TakeChar(value, '.'))
+    if (TakeChar(value, '.'))
         decimal.Fraction = TakeDigits(value);
     if (!value.empty() || (decimal.Whole.empty() && decimal.Fraction.empty()))
         return std::nullopt;
@@ -320,8 +214,6 @@ std::optional<TSchemaDecimal> ParseSchemaDecimal(std::string_view value, bool in
         decimal.Whole.remove_prefix(1);
     while (!decimal.Fraction.empty() && decimal.Fraction.back() == '0')
         decimal.Fraction.remove_suffix(1);
-    if (decimal.Whole.empty() && decimal.Fraction.empty())
-        decimal.Negative = false;
     return decimal;
 }
 
@@ -330,7 +222,6 @@ bool IsSchemaLexical(TSchemaValueKind kind, std::string_view value) {
     case TSchemaValueKind::Any:
     case TSchemaValueKind::String:
         return true;
-    case TSchemaValueKind::NCName:
     case TSchemaValueKind::Id:
         return IsNCName(value);
     case TSchemaValueKind::AnyUri:
@@ -338,63 +229,32 @@ bool IsSchemaLexical(TSchemaValueKind kind, std::string_view value) {
     case TSchemaValueKind::Boolean:
         return value == "true" || value == "false" || value == "1" || value == "0";
     case TSchemaValueKind::Decimal:
-        return ParseSchemaDecimal(value, false).has_value();
+        return ParseSchemaDecimal(value).has_value();
     case TSchemaValueKind::Integer:
-        return ParseSchemaDecimal(value, true).has_value();
-    case TSchemaValueKind::Float:
-        return IsFloat(value);
+        return value.find('.') == std::string_view::npos && ParseSchemaDecimal(value).has_value();
     case TSchemaValueKind::Date:
     case TSchemaValueKind::Time:
     case TSchemaValueKind::DateTime:
-        return ParseMoment(kind, value).has_value();
+        return IsMoment(kind, value);
     case TSchemaValueKind::Base64Binary:
         return IsBase64(value);
-    case TSchemaValueKind::HexBinary:
-        return IsHex(value);
     }
     return false;
 }
 
-TSchemaOrder CompareSchemaValues(TSchemaValueKind kind, std::string_view left, std::string_view right) {
-    if (!IsSchemaLexical(kind, left) || !IsSchemaLexical(kind, right))
-        return TSchemaOrder::Unordered;
-    switch (kind) {
-    case TSchemaValueKind::Decimal:
-    case TSchemaValueKind::Integer:
-        return CompareDecimals(*ParseSchemaDecimal(left, false), *ParseSchemaDecimal(right, false));
-    case TSchemaValueKind::Float:
-        return CompareFloats(FloatOf(left), FloatOf(right));
-    case TSchemaValueKind::Date:
-    case TSchemaValueKind::Time:
-    case TSchemaValueKind::DateTime:
-        return CompareMoments(*ParseMoment(kind, left), *ParseMoment(kind, right));
-    default:
-        return left == right ? TSchemaOrder::Equal : TSchemaOrder::Unordered;
-    }
-}
-
-bool IsSchemaOrdered(TSchemaValueKind kind) {
-    switch (kind) {
-    case TSchemaValueKind::Decimal:
-    case TSchemaValueKind::Integer:
-    case TSchemaValueKind::Float:
-    case TSchemaValueKind::Date:
-    case TSchemaValueKind::Time:
-    case TSchemaValueKind::DateTime:
-        return true;
-    default:
+bool IsSchemaDateFrom(std::string_view least, std::string_view date) {
+    constexpr std::chrono::hours kWidestZone(14);
+    std::optional<minutes> leastZone;
+    std::optional<minutes> zone;
+    const std::optional<minutes> from = TakeDate(least);
+    const std::optional<minutes> day = TakeDate(date);
+    if (!from || !day || !IsZone(least, leastZone) || !IsZone(date, zone))
         return false;
-    }
+    const minutes distance = (*day - zone.value_or(minutes(0))) - (*from - leastZone.value_or(minutes(0)));
+    return zone.has_value() == leastZone.has_value() ? distance >= minutes(0) : distance > kWidestZone;
 }
 
-std::size_t CountCodePoints(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
-std::size_t CountOctets(TSchemaValueKind kind, std::string_view value) {
-    if (kind == TSchemaValueKind::HexBinary)
-        return value.size() / 2;
+std::size_t CountBase64Octets(std::string_view value) {
     const auto digits = static_cast<std::size_t>(
         std::count_if(value.begin(), value.end(), [](char c) { return c != ' ' && c != '='; }));
     return digits * 3 / 4;

@@ -189,11 +189,6 @@ std::string TooMany(const TSchemaFault& fault) {
            "; o máximo é " + std::to_string(fault.Limit) + ".";
 }
 
-std::string TooFew(const TSchemaFault& fault) {
-    return "O elemento " + Tag(fault.Name) + " aparece " + Number(fault.Count, "vez", "vezes") + In(fault) +
-           "; o mínimo é " + std::to_string(fault.Limit) + ".";
-}
-
 std::string TextNotAllowed(const TSchemaFault& fault) {
     return "Há texto solto em " + Tag(fault.Name) + ", onde só cabem elementos: " + Quote(fault.Found) + ".";
 }
@@ -213,11 +208,6 @@ std::string UnknownAttribute(const TSchemaFault& fault) {
 
 std::string MissingAttribute(const TSchemaFault& fault) {
     return "Falta o atributo obrigatório " + Quote(fault.Name) + In(fault) + ".";
-}
-
-std::string FixedValue(const TSchemaFault& fault) {
-    return Subject(fault) + " deve ter o valor " + Quote(fault.Bound) + "; foi encontrado " +
-           Quote(fault.Found) + ".";
 }
 
 std::string UnknownType(const TSchemaFault& fault) {
@@ -295,13 +285,7 @@ std::string TooManyDecimals(const TSchemaFault& fault) {
 }
 
 std::string BelowMinimum(const TSchemaFault& fault) {
-    return ValueOfSubject(fault) +
-           (fault.Limit == 0 ? " é menor do que o mínimo, " : " deve ser maior do que ") + fault.Bound + ".";
-}
-
-std::string AboveMaximum(const TSchemaFault& fault) {
-    return ValueOfSubject(fault) +
-           (fault.Limit == 0 ? " é maior do que o máximo, " : " deve ser menor do que ") + fault.Bound + ".";
+    return ValueOfSubject(fault) + " é menor do que o mínimo, " + fault.Bound + ".";
 }
 
 std::string WrongPattern(const TSchemaFault& fault) {
@@ -322,7 +306,6 @@ constexpr char kDecimal[] = "um número válido";
 constexpr char kDecimalForm[] = "algarismos, com ponto antes das casas decimais, por exemplo 1234.56";
 constexpr char kInteger[] = "um número inteiro válido";
 constexpr char kIntegerForm[] = "só algarismos, por exemplo 12";
-constexpr char kFloatForm[] = "por exemplo 1234.56 ou 1.2E3";
 constexpr char kBoolean[] = "um valor lógico válido";
 constexpr char kBooleanForm[] = "true, false, 1 ou 0";
 constexpr char kDate[] = "uma data válida";
@@ -333,8 +316,6 @@ constexpr char kDateTime[] = "uma data com horário válida";
 constexpr char kDateTimeForm[] = "AAAA-MM-DDTHH:MM:SS, por exemplo 2024-03-15T14:30:00";
 constexpr char kBase64[] = "um conteúdo válido em Base64";
 constexpr char kBase64Form[] = "letras, algarismos, +, / e = no fim";
-constexpr char kHex[] = "um conteúdo hexadecimal válido";
-constexpr char kHexForm[] = "pares de algarismos de 0 a 9 e letras de A a F";
 constexpr char kUri[] = "um endereço (URI) válido";
 constexpr char kUriForm[] = "por exemplo http://www.exemplo.com.br/pagina";
 constexpr char kName[] = "um nome válido";
@@ -365,13 +346,11 @@ constexpr TEntry kCatalogue[] = {
     {TSchemaFaultCode::MissingSeveral, MissingSeveral},
     {TSchemaFaultCode::MissingChoice, MissingChoice},
     {TSchemaFaultCode::TooMany, TooMany},
-    {TSchemaFaultCode::TooFew, TooFew},
     {TSchemaFaultCode::TextNotAllowed, TextNotAllowed},
     {TSchemaFaultCode::ContentNotAllowed, ContentNotAllowed},
     {TSchemaFaultCode::ElementInSimpleType, ElementInSimpleType},
     {TSchemaFaultCode::UnknownAttribute, UnknownAttribute},
     {TSchemaFaultCode::MissingAttribute, MissingAttribute},
-    {TSchemaFaultCode::FixedValue, FixedValue},
     {TSchemaFaultCode::UnknownType, UnknownType},
     {TSchemaFaultCode::TypeNotDerived, TypeNotDerived},
     {TSchemaFaultCode::NilNotAllowed, NilNotAllowed},
@@ -386,17 +365,14 @@ constexpr TEntry kCatalogue[] = {
     {TSchemaFaultCode::TooManyDigits, TooManyDigits},
     {TSchemaFaultCode::TooManyDecimals, TooManyDecimals},
     {TSchemaFaultCode::BelowMinimum, BelowMinimum},
-    {TSchemaFaultCode::AboveMaximum, AboveMaximum},
     {TSchemaFaultCode::WrongPattern, WrongPattern},
     {TSchemaFaultCode::NotDecimal, NotOfForm<kDecimal, kDecimalForm>},
     {TSchemaFaultCode::NotInteger, NotOfForm<kInteger, kIntegerForm>},
-    {TSchemaFaultCode::NotFloat, NotOfForm<kDecimal, kFloatForm>},
     {TSchemaFaultCode::NotBoolean, NotOfForm<kBoolean, kBooleanForm>},
     {TSchemaFaultCode::NotDate, NotOfForm<kDate, kDateForm>},
     {TSchemaFaultCode::NotTime, NotOfForm<kTime, kTimeForm>},
     {TSchemaFaultCode::NotDateTime, NotOfForm<kDateTime, kDateTimeForm>},
     {TSchemaFaultCode::NotBase64, NotOfForm<kBase64, kBase64Form>},
-    {TSchemaFaultCode::NotHex, NotOfForm<kHex, kHexForm>},
     {TSchemaFaultCode::NotUri, NotOfForm<kUri, kUriForm>},
     {TSchemaFaultCode::NotName, NotOfForm<kName, kNameForm>},
 };

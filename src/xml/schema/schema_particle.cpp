@@ -12,7 +12,6 @@ namespace {
 
 constexpr std::size_t kMaxPositions = 20'000;
 constexpr std::size_t kMaxEdges = 2'000'000;
-constexpr std::uint32_t kMaxCopies = 1'000;
 constexpr std::size_t kMaxAllPositions = 64;
 
 std::string NameOf(const TSchemaPosition& position) {
@@ -38,35 +37,29 @@ class TAutomatonBuilder {
   private:
     TFragment BuildRepeated(const TSchemaParticle& particle) {
         using TKind = TSchemaParticle::TKind;
-        // Empty groups repeated inside each other make no position, but work without end.
-        if (++steps_ > kMaxEdges)
-            throw ESchemaContentModel("o conteúdo é complexo demais");
         if (particle.Max == 0)
             return {};
         if (particle.Kind == TKind::Element || particle.Kind == TKind::Wildcard)
             return BuildLeaf(particle);
         if (particle.Kind == TKind::All)
             throw ESchemaContentModel("xs:all só pode ser o conteúdo inteiro de um tipo");
-        const std::uint32_t min = particle.Min;
-        const std::uint32_t max = particle.Max;
-        if (max == 1 || (max == kSchemaUnbounded && min <= 1)) {
-            TFragment body = BuildOnce(particle);
-            if (max != 1)
-                Loop(body);
-            body.Nullable = body.Nullable || min == 0;
-            return body;
-        }
-        return BuildCopies(particle);
+        if (particle.Max != 1 && particle.Max != kSchemaUnbounded)
+            throw ESchemaContentModel("grupo com maxOccurs=\"" + std::to_string(particle.Max) +
+                                      "\" não é suportado");
+        TFragment body = BuildOnce(particle);
+        if (particle.Max != 1)
+            Loop(body);
+        body.Nullable = body.Nullable || !particle.Required;
+        return body;
     }
 
     TFragment BuildLeaf(const TSchemaParticle& particle) {
         if (positions_.size() >= kMaxPositions)
             throw ESchemaContentModel("o conteúdo tem elementos demais");
         const auto index = static_cast<std::uint32_t>(positions_.size());
-        positions_.push_back({particle.Element, particle.Wildcard, particle.Min, particle.Max});
-        origins_.push_back(&particle);
+        positions_.push_back({particle.Element, particle.Wildcard, particle.Required, particle.Max});
         follow_.emplace_back();
-        return {{index}, {index}, particle.Min == 0};
+        return {{index}, {index}, !particle.Required};
     }
 
     TFragment BuildOnce(const TSchemaParticle& particle) {
@@ -84,27 +77,6 @@ class TAutomatonBuilder {
             Append(result.Last, branch.Last);
             result.Nullable = result.Nullable || branch.Nullable;
         }
-        return result;
-    }
-
-    /// A group that repeats a limited number of times is written out: x{2,4} becomes x x (x (x)?)?.
-    TFragment BuildCopies(const TSchemaParticle& particle) {
-        const bool unbounded = particle.Max == kSchemaUnbounded;
-        const std::uint32_t count = unbounded ? particle.Min : particle.Max;
-        if (count > kMaxCopies)
-            throw ESchemaContentModel("maxOccurs de um grupo alto demais: " + std::to_string(count));
-        std::vector<TFragment> copies;
-        copies.reserve(count);
-        for (std::uint32_t i = 0; i < count; ++i)
-            copies.push_back(BuildOnce(particle));
-        if (unbounded)
-            Loop(copies.back());
-        TFragment result = std::move(copies.back());
-        for (std::uint32_t i = count - 1; i > 0; --i) {
-            result.Nullable = result.Nullable || i >= particle.Min;
-            result = Concatenate(std::move(copies[i - 1]), std::move(result));
-        }
-        result.Nullable = result.Nullable || particle.Min == 0;
         return result;
     }
 
@@ -141,30 +113,17 @@ class TAutomatonBuilder {
             Unite(targets);
     }
 
-    /// Declaration order, each once. Copies of one particle compete where a repeated group can be empty;
-    /// the first of them stands for all.
-    void Unite(std::vector<std::uint32_t>& targets) const {
+    /// Declaration order, each once.
+    static void Unite(std::vector<std::uint32_t>& targets) {
         std::sort(targets.begin(), targets.end());
         targets.erase(std::unique(targets.begin(), targets.end()), targets.end());
-        if (targets.size() < 2)
-            return;
-        std::vector<std::uint32_t> kept;
-        std::unordered_map<const TSchemaParticle*, std::uint32_t> seen;
-        for (const std::uint32_t target : targets)
-            if (seen.emplace(origins_[target], target).second)
-                kept.push_back(target);
-        targets = std::move(kept);
     }
 
     void CheckAmbiguity() {
         CheckState(start_, std::nullopt);
         for (std::uint32_t position = 0; position < positions_.size(); ++position) {
-            const TSchemaPosition& own = positions_[position];
-            const bool loops =
-                std::binary_search(follow_[position].begin(), follow_[position].end(), position);
-            if (loops && own.Min > 1 && own.Max != kSchemaUnbounded)
-                throw ESchemaContentModel("conteúdo ambíguo: repetições de " + NameOf(own));
-            CheckState(follow_[position], own.Max > 1 ? std::optional(position) : std::nullopt);
+            const bool repeated = positions_[position].Max > 1;
+            CheckState(follow_[position], repeated ? std::optional(position) : std::nullopt);
         }
     }
 
@@ -176,7 +135,7 @@ class TAutomatonBuilder {
             if (position.Wildcard != nullptr)
                 wildcards.push_back(target);
             else if (const auto [known, added] = symbols_.emplace(position.Symbol(), target);
-                     !added && origins_[known->second] != origins_[target])
+                     !added && known->second != target)
                 throw ESchemaContentModel("conteúdo ambíguo: dois lugares possíveis para " +
                                           NameOf(position));
         };
@@ -184,28 +143,17 @@ class TAutomatonBuilder {
             add(target);
         if (repeated)
             add(*repeated);
-        for (std::size_t i = 0; i < wildcards.size(); ++i)
-            CheckWildcard(wildcards, i);
+        for (const std::uint32_t wildcard : wildcards)
+            CheckWildcard(wildcard, wildcards.front());
     }
 
-    void CheckWildcard(const std::vector<std::uint32_t>& wildcards, std::size_t index) {
-        const std::uint32_t target = wildcards[index];
-        const TSchemaWildcard& wildcard = *positions_[target].Wildcard;
-        for (const auto& [symbol, other] : symbols_)
-            if (wildcard.Admits(positions_[other].Element->Namespace))
-                throw ESchemaContentModel("conteúdo ambíguo: " + NameOf(positions_[other]) + " e xs:any");
-        for (std::size_t i = 0; i < index; ++i)
-            if (origins_[wildcards[i]] != origins_[target] &&
-                Overlap(wildcard, *positions_[wildcards[i]].Wildcard))
-                throw ESchemaContentModel("conteúdo ambíguo: xs:any e xs:any");
-    }
-
-    static bool Overlap(const TSchemaWildcard& left, const TSchemaWildcard& right) {
-        using TMode = TSchemaWildcard::TMode;
-        if (left.Mode == TMode::List)
-            return std::any_of(left.Namespaces.begin(), left.Namespaces.end(),
-                               [&](std::uint32_t id) { return right.Admits(id); });
-        return right.Mode == TMode::List ? Overlap(right, left) : true;
+    /// All wildcards admit elements of some namespaces in common.
+    void CheckWildcard(std::uint32_t target, std::uint32_t other) {
+        if (target != other)
+            throw ESchemaContentModel("conteúdo ambíguo: xs:any e xs:any");
+        for (const auto& [symbol, position] : symbols_)
+            if (positions_[target].Wildcard->Admits(positions_[position].Element->Namespace))
+                throw ESchemaContentModel("conteúdo ambíguo: " + NameOf(positions_[position]) + " e xs:any");
     }
 
     TSchemaAutomaton Finish(const TFragment& whole) {
@@ -232,20 +180,18 @@ class TAutomatonBuilder {
     }
 
     std::vector<TSchemaPosition> positions_;
-    std::vector<const TSchemaParticle*> origins_;
     std::vector<std::vector<std::uint32_t>> follow_;
     std::vector<std::uint32_t> start_;
     std::unordered_map<std::uint32_t, std::uint32_t> symbols_;
     std::size_t edges_ = 0;
-    std::size_t steps_ = 0;
 };
 
 TSchemaAutomaton CompileAll(const TSchemaParticle& particle) {
     TSchemaAutomaton automaton;
     automaton.IsAll = true;
-    automaton.AllOptional = particle.Min == 0;
-    if (particle.Max != 1 || particle.Children.size() > kMaxAllPositions)
-        throw ESchemaContentModel("xs:all com repetição ou com mais de 64 elementos");
+    if (!particle.Required || particle.Max != 1 || particle.Children.size() > kMaxAllPositions)
+        throw ESchemaContentModel(
+            "xs:all opcional, com repetição ou com mais de 64 elementos não é suportado");
     for (const auto& child : particle.Children) {
         if (child->Kind != TSchemaParticle::TKind::Element || child->Max > 1)
             throw ESchemaContentModel("xs:all só pode conter elementos, cada um no máximo uma vez");
@@ -254,7 +200,7 @@ TSchemaAutomaton CompileAll(const TSchemaParticle& particle) {
         for (const TSchemaPosition& other : automaton.Positions)
             if (other.Symbol() == child->Element->Symbol)
                 throw ESchemaContentModel("conteúdo ambíguo: dois lugares possíveis para " + NameOf(other));
-        automaton.Positions.push_back({child->Element, nullptr, child->Min, child->Max});
+        automaton.Positions.push_back({child->Element, nullptr, child->Required, child->Max});
     }
     return automaton;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "xml/schema/schema_model.h"
+#include "xml/schema/compiled_schema.h"
 
 #include <cstdint>
 #include <memory>
@@ -13,7 +13,7 @@ namespace conferix {
 struct TSchemaParticle {
     enum class TKind : std::uint8_t { Element, Wildcard, Sequence, Choice, All };
     TKind Kind = TKind::Sequence;
-    std::uint32_t Min = 1;
+    bool Required = true;
     std::uint32_t Max = 1;
     const TSchemaElement* Element = nullptr;
     const TSchemaWildcard* Wildcard = nullptr;

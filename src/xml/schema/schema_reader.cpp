@@ -38,11 +38,6 @@ std::string_view AttributeOf(const TXmlNode& node, std::string_view name) {
     return attribute != nullptr ? TrimXmlSpace(attribute->Value()) : std::string_view{};
 }
 
-std::optional<std::string> ValueConstraint(const TXmlNode& node, std::string_view name) {
-    const TXmlAttribute* attribute = node.Attribute(name);
-    return attribute != nullptr ? std::optional(std::string(attribute->Value())) : std::nullopt;
-}
-
 bool BooleanOf(const TSchemaFile& file, const TXmlNode& node, std::string_view name) {
     const std::string_view value = AttributeOf(node, name);
     if (value.empty() || value == "false" || value == "0")
@@ -52,28 +47,11 @@ bool BooleanOf(const TSchemaFile& file, const TXmlNode& node, std::string_view n
     return true;
 }
 
-/// Refuses what would let other types or elements stand in, which the tables do not know.
-void RefuseSubstitution(const TSchemaFile& file, const TXmlNode& node) {
-    if (BooleanOf(file, node, "abstract"))
-        file.Fail(node, "abstract=\"true\" não é suportado");
-    if (!AttributeOf(node, "block").empty())
-        file.Fail(node, "o atributo \"block\" não é suportado");
-}
-
 std::string NameOfComponent(const TSchemaFile& file, const TXmlNode& node) {
     const std::string_view name = AttributeOf(node, "name");
     if (name.empty() || name.find(':') != std::string_view::npos)
         file.Fail(node, "<" + std::string(node.LocalName()) + "> sem nome válido");
     return std::string(name);
-}
-
-bool IsQualified(const TSchemaFile& file, const TXmlNode& node, bool byDefault) {
-    const std::string_view form = AttributeOf(node, "form");
-    if (form.empty())
-        return byDefault;
-    if (form != "qualified" && form != "unqualified")
-        file.Fail(node, "valor inválido de form: " + Quoted(form));
-    return form == "qualified";
 }
 
 /// The children that count: annotations are passed over, elements of other namespaces are refused.
@@ -100,12 +78,6 @@ const TXmlNode& OnlyDeclaration(const TSchemaFile& file, const TXmlNode& node) {
 void CheckDepth(const TSchemaFile& file, const TXmlNode& node, int depth) {
     if (depth > kMaxDepth)
         file.Fail(node, "declarações aninhadas ou derivadas fundo demais");
-}
-
-void CheckConstraint(const TSchemaFile& file, const TXmlNode& node, const TSchemaSimpleType& type,
-                     const std::optional<std::string>& value) {
-    if (value && type.Check(*value))
-        file.Fail(node, "o valor padrão ou fixo " + Quoted(*value) + " não é do tipo declarado");
 }
 
 } // namespace
@@ -155,62 +127,30 @@ std::uint32_t TSchemaReader::InternSymbol(std::uint32_t namespaceId, const std::
 // ---- built-in types
 
 TSchemaSimpleType* TSchemaReader::AddBuiltin(const std::string& name, const TSchemaSimpleType* base,
-                                             TSchemaValueKind kind, TSchemaWhiteSpace whiteSpace) {
+                                             TSchemaValueKind kind) {
     TSchemaSimpleType* type = NewSimpleType();
     type->Name = name;
     type->Namespace = InternNamespace(kXsdNamespace);
     type->Base = base;
     type->Kind = kind;
-    type->WhiteSpace = whiteSpace;
-    if (base != nullptr)
-        type->Facets = base->Facets;
     simple_.emplace(std::pair(type->Namespace, name), TSimpleEntry{{}, type, TState::Done});
     return type;
 }
 
+/// The types that the standard's schemas use.
 void TSchemaReader::AddBuiltins() {
     using TKind = TSchemaValueKind;
-    constexpr auto kCollapse = TSchemaWhiteSpace::Collapse;
-    const auto* any = AddBuiltin("anySimpleType", nullptr, TKind::Any, TSchemaWhiteSpace::Preserve);
-    const auto* string = AddBuiltin("string", any, TKind::String, TSchemaWhiteSpace::Preserve);
-    const auto* normalized =
-        AddBuiltin("normalizedString", string, TKind::String, TSchemaWhiteSpace::Replace);
-    const auto* token = AddBuiltin("token", normalized, TKind::String, kCollapse);
-    const auto* ncName = AddBuiltin("NCName", token, TKind::NCName, kCollapse);
-    AddBuiltin("ID", ncName, TKind::Id, kCollapse);
-    AddBuiltin("anyURI", any, TKind::AnyUri, kCollapse);
-    AddBuiltin("boolean", any, TKind::Boolean, kCollapse);
-    AddBuiltin("float", any, TKind::Float, kCollapse);
-    AddBuiltin("double", any, TKind::Float, kCollapse);
-    AddBuiltin("date", any, TKind::Date, kCollapse);
-    AddBuiltin("time", any, TKind::Time, kCollapse);
-    AddBuiltin("dateTime", any, TKind::DateTime, kCollapse);
-    AddBuiltin("base64Binary", any, TKind::Base64Binary, kCollapse);
-    AddBuiltin("hexBinary", any, TKind::HexBinary, kCollapse);
-    const auto* decimal = AddBuiltin("decimal", any, TKind::Decimal, kCollapse);
-    const auto* integer = AddBuiltin("integer", decimal, TKind::Integer, kCollapse);
-
-    const auto bounded = [&](const std::string& name, const TSchemaSimpleType* base, const char* min,
-                             const char* max) {
-        TSchemaSimpleType* type = AddBuiltin(name, base, TKind::Integer, kCollapse);
-        if (min != nullptr)
-            type->Facets.MinInclusive = min;
-        if (max != nullptr)
-            type->Facets.MaxInclusive = max;
-        return type;
-    };
-    const auto* nonPositive = bounded("nonPositiveInteger", integer, nullptr, "0");
-    bounded("negativeInteger", nonPositive, nullptr, "-1");
-    const auto* nonNegative = bounded("nonNegativeInteger", integer, "0", nullptr);
-    bounded("positiveInteger", nonNegative, "1", nullptr);
-    const auto* longType = bounded("long", integer, "-9223372036854775808", "9223372036854775807");
-    const auto* intType = bounded("int", longType, "-2147483648", "2147483647");
-    const auto* shortType = bounded("short", intType, "-32768", "32767");
-    bounded("byte", shortType, "-128", "127");
-    const auto* unsignedLong = bounded("unsignedLong", nonNegative, "0", "18446744073709551615");
-    const auto* unsignedInt = bounded("unsignedInt", unsignedLong, "0", "4294967295");
-    const auto* unsignedShort = bounded("unsignedShort", unsignedInt, "0", "65535");
-    bounded("unsignedByte", unsignedShort, "0", "255");
+    const auto* any = AddBuiltin("anySimpleType", nullptr, TKind::Any);
+    const auto* string = AddBuiltin("string", any, TKind::String);
+    AddBuiltin("ID", string, TKind::Id);
+    AddBuiltin("anyURI", any, TKind::AnyUri);
+    AddBuiltin("boolean", any, TKind::Boolean);
+    AddBuiltin("date", any, TKind::Date);
+    AddBuiltin("time", any, TKind::Time);
+    AddBuiltin("dateTime", any, TKind::DateTime);
+    AddBuiltin("base64Binary", any, TKind::Base64Binary);
+    const auto* decimal = AddBuiltin("decimal", any, TKind::Decimal);
+    AddBuiltin("integer", decimal, TKind::Integer);
     AddAnyType();
 }
 
@@ -220,14 +160,13 @@ void TSchemaReader::AddAnyType() {
     type->Namespace = InternNamespace(kXsdNamespace);
     type->Content = TSchemaContent::Mixed;
     auto* wildcard = set_.wildcards_.emplace_back(std::make_unique<TSchemaWildcard>()).get();
-    wildcard->Process = TSchemaProcess::Lax;
+    wildcard->Lax = true;
     TSchemaParticle particle;
     particle.Kind = TSchemaParticle::TKind::Wildcard;
     particle.Wildcard = wildcard;
-    particle.Min = 0;
+    particle.Required = false;
     particle.Max = kSchemaUnbounded;
     type->Automaton = CompileSchemaParticle(particle);
-    type->AnyAttribute = wildcard;
     set_.anyType_ = type;
     complex_.emplace(std::pair(type->Namespace, type->Name), TComplexEntry{{}, type, TState::Done});
 }
@@ -237,17 +176,14 @@ void TSchemaReader::AddAnyType() {
 void TSchemaReader::Collect(const TSchemaFile& file) {
     const std::uint32_t target = InternNamespace(file.TargetNamespace());
     CheckAttributes(file, file.Schema(),
-                    {"targetNamespace", "elementFormDefault", "attributeFormDefault", "blockDefault",
-                     "finalDefault", "version"});
+                    {"targetNamespace", "elementFormDefault", "attributeFormDefault", "version"});
     for (const TXmlNode* node : Declarations(file, file.Schema())) {
         const std::string_view kind = node->LocalName();
         if (kind == "include" || kind == "import") {
             CheckAttributes(file, *node, {"schemaLocation", "namespace"});
             continue;
         }
-        const bool known =
-            kind == "element" || kind == "attribute" || kind == "simpleType" || kind == "complexType";
-        if (!known)
+        if (kind != "element" && kind != "simpleType" && kind != "complexType")
             Unsupported(file, *node);
         const std::pair key(target, NameOfComponent(file, *node));
         bool added = false;
@@ -259,9 +195,6 @@ void TSchemaReader::Collect(const TSchemaFile& file) {
             element->Global = true;
             set_.globalElements_.push_back(element);
             added = elements_.emplace(key, std::pair(TSource{&file, node}, element)).second;
-        } else if (kind == "attribute") {
-            auto* attribute = set_.attributes_.emplace_back(std::make_unique<TSchemaAttribute>()).get();
-            added = attributes_.emplace(key, std::pair(TSource{&file, node}, attribute)).second;
         } else if (kind == "simpleType") {
             TSchemaSimpleType* type = NewSimpleType();
             type->Name = key.second;
@@ -282,8 +215,6 @@ void TSchemaReader::Collect(const TSchemaFile& file) {
 void TSchemaReader::CompileAll(const TSchemaFiles& files) {
     for (auto& [key, entry] : complex_)
         entries_[entry.Type] = &entry;
-    for (auto& [key, source] : attributes_)
-        *source.second = ReadAttributeDeclaration(*source.first.File, *source.first.Node, 0);
     for (auto& [key, entry] : simple_)
         CompileSimple(entry, 0);
     for (auto& [key, entry] : complex_)
@@ -295,8 +226,6 @@ void TSchemaReader::CompileAll(const TSchemaFiles& files) {
     set_.globalBySymbol_.assign(set_.symbols_.size(), nullptr);
     for (const TSchemaElement* element : set_.globalElements_)
         set_.globalBySymbol_[element->Symbol] = element;
-    for (const auto& [key, source] : attributes_)
-        set_.globalAttributes_.emplace(TSchemaSet::TNameKey{key.first, source.second->Name}, source.second);
     for (const auto& [key, entry] : simple_)
         set_.namedSimple_.emplace(TSchemaSet::TNameKey{key.first, entry.Type->Name}, entry.Type);
     for (const auto& [key, entry] : complex_)
@@ -338,11 +267,9 @@ TSchemaComplexType* TSchemaReader::SignatureType(const TSchemaReference& referen
     type->Name = reference.Local;
     type->Namespace = InternNamespace(reference.Uri);
     type->BaseComplex = &signature;
-    type->Derivation = TSchemaDerivation::Extension;
     type->Content = signature.Content;
     type->Automaton = signature.Automaton;
     type->Attributes = signature.Attributes;
-    type->AnyAttribute = signature.AnyAttribute;
     particles_[type] = particles_[&signature];
     complex_.emplace(std::pair(type->Namespace, type->Name), TComplexEntry{{}, type, TState::Done});
     return type;
@@ -362,7 +289,7 @@ void TSchemaReader::CompileSimple(TSimpleEntry& entry, int depth) {
     if (entry.State != TState::Waiting)
         return;
     entry.State = TState::Running;
-    CheckAttributes(*entry.Source.File, *entry.Source.Node, {"name", "final"});
+    CheckAttributes(*entry.Source.File, *entry.Source.Node, {"name"});
     CompileSimpleInto(*entry.Type, *entry.Source.File, *entry.Source.Node, depth);
     entry.State = TState::Done;
 }
@@ -383,20 +310,15 @@ void TSchemaReader::CompileSimpleInto(TSchemaSimpleType& type, const TSchemaFile
     if (restriction.LocalName() != "restriction")
         Unsupported(file, restriction);
     CheckAttributes(file, restriction, {"base"});
-    const TSchemaSimpleType* base = nullptr;
-    if (const std::string_view name = AttributeOf(restriction, "base"); !name.empty())
-        base = FindSimple(file, restriction, name, depth);
-    for (const TXmlNode* child : Declarations(file, restriction)) {
-        if (child->LocalName() == "simpleType" && base == nullptr)
-            base = InlineSimple(file, *child, depth + 1);
-        else if (!IsSchemaFacet(child->LocalName()))
-            Unsupported(file, *child);
-        else
-            CheckAttributes(file, *child, {"value", "fixed"});
-    }
-    if (base == nullptr)
+    const std::string_view name = AttributeOf(restriction, "base");
+    if (name.empty())
         file.Fail(restriction, "<restriction> sem tipo de base");
-    RestrictSchemaType(type, *base, file, restriction);
+    for (const TXmlNode* child : Declarations(file, restriction)) {
+        if (!IsSchemaFacet(child->LocalName()))
+            Unsupported(file, *child);
+        CheckAttributes(file, *child, {"value"});
+    }
+    RestrictSchemaType(type, *FindSimple(file, restriction, name, depth), file, restriction);
 }
 
 // ---- complex types
@@ -405,7 +327,7 @@ void TSchemaReader::CompileComplex(TComplexEntry& entry, int depth) {
     if (entry.State != TState::Waiting)
         return;
     entry.State = TState::Running;
-    CheckAttributes(*entry.Source.File, *entry.Source.Node, {"name", "mixed", "abstract", "block", "final"});
+    CheckAttributes(*entry.Source.File, *entry.Source.Node, {"name", "mixed"});
     CompileComplexInto(*entry.Type, *entry.Source.File, *entry.Source.Node, depth);
     entry.State = TState::Done;
 }
@@ -413,18 +335,16 @@ void TSchemaReader::CompileComplex(TComplexEntry& entry, int depth) {
 void TSchemaReader::CompileComplexInto(TSchemaComplexType& type, const TSchemaFile& file,
                                        const TXmlNode& node, int depth) {
     CheckDepth(file, node, depth);
-    RefuseSubstitution(file, node);
     const bool mixed = BooleanOf(file, node, "mixed");
     const auto children = Declarations(file, node);
     if (!children.empty() && (children.front()->LocalName() == "simpleContent" ||
                               children.front()->LocalName() == "complexContent")) {
         const TXmlNode& content = OnlyDeclaration(file, node);
-        if (content.LocalName() == "simpleContent")
-            return CompileSimpleContent(type, file, content, depth);
-        CheckAttributes(file, content, {"mixed"});
-        const bool own = content.Attribute("mixed") != nullptr;
-        return CompileComplexContent(type, file, content, own ? BooleanOf(file, content, "mixed") : mixed,
-                                     depth);
+        if (mixed)
+            file.Fail(node, "mixed com <" + std::string(content.LocalName()) + "> não é suportado");
+        CheckAttributes(file, content, {});
+        return content.LocalName() == "simpleContent" ? CompileSimpleContent(type, file, content, depth)
+                                                      : CompileComplexContent(type, file, content, depth);
     }
     type.BaseComplex = set_.anyType_;
     FinishContent(type, file, node, ReadBody(type, file, node, depth), mixed);
@@ -440,90 +360,49 @@ void TSchemaReader::CompileBase(const TSchemaComplexType& base, const TSchemaFil
     CompileComplex(*entry->second, depth + 1);
 }
 
-void TSchemaReader::CompileSimpleContent(TSchemaComplexType& type, const TSchemaFile& file,
-                                         const TXmlNode& node, int depth) {
-    CheckAttributes(file, node, {});
-    const TXmlNode& step = OnlyDeclaration(file, node);
-    const bool extension = step.LocalName() == "extension";
-    if (!extension && step.LocalName() != "restriction")
+/// The extension below a simpleContent or complexContent.
+const TXmlNode& TSchemaReader::Extension(const TSchemaFile& file, const TXmlNode& content) {
+    const TXmlNode& step = OnlyDeclaration(file, content);
+    if (step.LocalName() != "extension")
         Unsupported(file, step);
     CheckAttributes(file, step, {"base"});
-    const TTypeReference base = FindType(file, step, AttributeOf(step, "base"), depth);
+    return step;
+}
+
+void TSchemaReader::CompileSimpleContent(TSchemaComplexType& type, const TSchemaFile& file,
+                                         const TXmlNode& node, int depth) {
+    const TXmlNode& step = Extension(file, node);
     type.Content = TSchemaContent::Simple;
-    type.Derivation = extension ? TSchemaDerivation::Extension : TSchemaDerivation::Restriction;
-    if (base.Complex != nullptr) {
-        CompileBase(*base.Complex, file, step, depth);
-        if (base.Complex->Content != TSchemaContent::Simple)
-            file.Fail(step, "o tipo de base não tem conteúdo simples");
-        type.BaseComplex = base.Complex;
-        type.SimpleContent = base.Complex->SimpleContent;
-        InheritAttributes(type, *base.Complex);
-    } else {
-        if (!extension)
-            file.Fail(step, "<restriction> de conteúdo simples exige um tipo complexo de base");
-        type.BaseSimple = base.Simple;
-        type.SimpleContent = base.Simple;
-    }
-    if (!extension) {
-        TSchemaSimpleType* narrowed = NewSimpleType();
-        narrowed->Namespace = type.Namespace;
-        RestrictSchemaType(*narrowed, *type.SimpleContent, file, step);
-        type.SimpleContent = narrowed;
-    }
+    type.SimpleContent = FindSimple(file, step, AttributeOf(step, "base"), depth);
     for (const TXmlNode* child : Declarations(file, step)) {
-        if (child->LocalName() == "attribute")
-            ReadAttribute(type, file, *child, depth);
-        else if (child->LocalName() == "anyAttribute")
-            type.AnyAttribute = ReadWildcard(file, *child);
-        else if (extension || !IsSchemaFacet(child->LocalName()))
+        if (child->LocalName() != "attribute")
             Unsupported(file, *child);
+        ReadAttribute(type, file, *child, depth);
     }
 }
 
 void TSchemaReader::CompileComplexContent(TSchemaComplexType& type, const TSchemaFile& file,
-                                          const TXmlNode& node, bool mixed, int depth) {
-    const TXmlNode& step = OnlyDeclaration(file, node);
-    const bool extension = step.LocalName() == "extension";
-    if (!extension && step.LocalName() != "restriction")
-        Unsupported(file, step);
-    CheckAttributes(file, step, {"base"});
+                                          const TXmlNode& node, int depth) {
+    const TXmlNode& step = Extension(file, node);
     TSchemaComplexType* base = FindType(file, step, AttributeOf(step, "base"), depth).Complex;
     if (base == nullptr)
         file.Fail(step, "o tipo de base não é complexo");
     CompileBase(*base, file, step, depth);
+    if (base->Content == TSchemaContent::Simple || base->Content == TSchemaContent::Mixed)
+        file.Fail(step, "a extensão de " + Quoted(base->Name) +
+                            ", que admite texto, não é suportada em <complexContent>");
     type.BaseComplex = base;
-    type.Derivation = extension ? TSchemaDerivation::Extension : TSchemaDerivation::Restriction;
-    if (base->Content == TSchemaContent::Simple)
-        file.Fail(step, "o tipo de base tem conteúdo simples");
-    if (extension && base == set_.anyType_)
-        file.Fail(step, "extensão de anyType não é suportada");
-    if (base != set_.anyType_)
-        InheritAttributes(type, *base);
-    const TSchemaWildcard* inherited = type.AnyAttribute;
-    if (!extension)
-        type.AnyAttribute = nullptr;
+    type.Attributes = base->Attributes;
     TParticlePtr own = ReadBody(type, file, step, depth);
-    if (!extension)
-        return FinishContent(type, file, step, std::move(own), mixed);
-    if (inherited != nullptr && type.AnyAttribute != inherited)
-        file.Fail(step, "anyAttribute no tipo e no tipo de base não é suportado");
     const TParticlePtr& first = particles_[base];
     if (first != nullptr && own != nullptr) {
-        if (base->Content != TSchemaContent::Empty && (base->Content == TSchemaContent::Mixed) != mixed)
-            file.Fail(step, "mixed diferente do tipo de base");
         auto joined = std::make_shared<TSchemaParticle>();
         joined->Children = {first, own};
         own = std::move(joined);
     } else if (own == nullptr) {
         own = first;
-        mixed = mixed || base->Content == TSchemaContent::Mixed;
     }
-    FinishContent(type, file, step, std::move(own), mixed);
-}
-
-void TSchemaReader::InheritAttributes(TSchemaComplexType& type, const TSchemaComplexType& base) {
-    type.Attributes = base.Attributes;
-    type.AnyAttribute = base.AnyAttribute;
+    FinishContent(type, file, step, std::move(own), false);
 }
 
 TSchemaReader::TParticlePtr TSchemaReader::ReadBody(TSchemaComplexType& type, const TSchemaFile& file,
@@ -533,8 +412,6 @@ TSchemaReader::TParticlePtr TSchemaReader::ReadBody(TSchemaComplexType& type, co
         const std::string_view kind = child->LocalName();
         if (kind == "attribute")
             ReadAttribute(type, file, *child, depth);
-        else if (kind == "anyAttribute")
-            type.AnyAttribute = ReadWildcard(file, *child);
         else if (particle == nullptr && (kind == "sequence" || kind == "choice" || kind == "all"))
             particle = ReadParticle(file, *child, depth + 1);
         else
@@ -562,21 +439,21 @@ void TSchemaReader::FinishContent(TSchemaComplexType& type, const TSchemaFile& f
 
 void TSchemaReader::ReadOccurs(const TSchemaFile& file, const TXmlNode& node,
                                TSchemaParticle& particle) const {
-    const auto number = [&](std::string_view name, std::uint32_t& value) {
-        const std::string_view text = AttributeOf(node, name);
-        if (text.empty())
-            return;
-        if (name == "maxOccurs" && text == "unbounded") {
-            value = kSchemaUnbounded;
-            return;
-        }
-        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-        if (error != std::errc() || end != text.data() + text.size() || value == kSchemaUnbounded)
-            file.Fail(node, "valor inválido de " + std::string(name) + ": " + Quoted(text));
-    };
-    number("minOccurs", particle.Min);
-    number("maxOccurs", particle.Max);
-    if (particle.Min > particle.Max)
+    const std::string_view min = AttributeOf(node, "minOccurs");
+    if (!min.empty() && min != "0" && min != "1")
+        file.Fail(node, "minOccurs=" + Quoted(min) + " não é suportado");
+    particle.Required = min != "0";
+    const std::string_view max = AttributeOf(node, "maxOccurs");
+    if (max.empty())
+        return;
+    if (max == "unbounded") {
+        particle.Max = kSchemaUnbounded;
+        return;
+    }
+    const auto [end, error] = std::from_chars(max.data(), max.data() + max.size(), particle.Max);
+    if (error != std::errc() || end != max.data() + max.size() || particle.Max == kSchemaUnbounded)
+        file.Fail(node, "valor inválido de maxOccurs: " + Quoted(max));
+    if (particle.Max == 0 && particle.Required)
         file.Fail(node, "minOccurs maior do que maxOccurs");
 }
 
@@ -615,9 +492,8 @@ const TSchemaElement* TSchemaReader::ReadElement(const TSchemaFile& file, const 
     }
     auto* element = set_.elements_.emplace_back(std::make_unique<TSchemaElement>()).get();
     element->Name = NameOfComponent(file, node);
-    element->Namespace = IsQualified(file, node, file.ElementsQualified())
-                             ? InternNamespace(file.TargetNamespace())
-                             : kSchemaNoNamespace;
+    element->Namespace =
+        file.ElementsQualified() ? InternNamespace(file.TargetNamespace()) : kSchemaNoNamespace;
     element->Symbol = InternSymbol(element->Namespace, element->Name);
     CompileElement(*element, file, node, depth);
     return element;
@@ -635,16 +511,10 @@ const TSchemaElement* TSchemaReader::ReferredElement(const TSchemaFile& file, co
 void TSchemaReader::CompileElement(TSchemaElement& element, const TSchemaFile& file, const TXmlNode& node,
                                    int depth) {
     if (element.Global)
-        CheckAttributes(file, node,
-                        {"name", "type", "nillable", "default", "fixed", "abstract", "block", "final"});
+        CheckAttributes(file, node, {"name", "type", "nillable"});
     else
-        CheckAttributes(file, node,
-                        {"name", "type", "nillable", "default", "fixed", "abstract", "block", "final", "form",
-                         "minOccurs", "maxOccurs"});
-    RefuseSubstitution(file, node);
+        CheckAttributes(file, node, {"name", "type", "nillable", "minOccurs", "maxOccurs"});
     element.Nillable = BooleanOf(file, node, "nillable");
-    element.Default = ValueConstraint(node, "default");
-    element.Fixed = ValueConstraint(node, "fixed");
     if (const std::string_view name = AttributeOf(node, "type"); !name.empty()) {
         const TTypeReference type = FindType(file, node, name, depth);
         element.SimpleType = type.Simple;
@@ -658,7 +528,7 @@ void TSchemaReader::CompileElement(TSchemaElement& element, const TSchemaFile& f
             TSchemaComplexType* type = NewComplexType();
             type->Namespace = InternNamespace(file.TargetNamespace());
             element.ComplexType = type;
-            CheckAttributes(file, *child, {"mixed", "abstract", "block", "final"});
+            CheckAttributes(file, *child, {"mixed"});
             CompileComplexInto(*type, file, *child, depth + 1);
         } else {
             Unsupported(file, *child);
@@ -666,99 +536,44 @@ void TSchemaReader::CompileElement(TSchemaElement& element, const TSchemaFile& f
     }
     if (element.SimpleType == nullptr && element.ComplexType == nullptr)
         element.ComplexType = set_.anyType_;
-    if (element.SimpleType != nullptr) {
-        CheckConstraint(file, node, *element.SimpleType, element.Default);
-        CheckConstraint(file, node, *element.SimpleType, element.Fixed);
-    }
 }
 
 const TSchemaWildcard* TSchemaReader::ReadWildcard(const TSchemaFile& file, const TXmlNode& node) {
-    using TMode = TSchemaWildcard::TMode;
     CheckAttributes(file, node, {"namespace", "processContents", "minOccurs", "maxOccurs"});
     if (!Declarations(file, node).empty())
         Unsupported(file, *Declarations(file, node).front());
     auto* wildcard = set_.wildcards_.emplace_back(std::make_unique<TSchemaWildcard>()).get();
     const std::string_view process = AttributeOf(node, "processContents");
-    if (!process.empty() && process != "strict" && process != "lax" && process != "skip")
-        file.Fail(node, "valor inválido de processContents: " + Quoted(process));
-    wildcard->Process = process == "lax"    ? TSchemaProcess::Lax
-                        : process == "skip" ? TSchemaProcess::Skip
-                                            : TSchemaProcess::Strict;
-    std::string_view names = AttributeOf(node, "namespace");
-    if (names.empty() || names == "##any")
-        return wildcard;
-    const std::uint32_t target = InternNamespace(file.TargetNamespace());
-    if (names == "##other") {
-        wildcard->Mode = TMode::Other;
-        wildcard->Namespaces = {target};
-        return wildcard;
-    }
-    wildcard->Mode = TMode::List;
-    while (!names.empty()) {
-        const std::size_t end = names.find_first_of(" \t\r\n");
-        const std::string_view name = names.substr(0, end);
-        if (name != "##local" && name != "##targetNamespace" && name.starts_with("##"))
-            file.Fail(node, "valor inválido de namespace: " + Quoted(name));
-        wildcard->Namespaces.push_back(name == "##local"             ? kSchemaNoNamespace
-                                       : name == "##targetNamespace" ? target
-                                                                     : InternNamespace(name));
-        names = end == std::string_view::npos ? std::string_view{} : TrimXmlSpace(names.substr(end));
-    }
+    if (!process.empty() && process != "strict" && process != "lax")
+        file.Fail(node, "processContents=" + Quoted(process) + " não é suportado");
+    wildcard->Lax = process == "lax";
+    const std::string_view names = AttributeOf(node, "namespace");
+    if (names == "##other")
+        wildcard->OtherTo = InternNamespace(file.TargetNamespace());
+    else if (!names.empty() && names != "##any")
+        file.Fail(node, "namespace=" + Quoted(names) + " não é suportado em <any>");
     return wildcard;
-}
-
-// ---- attributes
-
-TSchemaAttribute TSchemaReader::ReadAttributeDeclaration(const TSchemaFile& file, const TXmlNode& node,
-                                                         int depth) {
-    CheckAttributes(file, node, {"name", "type", "use", "form", "default", "fixed"});
-    TSchemaAttribute attribute;
-    attribute.Name = NameOfComponent(file, node);
-    const bool global = node.Parent() == &file.Schema();
-    if (global || IsQualified(file, node, file.AttributesQualified()))
-        attribute.Namespace = InternNamespace(file.TargetNamespace());
-    attribute.Default = ValueConstraint(node, "default");
-    attribute.Fixed = ValueConstraint(node, "fixed");
-    if (const std::string_view name = AttributeOf(node, "type"); !name.empty())
-        attribute.Type = FindSimple(file, node, name, depth);
-    for (const TXmlNode* child : Declarations(file, node)) {
-        if (child->LocalName() != "simpleType" || attribute.Type != nullptr)
-            Unsupported(file, *child);
-        attribute.Type = InlineSimple(file, *child, depth + 1);
-    }
-    if (attribute.Type == nullptr)
-        attribute.Type = simple_.at({InternNamespace(kXsdNamespace), "anySimpleType"}).Type;
-    CheckConstraint(file, node, *attribute.Type, attribute.Default);
-    CheckConstraint(file, node, *attribute.Type, attribute.Fixed);
-    return attribute;
 }
 
 void TSchemaReader::ReadAttribute(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
                                   int depth) {
+    CheckAttributes(file, node, {"name", "type", "use"});
     TSchemaAttribute attribute;
-    if (const std::string_view name = AttributeOf(node, "ref"); !name.empty()) {
-        CheckAttributes(file, node, {"ref", "use", "default", "fixed"});
-        const TSchemaReference reference = file.Resolve(node, name);
-        const auto found = attributes_.find({InternNamespace(reference.Uri), std::string(reference.Local)});
-        if (found == attributes_.end())
-            file.Fail(node, "o atributo " + Quoted(name) + " não foi encontrado");
-        attribute = ReadAttributeDeclaration(*found->second.first.File, *found->second.first.Node, depth + 1);
-        if (auto value = ValueConstraint(node, "default"))
-            attribute.Default = std::move(value);
-        if (auto value = ValueConstraint(node, "fixed"))
-            attribute.Fixed = std::move(value);
-    } else {
-        attribute = ReadAttributeDeclaration(file, node, depth + 1);
-    }
+    attribute.Name = NameOfComponent(file, node);
+    if (!Declarations(file, node).empty())
+        Unsupported(file, *Declarations(file, node).front());
+    const std::string_view name = AttributeOf(node, "type");
+    if (name.empty())
+        file.Fail(node, "<attribute> sem tipo");
+    attribute.Type = FindSimple(file, node, name, depth);
     const std::string_view use = AttributeOf(node, "use");
-    if (!use.empty() && use != "required" && use != "optional" && use != "prohibited")
-        file.Fail(node, "valor inválido de use: " + Quoted(use));
+    if (!use.empty() && use != "required" && use != "optional")
+        file.Fail(node, "use=" + Quoted(use) + " não é suportado");
     attribute.Required = use == "required";
-    std::erase_if(type.Attributes, [&](const TSchemaAttribute& other) {
-        return other.Name == attribute.Name && other.Namespace == attribute.Namespace;
-    });
-    if (use != "prohibited")
-        type.Attributes.push_back(std::move(attribute));
+    for (const TSchemaAttribute& other : type.Attributes)
+        if (other.Name == attribute.Name)
+            file.Fail(node, "o atributo " + Quoted(attribute.Name) + " é declarado duas vezes");
+    type.Attributes.push_back(std::move(attribute));
 }
 
 } // namespace conferix

@@ -51,7 +51,7 @@ class TSchemaReader {
 
     void AddBuiltins();
     TSchemaSimpleType* AddBuiltin(const std::string& name, const TSchemaSimpleType* base,
-                                  TSchemaValueKind kind, TSchemaWhiteSpace whiteSpace);
+                                  TSchemaValueKind kind);
     void AddAnyType();
 
     void Collect(const TSchemaFile& file);
@@ -80,12 +80,12 @@ class TSchemaReader {
     void CompileSimpleContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
                               int depth);
     void CompileComplexContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
-                               bool mixed, int depth);
+                               int depth);
+    static const TXmlNode& Extension(const TSchemaFile& file, const TXmlNode& content);
     /// The particle and the attributes of a type's body; null when it has no particle.
     TParticlePtr ReadBody(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node, int depth);
     void FinishContent(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node,
                        TParticlePtr particle, bool mixed);
-    void InheritAttributes(TSchemaComplexType& type, const TSchemaComplexType& base);
 
     TParticlePtr ReadParticle(const TSchemaFile& file, const TXmlNode& node, int depth);
     const TSchemaElement* ReadElement(const TSchemaFile& file, const TXmlNode& node, int depth);
@@ -94,14 +94,12 @@ class TSchemaReader {
     void CompileElement(TSchemaElement& element, const TSchemaFile& file, const TXmlNode& node, int depth);
     const TSchemaWildcard* ReadWildcard(const TSchemaFile& file, const TXmlNode& node);
     void ReadAttribute(TSchemaComplexType& type, const TSchemaFile& file, const TXmlNode& node, int depth);
-    TSchemaAttribute ReadAttributeDeclaration(const TSchemaFile& file, const TXmlNode& node, int depth);
     void ReadOccurs(const TSchemaFile& file, const TXmlNode& node, TSchemaParticle& particle) const;
 
     TSchemaSet& set_;
     TByName<TSimpleEntry> simple_;
     TByName<TComplexEntry> complex_;
     TByName<std::pair<TSource, TSchemaElement*>> elements_;
-    TByName<std::pair<TSource, TSchemaAttribute*>> attributes_;
     /// The particles of complex types, from which extensions go on.
     std::unordered_map<const TSchemaComplexType*, TParticlePtr> particles_;
     std::unordered_map<const TSchemaComplexType*, TComplexEntry*> entries_;

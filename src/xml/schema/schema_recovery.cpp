@@ -292,18 +292,14 @@ class TContentRecovery {
 
     void PlaceAll() {
         std::vector<bool> seen(automaton_.Positions.size());
-        bool any = false;
         for (TItem& item : items_) {
             if (item.Candidates.empty() || seen[item.Candidates.front()])
                 continue;
             item.Position = item.Candidates.front();
             seen[item.Position] = true;
-            any = true;
         }
-        if (automaton_.AllOptional && !any)
-            return;
         for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
-            if (!seen[p] && automaton_.Positions[p].Min > 0)
+            if (!seen[p] && automaton_.Positions[p].Required)
                 missing_.push_back({p, kNone, {p}});
     }
 
@@ -363,11 +359,6 @@ class TContentRecovery {
             TSchemaFault& fault = Add(TSchemaFaultCode::TooMany, *surplus, surplus->LocalName());
             fault.Count = count;
             fault.Limit = particle.Max;
-        } else if (count < particle.Min) {
-            const TXmlNode& first = NodeOf(*stretch.front());
-            TSchemaFault& fault = Add(TSchemaFaultCode::TooFew, first, first.LocalName());
-            fault.Count = count;
-            fault.Limit = particle.Min;
         }
     }
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "xml/schema/compiled_schema.h"
 #include "xml/schema/schema_fault.h"
-#include "xml/schema/schema_model.h"
 #include "xml/schema/schema_scope.h"
 
 #include <cstdint>

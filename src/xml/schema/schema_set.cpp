@@ -101,12 +101,6 @@ const TSchemaElement* TSchemaSet::GlobalElement(std::uint32_t symbol) const {
     return symbol < globalBySymbol_.size() ? globalBySymbol_[symbol] : nullptr;
 }
 
-const TSchemaAttribute* TSchemaSet::GlobalAttribute(std::uint32_t namespaceId,
-                                                    std::string_view localName) const {
-    const auto found = globalAttributes_.find({namespaceId, localName});
-    return found != globalAttributes_.end() ? found->second : nullptr;
-}
-
 const TSchemaSimpleType* TSchemaSet::FindSimpleType(std::uint32_t namespaceId, std::string_view name) const {
     const auto found = namedSimple_.find({namespaceId, name});
     return found != namedSimple_.end() ? found->second : nullptr;

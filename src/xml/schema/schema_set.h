@@ -1,6 +1,6 @@
 #pragma once
 
-#include "xml/schema/schema_model.h"
+#include "xml/schema/compiled_schema.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -44,8 +44,6 @@ class TSchemaSet {
     const std::vector<const TSchemaElement*>& GlobalElements() const { return globalElements_; }
     /// The global element of a symbol, or null.
     const TSchemaElement* GlobalElement(std::uint32_t symbol) const;
-    /// The global attribute of that name, or null.
-    const TSchemaAttribute* GlobalAttribute(std::uint32_t namespaceId, std::string_view localName) const;
     /// A named type, built-in ones (of the XML Schema namespace) included; null when there is none.
     const TSchemaSimpleType* FindSimpleType(std::uint32_t namespaceId, std::string_view name) const;
     const TSchemaComplexType* FindComplexType(std::uint32_t namespaceId, std::string_view name) const;
@@ -82,13 +80,11 @@ class TSchemaSet {
     TNameMap<std::uint32_t> symbols_;
     std::vector<const TSchemaElement*> globalElements_;
     std::vector<const TSchemaElement*> globalBySymbol_;
-    TNameMap<const TSchemaAttribute*> globalAttributes_;
     TNameMap<const TSchemaSimpleType*> namedSimple_;
     TNameMap<const TSchemaComplexType*> namedComplex_;
     std::vector<std::unique_ptr<TSchemaSimpleType>> simpleTypes_;
     std::vector<std::unique_ptr<TSchemaComplexType>> complexTypes_;
     std::vector<std::unique_ptr<TSchemaElement>> elements_;
-    std::vector<std::unique_ptr<TSchemaAttribute>> attributes_;
     std::vector<std::unique_ptr<TSchemaWildcard>> wildcards_;
     const TSchemaComplexType* anyType_ = nullptr;
 };

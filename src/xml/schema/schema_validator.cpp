@@ -184,8 +184,6 @@ class TValidation {
                 ++frame.Count;
                 return &current;
             }
-            if (frame.Count < current.Min)
-                return nullptr;
         }
         const auto symbols = automaton.FollowSymbols(frame.State);
         std::size_t edge = 0;
@@ -228,15 +226,12 @@ class TValidation {
     static bool IsComplete(const TFrame& frame) {
         const TSchemaAutomaton& automaton = frame.Type->Automaton;
         if (automaton.IsAll) {
-            if (automaton.AllOptional && frame.Seen == 0)
-                return true;
             for (std::size_t p = 0; p < automaton.Positions.size(); ++p)
-                if (automaton.Positions[p].Min > 0 && (frame.Seen & (std::uint64_t{1} << p)) == 0)
+                if (automaton.Positions[p].Required && (frame.Seen & (std::uint64_t{1} << p)) == 0)
                     return false;
             return true;
         }
-        return automaton.Accepting[frame.State] != 0 &&
-               (frame.State == 0 || frame.Count >= automaton.Positions[frame.State - 1].Min);
+        return automaton.Accepting[frame.State] != 0;
     }
 
     void Finish(TFrame& frame) {
@@ -286,11 +281,9 @@ class TValidation {
     /// An element that a wildcard admits: by its global declaration, else as the wildcard says.
     void JudgeFree(const TXmlNode& node, const TSchemaName& name, const TSchemaWildcard& wildcard,
                    const std::optional<TSchemaScopes::TMark>& mark) {
-        if (wildcard.Process == TSchemaProcess::Skip)
-            return LeaveOut(node, mark);
         if (const TSchemaElement* element = set_.GlobalElement(name.Symbol))
             return Judge(node, element, {element->SimpleType, element->ComplexType}, mark);
-        if (wildcard.Process == TSchemaProcess::Lax || FindXsi(node, "type") != nullptr)
+        if (wildcard.Lax || FindXsi(node, "type") != nullptr)
             return Judge(node, nullptr, {nullptr, &set_.AnyType()}, mark);
         Add(TSchemaFaultCode::UndeclaredByName, node);
         LeaveOut(node, mark);
@@ -326,10 +319,10 @@ class TValidation {
                 JudgeText(frames_.back(), node, node.Value());
             return;
         }
-        JudgeValue(node, element, *simple, mark);
+        JudgeValue(node, *simple, mark);
     }
 
-    void JudgeValue(const TXmlNode& node, const TSchemaElement* element, const TSchemaSimpleType& type,
+    void JudgeValue(const TXmlNode& node, const TSchemaSimpleType& type,
                     const std::optional<TSchemaScopes::TMark>& mark) {
         std::string joined;
         std::string_view raw = node.Value();
@@ -343,13 +336,8 @@ class TValidation {
             raw = joined;
         }
         scopes_.Leave(mark);
-        const bool replaced = raw.empty() && element != nullptr && (element->Default || element->Fixed);
-        if (replaced)
-            return;
         if (const auto fault = type.Check(raw))
             ReportValue(node, nullptr, type, raw, *fault);
-        else if (element != nullptr && element->Fixed && !type.SameValue(raw, *element->Fixed))
-            ReportFixed(node, nullptr, raw, *element->Fixed);
         else if (type.Kind == TSchemaValueKind::Id)
             JudgeId(node, nullptr, raw);
     }
@@ -412,7 +400,7 @@ class TValidation {
         const TSchemaSimpleType* simple = type.Simple;
         for (const TSchemaComplexType* step = type.Complex; step != nullptr && simple == nullptr;
              step = step->BaseComplex)
-            simple = step->BaseSimple;
+            simple = step->SimpleContent;
         return simple != nullptr && declared.Simple != nullptr && simple->DerivesFrom(*declared.Simple);
     }
 
@@ -448,13 +436,13 @@ class TValidation {
             }
             const auto found =
                 std::find_if(declared.begin(), declared.end(), [&](const TSchemaAttribute& candidate) {
-                    return candidate.Namespace == *id && candidate.Name == attribute.Name().Local;
+                    return *id == kSchemaNoNamespace && candidate.Name == attribute.Name().Local;
                 });
             if (found != declared.end()) {
                 required -= found->Required ? 1 : 0;
                 JudgeAttribute(node, attribute, *found);
-            } else if (!IsKnownXsi(attribute)) {
-                JudgeOtherAttribute(node, attribute, type, *id);
+            } else if (type != &set_.AnyType() && !IsKnownXsi(attribute)) {
+                ReportAttribute(node, attribute, type);
             }
         }
         if (required > 0)
@@ -472,24 +460,12 @@ class TValidation {
                         const TSchemaAttribute& declared) {
         if (const auto fault = declared.Type->Check(attribute.Value()))
             ReportValue(node, &attribute, *declared.Type, attribute.Value(), *fault);
-        else if (declared.Fixed && !declared.Type->SameValue(attribute.Value(), *declared.Fixed))
-            ReportFixed(node, &attribute, attribute.Value(), *declared.Fixed);
         else if (declared.Type->Kind == TSchemaValueKind::Id)
             JudgeId(node, &attribute, attribute.Value());
     }
 
-    void JudgeOtherAttribute(const TXmlNode& node, const TXmlAttribute& attribute,
-                             const TSchemaComplexType* type, std::uint32_t namespaceId) {
-        const TSchemaWildcard* wildcard = type != nullptr ? type->AnyAttribute : nullptr;
-        if (wildcard != nullptr && wildcard->Admits(namespaceId)) {
-            const TSchemaAttribute* global = set_.GlobalAttribute(namespaceId, attribute.Name().Local);
-            if (wildcard->Process == TSchemaProcess::Skip)
-                return;
-            if (global != nullptr)
-                return JudgeAttribute(node, attribute, *global);
-            if (wildcard->Process == TSchemaProcess::Lax)
-                return;
-        }
+    void ReportAttribute(const TXmlNode& node, const TXmlAttribute& attribute,
+                         const TSchemaComplexType* type) {
         TSchemaFault& fault = Add(TSchemaFaultCode::UnknownAttribute, node, &attribute);
         fault.Name = attribute.QualifiedName();
         if (type != nullptr)
@@ -505,7 +481,7 @@ class TValidation {
             const bool present =
                 std::any_of(attributes.begin(), attributes.end(), [&](const TXmlAttribute& attribute) {
                     return attribute.Name().Local == candidate.Name &&
-                           scopes_.AttributeNamespace(attribute.Name()) == candidate.Namespace;
+                           scopes_.AttributeNamespace(attribute.Name()) == kSchemaNoNamespace;
                 });
             if (present)
                 continue;
@@ -530,13 +506,6 @@ class TValidation {
     void ReportPrefix(const TXmlNode& node, std::string_view prefix) {
         if (undeclared_.emplace(prefix).second)
             Add(TSchemaFaultCode::UndeclaredPrefix, node).Found = prefix;
-    }
-
-    void ReportFixed(const TXmlNode& node, const TXmlAttribute* attribute, std::string_view raw,
-                     const std::string& fixed) {
-        TSchemaFault& fault = Add(TSchemaFaultCode::FixedValue, node, attribute);
-        fault.Found = TrimXmlSpace(raw);
-        fault.Bound = fixed;
     }
 
     void ReportValue(const TXmlNode& node, const TXmlAttribute* attribute, const TSchemaSimpleType& type,

@@ -1,14 +1,12 @@
 #include "rules/monitoring/guia_de_teste.h"
 
-#include "support/support.h"
 #include "xml/xml_encoding.h"
+
+#include <gmock/gmock.h>
 
 #include <sstream>
 
-namespace conferix {
-
-using namespace testes;
-
+namespace conferix::testes {
 namespace {
 
 using testing::IsEmpty;
@@ -47,7 +45,7 @@ TEST(ExemplosMonitoramento, RightFilesHaveNoFindings) {
     for (const auto& c : cases) {
         const auto arquivo = LoadExample(c.name);
         EXPECT_EQ(arquivo->Lote().QtdGuias(), c.guides) << c.name;
-        EXPECT_THAT(Findings(Judge(arquivo, TerminologiaDosExemplos())), IsEmpty()) << c.name;
+        EXPECT_THAT(Findings(*arquivo, TerminologiaDosExemplos()), IsEmpty()) << c.name;
     }
     EXPECT_TRUE(LoadExample("monitoramento-1.06.00-sem-movimento.xml")->Lote().SemMovimento());
 }
@@ -56,7 +54,7 @@ TEST(ExemplosMonitoramento, RightFilesHaveNoFindings) {
 TEST(ExemplosMonitoramento, TheFaultyFileHasTheExpectedFindings) {
     const auto arquivo = LoadExample("monitoramento-1.06.00-com-erros.xml");
     std::string found;
-    for (const auto& message : Judge(arquivo, TerminologiaDosExemplos())) {
+    for (const auto& message : Mensagens(kLoteMonitoramento, *arquivo, TerminologiaDosExemplos())) {
         found += message->Msg();
         for (const auto& solver : message->Solvers())
             found += " {" + solver->Description() + "}";
@@ -76,4 +74,4 @@ TEST(ExemplosMonitoramento, TheFaultyFileHasTheExpectedFindings) {
 }
 
 } // namespace
-} // namespace conferix
+} // namespace conferix::testes

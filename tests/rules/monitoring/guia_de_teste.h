@@ -2,12 +2,11 @@
 #pragma once
 
 #include "data/tuss_writer.h"
-#include "model/documentos.h"
-#include "rules/monitoring/monitoramento_lote_validation.h"
-#include "validation/solver.h"
+#include "rules/achados.h"
+#include "support/case_file.h"
+#include "support/support.h"
 
-#include <gmock/gmock.h>
-
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,40 +14,20 @@
 
 namespace conferix::testes {
 
-inline constexpr std::string_view kCabecalho = "competenciaLote=202301 dataRegistroTransacao=2023-01-31";
-
-/// A guide of SP/SADT with an item of its own code, one of a group and one of a package.
-inline constexpr std::string_view kGuia =
-    "guiaMonitoramento(tipoRegistro=1 versaoTISSPrestador=016 formaEnvio=1 dadosContratadoExecutante("
-    "CNES=9999999 identificadorExecutante=1 codigoCNPJ_CPF=11222333000181 municipioExecutante=3550308) "
-    "dadosBeneficiario(identBeneficiario(numeroCartaoNacionalSaude=700000000000005 sexo=1 "
-    "dataNascimento=1980-01-01 municipioResidencia=310620) numeroRegistroPlano=1) tipoEventoAtencao=2 "
-    "origemEventoAtencao=1 numeroGuia_prestador=123 numeroGuia_operadora=456 "
-    "identificacaoReembolso=00000000000000000000 dataRealizacao=2022-12-10 dataInicialFaturamento=2022-12-01 "
-    "dataFimPeriodo=2022-12-20 dataProtocoloCobranca=2022-12-21 dataPagamento=2023-01-10 "
-    "dataProcessamentoGuia=2023-01-12 caraterAtendimento=1 tipoAtendimento=05 valoresGuia("
-    "valorTotalInformado=100.00 valorProcessado=99.00 valorTotalPagoProcedimentos=50.00 "
-    "valorTotalDiarias=15.00 "
-    "valorTotalTaxas=9.00 valorTotalMateriais=8.00 valorTotalOPME=7.00 valorTotalMedicamentos=6.00 "
-    "valorGlosaGuia=5.00 valorPagoGuia=95.00 valorPagoFornecedores=2.00 valorTotalTabelaPropria=1.00 "
-    "valorTotalCoParticipacao=0.60) "
-    "procedimentos(identProcedimento(codigoTabela=22 Procedimento(codigoProcedimento=10101012)) "
-    "quantidadeInformada=1 valorInformado=33.33 quantidadePaga=2 valorPagoProc=31.00 valorPagoFornecedor=0 "
-    "valorCoParticipacao=0.10) "
-    "procedimentos(identProcedimento(codigoTabela=63 Procedimento(grupoProcedimento=009)) "
-    "quantidadeInformada=3 valorInformado=33.34 quantidadePaga=4 valorPagoProc=32.00 "
-    "valorPagoFornecedor=2.00 "
-    "CNPJFornecedor=11444777000161 valorCoParticipacao=0.20) "
-    "procedimentos(identProcedimento(codigoTabela=90 Procedimento(codigoProcedimento=777)) "
-    "quantidadeInformada=5 valorInformado=33.33 quantidadePaga=6 valorPagoProc=32.00 valorPagoFornecedor=0 "
-    "valorCoParticipacao=0.30 detalhePacote(codigoTabela=20 codigoProcedimento=31005497 quantidade=1) "
-    "detalhePacote(codigoTabela=00 codigoProcedimento=31005497 quantidade=2)))";
+inline constexpr std::string_view kLoteMonitoramento = "tiss.monitoramento.loteguias";
 
 /// Texts of a notation and what stands in their place; each has to be there once.
 using TEdits = std::vector<std::pair<std::string, std::string>>;
 
-inline std::string Edited(std::string_view original, const TEdits& edits) {
-    std::string text(original);
+/// Header and guide, in the notation of Xml(), of guia.txt after some edits.
+inline std::pair<std::string, std::string> EditedGuia(const TEdits& edits) {
+    static const std::string original = [] {
+        std::string text =
+            ReadTestFile(std::filesystem::path(CONFERIX_FONTE) / "tests/rules/monitoring/guia.txt");
+        std::ranges::replace(text, '\n', ' ');
+        return text;
+    }();
+    std::string text = original;
     for (const auto& [what, with] : edits) {
         const std::size_t at = text.find(what);
         EXPECT_NE(at, std::string::npos) << what;
@@ -56,7 +35,14 @@ inline std::string Edited(std::string_view original, const TEdits& edits) {
         if (at != std::string::npos)
             text.replace(at, what.size(), with);
     }
-    return text;
+    const std::size_t guia = text.find("guiaMonitoramento(");
+    return {Xml(text.substr(0, guia)), Xml(text.substr(guia))};
+}
+
+/// A file with the edited guide.
+inline std::shared_ptr<IMonitoramento> ArquivoEditado(const TEdits& edits) {
+    const auto [cabecalho, guia] = EditedGuia(edits);
+    return ArquivoMonitoramento(cabecalho, guia);
 }
 
 inline const std::shared_ptr<TTussConnection>& Terminologia() {
@@ -77,44 +63,21 @@ inline const std::shared_ptr<TTussConnection>& Terminologia() {
         writer.Insert(TTuss64{"20", "31005497", false, "", day, {}, {}});
         writer.Insert(TTuss64{"19", "10101012", true, "040", old, 2022y / 12 / 9, {}});
         writer.Insert(TTuss64{"18", "60000783", false, "", old, {}, {}});
-        writer.Insert(TCidade{"3550308"});
-        writer.Insert(TCidade{"355030"});
-        writer.Insert(TCidade{"3106200"});
-        writer.Insert(TCidade{"310620"});
+        for (const char* city : {"3550308", "355030", "3106200", "310620"})
+            writer.Insert(TCidade{city});
     });
     return connection;
 }
 
-/// The findings of the rules of a lot, success left out: "023 text" and, where there is one,
-/// " -> value that the correction writes".
-inline std::vector<std::string> Findings(const TValidationMessages& messages) {
+/// What the rules of a lot find, success left out.
+inline std::vector<std::string> Findings(const IMonitoramento& arquivo,
+                                         const std::shared_ptr<TTussConnection>& tuss = Terminologia(),
+                                         std::string_view versao = {}) {
     std::vector<std::string> lines;
-    for (const auto& message : messages) {
-        if (message->MsgType() == TMessageType::mtSuccess)
-            continue;
-        const auto* field = dynamic_cast<const TLoteGuiasMonitoramentoValidationMessage*>(message.get());
-        std::string line = (field != nullptr ? field->Campo() + " " : "") + message->Reason();
-        for (const auto& solver : message->Solvers()) {
-            constexpr std::string_view kPrefix = "Alterar o valor para ";
-            EXPECT_THAT(solver->Description(), testing::StartsWith(std::string(kPrefix)));
-            line += " -> " + solver->Description().substr(kPrefix.size());
-        }
-        lines.push_back(line);
-    }
+    for (const auto& message : Mensagens(kLoteMonitoramento, arquivo, tuss, versao))
+        if (message->MsgType() != TMessageType::mtSuccess)
+            lines.push_back(Descrito(*message));
     return lines;
-}
-
-inline TValidationMessages Judge(const std::shared_ptr<IMonitoramento>& arquivo,
-                                 const std::shared_ptr<TTussConnection>& tuss = Terminologia()) {
-    const auto rule = MakeValidation<TMonitoramentoLoteValidation>(arquivo, tuss);
-    arquivo->Accept(*rule);
-    return rule->ValidationMessages();
-}
-
-/// What the rules find in the guide after some edits of it and of the header.
-inline std::vector<std::string> FindingsOf(const TEdits& edits, const TEdits& headerEdits = {}) {
-    return Findings(
-        Judge(ArquivoMonitoramento(Xml(Edited(kCabecalho, headerEdits) + " "), Xml(Edited(kGuia, edits)))));
 }
 
 } // namespace conferix::testes

@@ -17,15 +17,15 @@ constexpr char kDeclarations[] = R"(
 <xs:simpleType name="codigo"><xs:restriction base="xs:string"><xs:enumeration value="01"/><xs:enumeration value="02"/>
   </xs:restriction></xs:simpleType>
 <xs:simpleType name="valor"><xs:restriction base="xs:decimal"><xs:totalDigits value="5"/><xs:fractionDigits value="2"/>
-  <xs:minInclusive value="0"/></xs:restriction></xs:simpleType>
+  </xs:restriction></xs:simpleType>
 <xs:complexType name="item"><xs:sequence><xs:element name="data" type="xs:date"/>
-  <xs:choice maxOccurs="3"><xs:element name="tipo" type="t:codigo"/><xs:element name="texto" type="xs:token"/></xs:choice>
+  <xs:choice maxOccurs="unbounded"><xs:element name="tipo" type="t:codigo"/><xs:element name="texto" type="xs:string"/></xs:choice>
   <xs:element name="total" type="t:valor" minOccurs="0" nillable="true"/></xs:sequence>
   <xs:attribute name="Id" type="xs:ID" use="required"/></xs:complexType>
 <xs:complexType name="maior"><xs:complexContent><xs:extension base="t:item"><xs:sequence>
   <xs:any namespace="##other" processContents="lax" minOccurs="0"/></xs:sequence></xs:extension></xs:complexContent></xs:complexType>
-<xs:element name="lote"><xs:complexType mixed="false"><xs:sequence><xs:element name="item" type="t:item" maxOccurs="9"/>
-  <xs:element name="fim"><xs:simpleType><xs:restriction base="xs:string"><xs:pattern value="[A-Z]{2}\d+"/><xs:maxLength value="6"/>
+<xs:element name="lote"><xs:complexType><xs:sequence><xs:element name="item" type="t:item" maxOccurs="9"/>
+  <xs:element name="fim"><xs:simpleType><xs:restriction base="xs:string"><xs:pattern value="[A-Z]{2}[0-9]+"/><xs:maxLength value="6"/>
   </xs:restriction></xs:simpleType></xs:element></xs:sequence></xs:complexType></xs:element>)";
 
 constexpr char kDocument[] = R"(<?xml version="1.0" encoding="UTF-8"?>

@@ -1,76 +1,54 @@
+// Documents made from every schema that comes with the program, whole and damaged, get libxml2's verdict.
 #include "xml/schema/schema_generator.h"
-#include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_referee.h"
 #include "xml/schema/schema_support.h"
 
-#include <gtest/gtest.h>
-
-#include <fstream>
+#include <gmock/gmock.h>
 
 namespace conferix {
 namespace {
 
-constexpr int kDocuments = 40;
-constexpr int kMutantsPerDocument = 30;
+constexpr int kDocuments = 12;
+constexpr int kMutantsPerDocument = 16;
 
-/// The reasons against a document, empty when it is valid.
-std::string OwnReason(const TSchemaSet& set, const std::string& text) {
-    const auto document = ParseDocument(text);
-    if (document == nullptr)
-        return "not well-formed";
-    std::string reason;
-    for (const TSchemaFault& fault : TSchemaValidator(set).Validate(*document))
-        reason += TSchemaMessages::Sentence(fault) + "\n";
-    return reason;
+/// libxml2 2.9 takes up its count anew in the second branch of a pattern like [A-Z0-9]{12}[0-9]{2}|[0-9]{11},
+/// and so accepts values of 22 digits.
+bool RefereeErrs(const std::vector<std::string>& ours, const std::string& theirs) {
+    return theirs.empty() && ours.size() == 1 &&
+           ours.front().find("ou um CPF (11 algarismos)") != std::string::npos;
 }
 
-void ReportDifference(const std::string& name, const std::string& done, const std::string& text,
-                      const std::string& own, const std::string& other) {
-    const auto path = std::filesystem::temp_directory_path() / ("conferix-divergencia-" + name + ".xml");
-    std::ofstream(path, std::ios::binary) << text;
-    ADD_FAILURE() << done << "\ndocument: " << path << "\nours: " << (own.empty() ? "valid" : own)
-                  << "\nreferee: " << (other.empty() ? "valid" : other);
-}
-
-class TSchemaReferee : public testing::TestWithParam<const char*> {};
+class TSchemaReferee : public testing::TestWithParam<std::filesystem::path> {};
 
 TEST_P(TSchemaReferee, AgreesOnGeneratedDocumentsAndMutants) {
-    const auto folder = PublishedSchemas();
-    if (!folder)
-        GTEST_SKIP() << "the published schemas are not at hand (CONFERIX_ESQUEMAS_PUBLICADOS)";
-    const auto path = *folder / (std::string(GetParam()) + ".xsd");
-    const auto set = TSchemaSet::Load(path);
-    const TLibXmlReferee referee(path.string());
+    const auto set = TSchemaSet::Load(GetParam());
+    const TLibXmlReferee referee(GetParam().string());
     int invalid = 0;
-    int mutants = 0;
-    for (int seed = 1; seed <= kDocuments && !HasFailure(); ++seed) {
-        TSchemaGenerator generator(*set, static_cast<std::uint64_t>(seed));
+    const auto judge = [&](const std::string& done, const std::string& text) {
+        const std::vector<std::string> ours = Sentences(*set, text);
+        const std::string theirs = referee.Reason(text);
+        invalid += theirs.empty() ? 0 : 1;
+        EXPECT_TRUE(ours.empty() == theirs.empty() || RefereeErrs(ours, theirs))
+            << done << "\nours: " << testing::PrintToString(ours) << "\nreferee: " << theirs << "\n"
+            << text.substr(0, 4000);
+    };
+    for (std::uint64_t seed = 1; seed <= kDocuments && !HasFailure(); ++seed) {
+        TSchemaGenerator generator(*set, seed);
         const auto tree = generator.Document();
-        const std::string valid = generator.Serialize(*tree);
-        const std::string own = OwnReason(*set, valid);
-        const std::string other = referee.Reason(valid);
-        if (!own.empty() || !other.empty())
-            ReportDifference(GetParam(), "sem dano", valid, own, other);
-        for (int i = 0; i < kMutantsPerDocument; ++i, ++mutants) {
+        const std::string whole = generator.Serialize(*tree);
+        EXPECT_THAT(Sentences(*set, whole), testing::IsEmpty()) << whole;
+        judge("sem dano", whole);
+        for (int i = 0; i < kMutantsPerDocument; ++i) {
             const auto mutant = tree->Clone();
             const std::string done = generator.Mutate(*mutant);
-            const std::string text = generator.Serialize(*mutant);
-            const std::string ours = OwnReason(*set, text);
-            const std::string theirs = referee.Reason(text);
-            invalid += theirs.empty() ? 0 : 1;
-            if (ours.empty() != theirs.empty())
-                ReportDifference(GetParam(), done, text, ours, theirs);
+            judge(done, generator.Serialize(*mutant));
         }
     }
-    RecordProperty("mutants", mutants);
-    RecordProperty("invalid", invalid);
-    EXPECT_GT(invalid, mutants / 2) << "the damage has to be damage";
+    EXPECT_GT(invalid, kDocuments * kMutantsPerDocument / 2) << "the damage has to be damage";
 }
 
-INSTANTIATE_TEST_SUITE_P(Versions, TSchemaReferee,
-                         testing::Values("tissV2_02_03", "tissV3_05_00", "tissV4_03_00",
-                                         "tissMonitoramentoV1_03_00"),
-                         [](const auto& instance) { return std::string(instance.param); });
+INSTANTIATE_TEST_SUITE_P(Versions, TSchemaReferee, testing::ValuesIn(MainSchemas(CONFERIX_ESQUEMAS_GERADOS)),
+                         [](const auto& instance) { return instance.param.stem().string(); });
 
 } // namespace
 } // namespace conferix

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 
@@ -38,6 +39,18 @@ std::string SchemaText(std::string_view declarations) {
 std::shared_ptr<const TSchemaSet> LoadDeclarations(std::string_view declarations) {
     const TTestFolder folder;
     return TSchemaSet::Load(folder.Write("teste.xsd", SchemaText(declarations)));
+}
+
+std::vector<std::filesystem::path> MainSchemas(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> result;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        const std::string name = entry.path().filename().string();
+        if (name.starts_with("tissV") || name.starts_with("tissMonitoramentoV") ||
+            name.starts_with("tissMonitoramentoQualidadeV"))
+            result.push_back(entry.path());
+    }
+    std::sort(result.begin(), result.end());
+    return result;
 }
 
 std::shared_ptr<TXmlDocument> ParseDocument(std::string_view text) {

@@ -36,6 +36,10 @@ std::string SchemaText(std::string_view declarations);
 /// The set of one schema file made of declarations. Raises ESchemaInvalido.
 std::shared_ptr<const TSchemaSet> LoadDeclarations(std::string_view declarations);
 
+/// The schemas of a folder that documents are judged by, in the order of their names; without what they
+/// include.
+std::vector<std::filesystem::path> MainSchemas(const std::filesystem::path& folder);
+
 /// Parses a document that has to be well-formed; null (and a failed expectation) when it is not.
 std::shared_ptr<TXmlDocument> ParseDocument(std::string_view text);
 

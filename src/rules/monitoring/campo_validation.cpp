@@ -1,0 +1,31 @@
+#include "rules/monitoring/campo_validation.h"
+
+namespace conferix {
+
+void TCampoValidation::Visit(const IGuiaMonitoramento& guia) {
+    StartVisit();
+    const TGuiaFields* current = Run().Guia;
+    if (current != nullptr && current->Guia.Node() == guia.Node()) {
+        Check(*current);
+        return;
+    }
+    TGuiaFields fields;
+    fields.Read(guia);
+    Check(fields);
+}
+
+void TCampoValidation::Check(const TGuiaFields& guia) {
+    guia_ = &guia;
+    check_(*this, guia);
+}
+
+std::shared_ptr<TValidationMessage> TCampoValidation::NewMessage(TMessageType type, std::string text,
+                                                                 TFindingPlace place) const {
+    constexpr std::size_t kDigits = 3;
+    std::string guia(place.Line != 0 ? guia_->Guia.Identificacao() : std::string_view{});
+    return std::make_shared<TLoteGuiasMonitoramentoValidationMessage>(
+        this, type, Name().substr(Name().size() - kDigits), std::move(guia), std::move(text),
+        std::move(place.SrcText), place.Line, place.LinePos, place.FilePos);
+}
+
+} // namespace conferix

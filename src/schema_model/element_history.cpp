@@ -1,0 +1,330 @@
+#include "schema_model/element_history.h"
+
+#include "schema_model/built_in_folders.h"
+
+#include <algorithm>
+#include <set>
+
+namespace conferix {
+
+namespace {
+
+using TKind = TModelNode::TKind;
+
+using TMisfits = std::set<std::pair<std::size_t, std::string_view>>;
+
+/// Number of those that the other set lacks.
+std::size_t CountWithout(const TMisfits& set, const TMisfits& other) {
+    return static_cast<std::size_t>(std::count_if(
+        set.begin(), set.end(), [&other](const auto& entry) { return other.count(entry) == 0; }));
+}
+
+template<class Visit>
+void ForEachElementIn(const std::vector<TModelNode>& nodes, const Visit& visit) {
+    for (const TModelNode& node : nodes) {
+        if (node.Kind == TKind::Element)
+            visit(node);
+        ForEachElementIn(node.Children, visit);
+    }
+}
+
+template<class Visit>
+void ForEachElement(const TSchemaModel& model, const Visit& visit) {
+    ForEachElementIn(model.Elements(), visit);
+    for (const TModelComplexType& type : model.ComplexTypes())
+        ForEachElementIn(type.Children, visit);
+}
+
+/// Looks for children by name, through groups and the types that a type goes on from.
+class TSearch {
+  public:
+    TSearch(const TSchemaModel& model, std::string_view version) : model_(model), version_(version) {}
+
+    /// The element at the end of a path from the root on, or null.
+    const TModelNode* Path(std::span<const std::string_view> names) const {
+        const TModelNode* node = names.empty() ? nullptr : Root(names.front());
+        for (std::size_t i = 1; i < names.size() && node != nullptr; ++i)
+            node = Child(*node, names[i]);
+        return node;
+    }
+
+    /// The elements of a document that this version does not know, and those that it demands and the document
+    /// has nowhere, each as its parent's entry and its name. What stands below an unknown element is unknown
+    /// too.
+    TMisfits Misfits(const TElementPaths& paths) const {
+        std::vector<const TModelNode*> nodes;
+        TMisfits present;
+        TMisfits misfits;
+        nodes.reserve(paths.Entries.size());
+        for (std::size_t i = 0; i < paths.Entries.size(); ++i) {
+            const auto& [parent, name] = paths.Entries[i];
+            const TModelNode* above = i == 0 ? nullptr : nodes[parent];
+            nodes.push_back(i == 0 ? Root(name) : above != nullptr ? Child(*above, name) : nullptr);
+            if (nodes.back() == nullptr)
+                misfits.emplace(parent, name);
+            present.emplace(parent, name);
+        }
+        for (std::size_t i = 0; i < nodes.size(); ++i)
+            if (nodes[i] != nullptr)
+                for (const std::string_view name : Demanded(*nodes[i]))
+                    if (present.count({i, name}) == 0)
+                        misfits.emplace(i, name);
+        return misfits;
+    }
+
+    const TModelNode* Root(std::string_view name) const {
+        for (const TModelNode& element : model_.Elements())
+            if (element.Name == name && element.Versions.Contains(version_))
+                return &element;
+        return nullptr;
+    }
+
+    /// True when some element of that name has a child of the other.
+    bool AnyChild(std::string_view parent, std::string_view name) const {
+        bool found = false;
+        ForEachElement(model_, [&](const TModelNode& node) {
+            found = found ||
+                    (node.Name == parent && node.Versions.Contains(version_) && Child(node, name) != nullptr);
+        });
+        return found;
+    }
+
+    /// The child of an element; null when it has none of that name.
+    const TModelNode* Child(const TModelNode& element, std::string_view name) const {
+        if (const TModelTerm* type = TermIn(element.Types, version_))
+            return InType(type->Text, name);
+        if (const TModelNode* found = InNodes(element.Children, name))
+            return found;
+        const TModelTerm* base = TermIn(element.Bases, version_);
+        return base != nullptr ? InType(base->Text, name) : nullptr;
+    }
+
+  private:
+    const TModelNode* InType(const std::string& typeName, std::string_view name) const {
+        const TModelComplexType* type = model_.ComplexType(typeName);
+        while (type != nullptr) {
+            if (const TModelNode* found = InNodes(type->Children, name))
+                return found;
+            const TModelTerm* base = TermIn(type->Bases, version_);
+            type = base != nullptr ? model_.ComplexType(base->Text) : nullptr;
+        }
+        return nullptr;
+    }
+
+    /// Names of the children that an element must have, whatever else it has.
+    std::vector<std::string_view> Demanded(const TModelNode& element) const {
+        std::vector<std::string_view> names;
+        if (const TModelTerm* type = TermIn(element.Types, version_)) {
+            DemandedOfType(type->Text, names);
+            return names;
+        }
+        DemandedOf(element.Children, names);
+        if (const TModelTerm* base = TermIn(element.Bases, version_))
+            DemandedOfType(base->Text, names);
+        return names;
+    }
+
+    void DemandedOfType(const std::string& typeName, std::vector<std::string_view>& names) const {
+        const TModelComplexType* type = model_.ComplexType(typeName);
+        while (type != nullptr) {
+            DemandedOf(type->Children, names);
+            const TModelTerm* base = TermIn(type->Bases, version_);
+            type = base != nullptr ? model_.ComplexType(base->Text) : nullptr;
+        }
+    }
+
+    void DemandedOf(const std::vector<TModelNode>& nodes, std::vector<std::string_view>& names) const {
+        for (const TModelNode& node : nodes) {
+            if (!node.Versions.Contains(version_) || node.OccursIn(version_).Min == 0)
+                continue;
+            if (node.Kind == TKind::Element)
+                names.push_back(node.Name);
+            else if (node.Kind == TKind::Sequence || node.Kind == TKind::All)
+                DemandedOf(node.Children, names);
+        }
+    }
+
+    const TModelNode* InNodes(const std::vector<TModelNode>& nodes, std::string_view name) const {
+        for (const TModelNode& node : nodes) {
+            if (!node.Versions.Contains(version_))
+                continue;
+            if (node.Kind == TKind::Element && node.Name == name)
+                return &node;
+            if (const TModelNode* found =
+                    node.Kind == TKind::Element ? nullptr : InNodes(node.Children, name))
+                return found;
+        }
+        return nullptr;
+    }
+
+    const TSchemaModel& model_;
+    std::string_view version_;
+};
+
+} // namespace
+
+bool PathExists(const TSchemaModel& model, std::string_view version, std::span<const std::string_view> path) {
+    return TSearch(model, version).Path(path) != nullptr;
+}
+
+TElementHistory::TElementHistory(std::vector<std::shared_ptr<const TSchemaModel>> models)
+    : models_(std::move(models)) {
+    for (const auto& model : models_)
+        ForEachElement(*model, [this](const TModelNode& node) { names_.insert(node.Name); });
+}
+
+const TElementHistory& TElementHistory::BuiltIn() {
+    static const TElementHistory history([] {
+        std::error_code ignored;
+        const std::filesystem::path folder = SchemaModelFolder();
+        return std::filesystem::is_directory(folder, ignored)
+                   ? LoadSchemaModels(folder)
+                   : std::vector<std::shared_ptr<const TSchemaModel>>();
+    }());
+    return history;
+}
+
+std::vector<TElementHistory::TVersion> TElementHistory::Series(std::string_view fileName) const {
+    std::vector<TVersion> series;
+    std::string current;
+    for (const auto& model : models_)
+        for (const std::string& version : model->Versions())
+            if (model->FileName(version) == fileName)
+                current = version;
+    if (current.empty())
+        return series;
+    for (const auto& model : models_)
+        if (model->FileName(current) == fileName)
+            for (const std::string& version : model->Versions())
+                series.push_back({version, model.get(), model->IsApproximate(version)});
+    std::sort(series.begin(), series.end(),
+              [](const TVersion& left, const TVersion& right) { return left.Text < right.Text; });
+    return series;
+}
+
+std::size_t TElementHistory::IndexOf(const std::vector<TVersion>& series, std::string_view fileName) {
+    const auto found = std::find_if(series.begin(), series.end(), [&](const TVersion& version) {
+        return version.Model->FileName(version.Text) == fileName;
+    });
+    return static_cast<std::size_t>(found - series.begin());
+}
+
+bool TElementHistory::IsApproximate(std::string_view fileName) const {
+    const std::vector<TVersion> series = Series(fileName);
+    const std::size_t at = IndexOf(series, fileName);
+    return at < series.size() && series[at].Approximate;
+}
+
+TElementHistory::TSentence TElementHistory::Sentence(std::string_view fileName,
+                                                     std::span<const std::string_view> path) const {
+    if (path.empty() || names_.count(path.back()) == 0)
+        return {};
+    const std::vector<TVersion> series = Series(fileName);
+    const std::size_t current = IndexOf(series, fileName);
+    std::vector<bool> exists;
+    exists.reserve(series.size());
+    for (const TVersion& version : series)
+        exists.push_back(!version.Approximate && PathExists(*version.Model, version.Text, path));
+    if (path.size() > 1 && std::find(exists.begin(), exists.end(), true) == exists.end())
+        for (std::size_t at = 0; at < series.size(); ++at)
+            exists[at] =
+                !series[at].Approximate &&
+                TSearch(*series[at].Model, series[at].Text).AnyChild(path[path.size() - 2], path.back());
+    const auto from = exists.begin() + static_cast<std::ptrdiff_t>(current);
+    const bool before = std::find(exists.begin(), from, true) != from;
+    const bool after = std::find(from, exists.end(), true) != exists.end();
+    if (before == after || current == series.size() || exists[current])
+        return {};
+    // The first version of which the change may be, and the last.
+    std::size_t first = current;
+    std::size_t last = static_cast<std::size_t>(std::find(from, exists.end(), true) - exists.begin());
+    if (after) {
+        for (first = last; first > current + 1 && series[first - 1].Approximate; --first) {
+        }
+    } else {
+        while (!exists[first - 1])
+            --first;
+        for (last = first; last < current && series[last].Approximate; ++last) {
+        }
+    }
+    const std::string& oldest = series[first].Text;
+    const std::string& newest = series[last].Text;
+    const std::string what = after ? "só existe a partir " : "deixou de existir ";
+    if (last == first)
+        return {what + (after ? "da versão " : "na versão ") + oldest, before};
+    if (last == first + 1)
+        return {what + (after ? "da versão " : "na versão ") + oldest + " ou " + newest, before};
+    return {what + (after ? "de uma versão" : "em uma versão") + " entre " + oldest + " e " + newest, before};
+}
+
+TElementHistory::TRelation TElementHistory::Relation(std::string_view fileName,
+                                                     std::span<const std::string_view> parentPath,
+                                                     std::string_view foundName,
+                                                     std::string_view wantedName) const {
+    if (names_.count(foundName) == 0)
+        return TRelation::None;
+    const std::vector<TVersion> series = Series(fileName);
+    const std::size_t current = IndexOf(series, fileName);
+    if (current == series.size())
+        return TRelation::None;
+    const TModelNode* wanted = nullptr;
+    const TModelNode* found = nullptr;
+    const auto find = [&](const TVersion& version) {
+        const TSearch search(*version.Model, version.Text);
+        const TModelNode* parent = search.Path(parentPath);
+        found = parent != nullptr ? search.Child(*parent, foundName) : nullptr;
+        wanted = parent != nullptr ? search.Child(*parent, wantedName) : nullptr;
+    };
+    find(series[current]);
+    const TModelTerm* type = wanted != nullptr ? TermIn(wanted->Types, series[current].Text) : nullptr;
+    TRelation relation = TRelation::None;
+    for (const TVersion& version : series) {
+        find(version);
+        if (found == nullptr || version.Approximate)
+            continue;
+        if (wanted != nullptr)
+            return TRelation::Distinct;
+        const TModelTerm* other = TermIn(found->Types, version.Text);
+        if (type != nullptr && other != nullptr && type->Text == other->Text)
+            relation = TRelation::Renamed;
+    }
+    return relation;
+}
+
+std::string TElementHistory::VersionOfContent(std::string_view fileName, const TElementPaths& paths,
+                                              std::string_view named) const {
+    const std::vector<TVersion> series = Series(fileName);
+    const std::size_t current = IndexOf(series, fileName);
+    if (current == series.size() || paths.Entries.empty())
+        return {};
+    const auto misfitsOf = [&](const TVersion& version) {
+        return TSearch(*version.Model, version.Text).Misfits(paths);
+    };
+    const TMisfits own = misfitsOf(series[current]);
+    // One element too many or too few says little, and so does one for and one against.
+    constexpr std::size_t kLeast = 2;
+    constexpr std::size_t kTimes = 3;
+    const auto distance = [current](std::size_t at) { return at > current ? at - current : current - at; };
+    std::size_t best = current;
+    std::size_t bestGain = 0;
+    for (std::size_t at = 0; at < series.size(); ++at) {
+        if (at == current || series[at].Approximate)
+            continue;
+        const TMisfits misfits = misfitsOf(series[at]);
+        const std::size_t healed = CountWithout(own, misfits);
+        const std::size_t caused = CountWithout(misfits, own);
+        if (healed <= caused)
+            continue;
+        if (series[at].Text == named)
+            return series[at].Text;
+        const std::size_t gain = healed - caused;
+        if (healed < kLeast || caused * kTimes > healed || gain < bestGain ||
+            (gain == bestGain && distance(at) >= distance(best)))
+            continue;
+        best = at;
+        bestGain = gain;
+    }
+    return best != current ? series[best].Text : std::string();
+}
+
+} // namespace conferix
