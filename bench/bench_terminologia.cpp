@@ -52,10 +52,10 @@ int main(int argc, char** argv) {
     --argc;
     benchmark::Initialize(&argc, argv);
     benchmark::RegisterBenchmark("Start of validity", [](benchmark::State& state) {
-        Run(state, [](const std::string& code) { return connection->StartOfValidity("19", code).found; });
+        Run(state, [](const std::string& code) { return connection->StartOfValidity("19", code).Found; });
     });
     benchmark::RegisterBenchmark("Inactivation, none", [](benchmark::State& state) {
-        Run(state, [](const std::string& code) { return connection->Inactivation("19", code).found; });
+        Run(state, [](const std::string& code) { return connection->Inactivation("19", code).Found; });
     });
     benchmark::RegisterBenchmark("Table 64", [](benchmark::State& state) {
         Run(state, [](const std::string& code) { return connection->Table64("19", code).size(); });

@@ -20,14 +20,14 @@ using namespace conferix;
 class TSink : public IPublicationSink {
   public:
     void OnRow(const TPublishedRow& row, bool) override {
-        if (row.codigo.empty() || row.tabela.empty())
+        if (row.Codigo.empty() || row.Tabela.empty())
             std::abort(); // what is understood has a key
-        for (const std::string& date : {row.periodo.inicio, row.periodo.fim, row.periodo.implantacao})
+        for (const std::string& date : {row.Period.Start, row.Period.End, row.Period.ImplementationEnd})
             if (!date.empty() && date.size() != std::string("AAAA-MM-DD").size())
                 std::abort();
     }
-    void OnNotUnderstood(TLinhaNaoEntendida line) override {
-        if (line.motivo.empty())
+    void OnRejected(TRejectedRow line) override {
+        if (line.Reason.empty())
             std::abort();
     }
     void OnPassedOver(const std::string&) override {}
@@ -52,7 +52,7 @@ void Read(const std::filesystem::path& file) {
     TSink sink;
     try {
         TPublicationReader(WorkFolder(), sink).Read(file);
-    } catch (const EPublicacaoInvalida&) {
+    } catch (const EInvalidPublication&) {
         // refused with a reason
     }
 }

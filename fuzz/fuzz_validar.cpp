@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     TXmlMessages messages;
     controller.Events().OnValidate.Subscribe([&](TValidateArgs& args) { messages = args.AllMessages; });
     try {
-        controller.LoadFromBytes("fuzz", std::string(reinterpret_cast<const char*>(data), size));
+        controller.Load("fuzz", TTissFile(std::string(reinterpret_cast<const char*>(data), size)));
     } catch (const EXmlEncoding&) {
         return 0;
     }

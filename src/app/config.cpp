@@ -25,13 +25,13 @@ nlohmann::ordered_json ParseConfig(const std::string& text, const std::filesyste
             return depth <= kMaxDepth;
         });
     if (tooDeep)
-        throw EConfigInvalida(file, fmt::format("tem mais de {} níveis", kMaxDepth));
+        throw EInvalidConfig(file, fmt::format("tem mais de {} níveis", kMaxDepth));
     return content;
 }
 
 } // namespace
 
-EConfigInvalida::EConfigInvalida(const std::filesystem::path& file, const std::string& reason)
+EInvalidConfig::EInvalidConfig(const std::filesystem::path& file, const std::string& reason)
     : std::runtime_error(
           fmt::format("O arquivo de configuração \"{}\" não pôde ser lido: {}. Corrija ou remova o arquivo.",
                       PathText(file), reason)) {}
@@ -52,14 +52,14 @@ TConfig TConfig::Load(const std::filesystem::path& file) {
         config.enabled_ =
             ParseConfig(config.source_, file).at(kEnabledValidations).get<std::vector<std::string>>();
     } catch (const nlohmann::json::parse_error& error) {
-        throw EConfigInvalida(file, fmt::format("não é um JSON válido (posição {})", error.byte));
+        throw EInvalidConfig(file, fmt::format("não é um JSON válido (posição {})", error.byte));
     } catch (const nlohmann::json::exception& error) {
         constexpr int kNumberTooLarge = 406;
         if (error.id == kNumberTooLarge)
-            throw EConfigInvalida(file, "tem um número grande demais");
-        throw EConfigInvalida(file, "falta a lista de textos \"EnabledValidations\"");
-    } catch (const EArquivoNaoLido& error) {
-        throw EConfigInvalida(file, error.Reason());
+            throw EInvalidConfig(file, "tem um número grande demais");
+        throw EInvalidConfig(file, "falta a lista de textos \"EnabledValidations\"");
+    } catch (const EFileNotRead& error) {
+        throw EInvalidConfig(file, error.Reason());
     }
     std::sort(config.enabled_.begin(), config.enabled_.end());
     config.enabled_.erase(std::unique(config.enabled_.begin(), config.enabled_.end()), config.enabled_.end());

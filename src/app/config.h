@@ -8,25 +8,25 @@
 namespace conferix {
 
 /// The configuration file cannot be read; the text names it.
-class EConfigInvalida : public std::runtime_error {
+class EInvalidConfig : public std::runtime_error {
   public:
-    EConfigInvalida(const std::filesystem::path& file, const std::string& reason);
+    EInvalidConfig(const std::filesystem::path& file, const std::string& reason);
 };
 
 /// Which rules are switched on ("config.json").
 class TConfig {
   public:
-    /// Reads the file; where it does not exist, every rule is on. Raises EConfigInvalida; the file is never
+    /// Reads the file; where it does not exist, every rule is on. Raises EInvalidConfig; the file is never
     /// touched.
     static TConfig Load(const std::filesystem::path& file);
-    /// What the file says now, read afresh. Raises EConfigInvalida.
+    /// What the file says now, read afresh. Raises EInvalidConfig.
     static std::vector<std::string> GetEnabledValidations(const std::filesystem::path& file);
 
     /// "config.json" in the data folder, which is not created.
     static std::filesystem::path DefaultFile();
 
     /// Writes the file in one step; its folder is made when it is missing. What the program does not know of
-    /// the file that was read stays as it was. Raises EArquivoNaoGravado, EPastaNaoCriada.
+    /// the file that was read stays as it was. Raises EFileNotWritten, EFolderNotCreated.
     void Save(const std::filesystem::path& file) const;
 
     /// Switches on every rule of every kind of file, and forgets names that are no rule's.

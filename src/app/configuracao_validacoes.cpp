@@ -16,7 +16,7 @@ std::string TConfiguracaoValidacoes::Refusal(std::size_t node) const {
 
 std::vector<std::size_t> TConfiguracaoValidacoes::SetChecked(std::size_t node, bool checked) {
     if (!checked && rules_[node].Rule->Required)
-        throw ERegraNaoMudada(Refusal(node));
+        throw ERuleNotSwitched(Refusal(node));
     std::vector<std::size_t> changed;
     const std::size_t end = EndOfGroup(rules_, node);
     for (std::size_t i = node; i < end; ++i) {
@@ -38,7 +38,7 @@ std::vector<std::size_t> TConfiguracaoValidacoes::SetChecked(std::size_t node, b
 std::vector<std::size_t> TConfiguracaoValidacoes::SetChecked(const std::string& name, bool checked) {
     const std::optional<std::size_t> node = Find(name);
     if (!node)
-        throw ERegraNaoMudada(
+        throw ERuleNotSwitched(
             fmt::format("a regra \"{}\" não existe; \"conferix regras\" mostra as que existem", name));
     return SetChecked(*node, checked);
 }

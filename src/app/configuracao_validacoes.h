@@ -14,7 +14,7 @@
 namespace conferix {
 
 /// A switch that was refused; the text is for the user.
-class ERegraNaoMudada : public std::runtime_error {
+class ERuleNotSwitched : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
@@ -23,11 +23,11 @@ class ERegraNaoMudada : public std::runtime_error {
 /// what changes with it, and what is asked on closing. Changes stay here until Config() is saved.
 class TConfiguracaoValidacoes {
   public:
-    static constexpr std::string_view kTitulo = "Ativar/Desativar Validações";
-    static constexpr std::string_view kInstrucao =
+    static constexpr std::string_view kTitle = "Ativar/Desativar Validações";
+    static constexpr std::string_view kInstruction =
         "Marque as validações que você deseja ativar e desmarque as que você deseja desativar.";
-    static constexpr std::string_view kPerguntaTitulo = "Confirmação";
-    static constexpr std::string_view kPergunta = "As alterações realizadas não serão salvas. Confirma?";
+    static constexpr std::string_view kQuestionTitle = "Confirmação";
+    static constexpr std::string_view kQuestion = "As alterações realizadas não serão salvas. Confirma?";
 
     /// Told of each rule that was switched, after it was.
     using TOnSwitch = std::function<void(const std::string& name, bool on)>;
@@ -42,13 +42,13 @@ class TConfiguracaoValidacoes {
 
     /// Why a node cannot be unchecked; empty when it can.
     std::string Refusal(std::size_t node) const;
-    /// Checks or unchecks a node, and with it the optional rules below it. Raises ERegraNaoMudada for what
+    /// Checks or unchecks a node, and with it the optional rules below it. Raises ERuleNotSwitched for what
     /// Refusal refuses, after which nothing has changed. Answers the nodes whose state is another now.
     std::vector<std::size_t> SetChecked(std::size_t node, bool checked);
-    /// The same by the name of a rule. Raises ERegraNaoMudada also for a name that is no rule's.
+    /// The same by the name of a rule. Raises ERuleNotSwitched also for a name that is no rule's.
     std::vector<std::size_t> SetChecked(const std::string& name, bool checked);
 
-    /// True once a node has changed: closing without saving asks kPergunta then, and "Não" stays.
+    /// True once a node has changed: closing without saving asks kQuestion then, and "Não" stays.
     bool Changed() const { return changed_; }
     const TConfig& Config() const { return config_; }
 

@@ -36,10 +36,10 @@ void TControllerManager::Notify(TControllerOperation operation, const std::strin
 
 void TControllerManager::AddController(const std::string& fileName, const TControllerPtr& controller) {
     if (Contains(fileName))
-        throw EControllerDuplicado("Duplicates filename not allowed.");
+        throw EDuplicateController("Duplicates filename not allowed.");
     for (const TEntry& entry : controllers_)
         if (entry.Controller == controller)
-            throw EControllerDuplicado("Duplicates controllers not allowed.");
+            throw EDuplicateController("Duplicates controllers not allowed.");
     controllers_.push_back({fileName, controller});
     Notify(TControllerOperation::coAdded, fileName, controller);
 }
@@ -67,7 +67,7 @@ void TControllerManager::UpdateFileName(const std::string& oldFileName, const st
     if (entry == controllers_.end() || oldFileName == newFileName)
         return;
     if (Contains(newFileName))
-        throw EControllerDuplicado("Duplicates filename not allowed.");
+        throw EDuplicateController("Duplicates filename not allowed.");
     entry->FileName = newFileName;
     Notify(TControllerOperation::coRenamed, newFileName, entry->Controller);
 }

@@ -11,7 +11,7 @@
 namespace conferix {
 
 /// A file name or controller is registered already.
-class EControllerDuplicado : public std::runtime_error {
+class EDuplicateController : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
@@ -30,7 +30,7 @@ class TControllerManager {
     int AtachObserver(TObserver observer);
     void DetachObserver(int observer);
 
-    /// Raises EControllerDuplicado.
+    /// Raises EDuplicateController.
     void AddController(const std::string& fileName, const TControllerPtr& controller);
     /// Nothing happens for a name that is not there.
     void RemoveController(const std::string& fileName);
@@ -40,7 +40,7 @@ class TControllerManager {
     /// 0-based, in the order in which the controllers were added. Raises std::out_of_range.
     const TControllerPtr& GetController(std::size_t index) const { return controllers_.at(index).Controller; }
     std::size_t Count() const { return controllers_.size(); }
-    /// Gives a controller another name, after its file was saved under it. Raises EControllerDuplicado when
+    /// Gives a controller another name, after its file was saved under it. Raises EDuplicateController when
     /// another controller has that name.
     void UpdateFileName(const std::string& oldFileName, const std::string& newFileName);
 

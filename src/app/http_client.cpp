@@ -214,7 +214,7 @@ void THttpClient::Download(const std::string& url, const std::filesystem::path& 
     Prepare(url);
     std::ofstream stream(file, before != 0 ? std::ios::binary | std::ios::app : std::ios::binary);
     if (!stream)
-        throw EArquivoNaoGravado(file, "não pôde ser aberto para gravação");
+        throw EFileNotWritten(file, "não pôde ser aberto para gravação");
     TSink sink;
     sink.File = &stream;
     sink.Received = before;
@@ -229,7 +229,7 @@ void THttpClient::Download(const std::string& url, const std::filesystem::path& 
     const CURLcode code = curl_easy_perform(handle_->Curl.get());
     stream.close();
     if (sink.NotWritten || !stream)
-        throw EArquivoNaoGravado(file, "o disco não aceitou os dados");
+        throw EFileNotWritten(file, "o disco não aceitou os dados");
     const bool whole = code == CURLE_OK && sink.Received == size;
     if (!whole && before != 0 && (code == CURLE_OK || code == CURLE_RANGE_ERROR)) {
         // A server that cannot go on in the middle is asked for the whole.

@@ -40,7 +40,7 @@ class THttpClient {
     /// A small file. Raises EHttp, also for more than `limit` bytes.
     std::string Get(const std::string& url, std::size_t limit);
     /// Fetches `size` bytes into a file, going on where an earlier attempt has left it; what a failure leaves
-    /// of the file is good to go on from. Raises EHttp, EArquivoNaoGravado.
+    /// of the file is good to go on from. Raises EHttp, EFileNotWritten.
     void Download(const std::string& url, const std::filesystem::path& file, std::uint64_t size,
                   const TDownloadProgress& progress);
 

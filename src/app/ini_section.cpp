@@ -25,7 +25,7 @@ TIniSection::TIniSection(std::filesystem::path file, std::string section)
     if (!std::filesystem::exists(file_, ignored))
         return;
     if (ini_->File.LoadData(ReadWholeFile(file_)) < 0)
-        throw EArquivoNaoLido(file_, "o conteúdo não é o de um arquivo INI");
+        throw EFileNotRead(file_, "o conteúdo não é o de um arquivo INI");
 }
 
 TIniSection::~TIniSection() = default;

@@ -16,7 +16,7 @@ class TIniSection {
     const std::filesystem::path& FileName() const { return file_; }
 
   protected:
-    /// Reads the file; one that does not exist is empty. Raises EArquivoNaoLido.
+    /// Reads the file; one that does not exist is empty. Raises EFileNotRead.
     TIniSection(std::filesystem::path file, std::string section);
     ~TIniSection();
     TIniSection(TIniSection&& other) noexcept;
@@ -26,7 +26,7 @@ class TIniSection {
     int ReadInteger(const std::string& key, int byDefault) const;
     void WriteText(const std::string& key, const std::string& value);
     void WriteInteger(const std::string& key, int value);
-    /// Raises EArquivoNaoGravado.
+    /// Raises EFileNotWritten.
     void SaveFile() const;
 
   private:

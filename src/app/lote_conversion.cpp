@@ -52,7 +52,7 @@ void RenewHash(const IArquivoTiss& arquivo, TConversionRun& run) {
     if (computed == before)
         return;
     hash->SetValue(computed);
-    run.Add(TNote::ntMudanca, *hash, before, "O hash foi calculado de novo.");
+    run.Add(TNote::ntChange, *hash, before, "O hash foi calculado de novo.");
 }
 
 /// The faults that the steps have told of: a child that is missing, or a value that is not accepted.
@@ -60,8 +60,8 @@ class TToldFaults {
   public:
     explicit TToldFaults(const TConversionNotes& notes) {
         for (std::size_t i = 0; i < notes.size(); ++i)
-            if (const TConversionNote& note = notes[i]; note.Tipo == TNote::ntPendencia)
-                told_.insert_or_assign({note.No, note.Elemento.substr(note.Elemento.rfind('/') + 1)}, i);
+            if (const TConversionNote& note = notes[i]; note.Type == TNote::ntPending)
+                told_.insert_or_assign({note.Node, note.Element.substr(note.Element.rfind('/') + 1)}, i);
     }
     bool ContainsMissing(const TXmlNode& parent, const std::string& name) const {
         return told_.contains({&parent, name});
@@ -110,28 +110,28 @@ bool CheckSchema(const IArquivoTiss& arquivo, const TSchemaFolder& schemas, TCon
             missing.empty() || fault.Node->LocalName() == fault.Parent ? *fault.Node : *fault.Node->Parent();
         for (const std::string& name : missing)
             if (!told.ContainsMissing(parent, name))
-                run.AddBelow(TNote::ntPendencia, parent, name, {}, SentenceOfMissing(fault, name));
+                run.AddBelow(TNote::ntPending, parent, name, {}, SentenceOfMissing(fault, name));
         if (const std::optional<std::size_t> note = told.FindValue(fault))
-            run.Notes()[*note].Texto = TSchemaMessages::Sentence(fault);
+            run.Notes()[*note].Text = TSchemaMessages::Sentence(fault);
         else if (missing.empty())
-            run.Add(TNote::ntPendencia, *fault.Node, TSchemaMessages::Sentence(fault));
+            run.Add(TNote::ntPending, *fault.Node, TSchemaMessages::Sentence(fault));
     }
     return faults.empty();
 }
 
 } // namespace
 
-TLoteConvertido ConvertLote(const IArquivoTiss& arquivo, const std::string& destino,
-                            const TConversionOptions& options, const TSchemaFolder& schemas) {
+TConvertedLote ConvertLote(const IArquivoTiss& arquivo, const std::string& target,
+                           const TConversionOptions& options, const TSchemaFolder& schemas) {
     TConversionRun run(options);
-    TLoteConvertido result;
-    result.Origem = arquivo.Versao();
-    result.Destino = destino;
-    result.Arquivo = TVersionConverter().Convert(arquivo, destino, run);
+    TConvertedLote result;
+    result.From = arquivo.Versao();
+    result.To = target;
+    result.Arquivo = TVersionConverter().Convert(arquivo, target, run);
     RenewHash(*result.Arquivo, run);
-    result.Valido = CheckSchema(*result.Arquivo, schemas, run);
-    result.Passos = run.Steps();
-    result.Notas = run.TakeNotes();
+    result.Valid = CheckSchema(*result.Arquivo, schemas, run);
+    result.Steps = run.Steps();
+    result.Notes = run.TakeNotes();
     result.Xml = WriteXml(*result.Arquivo->Xml());
     return result;
 }

@@ -31,9 +31,8 @@ void TProxySettings::Save() {
 
 std::string_view TProxySettings::CheckServer(std::string_view server) {
     if (server.empty())
-        return kServidorVazio;
-    return server.find_first_of(" \t\r\n") == std::string_view::npos ? std::string_view()
-                                                                     : kServidorComEspacos;
+        return kEmptyServer;
+    return server.find_first_of(" \t\r\n") == std::string_view::npos ? std::string_view() : kServerWithBlanks;
 }
 
 std::string_view TProxySettings::CheckPort(std::string_view port) {
@@ -41,7 +40,7 @@ std::string_view TProxySettings::CheckPort(std::string_view port) {
     int value = 0;
     const auto [end, failure] = std::from_chars(port.data(), port.data() + port.size(), value);
     const bool inRange = failure == std::errc() && value >= 1 && value <= kMaxPort;
-    return digits && inRange ? std::string_view() : kPortaInvalida;
+    return digits && inRange ? std::string_view() : kInvalidPort;
 }
 
 std::string_view TProxySettings::Check() const {

@@ -18,14 +18,14 @@ enum class TProxyMode : std::uint8_t {
 /// Section "Proxy" of Conferix.ini, and the rules of the dialog that changes it.
 class TProxySettings : public TIniSection {
   public:
-    static constexpr std::string_view kServidorVazio = "Preencha o endereço do servidor.";
-    static constexpr std::string_view kServidorComEspacos = "O endereço do servidor não pode conter espaços.";
-    static constexpr std::string_view kPortaInvalida = "Informe um número de porta válido.";
+    static constexpr std::string_view kEmptyServer = "Preencha o endereço do servidor.";
+    static constexpr std::string_view kServerWithBlanks = "O endereço do servidor não pode conter espaços.";
+    static constexpr std::string_view kInvalidPort = "Informe um número de porta válido.";
 
     /// Reads the settings; what is absent or unknown is a direct connection, no server and port 0. Raises
-    /// EArquivoNaoLido.
+    /// EFileNotRead.
     explicit TProxySettings(std::filesystem::path file = DefaultFile());
-    /// Raises EArquivoNaoGravado.
+    /// Raises EFileNotWritten.
     void Save();
 
     TProxyMode Mode = TProxyMode::Direct;

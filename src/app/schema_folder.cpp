@@ -36,7 +36,7 @@ bool TSchemaFolder::IsImported(const std::string& fileName) const {
         return false;
     try {
         return !HasIntactSeal(ReadWholeFile(file));
-    } catch (const EArquivoNaoLido&) {
+    } catch (const EFileNotRead&) {
         return true; // whoever reads it next says why it cannot be read
     }
 }
@@ -66,7 +66,7 @@ std::filesystem::path TSchemaFolder::Locate(const std::string& fileName) const {
     try {
         Refresh(fileName);
         return file;
-    } catch (const EArquivo&) {
+    } catch (const EFile&) {
         return supplied;
     }
 }
@@ -96,7 +96,7 @@ std::vector<std::string> TSchemaFolder::FileNames() const {
             if (entry->path().extension() == ".xsd")
                 names.insert(PathText(entry->path().filename()));
         if (failure)
-            throw EArquivoNaoLido(folder, ReasonText(failure));
+            throw EFileNotRead(folder, ReasonText(failure));
     }
     return {names.begin(), names.end()};
 }

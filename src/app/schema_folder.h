@@ -28,7 +28,7 @@ class TSchemaFolder {
     /// The same without copying anything: a built-in file is read where it came with the program.
     std::filesystem::path Find(const std::string& fileName) const;
     TSchemaOrigin Origin(const std::string& fileName) const;
-    /// Names of all *.xsd files in reach, sorted. Raises EArquivoNaoLido.
+    /// Names of all *.xsd files in reach, sorted. Raises EFileNotRead.
     std::vector<std::string> FileNames() const;
 
   private:

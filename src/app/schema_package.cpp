@@ -86,7 +86,7 @@ class TPackageReader {
     }
 
   private:
-    [[noreturn]] void Fail(const std::string& reason) const { throw EPacoteInvalido(file_, reason); }
+    [[noreturn]] void Fail(const std::string& reason) const { throw EInvalidPackage(file_, reason); }
 
     void ReadEntry(zip_uint64_t index) {
         const char* raw = zip_get_name(archive_.get(), index, ZIP_FL_ENC_RAW);
@@ -142,7 +142,7 @@ class TPackageReader {
 
 } // namespace
 
-EPacoteInvalido::EPacoteInvalido(const std::filesystem::path& file, const std::string& reason)
+EInvalidPackage::EInvalidPackage(const std::filesystem::path& file, const std::string& reason)
     : std::runtime_error(PathText(file) + ": " + reason) {}
 
 std::map<std::string, TPackageFolder> ReadSchemaPackage(const std::filesystem::path& file) {

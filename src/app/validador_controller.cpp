@@ -10,7 +10,6 @@
 #include "validation/schema_rule.h"
 #include "validator/tiss_validator.h"
 #include "xml/schema/schema_set.h"
-#include "xml/xml_parser.h"
 
 #include <fmt/format.h>
 
@@ -34,7 +33,7 @@ std::shared_ptr<const TXmlMessage> UnknownError(const std::string& detail) {
         TMessageType::mtFatal,
         fmt::format("Ocorreu um erro não identificado. Por favor, informe o ocorrido pelo e-mail {}.\r\n"
                     "Detalhe do erro: {}",
-                    kEnderecoSuporte, detail));
+                    kSupportAddress, detail));
 }
 
 /// Turns the failure being handled into a message: one that the user can act on is an error, any other is
@@ -50,7 +49,7 @@ std::shared_ptr<const TXmlMessage> FailureMessage() {
         return UserError(error);
     } catch (const ESchemaInvalido& error) {
         return UserError(error);
-    } catch (const ETerminologiaNaoAberta& error) {
+    } catch (const ETerminologyNotOpened& error) {
         return UserError(error);
     } catch (const std::exception& error) {
         return UnknownError(error.what());
@@ -153,26 +152,22 @@ void TValidadorController::LoadFromFile(const std::string& fileName) {
         throw EFileNotFound();
     if (flags_.Contains(TFileStateFlag::sfAberto))
         throw EAlreadyFileLoaded();
-    Open(fileName, DecodeXml(ReadWholeFile(PathFromText(fileName))));
+    Load(fileName, TTissFile::Read(PathFromText(fileName)));
 }
 
-void TValidadorController::LoadFromBytes(const std::string& name, std::string bytes) {
+void TValidadorController::Load(const std::string& name, const TTissFile& file) {
     if (flags_.Contains(TFileStateFlag::sfAberto))
         throw EAlreadyFileLoaded();
-    Open(name, DecodeXml(std::move(bytes)));
-}
-
-void TValidadorController::Open(const std::string& name, TXmlText text) {
     ++openings_;
     fileName_ = name;
     versaoTiss_.clear();
     flags_.Clear();
     flags_.Include(TFileStateFlag::sfAberto);
-    encoding_ = text.Encoding;
+    encoding_ = file.Encoding();
     TFileOpenArgs args;
     args.FileName = fileName_;
     args.FileStateFlags = flags_;
-    args.SharedContent = std::make_shared<const std::string>(std::move(text.Text));
+    args.SharedContent = file.Text();
     events_.OnFileOpen.Notify(std::move(args));
     NotifyState();
 }
@@ -191,13 +186,14 @@ void TValidadorController::Save(const std::string& xml) {
 
 void TValidadorController::SaveAs(const std::string& xml, const std::string& fileName) {
     RequireFile("Não é possível salvar o Xml, pois não tem arquivo carregado.");
-    WriteFileAtomically(PathFromText(fileName), EncodeXml(xml, encoding_));
+    const auto text = std::make_shared<const std::string>(xml);
+    TTissFile(text, encoding_).Write(PathFromText(fileName));
     fileName_ = fileName;
     flags_.Exclude(TFileStateFlag::sfModificado);
     TFileSaveArgs args;
     args.FileName = fileName_;
     args.FileStateFlags = flags_;
-    args.SharedContent = std::make_shared<const std::string>(xml);
+    args.SharedContent = text;
     events_.OnFileSave.Notify(std::move(args));
     NotifyState();
 }
@@ -257,7 +253,8 @@ void TValidadorController::BeginValidation() {
 
 TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>& xml) {
     TValidateArgs result;
-    TXmlParseResult parsed = TXmlParser::Parse(xml);
+    const TTissFile file(xml, encoding_);
+    TXmlParseResult parsed = file.Parse();
     result.ValidXml = parsed.Messages.empty();
     if (!result.ValidXml) {
         result.AllMessages = std::move(parsed.Messages);
@@ -267,7 +264,7 @@ TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>
     result.ArquivoTiss = arquivo;
     versaoTiss_ = arquivo->Versao();
     const std::filesystem::path schema = schemas_.Locate(SchemaFileName(arquivo->TipoArquivo(), versaoTiss_));
-    result.AllMessages = CheckEncoding(*xml, encoding_);
+    result.AllMessages = file.EncodingDoubts();
     TTissValidator validator(arquivo, schema, terminology_.CreateConnection());
     const TValidationMessages messages = validator.Validate();
     result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "app/schema_folder.h"
+#include "app/tiss_file.h"
 #include "app/validator_events.h"
 #include "data/db_connection_factory.h"
-#include "xml/xml_encoding.h"
 
 #include <filesystem>
 #include <memory>
@@ -14,7 +14,7 @@
 namespace conferix {
 
 /// Where users report failures of the program.
-inline constexpr const char* kEnderecoSuporte = "suporte@conferix.example";
+inline constexpr const char* kSupportAddress = "suporte@conferix.example";
 
 class EFileNotFound : public std::runtime_error {
   public:
@@ -58,16 +58,16 @@ class TValidadorController {
     /// The same, backed by the schemas that come with the program.
     void SetSchemaFolder(TSchemaFolder folder) { schemas_ = std::move(folder); }
 
-    /// Opens a file. Raises EFileNotFound, EAlreadyFileLoaded, EArquivoNaoLido, EXmlEncoding; a file that
+    /// Opens a file. Raises EFileNotFound, EAlreadyFileLoaded, EFileNotRead, EXmlEncoding; a file that
     /// cannot be read leaves the controller closed.
     void LoadFromFile(const std::string& fileName);
-    /// Opens bytes that are no file, such as standard input, under a name.
-    void LoadFromBytes(const std::string& name, std::string bytes);
+    /// Opens what is in memory already, such as standard input, under a name. Raises EAlreadyFileLoaded.
+    void Load(const std::string& name, const TTissFile& file);
     /// Closes the file unless an observer refuses. Raises EFileNotLoaded.
     void CloseFile();
     /// Marks the text as changed. Raises EFileNotLoaded.
     void Modify();
-    /// Writes the text in the encoding of the file. Raises EFileNotLoaded, EArquivoNaoGravado, EXmlEncoding.
+    /// Writes the text in the encoding of the file. Raises EFileNotLoaded, EFileNotWritten, EXmlEncoding.
     void Save(const std::string& xml);
     /// The same under another name, which the controller takes over.
     void SaveAs(const std::string& xml, const std::string& fileName);
@@ -82,7 +82,6 @@ class TValidadorController {
   private:
     void RequireFile(const char* reason) const;
     void NotifyState();
-    void Open(const std::string& name, TXmlText text);
     void BeginValidation();
     TValidateArgs Run(const std::shared_ptr<const std::string>& xml);
     void Post(TValidateArgs result, const std::vector<std::string>& enabledValidations);

@@ -55,55 +55,55 @@ void TConversionRun::StartStep(std::string_view from, std::string_view to) {
     steps_.push_back(fmt::format("{} -> {}", from, to));
 }
 
-TConversionNote TConversionRun::MakeNote(TConversionNoteType tipo, const TXmlNode& node) const {
+TConversionNote TConversionRun::MakeNote(TConversionNoteType type, const TXmlNode& node) const {
     TConversionNote note;
-    note.Tipo = tipo;
+    note.Type = type;
     if (!steps_.empty())
-        note.Passo = steps_.back();
+        note.Step = steps_.back();
     if (const TXmlNode* guide = GuideOf(node))
         note.Guia = GuideNumber(*guide);
-    note.Linha = SourceLine(node);
-    note.Elemento = ElementPath(node);
-    note.No = &node;
+    note.Line = SourceLine(node);
+    note.Element = ElementPath(node);
+    note.Node = &node;
     return note;
 }
 
-void TConversionRun::Add(TConversionNoteType tipo, const TXmlNode& node, std::string texto) {
-    Add(tipo, node, node.TextWithCData(), std::move(texto));
+void TConversionRun::Add(TConversionNoteType type, const TXmlNode& node, std::string text) {
+    Add(type, node, node.TextWithCData(), std::move(text));
 }
 
-TConversionNote& TConversionRun::Add(TConversionNoteType tipo, const TXmlNode& node, std::string valor,
-                                     std::string texto) {
-    TConversionNote note = MakeNote(tipo, node);
-    note.Valor = std::move(valor);
-    note.Texto = std::move(texto);
+TConversionNote& TConversionRun::Add(TConversionNoteType type, const TXmlNode& node, std::string value,
+                                     std::string text) {
+    TConversionNote note = MakeNote(type, node);
+    note.Value = std::move(value);
+    note.Text = std::move(text);
     return notes_.emplace_back(std::move(note));
 }
 
-void TConversionRun::AddBelow(TConversionNoteType tipo, const TXmlNode& parent, std::string_view name,
-                              std::string valor, std::string texto) {
-    TConversionNote note = MakeNote(tipo, parent);
+void TConversionRun::AddBelow(TConversionNoteType type, const TXmlNode& parent, std::string_view name,
+                              std::string value, std::string text) {
+    TConversionNote note = MakeNote(type, parent);
     if (parent.Parent() == nullptr || !parent.Parent()->IsTag() || GuideOf(parent) == &parent)
-        note.Elemento = name;
+        note.Element = name;
     else
-        note.Elemento.append("/").append(name);
-    note.Valor = std::move(valor);
-    note.Texto = std::move(texto);
+        note.Element.append("/").append(name);
+    note.Value = std::move(value);
+    note.Text = std::move(text);
     notes_.push_back(std::move(note));
 }
 
-void TConversionRun::AddLosses(const TXmlNode& element, const std::string& texto, bool ownText) {
+void TConversionRun::AddLosses(const TXmlNode& element, const std::string& text, bool ownText) {
     for (const TXmlNode* node = &element; node != nullptr; node = node->NextInWalk(&element)) {
         if (!node->IsTag())
             continue;
         const std::string value = node->TextWithCData();
         const bool leaf = node->FirstChildTag() == nullptr;
         if ((ownText || node != &element) && (leaf || !TrimXmlSpace(value).empty()))
-            Add(TConversionNoteType::ntPerda, *node, leaf ? value : std::string(TrimXmlSpace(value)), texto);
+            Add(TConversionNoteType::ntLoss, *node, leaf ? value : std::string(TrimXmlSpace(value)), text);
         for (const TXmlAttribute& attribute : node->Attributes())
             if (attribute.QualifiedName() != "xmlns" && attribute.Name().Prefix != "xmlns")
-                AddBelow(TConversionNoteType::ntPerda, *node, fmt::format("@{}", attribute.QualifiedName()),
-                         std::string(attribute.Value()), texto);
+                AddBelow(TConversionNoteType::ntLoss, *node, fmt::format("@{}", attribute.QualifiedName()),
+                         std::string(attribute.Value()), text);
     }
 }
 

@@ -19,23 +19,23 @@ class EConversionNotSupported : public std::runtime_error {
 
 /// Weight of a note.
 enum class TConversionNoteType : std::uint8_t {
-    ntPerda,     ///< a value that the target version has no place for
-    ntPendencia, ///< what a person has to fill in or decide
-    ntMudanca    ///< a value that was moved, written in another way or filled in
+    ntLoss,    ///< a value that the target version has no place for
+    ntPending, ///< what a person has to fill in or decide
+    ntChange   ///< a value that was moved, written in another way or filled in
 };
 
 /// One thing that a conversion did to a document, or left open.
 struct TConversionNote {
-    TConversionNoteType Tipo = TConversionNoteType::ntMudanca;
-    std::string Passo;    ///< as "3.05.00 -> 4.00.00"
-    std::string Guia;     ///< provider's number of the guide; empty outside guides
-    int Linha = 0;        ///< 1-based, of the file that was read; of the parent for what is new
-    std::string Elemento; ///< path below the guide, or below the document element
-    std::string Valor;    ///< the value before; of what is new, the value itself
-    std::string Texto;    ///< what the user reads; the same for notes of one cause
+    TConversionNoteType Type = TConversionNoteType::ntChange;
+    std::string Step;    ///< as "3.05.00 -> 4.00.00"
+    std::string Guia;    ///< provider's number of the guide; empty outside guides
+    int Line = 0;        ///< 1-based, of the file that was read; of the parent for what is new
+    std::string Element; ///< path below the guide, or below the document element
+    std::string Value;   ///< the value before; of what is new, the value itself
+    std::string Text;    ///< what the user reads; the same for notes of one cause
     /// The element at fault; of a missing one, its parent. In the tree of the converted file; null for a
     /// note that speaks of more than the element.
-    const TXmlNode* No = nullptr;
+    const TXmlNode* Node = nullptr;
 };
 
 using TConversionNotes = std::vector<TConversionNote>;
@@ -49,7 +49,7 @@ struct TConversionOptions {
 /// The attendance regimes of terminology table 76.
 struct TRegimeAtendimento {
     std::string_view Codigo;
-    std::string_view Descricao;
+    std::string_view Description;
 };
 inline constexpr TRegimeAtendimento kRegimesAtendimento[] = {{"01", "Ambulatorial"},
                                                              {"02", "Domiciliar"},
@@ -72,19 +72,18 @@ class TConversionRun {
     /// The notes that follow are of this step.
     void StartStep(std::string_view from, std::string_view to);
     /// A note on an element that stands in the tree, with its value.
-    void Add(TConversionNoteType tipo, const TXmlNode& node, std::string texto);
+    void Add(TConversionNoteType type, const TXmlNode& node, std::string text);
     /// The same with another value than the element's; answers the note until the next one comes.
-    TConversionNote& Add(TConversionNoteType tipo, const TXmlNode& node, std::string valor,
-                         std::string texto);
+    TConversionNote& Add(TConversionNoteType type, const TXmlNode& node, std::string value, std::string text);
     /// A note on something below an element that is no element of the tree, such as a missing child.
-    void AddBelow(TConversionNoteType tipo, const TXmlNode& parent, std::string_view name, std::string valor,
-                  std::string texto);
+    void AddBelow(TConversionNoteType type, const TXmlNode& parent, std::string_view name, std::string value,
+                  std::string text);
     /// A note of loss on each attribute and each text of an element that is removed, and of all below it; on
     /// the element's own text only with `ownText`. An empty element without children has a note as well.
-    void AddLosses(const TXmlNode& element, const std::string& texto, bool ownText);
+    void AddLosses(const TXmlNode& element, const std::string& text, bool ownText);
 
   private:
-    TConversionNote MakeNote(TConversionNoteType tipo, const TXmlNode& node) const;
+    TConversionNote MakeNote(TConversionNoteType type, const TXmlNode& node) const;
 
     TConversionOptions options_;
     TConversionNotes notes_;

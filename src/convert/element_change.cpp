@@ -26,7 +26,7 @@ std::string_view LocalName(std::string_view name) {
 template<class Content>
 auto FindChild(const Content& content, std::string_view name) {
     return std::find_if(content.begin(), content.end(),
-                        [name](const auto& child) { return child.Nome == name; });
+                        [name](const auto& child) { return child.Name == name; });
 }
 
 /// The limits of a simple type in a version, those of its bases included.
@@ -106,8 +106,9 @@ const std::shared_ptr<const TSchemaModel>& MessageModel() {
 }
 
 TVersionChange::TVersionChange(std::shared_ptr<const TSchemaModel> modelo, std::string from, std::string to,
-                               std::vector<std::string> mensagem)
-    : modelo_(std::move(modelo)), from_(std::move(from)), to_(std::move(to)), mensagem_(std::move(mensagem)) {
+                               std::vector<std::string> messagePath)
+    : modelo_(std::move(modelo)), from_(std::move(from)), to_(std::move(to)),
+      messagePath_(std::move(messagePath)) {
     const TModelNode& root = modelo_->Elements().front();
     root_ = Compare(root, root);
 }
@@ -126,12 +127,13 @@ TVersionChange::TContent TVersionChange::ContentOf(const TModelNode& element, st
 }
 
 void TVersionChange::KeepMessage(TContent& content) const {
-    for (const std::string& step : mensagem_) {
+    for (const std::string& step : messagePath_) {
         const auto found = FindChild(content, step);
         if (found == content.end())
             continue;
-        const TModelNode* kept = found->No;
-        std::erase_if(content, [kept](const TChild& other) { return other.Alternative && other.No != kept; });
+        const TModelNode* kept = found->Node;
+        std::erase_if(content,
+                      [kept](const TChild& other) { return other.Alternative && other.Node != kept; });
     }
 }
 
@@ -169,7 +171,7 @@ const TElementChange* TVersionChange::Compare(const TModelNode& from, const TMod
     }
     TElementChange change = CompareContent(ContentOf(from, from_), ContentOf(to, to_));
     if (named)
-        change.Valor = CompareValue(types.first, types.second);
+        change.Value = CompareValue(types.first, types.second);
     const TElementChange* result = nullptr;
     if (!change.Nothing())
         result = &changes_.emplace_back(std::move(change));
@@ -184,51 +186,51 @@ TElementChange TVersionChange::CompareContent(const TContent& from, const TConte
     std::size_t keptPlace = 0;
     for (std::size_t i = 0; i < from.size(); ++i) {
         const TChild& child = from[i];
-        const auto same = FindChild(to, child.Nome);
+        const auto same = FindChild(to, child.Name);
         if (same != to.end()) {
             const auto place = static_cast<std::size_t>(same - to.begin()) + 1;
             if (place <= keptPlace)
-                throw EInvalidSchemaModel(modelo_->FileName(to_), child.No->Line,
-                                          std::string(child.Nome) + " mudou de lugar desde a versão " +
+                throw EInvalidSchemaModel(modelo_->FileName(to_), child.Node->Line,
+                                          std::string(child.Name) + " mudou de lugar desde a versão " +
                                               from_);
-            kept = child.Nome;
+            kept = child.Name;
             keptPlace = place;
-            if (const TElementChange* below = Compare(*child.No, *same->No))
-                change.Filhos.push_back({std::string(child.Nome), TChildChange::TWhat::Changed, {}, below});
+            if (const TElementChange* below = Compare(*child.Node, *same->Node))
+                change.Children.push_back({std::string(child.Name), TChildChange::TWhat::Changed, {}, below});
             continue;
         }
         // What stands in the same place under another name, with the same type, was renamed.
         const auto next = kept.empty() ? to.begin() : FindChild(to, kept) + 1;
-        const bool renamed = next != to.end() && FindChild(from, next->Nome) == from.end() &&
-                             next->Optional == child.Optional && !TypeName(*child.No, from_).empty() &&
-                             TypeName(*child.No, from_) == TypeName(*next->No, to_);
+        const bool renamed = next != to.end() && FindChild(from, next->Name) == from.end() &&
+                             next->Optional == child.Optional && !TypeName(*child.Node, from_).empty() &&
+                             TypeName(*child.Node, from_) == TypeName(*next->Node, to_);
         if (renamed)
-            change.Filhos.push_back({std::string(child.Nome), TChildChange::TWhat::Renamed,
-                                     std::string(next->Nome), Compare(*child.No, *next->No)});
+            change.Children.push_back({std::string(child.Name), TChildChange::TWhat::Renamed,
+                                       std::string(next->Name), Compare(*child.Node, *next->Node)});
         else
-            change.Filhos.push_back({std::string(child.Nome), TChildChange::TWhat::Removed, {}, nullptr});
+            change.Children.push_back({std::string(child.Name), TChildChange::TWhat::Removed, {}, nullptr});
     }
     for (const TChild& child : to) {
-        const auto before = FindChild(from, child.Nome);
+        const auto before = FindChild(from, child.Name);
         const bool renamed =
-            std::any_of(change.Filhos.begin(), change.Filhos.end(),
-                        [&](const TChildChange& other) { return other.NovoNome == child.Nome; });
+            std::any_of(change.Children.begin(), change.Children.end(),
+                        [&](const TChildChange& other) { return other.NewName == child.Name; });
         if (!child.Optional && !renamed && (before == from.end() || before->Optional))
-            change.Exigidos.push_back(Demand(child));
+            change.Demanded.push_back(Demand(child));
     }
-    if (!change.Exigidos.empty())
+    if (!change.Demanded.empty())
         for (const TChild& child : to)
-            change.Ordem.emplace_back(child.Nome);
+            change.Order.emplace_back(child.Name);
     return change;
 }
 
 TDemandedChild TVersionChange::Demand(const TChild& child) const {
     constexpr std::size_t kMostCodes = 10;
-    TDemandedChild demanded{std::string(child.Nome), {}};
+    TDemandedChild demanded{std::string(child.Name), {}};
     const std::optional<std::set<std::string>> codes =
-        LimitsOf(*modelo_, TypeName(*child.No, to_), to_).Codes;
+        LimitsOf(*modelo_, TypeName(*child.Node, to_), to_).Codes;
     if (codes && codes->size() <= kMostCodes)
-        demanded.Codigos.assign(codes->begin(), codes->end());
+        demanded.Codes.assign(codes->begin(), codes->end());
     return demanded;
 }
 

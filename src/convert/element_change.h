@@ -20,43 +20,43 @@ struct TElementChange;
 /// A child to which something happens from one version to the other.
 struct TChildChange {
     enum class TWhat : std::uint8_t { Removed, Renamed, Changed };
-    std::string Nome;
+    std::string Name;
     TWhat What = TWhat::Changed;
-    std::string NovoNome;                    ///< of a renamed one
-    const TElementChange* Mudanca = nullptr; ///< of one that stays; null when nothing changes below it
+    std::string NewName;                    ///< of a renamed one
+    const TElementChange* Change = nullptr; ///< of one that stays; null when nothing changes below it
 };
 
 /// A child that the target version demands and the source version did not.
 struct TDemandedChild {
-    std::string Nome;
-    std::vector<std::string> Codigos; ///< the values that it may have; empty when they are not listed
+    std::string Name;
+    std::vector<std::string> Codes; ///< the values that it may have; empty when they are not listed
 };
 
 /// Names of a value's types in both versions, where the later one does not accept all that the other does.
 struct TValueChange {
-    std::string De;
-    std::string Para;
+    std::string From;
+    std::string To;
 };
 
 /// What becomes of an element, with all below it.
 struct TElementChange {
-    std::vector<TChildChange> Filhos;     ///< only those to which something happens
-    std::vector<TDemandedChild> Exigidos; ///< in the order of the target version
-    std::vector<std::string> Ordem;       ///< children of the target version in order; empty without Exigidos
-    std::optional<TValueChange> Valor;
+    std::vector<TChildChange> Children;   ///< only those to which something happens
+    std::vector<TDemandedChild> Demanded; ///< in the order of the target version
+    std::vector<std::string> Order;       ///< children of the target version in order; empty without Demanded
+    std::optional<TValueChange> Value;
 
-    bool Nothing() const { return Filhos.empty() && Exigidos.empty() && !Valor; }
+    bool Nothing() const { return Children.empty() && Demanded.empty() && !Value; }
 };
 
 /// The way from one version to another, for the documents of one message that a model describes.
 class TVersionChange {
   public:
-    /// `mensagem`: path of the element that holds the message, below the document element; of the other
+    /// `messagePath`: path of the element that holds the message, below the document element; of the other
     /// elements on its way, the message alone is looked at where there is a choice. Raises
     /// EInvalidSchemaModel for versions that order the same children differently: a conversion keeps the
     /// order of what stays.
     TVersionChange(std::shared_ptr<const TSchemaModel> modelo, std::string from, std::string to,
-                   std::vector<std::string> mensagem);
+                   std::vector<std::string> messagePath);
     TVersionChange(const TVersionChange&) = delete;
     TVersionChange& operator=(const TVersionChange&) = delete;
 
@@ -69,8 +69,8 @@ class TVersionChange {
   private:
     /// A child of a content in one version.
     struct TChild {
-        std::string_view Nome; ///< local name
-        const TModelNode* No;
+        std::string_view Name; ///< local name
+        const TModelNode* Node;
         bool Optional;
         bool Alternative; ///< one of a choice
     };
@@ -90,14 +90,14 @@ class TVersionChange {
     std::shared_ptr<const TSchemaModel> modelo_;
     std::string from_;
     std::string to_;
-    std::vector<std::string> mensagem_;
+    std::vector<std::string> messagePath_;
     std::deque<TElementChange> changes_;
     std::map<std::pair<std::string, std::string>, const TElementChange*> byTypes_; ///< of named types
     const TElementChange* root_ = nullptr;
 };
 
 /// The model of the messages between provider and health plan that comes with the program, read once. Raises
-/// EInvalidSchemaModel, EArquivoNaoLido.
+/// EInvalidSchemaModel, EFileNotRead.
 const std::shared_ptr<const TSchemaModel>& MessageModel();
 
 } // namespace conferix

@@ -124,7 +124,7 @@ void NoteLosses(const TXmlNode& root, TConversionRun& run) {
     for (const TXmlAttribute& attribute : root.Attributes()) {
         const std::string_view name = attribute.QualifiedName();
         if (!IsDeclaration(name) && attribute.Name().Local != "schemaLocation")
-            run.AddBelow(TConversionNoteType::ntPerda, root, fmt::format("@{}", name),
+            run.AddBelow(TConversionNoteType::ntLoss, root, fmt::format("@{}", name),
                          std::string(attribute.Value()),
                          fmt::format("O atributo \"{}\" do elemento raiz foi retirado.", name));
     }
@@ -144,7 +144,7 @@ void RewriteRootAttributes(TXmlDocument& document, std::string_view versao, TCon
         const std::string prefix(root->Prefix());
         TRequalifier(*root).Run();
         if (root->Prefix() != prefix)
-            run.Add(TConversionNoteType::ntMudanca, *root, prefix,
+            run.Add(TConversionNoteType::ntChange, *root, prefix,
                     "Os elementos do padrão passam a ter o prefixo \"ans\".");
         while (!root->Attributes().empty())
             root->RemoveAttribute(std::string(root->Attributes().begin()->QualifiedName()));

@@ -83,46 +83,46 @@ void TTreeConverter::Convert(TXmlNode& root) {
 
 // Goes down by calls along known elements alone, and so no deeper than the schemas are.
 void TTreeConverter::Apply(TXmlNode& element, const TElementChange& change) {
-    if (change.Valor)
-        CheckValue(element, *change.Valor);
+    if (change.Value)
+        CheckValue(element, *change.Value);
     Demand(element, change);
     for (TXmlNode* child = element.FirstChildTag(); child != nullptr;) {
         TXmlNode& node = *child;
         child = node.NextSiblingTag();
         const auto found =
-            std::find_if(change.Filhos.begin(), change.Filhos.end(),
-                         [&](const TChildChange& other) { return other.Nome == node.LocalName(); });
-        if (found == change.Filhos.end())
+            std::find_if(change.Children.begin(), change.Children.end(),
+                         [&](const TChildChange& other) { return other.Name == node.LocalName(); });
+        if (found == change.Children.end())
             continue;
         if (found->What == TChildChange::TWhat::Removed) {
             Remove(node);
             continue;
         }
         if (found->What == TChildChange::TWhat::Renamed) {
-            run_.Add(TNote::ntMudanca, node,
-                     fmt::format("<{}> passa a ser <{}>.", found->Nome, found->NovoNome));
-            node.SetName(Qualified(element, found->NovoNome));
+            run_.Add(TNote::ntChange, node,
+                     fmt::format("<{}> passa a ser <{}>.", found->Name, found->NewName));
+            node.SetName(Qualified(element, found->NewName));
         }
-        if (found->Mudanca != nullptr)
-            Apply(node, *found->Mudanca);
+        if (found->Change != nullptr)
+            Apply(node, *found->Change);
     }
 }
 
 void TTreeConverter::Demand(TXmlNode& parent, const TElementChange& change) {
-    for (const TDemandedChild& demanded : change.Exigidos) {
-        if (parent.Child(demanded.Nome) != nullptr)
+    for (const TDemandedChild& demanded : change.Demanded) {
+        if (parent.Child(demanded.Name) != nullptr)
             continue;
-        if (const std::optional<TFilledValue> value = fill_(parent, demanded.Nome)) {
-            TXmlNode* child = parent.Document().NewTag(Qualified(parent, demanded.Nome), value->Valor);
-            parent.InsertChild(*child, PlaceOf(parent, demanded.Nome, change.Ordem));
-            run_.Add(TNote::ntMudanca, *child, value->Texto);
+        if (const std::optional<TFilledValue> value = fill_(parent, demanded.Name)) {
+            TXmlNode* child = parent.Document().NewTag(Qualified(parent, demanded.Name), value->Value);
+            parent.InsertChild(*child, PlaceOf(parent, demanded.Name, change.Order));
+            run_.Add(TNote::ntChange, *child, value->Text);
             continue;
         }
         std::string text =
-            fmt::format("Informe <{}>, obrigatório a partir da versão {}", demanded.Nome, change_.To());
-        if (!demanded.Codigos.empty())
-            text += fmt::format(" ({})", fmt::join(demanded.Codigos, ", "));
-        run_.AddBelow(TNote::ntPendencia, parent, demanded.Nome, {}, text + ".");
+            fmt::format("Informe <{}>, obrigatório a partir da versão {}", demanded.Name, change_.To());
+        if (!demanded.Codes.empty())
+            text += fmt::format(" ({})", fmt::join(demanded.Codes, ", "));
+        run_.AddBelow(TNote::ntPending, parent, demanded.Name, {}, text + ".");
     }
 }
 
@@ -149,18 +149,18 @@ void TTreeConverter::CheckValue(TXmlNode& element, const TValueChange& change) {
     if (element.FirstChildTag() != nullptr)
         return;
     const std::string value = element.TextWithCData();
-    const TSchemaSimpleType& type = TypeOf(change.Para, change_.To(), after_);
+    const TSchemaSimpleType& type = TypeOf(change.To, change_.To(), after_);
     const std::optional<TSchemaValueFault> fault = type.Check(value);
     // What was wrong before is no matter of the conversion; the check of the whole file tells it.
-    if (!fault || TypeOf(change.De, change_.From(), before_).Check(value))
+    if (!fault || TypeOf(change.From, change_.From(), before_).Check(value))
         return;
     const std::string same = SameCode(value, type);
     if (same.empty()) {
-        run_.Add(TNote::ntPendencia, element, value, ValueSentence(element, type, *fault, value));
+        run_.Add(TNote::ntPending, element, value, ValueSentence(element, type, *fault, value));
         return;
     }
     element.SetValue(same);
-    run_.Add(TNote::ntMudanca, element, value, fmt::format("O código passa a ser \"{}\".", same));
+    run_.Add(TNote::ntChange, element, value, fmt::format("O código passa a ser \"{}\".", same));
 }
 
 } // namespace conferix

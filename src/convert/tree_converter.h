@@ -18,8 +18,8 @@ struct TSchemaSimpleType;
 
 /// A value for an element that the target version demands.
 struct TFilledValue {
-    std::string Valor;
-    std::string Texto; ///< of the note that tells of it
+    std::string Value;
+    std::string Text; ///< of the note that tells of it
 };
 
 /// Answers the value of a demanded child where it follows from the document; nothing where only a person

@@ -34,7 +34,7 @@ std::shared_ptr<IArquivoTiss> CopyOf(const IArquivoTiss& arquivo) {
 /// Whoever signed the file did not sign what it becomes.
 void NoteSignatures(const IArquivoTiss& arquivo, TConversionRun& run) {
     const auto note = [&run](const TXmlNode& signature, const char* text) {
-        run.Add(TConversionNoteType::ntPendencia, signature, {}, text).No = nullptr;
+        run.Add(TConversionNoteType::ntPending, signature, {}, text).Node = nullptr;
     };
     const TXmlNode& root = *arquivo.Xml()->Element();
     for (const TXmlNode& child : root.ChildTags())
@@ -53,28 +53,28 @@ void NoteSignatures(const IArquivoTiss& arquivo, TConversionRun& run) {
 
 TVersionConverter::TVersionConverter() : converters_(SharedConverters()) {}
 
-const IVersionConverter* TVersionConverter::FindStep(TEnumTipoTransacaoTiss tipo,
+const IVersionConverter* TVersionConverter::FindStep(TEnumTipoTransacaoTiss type,
                                                      std::string_view versao) const {
     const auto found = std::find_if(converters_->begin(), converters_->end(), [&](const auto& step) {
-        return step->TipoTransacao() == tipo && step->Version() == versao;
+        return step->TipoTransacao() == type && step->Version() == versao;
     });
     return found != converters_->end() ? found->get() : nullptr;
 }
 
-std::vector<std::string> TVersionConverter::NextVersions(TEnumTipoTransacaoTiss tipo,
+std::vector<std::string> TVersionConverter::NextVersions(TEnumTipoTransacaoTiss type,
                                                          std::string_view versao) const {
     std::vector<std::string> versions;
-    for (const IVersionConverter* step = FindStep(tipo, versao);
-         step != nullptr && !step->NextVersion().empty(); step = FindStep(tipo, versions.back()))
+    for (const IVersionConverter* step = FindStep(type, versao);
+         step != nullptr && !step->NextVersion().empty(); step = FindStep(type, versions.back()))
         versions.emplace_back(step->NextVersion());
     return versions;
 }
 
-std::vector<std::string> TVersionConverter::PreviousVersions(TEnumTipoTransacaoTiss tipo,
+std::vector<std::string> TVersionConverter::PreviousVersions(TEnumTipoTransacaoTiss type,
                                                              std::string_view versao) const {
     std::vector<std::string> versions;
-    for (const IVersionConverter* step = FindStep(tipo, versao);
-         step != nullptr && !step->PreviousVersion().empty(); step = FindStep(tipo, versions.back()))
+    for (const IVersionConverter* step = FindStep(type, versao);
+         step != nullptr && !step->PreviousVersion().empty(); step = FindStep(type, versions.back()))
         versions.emplace_back(step->PreviousVersion());
     return versions;
 }

@@ -28,8 +28,8 @@ class TVersionConverter {
     void SetObserver(TConversionObserver observer) { observer_ = std::move(observer); }
 
     /// The versions that can be reached upwards or downwards, nearest first.
-    std::vector<std::string> NextVersions(TEnumTipoTransacaoTiss tipo, std::string_view versao) const;
-    std::vector<std::string> PreviousVersions(TEnumTipoTransacaoTiss tipo, std::string_view versao) const;
+    std::vector<std::string> NextVersions(TEnumTipoTransacaoTiss type, std::string_view versao) const;
+    std::vector<std::string> PreviousVersions(TEnumTipoTransacaoTiss type, std::string_view versao) const;
 
     /// The text of a file in the target version, with the notes of the way in `run`. The file given stays as
     /// it is. Raises EConversionNotSupported for a file that is no lot, or a target out of reach.
@@ -43,7 +43,7 @@ class TVersionConverter {
     void RequireConvertible(const IArquivoTiss& arquivo, std::string_view target) const;
 
   private:
-    const IVersionConverter* FindStep(TEnumTipoTransacaoTiss tipo, std::string_view versao) const;
+    const IVersionConverter* FindStep(TEnumTipoTransacaoTiss type, std::string_view versao) const;
     std::shared_ptr<const IArquivoTiss> Run(const IArquivoTiss& arquivo, std::string_view target,
                                             TConversionDirection direction, TConversionRun& run) const;
 

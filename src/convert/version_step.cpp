@@ -35,7 +35,7 @@ void WriteVersion(const IArquivoTiss& arquivo, std::string_view from, std::strin
     if (version == nullptr)
         return;
     version->SetValue(to);
-    run.Add(TConversionNoteType::ntMudanca, *version, std::string(from),
+    run.Add(TConversionNoteType::ntChange, *version, std::string(from),
             fmt::format("A versão passa a ser {}.", to));
 }
 

@@ -58,7 +58,7 @@ std::optional<TFilledValue> TakeRequester(TXmlNode& parent, TConversionRun& run)
     if (name == nullptr || name->TextWithCData().empty())
         return std::nullopt;
     const std::string value = name->TextWithCData();
-    run.Add(TNote::ntMudanca, *name, value, "O valor passa para <nomeContratadoSolicitante>.");
+    run.Add(TNote::ntChange, *name, value, "O valor passa para <nomeContratadoSolicitante>.");
     run.AddLosses(*name, "<nomeContratado> foi retirado; só o seu texto tem novo lugar.", false);
     RemoveElement(*name);
     return TFilledValue{value, "O valor veio de <nomeContratado>."};
@@ -72,7 +72,7 @@ void TTissConverterEnvioLoteGuiasOf<"3.02.01">::ConvertRoot(TXmlNode& root, TCon
     TXmlNode* signature = root.Child("assinaturaDigital");
     if (direction != TConversionDirection::Up || signature == nullptr)
         return;
-    run.Add(TNote::ntMudanca, *signature, {}, "<assinaturaDigital> passa a ser <Signature>.");
+    run.Add(TNote::ntChange, *signature, {}, "<assinaturaDigital> passa a ser <Signature>.");
     signature->SetName("ds:Signature");
     signature->SetAttribute("xmlns:ds", kXmlSignature);
 }
@@ -83,7 +83,7 @@ void TTissConverterEnvioLoteGuiasOf<"3.02.02">::ConvertRoot(TXmlNode& root, TCon
     TXmlNode* signature = root.Child("Signature");
     if (direction != TConversionDirection::Down || signature == nullptr)
         return;
-    run.Add(TNote::ntMudanca, *signature, {}, "<Signature> passa a ser <assinaturaDigital>.");
+    run.Add(TNote::ntChange, *signature, {}, "<Signature> passa a ser <assinaturaDigital>.");
     signature->SetName("ans:assinaturaDigital");
 }
 

@@ -5,8 +5,8 @@
 
 namespace conferix {
 
-/// Folders of the program's data; each is created when it is missing (raises EPastaNaoCriada,
-/// EPastaDeDadosDesconhecida).
+/// Folders of the program's data; each is created when it is missing (raises EFolderNotCreated,
+/// EDataFolderUnknown).
 class TConstantes {
   public:
     /// The data folder: configuration, application database, log.

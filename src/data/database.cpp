@@ -28,16 +28,16 @@ std::unique_ptr<SQLite::Database> Open(const fs::path& file, int flags) {
     std::error_code ignored;
     const fs::file_status status = fs::status(file, ignored);
     if (fs::is_directory(status)) {
-        throw EBancoDeDadosNaoAberto(file, ReasonText(std::make_error_code(std::errc::is_a_directory)));
+        throw EDatabaseNotOpened(file, ReasonText(std::make_error_code(std::errc::is_a_directory)));
     }
     if (!fs::exists(status) && (flags & SQLite::OPEN_CREATE) == 0) {
-        throw EBancoDeDadosNaoAberto(file,
-                                     ReasonText(std::make_error_code(std::errc::no_such_file_or_directory)));
+        throw EDatabaseNotOpened(file,
+                                 ReasonText(std::make_error_code(std::errc::no_such_file_or_directory)));
     }
     try {
         return std::make_unique<SQLite::Database>(PathText(fs::absolute(file)), flags, kBusyTimeoutMs);
     } catch (const SQLite::Exception& error) {
-        throw EBancoDeDadosNaoAberto(file, SqliteReason(error));
+        throw EDatabaseNotOpened(file, SqliteReason(error));
     }
 }
 
@@ -55,21 +55,21 @@ void Migrate(SQLite::Database& database, const fs::path& file) {
         SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
         const int present = database.execAndGet("PRAGMA user_version").getInt();
         if (present > TDatabase::SchemaVersion()) {
-            throw EBancoDeDadosNaoAberto(file, "foi gravado por uma versão mais nova do programa");
+            throw EDatabaseNotOpened(file, "foi gravado por uma versão mais nova do programa");
         }
         for (int version = present + 1; version <= TDatabase::SchemaVersion(); ++version) {
             Apply(database, version);
         }
         transaction.commit();
     } catch (const SQLite::Exception& error) {
-        throw EBancoDeDadosNaoAberto(file, SqliteReason(error));
+        throw EDatabaseNotOpened(file, SqliteReason(error));
     }
 }
 
 } // namespace
 
-EBancoDeDadosNaoAberto::EBancoDeDadosNaoAberto(const fs::path& file, const std::string& reason)
-    : EArquivo("Não foi possível abrir o banco de dados", file, reason) {}
+EDatabaseNotOpened::EDatabaseNotOpened(const fs::path& file, const std::string& reason)
+    : EFile("Não foi possível abrir o banco de dados", file, reason) {}
 
 int TDatabase::SchemaVersion() {
     return static_cast<int>(kMigrations.size());

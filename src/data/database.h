@@ -14,13 +14,13 @@ class Database;
 namespace conferix {
 
 /// The application database could not be opened, created or migrated.
-class EBancoDeDadosNaoAberto : public EArquivo {
+class EDatabaseNotOpened : public EFile {
   public:
-    EBancoDeDadosNaoAberto(const std::filesystem::path& file, const std::string& reason);
+    EDatabaseNotOpened(const std::filesystem::path& file, const std::string& reason);
 };
 
 /// The application database "conferix.db". Its schema has a version (user_version of the file); table
-/// TB_MIGRACAO tells when each version was reached. Members raise EBancoDeDadosNaoAberto.
+/// TB_MIGRACAO tells when each version was reached. Members raise EDatabaseNotOpened.
 class TDatabase {
   public:
     /// The schema version that this program works with.

@@ -25,7 +25,7 @@ fs::path DefaultFileName() {
         if (fs::exists(imported, ignored)) {
             return imported;
         }
-    } catch (const EPastaDeDadosDesconhecida&) {
+    } catch (const EDataFolderUnknown&) {
         // Who has no data folder has imported nothing.
     }
     return TDatabaseTuss::DeliveredFileName();

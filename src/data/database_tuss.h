@@ -17,7 +17,7 @@ class TDatabaseTuss {
 
     /// "tuss.db" beside the executable, which is never written to.
     static std::filesystem::path DeliveredFileName();
-    /// "tuss.db" in the data folder, which imports write. Raises EPastaDeDadosDesconhecida.
+    /// "tuss.db" in the data folder, which imports write. Raises EDataFolderUnknown.
     static std::filesystem::path ImportedFileName();
     /// The file that an import writes: `file` where one is given, else the one that CONFERIX_TUSS names,
     /// else the imported one.
@@ -25,7 +25,7 @@ class TDatabaseTuss {
 
     const std::filesystem::path& DatabaseFileName() const { return fileName_; }
 
-    /// Opens the file for reading. Raises ETerminologiaNaoAberta.
+    /// Opens the file for reading. Raises ETerminologyNotOpened.
     std::shared_ptr<ITussConnection> CreateConnection() const;
 
   private:

@@ -15,7 +15,7 @@ class TDBConnectionFactory {
 
     explicit TDBConnectionFactory(TSource source);
 
-    /// A connection from the source; raises what the source raises (ETerminologiaNaoAberta).
+    /// A connection from the source; raises what the source raises (ETerminologyNotOpened).
     std::shared_ptr<ITussConnection> CreateConnection() const;
 
   private:

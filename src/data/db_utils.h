@@ -9,8 +9,8 @@ namespace conferix {
 
 /// A parameter of a statement: its name (without prefix) and its value, absent for NULL.
 struct TDBParam {
-    std::string name;
-    std::optional<std::string> value;
+    std::string Name;
+    std::optional<std::string> Value;
 
     /// The value to be shown to people; "NULL" when there is none.
     std::string ValueText() const;

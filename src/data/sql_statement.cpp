@@ -29,7 +29,7 @@ TSqlStatement TSqlStatement::Select(const SQLite::Database& database, const std:
     std::vector<TDBParam> params = ParamsOf(keys);
     std::string sql = "SELECT " + columns + " FROM " + table;
     for (std::size_t i = 0; i < keys.size(); ++i) {
-        sql += (i == 0 ? " WHERE " : " AND ") + keys[i] + " = :" + params[i].name;
+        sql += (i == 0 ? " WHERE " : " AND ") + keys[i] + " = :" + params[i].Name;
     }
     return {database, sql + " " + tail, std::move(params)};
 }
@@ -42,7 +42,7 @@ TSqlStatement TSqlStatement::Insert(const SQLite::Database& database, const std:
     for (std::size_t i = 0; i < columns.size(); ++i) {
         const std::string separator = i == 0 ? "" : ", ";
         names += separator + columns[i];
-        values += separator + ":" + params[i].name;
+        values += separator + ":" + params[i].Name;
     }
     return {database, "INSERT INTO " + table + " (" + names + ") VALUES (" + values + ")", std::move(params)};
 }
@@ -51,10 +51,10 @@ void TSqlStatement::Start(std::vector<std::optional<std::string>> values) {
     assert(values.size() == params_.size());
     Reset();
     for (std::size_t i = 0; i < params_.size(); ++i) {
-        params_[i].value = std::move(values[i]);
+        params_[i].Value = std::move(values[i]);
         const int index = static_cast<int>(i) + 1;
-        if (params_[i].value) {
-            statement_.bindNoCopy(index, *params_[i].value);
+        if (params_[i].Value) {
+            statement_.bindNoCopy(index, *params_[i].Value);
         } else {
             statement_.bind(index);
         }

@@ -52,7 +52,7 @@ const std::array<TTussTable, 9>& TussTables() {
     return tables;
 }
 
-ETabelaTussSemEntidade::ETabelaTussSemEntidade(std::string_view number)
+ETussTableWithoutEntity::ETussTableWithoutEntity(std::string_view number)
     : std::runtime_error("Tabela " + std::string(number) + " do TISS não possui entidade correspondente.") {}
 
 std::string_view TussTableName(std::string_view number) {
@@ -65,17 +65,16 @@ std::string_view TussTableName(std::string_view number) {
             return name;
         }
     }
-    throw ETabelaTussSemEntidade(number);
+    throw ETussTableWithoutEntity(number);
 }
 
-ETerminologiaNaoAberta::ETerminologiaNaoAberta(const std::filesystem::path& file, const std::string& reason)
-    : EArquivo("Não foi possível abrir a base de terminologia", file, reason) {}
+ETerminologyNotOpened::ETerminologyNotOpened(const std::filesystem::path& file, const std::string& reason)
+    : EFile("Não foi possível abrir a base de terminologia", file, reason) {}
 
-ETerminologiaNaoConsultada::ETerminologiaNaoConsultada(const std::filesystem::path& file,
-                                                       const std::string& reason)
-    : EArquivo("Não foi possível consultar a base de terminologia", file, reason) {}
+ETerminologyNotRead::ETerminologyNotRead(const std::filesystem::path& file, const std::string& reason)
+    : EFile("Não foi possível consultar a base de terminologia", file, reason) {}
 
-ETerminologiaNaoGravada::ETerminologiaNaoGravada(const std::filesystem::path& file, const std::string& reason)
-    : EArquivo("Não foi possível gravar a base de terminologia", file, reason) {}
+ETerminologyNotWritten::ETerminologyNotWritten(const std::filesystem::path& file, const std::string& reason)
+    : EFile("Não foi possível gravar a base de terminologia", file, reason) {}
 
 } // namespace conferix

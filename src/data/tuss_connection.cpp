@@ -25,21 +25,19 @@ namespace {
 // An import holds the file only while it commits.
 constexpr int kBusyTimeoutMs = 1000;
 
-constexpr std::array<std::string_view, 6> kTermTables = {"18", "19", "20", "22", "63", "87"};
-
 // SQLite would create a missing file, wait for a pipe and read a folder as an empty database.
 void CheckIsFile(const fs::path& file) {
     std::error_code error;
     const fs::file_status status = fs::status(file, error);
     if (!fs::exists(status)) {
-        throw ETerminologiaNaoAberta(
+        throw ETerminologyNotOpened(
             file, ReasonText(error ? error : std::make_error_code(std::errc::no_such_file_or_directory)));
     }
     if (fs::is_directory(status)) {
-        throw ETerminologiaNaoAberta(file, ReasonText(std::make_error_code(std::errc::is_a_directory)));
+        throw ETerminologyNotOpened(file, ReasonText(std::make_error_code(std::errc::is_a_directory)));
     }
     if (!fs::is_regular_file(status)) {
-        throw ETerminologiaNaoAberta(file, "não é um arquivo comum");
+        throw ETerminologyNotOpened(file, "não é um arquivo comum");
     }
 }
 
@@ -61,13 +59,13 @@ std::set<std::string> ColumnsOf(const SQLite::Database& database, const std::str
 
 void CheckTables(const SQLite::Database& database, const fs::path& file) {
     for (const TTussTable& table : TussTables()) {
-        const std::set<std::string> present = ColumnsOf(database, table.name);
+        const std::set<std::string> present = ColumnsOf(database, table.Name);
         if (present.empty()) {
-            throw ETerminologiaNaoAberta(file, "a tabela " + table.name + " não existe");
+            throw ETerminologyNotOpened(file, "a tabela " + table.Name + " não existe");
         }
-        for (const std::string& column : table.columns) {
+        for (const std::string& column : table.Columns) {
             if (present.count(column) == 0) {
-                throw ETerminologiaNaoAberta(file, "a tabela " + table.name + " não tem a coluna " + column);
+                throw ETerminologyNotOpened(file, "a tabela " + table.Name + " não tem a coluna " + column);
             }
         }
     }
@@ -95,7 +93,7 @@ struct TTussConnection::TImpl {
     TSqlStatement& TermsOf(std::string_view number) {
         const auto found = std::find(kTermTables.begin(), kTermTables.end(), number);
         if (found == kTermTables.end()) {
-            throw ETabelaTussSemEntidade(number);
+            throw ETussTableWithoutEntity(number);
         }
         return terms[static_cast<std::size_t>(found - kTermTables.begin())];
     }
@@ -108,8 +106,8 @@ struct TTussConnection::TImpl {
             return read();
         } catch (const SQLite::Exception& error) {
             const std::string params = query.DescribeParams();
-            throw ETerminologiaNaoConsultada(file, SqliteReason(error) +
-                                                       (params.empty() ? "" : " (" + params + ")"));
+            throw ETerminologyNotRead(file,
+                                      SqliteReason(error) + (params.empty() ? "" : " (" + params + ")"));
         }
     }
 
@@ -120,8 +118,8 @@ struct TTussConnection::TImpl {
         const std::string text = column.getString();
         const std::optional<TDate> date = ParseIsoDate(text);
         if (!date) {
-            throw ETerminologiaNaoConsultada(file, "a data \"" + text + "\" da coluna " + column.getName() +
-                                                       " não tem a forma AAAA-MM-DD");
+            throw ETerminologyNotRead(file, "a data \"" + text + "\" da coluna " + column.getName() +
+                                                " não tem a forma AAAA-MM-DD");
         }
         return date;
     }
@@ -129,9 +127,9 @@ struct TTussConnection::TImpl {
     TDateLookup FindDate(TSqlStatement& query, std::vector<std::optional<std::string>> keys) const {
         return Run(query, std::move(keys), [&] {
             TDateLookup answer;
-            answer.found = query.Step();
-            if (answer.found) {
-                answer.date = DateOf(query.Column(0));
+            answer.Found = query.Step();
+            if (answer.Found) {
+                answer.Date = DateOf(query.Column(0));
             }
             return answer;
         });
@@ -165,19 +163,19 @@ struct TTussConnection::TImpl {
 
     bool IsInstalled(const TTussTable& table) {
         const auto number = std::find_if(kTermTables.begin(), kTermTables.end(), [&](std::string_view known) {
-            return TussTableName(known) == table.name;
+            return TussTableName(known) == table.Name;
         });
-        return number != kTermTables.end() ? HasTerms(*number) : HasRows(table.name);
+        return number != kTermTables.end() ? HasTerms(*number) : HasRows(table.Name);
     }
 
     TTussTableStatistics StatisticsOf(const TTussTable& table) {
         const bool hasStart =
-            std::find(table.columns.begin(), table.columns.end(), kColumnStart) != table.columns.end();
+            std::find(table.Columns.begin(), table.Columns.end(), kColumnStart) != table.Columns.end();
         const std::string newest = hasStart ? "MAX(DATA_INICIO_VIGENCIA)" : "NULL";
-        TSqlStatement query = Prepare("COUNT(*), " + newest + " AS DATA_INICIO_VIGENCIA", table.name, "");
+        TSqlStatement query = Prepare("COUNT(*), " + newest + " AS DATA_INICIO_VIGENCIA", table.Name, "");
         return Run(query, {}, [&] {
             query.Step();
-            return TTussTableStatistics{table.name, query.Column(0).getInt64(), DateOf(query.Column(1)),
+            return TTussTableStatistics{table.Name, query.Column(0).getInt64(), DateOf(query.Column(1)),
                                         IsInstalled(table)};
         });
     }
@@ -187,7 +185,7 @@ struct TTussConnection::TImpl {
         try {
             return TSqlStatement::Select(*database, columns, table, keys, tail);
         } catch (const SQLite::Exception& error) {
-            throw ETerminologiaNaoConsultada(file, SqliteReason(error));
+            throw ETerminologyNotRead(file, SqliteReason(error));
         }
     }
 
@@ -212,7 +210,7 @@ TTussConnection::TTussConnection(const fs::path& file) {
         CheckTables(*database, file);
         impl_ = std::make_unique<TImpl>(std::move(database), file);
     } catch (const SQLite::Exception& error) {
-        throw ETerminologiaNaoAberta(file, SqliteReason(error));
+        throw ETerminologyNotOpened(file, SqliteReason(error));
     }
 }
 
@@ -253,13 +251,13 @@ std::vector<TTuss64> TTussConnection::Table64(std::string_view table, std::strin
         std::vector<TTuss64> rows;
         while (query.Step()) {
             TTuss64& row = rows.emplace_back();
-            row.tabela = table;
-            row.codigo = code;
-            row.envioConsolidado = query.Column(0).getInt() != 0;
-            row.grupo = query.Column(1).getString();
-            row.dataInicioVigencia = impl_->DateOf(query.Column(2));
-            row.dataFimVigencia = impl_->DateOf(query.Column(3));
-            row.dataFimImplantacao = impl_->DateOf(query.Column(4));
+            row.Tabela = table;
+            row.Codigo = code;
+            row.EnvioConsolidado = query.Column(0).getInt() != 0;
+            row.Grupo = query.Column(1).getString();
+            row.DataInicioVigencia = impl_->DateOf(query.Column(2));
+            row.DataFimVigencia = impl_->DateOf(query.Column(3));
+            row.DataFimImplantacao = impl_->DateOf(query.Column(4));
         }
         return rows;
     });

@@ -18,25 +18,25 @@ class TTussWriter;
 
 /// Answer of a look-up of one row's date: the row may be missing, and so may its date.
 struct TDateLookup {
-    bool found = false;
-    std::optional<TDate> date;
+    bool Found = false;
+    std::optional<TDate> Date;
 };
 
 /// What a table of the database holds.
 struct TTussTableStatistics {
-    std::string name;
-    std::int64_t rows = 0;
-    std::optional<TDate> newestStart; ///< latest start of validity; none where the table has no such dates
-    bool installed = false;           ///< has rows; a table of terms also where all of them were inactivated
+    std::string Name;
+    std::int64_t Rows = 0;
+    std::optional<TDate> NewestStart; ///< latest start of validity; none where the table has no such dates
+    bool Installed = false;           ///< has Rows; a table of terms also where all of them were inactivated
 };
 
 /// An open terminology database; never written to. It sees the file as it was at opening, and an import
 /// waits for its end, so its life is one validation. For one thread at a time. Codes and table numbers
-/// are compared as text. The look-ups raise ETerminologiaNaoConsultada when the file fails them, also
+/// are compared as text. The look-ups raise ETerminologyNotRead when the file fails them, also
 /// for a date that does not have the form YYYY-MM-DD.
 class TTussConnection {
   public:
-    /// Opens a database file and checks its tables. Raises ETerminologiaNaoAberta.
+    /// Opens a database file and checks its tables. Raises ETerminologyNotOpened.
     explicit TTussConnection(const std::filesystem::path& file);
     TTussConnection(const TTussConnection&) = delete;
     TTussConnection& operator=(const TTussConnection&) = delete;
@@ -47,7 +47,7 @@ class TTussConnection {
 
     const std::filesystem::path& FileName() const;
 
-    /// First day of use of a term. Raises also ETabelaTussSemEntidade.
+    /// First day of use of a term. Raises also ETussTableWithoutEntity.
     TDateLookup StartOfValidity(std::string_view table, std::string_view code) const;
 
     /// Last day of use of a term that was inactivated; any table number may be asked for.
@@ -60,11 +60,11 @@ class TTussConnection {
     bool HasCity(std::string_view code) const;
 
     /// Whether any term of a TUSS table is known, be it an inactivated one; asked of the file once a table.
-    /// Raises also ETabelaTussSemEntidade.
+    /// Raises also ETussTableWithoutEntity.
     bool IsInstalled(std::string_view table) const;
 
     /// Whether domain table 64 has any row; and whether it has any for the terms of a TUSS table, since each
-    /// table's part of it comes in a file of its own. Raises also ETabelaTussSemEntidade.
+    /// table's part of it comes in a file of its own. Raises also ETussTableWithoutEntity.
     bool IsTable64Installed() const;
     bool IsTable64InstalledFor(std::string_view table) const;
 

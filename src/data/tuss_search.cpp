@@ -15,7 +15,6 @@ namespace conferix {
 
 namespace {
 
-constexpr std::array<std::string_view, 6> kTermTables = {"18", "19", "20", "22", "63", "87"};
 constexpr std::size_t kMaxSimilar = 5;
 
 /// All words of a text as a query: each may be the beginning of a word.
@@ -56,24 +55,24 @@ std::set<std::string> OneSlipAway(const std::string& code) {
 
 } // namespace
 
-TTussBusca::TTussBusca(const std::filesystem::path& file) : file_(file) {
+TTussSearch::TTussSearch(const std::filesystem::path& file) : file_(file) {
     try {
         database_ = std::make_unique<SQLite::Database>(PathText(std::filesystem::absolute(file)),
                                                        SQLite::OPEN_READONLY);
         hasDescriptions_ = database_->tableExists("TB_TUSS_BUSCA") &&
                            SQLite::Statement(*database_, "SELECT 1 FROM TB_TUSS_TERMO LIMIT 1").executeStep();
     } catch (const SQLite::Exception& error) {
-        throw ETerminologiaNaoAberta(file, SqliteReason(error));
+        throw ETerminologyNotOpened(file, SqliteReason(error));
     }
 }
 
-TTussBusca::~TTussBusca() = default;
+TTussSearch::~TTussSearch() = default;
 
-bool TTussBusca::HasDescriptions() const {
+bool TTussSearch::HasDescriptions() const {
     return hasDescriptions_;
 }
 
-std::optional<TTermoEncontrado> TTussBusca::Find(const std::string& table, const std::string& code) const {
+std::optional<TFoundTerm> TTussSearch::Find(const std::string& table, const std::string& code) const {
     SQLite::Statement query(*database_,
                             "SELECT t.CODIGO, t.DATA_INICIO_VIGENCIA, i.CODIGO, i.DATA_FIM_VIGENCIA FROM"
                             " (SELECT ?1 AS CODIGO) c LEFT JOIN " +
@@ -87,29 +86,29 @@ std::optional<TTermoEncontrado> TTussBusca::Find(const std::string& table, const
     if (!isTerm && query.getColumn(2).isNull()) {
         return std::nullopt;
     }
-    TTermoEncontrado found{table,
-                           code,
-                           {},
-                           ParseIsoDate(query.getColumn(1).getString()),
-                           ParseIsoDate(query.getColumn(3).getString())};
-    if (isTerm && found.fimVigencia && found.inicioVigencia && *found.inicioVigencia > *found.fimVigencia) {
-        found.fimVigencia.reset(); // it came back
+    TFoundTerm found{table,
+                     code,
+                     {},
+                     ParseIsoDate(query.getColumn(1).getString()),
+                     ParseIsoDate(query.getColumn(3).getString())};
+    if (isTerm && found.FimVigencia && found.InicioVigencia && *found.InicioVigencia > *found.FimVigencia) {
+        found.FimVigencia.reset(); // it came back
     }
     if (hasDescriptions_) {
         SQLite::Statement text(*database_, "SELECT TERMO FROM TB_TUSS_TERMO WHERE TABELA = ? AND CODIGO = ?");
         text.bind(1, table);
         text.bind(2, code);
         if (text.executeStep()) {
-            found.termo = text.getColumn(0).getString();
+            found.Termo = text.getColumn(0).getString();
         }
     }
     return found;
 }
 
-std::vector<TTermoEncontrado> TTussBusca::Search(std::string_view text, const std::string& table,
-                                                 const std::function<bool(const TTermoEncontrado&)>& accepts,
-                                                 std::size_t limit) const {
-    std::vector<TTermoEncontrado> terms;
+std::vector<TFoundTerm> TTussSearch::Search(std::string_view text, const std::string& table,
+                                            const std::function<bool(const TFoundTerm&)>& accepts,
+                                            std::size_t limit) const {
+    std::vector<TFoundTerm> terms;
     const std::string words = WordQuery(text);
     if (words.empty() || !hasDescriptions_) {
         return terms;
@@ -128,14 +127,14 @@ std::vector<TTermoEncontrado> TTussBusca::Search(std::string_view text, const st
             }
         }
     } catch (const SQLite::Exception& error) {
-        throw ETerminologiaNaoConsultada(file_, SqliteReason(error));
+        throw ETerminologyNotRead(file_, SqliteReason(error));
     }
     return terms;
 }
 
-std::vector<TTermoEncontrado> TTussBusca::Similar(const std::string& table, const std::string& code) const {
+std::vector<TFoundTerm> TTussSearch::Similar(const std::string& table, const std::string& code) const {
     constexpr std::size_t kMaxCode = 20;
-    std::vector<TTermoEncontrado> terms;
+    std::vector<TFoundTerm> terms;
     if (code.empty() || code.size() > kMaxCode) {
         return terms;
     }
@@ -147,14 +146,14 @@ std::vector<TTermoEncontrado> TTussBusca::Similar(const std::string& table, cons
             }
         }
         std::stable_partition(terms.begin(), terms.end(),
-                              [](const TTermoEncontrado& term) { return !term.fimVigencia; });
+                              [](const TFoundTerm& term) { return !term.FimVigencia; });
         for (const std::string_view other : kTermTables) {
             if (auto found = other == table ? std::nullopt : Find(std::string(other), code)) {
                 terms.push_back(std::move(*found));
             }
         }
     } catch (const SQLite::Exception& error) {
-        throw ETerminologiaNaoConsultada(file_, SqliteReason(error));
+        throw ETerminologyNotRead(file_, SqliteReason(error));
     }
     if (terms.size() > kMaxSimilar) {
         terms.resize(kMaxSimilar);

@@ -31,7 +31,7 @@ std::unique_ptr<SQLite::Database> OpenForWriting(const fs::path& file) {
         return std::make_unique<SQLite::Database>(
             PathText(fs::absolute(file)), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kBusyTimeoutMs);
     } catch (const SQLite::Exception& error) {
-        throw ETerminologiaNaoGravada(file, SqliteReason(error));
+        throw ETerminologyNotWritten(file, SqliteReason(error));
     }
 }
 
@@ -41,8 +41,8 @@ struct TTussWriter::TImpl {
     TImpl(SQLite::Database& target, const fs::path& name)
         : file(name), database(target), transaction(target, SQLite::TransactionBehavior::IMMEDIATE) {
         for (const TTussTable& table : TussTables()) {
-            database.exec(table.createSql);
-            inserts.emplace(table.name, TSqlStatement::Insert(database, table.name, table.columns));
+            database.exec(table.CreateSql);
+            inserts.emplace(table.Name, TSqlStatement::Insert(database, table.Name, table.Columns));
         }
     }
 
@@ -53,8 +53,8 @@ struct TTussWriter::TImpl {
             insert.Step();
             insert.Reset();
         } catch (const SQLite::Exception& error) {
-            throw ETerminologiaNaoGravada(file, SqliteReason(error) + " (" + std::string(table) + ": " +
-                                                    insert.DescribeParams() + ")");
+            throw ETerminologyNotWritten(file, SqliteReason(error) + " (" + std::string(table) + ": " +
+                                                   insert.DescribeParams() + ")");
         }
     }
 
@@ -74,35 +74,35 @@ std::unique_ptr<TTussWriter::TImpl> TTussWriter::Begin(SQLite::Database& databas
     try {
         return std::make_unique<TImpl>(database, file);
     } catch (const SQLite::Exception& error) {
-        throw ETerminologiaNaoGravada(file, SqliteReason(error));
+        throw ETerminologyNotWritten(file, SqliteReason(error));
     }
 }
 
-void TTussWriter::Insert(std::string_view table, const TTussTermo& term) {
+void TTussWriter::Insert(std::string_view table, const TTussTerm& term) {
     impl_->Insert(TussTableName(table),
-                  {term.codigo, DateText(term.dataInicioVigencia), DateText(term.dataFimImplantacao)});
+                  {term.Codigo, DateText(term.DataInicioVigencia), DateText(term.DataFimImplantacao)});
 }
 
 void TTussWriter::Insert(const TTuss64& row) {
-    impl_->Insert(kTableTuss64, {row.tabela, row.codigo, row.envioConsolidado ? "1" : "0",
-                                 row.grupo.empty() ? std::nullopt : std::optional(row.grupo),
-                                 DateText(row.dataInicioVigencia), DateText(row.dataFimVigencia),
-                                 DateText(row.dataFimImplantacao)});
+    impl_->Insert(kTableTuss64, {row.Tabela, row.Codigo, row.EnvioConsolidado ? "1" : "0",
+                                 row.Grupo.empty() ? std::nullopt : std::optional(row.Grupo),
+                                 DateText(row.DataInicioVigencia), DateText(row.DataFimVigencia),
+                                 DateText(row.DataFimImplantacao)});
 }
 
 void TTussWriter::Insert(const TTussInativado& row) {
-    impl_->Insert(kTableTussInativado, {row.tabela, row.codigo, DateText(row.dataFimVigencia)});
+    impl_->Insert(kTableTussInativado, {row.Tabela, row.Codigo, DateText(row.DataFimVigencia)});
 }
 
 void TTussWriter::Insert(const TCidade& row) {
-    impl_->Insert(kTableCidade, {row.codigo});
+    impl_->Insert(kTableCidade, {row.Codigo});
 }
 
 void TTussWriter::Commit() {
     try {
         impl_->transaction.commit();
     } catch (const SQLite::Exception& error) {
-        throw ETerminologiaNaoGravada(impl_->file, SqliteReason(error));
+        throw ETerminologyNotWritten(impl_->file, SqliteReason(error));
     }
 }
 

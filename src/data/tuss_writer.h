@@ -15,7 +15,7 @@ class Database;
 namespace conferix {
 
 /// Adds rows to a terminology database, all or none: what is not committed is gone at the end of the
-/// writer's life. Members raise ETerminologiaNaoGravada; a row whose key exists is refused (CODIGO,
+/// writer's life. Members raise ETerminologyNotWritten; a row whose key exists is refused (CODIGO,
 /// with TABELA where the table has it; in table 64 also the start of validity).
 class TTussWriter {
   public:
@@ -27,11 +27,11 @@ class TTussWriter {
     TTussWriter& operator=(const TTussWriter&) = delete;
     ~TTussWriter();
 
-    /// Adds a term to a TUSS table given by its number. Raises also ETabelaTussSemEntidade.
-    void Insert(std::string_view table, const TTussTermo& term);
-    template<int kTabela>
-    void Insert(const TTussTermoDaTabela<kTabela>& term) {
-        Insert(std::to_string(kTabela), term);
+    /// Adds a term to a TUSS table given by its number. Raises also ETussTableWithoutEntity.
+    void Insert(std::string_view table, const TTussTerm& term);
+    template<int kTable>
+    void Insert(const TTussTermOf<kTable>& term) {
+        Insert(std::to_string(kTable), term);
     }
     void Insert(const TTuss64& row);
     void Insert(const TTussInativado& row);

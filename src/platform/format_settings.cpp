@@ -64,12 +64,12 @@ TFormatSettings TFormatSettings::Messages() {
 }
 
 TFormatSettings TFormatSettings::OfLocale(const TRegionalSeparators& separators) {
-    const bool unknown = separators.decimal.empty();
-    const bool noCountry = separators.decimal == "." && separators.thousands.empty();
-    if (unknown || noCountry || separators.decimal == separators.thousands) {
+    const bool unknown = separators.Decimal.empty();
+    const bool noCountry = separators.Decimal == "." && separators.Thousands.empty();
+    if (unknown || noCountry || separators.Decimal == separators.Thousands) {
         return {",", "."};
     }
-    return {separators.decimal, separators.thousands};
+    return {separators.Decimal, separators.Thousands};
 }
 
 std::string TFormatSettings::Count(std::int64_t value) const {

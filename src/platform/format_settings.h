@@ -21,10 +21,6 @@ class TFormatSettings {
     /// unknown, with those of Brazil: "," and ".".
     static TFormatSettings OfLocale(const TRegionalSeparators& separators);
 
-    const std::string& DecimalSeparator() const { return decimal_; }
-    /// Empty where digits are not grouped.
-    const std::string& ThousandsSeparator() const { return thousands_; }
-
     /// An amount, pattern "#,0.00".
     std::string Money(double value) const { return Decimal(value, 2); }
 

@@ -387,7 +387,7 @@ std::string ReadAll(const fs::path& file, std::uintmax_t limit) {
     const TDescriptor descriptor(OpenForReading(file));
     const std::uintmax_t expected = RegularFileSize(descriptor.Get()).value_or(0);
     if (expected > limit) {
-        throw EArquivoNaoLido(file, TooLargeText(limit));
+        throw EFileNotRead(file, TooLargeText(limit));
     }
     // One byte more than expected, so that the end of the file shows in the second call.
     std::string content(expected > 0 ? static_cast<std::size_t>(expected) + 1 : kFirstBlock, '\0');
@@ -406,7 +406,7 @@ std::string ReadAll(const fs::path& file, std::uintmax_t limit) {
         }
         filled += static_cast<std::size_t>(got);
         if (filled > limit) {
-            throw EArquivoNaoLido(file, TooLargeText(limit));
+            throw EFileNotRead(file, TooLargeText(limit));
         }
     }
 }
@@ -448,7 +448,7 @@ TFileLock::TFileLock(const fs::path& file, bool wait) {
             descriptor_ = descriptor.Give();
         }
     } catch (const std::system_error& error) {
-        throw EArquivoNaoGravado(file, ReasonText(error.code()));
+        throw EFileNotWritten(file, ReasonText(error.code()));
     }
 }
 
@@ -458,20 +458,20 @@ TFileLock::~TFileLock() {
     }
 }
 
-EArquivo::EArquivo(const std::string& action, const fs::path& file, const std::string& reason)
+EFile::EFile(const std::string& action, const fs::path& file, const std::string& reason)
     : std::runtime_error(action + " \"" + PathText(file) + "\": " + reason), fileName_(file),
       reason_(reason) {}
 
-EArquivoNaoLido::EArquivoNaoLido(const fs::path& file, const std::string& reason)
-    : EArquivo("Não foi possível ler o arquivo", file, reason) {}
+EFileNotRead::EFileNotRead(const fs::path& file, const std::string& reason)
+    : EFile("Não foi possível ler o arquivo", file, reason) {}
 
-EArquivoNaoGravado::EArquivoNaoGravado(const fs::path& file, const std::string& reason)
-    : EArquivo("Não foi possível gravar o arquivo", file, reason) {}
+EFileNotWritten::EFileNotWritten(const fs::path& file, const std::string& reason)
+    : EFile("Não foi possível gravar o arquivo", file, reason) {}
 
-EPastaNaoCriada::EPastaNaoCriada(const fs::path& folder, const std::string& reason)
-    : EArquivo("Não foi possível criar a pasta", folder, reason) {}
+EFolderNotCreated::EFolderNotCreated(const fs::path& folder, const std::string& reason)
+    : EFile("Não foi possível criar a pasta", folder, reason) {}
 
-EPastaDeDadosDesconhecida::EPastaDeDadosDesconhecida()
+EDataFolderUnknown::EDataFolderUnknown()
     : std::runtime_error("Não foi possível determinar a pasta de dados do usuário. "
                          "Informe-a na variável de ambiente CONFERIX_DADOS.") {}
 
@@ -552,7 +552,7 @@ fs::path DataFolder() {
     }
     const fs::path base = UserDataFolder();
     if (base.empty()) {
-        throw EPastaDeDadosDesconhecida();
+        throw EDataFolderUnknown();
     }
     return base / "Brenvo" / "Conferix";
 }
@@ -564,21 +564,21 @@ void CreateFolder(const fs::path& folder) {
     }
     fs::create_directories(folder, error);
     if (error) {
-        throw EPastaNaoCriada(folder, ReasonText(error));
+        throw EFolderNotCreated(folder, ReasonText(error));
     }
 }
 
 std::string ReadWholeFile(const fs::path& file, std::uintmax_t limit) {
     std::error_code ignored;
     if (fs::is_directory(file, ignored)) {
-        throw EArquivoNaoLido(file, kIsFolder);
+        throw EFileNotRead(file, kIsFolder);
     }
     try {
         return ReadAll(file, limit);
     } catch (const std::system_error& failure) {
-        throw EArquivoNaoLido(file, ReasonText(failure.code()));
+        throw EFileNotRead(file, ReasonText(failure.code()));
     } catch (const std::bad_alloc&) {
-        throw EArquivoNaoLido(file, kNoMemory);
+        throw EFileNotRead(file, kNoMemory);
     }
 }
 
@@ -586,7 +586,7 @@ void WriteFileAtomically(const fs::path& file, std::string_view bytes) {
     std::error_code ignored;
     const fs::file_status status = fs::status(file, ignored);
     if (fs::is_directory(status)) {
-        throw EArquivoNaoGravado(file, kIsFolder);
+        throw EFileNotWritten(file, kIsFolder);
     }
     try {
         if (fs::exists(status) && !fs::is_regular_file(status)) {
@@ -595,7 +595,7 @@ void WriteFileAtomically(const fs::path& file, std::string_view bytes) {
             ReplaceContent(file, bytes);
         }
     } catch (const std::system_error& failure) {
-        throw EArquivoNaoGravado(file, ReasonText(failure.code()));
+        throw EFileNotWritten(file, ReasonText(failure.code()));
     }
 }
 
@@ -611,7 +611,7 @@ void ReplaceFileBy(const fs::path& file, const fs::path& finished) {
         descriptor.Close();
         Rename(finished, target, replaces);
     } catch (const std::system_error& failure) {
-        throw EArquivoNaoGravado(file, ReasonText(failure.code()));
+        throw EFileNotWritten(file, ReasonText(failure.code()));
     }
 }
 

@@ -12,9 +12,9 @@
 namespace conferix {
 
 /// A file or folder that could not be used; the text is `action "file": reason`.
-class EArquivo : public std::runtime_error {
+class EFile : public std::runtime_error {
   public:
-    EArquivo(const std::string& action, const std::filesystem::path& file, const std::string& reason);
+    EFile(const std::string& action, const std::filesystem::path& file, const std::string& reason);
 
     const std::filesystem::path& FileName() const { return fileName_; }
     /// The reason alone, in Portuguese, without full stop.
@@ -26,33 +26,33 @@ class EArquivo : public std::runtime_error {
 };
 
 /// A file could not be read whole.
-class EArquivoNaoLido : public EArquivo {
+class EFileNotRead : public EFile {
   public:
-    EArquivoNaoLido(const std::filesystem::path& file, const std::string& reason);
+    EFileNotRead(const std::filesystem::path& file, const std::string& reason);
 };
 
 /// A file could not be written; an older file of that name is as it was.
-class EArquivoNaoGravado : public EArquivo {
+class EFileNotWritten : public EFile {
   public:
-    EArquivoNaoGravado(const std::filesystem::path& file, const std::string& reason);
+    EFileNotWritten(const std::filesystem::path& file, const std::string& reason);
 };
 
 /// A folder could not be created.
-class EPastaNaoCriada : public EArquivo {
+class EFolderNotCreated : public EFile {
   public:
-    EPastaNaoCriada(const std::filesystem::path& folder, const std::string& reason);
+    EFolderNotCreated(const std::filesystem::path& folder, const std::string& reason);
 };
 
 /// Nothing in the environment tells where the user's application data live.
-class EPastaDeDadosDesconhecida : public std::runtime_error {
+class EDataFolderUnknown : public std::runtime_error {
   public:
-    EPastaDeDadosDesconhecida();
+    EDataFolderUnknown();
 };
 
 /// Separators of the user's locale in UTF-8; both are empty when the locale cannot be read.
 struct TRegionalSeparators {
-    std::string decimal;
-    std::string thousands;
+    std::string Decimal;
+    std::string Thousands;
 };
 
 /// The largest file that is read, in bytes.
@@ -76,25 +76,25 @@ std::filesystem::path ExecutablePath();
 
 /// The program's data folder, which need not exist: CONFERIX_DADOS names it whole; else it is
 /// "Brenvo/Conferix" under the folder that the system keeps for the user's application data.
-/// Raises EPastaDeDadosDesconhecida.
+/// Raises EDataFolderUnknown.
 std::filesystem::path DataFolder();
 
-/// Creates a folder and its parents; an existing folder is left alone. Raises EPastaNaoCriada.
+/// Creates a folder and its parents; an existing folder is left alone. Raises EFolderNotCreated.
 void CreateFolder(const std::filesystem::path& folder);
 
-/// All bytes of a file, pipe or device up to its end. Raises EArquivoNaoLido, also for more than
+/// All bytes of a file, pipe or device up to its end. Raises EFileNotRead, also for more than
 /// `limit` bytes.
 std::string ReadWholeFile(const std::filesystem::path& file, std::uintmax_t limit = kMaxFileBytes);
 
 /// Replaces the content of a file in one step: the bytes go to a new file beside it, which is
 /// flushed, given the permissions of the old one and renamed over it. A symbolic link stays and its
-/// target is replaced; a pipe or device is simply written to. Raises EArquivoNaoGravado, after which
+/// target is replaced; a pipe or device is simply written to. Raises EFileNotWritten, after which
 /// the old file is untouched and nothing is left beside it.
 void WriteFileAtomically(const std::filesystem::path& file, std::string_view bytes);
 
 /// Puts a finished file, flushed to disk, in the place of another in the same folder, which keeps its name;
 /// who has the old one open goes on reading that. A symbolic link stays and its target is replaced. Raises
-/// EArquivoNaoGravado, after which the old file is untouched.
+/// EFileNotWritten, after which the old file is untouched.
 void ReplaceFileBy(const std::filesystem::path& file, const std::filesystem::path& finished);
 
 /// Holds a file for one at a time, between processes and within one. The file is made when it is missing and
@@ -102,7 +102,7 @@ void ReplaceFileBy(const std::filesystem::path& file, const std::filesystem::pat
 class TFileLock {
   public:
     /// With `wait`, returns once the file is held; else Held() tells whether it is. Raises
-    /// EArquivoNaoGravado.
+    /// EFileNotWritten.
     TFileLock(const std::filesystem::path& file, bool wait);
     TFileLock(const TFileLock&) = delete;
     TFileLock& operator=(const TFileLock&) = delete;

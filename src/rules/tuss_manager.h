@@ -27,7 +27,7 @@ struct TTussTermLookups {
 
 /// The terminology for the rules of one run: remembers each answer, since a lot asks for the same few codes
 /// thousands of times. Shared by the rules; for one thread. Raises what the connection raises
-/// (ETerminologiaNaoConsultada, ETabelaTussSemEntidade).
+/// (ETerminologyNotRead, ETussTableWithoutEntity).
 class TTussManager {
   public:
     /// Raises EManagerNotDefined without a connection.

@@ -80,17 +80,17 @@ std::string TTussValidation::ValidationMessage() {
 TTussValidation::TVerdict TTussValidation::Evaluate() const {
     const TTussTermLookups& term = manager_->Term(table_, code_);
     TVerdict verdict;
-    verdict.Start = term.start.date;
-    verdict.End = term.inactivation.date;
+    verdict.Start = term.start.Date;
+    verdict.End = term.inactivation.Date;
     bool inForce = false;
     bool notYet = false;
     bool inactivated = false;
-    if (term.start.found) {
+    if (term.start.Found) {
         // Without a start the term has always been in force.
         notYet = verdict.Start && date_ < *verdict.Start;
         inForce = !notYet;
     }
-    if (term.inactivation.found) {
+    if (term.inactivation.Found) {
         // Without its day the inactivation holds on all days.
         if (verdict.End && date_ <= *verdict.End)
             inForce = true;
@@ -118,18 +118,18 @@ TTussValidation::TVerdict TTuss64Validation::Evaluate() const {
     bool notYet = false;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const TTuss64& row = rows[i];
-        verdict.End = row.dataFimVigencia;
-        if (!verdict.End && i + 1 < rows.size() && rows[i + 1].dataInicioVigencia)
-            verdict.End = DayBefore(*rows[i + 1].dataInicioVigencia);
-        if (row.dataInicioVigencia && *row.dataInicioVigencia > Date()) {
+        verdict.End = row.DataFimVigencia;
+        if (!verdict.End && i + 1 < rows.size() && rows[i + 1].DataInicioVigencia)
+            verdict.End = DayBefore(*rows[i + 1].DataInicioVigencia);
+        if (row.DataInicioVigencia && *row.DataInicioVigencia > Date()) {
             notYet = true;
-            verdict.Start = row.dataInicioVigencia;
+            verdict.Start = row.DataInicioVigencia;
             break;
         }
         // A period that is not consolidated ends the search even after its last day.
-        if (!row.envioConsolidado || !verdict.End || Date() <= *verdict.End) {
+        if (!row.EnvioConsolidado || !verdict.End || Date() <= *verdict.End) {
             ok = true;
-            verdict.Group = row.grupo;
+            verdict.Group = row.Grupo;
             break;
         }
     }

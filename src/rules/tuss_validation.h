@@ -25,7 +25,7 @@ enum class TTussResult : std::uint8_t {
 };
 
 /// Whether a code exists in its TUSS table and was in force on a day. Asks the terminology once, when the
-/// first answer is wanted; that call raises ETabelaTussSemEntidade, ETerminologiaNaoConsultada.
+/// first answer is wanted; that call raises ETussTableWithoutEntity, ETerminologyNotRead.
 class TTussValidation {
   public:
     /// The manager has to outlive the object. `date`: the day of execution.

@@ -440,7 +440,7 @@ std::vector<std::shared_ptr<const TSchemaModel>> LoadSchemaModels(const std::fil
         if (entry->path().extension() == ".txt" && entry->path().filename() != "LEIAME.txt")
             files.push_back(entry->path());
     if (failure)
-        throw EArquivoNaoLido(folder, ReasonText(failure));
+        throw EFileNotRead(folder, ReasonText(failure));
     std::sort(files.begin(), files.end());
     std::vector<std::shared_ptr<const TSchemaModel>> models;
     for (const std::filesystem::path& file : files)

@@ -97,7 +97,7 @@ const TModelTerm* TermIn(const std::vector<TModelTerm>& terms, std::string_view 
 class TSchemaModel {
   public:
     /// Reads a model file and those that it names, which lie beside it. Raises EInvalidSchemaModel,
-    /// EArquivoNaoLido.
+    /// EFileNotRead.
     static std::shared_ptr<const TSchemaModel> Load(const std::filesystem::path& file);
     /// Reads a model from text; files that it names are looked for in `folder`.
     static std::shared_ptr<const TSchemaModel> Parse(std::string_view text, const std::string& name,

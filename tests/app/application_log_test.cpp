@@ -1,12 +1,11 @@
 #include "app/application_log.h"
-#include "app/cli/cli.h"
 #include "data/tuss_writer.h"
-#include "support/suporte.h"
+#include "support/command_test.h"
 #include "xml/xml_encoding.h"
+#include "xml/xml_parser.h"
 #include "xml/xml_scanner.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <functional>
 #include <sstream>
@@ -22,33 +21,22 @@ using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
 
-/// Runs commands with a data folder that does not exist yet.
-class ApplicationLog : public testing::Test {
+/// Commands with a data folder that does not exist yet.
+class ApplicationLog : public TCommandTest {
   protected:
-    void SetUp() override {
-        SetData(data_);
-        TTussWriter(folder_.Path() / "tuss.db").Commit();
-        WriteTestFile(folder_.Path() / "tissV3_05_00.xsd",
+    ApplicationLog() {
+        options_ = {"--terminologia", File("tuss.db"), "--esquemas", folder_.Path().string()};
+        data_.Set(dataFolder_.string());
+        TTussWriter(File("tuss.db")).Commit();
+        WriteTestFile(File("tissV3_05_00.xsd"),
                       "<schema xmlns='http://www.w3.org/2001/XMLSchema' elementFormDefault='qualified' "
                       "targetNamespace='http://www.ans.gov.br/padroes/tiss/schemas'><element "
                       "name='mensagemTISS'/></schema>");
-        xml_ = ReadTestFile(Example("spsadt-3.05.00-valores-errados.xml"));
         WriteTestFile(file_, xml_);
     }
-    void TearDown() override { unsetenv("CONFERIX_DADOS"); }
 
-    static void SetData(const fs::path& folder) { setenv("CONFERIX_DADOS", folder.c_str(), 1); }
-
-    int Run(std::vector<std::string> words) const {
-        std::istringstream in;
-        std::ostringstream out;
-        std::ostringstream err;
-        words.insert(words.end(), {"--terminologia", (folder_.Path() / "tuss.db").string(), "--esquemas",
-                                   folder_.Path().string()});
-        return RunCli(words, {in, out, err});
-    }
-    int Correct(const fs::path& output) const {
-        return Run({"corrigir", file_.string(), "--todas", "--saida", output.string()});
+    int Correct(const std::string& output) const {
+        return Run({"corrigir", file_, "--todas", "--saida", File(output)}).Status;
     }
     static std::vector<std::string> Lines(const fs::path& file) {
         std::vector<std::string> lines;
@@ -58,19 +46,18 @@ class ApplicationLog : public testing::Test {
         return lines;
     }
 
-    TTemporaryFolder folder_;
-    fs::path data_ = folder_.Path() / "usuário" / "dados";
-    fs::path log_ = data_ / "conferix.log";
-    fs::path file_ = folder_.Path() / "lote\n1.xml";
-    std::string xml_;
+    fs::path dataFolder_ = folder_ / "usuário/dados";
+    fs::path log_ = dataFolder_ / "conferix.log";
+    std::string file_ = File("lote\n1.xml");
+    std::string xml_ = ReadTestFile(Example("spsadt-3.05.00-valores-errados.xml"));
 };
 
 TEST_F(ApplicationLog, TellsRulesFilesAndCountsAndNothingOfABill) {
-    Run({"validar", file_.string()});
-    Run({"informar", file_.string()});
-    EXPECT_FALSE(fs::exists(data_)) << "there is nothing to record";
+    Run({"validar", file_});
+    Run({"informar", file_});
+    EXPECT_FALSE(fs::exists(dataFolder_)) << "there is nothing to record";
 
-    Correct(folder_.Path() / "corrigido.xml");
+    Correct("corrigido.xml");
     LogRuleSwitched("tiss.mensagem.loteguias.consulta.procedimento", false);
     LogRuleSwitched("tiss.mensagem.loteguias.consulta.procedimento", true);
     std::vector<std::string> lines = Lines(log_);
@@ -98,16 +85,16 @@ TEST_F(ApplicationLog, TellsRulesFilesAndCountsAndNothingOfABill) {
 }
 
 TEST_F(ApplicationLog, ChangesToANewFileWhereOneIsFull) {
-    fs::create_directories(data_);
+    fs::create_directories(dataFolder_);
     WriteTestFile(log_, std::string(1024 * 1024, 'x'));
     LogCorrections("a.xml", "regra", "solver", 2);
     EXPECT_EQ(Lines(log_).size(), 1U);
-    EXPECT_EQ(fs::file_size(data_ / "conferix.1.log"), 1024U * 1024U);
+    EXPECT_EQ(fs::file_size(dataFolder_ / "conferix.1.log"), 1024U * 1024U);
 }
 
 TEST_F(ApplicationLog, NothingFailsForWantOfALog) {
-    const int status = Correct(folder_.Path() / "com.xml");
-    const std::string corrected = ReadTestFile(folder_.Path() / "com.xml");
+    const int status = Correct("com.xml");
+    const std::string corrected = ReadTestFile(File("com.xml"));
     EXPECT_NE(corrected, xml_);
     const struct {
         const char* Name;
@@ -125,9 +112,9 @@ TEST_F(ApplicationLog, NothingFailsForWantOfALog) {
     for (const auto& c : cases) {
         const fs::path data = folder_.Path() / c.Name;
         c.Spoil(data);
-        SetData(data);
-        EXPECT_EQ(Correct(folder_.Path() / "sem.xml"), status) << c.Name;
-        EXPECT_EQ(ReadTestFile(folder_.Path() / "sem.xml"), corrected) << c.Name;
+        data_.Set(data.string());
+        EXPECT_EQ(Correct("sem.xml"), status) << c.Name;
+        EXPECT_EQ(ReadTestFile(File("sem.xml")), corrected) << c.Name;
     }
 }
 

@@ -3,7 +3,7 @@
 #include "app/validador_controller.h"
 #include "data/database_tuss.h"
 #include "platform/platform.h"
-#include "support/suporte.h"
+#include "support/support.h"
 #include "validation/solver.h"
 
 #include <fmt/format.h>
@@ -57,16 +57,6 @@ class Controller : public testing::Test {
         return texts;
     }
 
-    template<class Error, class Action>
-    static std::string TextOf(Action action) {
-        try {
-            action();
-        } catch (const Error& error) {
-            return error.what();
-        }
-        return "nada foi levantado";
-    }
-
     TTemporaryFolder folder_;
     TValidadorController controller_;
     std::string file_;
@@ -103,16 +93,16 @@ TEST_F(Controller, LivesThroughItsStates) {
 TEST_F(Controller, RefusesWhatItsStateDoesNotAllow) {
     EXPECT_EQ(TextOf<EFileNotFound>([&] { controller_.LoadFromFile("/nenhum/lugar.xml"); }),
               "O arquivo \"%s\" não existe.");
-    EXPECT_EQ(TextOf<EFileNotLoaded>([&] { controller_.Modify(); }),
-              "Não é possível alterar o Modified, pois não tem arquivo carregado.");
-    EXPECT_EQ(TextOf<EFileNotLoaded>([&] { controller_.Save("x"); }),
-              "Não é possível salvar o Xml, pois não tem arquivo carregado.");
-    EXPECT_EQ(TextOf<EFileNotLoaded>([&] { controller_.SaveAs("x", file_); }),
-              "Não é possível salvar o Xml, pois não tem arquivo carregado.");
-    EXPECT_EQ(TextOf<EFileNotLoaded>([&] { controller_.CloseFile(); }),
-              "Não é possível alterar o Xml, pois não tem arquivo carregado.");
-    EXPECT_EQ(TextOf<EFileNotLoaded>([&] { controller_.Validate("<a/>", {}); }),
-              "Para validar um XML, é necessário ter um arquivo carregado.");
+    const std::pair<const char*, std::function<void()>> closed[] = {
+        {"Não é possível alterar o Modified, pois não tem arquivo carregado.", [&] { controller_.Modify(); }},
+        {"Não é possível salvar o Xml, pois não tem arquivo carregado.", [&] { controller_.Save("x"); }},
+        {"Não é possível salvar o Xml, pois não tem arquivo carregado.",
+         [&] { controller_.SaveAs("x", file_); }},
+        {"Não é possível alterar o Xml, pois não tem arquivo carregado.", [&] { controller_.CloseFile(); }},
+        {"Para validar um XML, é necessário ter um arquivo carregado.",
+         [&] { controller_.Validate("<a/>", {}); }}};
+    for (const auto& [text, action] : closed)
+        EXPECT_EQ(TextOf<EFileNotLoaded>(action), text);
     controller_.LoadFromFile(file_);
     const std::string other = (folder_.Path() / "outro.xml").string();
     EXPECT_EQ(TextOf<EFileNotFound>([&] { controller_.LoadFromFile(other); }),
@@ -131,7 +121,7 @@ TEST_F(Controller, AFileThatCannotBeReadOrWrittenLosesNothing) {
     controller_.LoadFromFile(file_);
     controller_.Modify();
     EXPECT_THROW(controller_.SaveAs("<b/>", (folder_.Path() / "nenhuma/pasta.xml").string()),
-                 EArquivoNaoGravado);
+                 EFileNotWritten);
     EXPECT_EQ(controller_.FileName(), file_);
     EXPECT_TRUE(controller_.Modified());
 }
@@ -414,18 +404,12 @@ TEST(ControllerManager, KeepsControllersUnderTheirNames) {
     const auto second = std::make_shared<TValidadorController>(MemoryTerminology());
     manager.AddController("a", first);
     manager.AddController("b", second);
-    const auto text = [&](const std::string& name, const auto& controller) -> std::string {
-        try {
-            manager.AddController(name, controller);
-        } catch (const EControllerDuplicado& error) {
-            return error.what();
-        }
-        return "";
-    };
-    EXPECT_EQ(text("a", second), "Duplicates filename not allowed.");
-    EXPECT_EQ(text("c", second), "Duplicates controllers not allowed.");
+    EXPECT_EQ(TextOf<EDuplicateController>([&] { manager.AddController("a", second); }),
+              "Duplicates filename not allowed.");
+    EXPECT_EQ(TextOf<EDuplicateController>([&] { manager.AddController("c", second); }),
+              "Duplicates controllers not allowed.");
     manager.UpdateFileName("a", "c");
-    EXPECT_THROW(manager.UpdateFileName("c", "b"), EControllerDuplicado);
+    EXPECT_THROW(manager.UpdateFileName("c", "b"), EDuplicateController);
     EXPECT_EQ(manager.GetController(0), first);
     EXPECT_TRUE(manager.Contains("c"));
     EXPECT_FALSE(manager.Contains("a"));

@@ -1,5 +1,5 @@
 #include "data/database.h"
-#include "platform/pasta_temporaria.h"
+#include "support/test_files.h"
 
 #include <SQLiteCpp/Column.h>
 #include <SQLiteCpp/Database.h>
@@ -14,8 +14,6 @@ namespace conferix {
 namespace {
 
 namespace fs = std::filesystem;
-using testes::TAmbiente;
-using testes::TPastaTemporaria;
 using testing::HasSubstr;
 
 int SchemaVersionOf(const TDatabase& database) {
@@ -23,13 +21,13 @@ int SchemaVersionOf(const TDatabase& database) {
 }
 
 TEST(ApplicationDatabase, IsBuiltInTheDataFolder) {
-    const TPastaTemporaria folder;
-    const TAmbiente dados("CONFERIX_DADOS", (folder / "dados").string());
+    const TTemporaryFolder folder;
+    const TEnvironment dados("CONFERIX_DADOS", (folder / "dados").string());
     const TDatabase database;
     EXPECT_EQ(database.DatabaseFileName(), folder / "dados/conferix.db");
     EXPECT_FALSE(database.ExistsDatabase());
-    EXPECT_THROW(database.CreateConnection(), EBancoDeDadosNaoAberto);
-    EXPECT_THROW(database.Update(), EBancoDeDadosNaoAberto);
+    EXPECT_THROW(database.CreateConnection(), EDatabaseNotOpened);
+    EXPECT_THROW(database.Update(), EDatabaseNotOpened);
     EXPECT_FALSE(database.ExistsDatabase()) << "only Build creates the file";
 
     database.Build();
@@ -38,9 +36,9 @@ TEST(ApplicationDatabase, IsBuiltInTheDataFolder) {
 }
 
 TEST(ApplicationDatabase, MigratesStepByStepAndOnce) {
-    const TPastaTemporaria folder;
+    const TTemporaryFolder folder;
     const TDatabase database(folder / "conferix.db");
-    testes::Gravar(database.DatabaseFileName(), ""); // an empty file is an SQLite database of version 0
+    WriteTestFile(database.DatabaseFileName(), ""); // an empty file is an SQLite database of version 0
     const auto steps = [&] {
         return database.CreateConnection()->execAndGet("SELECT COUNT(*) FROM TB_MIGRACAO").getInt();
     };
@@ -55,41 +53,32 @@ TEST(ApplicationDatabase, MigratesStepByStepAndOnce) {
 }
 
 TEST(ApplicationDatabase, LeavesTheFileOfANewerProgramAlone) {
-    const TPastaTemporaria folder;
+    const TTemporaryFolder folder;
     const TDatabase database(folder / "conferix.db");
     database.Build();
     const std::string newer = std::to_string(TDatabase::SchemaVersion() + 1);
     database.CreateConnection()->exec("PRAGMA user_version = " + newer);
-    try {
-        database.Update();
-        FAIL() << "a newer schema was migrated";
-    } catch (const EBancoDeDadosNaoAberto& error) {
-        EXPECT_THAT(error.what(), HasSubstr("foi gravado por uma versão mais nova do programa"));
-    }
+    EXPECT_THAT(TextOf<EDatabaseNotOpened>([&] { database.Update(); }),
+                HasSubstr("foi gravado por uma versão mais nova do programa"));
     EXPECT_EQ(std::to_string(SchemaVersionOf(database)), newer);
 }
 
 TEST(ApplicationDatabase, NamesTheFileAndTheReasonOfAFailure) {
-    const TPastaTemporaria folder;
-    testes::Gravar(folder / "texto.db", std::string(3000, 't'));
+    const TTemporaryFolder folder;
+    WriteTestFile(folder / "texto.db", std::string(3000, 't'));
     fs::create_directory(folder / "pasta.db");
     const struct {
-        const char* name;
-        const char* reason;
+        const char* Name;
+        const char* Reason;
     } cases[] = {
         {"texto.db", "o arquivo não é um banco de dados SQLite"},
         {"pasta.db", "é uma pasta, não um arquivo"},
         {"falta/conferix.db", "o arquivo não pôde ser aberto"},
     };
     for (const auto& c : cases) {
-        const fs::path file = folder / c.name;
-        try {
-            TDatabase(file).Build();
-            FAIL() << c.name;
-        } catch (const EBancoDeDadosNaoAberto& error) {
-            EXPECT_EQ(error.what(),
-                      "Não foi possível abrir o banco de dados \"" + file.string() + "\": " + c.reason);
-        }
+        const fs::path file = folder / c.Name;
+        EXPECT_EQ(TextOf<EDatabaseNotOpened>([&] { TDatabase(file).Build(); }),
+                  "Não foi possível abrir o banco de dados \"" + file.string() + "\": " + c.Reason);
     }
 }
 

@@ -1,6 +1,6 @@
 #include "data/tuss_connection.h"
 #include "data/tuss_writer.h"
-#include "platform/pasta_temporaria.h"
+#include "support/test_files.h"
 
 #include <SQLiteCpp/Database.h>
 
@@ -21,7 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono;
-using testes::TPastaTemporaria;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -49,9 +48,8 @@ void Fill(TTussWriter& writer) {
 class TussConnection : public testing::TestWithParam<bool> {
   protected:
     std::shared_ptr<TTussConnection> Connect(const std::function<void(TTussWriter&)>& fill) const {
-        if (GetParam()) {
+        if (GetParam())
             return TTussConnection::InMemory(fill);
-        }
         const fs::path file = folder_ / "tuss.db";
         {
             TTussWriter writer(file);
@@ -61,7 +59,7 @@ class TussConnection : public testing::TestWithParam<bool> {
         return std::make_shared<TTussConnection>(file);
     }
 
-    TPastaTemporaria folder_;
+    TTemporaryFolder folder_;
 };
 
 INSTANTIATE_TEST_SUITE_P(, TussConnection, testing::Bool(),
@@ -70,10 +68,10 @@ INSTANTIATE_TEST_SUITE_P(, TussConnection, testing::Bool(),
 TEST_P(TussConnection, FindsTheStartOfValidity) {
     const auto connection = Connect(Fill);
     const struct {
-        const char* table;
-        const char* code;
-        bool found;
-        std::optional<TDate> date;
+        const char* Table;
+        const char* Code;
+        bool Found;
+        std::optional<TDate> Date;
     } cases[] = {
         {"22", "10101012", true, kStart}, {"22", "1010", true, {}},      {"18", "0060", true, kEnd},
         {"18", "60", false, {}},          {"19", "60", true, kStart},    {"19", "0060", false, {}},
@@ -82,25 +80,24 @@ TEST_P(TussConnection, FindsTheStartOfValidity) {
     };
     for (int round = 0; round < 2; ++round) {
         for (const auto& c : cases) {
-            const TDateLookup answer = connection->StartOfValidity(c.table, c.code);
-            EXPECT_EQ(answer.found, c.found) << c.table << " " << c.code;
-            EXPECT_EQ(answer.date, c.date) << c.table << " " << c.code;
+            const TDateLookup answer = connection->StartOfValidity(c.Table, c.Code);
+            EXPECT_EQ(answer.Found, c.Found) << c.Table << " " << c.Code;
+            EXPECT_EQ(answer.Date, c.Date) << c.Table << " " << c.Code;
         }
     }
-    EXPECT_THROW(connection->StartOfValidity("64", "10101012"), ETabelaTussSemEntidade);
-    EXPECT_FALSE(connection->StartOfValidity("22", std::string("1010\0", 5)).found);
+    EXPECT_THROW(connection->StartOfValidity("64", "10101012"), ETussTableWithoutEntity);
+    EXPECT_FALSE(connection->StartOfValidity("22", std::string("1010\0", 5)).Found);
 }
 
 TEST_P(TussConnection, FindsInactivatedTermsOfAnyTable) {
     const auto connection = Connect(Fill);
-    EXPECT_EQ(connection->Inactivation("22", "40501248").date, kEnd);
-    EXPECT_EQ(connection->Inactivation("98", "40501248").date, kStart);
-    EXPECT_TRUE(connection->Inactivation("00", "1").found);
-    EXPECT_FALSE(connection->Inactivation("00", "1").date.has_value());
+    EXPECT_EQ(connection->Inactivation("22", "40501248").Date, kEnd);
+    EXPECT_EQ(connection->Inactivation("98", "40501248").Date, kStart);
+    EXPECT_TRUE(connection->Inactivation("00", "1").Found);
+    EXPECT_FALSE(connection->Inactivation("00", "1").Date.has_value());
     for (const auto& [table, code] :
-         {std::pair("19", "40501248"), {"22", "10101012"}, {"00", "01"}, {"0", "1"}}) {
-        EXPECT_FALSE(connection->Inactivation(table, code).found) << table << " " << code;
-    }
+         {std::pair("19", "40501248"), {"22", "10101012"}, {"00", "01"}, {"0", "1"}})
+        EXPECT_FALSE(connection->Inactivation(table, code).Found) << table << " " << code;
 }
 
 TEST_P(TussConnection, GivesThePeriodsOfTable64InOrderOfTheirStart) {
@@ -113,13 +110,13 @@ TEST_P(TussConnection, GivesThePeriodsOfTable64InOrderOfTheirStart) {
         {"22", "10101012", true, "001", 2022y / 1 / 1, {}, {}},
     };
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        EXPECT_EQ(rows[i].tabela, expected[i].tabela);
-        EXPECT_EQ(rows[i].codigo, expected[i].codigo);
-        EXPECT_EQ(rows[i].envioConsolidado, expected[i].envioConsolidado);
-        EXPECT_EQ(rows[i].grupo, expected[i].grupo);
-        EXPECT_EQ(rows[i].dataInicioVigencia, expected[i].dataInicioVigencia);
-        EXPECT_EQ(rows[i].dataFimVigencia, expected[i].dataFimVigencia);
-        EXPECT_EQ(rows[i].dataFimImplantacao, expected[i].dataFimImplantacao);
+        EXPECT_EQ(rows[i].Tabela, expected[i].Tabela);
+        EXPECT_EQ(rows[i].Codigo, expected[i].Codigo);
+        EXPECT_EQ(rows[i].EnvioConsolidado, expected[i].EnvioConsolidado);
+        EXPECT_EQ(rows[i].Grupo, expected[i].Grupo);
+        EXPECT_EQ(rows[i].DataInicioVigencia, expected[i].DataInicioVigencia);
+        EXPECT_EQ(rows[i].DataFimVigencia, expected[i].DataFimVigencia);
+        EXPECT_EQ(rows[i].DataFimImplantacao, expected[i].DataFimImplantacao);
     }
     EXPECT_EQ(connection->Table64("19", "10101012").size(), 1U);
     EXPECT_TRUE(connection->Table64("22", "010101012").empty());
@@ -127,21 +124,18 @@ TEST_P(TussConnection, GivesThePeriodsOfTable64InOrderOfTheirStart) {
 
 TEST_P(TussConnection, TellsWhichTablesHaveRows) {
     const auto connection = Connect(Fill);
-    for (const char* table : {"18", "19", "22", "63"}) { // 63: inactivated terms only
+    for (const char* table : {"18", "19", "22", "63"}) // 63: inactivated terms only
         EXPECT_TRUE(connection->IsInstalled(table)) << table;
-    }
-    for (const char* table : {"20", "87"}) {
+    for (const char* table : {"20", "87"})
         EXPECT_FALSE(connection->IsInstalled(table)) << table;
-    }
-    for (const std::string table : {"18", "19", "20", "22"}) {
+    for (const std::string table : {"18", "19", "20", "22"})
         EXPECT_EQ(connection->IsTable64InstalledFor(table), table == "19" || table == "22") << table;
-    }
     EXPECT_TRUE(connection->IsTable64Installed());
     EXPECT_TRUE(connection->AreCitiesInstalled());
     EXPECT_TRUE(connection->HasCity("3550308"));
     EXPECT_FALSE(connection->HasCity("355030"));
-    EXPECT_THROW(connection->IsInstalled("98"), ETabelaTussSemEntidade);
-    EXPECT_THROW(connection->IsTable64InstalledFor("98"), ETabelaTussSemEntidade);
+    EXPECT_THROW(connection->IsInstalled("98"), ETussTableWithoutEntity);
+    EXPECT_THROW(connection->IsTable64InstalledFor("98"), ETussTableWithoutEntity);
 
     const auto empty = TTussConnection::InMemory();
     EXPECT_FALSE(empty->IsTable64Installed());
@@ -154,9 +148,9 @@ TEST_P(TussConnection, CountsRowsAndNamesTheNewestStart) {
     std::vector<std::string> lines;
     lines.reserve(statistics.size());
     for (const TTussTableStatistics& table : statistics) {
-        lines.push_back(table.name + " " + std::to_string(table.rows) + " " +
-                        (table.newestStart ? FormatIsoDate(*table.newestStart) : "-") +
-                        (table.installed ? "" : " absent"));
+        lines.push_back(table.Name + " " + std::to_string(table.Rows) + " " +
+                        (table.NewestStart ? FormatIsoDate(*table.NewestStart) : "-") +
+                        (table.Installed ? "" : " absent"));
     }
     EXPECT_THAT(lines,
                 ElementsAre("TB_TUSS_18 1 2021-12-31", "TB_TUSS_19 1 2020-01-31", "TB_TUSS_20 0 - absent",
@@ -165,7 +159,7 @@ TEST_P(TussConnection, CountsRowsAndNamesTheNewestStart) {
 }
 
 TEST(TussConnectionOnAFile, SaysWhichDateIsMalformed) {
-    const TPastaTemporaria folder;
+    const TTemporaryFolder folder;
     const fs::path file = folder / "tuss.db";
     {
         TTussWriter writer(file);
@@ -176,26 +170,22 @@ TEST(TussConnectionOnAFile, SaysWhichDateIsMalformed) {
         SQLite::Database(file.string(), SQLite::OPEN_READWRITE)
             .exec("UPDATE TB_TUSS_22 SET DATA_INICIO_VIGENCIA = " + value + " WHERE CODIGO = '10101012'");
         const TTussConnection connection(file);
-        try {
-            connection.StartOfValidity("22", "10101012");
-            FAIL() << value;
-        } catch (const ETerminologiaNaoConsultada& error) {
-            EXPECT_THAT(error.what(), AllOf(HasSubstr(file.string()), HasSubstr("DATA_INICIO_VIGENCIA"),
-                                            HasSubstr("não tem a forma AAAA-MM-DD")));
-        }
-        EXPECT_TRUE(connection.StartOfValidity("22", "1010").found) << "the connection is still of use";
+        EXPECT_THAT(TextOf<ETerminologyNotRead>([&] { connection.StartOfValidity("22", "10101012"); }),
+                    AllOf(HasSubstr(file.string()), HasSubstr("DATA_INICIO_VIGENCIA"),
+                          HasSubstr("não tem a forma AAAA-MM-DD")));
+        EXPECT_TRUE(connection.StartOfValidity("22", "1010").Found) << "the connection is still of use";
     }
 }
 
 TEST(TussConnectionOnAFile, SharesTheFileWithAWriterAndLeavesNothingBesideIt) {
-    const TPastaTemporaria folder;
+    const TTemporaryFolder folder;
     const fs::path file = folder / "tuss.db";
     {
         TTussWriter writer(file);
         Fill(writer);
         writer.Commit();
     }
-    const std::string before = testes::Ler(file);
+    const std::string before = ReadTestFile(file);
     {
         const TTussConnection connection(file);
         const TTussConnection another(file);
@@ -203,14 +193,14 @@ TEST(TussConnectionOnAFile, SharesTheFileWithAWriterAndLeavesNothingBesideIt) {
         writer.Insert(TTuss20{{"90000001", {}, {}}});
         EXPECT_TRUE(connection.HasCity("3550308"));
         EXPECT_FALSE(connection.IsInstalled("20"));
-        EXPECT_FALSE(another.StartOfValidity("20", "90000001").found);
+        EXPECT_FALSE(another.StartOfValidity("20", "90000001").Found);
     }
-    EXPECT_EQ(testes::Ler(file), before) << "rows that were not committed";
+    EXPECT_EQ(ReadTestFile(file), before) << "rows that were not committed";
     EXPECT_THAT(folder.Names(), ElementsAre("tuss.db"));
 }
 
 TEST(TussWriter, RefusesASecondRowOfAKeyAndKeepsNothingWithoutCommit) {
-    const TPastaTemporaria folder;
+    const TTemporaryFolder folder;
     const fs::path file = folder / "tuss.db";
     const std::function<void(TTussWriter&)> repeated[] = {
         [](TTussWriter& w) {
@@ -230,13 +220,8 @@ TEST(TussWriter, RefusesASecondRowOfAKeyAndKeepsNothingWithoutCommit) {
     for (const auto& insert : repeated) {
         TTussWriter writer(file);
         Fill(writer);
-        try {
-            insert(writer);
-            FAIL() << "a key was taken twice";
-        } catch (const ETerminologiaNaoGravada& error) {
-            EXPECT_THAT(error.what(),
-                        AllOf(HasSubstr("já existe uma linha com essa chave"), HasSubstr("CODIGO = ")));
-        }
+        EXPECT_THAT(TextOf<ETerminologyNotWritten>([&] { insert(writer); }),
+                    AllOf(HasSubstr("já existe uma linha com essa chave"), HasSubstr("CODIGO = ")));
     }
     TTussWriter writer(file);
     writer.Insert(TCidade{"3550308"});
@@ -246,19 +231,19 @@ TEST(TussWriter, RefusesASecondRowOfAKeyAndKeepsNothingWithoutCommit) {
 }
 
 TEST(TussWriter, AddsToAnExistingFileAndRefusesWhatIsNoDatabase) {
-    const TPastaTemporaria folder;
+    const TTemporaryFolder folder;
     for (const char* code : {"1111111", "2222222"}) {
         TTussWriter writer(folder / "tuss.db");
         writer.Insert(TCidade{code});
         writer.Commit();
     }
-    EXPECT_EQ(TTussConnection(folder / "tuss.db").Statistics().back().rows, 2);
+    EXPECT_EQ(TTussConnection(folder / "tuss.db").Statistics().back().Rows, 2);
 
     const std::string text(5000, 't');
-    testes::Gravar(folder / "texto.db", text);
-    EXPECT_THROW(TTussWriter(folder / "texto.db"), ETerminologiaNaoGravada);
-    EXPECT_THROW(TTussWriter(folder / "falta/tuss.db"), ETerminologiaNaoGravada);
-    EXPECT_EQ(testes::Ler(folder / "texto.db"), text);
+    WriteTestFile(folder / "texto.db", text);
+    EXPECT_THROW(TTussWriter(folder / "texto.db"), ETerminologyNotWritten);
+    EXPECT_THROW(TTussWriter(folder / "falta/tuss.db"), ETerminologyNotWritten);
+    EXPECT_EQ(ReadTestFile(folder / "texto.db"), text);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "data/tuss_connection.h"
 #include "data/tuss_writer.h"
-#include "platform/pasta_temporaria.h"
+#include "support/test_files.h"
 
 #include <SQLiteCpp/Database.h>
 
@@ -16,8 +16,6 @@ namespace conferix {
 namespace {
 
 namespace fs = std::filesystem;
-using testes::Gravar;
-using testes::Ler;
 using testing::AnyOf;
 using testing::ElementsAre;
 
@@ -27,9 +25,8 @@ class TussOpen : public testing::Test {
     fs::path NewDatabase() const {
         fs::path file = folder_ / "tuss.db";
         TTussWriter writer(file);
-        for (int i = 0; i < 2000; ++i) {
+        for (int i = 0; i < 2000; ++i)
             writer.Insert(TTuss22{{std::to_string(10'000'000 + i), {}, {}}});
-        }
         writer.Commit();
         return file;
     }
@@ -39,35 +36,29 @@ class TussOpen : public testing::Test {
     }
 
     static std::string Refusal(const fs::path& file) {
-        try {
-            const TTussConnection connection(file);
-        } catch (const ETerminologiaNaoAberta& error) {
-            return error.what();
-        }
-        return "it was opened";
+        return TextOf<ETerminologyNotOpened>([&] { const TTussConnection connection(file); });
     }
 
     static std::string Text(const fs::path& file, const std::string& reason) {
         return "Não foi possível abrir a base de terminologia \"" + file.string() + "\": " + reason;
     }
 
-    testes::TPastaTemporaria folder_;
+    TTemporaryFolder folder_;
 };
 
 TEST_F(TussOpen, RefusesWhatIsNoFile) {
     fs::create_directory(folder_ / "pasta");
     ASSERT_EQ(mkfifo((folder_ / "cano").c_str(), 0600), 0);
     const struct {
-        fs::path file;
-        const char* reason;
+        fs::path File;
+        const char* Reason;
     } cases[] = {
         {folder_ / "falta.db", "o arquivo não existe"}, {folder_ / "pasta", "é uma pasta, não um arquivo"},
         {folder_ / "cano", "não é um arquivo comum"},   {"", "o arquivo não existe"},
         {":memory:", "o arquivo não existe"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Refusal(c.file), Text(c.file, c.reason));
-    }
+    for (const auto& c : cases)
+        EXPECT_EQ(Refusal(c.File), Text(c.File, c.Reason));
     EXPECT_THAT(folder_.Names(), ElementsAre("cano", "pasta")) << "nothing is created";
 }
 
@@ -76,18 +67,18 @@ TEST_F(TussOpen, RefusesForeignFiles) {
     const std::string contents[] = {"uma linha de texto\n", std::string(10'000, 'x'), std::string(4096, '\0'),
                                     "SQLite format 3"};
     for (const std::string& content : contents) {
-        Gravar(file, content);
+        WriteTestFile(file, content);
         EXPECT_EQ(Refusal(file), Text(file, "o arquivo não é um banco de dados SQLite"));
-        EXPECT_EQ(Ler(file), content);
+        EXPECT_EQ(ReadTestFile(file), content);
     }
-    Gravar(file, "");
+    WriteTestFile(file, "");
     EXPECT_EQ(Refusal(file), Text(file, "a tabela TB_TUSS_18 não existe"));
 }
 
 TEST_F(TussOpen, NamesTheTableOrColumnThatIsMissing) {
     const struct {
-        const char* change;
-        const char* reason;
+        const char* Change;
+        const char* Reason;
     } cases[] = {
         {"DROP TABLE TB_CIDADE", "a tabela TB_CIDADE não existe"},
         {"ALTER TABLE TB_TUSS_64 RENAME TO OUTRA", "a tabela TB_TUSS_64 não existe"},
@@ -98,8 +89,8 @@ TEST_F(TussOpen, NamesTheTableOrColumnThatIsMissing) {
     };
     for (const auto& c : cases) {
         const fs::path file = NewDatabase();
-        Execute(file, c.change);
-        EXPECT_EQ(Refusal(file), Text(file, c.reason));
+        Execute(file, c.Change);
+        EXPECT_EQ(Refusal(file), Text(file, c.Reason));
         fs::remove(file);
     }
 }
@@ -113,26 +104,22 @@ TEST_F(TussOpen, AcceptsTablesOfAnotherMaker) {
 
 TEST_F(TussOpen, RefusesADamagedFile) {
     const fs::path file = NewDatabase();
-    const std::string whole = Ler(file);
+    const std::string whole = ReadTestFile(file);
 
-    Gravar(file, whole.substr(0, 1000));
+    WriteTestFile(file, whole.substr(0, 1000));
     EXPECT_THAT(Refusal(file), AnyOf(Text(file, "o banco de dados está danificado"),
                                      Text(file, "o arquivo não é um banco de dados SQLite")));
 
     std::string schemaGone = whole;
     schemaGone.replace(100, 3900, 3900, '\xAA');
-    Gravar(file, schemaGone);
+    WriteTestFile(file, schemaGone);
     EXPECT_EQ(Refusal(file), Text(file, "o banco de dados está danificado"));
 
     std::string rowsGone = whole;
     rowsGone.replace(4096, rowsGone.size() - 4096, rowsGone.size() - 4096, '\xAA');
-    Gravar(file, rowsGone);
-    try {
-        TTussConnection(file).StartOfValidity("22", "10000001");
-        FAIL() << "a damaged table was read";
-    } catch (const ETerminologiaNaoConsultada& error) {
-        EXPECT_EQ(error.Reason(), "o banco de dados está danificado (CODIGO = 10000001)");
-    }
+    WriteTestFile(file, rowsGone);
+    EXPECT_THAT(TextOf<ETerminologyNotRead>([&] { TTussConnection(file).StartOfValidity("22", "10000001"); }),
+                testing::EndsWith(": o banco de dados está danificado (CODIGO = 10000001)"));
 }
 
 TEST_F(TussOpen, RefusesAFileThatIsLocked) {
@@ -155,9 +142,9 @@ TEST_F(TussOpen, RefusesAFileWhoseLastWriterDied) {
         fs::copy_file(file, copy);
         fs::copy_file(file.string() + "-journal", copy.string() + "-journal");
     }
-    const std::string before = Ler(copy);
+    const std::string before = ReadTestFile(copy);
     EXPECT_EQ(Refusal(copy), Text(copy, "a última gravação foi interrompida e precisa ser refeita"));
-    EXPECT_EQ(Ler(copy), before);
+    EXPECT_EQ(ReadTestFile(copy), before);
 }
 
 } // namespace

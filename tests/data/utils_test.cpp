@@ -4,7 +4,7 @@
 #include "data/db_utils.h"
 #include "data/tuss.h"
 #include "platform/iso_date.h"
-#include "platform/pasta_temporaria.h"
+#include "support/test_files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,31 +19,28 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono;
-using testes::TAmbiente;
-using testes::TPastaTemporaria;
 using testing::ElementsAreArray;
 
 TEST(IsoDate, ReadsDaysOfTheCalendarInOneFormOnly) {
     const struct {
-        const char* text;
-        TDate date;
+        const char* Text;
+        TDate Date;
     } good[] = {
         {"2024-02-29", 2024y / 2 / 29}, {"0001-01-01", year(1) / 1 / 1}, {"9999-12-31", 9999y / 12 / 31}};
     for (const auto& c : good) {
-        EXPECT_EQ(ParseIsoDate(c.text), c.date);
-        EXPECT_EQ(FormatIsoDate(c.date), c.text);
+        EXPECT_EQ(ParseIsoDate(c.Text), c.Date);
+        EXPECT_EQ(FormatIsoDate(c.Date), c.Text);
     }
     for (const char* text : {"", "2023-02-29", "2024-13-01", "2024-00-10", "2024-01-00", "2024-01-32",
                              "0000-01-01", "2024-1-01", "20240101", "2024/01/01", "01/02/2024", "2024-01-01 ",
-                             "2024-01-01T00:00:00", "-024-01-01", "45000"}) {
+                             "2024-01-01T00:00:00", "-024-01-01", "45000"})
         EXPECT_FALSE(ParseIsoDate(text).has_value()) << text;
-    }
 }
 
 TEST(DBUtils, MakesRepeatedNamesUnique) {
     const struct {
-        std::vector<std::string> names;
-        std::vector<std::string> unique;
+        std::vector<std::string> Names;
+        std::vector<std::string> Unique;
     } cases[] = {
         {{}, {}},
         {{"TABELA", "CODIGO"}, {"TABELA", "CODIGO"}},
@@ -54,17 +51,13 @@ TEST(DBUtils, MakesRepeatedNamesUnique) {
     };
     for (const auto& c : cases) {
         std::vector<TDBParam> params;
-        params.reserve(c.names.size());
-        for (const std::string& name : c.names) {
+        for (const std::string& name : c.Names)
             params.push_back({name, {}});
-        }
         TDBUtils::MakeNamesUnique(params);
         std::vector<std::string> names;
-        names.reserve(params.size());
-        for (const TDBParam& param : params) {
-            names.push_back(param.name);
-        }
-        EXPECT_THAT(names, ElementsAreArray(c.unique));
+        for (const TDBParam& param : params)
+            names.push_back(param.Name);
+        EXPECT_THAT(names, ElementsAreArray(c.Unique));
     }
 }
 
@@ -75,38 +68,32 @@ TEST(DBUtils, ShowsAMissingValueAsNull) {
 }
 
 TEST(TussTableName, KnowsTheTablesOfTermsAndRaisesForOthers) {
-    for (const std::string number : {"18", "19", "20", "22", "63", "87"}) {
+    for (const std::string number : {"18", "19", "20", "22", "63", "87"})
         EXPECT_EQ(TussTableName(number), "TB_TUSS_" + number);
-    }
-    for (const std::string number : {"", "00", "64", "98", "022", "22 "}) {
-        try {
-            TussTableName(number);
-            FAIL() << number;
-        } catch (const ETabelaTussSemEntidade& error) {
-            EXPECT_EQ(error.what(), "Tabela " + number + " do TISS não possui entidade correspondente.");
-        }
-    }
+    for (const std::string number : {"", "00", "64", "98", "022", "22 "})
+        EXPECT_EQ(TextOf<ETussTableWithoutEntity>([&] { TussTableName(number); }),
+                  "Tabela " + number + " do TISS não possui entidade correspondente.");
 }
 
 TEST(Constantes, CreatesTheFoldersThatAreMissing) {
-    const TPastaTemporaria folder;
-    const TAmbiente dados("CONFERIX_DADOS", (folder / "meus/dados").string());
+    const TTemporaryFolder folder;
+    const TEnvironment dados("CONFERIX_DADOS", (folder / "meus/dados").string());
     EXPECT_EQ(TConstantes::SchemaTissDirectory(), folder / "meus/dados/schemas/tiss");
     EXPECT_TRUE(fs::is_directory(folder / "meus/dados/schemas/tiss"));
     EXPECT_EQ(TConstantes::ValidadorDirectory(), folder / "meus/dados");
-    const TAmbiente occupied("CONFERIX_DADOS", CONFERIX_GERA_TUSS);
-    EXPECT_THROW(TConstantes::ValidadorDirectory(), EPastaNaoCriada);
+    const TEnvironment occupied("CONFERIX_DADOS", CONFERIX_GERA_TUSS);
+    EXPECT_THROW(TConstantes::ValidadorDirectory(), EFolderNotCreated);
 }
 
 TEST(DatabaseTuss, IsTheFileGivenOrNamedOrImportedOrBesideTheProgram) {
-    const TPastaTemporaria folder;
-    const TAmbiente data("CONFERIX_DADOS", folder.Path().string());
-    const TAmbiente none("CONFERIX_TUSS", {});
+    const TTemporaryFolder folder;
+    const TEnvironment data("CONFERIX_DADOS", folder.Path().string());
+    const TEnvironment none("CONFERIX_TUSS", {});
     EXPECT_EQ(TDatabaseTuss().DatabaseFileName(), ExecutablePath().parent_path() / "tuss.db");
-    testes::Gravar(folder / "tuss.db", "importada");
+    WriteTestFile(folder / "tuss.db", "importada");
     EXPECT_EQ(TDatabaseTuss().DatabaseFileName(), folder / "tuss.db");
     EXPECT_EQ(TDatabaseTuss::ImportTarget(), folder / "tuss.db");
-    const TAmbiente named("CONFERIX_TUSS", "/outra/base.db");
+    const TEnvironment named("CONFERIX_TUSS", "/outra/base.db");
     EXPECT_EQ(TDatabaseTuss().DatabaseFileName(), "/outra/base.db");
     EXPECT_EQ(TDatabaseTuss::ImportTarget(), "/outra/base.db");
     EXPECT_EQ(TDatabaseTuss("minha.db").DatabaseFileName(), "minha.db");
@@ -122,7 +109,7 @@ TEST(DBConnectionFactory, HandsOutConnectionsOfItsSource) {
 
     const TDatabaseTuss missing("falta.db");
     const TDBConnectionFactory failing([&] { return missing.CreateConnection(); });
-    EXPECT_THROW(failing.CreateConnection(), ETerminologiaNaoAberta);
+    EXPECT_THROW(failing.CreateConnection(), ETerminologyNotOpened);
 }
 
 } // namespace

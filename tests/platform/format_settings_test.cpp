@@ -1,5 +1,5 @@
 #include "platform/format_settings.h"
-#include "platform/pasta_temporaria.h"
+#include "support/test_files.h"
 
 #include <gtest/gtest.h>
 
@@ -18,9 +18,9 @@ const TFormatSettings kBrazil = TFormatSettings::OfLocale({",", "."});
 
 TEST(FormatSettings, MoneyRoundsHalfAwayFromZero) {
     const struct {
-        double value;
-        const char* regional;
-        const char* message;
+        double Value;
+        const char* Regional;
+        const char* Message;
     } cases[] = {
         {0, "0,00", "0.00"},
         {-0.0, "0,00", "0.00"},
@@ -42,8 +42,8 @@ TEST(FormatSettings, MoneyRoundsHalfAwayFromZero) {
         {5e-324, "0,00", "0.00"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(kBrazil.Money(c.value), c.regional) << c.value;
-        EXPECT_EQ(TFormatSettings::Messages().Money(c.value), c.message) << c.value;
+        EXPECT_EQ(kBrazil.Money(c.Value), c.Regional) << c.Value;
+        EXPECT_EQ(TFormatSettings::Messages().Money(c.Value), c.Message) << c.Value;
     }
     const double largest = std::numeric_limits<double>::max();
     EXPECT_EQ(TFormatSettings::Messages().Money(largest).size(), 309U + 3U);
@@ -53,15 +53,14 @@ TEST(FormatSettings, MoneyRoundsHalfAwayFromZero) {
 
 TEST(FormatSettings, CountsAndOtherDecimals) {
     const struct {
-        std::int64_t value;
-        const char* text;
+        std::int64_t Value;
+        const char* Text;
     } counts[] = {
         {0, "0"},          {999, "999"},
         {1000, "1.000"},   {-999, "-999"},
         {-1000, "-1.000"}, {std::numeric_limits<std::int64_t>::min(), "-9.223.372.036.854.775.808"}};
-    for (const auto& c : counts) {
-        EXPECT_EQ(kBrazil.Count(c.value), c.text);
-    }
+    for (const auto& c : counts)
+        EXPECT_EQ(kBrazil.Count(c.Value), c.Text);
     EXPECT_EQ(TFormatSettings::Messages().Count(1234567), "1234567");
     EXPECT_EQ(kBrazil.Decimal(2.5, 0), "3");
     EXPECT_EQ(kBrazil.Decimal(-0.5, 0), "-1");
@@ -71,63 +70,46 @@ TEST(FormatSettings, CountsAndOtherDecimals) {
 
 TEST(FormatSettings, SeparatorsThatNoCountryUsesGiveThoseOfBrazil) {
     const struct {
-        TRegionalSeparators locale;
-        const char* text;
+        TRegionalSeparators Locale;
+        const char* Text;
     } cases[] = {
         {{".", ","}, "1,234.50"}, {{",", "\u00A0"}, "1\u00A0234,50"},
         {{",", ""}, "1234,50"},   {{".", "\u2019"}, "1\u2019234.50"},
         {{".", ""}, "1.234,50"},  {{"", ""}, "1.234,50"},
         {{"", "."}, "1.234,50"},  {{",", ","}, "1.234,50"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(TFormatSettings::OfLocale(c.locale).Money(1234.5), c.text);
+    for (const auto& c : cases)
+        EXPECT_EQ(TFormatSettings::OfLocale(c.Locale).Money(1234.5), c.Text);
+}
+
+TEST(FormatSettings, SeparatorsAreThoseOfTheUsersLocale) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"C", "-1.234.567,89"},
+        {"POSIX", "-1.234.567,89"},
+        {"C.UTF-8", "-1.234.567,89"},
+        {"pt_BR.UTF-8", "-1.234.567,89"},
+        {"pt_BR.ISO-8859-1", "-1.234.567,89"},
+        {"en_US.UTF-8", "-1,234,567.89"},
+        {"fr_FR.UTF-8", "-1\u202F234\u202F567,89"},
+        {"nb_NO.ISO-8859-1", "-1\u00A0234\u00A0567,89"},
+        {"xx_XX.UTF-8", "-1.234.567,89"}, // there is none of that name
+    };
+    for (const auto& [locale, text] : cases) {
+        const locale_t installed = newlocale(LC_NUMERIC_MASK, locale, nullptr);
+        if (installed == nullptr && !std::string_view(locale).starts_with("xx"))
+            continue; // that of Brazil is, where the tests are set up
+        if (installed != nullptr)
+            freelocale(installed);
+        const TEnvironment environment("LC_ALL", locale);
+        EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(-1234567.891), text) << locale;
+        EXPECT_STREQ(setlocale(LC_ALL, nullptr), "C") << "the locale of the process was changed";
     }
-}
-
-struct TLocaleCase {
-    const char* locale;
-    const char* text;
-};
-
-void PrintTo(const TLocaleCase& c, std::ostream* out) {
-    *out << c.locale;
-}
-
-class LocaleOfTheUser : public testing::TestWithParam<TLocaleCase> {};
-
-TEST_P(LocaleOfTheUser, GivesTheSeparators) {
-    const TLocaleCase& c = GetParam();
-    const locale_t installed = newlocale(LC_NUMERIC_MASK, c.locale, nullptr);
-    if (installed == nullptr) {
-        GTEST_SKIP() << "the locale " << c.locale << " is not installed";
-    }
-    freelocale(installed);
-    const testes::TAmbiente environment("LC_ALL", c.locale);
-    EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(-1234567.891), c.text);
-    EXPECT_STREQ(setlocale(LC_ALL, nullptr), "C") << "the locale of the process was changed";
-}
-
-constexpr TLocaleCase kLocales[] = {
-    {"C", "-1.234.567,89"},
-    {"POSIX", "-1.234.567,89"},
-    {"C.UTF-8", "-1.234.567,89"},
-    {"pt_BR.UTF-8", "-1.234.567,89"},
-    {"pt_BR.ISO-8859-1", "-1.234.567,89"},
-    {"en_US.UTF-8", "-1,234,567.89"},
-    {"fr_FR.UTF-8", "-1\u202F234\u202F567,89"},
-    {"nb_NO.ISO-8859-1", "-1\u00A0234\u00A0567,89"},
-};
-INSTANTIATE_TEST_SUITE_P(, LocaleOfTheUser, testing::ValuesIn(kLocales));
-
-TEST(FormatSettings, AnUnknownLocaleGivesTheSeparatorsOfBrazil) {
-    const testes::TAmbiente environment("LC_ALL", "xx_XX.UTF-8");
-    EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(1234.5), "1.234,50");
 }
 
 TEST(ParseDecimal, TakesTheLexicalFormOfADecimalAndNothingElse) {
     const struct {
-        const char* text;
-        double value;
+        const char* Text;
+        double Value;
     } good[] = {
         {"0", 0},      {"12.50", 12.5},
         {"+1.5", 1.5}, {"-.5", -.5},
@@ -136,14 +118,13 @@ TEST(ParseDecimal, TakesTheLexicalFormOfADecimalAndNothingElse) {
         {"0.1", 0.1},  {"1234567890123456789.5", 1234567890123456789.5},
     };
     for (const auto& c : good) {
-        const auto value = ParseDecimal(c.text);
-        ASSERT_TRUE(value.has_value()) << c.text;
-        EXPECT_EQ(*value, c.value) << c.text;
+        const auto value = ParseDecimal(c.Text);
+        ASSERT_TRUE(value.has_value()) << c.Text;
+        EXPECT_EQ(*value, c.Value) << c.Text;
     }
     for (const char* text : {"", "  ", ".", "+", "-", "+.", "1e3", "1,5", "1.5.0", "--1", "+-1", "1 0",
-                             "0x10", "INF", "NaN", "1.5a", "\u00A01", "- 1", "1.2-"}) {
+                             "0x10", "INF", "NaN", "1.5a", "\u00A01", "- 1", "1.2-"})
         EXPECT_FALSE(ParseDecimal(text).has_value()) << text;
-    }
     EXPECT_FALSE(ParseDecimal(std::string("1\0", 2)).has_value());
     EXPECT_FALSE(ParseDecimal(std::string(400, '9')).has_value()) << "beyond the range of a double";
     EXPECT_EQ(ParseDecimal("-0." + std::string(400, '0') + "1"), 0.0);

@@ -2,7 +2,7 @@
 
 #include "data/tuss_writer.h"
 #include "support/case_file.h"
-#include "support/suporte.h"
+#include "support/support.h"
 
 namespace conferix::testes {
 namespace {

@@ -8,7 +8,7 @@
 namespace conferix::testes {
 namespace {
 
-TTussTermo Termo(std::string codigo, std::optional<TDate> inicio) {
+TTussTerm Termo(std::string codigo, std::optional<TDate> inicio) {
     return {std::move(codigo), inicio, std::nullopt};
 }
 
@@ -87,7 +87,7 @@ TEST(TussTerm, AsksOnlyWhenAnAnswerIsWanted) {
     try {
         term.IsValid();
         FAIL() << "a tabela 98 não tem termos";
-    } catch (const ETabelaTussSemEntidade& error) {
+    } catch (const ETussTableWithoutEntity& error) {
         EXPECT_STREQ(error.what(), "Tabela 98 do TISS não possui entidade correspondente.");
     }
     EXPECT_THROW(TTussManager(nullptr), EManagerNotDefined);

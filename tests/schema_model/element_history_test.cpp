@@ -2,7 +2,7 @@
 // use.
 #include "schema_model/element_history.h"
 #include "support/case_file.h"
-#include "support/suporte.h"
+#include "support/support.h"
 #include "xml/bindings/lote_guias_names.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
 // conferix esquemas listar, importar and remover, as a user runs them.
 #include "app/cli/cli.h"
-#include "support/lote_pequeno.h"
-#include "support/suporte.h"
-#include "support/zip_de_teste.h"
+#include "support/small_lote.h"
+#include "support/support.h"
+#include "support/test_zip.h"
 #include "xml/schema/schema_files.h"
 
 #include <gmock/gmock.h>
@@ -146,13 +146,13 @@ TEST_F(ComandosDeSchemas, RemovingKeepsWhatOtherImportedSetsNeed) {
 }
 
 TEST_F(ComandosDeSchemas, PackagesThatAreNotToBeUnpackedAreRefusedWhole) {
-    const TEntrada good{"tissV4_01_00.xsd", std::string(kSmallSchema)};
+    const TTestEntry good{"tissV4_01_00.xsd", std::string(kSmallSchema)};
     const std::string zeros(25'000'000, ' ');
     struct TCase {
-        std::vector<TEntrada> Entradas;
+        std::vector<TTestEntry> Entradas;
         std::string Motivo;
     };
-    std::vector<TEntrada> many;
+    std::vector<TTestEntry> many;
     for (int i = 0; i < 10'001; ++i)
         many.push_back({std::to_string(i), ""});
     const std::vector<TCase> cases = {
@@ -201,7 +201,7 @@ TEST_F(ComandosDeSchemas, BothEditionsOfTheSignatureServeBothTheirFolders) {
                std::string(kSignatureNamespace) + "\" targetNamespace=\"" + space + "\">" + content +
                "</schema>";
     };
-    std::vector<TEntrada> entries;
+    std::vector<TTestEntry> entries;
     for (const auto& [folder, name, main] :
          {std::array<std::string, 3>{"1/", "assinaturaDigital", "tissV3_02_00.xsd"},
           std::array<std::string, 3>{"2/", "Signature", "tissV4_03_00.xsd"}}) {

@@ -1,7 +1,7 @@
 // Which schema serves a version: an imported one first, else the one that comes with the program.
 #include "app/schema_folder.h"
 #include "schema_model/seal.h"
-#include "support/suporte.h"
+#include "support/support.h"
 
 #include <gmock/gmock.h>
 

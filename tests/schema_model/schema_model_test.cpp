@@ -3,7 +3,7 @@
 #include "schema_model/seal.h"
 #include "schema_model/xsd_writer.h"
 #include "support/case_file.h"
-#include "support/suporte.h"
+#include "support/support.h"
 
 #include <gmock/gmock.h>
 
@@ -73,7 +73,7 @@ TEST(SchemaModel, FilesShareTypesAndImportOthers) {
             "</xs:sequence>", "</xs:complexType>",
             "<xs:simpleType name=\"S\"><xs:restriction base=\"xs:date\"></xs:restriction></xs:simpleType>",
             "</xs:schema>"));
-    EXPECT_THROW(LoadSchemaModels(folder.Path() / "nada"), EArquivoNaoLido);
+    EXPECT_THROW(LoadSchemaModels(folder.Path() / "nada"), EFileNotRead);
 }
 
 } // namespace

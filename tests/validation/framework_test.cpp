@@ -1,6 +1,6 @@
 #include "model/mensagem_tiss.h"
 #include "rules/rule_table.h"
-#include "support/suporte.h"
+#include "support/support.h"
 #include "validation/solver.h"
 #include "validator/rule_list.h"
 #include "validator/tiss_validator.h"

@@ -1,6 +1,6 @@
 #include "rules/achados.h"
 #include "support/case_file.h"
-#include "support/suporte.h"
+#include "support/support.h"
 
 namespace conferix::testes {
 namespace {

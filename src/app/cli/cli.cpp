@@ -1,14 +1,13 @@
 #include "app/cli/cli.h"
 
 #include "app/cli/commands.h"
+#include "convert/conversion_run.h"
 #include "data/constantes.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
-#include "model/arquivo_tiss_factory.h"
 #include "model/tiss_exceptions.h"
 #include "platform/platform.h"
 #include "schema_model/built_in_folders.h"
-#include "xml/xml_parser.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -32,8 +31,6 @@ std::string UsageText(const CLI::ParseError& error, const std::vector<std::strin
                    ? "falta o comando"
                    : fmt::format("falta um argumento obrigatório ({})", what.substr(0, what.find(" is ")));
     }
-    if (name == "ExtrasError")
-        return fmt::format("argumento desconhecido ({})", error.what());
     if (name == "ValidationError" || name == "ConversionError")
         return fmt::format("valor inválido para uma opção ({})", error.what());
     if (name == "ArgumentMismatch")
@@ -340,7 +337,7 @@ std::filesystem::path TCliContext::SchemaFolder() const {
         return PathFromText(Esquemas);
     try {
         return TConstantes::SchemaTissDirectory();
-    } catch (const EPastaNaoCriada&) {
+    } catch (const EFolderNotCreated&) {
         return DataFolder() / "schemas" / "tiss"; // reading goes on; there is just nothing there
     }
 }
@@ -360,7 +357,7 @@ std::filesystem::path TCliContext::ConfigFile() const {
     std::filesystem::path file = PathFromText(Config);
     std::error_code ignored;
     if (!std::filesystem::exists(file, ignored))
-        throw EConfigInvalida(file, "o arquivo não existe"); // a mistyped name must not switch rules on
+        throw EInvalidConfig(file, "o arquivo não existe"); // a mistyped name must not switch rules on
     return file;
 }
 
@@ -389,27 +386,28 @@ void TCliContext::Warning(const std::string& text) const {
     Streams.Err << "conferix: aviso: " << text << std::endl;
 }
 
-std::string ReadInput(const TCliContext& context, const std::string& fileName) {
+TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName) {
     if (fileName != "-")
-        return ReadWholeFile(PathFromText(fileName));
-    return {std::istreambuf_iterator<char>(context.Streams.In), {}};
+        return TTissFile::Read(PathFromText(fileName));
+    return TTissFile(std::string(std::istreambuf_iterator<char>(context.Streams.In), {}));
 }
 
-TOpenedFile OpenTissFile(const TCliContext& context, const std::string& fileName) {
-    const auto fail = [&](int status, const std::string& reason) {
+int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action) {
+    const auto fail = [&](int status, std::string_view reason) {
         context.Error(fmt::format("{}: {}", fileName, reason));
-        return TOpenedFile{nullptr, status};
+        return status;
     };
     try {
-        TXmlParseResult parsed = TXmlParser::Parse(DecodeXml(ReadInput(context, fileName)).Text);
-        if (parsed.Document == nullptr)
-            return fail(kExitInvalid, parsed.Messages.front()->Msg());
-        return {TArquivoTissFactory().GetNewArquivoTiss(parsed.Document), kExitValid};
-    } catch (const EArquivoNaoLido& error) {
+        return action(ReadTissFile(context, fileName));
+    } catch (const EFileNotRead& error) {
         return fail(kExitUnreadable, error.Reason());
     } catch (const EXmlEncoding& error) {
         return fail(kExitInvalid, error.what());
+    } catch (const EXmlNotParsed& error) {
+        return fail(kExitInvalid, error.what());
     } catch (const ETissException& error) {
+        return fail(kExitInvalid, error.what());
+    } catch (const EConversionNotSupported& error) {
         return fail(kExitInvalid, error.what());
     }
 }

@@ -47,7 +47,7 @@ std::vector<std::string> RunImport(const TCliContext& context, const std::filesy
                 reasons += fmt::format("{}{}: {}", reasons.empty() ? "" : "; ", names.back(), failure);
         }
     if (status != kExitValid)
-        throw EAtualizacao("o pacote contém schemas que não podem ser usados: " + reasons);
+        throw EUpdate("o pacote contém schemas que não podem ser usados: " + reasons);
     return names;
 }
 
@@ -74,35 +74,35 @@ bool HasSchemas(const TCliContext& context, const std::vector<std::string>& name
 /// Merges a package of terminology into the one in use.
 void ImportTerminologyPackage(const TCliContext& context, const std::filesystem::path& file) {
     TImportOptions import;
-    import.sources = {file};
-    import.target = TDatabaseTuss::ImportTarget(PathFromText(context.Terminologia));
-    import.delivered = TDatabaseTuss::DeliveredFileName();
+    import.Sources = {file};
+    import.Target = TDatabaseTuss::ImportTarget(PathFromText(context.Terminologia));
+    import.Delivered = TDatabaseTuss::DeliveredFileName();
     ImportTerminology(import);
 }
 
 /// Who takes packages of which kind.
-TImportadores Importers(const TCliContext& context) {
+TPackageImporters Importers(const TCliContext& context) {
     using TPath = std::filesystem::path;
     using TNames = std::vector<std::string>;
     return {{"schemas",
-             {[&context](const TPacote&, const TPath& file) { return ImportSchemas(context, file); },
-              [&context](const TPacote&, const TNames& names) { return HasSchemas(context, names); }}},
+             {[&context](const TPackage&, const TPath& file) { return ImportSchemas(context, file); },
+              [&context](const TPackage&, const TNames& names) { return HasSchemas(context, names); }}},
             {"terminologia",
-             {[&context](const TPacote&, const TPath& file) {
+             {[&context](const TPackage&, const TPath& file) {
                   ImportTerminologyPackage(context, file);
                   return TNames(); // the database itself lists what was imported
               },
-              [&context](const TPacote& package, const TNames&) {
+              [&context](const TPackage& package, const TNames&) {
                   return HasImport(TDatabaseTuss::ImportTarget(PathFromText(context.Terminologia)),
                                    package.Sha256);
               }}}};
 }
 
-TDownloadProgress ProgressOn(const TCliContext& context, const TPacote& package) {
+TDownloadProgress ProgressOn(const TCliContext& context, const TPackage& package) {
     return [&context, &package, shown = -1](std::uint64_t received, std::uint64_t total) mutable {
         const int percent = static_cast<int>(received * 100 / total);
         if (context.Streams.ErrIsTerminal && percent != shown)
-            context.Streams.Err << fmt::format("\r{} {}: {} %{}", package.Nome, package.Versao, percent,
+            context.Streams.Err << fmt::format("\r{} {}: {} %{}", package.Name, package.Version, percent,
                                                percent == 100 ? "\n" : "")
                                 << std::flush;
         shown = percent;
@@ -110,28 +110,27 @@ TDownloadProgress ProgressOn(const TCliContext& context, const TPacote& package)
     };
 }
 
-TJson PackageJson(const TPacote& package, std::string_view state, const std::string& failure) {
-    return {{"nome", package.Nome},       {"tipo", package.Tipo}, {"versao", package.Versao},
-            {"tamanho", package.Tamanho}, {"estado", state},      {"erro", failure}};
+TJson PackageJson(const TPackage& package, std::string_view state, const std::string& failure) {
+    return {{"nome", package.Name},    {"tipo", package.Kind}, {"versao", package.Version},
+            {"tamanho", package.Size}, {"estado", state},      {"erro", failure}};
 }
 
 } // namespace
 
 int RunAtualizar(const TCliContext& context, bool verificar) {
     try {
-        TAtualizacao update(TAtualizacaoSettings().Endereco, TProxySettings(),
-                            TConstantes::ValidadorDirectory());
-        const std::unique_ptr<TFileLock> lock = verificar ? nullptr : update.Travar();
-        const TImportadores importers = Importers(context);
+        TUpdater update(TUpdateSettings().Address, TProxySettings(), TConstantes::ValidadorDirectory());
+        const std::unique_ptr<TFileLock> lock = verificar ? nullptr : update.Lock();
+        const TPackageImporters importers = Importers(context);
         TJson report = TJson::array();
         std::string text;
         int status = kExitValid;
-        for (const TPacote& package : update.Listar(importers)) {
-            std::string_view state = package.Instalado ? "instalado" : "disponivel";
+        for (const TPackage& package : update.List(importers)) {
+            std::string_view state = package.Installed ? "instalado" : "disponivel";
             std::string failure;
-            if (!verificar && !package.Instalado) {
+            if (!verificar && !package.Installed) {
                 try {
-                    update.Instalar(package, importers, ProgressOn(context, package));
+                    update.Install(package, importers, ProgressOn(context, package));
                     state = "instalado";
                 } catch (const std::exception& error) { // one package does not keep the others from it
                     failure = error.what();
@@ -141,8 +140,8 @@ int RunAtualizar(const TCliContext& context, bool verificar) {
                 }
             }
             report.push_back(PackageJson(package, state, failure));
-            text += fmt::format("{} {} ({}, {} bytes): {}\n", package.Nome, package.Versao, package.Tipo,
-                                package.Tamanho, state == "disponivel" ? "disponível" : state);
+            text += fmt::format("{} {} ({}, {} bytes): {}\n", package.Name, package.Version, package.Kind,
+                                package.Size, state == "disponivel" ? "disponível" : state);
         }
         if (context.Json())
             context.Streams.Out << JsonText(report) << '\n';
@@ -151,7 +150,7 @@ int RunAtualizar(const TCliContext& context, bool verificar) {
         return status;
     } catch (const EHttp& error) {
         context.Error(error.what());
-    } catch (const EAtualizacao& error) {
+    } catch (const EUpdate& error) {
         context.Error(error.what());
     }
     return kExitUnreadable;

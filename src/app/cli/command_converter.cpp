@@ -3,11 +3,7 @@
 #include "app/cli/message_json.h"
 #include "app/lote_conversion.h"
 #include "convert/version_converter.h"
-#include "model/arquivo_tiss_factory.h"
-#include "model/tiss_exceptions.h"
 #include "platform/platform.h"
-#include "xml/xml_encoding.h"
-#include "xml/xml_parser.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -22,37 +18,37 @@ namespace conferix {
 
 namespace {
 
-std::string_view NameOfNote(TConversionNoteType tipo) {
-    switch (tipo) {
-    case TConversionNoteType::ntPerda:
+std::string_view NameOfNote(TConversionNoteType type) {
+    switch (type) {
+    case TConversionNoteType::ntLoss:
         return "perda";
-    case TConversionNoteType::ntPendencia:
+    case TConversionNoteType::ntPending:
         return "pendencia";
-    case TConversionNoteType::ntMudanca:
+    case TConversionNoteType::ntChange:
         return "mudanca";
     }
     return "";
 }
 
-std::string_view LabelOfNote(TConversionNoteType tipo) {
-    switch (tipo) {
-    case TConversionNoteType::ntPerda:
+std::string_view LabelOfNote(TConversionNoteType type) {
+    switch (type) {
+    case TConversionNoteType::ntLoss:
         return "perda";
-    case TConversionNoteType::ntPendencia:
+    case TConversionNoteType::ntPending:
         return "pendência";
-    case TConversionNoteType::ntMudanca:
+    case TConversionNoteType::ntChange:
         return "mudança";
     }
     return "";
 }
 
-std::size_t CountNotes(const TConversionNotes& notes, TConversionNoteType tipo) {
+std::size_t CountNotes(const TConversionNotes& notes, TConversionNoteType type) {
     return static_cast<std::size_t>(
-        std::count_if(notes.begin(), notes.end(), [tipo](const auto& note) { return note.Tipo == tipo; }));
+        std::count_if(notes.begin(), notes.end(), [type](const auto& note) { return note.Type == type; }));
 }
 
-TMessageType SeverityOf(TConversionNoteType tipo) {
-    return tipo == TConversionNoteType::ntMudanca ? TMessageType::mtInformation : TMessageType::mtWarning;
+TMessageType SeverityOf(TConversionNoteType type) {
+    return type == TConversionNoteType::ntChange ? TMessageType::mtInformation : TMessageType::mtWarning;
 }
 
 void CheckOptions(const TConverterOptions& options) {
@@ -65,7 +61,7 @@ void CheckOptions(const TConverterOptions& options) {
         std::none_of(std::begin(kRegimesAtendimento), std::end(kRegimesAtendimento), known)) {
         std::string list;
         for (const TRegimeAtendimento& other : kRegimesAtendimento)
-            list += fmt::format("{} - {}, ", other.Codigo, other.Descricao);
+            list += fmt::format("{} - {}, ", other.Codigo, other.Description);
         throw EUsage(
             fmt::format("o regime de atendimento \"{}\" não existe; escolha {}ou nenhum", regime, list));
     }
@@ -110,78 +106,63 @@ class TConverterCommand {
     }
 
   private:
-    int Convert(const std::string& file) {
-        const auto fail = [&](int status, const std::string& reason) {
-            context_.Error(fmt::format("{}: {}", file, reason));
-            return status;
-        };
-        try {
-            TXmlText text = DecodeXml(ReadInput(context_, file));
-            const TXmlParseResult parsed = TXmlParser::Parse(std::move(text.Text));
-            if (parsed.Document == nullptr)
-                return fail(kExitInvalid, parsed.Messages.front()->Msg());
-            const auto arquivo = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
-            const TLoteConvertido lote =
-                ConvertLote(*arquivo, options_.Para, conversion_, context_.Schemas());
-            Write(file, EncodeXml(lote.Xml, text.Encoding));
-            Report(file, lote);
+    int Convert(const std::string& name) {
+        return RunOnFile(context_, name, [&](const TTissFile& file) {
+            const TConvertedLote lote =
+                ConvertLote(*file.Load(), options_.Para, conversion_, context_.Schemas());
+            try {
+                Write(name, file.WithText(lote.Xml));
+            } catch (const EFileNotWritten& error) { // says which file; the next one may go elsewhere
+                context_.Error(error.what());
+                return kExitUnreadable;
+            }
+            Report(name, lote);
             return kExitValid;
-        } catch (const EArquivoNaoLido& error) {
-            return fail(kExitUnreadable, error.Reason());
-        } catch (const EArquivoNaoGravado& error) {
-            context_.Error(error.what());
-            return kExitUnreadable;
-        } catch (const EXmlEncoding& error) {
-            return fail(kExitInvalid, error.Message()->Msg());
-        } catch (const ETissException& error) {
-            return fail(kExitInvalid, error.what());
-        } catch (const EConversionNotSupported& error) {
-            return fail(kExitInvalid, error.what());
-        }
+        });
     }
 
-    void Write(const std::string& file, const std::string& bytes) const {
+    void Write(const std::string& source, const TTissFile& converted) const {
         if (!options_.Saida.empty()) {
-            WriteFileAtomically(PathFromText(options_.Saida), bytes);
+            converted.Write(PathFromText(options_.Saida));
         } else if (!options_.PastaSaida.empty()) {
             const std::filesystem::path folder = PathFromText(options_.PastaSaida);
             CreateFolder(folder);
-            WriteFileAtomically(folder / PathFromText(file).filename(), bytes);
+            converted.Write(folder / PathFromText(source).filename());
         } else if (!context_.Json()) {
-            context_.Streams.Out << bytes;
+            context_.Streams.Out << converted.Bytes();
         }
     }
 
-    void Report(const std::string& file, const TLoteConvertido& lote) {
+    void Report(const std::string& file, const TConvertedLote& lote) {
         if (context_.Json()) {
             TJson notes = TJson::array();
-            for (const TConversionNote& note : lote.Notas)
-                notes.push_back({{"tipo", NameOfNote(note.Tipo)},
-                                 {"passo", note.Passo},
+            for (const TConversionNote& note : lote.Notes)
+                notes.push_back({{"tipo", NameOfNote(note.Type)},
+                                 {"passo", note.Step},
                                  {"guia", note.Guia},
-                                 {"linha", note.Linha},
-                                 {"elemento", note.Elemento},
-                                 {"valor", note.Valor},
-                                 {"texto", note.Texto}});
+                                 {"linha", note.Line},
+                                 {"elemento", note.Element},
+                                 {"valor", note.Value},
+                                 {"texto", note.Text}});
             reports_.push_back({{"arquivo", file},
-                                {"origem", lote.Origem},
-                                {"destino", lote.Destino},
-                                {"passos", lote.Passos},
+                                {"origem", lote.From},
+                                {"destino", lote.To},
+                                {"passos", lote.Steps},
                                 {"notas", std::move(notes)},
-                                {"valido", lote.Valido}});
+                                {"valido", lote.Valid}});
             return;
         }
         if (options_.Detalhar)
-            for (const TConversionNote& note : lote.Notas)
+            for (const TConversionNote& note : lote.Notes)
                 PrintNote(note, 1);
         else
-            PrintGroups(lote.Notas);
+            PrintGroups(lote.Notes);
         context_.Streams.Err << fmt::format(
-            "{}: {} -> {}, {}, {}, {}; {}.\n", file, lote.Origem, lote.Destino,
-            Counted(CountNotes(lote.Notas, TConversionNoteType::ntPerda), "perda", "perdas"),
-            Counted(CountNotes(lote.Notas, TConversionNoteType::ntPendencia), "pendência", "pendências"),
-            Counted(CountNotes(lote.Notas, TConversionNoteType::ntMudanca), "mudança", "mudanças"),
-            lote.Valido ? "válido pelo schema da nova versão" : "ainda inválido pelo schema da nova versão");
+            "{}: {} -> {}, {}, {}, {}; {}.\n", file, lote.From, lote.To,
+            Counted(CountNotes(lote.Notes, TConversionNoteType::ntLoss), "perda", "perdas"),
+            Counted(CountNotes(lote.Notes, TConversionNoteType::ntPending), "pendência", "pendências"),
+            Counted(CountNotes(lote.Notes, TConversionNoteType::ntChange), "mudança", "mudanças"),
+            lote.Valid ? "válido pelo schema da nova versão" : "ainda inválido pelo schema da nova versão");
     }
 
     /// One line for all notes of one cause, at the place of the first.
@@ -189,7 +170,7 @@ class TConverterCommand {
         using TKey = std::tuple<TConversionNoteType, std::string_view, std::string_view, std::string_view>;
         std::map<TKey, std::size_t> counts;
         const auto key = [](const TConversionNote& note) {
-            return TKey(note.Tipo, note.Passo, note.Elemento, note.Texto);
+            return TKey(note.Type, note.Step, note.Element, note.Text);
         };
         for (const TConversionNote& note : notes)
             ++counts[key(note)];
@@ -200,17 +181,17 @@ class TConverterCommand {
 
     void PrintNote(const TConversionNote& note, std::size_t count) const {
         const TPalette palette(context_.Streams.ErrIsTerminal);
-        std::string place = fmt::format("linha {}", note.Linha);
+        std::string place = fmt::format("linha {}", note.Line);
         if (!note.Guia.empty())
             place += ", guia " + note.Guia;
-        std::string line = note.Valor; // a line a note, whatever the value holds
+        std::string line = note.Value; // a line a note, whatever the value holds
         std::replace_if(line.begin(), line.end(), IsXmlSpace, ' ');
         std::string value = line.empty() ? std::string() : fmt::format(" Valor: \"{}\".", line);
         if (count > 1)
             value += fmt::format(" E mais {} do mesmo tipo.", Counted(count - 1, "nota", "notas"));
         context_.Streams.Err << fmt::format("{}: {}: {} ({}): {}{}\n",
-                                            palette.Severity(SeverityOf(note.Tipo), LabelOfNote(note.Tipo)),
-                                            note.Passo, note.Elemento, place, note.Texto, value);
+                                            palette.Severity(SeverityOf(note.Type), LabelOfNote(note.Type)),
+                                            note.Step, note.Element, place, note.Text, value);
     }
 
     const TCliContext& context_;
@@ -227,28 +208,24 @@ int RunConverter(const TCliContext& context, const TConverterOptions& options) {
 }
 
 int RunVersoes(const TCliContext& context, const std::string& arquivo) {
-    const TOpenedFile opened = OpenTissFile(context, arquivo);
-    if (opened.Arquivo == nullptr)
-        return opened.Status;
-    const TVersionConverter converter;
-    const std::string versao(opened.Arquivo->Versao());
-    try {
-        converter.RequireConvertible(*opened.Arquivo, "");
-    } catch (const EConversionNotSupported& error) {
-        context.Error(fmt::format("{}: {}", arquivo, error.what()));
-        return kExitInvalid;
-    }
-    const std::vector<std::string> up = converter.NextVersions(opened.Arquivo->TipoTransacao(), versao);
-    const std::vector<std::string> down = converter.PreviousVersions(opened.Arquivo->TipoTransacao(), versao);
-    std::ostream& out = context.Streams.Out;
-    if (context.Json())
-        out << JsonText({{"arquivo", arquivo}, {"versao", versao}, {"posteriores", up}, {"anteriores", down}})
-            << '\n';
-    else
-        out << fmt::format("Versão atual: {}\nPosteriores: {}\nAnteriores: {}\n", versao,
-                           up.empty() ? "nenhuma" : fmt::format("{}", fmt::join(up, ", ")),
-                           down.empty() ? "nenhuma" : fmt::format("{}", fmt::join(down, ", ")));
-    return kExitValid;
+    return RunOnFile(context, arquivo, [&](const TTissFile& opened) {
+        const auto file = opened.Load();
+        const TVersionConverter converter;
+        converter.RequireConvertible(*file, "");
+        const std::string versao(file->Versao());
+        const std::vector<std::string> up = converter.NextVersions(file->TipoTransacao(), versao);
+        const std::vector<std::string> down = converter.PreviousVersions(file->TipoTransacao(), versao);
+        std::ostream& out = context.Streams.Out;
+        if (context.Json())
+            out << JsonText(
+                       {{"arquivo", arquivo}, {"versao", versao}, {"posteriores", up}, {"anteriores", down}})
+                << '\n';
+        else
+            out << fmt::format("Versão atual: {}\nPosteriores: {}\nAnteriores: {}\n", versao,
+                               up.empty() ? "nenhuma" : fmt::format("{}", fmt::join(up, ", ")),
+                               down.empty() ? "nenhuma" : fmt::format("{}", fmt::join(down, ", ")));
+        return kExitValid;
+    });
 }
 
 } // namespace conferix

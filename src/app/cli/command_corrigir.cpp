@@ -44,11 +44,9 @@ class TCorrection {
     TCorrection(const TCliContext& context, const TCorrigirOptions& options)
         : context_(context), options_(options), controller_(context.NewController()) {}
 
-    int Run(const std::string& bytes) {
-        const TXmlEncoding encoding = DecodeXml(bytes).Encoding;
-        std::shared_ptr<const std::string> text;
-        controller_->Events().OnFileOpen.Subscribe([&](TFileOpenArgs& args) { text = args.SharedContent; });
-        controller_->LoadFromBytes(options_.Arquivo, bytes);
+    int Run(const TTissFile& before) {
+        const std::shared_ptr<const std::string>& text = before.Text();
+        controller_->Load(options_.Arquivo, before);
         const std::vector<std::string> enabled = context_.LoadConfig().EnabledValidations();
 
         TCorrectionResult result{text, {}, {}};
@@ -63,10 +61,10 @@ class TCorrection {
                 return List();
             result = CorrectMessage(text, enabled);
         }
-        const std::string after = *result.Xml == *text ? bytes : EncodeXml(*result.Xml, encoding);
-        Write(bytes, after);
+        const TTissFile after = before.WithText(result.Xml);
+        Write(before, after);
         if (context_.Json())
-            context_.Streams.Out << JsonText(Report(bytes, after, result)) << '\n';
+            context_.Streams.Out << JsonText(Report(before, after, result)) << '\n';
         Summarize(result);
         return Status();
     }
@@ -142,25 +140,29 @@ class TCorrection {
     std::string Difference(const std::string& before, const std::string& after) const {
         return UnifiedDiff(before, after, options_.Arquivo, options_.Arquivo + " (corrigido)");
     }
+    /// The difference of the texts, the corrected one as it will be read.
+    std::string TextDifference(const TTissFile& before, const TTissFile& after) const {
+        return Difference(*before.Text(), *TTissFile(after.Bytes()).Text());
+    }
 
-    void Write(const std::string& before, const std::string& after) const {
+    void Write(const TTissFile& before, const TTissFile& after) const {
         if (options_.Simular) {
             // For a terminal as text, else in the bytes of the files, so that the difference can be applied.
             if (!context_.Json())
                 context_.Streams.Out << (context_.Streams.OutIsTerminal
-                                             ? Difference(DecodeXml(before).Text, DecodeXml(after).Text)
-                                             : Difference(before, after));
+                                             ? TextDifference(before, after)
+                                             : Difference(before.Bytes(), after.Bytes()));
         } else if (!options_.Saida.empty()) {
-            WriteFileAtomically(PathFromText(options_.Saida), after);
+            after.Write(PathFromText(options_.Saida));
         } else if (!options_.NoLugar) {
             if (!context_.Json())
-                context_.Streams.Out << after;
-        } else if (after != before) {
-            WriteFileAtomically(PathFromText(options_.Arquivo), after);
+                context_.Streams.Out << after.Bytes();
+        } else if (*after.Text() != *before.Text()) {
+            after.Write(PathFromText(options_.Arquivo));
         }
     }
 
-    TJson Report(const std::string& before, const std::string& after, const TCorrectionResult& result) const {
+    TJson Report(const TTissFile& before, const TTissFile& after, const TCorrectionResult& result) const {
         TJson report = {{"arquivo", options_.Arquivo},
                         {"correcoes", TJson::array()},
                         {"naoCorrigidas", TJson::array()},
@@ -170,7 +172,7 @@ class TCorrection {
         for (const TCorrectionRecord& record : result.LeftOut)
             report["naoCorrigidas"].push_back(CorrectionJson(record));
         if (options_.Simular)
-            report["diferenca"] = Difference(DecodeXml(before).Text, DecodeXml(after).Text);
+            report["diferenca"] = TextDifference(before, after);
         return report;
     }
 
@@ -217,15 +219,8 @@ class TCorrection {
 
 int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options) {
     CheckOptions(options);
-    try {
-        return TCorrection(context, options).Run(ReadInput(context, options.Arquivo));
-    } catch (const EArquivoNaoLido& error) {
-        context.Error(fmt::format("{}: {}", options.Arquivo, error.Reason()));
-        return kExitUnreadable;
-    } catch (const EXmlEncoding& error) {
-        context.Error(fmt::format("{}: {}", options.Arquivo, error.Message()->Msg()));
-        return kExitInvalid;
-    }
+    return RunOnFile(context, options.Arquivo,
+                     [&](const TTissFile& file) { return TCorrection(context, options).Run(file); });
 }
 
 } // namespace conferix

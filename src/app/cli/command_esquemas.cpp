@@ -161,7 +161,7 @@ std::vector<TImportSource> FolderSources(const std::filesystem::path& folder) {
     std::error_code failure;
     std::filesystem::directory_iterator check(folder, failure);
     if (failure)
-        throw EArquivoNaoLido(folder, ReasonText(failure));
+        throw EFileNotRead(folder, ReasonText(failure));
     return {{folder, MainSchemas(TSchemaFolder(folder).FileNames())}};
 }
 
@@ -220,7 +220,7 @@ void Uninstall(const TSchemaFolder& folder, TMainSchema& schema) {
         std::error_code failure;
         std::filesystem::remove(folder.Folder() / PathFromText(file), failure);
         if (failure)
-            throw EArquivoNaoGravado(folder.Folder() / PathFromText(file), ReasonText(failure));
+            throw EFileNotWritten(folder.Folder() / PathFromText(file), ReasonText(failure));
     }
 }
 
@@ -259,7 +259,7 @@ int RunEsquemasImportar(const TCliContext& context, const std::string& origem) {
     try {
         sources = std::filesystem::is_regular_file(source, ignored) ? PackageSources(source, work.Path())
                                                                     : FolderSources(source);
-    } catch (const EPacoteInvalido& error) {
+    } catch (const EInvalidPackage& error) {
         context.Error(error.what());
         return kExitInvalid;
     }

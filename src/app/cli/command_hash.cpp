@@ -22,13 +22,7 @@ std::string HashRuleOf(TEnumTipoArquivoTiss tipo) {
     return "tiss.mensagem.hash";
 }
 
-} // namespace
-
-int RunHash(const TCliContext& context, const std::string& arquivo) {
-    const TOpenedFile opened = OpenTissFile(context, arquivo);
-    if (opened.Arquivo == nullptr)
-        return opened.Status;
-    const IArquivoTiss& file = *opened.Arquivo;
+int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
     const std::string written(file.Hash());
     const std::string iso = THashCalculator::Calculate(*file.Xml(), THashEncoding::Iso88591);
     const std::string utf8 = THashCalculator::Calculate(*file.Xml(), THashEncoding::Utf8);
@@ -51,6 +45,13 @@ int RunHash(const TCliContext& context, const std::string& arquivo) {
             << IndentLines(verdict.Msg(), 2) << '\n';
     }
     return verdict.MsgType() == TMessageType::mtError ? kExitInvalid : kExitValid;
+}
+
+} // namespace
+
+int RunHash(const TCliContext& context, const std::string& arquivo) {
+    return RunOnFile(context, arquivo,
+                     [&](const TTissFile& file) { return ShowHashes(context, *file.Load()); });
 }
 
 } // namespace conferix

@@ -43,50 +43,50 @@ class TInterruptGuard {
 
 TJson ReportJson(const TImportReport& report) {
     TJson tables = TJson::array();
-    for (const auto& [table, changes] : report.tabelas)
+    for (const auto& [table, changes] : report.Tables)
         tables.push_back({{"tabela", table},
-                          {"novos", changes.novos},
-                          {"alterados", changes.alterados},
-                          {"encerrados", changes.encerrados},
-                          {"iguais", changes.iguais},
-                          {"retirados", changes.retirados}});
+                          {"novos", changes.Added},
+                          {"alterados", changes.Changed},
+                          {"encerrados", changes.Ended},
+                          {"iguais", changes.Same},
+                          {"retirados", changes.Removed}});
     TJson files = TJson::array();
-    for (const TImportedFile& file : report.arquivos) {
+    for (const TImportedFile& file : report.Files) {
         TJson rows = TJson::object();
-        for (const auto& [table, content] : file.tabelas)
-            rows[table] = content.linhas;
-        files.push_back({{"arquivo", PathText(file.arquivo)},
-                         {"sha256", file.sha256},
+        for (const auto& [table, content] : file.Tables)
+            rows[table] = content.Rows;
+        files.push_back({{"arquivo", PathText(file.File)},
+                         {"sha256", file.Sha256},
                          {"linhas", std::move(rows)},
-                         {"naoEntendidas", file.naoEntendidas}});
+                         {"naoEntendidas", file.Rejected}});
     }
     TJson lines = TJson::array();
-    for (const TLinhaNaoEntendida& line : report.naoEntendidas)
-        lines.push_back({{"arquivo", line.arquivo}, {"linha", line.linha}, {"motivo", line.motivo}});
-    return {{"base", PathText(report.database)}, {"tabelas", std::move(tables)},
+    for (const TRejectedRow& line : report.Rejected)
+        lines.push_back({{"arquivo", line.File}, {"linha", line.Row}, {"motivo", line.Reason}});
+    return {{"base", PathText(report.Database)}, {"tabelas", std::move(tables)},
             {"arquivos", std::move(files)},      {"naoEntendidas", std::move(lines)},
-            {"ignorados", report.ignorados},     {"semDatas", report.semDatas},
-            {"semTabela", report.semTabela}};
+            {"ignorados", report.Ignored},       {"semDatas", report.WithoutDates},
+            {"semTabela", report.WithoutTable}};
 }
 
 /// The lines that were not understood, the first of each file.
-void WriteNotUnderstood(std::ostream& out, const TImportReport& report, const TFormatSettings& formats) {
+void WriteRejectedRows(std::ostream& out, const TImportReport& report, const TFormatSettings& formats) {
     constexpr std::int64_t kShown = 20;
     std::int64_t total = 0;
-    for (const TImportedFile& file : report.arquivos)
-        total += file.naoEntendidas;
+    for (const TImportedFile& file : report.Files)
+        total += file.Rejected;
     if (total == 0)
         return;
     out << fmt::format("Linhas que não puderam ser entendidas: {}\n", formats.Count(total));
     std::int64_t shown = 0;
-    auto line = report.naoEntendidas.begin();
-    for (const TImportedFile& file : report.arquivos) {
-        const std::int64_t kept = std::min(file.naoEntendidas, kNotUnderstoodKept);
+    auto line = report.Rejected.begin();
+    for (const TImportedFile& file : report.Files) {
+        const std::int64_t kept = std::min(file.Rejected, kRejectedRowsKept);
         const auto nextFile = line + kept;
         const auto end = line + std::min(kept, kShown);
         shown += end - line;
         for (; line != end; ++line)
-            out << fmt::format("  {}, {}: {}\n", line->arquivo, line->Lugar(), line->motivo);
+            out << fmt::format("  {}, {}: {}\n", line->File, line->Place(), line->Reason);
         line = nextFile;
     }
     if (shown < total)
@@ -96,36 +96,36 @@ void WriteNotUnderstood(std::ostream& out, const TImportReport& report, const TF
 void WriteReport(const TCliContext& context, const TImportReport& report) {
     std::ostream& out = context.Streams.Out;
     const TFormatSettings formats = TFormatSettings::Regional();
-    const bool hasRemoved = std::any_of(report.tabelas.begin(), report.tabelas.end(),
-                                        [](const auto& table) { return table.second.retirados > 0; });
-    out << "Base de terminologia: " << PathText(report.database) << '\n';
+    const bool hasRemoved = std::any_of(report.Tables.begin(), report.Tables.end(),
+                                        [](const auto& table) { return table.second.Removed > 0; });
+    out << "Base de terminologia: " << PathText(report.Database) << '\n';
     out << fmt::format("  {:<10} {:>11} {:>11} {:>11} {:>11}{}\n", "tabela", "novos", "alterados",
                        "encerrados", "iguais", hasRemoved ? "   retirados" : "");
-    for (const auto& [table, changes] : report.tabelas)
-        out << fmt::format("  {:<10} {:>11} {:>11} {:>11} {:>11}{}\n", table, formats.Count(changes.novos),
-                           formats.Count(changes.alterados), formats.Count(changes.encerrados),
-                           formats.Count(changes.iguais),
-                           hasRemoved ? fmt::format(" {:>11}", formats.Count(changes.retirados)) : "");
-    if (report.semTabela > 0)
+    for (const auto& [table, changes] : report.Tables)
+        out << fmt::format("  {:<10} {:>11} {:>11} {:>11} {:>11}{}\n", table, formats.Count(changes.Added),
+                           formats.Count(changes.Changed), formats.Count(changes.Ended),
+                           formats.Count(changes.Same),
+                           hasRemoved ? fmt::format(" {:>11}", formats.Count(changes.Removed)) : "");
+    if (report.WithoutTable > 0)
         out << fmt::format("Códigos da tabela 64 que ainda não estão em nenhuma tabela de termos: {}. Serão "
                            "usados quando ela for importada.\n",
-                           formats.Count(report.semTabela));
-    for (const std::string& file : report.ignorados)
+                           formats.Count(report.WithoutTable));
+    for (const std::string& file : report.Ignored)
         out << fmt::format("Sem terminologia, não foi usado: {}\n", file);
-    for (const std::string& file : report.semDatas)
+    for (const std::string& file : report.WithoutDates)
         out << fmt::format(
             "Nenhuma coluna de datas foi reconhecida (\"Data de início de vigência\", \"Data de "
             "fim de vigência\"), os termos foram tomados como sempre vigentes: {}\n",
             file);
-    WriteNotUnderstood(out, report, formats);
+    WriteRejectedRows(out, report, formats);
 }
 
 TImportReport ImportWithProgress(const TCliContext& context, TImportOptions import) {
     const TInterruptGuard guard;
     constexpr std::size_t kSteps = 100;
     TProgressBar progress(context.Streams.Err, context.Streams.ErrIsTerminal, kSteps);
-    import.stop = &interrupted;
-    import.onProgress = [&](const std::string& what, double fraction) {
+    import.Stop = &interrupted;
+    import.OnProgress = [&](const std::string& what, double fraction) {
         progress.Set(what, static_cast<std::size_t>(fraction * kSteps));
 };
 return ImportTerminology(import);
@@ -142,10 +142,10 @@ bool IsJudged(std::string_view table) {
 int RunTerminologiaImportar(const TCliContext& context, const TImportarOptions& options) {
     TImportOptions import;
     for (const std::string& source : options.Origens)
-        import.sources.push_back(PathFromText(source));
-    import.target = TDatabaseTuss::ImportTarget(PathFromText(context.Terminologia));
-    import.delivered = TDatabaseTuss::DeliveredFileName();
-    import.replace = options.Substituir;
+        import.Sources.push_back(PathFromText(source));
+    import.Target = TDatabaseTuss::ImportTarget(PathFromText(context.Terminologia));
+    import.Delivered = TDatabaseTuss::DeliveredFileName();
+    import.Replace = options.Substituir;
     const TImportReport report = ImportWithProgress(context, std::move(import));
     if (context.Json())
         context.Streams.Out << JsonText(ReportJson(report)) << '\n';
@@ -170,46 +170,44 @@ int RunTerminologiaRestaurar(const TCliContext& context) {
     return kExitValid;
 }
 
-std::vector<std::string> OldImports(const std::vector<TCarga>& imports) {
+std::vector<std::string> OldImports(const std::vector<TTableImport>& imports) {
     constexpr std::time_t kSixMonths = std::time_t(183) * 24 * 60 * 60;
     const std::time_t then = std::time(nullptr) - kSixMonths;
     const std::string limit = fmt::format("{:%Y-%m-%d}", *std::localtime(&then));
     std::vector<std::string> warnings;
-    for (const TCarga& import : imports)
-        if (IsJudged(import.tabela) && import.data.substr(0, limit.size()) < limit)
+    for (const TTableImport& import : imports)
+        if (IsJudged(import.Tabela) && import.Time.substr(0, limit.size()) < limit)
             warnings.push_back(
                 fmt::format("A importação mais recente da tabela {} é de {}, há mais de seis meses. "
                             "Importe a publicação atual da ANS: conferix terminologia importar "
                             "ARQUIVO.",
-                            import.tabela, import.data.substr(0, limit.size())));
+                            import.Tabela, import.Time.substr(0, limit.size())));
     return warnings;
 }
 
-TJson ImportsJson(const std::vector<TCarga>& imports) {
+TJson ImportsJson(const std::vector<TTableImport>& imports) {
     TJson rows = TJson::array();
-    for (const TCarga& import : imports)
+    for (const TTableImport& import : imports)
         rows.push_back(
-            {{"tabela", import.tabela},
-             {"data", import.data},
-             {"arquivo", import.arquivo},
-             {"sha256", import.sha256},
-             {"linhas", import.linhas},
-             {"inicioMaisRecente",
-              import.inicioMaisRecente.empty() ? TJson(nullptr) : TJson(import.inicioMaisRecente)}});
+            {{"tabela", import.Tabela},
+             {"data", import.Time},
+             {"arquivo", import.File},
+             {"sha256", import.Sha256},
+             {"linhas", import.Rows},
+             {"inicioMaisRecente", import.NewestStart.empty() ? TJson(nullptr) : TJson(import.NewestStart)}});
     return rows;
 }
 
-void WriteImports(std::ostream& out, const std::vector<TCarga>& imports) {
+void WriteImports(std::ostream& out, const std::vector<TTableImport>& imports) {
     if (imports.empty())
         return;
     out << "Importação mais recente de cada tabela:\n";
     const TFormatSettings formats = TFormatSettings::Regional();
-    for (const TCarga& import : imports)
-        out << fmt::format(
-            "  {:<10} {}  {} {}{}  {}\n", import.tabela, import.data, formats.Count(import.linhas),
-            import.linhas == 1 ? "linha" : "linhas",
-            import.inicioMaisRecente.empty() ? "" : ", início mais recente " + import.inicioMaisRecente,
-            import.arquivo);
+    for (const TTableImport& import : imports)
+        out << fmt::format("  {:<10} {}  {} {}{}  {}\n", import.Tabela, import.Time,
+                           formats.Count(import.Rows), import.Rows == 1 ? "linha" : "linhas",
+                           import.NewestStart.empty() ? "" : ", início mais recente " + import.NewestStart,
+                           import.File);
 }
 
 } // namespace conferix

@@ -11,8 +11,8 @@
 namespace conferix {
 
 /// A warning for each table that rules use and whose newest import is older than six months.
-std::vector<std::string> OldImports(const std::vector<TCarga>& imports);
-TJson ImportsJson(const std::vector<TCarga>& imports);
-void WriteImports(std::ostream& out, const std::vector<TCarga>& imports);
+std::vector<std::string> OldImports(const std::vector<TTableImport>& imports);
+TJson ImportsJson(const std::vector<TTableImport>& imports);
+void WriteImports(std::ostream& out, const std::vector<TTableImport>& imports);
 
 } // namespace conferix

@@ -19,13 +19,7 @@ void PrintGroup(std::ostream& out, const TPalette& palette, const TInformationGr
         out << "  " << label << ": " << std::string(widest - CountCharacters(label), ' ') << value << '\n';
 }
 
-} // namespace
-
-int RunInformar(const TCliContext& context, const std::string& arquivo) {
-    const TOpenedFile opened = OpenTissFile(context, arquivo);
-    if (opened.Arquivo == nullptr)
-        return opened.Status;
-    const TInformations groups = opened.Arquivo->Informations();
+int ShowInformations(const TCliContext& context, const TInformations& groups) {
     std::ostream& out = context.Streams.Out;
     if (context.Json()) {
         TJson json = TJson::array();
@@ -42,6 +36,14 @@ int RunInformar(const TCliContext& context, const std::string& arquivo) {
     for (const TInformationGroup& group : groups)
         PrintGroup(out, palette, group);
     return kExitValid;
+}
+
+} // namespace
+
+int RunInformar(const TCliContext& context, const std::string& arquivo) {
+    return RunOnFile(context, arquivo, [&](const TTissFile& file) {
+        return ShowInformations(context, file.Load()->Informations());
+    });
 }
 
 } // namespace conferix

@@ -15,32 +15,32 @@ namespace {
 
 constexpr std::size_t kMaxTerms = 20;
 
-std::string ValidityText(const TTermoEncontrado& term) {
-    const std::string start = term.inicioVigencia ? "desde " + FormatUserDate(*term.inicioVigencia) : "";
-    const std::string end = term.fimVigencia ? "até " + FormatUserDate(*term.fimVigencia) : "";
+std::string ValidityText(const TFoundTerm& term) {
+    const std::string start = term.InicioVigencia ? "desde " + FormatUserDate(*term.InicioVigencia) : "";
+    const std::string end = term.FimVigencia ? "até " + FormatUserDate(*term.FimVigencia) : "";
     return start + (start.empty() || end.empty() ? "" : " ") + end;
 }
 
 } // namespace
 
-TJson TermsJson(const std::vector<TTermoEncontrado>& terms) {
+TJson TermsJson(const std::vector<TFoundTerm>& terms) {
     const auto date = [](const std::optional<TDate>& day) {
         return day ? TJson(FormatIsoDate(*day)) : TJson(nullptr);
     };
     TJson rows = TJson::array();
-    for (const TTermoEncontrado& term : terms)
-        rows.push_back({{"tabela", term.tabela},
-                        {"codigo", term.codigo},
-                        {"termo", term.termo},
-                        {"inicioVigencia", date(term.inicioVigencia)},
-                        {"fimVigencia", date(term.fimVigencia)}});
+    for (const TFoundTerm& term : terms)
+        rows.push_back({{"tabela", term.Tabela},
+                        {"codigo", term.Codigo},
+                        {"termo", term.Termo},
+                        {"inicioVigencia", date(term.InicioVigencia)},
+                        {"fimVigencia", date(term.FimVigencia)}});
     return rows;
 }
 
-void WriteTerms(std::ostream& out, const std::vector<TTermoEncontrado>& terms) {
-    for (const TTermoEncontrado& term : terms)
-        out << fmt::format("  {:<2}  {:<8}  {:<16}  {}\n", term.tabela, term.codigo, ValidityText(term),
-                           term.termo);
+void WriteTerms(std::ostream& out, const std::vector<TFoundTerm>& terms) {
+    for (const TFoundTerm& term : terms)
+        out << fmt::format("  {:<2}  {:<8}  {:<16}  {}\n", term.Tabela, term.Codigo, ValidityText(term),
+                           term.Termo);
 }
 
 int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& options) {
@@ -52,17 +52,15 @@ int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& 
     }
     const TDatabaseTuss database(PathFromText(context.Terminologia));
     TTussManager manager(database.CreateConnection());
-    const TTussBusca search(database.DatabaseFileName());
+    const TTussSearch search(database.DatabaseFileName());
     if (!search.HasDescriptions())
-        throw ETerminologiaNaoConsultada(
-            database.DatabaseFileName(),
-            "a base não tem as descrições dos termos. Importe a publicação da ANS: "
-            "conferix terminologia importar ARQUIVO");
-    const auto accepts = [&](const TTermoEncontrado& term) {
-        return !day || TTussValidation(manager, *day, term.tabela, term.codigo).IsValid();
+        throw ETerminologyNotRead(database.DatabaseFileName(),
+                                  "a base não tem as descrições dos termos. Importe a publicação da ANS: "
+                                  "conferix terminologia importar ARQUIVO");
+    const auto accepts = [&](const TFoundTerm& term) {
+        return !day || TTussValidation(manager, *day, term.Tabela, term.Codigo).IsValid();
     };
-    const std::vector<TTermoEncontrado> terms =
-        search.Search(options.Texto, options.Tabela, accepts, kMaxTerms);
+    const std::vector<TFoundTerm> terms = search.Search(options.Texto, options.Tabela, accepts, kMaxTerms);
     std::ostream& out = context.Streams.Out;
     if (context.Json())
         out << JsonText(TermsJson(terms)) << '\n';

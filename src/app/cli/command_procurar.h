@@ -9,8 +9,8 @@
 
 namespace conferix {
 
-TJson TermsJson(const std::vector<TTermoEncontrado>& terms);
+TJson TermsJson(const std::vector<TFoundTerm>& terms);
 /// A line a term: table, code, validity, what it stands for.
-void WriteTerms(std::ostream& out, const std::vector<TTermoEncontrado>& terms);
+void WriteTerms(std::ostream& out, const std::vector<TFoundTerm>& terms);
 
 } // namespace conferix

@@ -108,7 +108,7 @@ std::vector<std::string> SwitchRules(TConfig& config, std::vector<TRuleSwitch> s
     try {
         for (const TRuleSwitch& asked : switches)
             rules.SetChecked(asked.Nome, asked.Ativa);
-    } catch (const ERegraNaoMudada& error) {
+    } catch (const ERuleNotSwitched& error) {
         throw EUsage(error.what());
     }
     config = rules.Config();

@@ -25,18 +25,18 @@ std::string DateText(const TDate& date) {
 int RunTerminologiaEstado(const TCliContext& context) {
     const auto connection = context.TerminologyFactory().CreateConnection();
     const std::vector<TTussTableStatistics> tables = connection->Statistics();
-    const std::vector<TCarga> imports = NewestImports(connection->FileName());
+    const std::vector<TTableImport> imports = NewestImports(connection->FileName());
     for (const std::string& warning : OldImports(imports))
         context.Warning(warning);
     std::ostream& out = context.Streams.Out;
     if (context.Json()) {
         TJson rows = TJson::array();
         for (const TTussTableStatistics& table : tables)
-            rows.push_back({{"tabela", table.name},
-                            {"registros", table.rows},
-                            {"instalada", table.installed},
+            rows.push_back({{"tabela", table.Name},
+                            {"registros", table.Rows},
+                            {"instalada", table.Installed},
                             {"inicioMaisRecente",
-                             table.newestStart ? TJson(DateText(*table.newestStart)) : TJson(nullptr)}});
+                             table.NewestStart ? TJson(DateText(*table.NewestStart)) : TJson(nullptr)}});
         out << JsonText({{"arquivo", PathText(connection->FileName())},
                          {"tabelas", std::move(rows)},
                          {"cargas", ImportsJson(imports)}})
@@ -47,11 +47,11 @@ int RunTerminologiaEstado(const TCliContext& context) {
     const TFormatSettings formats = TFormatSettings::Regional();
     for (const TTussTableStatistics& table : tables) {
         std::string state = "não instalada";
-        if (table.installed)
+        if (table.Installed)
             state = fmt::format(
-                "{} registros{}", formats.Count(table.rows),
-                table.newestStart ? ", início de vigência mais recente " + DateText(*table.newestStart) : "");
-        out << fmt::format("  {:<18} {}\n", table.name, state);
+                "{} registros{}", formats.Count(table.Rows),
+                table.NewestStart ? ", início de vigência mais recente " + DateText(*table.NewestStart) : "");
+        out << fmt::format("  {:<18} {}\n", table.Name, state);
     }
     WriteImports(out, imports);
     return kExitValid;
@@ -72,7 +72,7 @@ int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions
             missing = manager.MissingTable64(options.Tabela);
         else if (!manager.IsInstalled(options.Tabela))
             missing = options.Tabela;
-    } catch (const ETabelaTussSemEntidade& error) {
+    } catch (const ETussTableWithoutEntity& error) {
         throw EUsage(error.what());
     }
     std::ostream& out = context.Streams.Out;
@@ -84,9 +84,9 @@ int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions
             out << notVerified << '\n';
         return kExitUnreadable;
     }
-    std::vector<TTermoEncontrado> similar;
+    std::vector<TFoundTerm> similar;
     if (term->ValidationReturn() == TTussResult::NotFound)
-        similar = TTussBusca(TDatabaseTuss(PathFromText(context.Terminologia)).DatabaseFileName())
+        similar = TTussSearch(TDatabaseTuss(PathFromText(context.Terminologia)).DatabaseFileName())
                       .Similar(options.Tabela, options.Codigo);
     if (context.Json()) {
         TJson answer = {{"resultado", static_cast<int>(term->ValidationReturn())},

@@ -56,7 +56,7 @@ std::vector<std::string> ExpandFolders(const TCliContext& context, const std::ve
             if (HasTissExtension(entry->path()) && entry->is_regular_file())
                 found.push_back(PathText(entry->path()));
         if (failure)
-            throw EArquivoNaoLido(PathFromText(name), ReasonText(failure));
+            throw EFileNotRead(PathFromText(name), ReasonText(failure));
         if (found.empty())
             context.Warning(fmt::format("{}: a pasta não contém arquivos *.xml nem *.xte", name));
         std::sort(found.begin(), found.end());
@@ -192,13 +192,13 @@ TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, 
     };
     try {
         if (name == "-")
-            controller->LoadFromBytes(name, ReadInput(context, name));
+            controller->Load(name, ReadTissFile(context, name));
         else
             controller->LoadFromFile(name);
         controller->Validate(std::move(text), enabled);
     } catch (const EFileNotFound&) {
         unreadable("o arquivo não existe");
-    } catch (const EArquivoNaoLido& error) {
+    } catch (const EFileNotRead& error) {
         unreadable(error.Reason());
     } catch (const EXmlEncoding& error) {
         report.Status = kExitInvalid;

@@ -3,10 +3,12 @@
 #include "app/cli/cli.h"
 #include "app/config.h"
 #include "app/schema_folder.h"
+#include "app/tiss_file.h"
 #include "app/updater.h"
 #include "app/validador_controller.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -35,7 +37,7 @@ struct TCliContext {
     TSchemaFolder Schemas() const;
     TDBConnectionFactory TerminologyFactory() const;
     /// The configuration file: the one that the user named, else the one in the data folder. Raises
-    /// EConfigInvalida for a named one that does not exist.
+    /// EInvalidConfig for a named one that does not exist.
     std::filesystem::path ConfigFile() const;
     /// Its content; tells names in it that are no rule's.
     TConfig LoadConfig() const;
@@ -45,16 +47,13 @@ struct TCliContext {
     void Warning(const std::string& text) const;
 };
 
-/// A file opened by a command that works on one: its text, or the status to end with after an error was told.
-struct TOpenedFile {
-    std::shared_ptr<const IArquivoTiss> Arquivo;
-    int Status = kExitValid;
-};
-/// Reads, parses and identifies a file ("-" is standard input); tells every failure on standard error.
-TOpenedFile OpenTissFile(const TCliContext& context, const std::string& fileName);
-
-/// Reads a file for a command, "-" from standard input. Raises EArquivoNaoLido.
-std::string ReadInput(const TCliContext& context, const std::string& fileName);
+/// Reads a file for a command, "-" from standard input. Raises EFileNotRead, EXmlEncoding.
+TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName);
+/// What a command does with a file, answering its exit status.
+using TFileAction = std::function<int(const TTissFile&)>;
+/// Reads a file and does something with it. Of a file that cannot be read, written, understood or converted
+/// it tells the reason on standard error, with the name, and answers the status that stands for that.
+int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action);
 
 struct TValidarOptions {
     std::vector<std::string> Arquivos;

@@ -1,6 +1,6 @@
 #include "data/import/byte_source.h"
 
-#include "data/import/importacao_erros.h"
+#include "data/import/import_errors.h"
 
 #include <unicode/ucnv.h>
 
@@ -15,14 +15,14 @@ namespace fs = std::filesystem;
 
 TFileSource::TFileSource(const fs::path& file) : file_(file), stream_(file, std::ios::binary) {
     if (!stream_) {
-        throw EPublicacaoInvalida(file, ReasonText(std::error_code(errno, std::generic_category())));
+        throw EInvalidPublication(file, ReasonText(std::error_code(errno, std::generic_category())));
     }
 }
 
 std::size_t TFileSource::Read(char* to, std::size_t count) {
     stream_.read(to, static_cast<std::streamsize>(count));
     if (stream_.bad()) {
-        throw EPublicacaoInvalida(file_, ReasonText(std::make_error_code(std::errc::io_error)));
+        throw EInvalidPublication(file_, ReasonText(std::make_error_code(std::errc::io_error)));
     }
     return static_cast<std::size_t>(stream_.gcount());
 }
@@ -64,7 +64,7 @@ class TUtf8Source : public IByteSource {
                            &pivotTarget_, pivot_.data() + pivot_.size(), false,
                            static_cast<UBool>(ended_ ? 1 : 0), &status);
             if (U_FAILURE(status) && status != U_BUFFER_OVERFLOW_ERROR) {
-                throw EPublicacaoInvalida(name_, "o texto não pôde ser decodificado");
+                throw EInvalidPublication(name_, "o texto não pôde ser decodificado");
             }
             done_ = ended_ && status != U_BUFFER_OVERFLOW_ERROR;
             if (status == U_BUFFER_OVERFLOW_ERROR) {
@@ -81,7 +81,7 @@ class TUtf8Source : public IByteSource {
         UErrorCode status = U_ZERO_ERROR;
         TConverter converter(ucnv_open(encoding, &status));
         if (U_FAILURE(status)) {
-            throw EPublicacaoInvalida(name, "o texto não pôde ser decodificado");
+            throw EInvalidPublication(name, "o texto não pôde ser decodificado");
         }
         return converter;
     }

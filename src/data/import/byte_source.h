@@ -17,11 +17,11 @@ class IByteSource {
     IByteSource& operator=(const IByteSource&) = delete;
     virtual ~IByteSource() = default;
 
-    /// Fills up to `count` bytes; fewer only at the end, 0 after it. Raises EPublicacaoInvalida.
+    /// Fills up to `count` bytes; fewer only at the end, 0 after it. Raises EInvalidPublication.
     virtual std::size_t Read(char* to, std::size_t count) = 0;
 };
 
-/// The bytes of a file. Raises EPublicacaoInvalida.
+/// The bytes of a file. Raises EInvalidPublication.
 class TFileSource : public IByteSource {
   public:
     explicit TFileSource(const std::filesystem::path& file);
@@ -49,7 +49,7 @@ class TPeekSource : public IByteSource {
     std::size_t given_ = 0;
 };
 
-/// Text in UTF-16 (`encoding` as ICU names it) as UTF-8. Raises EPublicacaoInvalida.
+/// Text in UTF-16 (`encoding` as ICU names it) as UTF-8. Raises EInvalidPublication.
 std::unique_ptr<IByteSource> NewUtf8Source(IByteSource& source, const char* encoding,
                                            const std::filesystem::path& name);
 

@@ -123,46 +123,46 @@ std::string TableInSheetName(std::string_view name) {
 }
 
 std::string TableInCell(const TCell& cell) {
-    if (const auto number = WholeNumber(cell.text)) {
+    if (const auto number = WholeNumber(cell.Text)) {
         constexpr std::uint64_t kLastTable = 99;
         return *number <= kLastTable ? WithLeadingZeros(std::to_string(*number), 2) : std::string();
     }
-    return TableInSheetName(cell.text);
+    return TableInSheetName(cell.Text);
 }
 
 bool IsNone(const TCell& cell) {
-    return cell.text.empty() || cell.text == "-";
+    return cell.Text.empty() || cell.Text == "-";
 }
 
 std::optional<std::string> CodeInCell(const TCell& cell, std::size_t digits) {
-    if (cell.isInvalid) {
+    if (cell.IsInvalid) {
         return std::nullopt;
     }
-    if (cell.isNumber || (!AllDigits(cell.text) && cell.text.find_first_of("eE") != std::string::npos)) {
-        if (const auto number = WholeNumber(cell.text)) {
+    if (cell.IsNumber || (!AllDigits(cell.Text) && cell.Text.find_first_of("eE") != std::string::npos)) {
+        if (const auto number = WholeNumber(cell.Text)) {
             return WithLeadingZeros(std::to_string(*number), digits);
         }
     }
     constexpr std::size_t kMaxLength = 15;
     const bool isCode =
-        cell.text.size() <= kMaxLength && cell.text.find_first_of(kDigits) != std::string::npos &&
-        cell.text.find_first_not_of("0123456789"
+        cell.Text.size() <= kMaxLength && cell.Text.find_first_of(kDigits) != std::string::npos &&
+        cell.Text.find_first_not_of("0123456789"
                                     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz.-") ==
             std::string::npos;
-    return isCode ? std::optional(cell.text) : std::nullopt;
+    return isCode ? std::optional(cell.Text) : std::nullopt;
 }
 
 std::optional<std::string> DateInCell(const TCell& cell) {
     if (IsNone(cell)) {
         return std::string();
     }
-    if (cell.isInvalid) {
+    if (cell.IsInvalid) {
         return std::nullopt;
     }
-    std::string_view text = cell.text;
+    std::string_view text = cell.Text;
     constexpr std::size_t kIsoLength = 10;
     constexpr std::size_t kSerialDigits = 5;
-    if (cell.isNumber || (text.size() == kSerialDigits && AllDigits(text))) {
+    if (cell.IsNumber || (text.size() == kSerialDigits && AllDigits(text))) {
         double serial = 0;
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), serial);
         return error == std::errc() && end == text.data() + text.size() ? SerialDate(serial) : std::nullopt;

@@ -41,34 +41,34 @@ TLoadArea::TLoadArea(SQLite::Database& database, const std::string& file)
 TLoadArea::~TLoadArea() = default;
 
 void TLoadArea::Add(const TPublishedRow& row, bool isHistory) {
-    const bool is64 = row.tabela == "64";
+    const bool is64 = row.Tabela == "64";
     SQLite::Statement& insert = !is64                       ? statements_->term
-                                : row.tabelaDoTermo.empty() ? statements_->withoutTable
+                                : row.TabelaDoTermo.empty() ? statements_->withoutTable
                                                             : statements_->table64;
     int column = 0;
     const auto bind = [&](const std::string& text) { insert.bindNoCopy(++column, text); };
     if (!is64) {
-        bind(row.tabela);
-    } else if (!row.tabelaDoTermo.empty()) {
-        bind(row.tabelaDoTermo);
+        bind(row.Tabela);
+    } else if (!row.TabelaDoTermo.empty()) {
+        bind(row.TabelaDoTermo);
     }
-    bind(row.codigo);
-    bind(row.periodo.inicio);
-    bind(row.periodo.fim);
-    bind(row.periodo.implantacao);
+    bind(row.Codigo);
+    bind(row.Period.Start);
+    bind(row.Period.End);
+    bind(row.Period.ImplementationEnd);
     if (!is64) {
-        bind(row.termo);
+        bind(row.Termo);
     } else {
-        insert.bind(++column, row.envioConsolidado ? 1 : 0);
-        if (!row.tabelaDoTermo.empty()) {
-            bind(row.grupo);
+        insert.bind(++column, row.EnvioConsolidado ? 1 : 0);
+        if (!row.TabelaDoTermo.empty()) {
+            bind(row.Grupo);
         }
     }
     insert.exec();
     insert.reset();
     ++rows_;
     if (!isHistory) {
-        complete_.insert(is64 ? "64/" + row.tabelaDoTermo : row.tabela);
+        complete_.insert(is64 ? "64/" + row.TabelaDoTermo : row.Tabela);
     }
 }
 

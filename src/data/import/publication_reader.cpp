@@ -1,7 +1,7 @@
 #include "data/import/publication_reader.h"
 
 #include "data/import/cell_text.h"
-#include "data/import/importacao_erros.h"
+#include "data/import/import_errors.h"
 #include "data/import/row_reader.h"
 #include "data/import/zip_archive.h"
 #include "data/plain_text.h"
@@ -24,7 +24,7 @@ std::string Ending(const fs::path& file) {
     return PlainText(PathText(file.extension()));
 }
 
-EPublicacaoInvalida DamagedArchive(const fs::path& file, std::string_view ending) {
+EInvalidPublication DamagedArchive(const fs::path& file, std::string_view ending) {
     return {file, ending == "xlsx"
                       ? "não é uma planilha XLSX válida; ela pode ter chegado incompleta, baixe-a de novo"
                       : "não é um arquivo ZIP válido; ele pode ter chegado incompleto, baixe-o de novo"};
@@ -84,11 +84,11 @@ void TPublicationReader::Read(const fs::path& file) {
 void TPublicationReader::ReadFile(const fs::path& file, const TPart& part) {
     TFileSource source(file);
     TPeekSource head(source, 4);
-    const std::string ending = Ending(part.shownAs);
+    const std::string ending = Ending(part.ShownAs);
     if (head.Head() == "PK\x03\x04" || head.Head() == "PK\x05\x06") {
         ReadZip(file, part);
     } else if (ending == "xlsx" || ending == "zip") {
-        throw DamagedArchive(part.shownAs, ending);
+        throw DamagedArchive(part.ShownAs, ending);
     } else {
         std::error_code error;
         const std::uintmax_t bytes = fs::file_size(file, error);
@@ -97,14 +97,14 @@ void TPublicationReader::ReadFile(const fs::path& file, const TPart& part) {
 }
 
 void TPublicationReader::ReadZip(const fs::path& file, const TPart& part) {
-    if (part.depth > kMaxDepth) {
-        throw EPublicacaoInvalida(part.shownAs, "há pacotes demais um dentro do outro");
+    if (part.Depth > kMaxDepth) {
+        throw EInvalidPublication(part.ShownAs, "há pacotes demais um dentro do outro");
     }
-    TZipArchive archive(file, part.shownAs);
+    TZipArchive archive(file, part.ShownAs);
     if (TWorkbook::IsWorkbook(archive)) {
         ReadWorkbook(archive, part);
-    } else if (Ending(part.shownAs) == "xlsx") {
-        throw DamagedArchive(part.shownAs, "xlsx");
+    } else if (Ending(part.ShownAs) == "xlsx") {
+        throw DamagedArchive(part.ShownAs, "xlsx");
     } else {
         ReadPackage(archive, part);
     }
@@ -114,30 +114,30 @@ void TPublicationReader::ReadPackage(TZipArchive& archive, const TPart& part) {
     std::vector<TZipEntry> entries;
     std::uint64_t total = 0;
     for (const TZipEntry& entry : archive.Entries()) {
-        if (MayHoldTerminology(PathFromText(entry.name))) {
+        if (MayHoldTerminology(PathFromText(entry.Name))) {
             entries.push_back(entry);
-            total += entry.packed;
+            total += entry.Packed;
         }
     }
     std::uint64_t done = 0;
     for (const TZipEntry& entry : entries) {
-        const fs::path name = PathFromText(entry.name);
+        const fs::path name = PathFromText(entry.Name);
         const std::string table = TableInTitle(PathText(name.filename()));
-        const double size = part.to - part.from;
-        const TPart inner{part.shownAs / name, table.empty() ? part.table : table,
-                          part.from + size * Share(done, total),
-                          part.from + size * Share(done + entry.packed, total), part.depth + 1};
+        const double size = part.To - part.From;
+        const TPart inner{part.ShownAs / name, table.empty() ? part.Table : table,
+                          part.From + size * Share(done, total),
+                          part.From + size * Share(done + entry.Packed, total), part.Depth + 1};
         const std::string ending = Ending(name);
-        sink_.OnProgress(PathText(name.filename()), inner.from);
+        sink_.OnProgress(PathText(name.filename()), inner.From);
         if (ending == "zip" || ending == "xlsx") {
-            const TUnpacked unpacked(workFolder_ / ("pacote-" + std::to_string(inner.depth)));
+            const TUnpacked unpacked(workFolder_ / ("pacote-" + std::to_string(inner.Depth)));
             archive.Extract(entry, unpacked.File());
             ReadFile(unpacked.File(), inner);
         } else {
             const auto source = archive.Open(entry);
-            ReadStream(*source, entry.bytes, inner);
+            ReadStream(*source, entry.Bytes, inner);
         }
-        done += entry.packed;
+        done += entry.Packed;
     }
 }
 
@@ -149,7 +149,7 @@ TRowHandler TPublicationReader::Handler(TRecognizer& recognizer, std::string whe
             sink_.OnRow(row, recognizer.IsHistory());
             break;
         case TRecognizer::TKind::NotUnderstood:
-            sink_.OnNotUnderstood({where, cells.number, reason, isJson});
+            sink_.OnRejected({where, cells.Number, reason, isJson});
             break;
         case TRecognizer::TKind::Skipped:
             break;
@@ -162,55 +162,55 @@ void TPublicationReader::ReadWorkbook(TZipArchive& archive, const TPart& part) {
     const TWorkbook workbook(archive);
     std::uint64_t total = 0;
     for (const TSheet& sheet : workbook.Sheets()) {
-        total += sheet.bytes;
+        total += sheet.Bytes;
     }
     std::uint64_t done = 0;
     bool found = false;
     for (const TSheet& sheet : workbook.Sheets()) {
-        const std::string where = PathText(part.shownAs / PathFromText(sheet.name));
-        std::string table = TableInTitle(sheet.name);
+        const std::string where = PathText(part.ShownAs / PathFromText(sheet.Name));
+        std::string table = TableInTitle(sheet.Name);
         if (table.empty()) {
-            table = part.table.empty() ? TableInSheetName(sheet.name) : part.table;
+            table = part.Table.empty() ? TableInSheetName(sheet.Name) : part.Table;
         }
         TRecognizer recognizer(std::move(table));
         workbook.ReadRows(sheet, Handler(recognizer, where, false), [&](std::uint64_t bytes) {
-            sink_.OnProgress(PathText(part.shownAs.filename()),
-                             part.from + (part.to - part.from) * Share(done + bytes, total));
+            sink_.OnProgress(PathText(part.ShownAs.filename()),
+                             part.From + (part.To - part.From) * Share(done + bytes, total));
         });
-        done += sheet.bytes;
+        done += sheet.Bytes;
         if (recognizer.MissesDates()) {
             sink_.OnMissingDates(where);
         }
         found = found || recognizer.HeaderFound();
     }
     if (!found) {
-        sink_.OnPassedOver(PathText(part.shownAs));
+        sink_.OnPassedOver(PathText(part.ShownAs));
     }
 }
 
 void TPublicationReader::ReadStream(IByteSource& source, std::uint64_t bytes, const TPart& part) {
     TCountedSource counted(source, [&](std::uint64_t done) {
-        sink_.OnProgress(PathText(part.shownAs.filename()),
-                         part.from + (part.to - part.from) * Share(done, bytes));
+        sink_.OnProgress(PathText(part.ShownAs.filename()),
+                         part.From + (part.To - part.From) * Share(done, bytes));
     });
     TPeekSource head(counted, kHeadBytes);
     std::string_view start = head.Head();
     constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
     start.remove_prefix(start.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0);
     start = TrimBlanks(start);
-    TRecognizer recognizer(part.table);
+    TRecognizer recognizer(part.Table);
     const bool isJson = start.starts_with('[') || start.starts_with('{');
-    const TRowHandler onRow = Handler(recognizer, PathText(part.shownAs), isJson);
+    const TRowHandler onRow = Handler(recognizer, PathText(part.ShownAs), isJson);
     if (isJson) {
-        ReadJsonRows(head, part.shownAs, onRow);
+        ReadJsonRows(head, part.ShownAs, onRow);
     } else {
-        ReadTextRows(head, part.shownAs, &TRecognizer::IsHeader, onRow);
+        ReadTextRows(head, part.ShownAs, &TRecognizer::IsHeader, onRow);
     }
     if (recognizer.MissesDates()) {
-        sink_.OnMissingDates(PathText(part.shownAs));
+        sink_.OnMissingDates(PathText(part.ShownAs));
     }
     if (!recognizer.HeaderFound()) {
-        sink_.OnPassedOver(PathText(part.shownAs));
+        sink_.OnPassedOver(PathText(part.ShownAs));
     }
 }
 

@@ -12,14 +12,14 @@
 namespace conferix {
 
 /// A row that was not understood.
-struct TLinhaNaoEntendida {
-    std::string arquivo;     ///< with the names of the packages and the sheet that hold it
-    std::uint64_t linha = 0; ///< 1-based; in JSON the object
-    std::string motivo;
-    bool isRegistro = false; ///< of JSON
+struct TRejectedRow {
+    std::string File;      ///< with the names of the packages and the sheet that hold it
+    std::uint64_t Row = 0; ///< 1-based; in JSON the object
+    std::string Reason;
+    bool IsRecord = false; ///< of JSON
 
     /// "linha 3", "registro 3".
-    std::string Lugar() const { return (isRegistro ? "registro " : "linha ") + std::to_string(linha); }
+    std::string Place() const { return (IsRecord ? "registro " : "linha ") + std::to_string(Row); }
 };
 
 /// Takes what is read.
@@ -32,7 +32,7 @@ class IPublicationSink {
 
     /// `isHistory`: from a list of changes only.
     virtual void OnRow(const TPublishedRow& row, bool isHistory) = 0;
-    virtual void OnNotUnderstood(TLinhaNaoEntendida line) = 0;
+    virtual void OnRejected(TRejectedRow line) = 0;
     /// A file inside of a package that holds no terminology.
     virtual void OnPassedOver(const std::string& file) = 0;
     /// A file or sheet with terms of a table that has dates, but no column that is known as a date.
@@ -44,7 +44,7 @@ class IPublicationSink {
 /// Whether a file in a folder or package may hold terminology: by its ending, and not a lock file.
 bool MayHoldTerminology(const std::filesystem::path& file);
 
-/// Reads one file of any layout. Raises EPublicacaoInvalida and what the sink raises.
+/// Reads one file of any layout. Raises EInvalidPublication and what the sink raises.
 class TPublicationReader {
   public:
     /// `workFolder`: an existing folder for unpacked files, which are removed after use.
@@ -56,11 +56,11 @@ class TPublicationReader {
   private:
     /// A part of the user's file: its share of the progress.
     struct TPart {
-        std::filesystem::path shownAs;
-        std::string table; ///< that the names of the packages speak of
-        double from = 0;
-        double to = 1;
-        int depth = 0;
+        std::filesystem::path ShownAs;
+        std::string Table; ///< that the names of the packages speak of
+        double From = 0;
+        double To = 1;
+        int Depth = 0;
     };
 
     void ReadFile(const std::filesystem::path& file, const TPart& part);

@@ -44,11 +44,11 @@ std::string LabelKey(std::string_view label) {
 }
 
 std::string TextOf(const TCell& cell) {
-    return IsNone(cell) || cell.isInvalid ? std::string() : cell.text;
+    return IsNone(cell) || cell.IsInvalid ? std::string() : cell.Text;
 }
 
 std::string Quoted(const TCell& cell) {
-    return "\"" + cell.text + "\"";
+    return "\"" + cell.Text + "\"";
 }
 
 } // namespace
@@ -96,8 +96,8 @@ std::optional<TRecognizer::TField> TRecognizer::FieldOf(std::string_view label) 
 std::optional<TRecognizer::TColumns> TRecognizer::ColumnsOf(const TRow& row) {
     TColumns columns;
     std::size_t found = 0;
-    for (std::size_t i = 0; i < row.cells.size(); ++i) {
-        const auto field = row.cells[i].isNumber ? std::nullopt : FieldOf(row.cells[i].text);
+    for (std::size_t i = 0; i < row.Cells.size(); ++i) {
+        const auto field = row.Cells[i].IsNumber ? std::nullopt : FieldOf(row.Cells[i].Text);
         if (field && !columns[static_cast<std::size_t>(*field)]) {
             columns[static_cast<std::size_t>(*field)] = i;
             ++found;
@@ -110,8 +110,8 @@ std::optional<TRecognizer::TColumns> TRecognizer::ColumnsOf(const TRow& row) {
 
 void TRecognizer::UseColumns(const TRow& header, const TColumns& columns) {
     columns_ = columns;
-    hasUnknownColumns_ = std::any_of(header.cells.begin(), header.cells.end(),
-                                     [](const TCell& cell) { return !IsNone(cell) && !FieldOf(cell.text); });
+    hasUnknownColumns_ = std::any_of(header.Cells.begin(), header.Cells.end(),
+                                     [](const TCell& cell) { return !IsNone(cell) && !FieldOf(cell.Text); });
 }
 
 bool TRecognizer::IsHeader(const TRow& row) {
@@ -121,7 +121,7 @@ bool TRecognizer::IsHeader(const TRow& row) {
 const TCell& TRecognizer::Cell(const TRow& row, TField field) const {
     static const TCell kEmpty;
     const std::optional<std::size_t> column = (*columns_)[static_cast<std::size_t>(field)];
-    return column && *column < row.cells.size() ? row.cells[*column] : kEmpty;
+    return column && *column < row.Cells.size() ? row.Cells[*column] : kEmpty;
 }
 
 TRecognizer::TKind TRecognizer::Take(const TRow& row, TPublishedRow& result, std::string& reason) {
@@ -129,17 +129,17 @@ TRecognizer::TKind TRecognizer::Take(const TRow& row, TPublishedRow& result, std
         if (const auto columns = ColumnsOf(row)) {
             UseColumns(row, *columns);
         } else if (tableOfNames_.empty()) {
-            for (const TCell& cell : row.cells) {
-                tableOfNames_ = tableOfNames_.empty() ? TableInTitle(cell.text) : tableOfNames_;
+            for (const TCell& cell : row.Cells) {
+                tableOfNames_ = tableOfNames_.empty() ? TableInTitle(cell.Text) : tableOfNames_;
             }
         }
         return TKind::Skipped;
     }
-    if (!row.defect.empty()) {
-        reason = row.defect;
+    if (!row.Defect.empty()) {
+        reason = row.Defect;
         return TKind::NotUnderstood;
     }
-    if (std::all_of(row.cells.begin(), row.cells.end(), &IsNone)) {
+    if (std::all_of(row.Cells.begin(), row.Cells.end(), &IsNone)) {
         return TKind::Skipped;
     }
     result = {};
@@ -148,7 +148,7 @@ TRecognizer::TKind TRecognizer::Take(const TRow& row, TPublishedRow& result, std
         const bool hasDates = Has(TField::Inicio) || Has(TField::Fim) || Has(TField::Implantacao);
         missesDates_ = missesDates_ || (!hasDates && hasUnknownColumns_ &&
                                         std::find(std::begin(kWithDates), std::end(kWithDates),
-                                                  result.tabela) != std::end(kWithDates));
+                                                  result.Tabela) != std::end(kWithDates));
         return TKind::Understood;
     }
     // A sheet may hold several tables one below another, each with a header.
@@ -180,15 +180,15 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
                              : Has(TField::CodigoIbge) ? TField::CodigoIbge
                                                        : TField::CodigoDaTabela;
     TCell code = Cell(row, codeField);
-    result.tabela = codeField == TField::CodigoIbge ? std::string(kMunicipios) : TableOf(row);
-    if (result.tabela.empty()) {
+    result.Tabela = codeField == TField::CodigoIbge ? std::string(kCities) : TableOf(row);
+    if (result.Tabela.empty()) {
         // The service's list of its tables.
-        if (const std::string table = TableInTitle(code.text); !table.empty()) {
-            result.tabela = "87";
+        if (const std::string table = TableInTitle(code.Text); !table.empty()) {
+            result.Tabela = "87";
             code = {table, false, false};
         }
     }
-    if (result.tabela.empty()) {
+    if (result.Tabela.empty()) {
         reason = Has(TField::Origem)
                      ? "o número da tabela não pôde ser lido: " + Quoted(Cell(row, TField::Origem))
                      : "nada diz de que tabela da TUSS são os termos";
@@ -196,11 +196,11 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
     }
     constexpr std::size_t kCityLength = 7;
     constexpr std::size_t kLength64 = 8;
-    const bool isCity = result.tabela == kMunicipios;
-    const std::size_t length = isCity ? kCityLength : CodeLength(result.tabela);
-    auto text = CodeInCell(code, result.tabela == "64" ? kLength64 : length);
-    if (!text && !IsNone(code) && !code.isInvalid && length == 0 && result.tabela != "64") {
-        text = code.text; // the domain tables have codes of all kinds
+    const bool isCity = result.Tabela == kCities;
+    const std::size_t length = isCity ? kCityLength : CodeLength(result.Tabela);
+    auto text = CodeInCell(code, result.Tabela == "64" ? kLength64 : length);
+    if (!text && !IsNone(code) && !code.IsInvalid && length == 0 && result.Tabela != "64") {
+        text = code.Text; // the domain tables have codes of all kinds
     }
     if (!text) {
         reason = IsNone(code) ? "falta o código" : Quoted(code) + " não é um código";
@@ -211,25 +211,25 @@ bool TRecognizer::TakeTerm(const TRow& row, TPublishedRow& result, std::string& 
         reason = "o código " + Quoted(code) + " não tem " + std::to_string(length) + " dígitos";
         return false;
     }
-    result.codigo = *text;
+    result.Codigo = *text;
     // A history of mostly table 64 has the other tables' terms in the column of the form of sending.
-    result.termo = TextOf(Cell(row, Has(TField::Termo)          ? TField::Termo
+    result.Termo = TextOf(Cell(row, Has(TField::Termo)          ? TField::Termo
                                     : Has(TField::FormaDeEnvio) ? TField::FormaDeEnvio
                                                                 : TField::Grupo));
     if (const std::string extra = TextOf(Cell(row, TField::Apresentacao)); !extra.empty()) {
-        result.termo += (result.termo.empty() ? "" : ", ") + extra;
+        result.Termo += (result.Termo.empty() ? "" : ", ") + extra;
     }
-    if (!TakePeriod(row, result.periodo, reason)) {
+    if (!TakePeriod(row, result.Period, reason)) {
         return false;
     }
-    return result.tabela != "64" || TakeTable64(row, result, reason);
+    return result.Tabela != "64" || TakeTable64(row, result, reason);
 }
 
-bool TRecognizer::TakePeriod(const TRow& row, TPeriodo& period, std::string& reason) const {
-    const std::pair<TField, std::string TPeriodo::*> kDates[] = {
-        {TField::Inicio, &TPeriodo::inicio},
-        {TField::Fim, &TPeriodo::fim},
-        {TField::Implantacao, &TPeriodo::implantacao}};
+bool TRecognizer::TakePeriod(const TRow& row, TPeriod& period, std::string& reason) const {
+    const std::pair<TField, std::string TPeriod::*> kDates[] = {
+        {TField::Inicio, &TPeriod::Start},
+        {TField::Fim, &TPeriod::End},
+        {TField::Implantacao, &TPeriod::ImplementationEnd}};
     for (const auto& [field, member] : kDates) {
         const TCell& cell = Cell(row, field);
         const auto date = DateInCell(cell);
@@ -244,17 +244,17 @@ bool TRecognizer::TakePeriod(const TRow& row, TPeriodo& period, std::string& rea
 
 bool TRecognizer::TakeTable64(const TRow& row, TPublishedRow& result, std::string& reason) const {
     const TCell& form = Cell(row, Has(TField::FormaDeEnvio) ? TField::FormaDeEnvio : TField::Termo);
-    const std::string plain = PlainText(form.text);
-    result.envioConsolidado = plain.starts_with("consolidad");
-    if (!result.envioConsolidado && !plain.starts_with("individualizad")) {
+    const std::string plain = PlainText(form.Text);
+    result.EnvioConsolidado = plain.starts_with("consolidad");
+    if (!result.EnvioConsolidado && !plain.starts_with("individualizad")) {
         reason = "a forma de envio não é Consolidado nem Individualizado: " + Quoted(form);
         return false;
     }
-    result.termo.clear();
+    result.Termo.clear();
     if (Has(TField::Terminologia)) {
         const TCell& table = Cell(row, TField::Terminologia);
-        result.tabelaDoTermo = TableInCell(table);
-        if (result.tabelaDoTermo.empty()) {
+        result.TabelaDoTermo = TableInCell(table);
+        if (result.TabelaDoTermo.empty()) {
             reason = "o número da tabela não pôde ser lido: " + Quoted(table);
             return false;
         }
@@ -269,7 +269,7 @@ bool TRecognizer::TakeTable64(const TRow& row, TPublishedRow& result, std::strin
             return false;
         }
         // Spreadsheets that save a text leave out its leading zeros.
-        result.grupo = std::string(length - code.size(), '0') + code;
+        result.Grupo = std::string(length - code.size(), '0') + code;
     }
     return true;
 }

@@ -1,7 +1,7 @@
 // Which table a sheet holds, and in which columns.
 #pragma once
 
-#include "data/import/periodos.h"
+#include "data/import/periods.h"
 #include "data/import/row_reader.h"
 
 #include <array>
@@ -11,17 +11,17 @@
 
 namespace conferix {
 
-inline constexpr std::string_view kMunicipios = "municípios"; ///< stands for a table's number
+inline constexpr std::string_view kCities = "municípios"; ///< stands for a table's number
 
 /// A row of a publication, understood.
 struct TPublishedRow {
-    std::string tabela; ///< number of the TUSS table, or kMunicipios
-    std::string codigo;
-    std::string termo; ///< what the code stands for; may be empty
-    TPeriodo periodo;
-    std::string tabelaDoTermo;     ///< of table 64: the table of the code; empty where it is not told
-    bool envioConsolidado = false; ///< of table 64
-    std::string grupo;             ///< of table 64; empty for none
+    std::string Tabela; ///< number of the TUSS table, or kCities
+    std::string Codigo;
+    std::string Termo; ///< what the code stands for; may be empty
+    TPeriod Period;
+    std::string TabelaDoTermo;     ///< of table 64: the table of the code; empty where it is not told
+    bool EnvioConsolidado = false; ///< of table 64
+    std::string Grupo;             ///< of table 64; empty for none
 };
 
 /// Understands the rows of one sheet. Columns are known by their labels, wherever the header stands; the
@@ -73,7 +73,7 @@ class TRecognizer {
     const TCell& Cell(const TRow& row, TField field) const;
     std::string TableOf(const TRow& row) const;
     bool TakeTerm(const TRow& row, TPublishedRow& result, std::string& reason) const;
-    bool TakePeriod(const TRow& row, TPeriodo& period, std::string& reason) const;
+    bool TakePeriod(const TRow& row, TPeriod& period, std::string& reason) const;
     bool TakeTable64(const TRow& row, TPublishedRow& result, std::string& reason) const;
 
     std::string tableOfNames_;

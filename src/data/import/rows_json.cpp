@@ -1,5 +1,5 @@
 #include "data/import/cell_text.h"
-#include "data/import/importacao_erros.h"
+#include "data/import/import_errors.h"
 #include "data/import/row_reader.h"
 
 #include <nlohmann/json.hpp>
@@ -31,7 +31,7 @@ class TJsonBuffer : public std::streambuf {
     int_type underflow() override {
         sinceToken_ += block_.size();
         if (sinceToken_ > kMaxTokenBytes) {
-            throw EPublicacaoInvalida(name_, "um texto do arquivo JSON é longo demais");
+            throw EInvalidPublication(name_, "um texto do arquivo JSON é longo demais");
         }
         const std::size_t got = source_.Read(block_.data(), block_.size());
         setg(block_.data(), block_.data(), block_.data() + got);
@@ -50,7 +50,7 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
   public:
     TJsonHandler(TJsonBuffer& buffer, const fs::path& name, const TRowHandler& onRow)
         : buffer_(buffer), name_(name), onRow_(onRow) {
-        row_.number = 0;
+        row_.Number = 0;
     }
 
     bool null() override { return Value({}, false); }
@@ -68,7 +68,7 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
     bool start_object(std::size_t) override {
         if (recordDepth_ == 0 && !arrays_.empty() && arrays_.back()) {
             recordDepth_ = arrays_.size() + 1;
-            ++row_.number;
+            ++row_.Number;
         }
         return Open(false);
     }
@@ -83,7 +83,7 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
         return true;
     }
     bool parse_error(std::size_t at, const std::string&, const nlohmann::detail::exception&) override {
-        throw EPublicacaoInvalida(name_, "não é um arquivo JSON válido (byte " + std::to_string(at) +
+        throw EInvalidPublication(name_, "não é um arquivo JSON válido (byte " + std::to_string(at) +
                                              "); ele pode ter chegado incompleto, baixe-o de novo");
     }
 
@@ -92,7 +92,7 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
         buffer_.TokenEnds();
         arrays_.push_back(isArray);
         if (arrays_.size() > kMaxDepth) {
-            throw EPublicacaoInvalida(name_, "o arquivo JSON tem níveis demais");
+            throw EInvalidPublication(name_, "o arquivo JSON tem níveis demais");
         }
         return true;
     }
@@ -111,23 +111,23 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
             newName_ = true;
         }
         const auto column = static_cast<std::size_t>(known - names_.begin());
-        row_.cells.resize(names_.size());
+        row_.Cells.resize(names_.size());
         isOwn_.resize(names_.size());
         const bool isOwn = arrays_.size() == recordDepth_;
         if (isOwn_[column] && !isOwn) {
             return true;
         }
         isOwn_[column] = isOwn;
-        row_.cells[column] = {std::string(TrimBlanks(text)), isNumber, false};
+        row_.Cells[column] = {std::string(TrimBlanks(text)), isNumber, false};
         return true;
     }
 
     bool EndRecord() {
         recordDepth_ = 0;
         if (newName_) {
-            TRow header{row_.number, {}, {}};
+            TRow header{row_.Number, {}, {}};
             for (const std::string& name : names_) {
-                header.cells.push_back({name, false, false});
+                header.Cells.push_back({name, false, false});
             }
             newName_ = false;
             if (!onRow_(header)) {
@@ -135,7 +135,7 @@ class TJsonHandler : public nlohmann::json_sax<TJson> {
             }
         }
         const bool goesOn = onRow_(row_);
-        row_.cells.assign(names_.size(), {});
+        row_.Cells.assign(names_.size(), {});
         isOwn_.assign(names_.size(), false);
         return goesOn;
     }

@@ -1,5 +1,5 @@
 #include "data/import/cell_text.h"
-#include "data/import/importacao_erros.h"
+#include "data/import/import_errors.h"
 #include "data/import/row_reader.h"
 #include "platform/utf8.h"
 
@@ -61,7 +61,7 @@ class TTextParser {
         next_ -= begin_;
         begin_ = 0;
         if (text_.size() - next_ > kMaxLineBytes) {
-            throw EPublicacaoInvalida(name_, "a linha " + std::to_string(line_) + " é longa demais");
+            throw EInvalidPublication(name_, "a linha " + std::to_string(line_) + " é longa demais");
         }
         return true;
     }
@@ -76,7 +76,7 @@ class TTextParser {
 
   private:
     static void AddCell(void* text, std::size_t length, void* self) {
-        auto& cells = static_cast<TTextParser*>(self)->row_.cells;
+        auto& cells = static_cast<TTextParser*>(self)->row_.Cells;
         if (cells.size() < kMaxCells) {
             cells.push_back({Decoded({static_cast<const char*>(text), length}), false, false});
         }
@@ -112,7 +112,7 @@ class TTextParser {
             return true; // within quotation marks
         }
         const bool goesOn = !ended_ || onRow(row_);
-        lastCells_ = ended_ ? row_.cells.size() : lastCells_;
+        lastCells_ = ended_ ? row_.Cells.size() : lastCells_;
         BeginRecord();
         return goesOn;
     }
@@ -122,8 +122,8 @@ class TTextParser {
         csv_fini(&parser_, nullptr, nullptr, nullptr);
         next_ = text_.find_first_of("\r\n", begin_) + 1;
         next_ += text_[next_ - 1] == '\r' && next_ < text_.size() && text_[next_] == '\n' ? 1 : 0;
-        line_ = row_.number + (text_[next_ - 1] == '\n' ? 1 : 0);
-        const TRow defective{row_.number, {}, "as aspas abertas nesta linha não se fecham"};
+        line_ = row_.Number + (text_[next_ - 1] == '\n' ? 1 : 0);
+        const TRow defective{row_.Number, {}, "as aspas abertas nesta linha não se fecham"};
         BeginRecord();
         return onRow(defective);
     }
@@ -131,8 +131,8 @@ class TTextParser {
     void BeginRecord() {
         begin_ = next_;
         recordLines_ = 0;
-        row_.number = line_;
-        row_.cells.clear();
+        row_.Number = line_;
+        row_.Cells.clear();
         ended_ = false;
     }
 

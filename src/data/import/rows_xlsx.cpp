@@ -1,5 +1,5 @@
 #include "data/import/cell_text.h"
-#include "data/import/importacao_erros.h"
+#include "data/import/import_errors.h"
 #include "data/import/row_reader.h"
 
 #include <expat.h>
@@ -83,14 +83,14 @@ class TPartParser {
         const bool isLast = got < kBlockBytes;
         if (XML_ParseBuffer(parser_.get(), static_cast<int>(got), isLast ? XML_TRUE : XML_FALSE) !=
             XML_STATUS_OK) {
-            throw EPublicacaoInvalida(name_, "a planilha está danificada (linha " +
+            throw EInvalidPublication(name_, "a planilha está danificada (linha " +
                                                  std::to_string(XML_GetCurrentLineNumber(parser_.get())) +
                                                  " do XML)");
         }
         bytes_ += got;
         silent_ = events_ == before ? silent_ + got : 0;
         if (silent_ > kMaxTokenBytes) {
-            throw EPublicacaoInvalida(name_, "a planilha está danificada");
+            throw EInvalidPublication(name_, "a planilha está danificada");
         }
         return !isLast;
     }
@@ -121,26 +121,26 @@ class TElementList : public TPartParser {
   public:
     using TPartParser::TPartParser;
     struct TElement {
-        std::string name;
-        std::map<std::string, std::string, std::less<>> attributes; ///< by local name
+        std::string Name;
+        std::map<std::string, std::string, std::less<>> Attributes; ///< by local name
 
         std::string_view Value(std::string_view attribute) const {
-            const auto found = attributes.find(attribute);
-            return found == attributes.end() ? std::string_view() : found->second;
+            const auto found = Attributes.find(attribute);
+            return found == Attributes.end() ? std::string_view() : found->second;
         }
     };
-    std::vector<TElement> elements;
+    std::vector<TElement> Elements;
 
   protected:
     void OnStart(std::string_view element, const char** attributes) override {
         constexpr std::size_t kMaxElements = 10'000;
-        if (elements.size() == kMaxElements) {
+        if (Elements.size() == kMaxElements) {
             return;
         }
-        TElement& added = elements.emplace_back();
-        added.name = element;
+        TElement& added = Elements.emplace_back();
+        added.Name = element;
         for (; *attributes != nullptr; attributes += 2) {
-            added.attributes.emplace(LocalName(*attributes), attributes[1]);
+            added.Attributes.emplace(LocalName(*attributes), attributes[1]);
         }
     }
     void OnEnd(std::string_view) override {}
@@ -192,16 +192,16 @@ class TSheetRows : public TPartParser {
   public:
     using TPartParser::TPartParser;
     struct TRawCell {
-        std::size_t column = 0;
-        TCellType type = TCellType::Number;
-        std::string text;
+        std::size_t Column = 0;
+        TCellType Type = TCellType::Number;
+        std::string Text;
     };
     struct TRawRow {
-        std::uint64_t number = 0;
-        std::vector<TRawCell> cells;
+        std::uint64_t Number = 0;
+        std::vector<TRawCell> Cells;
     };
     /// Those of the last piece that have a cell with content.
-    std::vector<TRawRow> rows;
+    std::vector<TRawRow> Rows;
 
   protected:
     void OnStart(std::string_view element, const char** attributes) override {
@@ -212,7 +212,7 @@ class TSheetRows : public TPartParser {
         } else if (element == "v" || element == "t") {
             inValue_ = true;
         } else if (element == "rPh") {
-            cell_.type = TCellType::None;
+            cell_.Type = TCellType::None;
         }
     }
 
@@ -220,36 +220,36 @@ class TSheetRows : public TPartParser {
         if (element == "v" || element == "t") {
             inValue_ = false;
         } else if (element == "c") {
-            if (cell_.type != TCellType::None && !cell_.text.empty() && cell_.column < kMaxColumns) {
-                row_.cells.push_back(std::move(cell_));
+            if (cell_.Type != TCellType::None && !cell_.Text.empty() && cell_.Column < kMaxColumns) {
+                row_.Cells.push_back(std::move(cell_));
             }
             cell_ = {};
-        } else if (element == "row" && !row_.cells.empty()) {
-            rows.push_back(std::move(row_));
-            row_ = {rows.back().number, {}};
+        } else if (element == "row" && !row_.Cells.empty()) {
+            Rows.push_back(std::move(row_));
+            row_ = {Rows.back().Number, {}};
         }
     }
 
     void OnText(std::string_view text) override {
-        if (inValue_ && cell_.text.size() < kMaxCellBytes) {
-            cell_.text += text;
+        if (inValue_ && cell_.Text.size() < kMaxCellBytes) {
+            cell_.Text += text;
         }
     }
 
   private:
     void StartRow(const char** attributes) {
-        std::uint64_t number = row_.number + 1;
+        std::uint64_t number = row_.Number + 1;
         if (const auto text = Attribute(attributes, "r")) {
             std::from_chars(text->data(), text->data() + text->size(), number);
         }
-        row_.number = number;
-        row_.cells.clear();
+        row_.Number = number;
+        row_.Cells.clear();
         nextColumn_ = 0;
     }
 
     void StartCell(const char** attributes) {
         cell_ = {};
-        cell_.column = nextColumn_;
+        cell_.Column = nextColumn_;
         if (const auto place = Attribute(attributes, "r")) {
             std::size_t column = 0;
             for (const char c : *place) {
@@ -258,11 +258,11 @@ class TSheetRows : public TPartParser {
                 }
                 column = column * 26 + static_cast<std::size_t>(c - 'A') + 1;
             }
-            cell_.column = column > 0 ? column - 1 : nextColumn_;
+            cell_.Column = column > 0 ? column - 1 : nextColumn_;
         }
-        nextColumn_ = cell_.column + 1;
+        nextColumn_ = cell_.Column + 1;
         const std::string_view type = Attribute(attributes, "t").value_or("n");
-        cell_.type = type == "s"                            ? TCellType::Shared
+        cell_.Type = type == "s"                            ? TCellType::Shared
                      : type == "inlineStr" || type == "str" ? TCellType::Text
                      : type == "d"                          ? TCellType::Date
                      : type == "n"                          ? TCellType::Number
@@ -289,7 +289,7 @@ std::vector<TElementList::TElement> ReadElements(const TZipArchive& archive, std
     TElementList list(*source, archive.Name());
     while (list.ReadPiece()) {
     }
-    return std::move(list.elements);
+    return std::move(list.Elements);
 }
 
 } // namespace
@@ -306,25 +306,25 @@ bool TWorkbook::IsWorkbook(const TZipArchive& archive) {
 void TWorkbook::ReadSheetList() {
     std::map<std::string, std::string, std::less<>> targets;
     for (const auto& element : ReadElements(archive_, "xl/_rels/workbook.xml.rels")) {
-        if (element.name == "Relationship") {
+        if (element.Name == "Relationship") {
             targets.emplace(element.Value("Id"), PartPath(element.Value("Target")));
         }
     }
     for (const auto& element : ReadElements(archive_, kWorkbookPart)) {
-        if (element.name == "workbookPr") {
+        if (element.Name == "workbookPr") {
             const std::string_view date1904 = element.Value("date1904");
             if (date1904 == "1" || date1904 == "true") {
-                throw EPublicacaoInvalida(archive_.Name(), "a planilha conta as datas a partir de 1904; "
+                throw EInvalidPublication(archive_.Name(), "a planilha conta as datas a partir de 1904; "
                                                            "salve-a com o sistema de datas de 1900");
             }
-        } else if (element.name == "sheet") {
+        } else if (element.Name == "sheet") {
             const auto target = targets.find(element.Value("id"));
             const TZipEntry* entry = target == targets.end() ? nullptr : archive_.Find(target->second);
             if (entry == nullptr) {
-                throw EPublicacaoInvalida(archive_.Name(), "a planilha está danificada (falta a folha \"" +
+                throw EInvalidPublication(archive_.Name(), "a planilha está danificada (falta a folha \"" +
                                                                std::string(element.Value("name")) + "\")");
             }
-            sheets_.push_back({std::string(element.Value("name")), entry->index, entry->bytes});
+            sheets_.push_back({std::string(element.Value("name")), entry->Index, entry->Bytes});
         }
     }
 }
@@ -349,7 +349,7 @@ void TWorkbook::ReadSharedTexts() {
 void TWorkbook::AddSharedText(std::string_view text) {
     if (blocks_.empty() || blocks_.back().size() + text.size() > kSharedBlockBytes) {
         if (blocks_.size() * kSharedBlockBytes >= kMaxSharedBytes || shared_.size() >= kMaxSharedTexts) {
-            throw EPublicacaoInvalida(archive_.Name(), "a planilha tem textos demais");
+            throw EInvalidPublication(archive_.Name(), "a planilha tem textos demais");
         }
         blocks_.emplace_back().reserve(kSharedBlockBytes);
     }
@@ -363,48 +363,48 @@ std::string_view TWorkbook::SharedText(std::string_view index) const {
     std::size_t number = shared_.size();
     std::from_chars(index.data(), index.data() + index.size(), number);
     if (number >= shared_.size()) {
-        throw EPublicacaoInvalida(archive_.Name(), "a planilha está danificada (texto que não existe)");
+        throw EInvalidPublication(archive_.Name(), "a planilha está danificada (texto que não existe)");
     }
     const TPlace& place = shared_[number];
-    return std::string_view(blocks_[place.block]).substr(place.offset, place.length);
+    return std::string_view(blocks_[place.Block]).substr(place.Offset, place.Length);
 }
 
 void TWorkbook::ReadRows(const TSheet& sheet, const TRowHandler& onRow,
                          const std::function<void(std::uint64_t)>& onBytes) const {
     TZipEntry entry;
     for (const TZipEntry& candidate : archive_.Entries()) {
-        if (candidate.index == sheet.entry) {
+        if (candidate.Index == sheet.Entry) {
             entry = candidate;
         }
     }
     const auto source = archive_.Open(entry);
-    TSheetRows reader(*source, archive_.Name() / PathFromText(sheet.name));
+    TSheetRows reader(*source, archive_.Name() / PathFromText(sheet.Name));
     TRow row;
     bool more = true;
     while (more) {
         more = reader.ReadPiece();
         onBytes(reader.Bytes());
-        for (TSheetRows::TRawRow& raw : reader.rows) {
-            row.number = raw.number;
-            row.cells.clear();
-            for (TSheetRows::TRawCell& cell : raw.cells) {
-                if (row.cells.size() <= cell.column) {
-                    row.cells.resize(cell.column + 1);
+        for (TSheetRows::TRawRow& raw : reader.Rows) {
+            row.Number = raw.Number;
+            row.Cells.clear();
+            for (TSheetRows::TRawCell& cell : raw.Cells) {
+                if (row.Cells.size() <= cell.Column) {
+                    row.Cells.resize(cell.Column + 1);
                 }
-                TCell& filled = row.cells[cell.column];
-                filled.isNumber = cell.type == TCellType::Number;
-                filled.isInvalid = cell.type == TCellType::Invalid;
-                if (cell.type == TCellType::Shared) {
-                    filled.text = SharedText(cell.text);
+                TCell& filled = row.Cells[cell.Column];
+                filled.IsNumber = cell.Type == TCellType::Number;
+                filled.IsInvalid = cell.Type == TCellType::Invalid;
+                if (cell.Type == TCellType::Shared) {
+                    filled.Text = SharedText(cell.Text);
                 } else {
-                    filled.text = TrimBlanks(cell.text);
+                    filled.Text = TrimBlanks(cell.Text);
                 }
             }
             if (!onRow(row)) {
                 return;
             }
         }
-        reader.rows.clear();
+        reader.Rows.clear();
     }
 }
 

@@ -1,17 +1,16 @@
 #include "data/import/tuss_importer.h"
 
-#include "data/import/importacao_erros.h"
+#include "data/import/import_errors.h"
+#include "data/sha256.h"
 #include "data/sqlite_reason.h"
 #include "data/tuss.h"
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Exception.h>
 #include <SQLiteCpp/Statement.h>
-#include <openssl/evp.h>
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <memory>
 #include <system_error>
@@ -32,28 +31,6 @@ fs::path Beside(const fs::path& file, const char* ending) {
     return name;
 }
 
-std::string Sha256(const fs::path& file) {
-    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
-    TFileSource source(file);
-    std::vector<char> block(1 << 20);
-    bool done = context != nullptr && EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) == 1;
-    while (const std::size_t got = done ? source.Read(block.data(), block.size()) : 0) {
-        done = EVP_DigestUpdate(context.get(), block.data(), got) == 1;
-    }
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-    unsigned length = 0;
-    if (!done || EVP_DigestFinal_ex(context.get(), digest.data(), &length) != 1) {
-        throw EPublicacaoInvalida(file, "a soma SHA-256 não pôde ser calculada");
-    }
-    std::string text;
-    constexpr std::string_view kHex = "0123456789abcdef";
-    for (unsigned i = 0; i < length; ++i) {
-        text += kHex[digest[i] >> 4U];
-        text += kHex[digest[i] & 0xFU];
-    }
-    return text;
-}
-
 /// Keeps other imports into the same file away for its life, by a locked file beside it.
 class TImportLock {
   public:
@@ -66,8 +43,8 @@ class TImportLock {
             } while (IsRemoved());
         } catch (const SQLite::Exception& error) {
             const bool isTaken = error.getErrorCode() == SQLITE_BUSY;
-            throw ETerminologiaNaoGravada(target, isTaken ? "outra importação está em andamento"
-                                                          : SqliteReason(error));
+            throw ETerminologyNotWritten(target, isTaken ? "outra importação está em andamento"
+                                                         : SqliteReason(error));
         }
     }
     TImportLock(const TImportLock&) = delete;
@@ -103,10 +80,10 @@ void CheckTarget(const fs::path& target) {
                                 " FROM sqlite_master WHERE type = 'table'");
         query.executeStep();
         if (query.getColumn(0).getInt64() > 0 && query.getColumn(1).getInt64() == 0) {
-            throw ETerminologiaNaoGravada(target, "o arquivo não é uma base de terminologia");
+            throw ETerminologyNotWritten(target, "o arquivo não é uma base de terminologia");
         }
     } catch (const SQLite::Exception& error) {
-        throw ETerminologiaNaoGravada(target, SqliteReason(error));
+        throw ETerminologyNotWritten(target, SqliteReason(error));
     }
 }
 
@@ -139,7 +116,7 @@ std::vector<fs::path> FilesOf(const fs::path& source) {
     const fs::file_status status = fs::status(source, error);
     if (!fs::is_directory(status)) {
         if (fs::exists(status) && !fs::is_regular_file(status)) {
-            throw EPublicacaoInvalida(source, "não é um arquivo comum"); // it is read twice
+            throw EInvalidPublication(source, "não é um arquivo comum"); // it is read twice
         }
         return {source};
     }
@@ -151,7 +128,7 @@ std::vector<fs::path> FilesOf(const fs::path& source) {
         }
     }
     if (error) {
-        throw EPublicacaoInvalida(source, ReasonText(error));
+        throw EInvalidPublication(source, ReasonText(error));
     }
     std::sort(files.begin(), files.end());
     return files;
@@ -162,16 +139,16 @@ class TImport : private IPublicationSink {
     explicit TImport(const TImportOptions& options) : options_(options) {}
 
     TImportReport Run() {
-        const fs::path target = fs::absolute(options_.target);
+        const fs::path target = fs::absolute(options_.Target);
         std::error_code ignored;
-        if (!options_.delivered.empty() && fs::equivalent(target, options_.delivered, ignored)) {
-            throw ETerminologiaNaoGravada(target, "é a base que veio com o programa, que não é alterada");
+        if (!options_.Delivered.empty() && fs::equivalent(target, options_.Delivered, ignored)) {
+            throw ETerminologyNotWritten(target, "é a base que veio com o programa, que não é alterada");
         }
         std::vector<fs::path> files;
-        for (const fs::path& source : options_.sources) {
+        for (const fs::path& source : options_.Sources) {
             const std::vector<fs::path> found = FilesOf(source);
             if (found.empty()) {
-                throw EPublicacaoInvalida(source,
+                throw EInvalidPublication(source,
                                           "a pasta não tem nenhum arquivo ZIP, XLSX, CSV, TXT ou JSON");
             }
             files.insert(files.end(), found.begin(), found.end());
@@ -181,12 +158,12 @@ class TImport : private IPublicationSink {
         const TImportLock lock(target);
         const TWorkFolder work(Beside(target, ".importacao"));
         const fs::path built = work / "tuss.db";
-        report_.database = target;
+        report_.Database = target;
         try {
             Build(files, target, built, work);
         } catch (const SQLite::Exception& error) {
             Look(); // an interrupted statement is no failure of its own
-            throw ETerminologiaNaoGravada(target, SqliteReason(error));
+            throw ETerminologyNotWritten(target, SqliteReason(error));
         }
         Tell("gravação", 1);
         ReplaceFileBy(target, built);
@@ -206,8 +183,8 @@ class TImport : private IPublicationSink {
             [](void* self) { return static_cast<TImport*>(self)->Stopped() ? 1 : 0; }, this);
         CreateImportTables(database);
         std::error_code ignored;
-        if (fs::exists(options_.delivered, ignored)) {
-            MergeDelivered(database, options_.delivered);
+        if (fs::exists(options_.Delivered, ignored)) {
+            MergeDelivered(database, options_.Delivered);
         }
         TLoadArea area(database, PathText(work / "carga.db"));
         area_ = &area;
@@ -218,12 +195,12 @@ class TImport : private IPublicationSink {
             ReadFile(files[i], work);
         }
         if (area.Rows() == 0) {
-            throw EPublicacaoInvalida(options_.sources.front(), NothingFound());
+            throw EInvalidPublication(options_.Sources.front(), NothingFound());
         }
-        report_.tabelas = MergeLoaded(database, area, options_.replace, [this](double fraction) {
+        report_.Tables = MergeLoaded(database, area, options_.Replace, [this](double fraction) {
             Tell("consolidação", kShareOfReading + (1 - kShareOfReading) * fraction);
         });
-        report_.semTabela = CountWithoutTable(database);
+        report_.WithoutTable = CountWithoutTable(database);
         Record(database);
         database.exec("COMMIT");
     }
@@ -231,7 +208,7 @@ class TImport : private IPublicationSink {
     void CopyBase(const fs::path& target, const fs::path& built) const {
         std::error_code error;
         const bool isThere = fs::exists(target, error);
-        const fs::path& base = isThere ? target : options_.delivered;
+        const fs::path& base = isThere ? target : options_.Delivered;
         if (base.empty() || !fs::exists(base, error)) {
             return;
         }
@@ -239,28 +216,28 @@ class TImport : private IPublicationSink {
             fs::permissions(built, fs::perms::owner_write, fs::perm_options::add, error);
         }
         if (error) {
-            throw ETerminologiaNaoGravada(target, ReasonText(error));
+            throw ETerminologyNotWritten(target, ReasonText(error));
         }
     }
 
     void ReadFile(const fs::path& file, const TWorkFolder& work) {
-        TImportedFile& read = report_.arquivos.emplace_back();
-        read.arquivo = file;
-        read.sha256 = Sha256(file);
+        TImportedFile& read = report_.Files.emplace_back();
+        read.File = file;
         const std::uint64_t rowsBefore = area_->Rows();
         TPublicationReader(work.Path(), *this).Read(file);
+        read.Sha256 = Sha256OfFile(file);
         const bool isNamed =
-            std::find(options_.sources.begin(), options_.sources.end(), file) != options_.sources.end();
+            std::find(options_.Sources.begin(), options_.Sources.end(), file) != options_.Sources.end();
         if (isNamed && area_->Rows() == rowsBefore) {
-            throw EPublicacaoInvalida(file, NothingFound());
+            throw EInvalidPublication(file, NothingFound());
         }
     }
 
     std::string NothingFound() const {
-        if (!report_.naoEntendidas.empty() && report_.arquivos.back().naoEntendidas > 0) {
-            const TLinhaNaoEntendida& line = report_.naoEntendidas.back();
-            return "nenhuma linha pôde ser entendida (" + line.arquivo + ", " + line.Lugar() + ": " +
-                   line.motivo +
+        if (!report_.Rejected.empty() && report_.Files.back().Rejected > 0) {
+            const TRejectedRow& line = report_.Rejected.back();
+            return "nenhuma linha pôde ser entendida (" + line.File + ", " + line.Place() + ": " +
+                   line.Reason +
                    "). O nome do arquivo diz a tabela quando as colunas não a dizem: \"Tabela 18.csv\"";
         }
         return "não foi encontrada nenhuma tabela da TUSS. São lidas as publicações da ANS em ZIP, XLSX, "
@@ -269,24 +246,24 @@ class TImport : private IPublicationSink {
     }
 
     void OnRow(const TPublishedRow& row, bool isHistory) override {
-        TFileTable& table = report_.arquivos.back().tabelas[row.tabela];
-        ++table.linhas;
-        table.inicioMaisRecente = std::max(table.inicioMaisRecente, row.periodo.inicio);
+        TFileTable& table = report_.Files.back().Tables[row.Tabela];
+        ++table.Rows;
+        table.NewestStart = std::max(table.NewestStart, row.Period.Start);
         area_->Add(row, isHistory);
         if (area_->Rows() % kRowsBetweenLooks == 0) {
             Look();
         }
     }
 
-    void OnNotUnderstood(TLinhaNaoEntendida line) override {
-        if (++report_.arquivos.back().naoEntendidas <= kNotUnderstoodKept) {
-            report_.naoEntendidas.push_back(std::move(line));
+    void OnRejected(TRejectedRow line) override {
+        if (++report_.Files.back().Rejected <= kRejectedRowsKept) {
+            report_.Rejected.push_back(std::move(line));
         }
     }
 
-    void OnPassedOver(const std::string& file) override { report_.ignorados.push_back(file); }
+    void OnPassedOver(const std::string& file) override { report_.Ignored.push_back(file); }
 
-    void OnMissingDates(const std::string& file) override { report_.semDatas.push_back(file); }
+    void OnMissingDates(const std::string& file) override { report_.WithoutDates.push_back(file); }
 
     void OnProgress(const std::string& what, double fraction) override {
         Tell(what, from_ + share_ * fraction);
@@ -294,29 +271,29 @@ class TImport : private IPublicationSink {
 
     void Tell(const std::string& what, double fraction) {
         Look();
-        if (options_.onProgress) {
-            options_.onProgress(what, fraction);
+        if (options_.OnProgress) {
+            options_.OnProgress(what, fraction);
         }
     }
 
-    bool Stopped() const { return options_.stop != nullptr && options_.stop->load(); }
+    bool Stopped() const { return options_.Stop != nullptr && options_.Stop->load(); }
 
     void Look() const {
         if (Stopped()) {
-            throw EImportacaoInterrompida();
+            throw EImportInterrupted();
         }
     }
 
     void Record(SQLite::Database& database) const {
         SQLite::Statement insert(database, "INSERT INTO TB_CARGA VALUES (?, ?, datetime('now', 'localtime'),"
                                            " ?, ?, NULLIF(?, ''))");
-        for (const TImportedFile& file : report_.arquivos) {
-            for (const auto& [table, content] : file.tabelas) {
-                insert.bind(1, PathText(file.arquivo.filename()));
-                insert.bind(2, file.sha256);
+        for (const TImportedFile& file : report_.Files) {
+            for (const auto& [table, content] : file.Tables) {
+                insert.bind(1, PathText(file.File.filename()));
+                insert.bind(2, file.Sha256);
                 insert.bind(3, table);
-                insert.bind(4, content.linhas);
-                insert.bind(5, content.inicioMaisRecente);
+                insert.bind(4, content.Rows);
+                insert.bind(5, content.NewestStart);
                 insert.exec();
                 insert.reset();
             }
@@ -343,7 +320,7 @@ bool RemoveImportedTerminology(const fs::path& imported) {
     }
     const TImportLock lock(imported);
     if (!fs::remove(imported, error) && error) {
-        throw ETerminologiaNaoGravada(imported, ReasonText(error));
+        throw ETerminologyNotWritten(imported, ReasonText(error));
     }
     return true;
 }
@@ -362,14 +339,14 @@ bool HasImport(const fs::path& database, const std::string& sha256) {
         query.bind(1, sha256);
         return query.executeStep();
     } catch (const SQLite::Exception& error) {
-        throw ETerminologiaNaoConsultada(database, SqliteReason(error));
+        throw ETerminologyNotRead(database, SqliteReason(error));
     }
 }
 
-std::vector<TCarga> NewestImports(const fs::path& database) {
+std::vector<TTableImport> NewestImports(const fs::path& database) {
     try {
         const SQLite::Database opened(PathText(fs::absolute(database)), SQLite::OPEN_READONLY);
-        std::vector<TCarga> imports;
+        std::vector<TTableImport> imports;
         if (!opened.tableExists("TB_CARGA")) {
             return imports;
         }
@@ -383,7 +360,7 @@ std::vector<TCarga> NewestImports(const fs::path& database) {
         }
         return imports;
     } catch (const SQLite::Exception& error) {
-        throw ETerminologiaNaoConsultada(database, SqliteReason(error));
+        throw ETerminologyNotRead(database, SqliteReason(error));
     }
 }
 

@@ -10,13 +10,13 @@
 #include <array>
 #include <optional>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace conferix {
 
 namespace {
 
-constexpr std::array<std::string_view, 6> kTermTables = {"18", "19", "20", "22", "63", "87"};
 constexpr std::array<std::string_view, 4> kTablesOf64 = {"18", "19", "20", "22"};
 constexpr std::int64_t kProgressStep = 1024;
 
@@ -135,20 +135,20 @@ class TTermTable {
                                  " (CODIGO, DATA_INICIO_VIGENCIA, DATA_FIM_IMPLANTACAO) VALUES (?, ?, ?)"),
           remove_(database, "DELETE FROM " + Name(table) + " WHERE CODIGO = ?") {}
 
-    std::optional<TPeriodo> Find(const std::string& code) {
-        std::optional<TPeriodo> found;
+    std::optional<TPeriod> Find(const std::string& code) {
+        std::optional<TPeriod> found;
         if (select_.With(code).Step()) {
-            found = TPeriodo{select_.Text(0), {}, select_.Text(1)};
+            found = TPeriod{select_.Text(0), {}, select_.Text(1)};
         }
         select_.Reset();
         return found;
     }
 
-    void Set(const std::string& code, const std::optional<TPeriodo>& period) {
+    void Set(const std::string& code, const std::optional<TPeriod>& period) {
         if (period) {
-            replace_.With(code, period->inicio, period->implantacao)
-                .NullIfEmpty(2, period->inicio)
-                .NullIfEmpty(3, period->implantacao)
+            replace_.With(code, period->Start, period->ImplementationEnd)
+                .NullIfEmpty(2, period->Start)
+                .NullIfEmpty(3, period->ImplementationEnd)
                 .Run();
         } else {
             remove_.With(code).Run();
@@ -165,28 +165,28 @@ class TTermTable {
 
 /// The rows of one table 64 term, by start.
 struct TRow64 {
-    TPeriodo periodo;
-    std::string grupo;
-    std::int64_t consolidado = 0;
+    TPeriod Period;
+    std::string Grupo;
+    std::int64_t Consolidado = 0;
 
     bool operator==(const TRow64&) const = default;
 };
 
 std::vector<TRow64> MergeRows64(const std::vector<TRow64>& rows) {
-    std::vector<TPeriodo> periods;
+    std::vector<TPeriod> periods;
     periods.reserve(rows.size());
     for (const TRow64& row : rows) {
-        periods.push_back(row.periodo);
+        periods.push_back(row.Period);
     }
     std::vector<TRow64> merged;
-    for (TPeriodo& period : MergePeriods(std::move(periods))) {
+    for (TPeriod& period : MergePeriods(std::move(periods))) {
         TRow64& added = merged.emplace_back();
-        added.periodo = std::move(period);
+        added.Period = std::move(period);
         // A history does not name the group, so that the row that does wins.
         for (const TRow64& row : rows) {
-            if (row.periodo.inicio == added.periodo.inicio) {
-                std::tie(added.grupo, added.consolidado) = std::max(
-                    std::tuple(added.grupo, added.consolidado), std::tuple(row.grupo, row.consolidado));
+            if (row.Period.Start == added.Period.Start) {
+                std::tie(added.Grupo, added.Consolidado) = std::max(
+                    std::tuple(added.Grupo, added.Consolidado), std::tuple(row.Grupo, row.Consolidado));
             }
         }
     }
@@ -247,40 +247,48 @@ class TMerger {
         }
     }
 
-    void MergeTerms() {
-        TQuery rows(database_, "SELECT TABELA, CODIGO, INICIO, FIM, IMPLANTACAO, TERMO FROM carga.LINHA"
-                               " ORDER BY TABELA, CODIGO");
+    /// Goes through rows in the order of table and code: `add` takes each, `flush` comes after the last one
+    /// of a term.
+    template<typename TAdd, typename TFlush>
+    void WalkTerms(const std::string& sql, const TAdd& add, const TFlush& flush) {
+        TQuery rows(database_, sql + " ORDER BY TABELA, CODIGO");
         std::string table;
         std::string code;
-        std::vector<TPeriodo> periods;
-        TDescription text;
-        const auto flush = [&] {
-            if (!periods.empty()) {
-                MergeTerm(table, code, std::move(periods), text);
-            }
-            periods.clear();
-            text = {};
-        };
         while (rows.Step()) {
             std::string nextTable = rows.Text(0);
             std::string nextCode = rows.Text(1);
-            if (nextTable != table || nextCode != code) {
-                flush();
-                table = std::move(nextTable);
-                code = std::move(nextCode);
+            if (!table.empty() && (nextTable != table || nextCode != code)) {
+                flush(table, code);
             }
-            periods.push_back({rows.Text(2), rows.Text(3), rows.Text(4)});
-            if (TDescription said(rows.Text(2), rows.Text(5)); !said.second.empty()) {
-                text = std::max(text, said);
-            }
+            table = std::move(nextTable);
+            code = std::move(nextCode);
+            add(rows);
             Progress();
         }
-        flush();
+        if (!table.empty()) {
+            flush(table, code);
+        }
     }
 
-    void MergeTerm(const std::string& table, const std::string& code, std::vector<TPeriodo> periods,
+    void MergeTerms() {
+        std::vector<TPeriod> periods;
+        TDescription text;
+        WalkTerms(
+            "SELECT TABELA, CODIGO, INICIO, FIM, IMPLANTACAO, TERMO FROM carga.LINHA",
+            [&](TQuery& row) {
+                periods.push_back({row.Text(2), row.Text(3), row.Text(4)});
+                if (TDescription said(row.Text(2), row.Text(5)); !said.second.empty()) {
+                    text = std::max(text, said);
+                }
+            },
+            [&](const std::string& table, const std::string& code) {
+                MergeTerm(table, code, std::exchange(periods, {}), std::exchange(text, {}));
+            });
+    }
+
+    void MergeTerm(const std::string& table, const std::string& code, std::vector<TPeriod> periods,
                    const TDescription& text) {
-        if (table == kMunicipios) {
+        if (table == kCities) {
             MergeCity(code);
             return;
         }
@@ -288,17 +296,17 @@ class TMerger {
         const bool isStored = terms != tables_.end();
         TTermRows before;
         if (isStored) {
-            before.vigente = terms->second->Find(code);
+            before.Current = terms->second->Find(code);
         } else {
-            std::erase_if(periods, [](const TPeriodo& period) { return period.fim.empty(); });
+            std::erase_if(periods, [](const TPeriod& period) { return period.End.empty(); });
         }
-        before.anteriores = Periods(table, code);
-        before.ultimoFim = Inactivated(table, code);
-        const bool wasKnown = before.vigente || !before.anteriores.empty() || !before.ultimoFim.empty();
+        before.Earlier = Periods(table, code);
+        before.LastEnd = Inactivated(table, code);
+        const bool wasKnown = before.Current || !before.Earlier.empty() || !before.LastEnd.empty();
         if (periods.empty() && !wasKnown) {
             return;
         }
-        std::vector<TPeriodo> known = Known(before);
+        std::vector<TPeriod> known = Known(before);
         if (!Replaces(table)) {
             periods.insert(periods.end(), known.begin(), known.end());
         }
@@ -307,26 +315,23 @@ class TMerger {
         Write(table, code, before, after);
         const bool newText = isStored && descriptions_.Set(table, code, text, Replaces(table));
         CountChange(changes_[table], wasKnown, before == after && !newText,
-                    !after.vigente && (before.vigente || !wasKnown));
+                    !after.Current && (before.Current || !wasKnown));
     }
 
     static void CountChange(TTableChanges& changes, bool wasKnown, bool isSame, bool hasEnded) {
-        ++(isSame      ? changes.iguais
-           : hasEnded  ? changes.encerrados
-           : !wasKnown ? changes.novos
-                       : changes.alterados);
+        ++(isSame ? changes.Same : hasEnded ? changes.Ended : !wasKnown ? changes.Added : changes.Changed);
     }
 
     /// The periods behind the rows of a term. A database that was made otherwise may hold an end without
     /// its period.
-    static std::vector<TPeriodo> Known(const TTermRows& rows) {
-        std::vector<TPeriodo> periods = rows.anteriores;
-        if (rows.vigente) {
-            periods.push_back(*rows.vigente);
+    static std::vector<TPeriod> Known(const TTermRows& rows) {
+        std::vector<TPeriod> periods = rows.Earlier;
+        if (rows.Current) {
+            periods.push_back(*rows.Current);
         }
         periods = MergePeriods(std::move(periods));
-        if (rows.ultimoFim > RowsOfPeriods(periods).ultimoFim) {
-            periods.insert(periods.begin(), {{}, rows.ultimoFim, {}});
+        if (rows.LastEnd > RowsOfPeriods(periods).LastEnd) {
+            periods.insert(periods.begin(), {{}, rows.LastEnd, {}});
             periods = MergePeriods(std::move(periods));
         }
         return periods;
@@ -339,8 +344,8 @@ class TMerger {
         return end;
     }
 
-    std::vector<TPeriodo> Periods(const std::string& table, const std::string& code) {
-        std::vector<TPeriodo> periods;
+    std::vector<TPeriod> Periods(const std::string& table, const std::string& code) {
+        std::vector<TPeriod> periods;
         findPeriods_.With(table, code);
         while (findPeriods_.Step()) {
             periods.push_back({findPeriods_.Text(0), findPeriods_.Text(1), findPeriods_.Text(2)});
@@ -351,22 +356,22 @@ class TMerger {
 
     void Write(const std::string& table, const std::string& code, const TTermRows& before,
                const TTermRows& after) {
-        if (before.vigente != after.vigente) {
-            tables_.find(table)->second->Set(code, after.vigente);
+        if (before.Current != after.Current) {
+            tables_.find(table)->second->Set(code, after.Current);
         }
-        if (before.ultimoFim != after.ultimoFim) {
-            if (after.ultimoFim.empty()) {
+        if (before.LastEnd != after.LastEnd) {
+            if (after.LastEnd.empty()) {
                 removeInactivated_.With(table, code).Run();
             } else {
-                setInactivated_.With(table, code, after.ultimoFim).Run();
+                setInactivated_.With(table, code, after.LastEnd).Run();
             }
         }
-        if (before.anteriores != after.anteriores) {
+        if (before.Earlier != after.Earlier) {
             removePeriods_.With(table, code).Run();
-            for (const TPeriodo& period : after.anteriores) {
-                addPeriod_.With(table, code, period.inicio, period.fim, period.implantacao)
-                    .NullIfEmpty(4, period.fim)
-                    .NullIfEmpty(5, period.implantacao)
+            for (const TPeriod& period : after.Earlier) {
+                addPeriod_.With(table, code, period.Start, period.End, period.ImplementationEnd)
+                    .NullIfEmpty(4, period.End)
+                    .NullIfEmpty(5, period.ImplementationEnd)
                     .Run();
             }
         }
@@ -377,7 +382,7 @@ class TMerger {
         addCity_.With(code).Run();
         const std::string withoutCheckDigit = code.substr(0, code.size() - 1);
         addCity_.With(withoutCheckDigit).Run();
-        CountChange(changes_[std::string(kMunicipios)], false, database_.getTotalChanges() == before, false);
+        CountChange(changes_[std::string(kCities)], false, database_.getTotalChanges() == before, false);
     }
 
     bool Replaces(const std::string& table) const {
@@ -409,32 +414,17 @@ class TMerger {
     }
 
     void MergeTable64() {
-        TQuery rows(database_, "SELECT TABELA, CODIGO, INICIO, FIM, IMPLANTACAO, GRUPO, CONSOLIDADO, ATUAL"
-                               " FROM carga.LINHA_64 ORDER BY TABELA, CODIGO");
-        std::string table;
-        std::string code;
         std::vector<TRow64> group;
         bool isPresent = false;
-        const auto flush = [&] {
-            if (!group.empty()) {
-                MergeTerm64(table, code, std::move(group), isPresent);
-            }
-            group.clear();
-            isPresent = false;
-        };
-        while (rows.Step()) {
-            std::string nextTable = rows.Text(0);
-            std::string nextCode = rows.Text(1);
-            if (nextTable != table || nextCode != code) {
-                flush();
-                table = std::move(nextTable);
-                code = std::move(nextCode);
-            }
-            group.push_back({{rows.Text(2), rows.Text(3), rows.Text(4)}, rows.Text(5), rows.Integer(6)});
-            isPresent = isPresent || rows.Integer(7) != 0;
-            Progress();
-        }
-        flush();
+        WalkTerms(
+            "SELECT TABELA, CODIGO, INICIO, FIM, IMPLANTACAO, GRUPO, CONSOLIDADO, ATUAL FROM carga.LINHA_64",
+            [&](TQuery& row) {
+                group.push_back({{row.Text(2), row.Text(3), row.Text(4)}, row.Text(5), row.Integer(6)});
+                isPresent = isPresent || row.Integer(7) != 0;
+            },
+            [&](const std::string& table, const std::string& code) {
+                MergeTerm64(table, code, std::exchange(group, {}), std::exchange(isPresent, false));
+            });
     }
 
     void MergeTerm64(const std::string& table, const std::string& code, std::vector<TRow64> rows,
@@ -456,19 +446,19 @@ class TMerger {
             }
             for (const TRow64& row : after) {
                 add64_
-                    .With(table, code, row.grupo, row.periodo.inicio, row.periodo.fim,
-                          row.periodo.implantacao)
-                    .NullIfEmpty(3, row.grupo)
-                    .NullIfEmpty(4, row.periodo.inicio)
-                    .NullIfEmpty(5, row.periodo.fim)
-                    .NullIfEmpty(6, row.periodo.implantacao)
-                    .Number(7, row.consolidado)
+                    .With(table, code, row.Grupo, row.Period.Start, row.Period.End,
+                          row.Period.ImplementationEnd)
+                    .NullIfEmpty(3, row.Grupo)
+                    .NullIfEmpty(4, row.Period.Start)
+                    .NullIfEmpty(5, row.Period.End)
+                    .NullIfEmpty(6, row.Period.ImplementationEnd)
+                    .Number(7, row.Consolidado)
                     .Run();
             }
         }
         const auto ended = [](const std::vector<TRow64>& all) {
             return std::all_of(all.begin(), all.end(),
-                               [](const TRow64& row) { return !row.periodo.fim.empty(); });
+                               [](const TRow64& row) { return !row.Period.End.empty(); });
         };
         if (isPresent || before != after) {
             CountChange(changes_["64"], !before.empty(), before == after,
@@ -481,7 +471,7 @@ class TMerger {
         for (const std::string& table : loaded_.CompleteTables()) {
             const bool is64 = table.starts_with("64/");
             const std::string number = is64 ? table.substr(3) : table;
-            if (table == kMunicipios || number.size() != 2) {
+            if (table == kCities || number.size() != 2) {
                 continue;
             }
             const std::string absent =
@@ -489,7 +479,7 @@ class TMerger {
                             is64 ? "_64" : "", number);
             const std::string where = fmt::format(" WHERE TABELA = '{}' AND{}", number, absent);
             if (is64) {
-                changes_["64"].retirados +=
+                changes_["64"].Removed +=
                     Count(database_, fmt::format("SELECT COUNT(DISTINCT CODIGO) FROM TB_TUSS_64{}", where));
                 database_.exec(fmt::format("DELETE FROM TB_TUSS_64{}", where));
                 continue;
@@ -503,7 +493,7 @@ class TMerger {
             }
             if (const std::int64_t count = Count(database_, fmt::format("SELECT COUNT(*) FROM ({})", known));
                 count > 0) {
-                changes_[number].retirados += count;
+                changes_[number].Removed += count;
             }
             if (isStored) {
                 database_.exec(fmt::format("DELETE FROM {}", terms));
@@ -549,7 +539,7 @@ class TMerger {
 
 void CreateImportTables(SQLite::Database& database) {
     for (const TTussTable& table : TussTables()) {
-        database.exec(table.createSql);
+        database.exec(table.CreateSql);
     }
     // A start that is not known is an empty text here, since it is part of a key.
     database.exec(

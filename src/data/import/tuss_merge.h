@@ -17,11 +17,11 @@ namespace conferix {
 
 /// What an import did to the terms of a table; of table 64, to the pairs of table and code.
 struct TTableChanges {
-    std::int64_t novos = 0;
-    std::int64_t alterados = 0;
-    std::int64_t encerrados = 0; ///< no longer in force, and were so, or were not known, before
-    std::int64_t iguais = 0;
-    std::int64_t retirados = 0; ///< only when the import replaces
+    std::int64_t Added = 0;
+    std::int64_t Changed = 0;
+    std::int64_t Ended = 0; ///< no longer in force, and were so, or were not known, before
+    std::int64_t Same = 0;
+    std::int64_t Removed = 0; ///< only when the import replaces
 
     bool operator==(const TTableChanges&) const = default;
 };

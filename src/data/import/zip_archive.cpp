@@ -1,6 +1,6 @@
 #include "data/import/zip_archive.h"
 
-#include "data/import/importacao_erros.h"
+#include "data/import/import_errors.h"
 
 #include <unicode/ucnv.h>
 #include <zip.h>
@@ -58,10 +58,10 @@ struct TCloseEntry {
 class TEntrySource : public IByteSource {
   public:
     TEntrySource(zip_t* archive, const TZipEntry& entry, const fs::path& archiveName)
-        : stream_(zip_fopen_index(archive, entry.index, 0)), packed_(entry.packed),
-          name_(archiveName / PathFromText(entry.name)) {
+        : stream_(zip_fopen_index(archive, entry.Index, 0)), packed_(entry.Packed),
+          name_(archiveName / PathFromText(entry.Name)) {
         if (stream_ == nullptr) {
-            throw EPublicacaoInvalida(name_, zip_get_error(archive)->zip_err == ZIP_ER_NOPASSWD
+            throw EInvalidPublication(name_, zip_get_error(archive)->zip_err == ZIP_ER_NOPASSWD
                                                  ? "está protegido por senha"
                                                  : "está danificado");
         }
@@ -72,7 +72,7 @@ class TEntrySource : public IByteSource {
         while (filled < count) {
             const zip_int64_t got = zip_fread(stream_.get(), to + filled, count - filled);
             if (got < 0) {
-                throw EPublicacaoInvalida(name_, "está danificado");
+                throw EInvalidPublication(name_, "está danificado");
             }
             if (got == 0) {
                 break;
@@ -82,7 +82,7 @@ class TEntrySource : public IByteSource {
         total_ += filled;
         // What it really unpacks to; the size that the archive claims is not relied on.
         if (total_ > kMaxEntryBytes || (total_ > kRatioFrom && total_ / kMaxRatio > packed_)) {
-            throw EPublicacaoInvalida(name_, "descompactado, é grande demais para uma publicação da ANS");
+            throw EInvalidPublication(name_, "descompactado, é grande demais para uma publicação da ANS");
         }
         return filled;
     }
@@ -121,7 +121,7 @@ TZipArchive::~TZipArchive() {
 }
 
 void TZipArchive::Fail(const std::string& reason) const {
-    throw EPublicacaoInvalida(name_, reason);
+    throw EInvalidPublication(name_, reason);
 }
 
 void TZipArchive::AddEntry(std::uint64_t index) {
@@ -152,7 +152,7 @@ void TZipArchive::AddEntry(std::uint64_t index) {
 
 const TZipEntry* TZipArchive::Find(std::string_view name) const {
     for (const TZipEntry& entry : entries_) {
-        if (entry.name == name) {
+        if (entry.Name == name) {
             return &entry;
         }
     }
@@ -172,7 +172,7 @@ void TZipArchive::Extract(const TZipEntry& entry, const fs::path& file) const {
     }
     out.close();
     if (!out) {
-        throw EArquivoNaoGravado(file, ReasonText(std::error_code(errno, std::generic_category())));
+        throw EFileNotWritten(file, ReasonText(std::error_code(errno, std::generic_category())));
     }
 }
 

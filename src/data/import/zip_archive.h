@@ -17,14 +17,14 @@ namespace conferix {
 
 /// An entry of an archive.
 struct TZipEntry {
-    std::uint64_t index = 0;
-    std::string name;        ///< UTF-8; without that mark in the archive it was in code page 850
-    std::uint64_t bytes = 0; ///< unpacked, as the archive claims
-    std::uint64_t packed = 0;
+    std::uint64_t Index = 0;
+    std::string Name;        ///< UTF-8; without that mark in the archive it was in code page 850
+    std::uint64_t Bytes = 0; ///< unpacked, as the archive claims
+    std::uint64_t Packed = 0;
 };
 
 /// An open ZIP file. Refuses archives with too many entries, links, or names that leave the folder, and
-/// entries that unpack to more than a publication ever does. Members raise EPublicacaoInvalida.
+/// entries that unpack to more than a publication ever does. Members raise EInvalidPublication.
 class TZipArchive {
   public:
     /// `shownAs`: the name in error texts, where the file is a temporary one.
@@ -38,7 +38,7 @@ class TZipArchive {
     const std::vector<TZipEntry>& Entries() const { return entries_; }
     const TZipEntry* Find(std::string_view name) const;
     std::unique_ptr<IByteSource> Open(const TZipEntry& entry) const;
-    /// Unpacks an entry to a file, which is written anew. Raises also EArquivoNaoGravado.
+    /// Unpacks an entry to a file, which is written anew. Raises also EFileNotWritten.
     void Extract(const TZipEntry& entry, const std::filesystem::path& file) const;
 
   private:

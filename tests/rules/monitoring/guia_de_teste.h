@@ -4,7 +4,7 @@
 #include "data/tuss_writer.h"
 #include "rules/achados.h"
 #include "support/case_file.h"
-#include "support/suporte.h"
+#include "support/support.h"
 
 #include <algorithm>
 #include <string>

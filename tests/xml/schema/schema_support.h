@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/esquemas_publicados.h"
+#include "support/published_schemas.h"
 
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"

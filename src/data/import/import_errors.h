@@ -8,16 +8,16 @@
 namespace conferix {
 
 /// A file of an import is damaged, is no terminology, or is not to be unpacked. The database is as it was.
-class EPublicacaoInvalida : public EArquivo {
+class EInvalidPublication : public EFile {
   public:
-    EPublicacaoInvalida(const std::filesystem::path& file, const std::string& reason)
-        : EArquivo("Não foi possível importar", file, reason) {}
+    EInvalidPublication(const std::filesystem::path& file, const std::string& reason)
+        : EFile("Não foi possível importar", file, reason) {}
 };
 
 /// The user stopped the import. The database is as it was.
-class EImportacaoInterrompida : public std::runtime_error {
+class EImportInterrupted : public std::runtime_error {
   public:
-    EImportacaoInterrompida()
+    EImportInterrupted()
         : std::runtime_error("A importação foi interrompida. A base de terminologia está como antes dela.") {}
 };
 

@@ -1,19 +1,16 @@
 // Updates from a server of the test on the loopback address, directly and through a proxy.
 #include "app/updater.h"
 
-#include "app/cli/cli.h"
-#include "app/servidor_http.h"
+#include "app/http_server.h"
+#include "data/sha256.h"
 #include "platform/platform.h"
-#include "support/lote_pequeno.h"
-#include "support/suporte.h"
-#include "support/zip_de_teste.h"
+#include "support/command_test.h"
+#include "support/small_lote.h"
+#include "support/test_zip.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <map>
-#include <sstream>
 
 namespace conferix {
 namespace {
@@ -24,21 +21,14 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class Atualizacao : public testing::Test {
+class Update : public TCommandTest {
   protected:
-    void SetUp() override {
+    Update() {
         for (const char* name :
              {"http_proxy", "https_proxy", "no_proxy", "all_proxy", "NO_PROXY", "ALL_PROXY"})
             unsetenv(name);
-        setenv("CONFERIX_DADOS", File("dados").c_str(), 1);
-        setenv("CONFERIX_INI", File("Conferix.ini").c_str(), 1);
     }
-    void TearDown() override {
-        unsetenv("CONFERIX_DADOS");
-        unsetenv("CONFERIX_INI");
-        unsetenv("http_proxy");
-    }
-    std::string File(const std::string& name) const { return (folder_.Path() / name).string(); }
+    ~Update() override { unsetenv("http_proxy"); }
     TProxySettings Proxy(TProxyMode mode = TProxyMode::Direct, int port = 0) const {
         TProxySettings settings{File("proxy.ini")};
         settings.Mode = mode;
@@ -56,21 +46,18 @@ class Atualizacao : public testing::Test {
             fetch();
         } catch (const EHttp& error) {
             return error.what();
-        } catch (const EAtualizacao& error) {
+        } catch (const EUpdate& error) {
             return error.what();
         }
         return {};
     }
-
-  private:
-    TTemporaryFolder folder_;
 };
 
 const TDownloadProgress kGoOn = [](std::uint64_t, std::uint64_t) { return true; };
 
-TEST_F(Atualizacao, GoesByTheProxySettings) {
-    TServidorHttp server([](const std::string&) { return THttpAnswer{.Body = "direto"}; });
-    TServidorHttp proxy([](const std::string&) { return THttpAnswer{.Body = "proxy"}; });
+TEST_F(Update, GoesByTheProxySettings) {
+    THttpServer server([](const std::string&) { return THttpAnswer{.Body = "direto"}; });
+    THttpServer proxy([](const std::string&) { return THttpAnswer{.Body = "proxy"}; });
     setenv("http_proxy", proxy.Url("").c_str(), 1);
     EXPECT_EQ(THttpClient(Proxy()).Get(server.Url("/a"), 100), "direto");
     EXPECT_EQ(THttpClient(Proxy(TProxyMode::System)).Get(server.Url("/b"), 100), "proxy");
@@ -84,8 +71,8 @@ TEST_F(Atualizacao, GoesByTheProxySettings) {
     unsetenv("no_proxy");
 }
 
-TEST_F(Atualizacao, RefusesWhatIsNotSafe) {
-    TServidorHttp server([](const std::string& target) {
+TEST_F(Update, RefusesWhatIsNotSafe) {
+    THttpServer server([](const std::string& target) {
         if (target == "/volta")
             return THttpAnswer{.Status = 302, .Location = "http://127.0.0.1/outro"};
         if (target == "/grande")
@@ -109,11 +96,11 @@ TEST_F(Atualizacao, RefusesWhatIsNotSafe) {
     EXPECT_THAT(Failure([&] { client.Get("https://127.0.0.1:1/x", 100); }), HasSubstr("conectar"));
 }
 
-TEST_F(Atualizacao, GoesOnWhereADownloadStopped) {
+TEST_F(Update, GoesOnWhereADownloadStopped) {
     const std::string content(5000, 'z');
     for (const bool honoursRange : {true, false}) {
         std::size_t cut = 2000;
-        TServidorHttp server([&](const std::string&) {
+        THttpServer server([&](const std::string&) {
             THttpAnswer answer{.Body = content, .HonoursRange = honoursRange};
             answer.CutAfter = std::exchange(cut, ~0U);
             return answer;
@@ -132,7 +119,7 @@ TEST_F(Atualizacao, GoesOnWhereADownloadStopped) {
         EXPECT_EQ(last, content.size());
         EXPECT_THAT(server.Requests(), Contains("/p desde 2000"));
     }
-    TServidorHttp other([&](const std::string&) { return THttpAnswer{.Body = content}; });
+    THttpServer other([&](const std::string&) { return THttpAnswer{.Body = content}; });
     THttpClient client{Proxy()};
     EXPECT_THAT(Failure([&] { client.Download(other.Url("/p"), File("a"), 4000, kGoOn); }),
                 HasSubstr("mais do que os 4000 bytes"));
@@ -144,12 +131,12 @@ TEST_F(Atualizacao, GoesOnWhereADownloadStopped) {
                                     [](std::uint64_t, std::uint64_t) { return false; });
                 }),
                 HasSubstr("interrompido"));
-    EXPECT_THROW(client.Download(other.Url("/p"), File("nenhuma/pasta"), 5000, kGoOn), EArquivoNaoGravado);
+    EXPECT_THROW(client.Download(other.Url("/p"), File("nenhuma/pasta"), 5000, kGoOn), EFileNotWritten);
 }
 
-TEST_F(Atualizacao, InstallsOnlyWhatIsRight) {
+TEST_F(Update, InstallsOnlyWhatIsRight) {
     std::string list;
-    TServidorHttp server([&](const std::string& address) { // as a proxy it is asked with whole addresses
+    THttpServer server([&](const std::string& address) { // as a proxy it is asked with whole addresses
         const std::string target = address.substr(address.rfind('/'));
         return target == "/lista.json" ? THttpAnswer{.Body = list} : THttpAnswer{.Body = "pacote" + target};
     });
@@ -165,54 +152,54 @@ TEST_F(Atualizacao, InstallsOnlyWhatIsRight) {
     for (const bool byProxy : {false, true}) {
         const std::string base = byProxy ? "http://127.0.0.1:1" : server.Url("");
         const std::string folder = File(byProxy ? "proxy" : "direto");
-        TAtualizacao update(base + "/lista.json",
-                            byProxy ? Proxy(TProxyMode::Manual, server.Port()) : Proxy(), folder);
+        TUpdater update(base + "/lista.json", byProxy ? Proxy(TProxyMode::Manual, server.Port()) : Proxy(),
+                        folder);
         std::vector<std::string> taken;
-        const TImportador schemas = {
-            [&](const TPacote& package, const std::filesystem::path& file) {
-                if (package.Nome == "ruim")
-                    throw EAtualizacao("recusado");
+        const TPackageImporter schemas = {
+            [&](const TPackage& package, const std::filesystem::path& file) {
+                if (package.Name == "ruim")
+                    throw EUpdate("recusado");
                 taken.push_back(ReadTestFile(file));
                 return std::vector<std::string>{"a.xsd"};
             },
-            [](const TPacote&, const std::vector<std::string>& names) { return names.front() == "a.xsd"; }};
-        const TImportadores importers = {{"schemas", schemas}, {"terminologia", {}}};
-        const std::vector<TPacote> packages = update.Listar(importers);
+            [](const TPackage&, const std::vector<std::string>& names) { return names.front() == "a.xsd"; }};
+        const TPackageImporters importers = {{"schemas", schemas}, {"terminologia", {}}};
+        const std::vector<TPackage> packages = update.List(importers);
         ASSERT_EQ(packages.size(), 4U);
-        EXPECT_EQ(packages[0].Endereco, base + "/bom");
+        EXPECT_EQ(packages[0].Address, base + "/bom");
         const char* reasons[] = {"", "não confere com o SHA-256", "recusado", "não instala pacotes"};
         for (std::size_t i = 0; i < packages.size(); ++i)
-            EXPECT_THAT(Failure([&] { update.Instalar(packages[i], importers, kGoOn); }),
+            EXPECT_THAT(Failure([&] { update.Install(packages[i], importers, kGoOn); }),
                         HasSubstr(reasons[i]));
         EXPECT_THAT(taken, ElementsAre("pacote/bom"));
         EXPECT_TRUE(std::filesystem::is_empty(folder + "/downloads"));
         std::vector<bool> installed;
-        for (const TPacote& package : update.Listar(importers))
-            installed.push_back(package.Instalado);
+        for (const TPackage& package : update.List(importers))
+            installed.push_back(package.Installed);
         EXPECT_THAT(installed, ElementsAre(true, false, false, false));
     }
-    TAtualizacao update(server.Url("/lista.json"), Proxy(), File("dados"));
+    TUpdater update(server.Url("/lista.json"), Proxy(), File("dados"));
     for (const std::string bad :
          {"", "[]", "{}", R"({"pacotes": [{}]})", R"({"pacotes": 1})", R"({"pacotes": null})"}) {
         list = bad;
-        EXPECT_THAT(Failure([&] { update.Listar({}); }), HasSubstr("não é uma lista")) << bad;
+        EXPECT_THAT(Failure([&] { update.List({}); }), HasSubstr("não é uma lista")) << bad;
     }
     for (const auto& [key, value] :
          std::map<std::string, json>{{"sha256", "ABC"}, {"tamanho", 0}, {"nome", ""}, {"tamanho ", 0}}) {
         json package = entry("x", "schemas", Sha("x"));
         package[key] = value;
         list = json{{"pacotes", {package}}}.dump();
-        EXPECT_EQ(Failure([&] { update.Listar({}); }).empty(), key == "tamanho ") << key;
+        EXPECT_EQ(Failure([&] { update.List({}); }).empty(), key == "tamanho ") << key;
     }
-    EXPECT_THAT(Failure([&] { TAtualizacao("", Proxy(), File("dados")); }), HasSubstr("Endereco"));
+    EXPECT_THAT(Failure([&] { TUpdater("", Proxy(), File("dados")); }), HasSubstr("Endereco"));
 }
 
-TEST_F(Atualizacao, TheCommandInstallsWhatIsNotInPlace) {
+TEST_F(Update, TheCommandInstallsWhatIsNotInPlace) {
     WriteZip(File("schemas.zip"), {{"tissV4_01_00.xsd", std::string(kSmallSchema)}});
     WriteZip(File("termos.zip"), {{"Tabela 22.csv", "Código do Termo;Termo\n10101012;Consulta\n"}});
     WriteZip(File("vazio.zip"), {{"leia.txt", "nada"}});
     std::vector<std::string> offered = {"schemas"};
-    TServidorHttp server([&](const std::string& target) {
+    THttpServer server([&](const std::string& target) {
         if (target != "/lista")
             return THttpAnswer{.Body = ReadTestFile(File(target.substr(1)))};
         json packages = json::array();
@@ -227,12 +214,9 @@ TEST_F(Atualizacao, TheCommandInstallsWhatIsNotInPlace) {
         }
         return THttpAnswer{.Body = json{{"pacotes", packages}}.dump()};
     });
-    const auto run = [](const std::vector<std::string>& words) {
-        std::istringstream in;
-        std::ostringstream out;
-        std::ostringstream err;
-        const int status = RunCli(words, {in, out, err});
-        return std::to_string(status) + " " + out.str() + err.str();
+    const auto run = [this](const std::vector<std::string>& words) {
+        const TCommandResult result = Run(words);
+        return std::to_string(result.Status) + " " + result.Out + result.Err;
     };
     EXPECT_THAT(run({"atualizar"}), HasSubstr("3 conferix: erro: nenhum endereço"));
     WriteTestFile(File("Conferix.ini"), "[Atualizacao]\nEndereco = " + server.Url("/lista") + "\n");

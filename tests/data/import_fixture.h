@@ -1,10 +1,10 @@
 // Makes publications, imports them and shows what the database then holds.
 #pragma once
 
-#include "data/import/importacao_erros.h"
+#include "data/import/import_errors.h"
 #include "data/import/tuss_importer.h"
-#include "platform/pasta_temporaria.h"
-#include "support/zip_de_teste.h"
+#include "support/test_files.h"
+#include "support/test_zip.h"
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Statement.h>
@@ -18,12 +18,12 @@
 namespace conferix {
 
 /// The entries of a workbook. A sheet is its name and the XML of its rows.
-inline std::vector<TEntrada> Workbook(const std::vector<std::pair<std::string, std::string>>& sheets,
-                                      const std::vector<std::string>& shared = {},
-                                      const std::string& properties = "") {
+inline std::vector<TTestEntry> Workbook(const std::vector<std::pair<std::string, std::string>>& sheets,
+                                        const std::vector<std::string>& shared = {},
+                                        const std::string& properties = "") {
     std::string list;
     std::string relations;
-    std::vector<TEntrada> entries;
+    std::vector<TTestEntry> entries;
     for (std::size_t i = 0; i < sheets.size(); ++i) {
         list +=
             fmt::format("<sheet name=\"{}\" sheetId=\"{}\" r:id=\"rId{}\"/>", sheets[i].first, i + 1, i + 1);
@@ -51,22 +51,22 @@ inline std::string InlineRow(int number, const std::vector<std::string>& cells) 
     return row + "</row>";
 }
 
-class Importacao : public testing::Test {
+class Imports : public testing::Test {
   protected:
     std::filesystem::path File(const std::string& name) const { return folder_ / name; }
     std::filesystem::path Database() const { return folder_ / "dados/tuss.db"; }
 
     std::filesystem::path Write(const std::string& name, const std::string& bytes) const {
         std::filesystem::create_directories(File(name).parent_path());
-        testes::Gravar(File(name), bytes);
+        WriteTestFile(File(name), bytes);
         return File(name);
     }
 
     TImportReport Import(const std::vector<std::filesystem::path>& sources, bool replace = false) const {
         TImportOptions options;
-        options.sources = sources;
-        options.target = Database();
-        options.replace = replace;
+        options.Sources = sources;
+        options.Target = Database();
+        options.Replace = replace;
         return ImportTerminology(options);
     }
 
@@ -107,7 +107,7 @@ class Importacao : public testing::Test {
         return lines;
     }
 
-    testes::TPastaTemporaria folder_;
+    TTemporaryFolder folder_;
 };
 
 } // namespace conferix

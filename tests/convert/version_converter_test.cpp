@@ -1,7 +1,7 @@
 #include "app/lote_conversion.h"
 #include "convert/version_converter.h"
 #include "schema_model/built_in_folders.h"
-#include "support/suporte.h"
+#include "support/support.h"
 #include "validation/hash_calculator.h"
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"
@@ -32,12 +32,12 @@ std::string ExampleText(const std::string& name) {
 std::vector<std::string> Lines(const TConversionNotes& notes, TConversionNoteType tipo) {
     std::vector<std::string> lines;
     for (const TConversionNote& note : notes)
-        if (note.Tipo == tipo)
-            lines.push_back(fmt::format("{} {} = {}", note.Passo, note.Elemento, note.Valor));
+        if (note.Type == tipo)
+            lines.push_back(fmt::format("{} {} = {}", note.Step, note.Element, note.Value));
     return lines;
 }
 
-TLoteConvertido Convert(const std::string& text, const std::string& target, const std::string& regime = {}) {
+TConvertedLote Convert(const std::string& text, const std::string& target, const std::string& regime = {}) {
     return ConvertLote(*LoadTiss(text), target, {regime}, TSchemaFolder(BuiltInSchemaFolder()));
 }
 
@@ -96,12 +96,7 @@ TEST(VersionConverter, RefusesWhatItCannotConvert) {
         {ExampleText("consulta-4.01.00-valido.xml"), "4.01.00", "4.01.00 -> 4.01.00"},
         {ExampleText("consulta-4.01.00-valido.xml"), "x", "4.01.00 -> x"}};
     for (const auto& c : cases) {
-        try {
-            Convert(c.Text, c.Target);
-            ADD_FAILURE() << c.Reason;
-        } catch (const EConversionNotSupported& error) {
-            EXPECT_THAT(error.what(), HasSubstr(c.Reason));
-        }
+        EXPECT_THAT(TextOf<EConversionNotSupported>([&] { Convert(c.Text, c.Target); }), HasSubstr(c.Reason));
     }
     TConversionRun run;
     EXPECT_THROW(TVersionConverter().ConvertDown(*LoadTiss(ExampleText("consulta-4.01.00-valido.xml")),
@@ -138,23 +133,23 @@ TEST(VersionConverter, GoesUpToTheLastVersion) {
 
 TEST(VersionConverter, TellsEachLossAndEachOpenPlace) {
     using enum TConversionNoteType;
-    const TLoteConvertido sadt = Convert(ExampleText("spsadt-3.05.00-valido.xml"), "4.01.00");
-    EXPECT_THAT(sadt.Passos, ElementsAre("3.05.00 -> 4.00.00", "4.00.00 -> 4.00.01", "4.00.01 -> 4.01.00"));
+    const TConvertedLote sadt = Convert(ExampleText("spsadt-3.05.00-valido.xml"), "4.01.00");
+    EXPECT_THAT(sadt.Steps, ElementsAre("3.05.00 -> 4.00.00", "4.00.00 -> 4.00.01", "4.00.01 -> 4.01.00"));
     EXPECT_THAT(
-        Lines(sadt.Notas, ntPerda),
+        Lines(sadt.Notes, ntLoss),
         ElementsAre(
             "3.05.00 -> 4.00.00 dadosBeneficiario/nomeBeneficiario = BENEFICIARIO DE TESTE UM",
             "3.05.00 -> 4.00.00 dadosBeneficiario/numeroCNS = 700000000000013",
             "3.05.00 -> 4.00.00 dadosExecutante/contratadoExecutante/nomeContratado = CLINICA DE TESTE",
             "3.05.00 -> 4.00.00 dadosBeneficiario/nomeBeneficiario = BENEFICIARIO DE TESTE DOIS",
             "3.05.00 -> 4.00.00 dadosExecutante/contratadoExecutante/nomeContratado = CLINICA DE TESTE"));
-    EXPECT_THAT(Lines(sadt.Notas, ntPendencia),
+    EXPECT_THAT(Lines(sadt.Notes, ntPending),
                 ElementsAre("3.05.00 -> 4.00.00 dadosAtendimento/regimeAtendimento = ",
                             "3.05.00 -> 4.00.00 dadosAtendimento/regimeAtendimento = ",
                             "4.00.01 -> 4.01.00 dadosAtendimento/tipoAtendimento = 05"));
-    EXPECT_FALSE(sadt.Valido);
-    EXPECT_EQ(sadt.Notas[1].Guia, "20000001");
-    EXPECT_EQ(sadt.Notas[1].Linha, 41); // of the file that was read
+    EXPECT_FALSE(sadt.Valid);
+    EXPECT_EQ(sadt.Notes[1].Guia, "20000001");
+    EXPECT_EQ(sadt.Notes[1].Line, 41); // of the file that was read
     EXPECT_EQ(LoadTiss(sadt.Xml)->Hash(),
               THashCalculator::Calculate(*TXmlParser::Parse(sadt.Xml).Document, THashEncoding::Iso88591));
 
@@ -166,7 +161,7 @@ TEST(VersionConverter, TellsEachLossAndEachOpenPlace) {
     odd.replace(requester, std::string_view("<ans:nomeContratado>").size(),
                 "<ans:nomeContratado a4=\"v89\"><foo>CH577</foo>");
     EXPECT_THAT(
-        Lines(Convert(odd, "4.00.00").Notas, ntPerda),
+        Lines(Convert(odd, "4.00.00").Notes, ntLoss),
         IsSupersetOf(
             {"3.05.00 -> 4.00.00 dadosBeneficiario/nomeBeneficiario = JOSE",
              "3.05.00 -> 4.00.00 dadosBeneficiario/nomeBeneficiario/@matricula = 77",
@@ -178,28 +173,28 @@ TEST(VersionConverter, TellsEachLossAndEachOpenPlace) {
     // What is offered for a code are those of the target, not of the step that first refused it.
     std::string code = ExampleText("spsadt-3.05.00-valido.xml");
     ReplaceAll(code, "<ans:tipoAtendimento>05<", "<ans:tipoAtendimento>06<");
-    const TConversionNotes offered = Convert(code, "4.03.00", "01").Notas;
+    const TConversionNotes offered = Convert(code, "4.03.00", "01").Notes;
     const auto refused = std::find_if(offered.begin(), offered.end(),
-                                      [](const TConversionNote& note) { return note.Valor == "06"; });
+                                      [](const TConversionNote& note) { return note.Value == "06"; });
     ASSERT_NE(refused, offered.end());
-    EXPECT_THAT(refused->Texto, testing::AllOf(HasSubstr("23"), Not(HasSubstr("05"))));
+    EXPECT_THAT(refused->Text, testing::AllOf(HasSubstr("23"), Not(HasSubstr("05"))));
 
-    const TLoteConvertido fees = Convert(ExampleText("honorarios-4.01.00-valido.xml"), "4.03.00");
-    EXPECT_THAT(Lines(fees.Notas, ntPendencia),
+    const TConvertedLote fees = Convert(ExampleText("honorarios-4.01.00-valido.xml"), "4.03.00");
+    EXPECT_THAT(Lines(fees.Notes, ntPending),
                 testing::Each("4.02.00 -> 4.03.00 dadosInternacao/caraterAtendimento = "));
-    EXPECT_THAT(fees.Notas.back().Texto, "O hash foi calculado de novo.");
-    EXPECT_THAT(Lines(fees.Notas, ntPerda), IsEmpty());
+    EXPECT_THAT(fees.Notes.back().Text, "O hash foi calculado de novo.");
+    EXPECT_THAT(Lines(fees.Notes, ntLoss), IsEmpty());
 
     // Council codes take their zero, items their numbers; what was invalid before is told as well.
     std::string stay = ExampleText("internacao-3.02.00-valido.xml");
     ReplaceAll(stay, "</ans:numeroLote>", "</ans:numeroLote><ans:intruso>x</ans:intruso>");
-    const TLoteConvertido numbered = Convert(stay, "3.05.00");
-    EXPECT_THAT(Lines(numbered.Notas, ntMudanca),
+    const TConvertedLote numbered = Convert(stay, "3.05.00");
+    EXPECT_THAT(Lines(numbered.Notes, ntChange),
                 IsSupersetOf({"3.02.01 -> 3.02.02 cabecalho/versaoPadrao = 3.02.02",
                               "3.02.02 -> 3.03.00 procedimentosExecutados/procedimentoExecutado/identEquipe/"
                               "identificacaoEquipe/conselho = 6",
                               "3.03.03 -> 3.04.00 outrasDespesas/despesa/sequencialItem = 3"}));
-    EXPECT_THAT(Lines(numbered.Notas, ntPendencia),
+    EXPECT_THAT(Lines(numbered.Notes, ntPending),
                 ElementsAre("3.04.01 -> 3.05.00 prestadorParaOperadora/loteGuias/intruso = x"));
 }
 
@@ -219,14 +214,14 @@ TEST(VersionConverter, ComputesTheHashOfWhatIsWritten) {
             ReplaceAll(text, what, with);
             if (!TXmlParser::Parse(text).Messages.empty())
                 continue; // the other half of an edit follows
-            const TLoteConvertido lote = Convert(text, "4.03.00");
+            const TConvertedLote lote = Convert(text, "4.03.00");
             const auto written = LoadTiss(lote.Xml);
             EXPECT_EQ(written->Hash(), THashCalculator::Calculate(*written->Xml(), THashEncoding::Iso88591))
                 << what;
             // As many open places as the schema finds faults in what was written.
             const auto set = TSchemaSet::Load(BuiltInSchemaFolder() / "tissV4_03_00.xsd");
             EXPECT_LE(TSchemaValidator(*set).Validate(*written->Xml()).size(),
-                      Lines(lote.Notas, TConversionNoteType::ntPendencia).size())
+                      Lines(lote.Notes, TConversionNoteType::ntPending).size())
                 << what;
         }
     }
@@ -245,22 +240,21 @@ TEST(VersionConverter, KeepsNamespacesAndTellsSignatures) {
     ReplaceAll(text, "</t:epilogo>", "</t:epilogo><d:Signature>" + signature + "</d:Signature>");
     const std::size_t guide = text.find("</t:guiaConsulta>");
     text.insert(guide, "<t:assinaturaDigitalGuia>" + signature + "</t:assinaturaDigitalGuia>");
-    const TLoteConvertido lote = Convert(text, "4.02.00");
-    EXPECT_TRUE(lote.Valido);
+    const TConvertedLote lote = Convert(text, "4.02.00");
+    EXPECT_TRUE(lote.Valid);
     EXPECT_THAT(lote.Xml, HasSubstr("<ans:guiaConsulta>"));
     EXPECT_THAT(lote.Xml, Not(HasSubstr("<t:")));
     EXPECT_THAT(lote.Xml, HasSubstr("<d:Signature xmlns:d=\"http://www.w3.org/2000/09/xmldsig#\">"));
-    EXPECT_THAT(Lines(lote.Notas, TConversionNoteType::ntPerda),
-                ElementsAre("4.01.00 -> 4.02.00 @extra = e"));
+    EXPECT_THAT(Lines(lote.Notes, TConversionNoteType::ntLoss), ElementsAre("4.01.00 -> 4.02.00 @extra = e"));
     EXPECT_THAT(
-        Lines(lote.Notas, TConversionNoteType::ntPendencia),
+        Lines(lote.Notes, TConversionNoteType::ntPending),
         ElementsAre("4.01.00 -> 4.02.00 Signature = ", "4.01.00 -> 4.02.00 assinaturaDigitalGuia = "));
 
     // The default namespace takes the prefix as well.
     std::string plain = ExampleText("consulta-4.01.00-valido.xml");
     ReplaceAll(plain, "ans:", "");
     ReplaceAll(plain, "xmlns:ans=", "xmlns=");
-    EXPECT_TRUE(Convert(plain, "4.00.01").Valido) << plain.substr(0, 400);
+    EXPECT_TRUE(Convert(plain, "4.00.01").Valid) << plain.substr(0, 400);
 }
 
 } // namespace

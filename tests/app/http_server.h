@@ -26,11 +26,11 @@ struct THttpAnswer {
 };
 
 /// An HTTP server of one thread on the loopback address. As a proxy it is asked with whole addresses.
-class TServidorHttp {
+class THttpServer {
   public:
     using THandler = std::function<THttpAnswer(const std::string& target)>;
 
-    explicit TServidorHttp(THandler handler) : handler_(std::move(handler)) {
+    explicit THttpServer(THandler handler) : handler_(std::move(handler)) {
         socket_ = socket(AF_INET, SOCK_STREAM, 0);
         sockaddr_in address{};
         address.sin_family = AF_INET;
@@ -43,14 +43,14 @@ class TServidorHttp {
         port_ = ntohs(address.sin_port);
         thread_ = std::thread([this] { Serve(); });
     }
-    ~TServidorHttp() {
+    ~THttpServer() {
         stop_ = true;
         shutdown(socket_, SHUT_RDWR);
         thread_.join();
         close(socket_);
     }
-    TServidorHttp(const TServidorHttp&) = delete;
-    TServidorHttp& operator=(const TServidorHttp&) = delete;
+    THttpServer(const THttpServer&) = delete;
+    THttpServer& operator=(const THttpServer&) = delete;
 
     int Port() const { return port_; }
     std::string Url(const std::string& path) const {

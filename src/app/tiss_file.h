@@ -1,0 +1,60 @@
+// The one way in and out of a file of the standard.
+#pragma once
+
+#include "model/arquivo_tiss.h"
+#include "xml/xml_encoding.h"
+#include "xml/xml_parser.h"
+
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace conferix {
+
+/// A text that is no well-formed XML; the text of the error is the parser's first finding.
+class EXmlNotParsed : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The content of a file: its bytes, the text that they hold and in which encoding, and the document that the
+/// text stands for. A value: copies share what was read.
+class TTissFile {
+  public:
+    /// Reads a file whole. Raises EFileNotRead, EXmlEncoding.
+    static TTissFile Read(const std::filesystem::path& file);
+    /// Bytes that came from elsewhere, such as standard input. Raises EXmlEncoding.
+    explicit TTissFile(std::string bytes);
+    /// A text in UTF-8 that is to be held as `encoding` says.
+    TTissFile(std::shared_ptr<const std::string> text, TXmlEncoding encoding)
+        : text_(std::move(text)), encoding_(std::move(encoding)) {}
+
+    /// The same file with another text.
+    TTissFile WithText(std::shared_ptr<const std::string> text) const;
+    TTissFile WithText(std::string text) const;
+
+    /// The text in UTF-8, without byte-order mark.
+    const std::shared_ptr<const std::string>& Text() const { return text_; }
+    const TXmlEncoding& Encoding() const { return encoding_; }
+    /// The bytes that were read; of another text those that hold it. Raises EXmlEncoding for a text that the
+    /// encoding cannot hold.
+    std::string Bytes() const;
+    /// Warnings where the encoding is not what the text makes one expect.
+    TXmlMessages EncodingDoubts() const { return CheckEncoding(*text_, encoding_); }
+
+    /// A document of its own at every call, since corrections and conversions change it.
+    TXmlParseResult Parse() const { return TXmlParser::Parse(text_); }
+    /// The same, identified. Raises EXmlNotParsed, ETissException.
+    std::shared_ptr<IArquivoTiss> Load() const;
+
+    /// Replaces a file by Bytes() in one step. Raises EFileNotWritten, EXmlEncoding.
+    void Write(const std::filesystem::path& file) const;
+
+  private:
+    std::shared_ptr<const std::string> bytes_; ///< null for a text that was not read
+    std::shared_ptr<const std::string> text_;
+    TXmlEncoding encoding_;
+};
+
+} // namespace conferix
