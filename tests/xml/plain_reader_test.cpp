@@ -1,4 +1,5 @@
 // The fast reader against the parser that decides: the same tree wherever it takes a text.
+#include "support/tree_text.h"
 #include "xml/plain_reader.h"
 
 #include "xml/xml_encoding.h"
@@ -10,28 +11,10 @@
 #include <fstream>
 #include <iterator>
 #include <random>
-#include <sstream>
 
 using namespace conferix;
 
 namespace {
-
-/// All that a tree says, a node a line.
-std::string Written(const TXmlDocument& document) {
-    std::ostringstream out;
-    const TXmlNode& root = document.Root();
-    for (const TXmlNode* node = &root; node != nullptr; node = node->NextInWalk(&root)) {
-        out << static_cast<int>(node->Kind()) << ' ' << node->QualifiedName() << '#' << node->Name().Id << ' '
-            << node->Line() << ':' << node->LinePos() << '@' << node->FilePos() << ' ' << node->ByteStart()
-            << '-' << node->ByteEnd() << ' ' << node->HasValue() << '[' << node->Value() << ']'
-            << (node->Parent() != nullptr ? node->Parent()->ByteStart() : 0);
-        if (node->IsTag())
-            for (const TXmlAttribute& attribute : node->Attributes())
-                out << ' ' << attribute.QualifiedName() << "=[" << attribute.Value() << ']';
-        out << '\n';
-    }
-    return out.str();
-}
 
 /// Compares both ways of reading; true where the fast reader takes the text.
 bool Agree(const std::string& text) {
@@ -44,7 +27,7 @@ bool Agree(const std::string& text) {
         ADD_FAILURE() << "takes what is wrong (" << judged.Messages.front()->Reason()
                       << "): " << text.substr(0, 2000);
     else
-        EXPECT_EQ(Written(*plain), Written(*judged.Document)) << text.substr(0, 2000);
+        EXPECT_EQ(TreeText(*plain), TreeText(*judged.Document)) << text.substr(0, 2000);
     return true;
 }
 
