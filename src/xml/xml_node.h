@@ -46,6 +46,7 @@ class TXmlAttribute {
     friend class TXmlNode;
     friend class TXmlDocument;
     friend class TXmlTreeBuilder;
+    friend class TXmlPlainReader;
     friend class TXmlTreeWriter;
 
     const TXmlName* name_ = nullptr;
@@ -197,6 +198,7 @@ class TXmlNode {
   private:
     friend class TXmlDocument;
     friend class TXmlTreeBuilder;
+    friend class TXmlPlainReader;
     friend class TXmlTreeWriter;
 
     enum Flag : std::uint8_t {

@@ -1,6 +1,7 @@
 #include "xml/xml_parser.h"
 
 #include "xml/cut_text.h"
+#include "xml/plain_reader.h"
 #include "xml/xml_position.h"
 
 #include <expat.h>
@@ -354,6 +355,12 @@ class TXmlTreeBuilder {
 TXmlParseResult TXmlParser::Parse(std::shared_ptr<const std::string> text, TXmlDoctype doctype) {
     if (text->size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
         return {nullptr, {TXmlMessage::CreateError("O arquivo tem mais de 2 GB e não pode ser lido.")}};
+    if (std::shared_ptr<TXmlDocument> document = ReadPlainXml(text))
+        return {std::move(document), {}};
+    return ParseByJudge(std::move(text), doctype);
+}
+
+TXmlParseResult TXmlParser::ParseByJudge(std::shared_ptr<const std::string> text, TXmlDoctype doctype) {
     TXmlTreeBuilder builder(std::move(text), doctype);
     return builder.Build();
 }

@@ -25,6 +25,10 @@ class TXmlParser {
     static TXmlParseResult Parse(std::shared_ptr<const std::string> text,
                                  TXmlDoctype doctype = TXmlDoctype::Refused);
     static TXmlParseResult Parse(std::string text, TXmlDoctype doctype = TXmlDoctype::Refused);
+    /// The same without the fast reader, which Parse tries first: what decides on all that the fast reader
+    /// leaves.
+    static TXmlParseResult ParseByJudge(std::shared_ptr<const std::string> text,
+                                        TXmlDoctype doctype = TXmlDoctype::Refused);
 };
 
 } // namespace conferix
