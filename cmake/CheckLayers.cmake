@@ -39,8 +39,8 @@ function(check_include target folder dependencies file included system)
             endif()
         endforeach()
         if(needed STREQUAL "")
-            # The standard library has no suffix; what is left belongs to the operating system.
-            if(included MATCHES "[./]" AND NOT folder MATCHES "^(src/platform|bench|fuzz)$")
+            # The standard library has no suffix, and instructions of the processor are no system; what is left is one.
+            if(included MATCHES "[./]" AND NOT included MATCHES "^(emmintrin|arm_neon)\\.h$" AND NOT folder MATCHES "^(src/platform|bench|fuzz)$")
                 set(needed "conferix_platform alone (a header of the operating system)")
             else()
                 return()

@@ -20,7 +20,7 @@ using testing::ElementsAreArray;
 
 /// The example that a case's section names with the edits of the case; "2x" before a text means the first
 /// two.
-std::string Edited(const testes::TCase& c) {
+std::string Edited(const tests::TCase& c) {
     std::string bytes = ReadTestFile(Example(c.Section));
     for (auto [from, to] : c.Inputs) {
         int times = 1;
@@ -40,8 +40,8 @@ std::string Edited(const testes::TCase& c) {
     return bytes;
 }
 
-std::vector<testes::TCase> ReadCases(const char* name) {
-    return testes::TCaseReader::Read(std::filesystem::path(CONFERIX_FONTE) / "tests/app/cases" / name);
+std::vector<tests::TCase> ReadCases(const char* name) {
+    return tests::TCaseReader::Read(std::filesystem::path(CONFERIX_FONTE) / "tests/app/cases" / name);
 }
 
 class Faults : public TCommandTest {
@@ -52,7 +52,7 @@ class Faults : public TCommandTest {
 };
 
 TEST_F(Faults, SchemaSentencesAreThoseThatAUserUnderstands) {
-    for (const testes::TCase& c : ReadCases("schema_sentences.casos")) {
+    for (const tests::TCase& c : ReadCases("schema_sentences.casos")) {
         std::vector<std::string> sentences;
         const json report = ValidateBytes(Edited(c));
         for (const json& message : report["mensagens"])
@@ -81,7 +81,7 @@ std::vector<std::string> Changes(const json& report) {
 }
 
 TEST_F(Faults, CorrectingEverythingMakesNoBillWorse) {
-    for (const testes::TCase& c : ReadCases("corrections.casos")) {
+    for (const tests::TCase& c : ReadCases("corrections.casos")) {
         const json report = RunJson({"corrigir", "-", "--todas", "--simular"}, Edited(c));
         EXPECT_THAT(Changes(report), ElementsAreArray(c.Expected)) << c;
         EXPECT_EQ(report["diferenca"].get<std::string>().empty(), report["correcoes"].empty()) << c;

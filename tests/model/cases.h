@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-namespace conferix::testes {
+namespace conferix::tests {
 
 /// Puts the two texts of an input in the place of {1} and {2}. What begins like XML is left as it is, other
 /// texts are in the notation of Xml().
@@ -47,4 +47,4 @@ void ExpectDocuments(const std::string& file, Describe describe) {
     });
 }
 
-} // namespace conferix::testes
+} // namespace conferix::tests

@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-namespace conferix::testes {
+namespace conferix::tests {
 
 /// Turns a short notation into elements: "a(b=1 c(d=2))" is <a><b>1</b><c><d>2</d></c></a>.
 inline std::string Xml(std::string_view notation) {
@@ -85,4 +85,4 @@ inline std::shared_ptr<IMonitoramento> ArquivoMonitoramento(std::string_view ide
         Carregado(Monitoramento("1.06.00", identificacao, conteudo)));
 }
 
-} // namespace conferix::testes
+} // namespace conferix::tests

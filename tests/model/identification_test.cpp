@@ -3,7 +3,7 @@
 #include "model/cases.h"
 #include "model/tiss_utils.h"
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 using enum TEnumTipoArquivoTiss;
@@ -109,4 +109,4 @@ TEST(Identification, FileReadsItsDocumentAtEachQuestionAndKeepsIt) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 const TFormatSettings kBrazil = TFormatSettings::OfLocale({",", "."});
@@ -39,4 +39,4 @@ TEST(Informations, NumbersAreWrittenAsToldElseAsTheUserDoes) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 constexpr std::string_view kKinds[] = {"consulta", "spsadt", "internacao", "honorarios", "odonto"};
@@ -297,4 +297,4 @@ TEST(Lots, ManyGuidesOfTwoKindsKeepTheirOrder) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

@@ -2,7 +2,7 @@
 
 #include "model/cases.h"
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 TEST(Money, RoundsToCentsAwayFromZero) {
@@ -24,4 +24,4 @@ TEST(Money, IsEqualWithinTheNoiseOfBinaryArithmeticOnly) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

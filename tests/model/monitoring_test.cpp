@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 /// A line of the texts of those fields that are present; none when all are absent.
@@ -99,4 +99,4 @@ TEST(Monitoring, LotHasItsHeaderAndItsGuidesInDocumentOrder) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

@@ -1,10 +1,10 @@
-#include "achados.h"
+#include "findings.h"
 
 #include "data/tuss_writer.h"
 #include "support/case_file.h"
 #include "support/support.h"
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 constexpr std::string_view kLote = "tiss.mensagem.loteguias";
@@ -74,4 +74,4 @@ TEST(GuideRules, NeedTheTerminologyOnlyWhereACodeIsJudged) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

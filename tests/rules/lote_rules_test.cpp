@@ -1,4 +1,4 @@
-#include "achados.h"
+#include "findings.h"
 
 #include "data/tuss_writer.h"
 #include "support/case_file.h"
@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 using testing::ElementsAre;
@@ -196,4 +196,4 @@ TEST(GuideRules, EachRuleMeetsTheGuidesInLotOrder) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

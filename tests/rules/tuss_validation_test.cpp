@@ -1,11 +1,11 @@
 #include "rules/tuss_validation.h"
 
-#include "achados.h"
+#include "findings.h"
 #include "data/tuss_writer.h"
 
 #include <gtest/gtest.h>
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 TTussTerm Termo(std::string codigo, std::optional<TDate> inicio) {
@@ -193,4 +193,4 @@ TEST(XsDate, IsReadAsAWholeDay) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

@@ -30,7 +30,7 @@ std::vector<std::string_view> Split(std::string_view path) {
 
 TEST(ElementHistory, TellsInWhichVersionsAnElementExists) {
     const TElementHistory history(LoadSchemaModels(Models()));
-    for (const testes::TCase& test : testes::Cases("schema_model/history.txt"))
+    for (const tests::TCase& test : tests::Cases("schema_model/history.txt"))
         for (const auto& [file, path] : test.Inputs) {
             const TElementHistory::TSentence said = history.Sentence(file, Split(path));
             EXPECT_EQ(said.Text, test.Expected.empty() ? "" : test.Expected.front()) << test;

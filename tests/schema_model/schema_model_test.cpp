@@ -20,7 +20,7 @@ std::vector<std::string> Lines(const std::string& text) {
 
 TEST(SchemaModel, IsWrittenAsASchemaOrRefusedByLine) {
     const std::string head = "arquivo a%.xsd\nespaco urn:a\nversoes 1.00.00 2.00.00 3.00.00\n";
-    for (const testes::TCase& test : testes::Cases("schema_model/notation.txt")) {
+    for (const tests::TCase& test : tests::Cases("schema_model/notation.txt")) {
         std::vector<std::string> lines;
         try {
             const auto model = TSchemaModel::Parse(head + test.Inputs.front().first, "m.txt", {});

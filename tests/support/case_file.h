@@ -29,7 +29,7 @@
 #include <utility>
 #include <vector>
 
-namespace conferix::testes {
+namespace conferix::tests {
 
 /// One case of a file.
 struct TCase {
@@ -178,4 +178,4 @@ inline std::vector<TCase> Cases(const std::string& name) {
     return TCaseReader::Read(std::filesystem::path(CONFERIX_FONTE) / "tests" / name);
 }
 
-} // namespace conferix::testes
+} // namespace conferix::tests

@@ -1,10 +1,10 @@
-#include "rules/achados.h"
+#include "rules/findings.h"
 #include "support/case_file.h"
 #include "support/support.h"
 #include "validation/hash_calculator.h"
 #include "validation/xml_sanitizer.h"
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 /// A message whose hash text is "3.05.00" and the value of one element.
@@ -94,4 +94,4 @@ TEST(XmlSanitizer, CleansValues) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

@@ -1,8 +1,8 @@
-#include "rules/achados.h"
+#include "rules/findings.h"
 #include "support/case_file.h"
 #include "support/support.h"
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 TEST(NamespaceRule, JudgesAndRepairsWhatTheCasesHold) {
@@ -31,4 +31,4 @@ TEST(NamespaceRule, JudgesAndRepairsWhatTheCasesHold) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

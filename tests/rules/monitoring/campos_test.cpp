@@ -1,6 +1,6 @@
 #include "rules/monitoring/guia_de_teste.h"
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 TEST(CamposMonitoramento, FindWhatTheCasesSay) {
@@ -9,4 +9,4 @@ TEST(CamposMonitoramento, FindWhatTheCasesSay) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

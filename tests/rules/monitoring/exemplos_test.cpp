@@ -6,7 +6,7 @@
 
 #include <sstream>
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 using testing::IsEmpty;
@@ -74,4 +74,4 @@ TEST(ExemplosMonitoramento, TheFaultyFileHasTheExpectedFindings) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

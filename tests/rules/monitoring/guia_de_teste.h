@@ -2,7 +2,7 @@
 #pragma once
 
 #include "data/tuss_writer.h"
-#include "rules/achados.h"
+#include "rules/findings.h"
 #include "support/case_file.h"
 #include "support/support.h"
 
@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace conferix::testes {
+namespace conferix::tests {
 
 inline constexpr std::string_view kLoteMonitoramento = "tiss.monitoramento.loteguias";
 
@@ -80,4 +80,4 @@ inline std::vector<std::string> Findings(const IMonitoramento& arquivo,
     return lines;
 }
 
-} // namespace conferix::testes
+} // namespace conferix::tests

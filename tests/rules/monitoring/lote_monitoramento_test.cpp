@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-namespace conferix::testes {
+namespace conferix::tests {
 namespace {
 
 using testing::ElementsAre;
@@ -225,4 +225,4 @@ TEST(LoteMonitoramento, CorrectionsLeadToALotWithoutFindings) {
 }
 
 } // namespace
-} // namespace conferix::testes
+} // namespace conferix::tests

@@ -20,7 +20,7 @@ std::string WithNamespaces(std::string text) {
 }
 
 TEST(TSchemaContent, NamesEveryFault) {
-    for (const testes::TCase& test : testes::Cases(kFolder + "content.txt")) {
+    for (const tests::TCase& test : tests::Cases(kFolder + "content.txt")) {
         const auto set =
             TSchemaSet::Load(std::filesystem::path(CONFERIX_FONTE) / "tests" / kFolder / test.Section);
         EXPECT_THAT(Sentences(*set, WithNamespaces(test.Inputs.front().first)),
@@ -30,7 +30,7 @@ TEST(TSchemaContent, NamesEveryFault) {
 }
 
 TEST(TSchemaValue, TakesAndRefuses) {
-    for (const testes::TCase& test : testes::Cases(kFolder + "values.txt")) {
+    for (const tests::TCase& test : tests::Cases(kFolder + "values.txt")) {
         const std::size_t blank = std::min(test.Section.find(' '), test.Section.size());
         const auto set = LoadDeclarations(
             "<xs:element name='v'><xs:simpleType><xs:restriction base='xs:" + test.Section.substr(0, blank) +
@@ -52,7 +52,7 @@ TEST(TSchemaValue, TakesAndRefuses) {
 }
 
 TEST(TSchemaRefusal, NamesFileLineAndConstruct) {
-    for (const testes::TCase& test : testes::Cases(kFolder + "refusals.txt")) {
+    for (const tests::TCase& test : tests::Cases(kFolder + "refusals.txt")) {
         try {
             LoadDeclarations(test.Inputs.front().first);
             ADD_FAILURE() << "loaded: " << test;

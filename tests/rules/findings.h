@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace conferix::testes {
+namespace conferix::tests {
 
 inline TDate Dia(int ano, unsigned mes, unsigned dia) {
     return TDate(std::chrono::year(ano), std::chrono::month(mes), std::chrono::day(dia));
@@ -50,4 +50,4 @@ inline std::string Descrito(const TXmlMessage& message) {
     return text;
 }
 
-} // namespace conferix::testes
+} // namespace conferix::tests
