@@ -1,7 +1,7 @@
 // Runs the cases of this folder: what is read of a document, told in lines.
 #pragma once
 
-#include "model/documentos.h"
+#include "model/documents.h"
 #include "support/case_file.h"
 
 #include <string>

@@ -30,15 +30,15 @@ std::string Outcome(Load load) {
 
 TEST(Identification, DocumentsAreLoadedOrRefused) {
     ExpectDocuments("identification.casos",
-                    [](const std::string& xml) { return Outcome([&] { return Carregado(xml); }); });
-    EXPECT_EQ(Outcome([] { return TArquivoTissV4_03_00::New(Documento("<a/>")); }),
+                    [](const std::string& xml) { return Outcome([&] { return Loaded(xml); }); });
+    EXPECT_EQ(Outcome([] { return TArquivoTissV4_03_00::New(Parsed("<a/>")); }),
               "EInvalidTissFile: O elemento raíz <a> não é reconhecido como sendo de um tipo de arquivo TISS "
               "válido.\n");
 }
 
 TEST(Identification, EachTransactionHasItsText) {
     ExpectDocuments("transactions.casos", [](const std::string& xml) {
-        return fmt::format("{}\n", NameOf(TArquivoTissBase::GetTipoTransacaoTiss(*Documento(xml))));
+        return fmt::format("{}\n", NameOf(TArquivoTissBase::GetTipoTransacaoTiss(*Parsed(xml))));
     });
 }
 
@@ -47,8 +47,8 @@ TEST(Identification, EachVersionHasItsClass) {
         std::string text;
         for (const TArquivoTissClass& each : TArquivoTissFactory::Classes()) {
             const bool message = each.Tipo == taMensagemTISS;
-            const auto file = Carregado(message ? MensagemComLote(each.Versao, Xml(lot.first))
-                                                : Monitoramento(each.Versao, "", ""));
+            const auto file =
+                Loaded(message ? LotText(each.Versao, Xml(lot.first)) : MonitoringText(each.Versao, "", ""));
             text +=
                 fmt::format("{} {} {}", file->Versao(), file->GetNamespace(), NameOf(file->TipoArquivo()));
             if (message)
@@ -80,7 +80,7 @@ TEST(Identification, HeaderValuesAreReadOfAnyDocument) {
     };
     ExpectDocuments("header.casos", [](const std::string& xml) {
         std::string text;
-        const auto document = Documento(xml);
+        const auto document = Parsed(xml);
         for (const auto& [name, read] : kReads)
             if (const std::string_view value = read(*document); !value.empty())
                 text += fmt::format("{}={}\n", name, value);
@@ -89,7 +89,7 @@ TEST(Identification, HeaderValuesAreReadOfAnyDocument) {
 }
 
 TEST(Identification, FileReadsItsDocumentAtEachQuestionAndKeepsIt) {
-    std::shared_ptr<IArquivoTiss> file = Carregado(Monitoramento("1.06.00", "", ""));
+    std::shared_ptr<IArquivoTiss> file = Loaded(MonitoringText("1.06.00", "", ""));
     const std::weak_ptr<TXmlDocument> document = file->Xml();
     file->HashNode()->SetValue("novo");
     EXPECT_EQ(file->Hash(), "novo");
@@ -101,8 +101,7 @@ TEST(Identification, FileReadsItsDocumentAtEachQuestionAndKeepsIt) {
     EXPECT_FALSE(document.expired());
     EXPECT_EQ(other->Hash(), "novo");
 
-    const auto bare =
-        Carregado("<mensagemTISS><cabecalho><Padrao>4.00.00</Padrao></cabecalho></mensagemTISS>");
+    const auto bare = Loaded("<mensagemTISS><cabecalho><Padrao>4.00.00</Padrao></cabecalho></mensagemTISS>");
     EXPECT_EQ(bare->Hash(), "");
     EXPECT_EQ(bare->EpilogoNode(), nullptr);
     EXPECT_EQ(dynamic_cast<const IMensagemTiss&>(*bare).LoteGuias().QtdGuias(), 0);

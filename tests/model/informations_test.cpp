@@ -22,14 +22,14 @@ std::string Told(const TInformations& groups) {
 
 TEST(Informations, TellWhatAFileIs) {
     ExpectDocuments("informations.casos",
-                    [](const std::string& xml) { return Told(Carregado(xml)->Informations(kBrazil)); });
+                    [](const std::string& xml) { return Told(Loaded(xml)->Informations(kBrazil)); });
 }
 
 TEST(Informations, NumbersAreWrittenAsToldElseAsTheUserDoes) {
     std::string guides;
     for (int i = 0; i < 1200; ++i)
         guides += "guiaHonorarios(valorTotalHonorarios=2.5)";
-    const auto lot = Mensagem("3.05.00", Xml("guiasTISS(" + guides + ")"));
+    const auto lot = LoadedMessage("3.05.00", Xml("guiasTISS(" + guides + ")"));
     EXPECT_THAT(Told(lot->Informations(kBrazil)),
                 testing::EndsWith("Qtd Guias=1.200\nValor Total Informado=R$ 3.000,00\n"));
     EXPECT_THAT(Told(lot->Informations(TFormatSettings::OfLocale({".", ","}))),

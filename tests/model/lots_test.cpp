@@ -155,7 +155,7 @@ TEST(Lots, GuidesOfEveryKindAndFamilyOfVersionsAreRead) {
         std::string common;
         for (std::string version; versions >> version;) {
             const std::string text =
-                Told(Mensagem(version, DocumentText(section.substr(bar + 3), input))->LoteGuias());
+                Told(LoadedMessage(version, DocumentText(section.substr(bar + 3), input))->LoteGuias());
             EXPECT_TRUE(common.empty() || text == common) << version << " differs:\n" << text;
             common = text;
         }
@@ -165,17 +165,17 @@ TEST(Lots, GuidesOfEveryKindAndFamilyOfVersionsAreRead) {
 
 TEST(Lots, EachNodeMeetsItsOverload) {
     TTeller teller;
-    const auto message = Mensagem("4.03.00", "");
+    const auto message = LoadedMessage("4.03.00", "");
     message->Accept(teller);
     message->LoteGuias().Accept(teller);
     const auto monitoring =
-        ArquivoMonitoramento("", Xml("guiaMonitoramento(numeroGuia_prestador=A) guiaMonitoramento()"));
+        LoadedMonitoring("", Xml("guiaMonitoramento(numeroGuia_prestador=A) guiaMonitoramento()"));
     monitoring->Accept(teller);
     for (const TGuiaMonitoramento& guide : monitoring->Lote().GuiasMonitoramento())
         guide.Accept(teller);
     const auto quality = TMonitoramentoQualidade::Create(
-        Documento(Xml("mensagemEnvioANS(cabecalho(identificacaoTransacao(tipoTransacao=QUALIDADE) "
-                      "versaoPadrao=3.03.02))")));
+        Parsed(Xml("mensagemEnvioANS(cabecalho(identificacaoTransacao(tipoTransacao=QUALIDADE) "
+                   "versaoPadrao=3.03.02))")));
     quality->Accept(teller);
     EXPECT_EQ(teller.Text, "mensagem\nlote\nmonitoramento\nguia A\nguia \nqualidade\n");
     EXPECT_EQ(quality->Versao(), "3.03.02");
@@ -183,7 +183,7 @@ TEST(Lots, EachNodeMeetsItsOverload) {
 }
 
 TEST(Lots, GuideOfAPlace) {
-    const auto message = Mensagem(
+    const auto message = LoadedMessage(
         "4.00.00", "\n<guiasTISS>\n"
                    "  <guiaOdonto>\n    <numeroGuiaPrestador>A</numeroGuiaPrestador>\n  </guiaOdonto>\n"
                    "  <!-- ã --><guiaConsulta><cabecalhoConsulta><numeroGuiaPrestador>B</numeroGuiaPrestador>"
@@ -207,11 +207,11 @@ TEST(Lots, GuideOfAPlace) {
             last = now;
         }
     EXPECT_EQ(found, "3:3 'A'\n5:16 -\n6:13 'B'\n6:125 -\n6:126 ''\n6:139 -\n");
-    EXPECT_EQ(Mensagem("4.00.00", "")->LoteGuias().GuiaTissByPosition(1, 1), std::nullopt);
+    EXPECT_EQ(LoadedMessage("4.00.00", "")->LoteGuias().GuiaTissByPosition(1, 1), std::nullopt);
 }
 
 TEST(Lots, GuideOfANode) {
-    const auto message = Mensagem(
+    const auto message = LoadedMessage(
         "4.00.00", Xml("guiasTISS(guiaOdonto(numeroGuiaPrestador=1) guiaOdonto(numeroGuiaPrestador=2))"));
     const auto guides = message->LoteGuias().Guias();
     TXmlNode* second = guides[1].Node();
@@ -232,7 +232,7 @@ TEST(Lots, GuideOfANode) {
 }
 
 TEST(Lots, FieldsAndItemsOfAGuide) {
-    const auto message = Mensagem(
+    const auto message = LoadedMessage(
         "3.05.00",
         "<guiasTISS><guiaSP-SADT><procedimentosExecutados>\n<procedimentoExecutado>\n"
         "   <sequencialItem> +12 </sequencialItem><valorTotal> 10.50 </valorTotal>"
@@ -284,7 +284,7 @@ TEST(Lots, ManyGuidesOfTwoKindsKeepTheirOrder) {
     for (int i = 0; i < kGuides; ++i)
         lot += fmt::format("{}(cabecalhoGuia(numeroGuiaPrestador={}) valorTotalHonorarios=1)",
                            i % 2 == 0 ? "guiaHonorarios" : "guiaSP-SADT", i);
-    const auto message = Mensagem("4.03.00", Xml(lot + ")"));
+    const auto message = LoadedMessage("4.03.00", Xml(lot + ")"));
     const ILoteGuias guides = message->LoteGuias();
     EXPECT_EQ(guides.ValorTotal(), kGuides / 2);
     const TGuiaLocator locator(guides);

@@ -73,12 +73,12 @@ std::string Told(const TGuiaMonitoramento& guide) {
 
 TEST(Monitoring, EachFieldComesFromItsElement) {
     ExpectCases("monitoring.casos", [](std::string_view, const auto& guide) {
-        return Told(ArquivoMonitoramento("", Xml(guide.first))->Lote().GuiasMonitoramento().Get(0));
+        return Told(LoadedMonitoring("", Xml(guide.first))->Lote().GuiasMonitoramento().Get(0));
     });
 }
 
 TEST(Monitoring, LotHasItsHeaderAndItsGuidesInDocumentOrder) {
-    const auto file = ArquivoMonitoramento(
+    const auto file = LoadedMonitoring(
         Xml("numeroLote=8 competenciaLote=202402 dataRegistroTransacao=2024-03-01 "),
         Xml("guiaMonitoramento(numeroGuia_prestador=A procedimentos(quantidadePaga=3)) outra() "
             "guiaMonitoramento(numeroGuia_prestador=B)"));

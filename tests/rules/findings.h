@@ -1,7 +1,7 @@
 // Runs the rules of a lot over small documents and writes down what they find.
 #pragma once
 
-#include "model/documentos.h"
+#include "model/documents.h"
 #include "validation/solver.h"
 #include "validator/all_rules.h"
 
@@ -17,8 +17,8 @@ inline TDate Dia(int ano, unsigned mes, unsigned dia) {
 
 /// A message whose lot holds guides, written in the notation of Xml().
 inline std::string LoteComGuias(std::string_view versao, std::string_view guias) {
-    return MensagemComLote(versao, Xml(versao < "3" ? fmt::format("guias(guiaFaturamento({}))", guias)
-                                                    : fmt::format("guiasTISS({})", guias)));
+    return LotText(versao, Xml(versao < "3" ? fmt::format("guias(guiaFaturamento({}))", guias)
+                                            : fmt::format("guiasTISS({})", guias)));
 }
 
 /// The rule of that name and those below it, after their visit; `versao` empty: that of the file.

@@ -30,7 +30,7 @@ TEST(GuideRules, FindWhatTheCasesSay) {
             ReplaceAll(xml, element, "\n" + element);
         const std::string rule = fmt::format("{}.{}.{}", kLote, group, check);
         std::vector<std::string> found;
-        for (const auto& message : Mensagens(kLote, *Carregado(xml), tuss))
+        for (const auto& message : Mensagens(kLote, *Loaded(xml), tuss))
             if (message->Validation().Name == rule)
                 found.push_back(Descrito(*message));
         ExpectLines(c, found);
@@ -38,12 +38,12 @@ TEST(GuideRules, FindWhatTheCasesSay) {
 }
 
 TEST(GuideRules, MessagesNameGuideAndPlaceOfTheElement) {
-    std::string xml = MensagemComLote(
+    std::string xml = LotText(
         "3.05.00", Xml("guiasTISS(guiaSP-SADT(cabecalhoGuia(numeroGuiaPrestador=7) procedimentosExecutados("
                        "procedimentoExecutado(quantidadeExecutada=1 valorUnitario=2 valorTotal=3))))"));
     ReplaceAll(xml, "<valorTotal>", "\n  <valorTotal>");
     ReplaceAll(xml, "<quantidadeExecutada>", "\n\n<quantidadeExecutada>");
-    const auto file = Carregado(xml);
+    const auto file = Loaded(xml);
     const std::int32_t total = file->Xml()->Root().FirstDescendant("valorTotal")->FilePos();
     std::vector<std::string> found;
     for (const auto& message : Mensagens(kLote, *file, TTussConnection::InMemory()))
@@ -59,9 +59,9 @@ TEST(GuideRules, MessagesNameGuideAndPlaceOfTheElement) {
 TEST(GuideRules, NeedTheTerminologyOnlyWhereACodeIsJudged) {
     const auto visit = [](std::string_view item) {
         Julgado(kLote,
-                *Mensagem("3.05.00", Xml(fmt::format("guiasTISS(guiaSP-SADT(procedimentosExecutados("
-                                                     "procedimentoExecutado({}))))",
-                                                     item))),
+                *LoadedMessage("3.05.00", Xml(fmt::format("guiasTISS(guiaSP-SADT(procedimentosExecutados("
+                                                          "procedimentoExecutado({}))))",
+                                                          item))),
                 nullptr);
     };
     EXPECT_NO_THROW(visit("quantidadeExecutada=1"));

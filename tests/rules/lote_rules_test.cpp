@@ -28,7 +28,7 @@ std::vector<std::string> Spoken(const TValidationMessages& messages) {
 }
 
 TValidationMessages Judged(const std::string& xml) {
-    return Mensagens(kLote, *Carregado(xml), TTussConnection::InMemory());
+    return Mensagens(kLote, *Loaded(xml), TTussConnection::InMemory());
 }
 
 std::string Repeated(int times, std::string_view text) {
@@ -66,9 +66,9 @@ TEST(LotRules, ErrorsStandAtTheLotOrTheGuideConcerned) {
 }
 
 TEST(LotRules, OtherTransactionsAreNoneOfTheirs) {
-    std::string xml = MensagemComLote("3.05.00", "");
+    std::string xml = LotText("3.05.00", "");
     ReplaceAll(xml, "ENVIO_LOTE_GUIAS", "SOLICITACAO_PROCEDIMENTOS");
-    const auto rules = Julgado(kLote, *Carregado(xml), TTussConnection::InMemory());
+    const auto rules = Julgado(kLote, *Loaded(xml), TTussConnection::InMemory());
     EXPECT_THAT(rules->ValidationMessages(), IsEmpty());
     EXPECT_FALSE(rules->Validated());
 
@@ -146,8 +146,7 @@ TEST(GuideRules, EachKindOfGuideMeetsItsRulesInOrder) {
         });
         const bool old = std::string_view(c.Version) < "3";
         const std::string guide = old ? GuiaV2(c.Element) : GuiaV3(c.Element);
-        const TValidationMessages messages =
-            Mensagens(kLote, *Carregado(LoteComGuias(c.Version, guide)), tuss);
+        const TValidationMessages messages = Mensagens(kLote, *Loaded(LoteComGuias(c.Version, guide)), tuss);
         std::vector<std::string> expected = {"lotesemguias", "lotecomguiasdetiposdiferentes",
                                              "lotecommaisdecemguias"};
         for (const TNames& names : c.Expected)
@@ -166,7 +165,7 @@ TEST(GuideRules, EachRuleMeetsTheGuidesInLotOrder) {
             "procedimentosRealizados(procedimentoRealizado(quantidadeExecutada=0 reducaoAcrescimo=0)))",
             number);
     };
-    const auto file = Carregado(LoteComGuias("3.05.00", guide(2) + guide(1)));
+    const auto file = Loaded(LoteComGuias("3.05.00", guide(2) + guide(1)));
     const auto rules = Julgado(kLote, *file, TTussConnection::InMemory());
     const auto found = [&] {
         std::vector<std::string> list;
@@ -190,7 +189,7 @@ TEST(GuideRules, EachRuleMeetsTheGuidesInLotOrder) {
     // A second visit finds the same and keeps nothing of the first.
     file->Accept(*rules);
     EXPECT_EQ(found(), expected);
-    const auto empty = Carregado(LoteComGuias("3.05.00", "guiaOdonto()"));
+    const auto empty = Loaded(LoteComGuias("3.05.00", "guiaOdonto()"));
     empty->Accept(*rules);
     EXPECT_THAT(found(), IsEmpty());
 }

@@ -42,7 +42,7 @@ inline std::pair<std::string, std::string> EditedGuia(const TEdits& edits) {
 /// A file with the edited guide.
 inline std::shared_ptr<IMonitoramento> ArquivoEditado(const TEdits& edits) {
     const auto [cabecalho, guia] = EditedGuia(edits);
-    return ArquivoMonitoramento(cabecalho, guia);
+    return LoadedMonitoring(cabecalho, guia);
 }
 
 inline const std::shared_ptr<TTussConnection>& Terminologia() {

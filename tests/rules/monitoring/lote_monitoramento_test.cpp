@@ -36,7 +36,7 @@ TEST(LoteMonitoramento, HoldsTenThousandGuidesAtMostAndIsCheckedInFull) {
                                                       "informada, conforme tabela de domínio nº 69. "}},
     };
     for (const auto& c : cases) {
-        const auto arquivo = ArquivoMonitoramento("", c.Guides);
+        const auto arquivo = LoadedMonitoring("", c.Guides);
         EXPECT_EQ(Findings(*arquivo), c.Findings);
         const TValidationMessages messages = Judge(*arquivo);
         EXPECT_EQ(messages[0]->Validation().Name, "tiss.monitoramento.loteguias.lotecommaisdedezmilguias");
@@ -58,7 +58,7 @@ TEST(LoteMonitoramento, OtherContentPassesWithoutFindings) {
             "codigoCNPJ_CPF=1 municipioPrestador=1) valorPreestabelecido=-1)"),
     };
     for (const std::string& content : contents) {
-        const auto arquivo = ArquivoMonitoramento("", content);
+        const auto arquivo = LoadedMonitoring("", content);
         EXPECT_THAT(Findings(*arquivo), IsEmpty()) << content;
         EXPECT_EQ(arquivo->Lote().QtdGuias(), 0) << content;
     }
@@ -70,7 +70,7 @@ TEST(LoteMonitoramento, EveryVersionIsChecked) {
         const auto findings = [&](const TEdits& edits) {
             const auto [header, guide] = EditedGuia(edits);
             return Findings(
-                *std::dynamic_pointer_cast<IMonitoramento>(Carregado(Monitoramento(version, header, guide))));
+                *std::dynamic_pointer_cast<IMonitoramento>(Loaded(MonitoringText(version, header, guide))));
         };
         EXPECT_THAT(findings({}), IsEmpty()) << version;
         EXPECT_THAT(findings({{"valorGlosaGuia=5.00", "valorGlosaGuia=-5"}}),
@@ -90,7 +90,7 @@ TEST(LoteMonitoramento, FindingsComeGuideByGuideInTheOrderOfTheRules) {
     const auto [header, first] = EditedGuia(edits);
     edits.emplace_back("numeroGuia_prestador=123", "numeroGuia_prestador=00000");
     const TValidationMessages messages =
-        Judge(*ArquivoMonitoramento(header, first + "\n" + EditedGuia(edits).second));
+        Judge(*LoadedMonitoring(header, first + "\n" + EditedGuia(edits).second));
     std::string order;
     for (const auto& message : messages)
         if (!message->Campo().empty()) {
@@ -109,7 +109,7 @@ TEST(LoteMonitoramento, AMessageStandsAtTheElementThatFailed) {
     ReplaceAll(guide, "<valorGlosaGuia>", "\n  <valorGlosaGuia>");
     ReplaceAll(guide, "<detalhePacote>", "\n    <detalhePacote>");
     std::vector<std::string> places;
-    for (const auto& message : Judge(*ArquivoMonitoramento(header, guide)))
+    for (const auto& message : Judge(*LoadedMonitoring(header, guide)))
         if (message->MsgType() == TMessageType::mtError)
             places.push_back(
                 fmt::format("{}:{} {}", message->Line(), message->LinePos(), message->SrcText()));
@@ -140,7 +140,7 @@ TEST(LoteMonitoramento, TablesThatAreNotInstalledAreToldOnceARuleAndTable) {
     const std::string kCidades =
         " A tabela de municípios não está instalada; os códigos de município não foram verificados.";
     const auto [header, guide] = EditedGuia({});
-    const auto arquivo = ArquivoMonitoramento(header, guide + guide + guide);
+    const auto arquivo = LoadedMonitoring(header, guide + guide + guide);
     EXPECT_THAT(Findings(*arquivo, TTussConnection::InMemory()),
                 ElementsAre("015" + kCidades, "019" + kCidades, notice("064", "87"), notice("065", "63"),
                             notice("066", "64"), notice("078", "64")));
@@ -161,7 +161,7 @@ TEST(LoteMonitoramento, TablesThatAreNotInstalledAreToldOnceARuleAndTable) {
 
 TEST(LoteMonitoramento, RulesThatNeedTheTerminologyRefuseToRunWithoutOne) {
     const auto findings = [](const char* guide) {
-        return Findings(*ArquivoMonitoramento("", Xml(guide)), nullptr);
+        return Findings(*LoadedMonitoring("", Xml(guide)), nullptr);
     };
     EXPECT_THROW(findings("guiaMonitoramento(dadosContratadoExecutante(municipioExecutante=355030))"),
                  EManagerNotDefined);
@@ -170,7 +170,7 @@ TEST(LoteMonitoramento, RulesThatNeedTheTerminologyRefuseToRunWithoutOne) {
 }
 
 TEST(LoteMonitoramento, TheTreeIsReadAnewAtEachVisit) {
-    const auto arquivo = ArquivoMonitoramento("", Xml("guiaMonitoramento(valoresGuia(valorGlosaGuia=-1))"));
+    const auto arquivo = LoadedMonitoring("", Xml("guiaMonitoramento(valoresGuia(valorGlosaGuia=-1))"));
     const TGuiaMonitoramento guia = arquivo->Lote().GuiasMonitoramento().Get(0);
     TXmlNode& glosa = *guia.ValoresGuia().ValorGlosaGuia().Node();
     const auto rule =
@@ -206,7 +206,7 @@ TEST(LoteMonitoramento, CorrectionsLeadToALotWithoutFindings) {
     const auto [header, first] = EditedGuia(faults);
     const std::string second =
         EditedGuia({{"identificacaoReembolso=00000000000000000000", "identificacaoReembolso=5"}}).second;
-    auto arquivo = ArquivoMonitoramento(header, first + second);
+    auto arquivo = LoadedMonitoring(header, first + second);
     std::vector<std::string> corrected;
     for (int step = 0; step < 20 && !Findings(*arquivo).empty(); ++step) {
         const TValidationMessages messages = Judge(*arquivo);

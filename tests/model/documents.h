@@ -43,14 +43,14 @@ inline std::string Xml(std::string_view notation) {
     return xml;
 }
 
-inline std::shared_ptr<TXmlDocument> Documento(const std::string& xml) {
+inline std::shared_ptr<TXmlDocument> Parsed(const std::string& xml) {
     TXmlParseResult result = TXmlParser::Parse(std::make_shared<const std::string>(xml));
     EXPECT_NE(result.Document, nullptr) << xml;
     return result.Document;
 }
 
 /// A billing message whose lot (its children, number included) is given.
-inline std::string MensagemComLote(std::string_view versao, std::string_view lote) {
+inline std::string LotText(std::string_view version, std::string_view lot) {
     return fmt::format(
         "<ans:mensagemTISS xmlns:ans=\"http://www.ans.gov.br/padroes/tiss/schemas\">"
         "<ans:cabecalho><ans:identificacaoTransacao><ans:tipoTransacao>ENVIO_LOTE_GUIAS"
@@ -58,31 +58,31 @@ inline std::string MensagemComLote(std::string_view versao, std::string_view lot
         "</ans:cabecalho><ans:prestadorParaOperadora><ans:loteGuias xmlns=\"http://www.ans.gov.br/"
         "padroes/tiss/schemas\">{}</ans:loteGuias></ans:prestadorParaOperadora>"
         "<ans:epilogo><ans:hash>abc</ans:hash></ans:epilogo></ans:mensagemTISS>",
-        versao, lote);
+        version, lot);
 }
 
-/// A monitoring file; `identificacao` goes into the header, `conteudo` into operadoraParaANS.
-inline std::string Monitoramento(std::string_view versao, std::string_view identificacao,
-                                 std::string_view conteudo) {
+/// A monitoring file; `identification` goes into the header, `content` into operadoraParaANS.
+inline std::string MonitoringText(std::string_view version, std::string_view identification,
+                                  std::string_view content) {
     return fmt::format("<mensagemEnvioANS><cabecalho><identificacaoTransacao><tipoTransacao>MONITORAMENTO"
                        "</tipoTransacao>{}</identificacaoTransacao><registroANS>123456</registroANS>"
                        "<versaoPadrao>{}</versaoPadrao></cabecalho><Mensagem><operadoraParaANS>{}"
                        "</operadoraParaANS></Mensagem><epilogo><hash>def</hash></epilogo></mensagemEnvioANS>",
-                       identificacao, versao, conteudo);
+                       identification, version, content);
 }
 
-inline std::shared_ptr<IArquivoTiss> Carregado(const std::string& xml) {
-    return TArquivoTissFactory().GetNewArquivoTiss(Documento(xml));
+inline std::shared_ptr<IArquivoTiss> Loaded(const std::string& xml) {
+    return TArquivoTissFactory().GetNewArquivoTiss(Parsed(xml));
 }
 
-inline std::shared_ptr<IMensagemTiss> Mensagem(std::string_view versao, std::string_view lote) {
-    return std::dynamic_pointer_cast<IMensagemTiss>(Carregado(MensagemComLote(versao, lote)));
+inline std::shared_ptr<IMensagemTiss> LoadedMessage(std::string_view version, std::string_view lot) {
+    return std::dynamic_pointer_cast<IMensagemTiss>(Loaded(LotText(version, lot)));
 }
 
-inline std::shared_ptr<IMonitoramento> ArquivoMonitoramento(std::string_view identificacao,
-                                                            std::string_view conteudo) {
+inline std::shared_ptr<IMonitoramento> LoadedMonitoring(std::string_view identification,
+                                                        std::string_view content) {
     return std::dynamic_pointer_cast<IMonitoramento>(
-        Carregado(Monitoramento("1.06.00", identificacao, conteudo)));
+        Loaded(MonitoringText("1.06.00", identification, content)));
 }
 
 } // namespace conferix::tests
