@@ -92,14 +92,8 @@ double TLoteGuiasBase::ValorTotal() const {
 }
 
 TGuiaLocator::TGuiaLocator(const ILoteGuias& lote) : guias_(lote.GuiasTiss().EmOrdemDoDocumento()) {
-    if (lote.HasNode())
-        document_ = &lote.Node()->Document();
     // Guides that a correction added have no place in the text.
     std::erase_if(guias_, [](const IGuiaTiss& guia) { return guia.Node()->ByteEnd() == 0; });
-}
-
-const IGuiaTiss* TGuiaLocator::ByPosition(std::int64_t line, std::int64_t linePos) const {
-    return document_ != nullptr ? ByOffset(document_->OffsetOf(line, linePos)) : nullptr;
 }
 
 const IGuiaTiss* TGuiaLocator::ByOffset(std::uint32_t offset) const {

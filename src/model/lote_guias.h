@@ -76,15 +76,12 @@ class TGuiaLocator {
   public:
     explicit TGuiaLocator(const ILoteGuias& lote);
 
-    /// The guide that holds a place given as 1-based line and column in characters, or null.
-    const IGuiaTiss* ByPosition(std::int64_t line, std::int64_t linePos) const;
     /// The guide that holds a 0-based byte offset of the document's text, or null.
     const IGuiaTiss* ByOffset(std::uint32_t offset) const;
     /// The guide that a node is or belongs to, or null.
     const IGuiaTiss* ByNode(const TXmlNode& node) const;
 
   private:
-    const TXmlDocument* document_ = nullptr;
     std::vector<IGuiaTiss> guias_; ///< in document order
 };
 

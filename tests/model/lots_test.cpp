@@ -199,7 +199,7 @@ TEST(Lots, GuideOfAPlace) {
         for (std::int64_t column = 0; column <= 141; ++column) {
             const std::int64_t place = column <= 140 ? column : kFar;
             const auto guide = lot.GuiaTissByPosition(line, place);
-            const IGuiaTiss* located = locator.ByPosition(line, place);
+            const IGuiaTiss* located = locator.ByOffset(lot.Node()->Document().OffsetOf(line, place));
             ASSERT_EQ(located != nullptr ? located->Node() : nullptr, guide ? guide->Node() : nullptr);
             const std::string now = guide ? fmt::format("'{}'", guide->NumeroGuia()) : "-";
             if (now != last)
