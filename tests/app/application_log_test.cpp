@@ -86,7 +86,7 @@ TEST_F(ApplicationLog, TellsRulesFilesAndCountsAndNothingOfABill) {
 
 TEST_F(ApplicationLog, ChangesToANewFileWhereOneIsFull) {
     fs::create_directories(dataFolder_);
-    WriteTestFile(log_, std::string(1024 * 1024, 'x'));
+    WriteTestFile(log_, std::string(std::size_t{1024} * 1024, 'x'));
     LogCorrections("a.xml", "regra", "solver", 2);
     EXPECT_EQ(Lines(log_).size(), 1U);
     EXPECT_EQ(fs::file_size(dataFolder_ / "conferix.1.log"), 1024U * 1024U);

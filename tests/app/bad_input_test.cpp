@@ -16,7 +16,7 @@ class BadInput : public TCommandTest {
     nlohmann::json Judge(const std::string& bytes) const {
         const TCommandResult result = Run({"validar", "-", "--formato", "json"}, bytes);
         EXPECT_TRUE(result.Status == kExitValid || result.Status == kExitInvalid) << result.Err;
-        const nlohmann::json report = result.Json()[0];
+        nlohmann::json report = result.Json()[0];
         EXPECT_EQ(report["valido"].get<bool>(), result.Status == kExitValid);
         EXPECT_FALSE(report["mensagens"].empty());
         return report;

@@ -262,6 +262,7 @@ TEST_F(Cli, RulesSwitchedAtOnceLoseNothingAndUnknownOnesStay) {
         if (!rules[i].Rule->Required && EndOfGroup(rules, i) == i + 1)
             leaves.push_back(rules[i].Rule->Name);
     std::vector<std::thread> others;
+    others.reserve(leaves.size());
     for (const std::string& name : leaves)
         others.emplace_back([this, &name] { Run({"regras", "--desativar", name}); });
     for (std::thread& other : others)

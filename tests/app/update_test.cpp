@@ -28,7 +28,7 @@ class Update : public TCommandTest {
              {"http_proxy", "https_proxy", "no_proxy", "all_proxy", "NO_PROXY", "ALL_PROXY"})
             unsetenv(name);
     }
-    ~Update() override { unsetenv("http_proxy"); }
+    void TearDown() override { unsetenv("http_proxy"); }
     TProxySettings Proxy(TProxyMode mode = TProxyMode::Direct, int port = 0) const {
         TProxySettings settings{File("proxy.ini")};
         settings.Mode = mode;

@@ -51,10 +51,12 @@ TEST(DBUtils, MakesRepeatedNamesUnique) {
     };
     for (const auto& c : cases) {
         std::vector<TDBParam> params;
+        params.reserve(c.Names.size());
         for (const std::string& name : c.Names)
             params.push_back({name, {}});
         TDBUtils::MakeNamesUnique(params);
         std::vector<std::string> names;
+        names.reserve(params.size());
         for (const TDBParam& param : params)
             names.push_back(param.Name);
         EXPECT_THAT(names, ElementsAreArray(c.Unique));
