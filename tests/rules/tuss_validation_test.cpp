@@ -1,7 +1,7 @@
 #include "rules/tuss_validation.h"
 
-#include "findings.h"
 #include "data/tuss_writer.h"
+#include "findings.h"
 
 #include <gtest/gtest.h>
 
