@@ -1,7 +1,7 @@
 // Any bytes as a publication of terminology: as a file of any layout, and as the sheet of a workbook.
 // Run: fuzz_importar CORPUS exemplos/terminologia
 
-#include "data/import/importacao_erros.h"
+#include "data/import/import_errors.h"
 #include "data/import/publication_reader.h"
 
 #include <zip.h>
