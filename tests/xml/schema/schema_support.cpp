@@ -6,28 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <fstream>
 
 namespace conferix {
-
-TTestFolder::TTestFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "conferix-schema-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr)
-        throw std::runtime_error("no temporary folder");
-    path_ = pattern;
-}
-
-TTestFolder::~TTestFolder() {
-    std::error_code error;
-    std::filesystem::remove_all(path_, error);
-}
-
-std::filesystem::path TTestFolder::Write(const std::string& name, std::string_view content) const {
-    const auto path = path_ / name;
-    std::ofstream(path, std::ios::binary) << content;
-    return path;
-}
 
 std::string SchemaText(std::string_view declarations) {
     return "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\" xmlns:t=\"urn:t\" "
@@ -37,8 +17,9 @@ std::string SchemaText(std::string_view declarations) {
 }
 
 std::shared_ptr<const TSchemaSet> LoadDeclarations(std::string_view declarations) {
-    const TTestFolder folder;
-    return TSchemaSet::Load(folder.Write("teste.xsd", SchemaText(declarations)));
+    const TTemporaryFolder folder;
+    WriteTestFile(folder / "teste.xsd", SchemaText(declarations));
+    return TSchemaSet::Load(folder / "teste.xsd");
 }
 
 std::vector<std::filesystem::path> MainSchemas(const std::filesystem::path& folder) {

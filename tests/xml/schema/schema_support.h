@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/published_schemas.h"
+#include "support/test_files.h"
 
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"
@@ -13,21 +14,6 @@
 #include <vector>
 
 namespace conferix {
-
-/// A folder of its own for the files of one test, removed with the object.
-class TTestFolder {
-  public:
-    TTestFolder();
-    ~TTestFolder();
-    TTestFolder(const TTestFolder&) = delete;
-    TTestFolder& operator=(const TTestFolder&) = delete;
-
-    std::filesystem::path Write(const std::string& name, std::string_view content) const;
-    const std::filesystem::path& Path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
 
 /// A schema file around declarations: prefix xs for XML Schema, t for the target namespace "urn:t", in
 /// which all local elements are.
