@@ -49,7 +49,8 @@ std::string Made(const std::string& function, const std::string& text, const std
 TEST(Texts, OfNumbersAndDaysAreThoseOfTheCases) {
     for (const tests::TCase& c : tests::Cases("platform/texts.casos"))
         for (const auto& [text, other] : c.Inputs)
-            EXPECT_EQ(Made(c.Section, text, other), c.Expected.front()) << c.Section << c << "\n" << text;
+            EXPECT_EQ(Made(c.Section, text, other), c.Expected.front()) << c.Section << " " << c << "\n"
+                                                                        << text;
     const double largest = std::numeric_limits<double>::max();
     EXPECT_EQ(TFormatSettings::Messages().Money(largest).size(), 309U + 3U);
     EXPECT_FALSE(ParseDecimal(std::string(400, '9')).has_value()) << "beyond the range of a double";

@@ -28,7 +28,7 @@ std::vector<std::string> Spoken(const TValidationMessages& messages) {
 }
 
 TValidationMessages Judged(const std::string& xml) {
-    return Mensagens(kLote, *Loaded(xml), TTussConnection::InMemory());
+    return Mensagens(kLote, *LoadTiss(xml), TTussConnection::InMemory());
 }
 
 std::string Repeated(int times, std::string_view text) {
@@ -68,7 +68,7 @@ TEST(LotRules, ErrorsStandAtTheLotOrTheGuideConcerned) {
 TEST(LotRules, OtherTransactionsAreNoneOfTheirs) {
     std::string xml = LotText("3.05.00", "");
     ReplaceAll(xml, "ENVIO_LOTE_GUIAS", "SOLICITACAO_PROCEDIMENTOS");
-    const auto rules = Julgado(kLote, *Loaded(xml), TTussConnection::InMemory());
+    const auto rules = Julgado(kLote, *LoadTiss(xml), TTussConnection::InMemory());
     EXPECT_THAT(rules->ValidationMessages(), IsEmpty());
     EXPECT_FALSE(rules->Validated());
 
@@ -84,7 +84,7 @@ TEST(GuideRules, EachKindOfGuideMeetsItsRulesInOrder) {
     });
     for (const TCase& c : Cases("rules/guias_por_versao.casos")) {
         const auto& [version, guide] = c.Inputs.front();
-        const TValidationMessages messages = Mensagens(kLote, *Loaded(LoteComGuias(version, guide)), tuss);
+        const TValidationMessages messages = Mensagens(kLote, *LoadTiss(LoteComGuias(version, guide)), tuss);
         std::string expected = "lotesemguias lotecomguiasdetiposdiferentes lotecommaisdecemguias";
         for (const std::string& names : c.Expected)
             expected += " " + names;
@@ -101,7 +101,7 @@ TEST(GuideRules, EachRuleMeetsTheGuidesInLotOrder) {
             "procedimentosRealizados(procedimentoRealizado(quantidadeExecutada=0 reducaoAcrescimo=0)))",
             number);
     };
-    const auto file = Loaded(LoteComGuias("3.05.00", guide(2) + guide(1)));
+    const auto file = LoadTiss(LoteComGuias("3.05.00", guide(2) + guide(1)));
     const auto rules = Julgado(kLote, *file, TTussConnection::InMemory());
     const auto found = [&] {
         std::vector<std::string> list;
@@ -125,7 +125,7 @@ TEST(GuideRules, EachRuleMeetsTheGuidesInLotOrder) {
     // A second visit finds the same and keeps nothing of the first.
     file->Accept(*rules);
     EXPECT_EQ(found(), expected);
-    const auto empty = Loaded(LoteComGuias("3.05.00", "guiaOdonto()"));
+    const auto empty = LoadTiss(LoteComGuias("3.05.00", "guiaOdonto()"));
     empty->Accept(*rules);
     EXPECT_THAT(found(), IsEmpty());
 }

@@ -1,6 +1,6 @@
 #include "support/case_file.h"
+#include "support/parsed.h"
 #include "xml/xml_encoding.h"
-#include "xml/xml_parser.h"
 #include "xml/xml_scanner.h"
 
 #include <fmt/format.h>
@@ -11,13 +11,6 @@ namespace conferix {
 namespace {
 
 using testing::ElementsAre;
-
-std::shared_ptr<TXmlDocument> Parse(std::string text) {
-    TXmlParseResult result = TXmlParser::Parse(std::move(text));
-    for (const auto& message : result.Messages)
-        ADD_FAILURE() << message->Msg();
-    return result.Document;
-}
 
 /// Kinds, names, values and positions of every node.
 std::vector<std::string> Dump(const TXmlDocument& document) {
@@ -36,7 +29,7 @@ std::vector<std::string> Dump(const TXmlDocument& document) {
 
 TEST(XmlTree, HoldsKindsValuesAndPositions) {
     for (const tests::TCase& c : tests::Cases("xml/tree.casos"))
-        ExpectLines(c, Dump(*Parse(c.Inputs.front().first)));
+        ExpectLines(c, Dump(*Parsed(c.Inputs.front().first)));
 }
 
 /// The one message about bytes that cannot be decoded or a text that is not well-formed.
@@ -61,7 +54,7 @@ TEST(XmlTree, RefusesBadTextWithPlaceAndReason) {
 
 TEST(XmlTree, LooksUpByLocalName) {
     const auto document =
-        Parse("<r xmlns:n='u'><n:a><b>1</b><n:b>2</n:b></n:a><a><b>3</b><c><b>4</b></c></a></r>");
+        Parsed("<r xmlns:n='u'><n:a><b>1</b><n:b>2</n:b></n:a><a><b>3</b><c><b>4</b></c></a></r>");
     const TXmlNode& root = *document->Element();
     EXPECT_EQ(ValueOf(root.Find("a/b")), "1");
     EXPECT_EQ(root.Find("a/c"), nullptr); // the first <a> has none
@@ -80,7 +73,7 @@ TEST(XmlTree, KeepsManyNamesApart) {
     std::string text;
     for (std::uint32_t i = 0; i < 2 * kNames; ++i)
         text += "<n" + std::to_string(i % kNames) + "/>";
-    const auto document = Parse("<r>" + text + "</r>");
+    const auto document = Parsed("<r>" + text + "</r>");
     std::uint32_t next = 0;
     for (const TXmlNode& node : document->Element()->ChildTags()) {
         EXPECT_EQ(node.LocalName(), "n" + std::to_string(next % kNames));
@@ -90,7 +83,7 @@ TEST(XmlTree, KeepsManyNamesApart) {
 }
 
 TEST(XmlTree, WalkStopsOnDemandAndStaysBelowItsRoot) {
-    const auto document = Parse("<r><a><b/><c/></a><d/></r>");
+    const auto document = Parsed("<r><a><b/><c/></a><d/></r>");
     std::string seen;
     TXmlMappingScanner::Scan(*document->Element(), [&](const TXmlNode& node, bool& stop) {
         seen += node.LocalName();
@@ -104,7 +97,7 @@ TEST(XmlTree, WalkStopsOnDemandAndStaysBelowItsRoot) {
 }
 
 TEST(XmlTree, AnswersTheOffsetOfAPlace) {
-    const auto document = Parse("<r>\r\n <é>x</é>\n</r>");
+    const auto document = Parsed("<r>\r\n <é>x</é>\n</r>");
     const struct {
         std::int64_t Line, Column;
         std::uint32_t Offset;
@@ -122,11 +115,11 @@ TEST(XmlTree, SurvivesAMillionNestedElementsAndALongAttribute) {
     deep += "x";
     for (int i = 0; i < kDepth; ++i)
         deep += "</a>";
-    const auto document = Parse(std::move(deep));
+    const auto document = Parsed(std::move(deep));
     int count = 0;
     TXmlMappingScanner::Scan(document->Root(), [&](const TXmlNode&, bool&) { ++count; });
     EXPECT_EQ(count, kDepth + 1);
-    const auto wide = Parse("<a b='" + std::string(20000000, 'x') + "'/>");
+    const auto wide = Parsed("<a b='" + std::string(20000000, 'x') + "'/>");
     EXPECT_EQ(wide->Element()->Attribute("b")->Value().size(), 20000000U);
 }
 

@@ -99,9 +99,8 @@ TEST(TSchemaFault, CarriesItsPlaceAndAnExcerpt) {
     const auto set = LoadDeclarations("<xs:element name='r'><xs:complexType><xs:sequence>"
                                       "<xs:element name='a' type='xs:integer' maxOccurs='9'/>"
                                       "</xs:sequence></xs:complexType></xs:element>");
-    const auto document =
-        ParseDocument("<r xmlns='urn:t'>\n  <a> 12x\n</a>\n <b t='1'>é</b><b\n t='1'>é<c/></b><b" +
-                      Repeated(" ", 200) + "/></r>");
+    const auto document = Parsed("<r xmlns='urn:t'>\n  <a> 12x\n</a>\n <b t='1'>é</b><b\n t='1'>é<c/></b><b" +
+                                 Repeated(" ", 200) + "/></r>");
     document->Element()->InsertChild(*document->NewTag("novo", "1"), nullptr);
     const struct {
         int Line, Column, Offset;

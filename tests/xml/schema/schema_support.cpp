@@ -1,7 +1,6 @@
 #include "xml/schema/schema_support.h"
 
 #include "xml/schema/schema_messages.h"
-#include "xml/xml_parser.h"
 
 #include <gtest/gtest.h>
 
@@ -34,15 +33,9 @@ std::vector<std::filesystem::path> MainSchemas(const std::filesystem::path& fold
     return result;
 }
 
-std::shared_ptr<TXmlDocument> ParseDocument(std::string_view text) {
-    TXmlParseResult result = TXmlParser::Parse(std::string(text));
-    EXPECT_TRUE(result.Document) << text;
-    return result.Document;
-}
-
 std::vector<std::string> Sentences(const TSchemaSet& set, std::string_view text) {
     std::vector<std::string> sentences;
-    if (const auto document = ParseDocument(text))
+    if (const auto document = Parsed(std::string(text)))
         for (const TSchemaFault& fault : TSchemaValidator(set).Validate(*document))
             sentences.push_back(std::to_string(fault.Line) + ": " + TSchemaMessages::Sentence(fault));
     return sentences;
