@@ -3,13 +3,11 @@
 #include "data/db_connection_factory.h"
 #include "data/db_utils.h"
 #include "data/tuss.h"
-#include "platform/iso_date.h"
 #include "support/test_files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -18,24 +16,7 @@ namespace conferix {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono;
 using testing::ElementsAreArray;
-
-TEST(IsoDate, ReadsDaysOfTheCalendarInOneFormOnly) {
-    const struct {
-        const char* Text;
-        TDate Date;
-    } good[] = {
-        {"2024-02-29", 2024y / 2 / 29}, {"0001-01-01", year(1) / 1 / 1}, {"9999-12-31", 9999y / 12 / 31}};
-    for (const auto& c : good) {
-        EXPECT_EQ(ParseIsoDate(c.Text), c.Date);
-        EXPECT_EQ(FormatIsoDate(c.Date), c.Text);
-    }
-    for (const char* text : {"", "2023-02-29", "2024-13-01", "2024-00-10", "2024-01-00", "2024-01-32",
-                             "0000-01-01", "2024-1-01", "20240101", "2024/01/01", "01/02/2024", "2024-01-01 ",
-                             "2024-01-01T00:00:00", "-024-01-01", "45000"})
-        EXPECT_FALSE(ParseIsoDate(text).has_value()) << text;
-}
 
 TEST(DBUtils, MakesRepeatedNamesUnique) {
     const struct {

@@ -1,10 +1,9 @@
 // Documents for the tests of the model.
 #pragma once
 
-#include "model/arquivo_tiss_factory.h"
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
-#include "xml/xml_parser.h"
+#include "support/support.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -43,12 +42,6 @@ inline std::string Xml(std::string_view notation) {
     return xml;
 }
 
-inline std::shared_ptr<TXmlDocument> Parsed(const std::string& xml) {
-    TXmlParseResult result = TXmlParser::Parse(std::make_shared<const std::string>(xml));
-    EXPECT_NE(result.Document, nullptr) << xml;
-    return result.Document;
-}
-
 /// A billing message whose lot (its children, number included) is given.
 inline std::string LotText(std::string_view version, std::string_view lot) {
     return fmt::format(
@@ -71,18 +64,14 @@ inline std::string MonitoringText(std::string_view version, std::string_view ide
                        identification, version, content);
 }
 
-inline std::shared_ptr<IArquivoTiss> Loaded(const std::string& xml) {
-    return TArquivoTissFactory().GetNewArquivoTiss(Parsed(xml));
-}
-
 inline std::shared_ptr<IMensagemTiss> LoadedMessage(std::string_view version, std::string_view lot) {
-    return std::dynamic_pointer_cast<IMensagemTiss>(Loaded(LotText(version, lot)));
+    return std::dynamic_pointer_cast<IMensagemTiss>(LoadTiss(LotText(version, lot)));
 }
 
 inline std::shared_ptr<IMonitoramento> LoadedMonitoring(std::string_view identification,
                                                         std::string_view content) {
     return std::dynamic_pointer_cast<IMonitoramento>(
-        Loaded(MonitoringText("1.06.00", identification, content)));
+        LoadTiss(MonitoringText("1.06.00", identification, content)));
 }
 
 } // namespace conferix::tests

@@ -30,7 +30,7 @@ std::string Outcome(Load load) {
 
 TEST(Identification, DocumentsAreLoadedOrRefused) {
     ExpectDocuments("identification.casos",
-                    [](const std::string& xml) { return Outcome([&] { return Loaded(xml); }); });
+                    [](const std::string& xml) { return Outcome([&] { return LoadTiss(xml); }); });
     EXPECT_EQ(Outcome([] { return TArquivoTissV4_03_00::New(Parsed("<a/>")); }),
               "EInvalidTissFile: O elemento raíz <a> não é reconhecido como sendo de um tipo de arquivo TISS "
               "válido.\n");
@@ -47,8 +47,8 @@ TEST(Identification, EachVersionHasItsClass) {
         std::string text;
         for (const TArquivoTissClass& each : TArquivoTissFactory::Classes()) {
             const bool message = each.Tipo == taMensagemTISS;
-            const auto file =
-                Loaded(message ? LotText(each.Versao, Xml(lot.first)) : MonitoringText(each.Versao, "", ""));
+            const auto file = LoadTiss(message ? LotText(each.Versao, Xml(lot.first))
+                                               : MonitoringText(each.Versao, "", ""));
             text +=
                 fmt::format("{} {} {}", file->Versao(), file->GetNamespace(), NameOf(file->TipoArquivo()));
             if (message)
@@ -89,7 +89,7 @@ TEST(Identification, HeaderValuesAreReadOfAnyDocument) {
 }
 
 TEST(Identification, FileReadsItsDocumentAtEachQuestionAndKeepsIt) {
-    std::shared_ptr<IArquivoTiss> file = Loaded(MonitoringText("1.06.00", "", ""));
+    std::shared_ptr<IArquivoTiss> file = LoadTiss(MonitoringText("1.06.00", "", ""));
     const std::weak_ptr<TXmlDocument> document = file->Xml();
     file->HashNode()->SetValue("novo");
     EXPECT_EQ(file->Hash(), "novo");
@@ -101,7 +101,8 @@ TEST(Identification, FileReadsItsDocumentAtEachQuestionAndKeepsIt) {
     EXPECT_FALSE(document.expired());
     EXPECT_EQ(other->Hash(), "novo");
 
-    const auto bare = Loaded("<mensagemTISS><cabecalho><Padrao>4.00.00</Padrao></cabecalho></mensagemTISS>");
+    const auto bare =
+        LoadTiss("<mensagemTISS><cabecalho><Padrao>4.00.00</Padrao></cabecalho></mensagemTISS>");
     EXPECT_EQ(bare->Hash(), "");
     EXPECT_EQ(bare->EpilogoNode(), nullptr);
     EXPECT_EQ(dynamic_cast<const IMensagemTiss&>(*bare).LoteGuias().QtdGuias(), 0);

@@ -22,7 +22,7 @@ std::string Told(const TInformations& groups) {
 
 TEST(Informations, TellWhatAFileIs) {
     ExpectDocuments("informations.casos",
-                    [](const std::string& xml) { return Told(Loaded(xml)->Informations(kBrazil)); });
+                    [](const std::string& xml) { return Told(LoadTiss(xml)->Informations(kBrazil)); });
 }
 
 TEST(Informations, NumbersAreWrittenAsToldElseAsTheUserDoes) {

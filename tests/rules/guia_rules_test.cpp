@@ -30,7 +30,7 @@ TEST(GuideRules, FindWhatTheCasesSay) {
             ReplaceAll(xml, element, "\n" + element);
         const std::string rule = fmt::format("{}.{}.{}", kLote, group, check);
         std::vector<std::string> found;
-        for (const auto& message : Mensagens(kLote, *Loaded(xml), tuss))
+        for (const auto& message : Mensagens(kLote, *LoadTiss(xml), tuss))
             if (message->Validation().Name == rule)
                 found.push_back(Descrito(*message));
         ExpectLines(c, found);
@@ -43,7 +43,7 @@ TEST(GuideRules, MessagesNameGuideAndPlaceOfTheElement) {
                        "procedimentoExecutado(quantidadeExecutada=1 valorUnitario=2 valorTotal=3))))"));
     ReplaceAll(xml, "<valorTotal>", "\n  <valorTotal>");
     ReplaceAll(xml, "<quantidadeExecutada>", "\n\n<quantidadeExecutada>");
-    const auto file = Loaded(xml);
+    const auto file = LoadTiss(xml);
     const std::int32_t total = file->Xml()->Root().FirstDescendant("valorTotal")->FilePos();
     std::vector<std::string> found;
     for (const auto& message : Mensagens(kLote, *file, TTussConnection::InMemory()))

@@ -4,6 +4,7 @@
 #include "support/case_file.h"
 #include "support/support.h"
 
+#include <fmt/ranges.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,7 +12,6 @@ namespace conferix::tests {
 namespace {
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 constexpr std::string_view kLote = "tiss.mensagem.loteguias";
@@ -28,7 +28,7 @@ std::vector<std::string> Spoken(const TValidationMessages& messages) {
 }
 
 TValidationMessages Judged(const std::string& xml) {
-    return Mensagens(kLote, *Loaded(xml), TTussConnection::InMemory());
+    return Mensagens(kLote, *LoadTiss(xml), TTussConnection::InMemory());
 }
 
 std::string Repeated(int times, std::string_view text) {
@@ -68,7 +68,7 @@ TEST(LotRules, ErrorsStandAtTheLotOrTheGuideConcerned) {
 TEST(LotRules, OtherTransactionsAreNoneOfTheirs) {
     std::string xml = LotText("3.05.00", "");
     ReplaceAll(xml, "ENVIO_LOTE_GUIAS", "SOLICITACAO_PROCEDIMENTOS");
-    const auto rules = Julgado(kLote, *Loaded(xml), TTussConnection::InMemory());
+    const auto rules = Julgado(kLote, *LoadTiss(xml), TTussConnection::InMemory());
     EXPECT_THAT(rules->ValidationMessages(), IsEmpty());
     EXPECT_FALSE(rules->Validated());
 
@@ -78,81 +78,17 @@ TEST(LotRules, OtherTransactionsAreNoneOfTheirs) {
     EXPECT_THAT(Spoken(Judged(xml)), ElementsAre("lotesemguias", "lotecommaisdecemguias"));
 }
 
-// A guide of each kind with one procedure, one expense and totals, as the versions write them.
-constexpr std::string_view kValores = "quantidadeExecutada=1 reducaoAcrescimo=1 valorUnitario=2 valorTotal=2";
-
-std::string GuiaV3(const std::string& element) {
-    const std::string procedure =
-        fmt::format("sequencialItem=1 dataExecucao=2024-01-01 procedimento(codigoTabela=22 "
-                    "codigoProcedimento=1) {}",
-                    kValores);
-    const std::string expenses = fmt::format("outrasDespesas(despesa(sequencialItem=2 codigoDespesa=07 "
-                                             "servicosExecutados(dataExecucao=2024-01-01 codigoTabela=22 "
-                                             "codigoProcedimento=1 {})))",
-                                             kValores);
-    return fmt::format("{0}(numeroGuiaPrestador=1 dadosAtendimento(dataAtendimento=2024-01-01 "
-                       "procedimento(codigoTabela=22 codigoProcedimento=1 valorProcedimento=2)) "
-                       "procedimentosExecutados(procedimentoExecutado({1})) "
-                       "procedimentosRealizados(procedimentoRealizado({1})) {2} "
-                       "valorTotal(valorProcedimentos=2 valorTotalGeral=4) valorTotalHonorarios=2)",
-                       element, procedure, expenses);
-}
-
-std::string GuiaV2(const std::string& element) {
-    const std::string item = "data=2024-01-01 procedimento(tipoTabela=22 codigo=1) quantidadeRealizada=1 "
-                             "reducaoAcrescimo=1 valor=2 valorTotal=2";
-    return fmt::format(
-        "{0}(procedimentosRealizados(procedimentos({1})) "
-        "procedimentosExamesRealizados(procedimentoRealizado({1}) totalGeralHonorario=2) "
-        "outrasDespesas(despesa(identificadorDespesa(tipoTabela=22 codigo=1) tipoDespesa=6 "
-        "dataRealizacao=2024-01-01 quantidade=1 reducaoAcrescimo=1 valorUnitario=2 valorTotal=2)) "
-        "valorTotal(servicosExecutados=2 taxas=9 totalGeral=9))",
-        element, item);
-}
-
 TEST(GuideRules, EachKindOfGuideMeetsItsRulesInOrder) {
-    const std::vector<std::string> procedure = {"procedimento.codigo", "procedimento.quantidade",
-                                                "procedimento.fator", "procedimento.valorunitario",
-                                                "procedimento.valortotal"};
-    const std::vector<std::string> expense = {"despesa.codigo", "despesa.quantidade", "despesa.fator",
-                                              "despesa.valorunitario", "despesa.valortotal"};
-    const std::vector<std::string> categories = {"valortotal.procedimentos", "valortotal.diarias",
-                                                 "valortotal.taxasalugueis", "valortotal.materiais",
-                                                 "valortotal.medicamentos",  "valortotal.opme",
-                                                 "valortotal.gases",         "valortotal.totalgeral"};
-    using TNames = std::vector<std::string>;
-    const struct {
-        const char* Version;
-        const char* Element;
-        const char* Kind;
-        std::vector<TNames> Expected;
-    } cases[] = {
-        {"4.01.00", "guiaConsulta", "consulta", {{"procedimento.codigo", "procedimento.valor"}}},
-        {"4.01.00", "guiaSP-SADT", "spsadt", {procedure, expense, {"sequencial"}, categories}},
-        {"3.04.00", "guiaResumoInternacao", "internacao", {procedure, expense, {"sequencial"}, categories}},
-        {"3.04.00", "guiaHonorarios", "honorarios", {procedure, {"sequencial", "valortotal"}}},
-        {"3.04.00", "guiaOdonto", "odonto", {}},
-        // Sequence numbers came with 3.04.00, totals by category with 3.00.00.
-        {"3.03.03", "guiaSP-SADT", "spsadt", {procedure, expense, categories}},
-        {"3.00.00", "guiaResumoInternacao", "internacao", {procedure, expense, categories}},
-        {"3.00.00", "guiaHonorarioIndividual", "honorarios", {procedure, {"valortotal"}}},
-        {"2.02.03", "guiaSP_SADT", "spsadt", {procedure, expense, {"valortotal.procedimentos"}}},
-        {"2.02.03", "guiaResumoInternacao", "internacao", {procedure, expense, {"valortotal.procedimentos"}}},
-        {"2.02.03", "guiaHonorarioIndividual", "honorarios", {procedure}},
-    };
-    for (const auto& c : cases) {
-        const auto tuss = TTussConnection::InMemory([](TTussWriter& writer) {
-            writer.Insert(TTuss22{{"1", std::nullopt, std::nullopt}});
-        });
-        const bool old = std::string_view(c.Version) < "3";
-        const std::string guide = old ? GuiaV2(c.Element) : GuiaV3(c.Element);
-        const TValidationMessages messages = Mensagens(kLote, *Loaded(LoteComGuias(c.Version, guide)), tuss);
-        std::vector<std::string> expected = {"lotesemguias", "lotecomguiasdetiposdiferentes",
-                                             "lotecommaisdecemguias"};
-        for (const TNames& names : c.Expected)
-            for (const std::string& name : names)
-                expected.push_back(std::string(c.Kind) + "." + name);
-        EXPECT_THAT(Spoken(messages), ElementsAreArray(expected)) << c.Version << " " << c.Element;
+    const auto tuss = TTussConnection::InMemory([](TTussWriter& writer) {
+        writer.Insert(TTuss22{{"1", std::nullopt, std::nullopt}});
+    });
+    for (const TCase& c : Cases("rules/guias_por_versao.casos")) {
+        const auto& [version, guide] = c.Inputs.front();
+        const TValidationMessages messages = Mensagens(kLote, *LoadTiss(LoteComGuias(version, guide)), tuss);
+        std::string expected = "lotesemguias lotecomguiasdetiposdiferentes lotecommaisdecemguias";
+        for (const std::string& names : c.Expected)
+            expected += " " + names;
+        EXPECT_EQ(fmt::format("{}", fmt::join(Spoken(messages), " ")), expected) << c;
         for (const auto& message : messages)
             EXPECT_EQ(message->MsgType(), TMessageType::mtSuccess) << Descrito(*message);
     }
@@ -165,7 +101,7 @@ TEST(GuideRules, EachRuleMeetsTheGuidesInLotOrder) {
             "procedimentosRealizados(procedimentoRealizado(quantidadeExecutada=0 reducaoAcrescimo=0)))",
             number);
     };
-    const auto file = Loaded(LoteComGuias("3.05.00", guide(2) + guide(1)));
+    const auto file = LoadTiss(LoteComGuias("3.05.00", guide(2) + guide(1)));
     const auto rules = Julgado(kLote, *file, TTussConnection::InMemory());
     const auto found = [&] {
         std::vector<std::string> list;
@@ -189,7 +125,7 @@ TEST(GuideRules, EachRuleMeetsTheGuidesInLotOrder) {
     // A second visit finds the same and keeps nothing of the first.
     file->Accept(*rules);
     EXPECT_EQ(found(), expected);
-    const auto empty = Loaded(LoteComGuias("3.05.00", "guiaOdonto()"));
+    const auto empty = LoadTiss(LoteComGuias("3.05.00", "guiaOdonto()"));
     empty->Accept(*rules);
     EXPECT_THAT(found(), IsEmpty());
 }

@@ -2,6 +2,7 @@
 
 #include "data/tuss_writer.h"
 #include "findings.h"
+#include "support/case_file.h"
 
 #include <gtest/gtest.h>
 
@@ -30,55 +31,43 @@ void FillTerms(TTussWriter& writer) {
     writer.Insert("22", Termo("0123", Dia(2020, 1, 1)));
 }
 
-template<class Validation>
-void Check(TTussManager& manager, const TDate& date, const char* code, int result,
-           const std::string& message) {
-    SCOPED_TRACE(fmt::format("{} {}", code, FormatIsoDate(date)));
-    Validation term(manager, date, "22", code);
-    EXPECT_EQ(static_cast<int>(term.ValidationReturn()), result);
-    EXPECT_EQ(term.IsValid(), result == 0);
-    EXPECT_EQ(term.ValidationMessage(), message);
+TTuss64 Periodo(std::string codigo, bool consolidado, std::string grupo, std::optional<TDate> inicio,
+                std::optional<TDate> fim = std::nullopt) {
+    return {"22", std::move(codigo), consolidado, std::move(grupo), inicio, fim, std::nullopt};
 }
 
-TEST(TussTerm, IsJudgedByItsStartAndItsInactivation) {
-    TTussManager manager(TTussConnection::InMemory(FillTerms));
-    const std::string notFound = " da tabela 22 da TUSS não foi localizado no componente de representação de "
-                                 "conceitos em saúde do padrão TISS.";
-    const struct {
-        const char* Code;
-        TDate Date;
-        int Result;
-        std::string Message;
-    } cases[] = {
-        {"INICIO", Dia(2020, 3, 1), 0, ""},
-        {"INICIO", Dia(2020, 2, 29), 3,
-         "O termo de código INICIO da tabela 22 da TUSS entrará em vigência somente em 01/03/2020."},
-        {"SEMINICIO", Dia(1990, 1, 1), 0, ""},
-        {"SAIU", Dia(2020, 3, 31), 0, ""},
-        {"SAIU", Dia(2020, 4, 1), 1,
-         "O termo de código SAIU da tabela 22 da TUSS foi inativado em 31/03/2020."},
-        // Before its start, but the inactivation lies ahead.
-        {"SAIU", Dia(2009, 12, 31), 0, ""},
-        {"SAIUSEMINICIO", Dia(2020, 4, 1), 1,
-         "O termo de código SAIUSEMINICIO da tabela 22 da TUSS foi inativado em 31/03/2020."},
-        {"VOLTOU", Dia(2020, 6, 1), 0, ""},
-        {"VOLTOU", Dia(2020, 4, 1), 1,
-         "O termo de código VOLTOU da tabela 22 da TUSS foi inativado em 31/03/2020."},
-        {"VOLTOU", Dia(2020, 3, 31), 0, ""},
-        {"SAIUNOINICIO", Dia(2020, 4, 1), 1,
-         "O termo de código SAIUNOINICIO da tabela 22 da TUSS foi inativado em 31/03/2020."},
-        {"SOINATIVADO", Dia(2020, 3, 31), 0, ""},
-        {"SOINATIVADO", Dia(2020, 4, 1), 1,
-         "O termo de código SOINATIVADO da tabela 22 da TUSS foi inativado em 31/03/2020."},
-        {"SEMFIM", Dia(2020, 1, 1), 1, "O termo de código SEMFIM da tabela 22 da TUSS foi inativado."},
-        {"0123", Dia(2021, 1, 1), 0, ""},
-        {"123", Dia(2021, 1, 1), 2, "O termo de código 123" + notFound},
-        {"", Dia(2021, 1, 1), 2, "O termo de código " + notFound},
-    };
+void FillPeriods(TTussWriter& writer) { // in disorder
+    writer.Insert(Periodo("MUDA", false, "", Dia(2021, 1, 1)));
+    writer.Insert(Periodo("MUDA", true, "045", Dia(2020, 1, 1)));
+    writer.Insert(Periodo("ACABOU", true, "045", Dia(2019, 1, 1), Dia(2019, 6, 30)));
+    writer.Insert(Periodo("ACABOU", true, "046", Dia(2020, 1, 1), Dia(2020, 12, 31)));
+    writer.Insert(Periodo("SEMPRE", true, "007", std::nullopt));
+    writer.Insert(Periodo("GRUPOINDIVIDUAL", false, "007", Dia(2020, 1, 1), Dia(2020, 1, 31)));
+    writer.Insert(Periodo("SEMGRUPO", true, "", Dia(2020, 1, 1)));
+}
+
+template<class Validation>
+void Check(TTussManager& manager, const TCase& c) {
+    for (const auto& [code, date] : c.Inputs) {
+        Validation term(manager, ParseIsoDate(date).value(), "22", code);
+        const int result = static_cast<int>(term.ValidationReturn());
+        EXPECT_EQ(fmt::format("{} {}", result, term.ValidationMessage()), c.Expected.front()) << c;
+        EXPECT_EQ(term.IsValid(), result == 0) << c;
+    }
+}
+
+TEST(TussTerm, IsJudgedByItsDatesAndByThePeriodsOfTable64) {
+    TTussManager manager(TTussConnection::InMemory([](TTussWriter& writer) {
+        FillTerms(writer);
+        FillPeriods(writer);
+    }));
     // Twice: the second time from memory.
     for (int round = 0; round < 2; ++round)
-        for (const auto& c : cases)
-            Check<TTussValidation>(manager, c.Date, c.Code, c.Result, c.Message);
+        for (const TCase& c : Cases("rules/tuss.casos"))
+            if (c.Section == "termo")
+                Check<TTussValidation>(manager, c);
+            else
+                Check<TTuss64Validation>(manager, c);
 }
 
 TEST(TussTerm, AsksOnlyWhenAnAnswerIsWanted) {
@@ -91,59 +80,6 @@ TEST(TussTerm, AsksOnlyWhenAnAnswerIsWanted) {
         EXPECT_STREQ(error.what(), "Tabela 98 do TISS não possui entidade correspondente.");
     }
     EXPECT_THROW(TTussManager(nullptr), EManagerNotDefined);
-}
-
-TTuss64 Periodo(std::string codigo, bool consolidado, std::string grupo, std::optional<TDate> inicio,
-                std::optional<TDate> fim = std::nullopt) {
-    return {"22", std::move(codigo), consolidado, std::move(grupo), inicio, fim, std::nullopt};
-}
-
-TEST(TussTable64, WalksThePeriodsOfATermInOrder) {
-    TTussManager manager(TTussConnection::InMemory([](TTussWriter& writer) {
-        // Written in disorder.
-        writer.Insert(Periodo("MUDA", false, "", Dia(2021, 1, 1)));
-        writer.Insert(Periodo("MUDA", true, "045", Dia(2020, 1, 1)));
-        writer.Insert(Periodo("ACABOU", true, "045", Dia(2019, 1, 1), Dia(2019, 6, 30)));
-        writer.Insert(Periodo("ACABOU", true, "046", Dia(2020, 1, 1), Dia(2020, 12, 31)));
-        writer.Insert(Periodo("SEMPRE", true, "007", std::nullopt));
-        writer.Insert(Periodo("GRUPOINDIVIDUAL", false, "007", Dia(2020, 1, 1), Dia(2020, 1, 31)));
-        writer.Insert(Periodo("SEMGRUPO", true, "", Dia(2020, 1, 1)));
-    }));
-    const auto consolidated = [](const char* code, const char* group) {
-        return fmt::format(
-            "O termo de código {} da tabela 22 da TUSS deverá ser enviado de forma consolidada, através "
-            "do código de grupo {} (de acordo com a tabela de domínio nº 64).",
-            code, group);
-    };
-    const struct {
-        const char* Code;
-        TDate Date;
-        int Result;
-        std::string Message;
-    } cases[] = {
-        {"NENHUM", Dia(2020, 1, 1), 2,
-         "O termo de código NENHUM da tabela 22 da TUSS não foi localizado no componente de representação de "
-         "conceitos em saúde do padrão TISS."},
-        {"MUDA", Dia(2019, 12, 31), 3,
-         "O termo de código MUDA da tabela 22 da TUSS entrará em vigência somente em 01/01/2020."},
-        {"MUDA", Dia(2020, 1, 1), 4, consolidated("MUDA", "045")},
-        // The last day before the next period.
-        {"MUDA", Dia(2020, 12, 31), 4, consolidated("MUDA", "045")},
-        {"MUDA", Dia(2021, 1, 1), 0, ""},
-        {"ACABOU", Dia(2019, 6, 30), 4, consolidated("ACABOU", "045")},
-        {"ACABOU", Dia(2019, 7, 1), 3,
-         "O termo de código ACABOU da tabela 22 da TUSS entrará em vigência somente em 01/01/2020."},
-        {"ACABOU", Dia(2020, 12, 31), 4, consolidated("ACABOU", "046")},
-        {"ACABOU", Dia(2021, 1, 1), 1,
-         "O termo de código ACABOU da tabela 22 da TUSS foi inativado em 31/12/2020."},
-        {"SEMPRE", Dia(1990, 1, 1), 4, consolidated("SEMPRE", "007")},
-        // A period of single sending does not end, and its group counts all the same.
-        {"GRUPOINDIVIDUAL", Dia(2024, 1, 1), 4, consolidated("GRUPOINDIVIDUAL", "007")},
-        {"SEMGRUPO", Dia(2024, 1, 1), 0, ""},
-    };
-    for (int round = 0; round < 2; ++round)
-        for (const auto& c : cases)
-            Check<TTuss64Validation>(manager, c.Date, c.Code, c.Result, c.Message);
 }
 
 TEST(TussTables, SayWhatIsNotInstalled) {

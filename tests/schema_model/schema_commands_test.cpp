@@ -1,16 +1,15 @@
 // conferix esquemas listar, importar and remover, as a user runs them.
 #include "app/cli/cli.h"
+#include "support/command_test.h"
 #include "support/small_lote.h"
 #include "support/support.h"
 #include "support/test_zip.h"
 #include "xml/schema/schema_files.h"
 
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 
 #include <array>
 #include <map>
-#include <sstream>
 
 namespace conferix {
 namespace {
@@ -21,50 +20,29 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-class ComandosDeSchemas : public testing::Test {
+class ComandosDeSchemas : public TCommandTest {
   protected:
-    struct TResult {
-        int Status;
-        std::string Out;
-        std::string Err;
-    };
-
-    void SetUp() override { setenv("CONFERIX_DADOS", (folder_.Path() / "dados").c_str(), 1); }
-    void TearDown() override { unsetenv("CONFERIX_DADOS"); }
-
-    std::filesystem::path File(const std::string& name) const { return folder_.Path() / name; }
     std::filesystem::path Installed(const std::string& name) const {
-        return File("dados") / "schemas/tiss" / name;
+        return File("dados/schemas/tiss/" + name);
     }
 
     /// Validates by the schemas that come with the program.
-    TResult Validar(const std::string& xml) const {
+    TCommandResult Validar(const std::string& xml) const {
         WriteTestFile(File("arquivo.xml"), xml);
-        std::istringstream in;
-        std::ostringstream out, err;
-        const int status = RunCli(
-            {"validar", File("arquivo.xml").string(), "--terminologia", CONFERIX_TUSS_DB}, {in, out, err});
-        return {status, out.str(), err.str()};
+        return Run({"validar", File("arquivo.xml"), "--terminologia", CONFERIX_TUSS_DB});
     }
-    static TResult Run(std::vector<std::string> words) {
-        std::istringstream in;
-        std::ostringstream out, err;
-        words.insert(words.begin(), "esquemas");
-        const int status = RunCli(words, {in, out, err});
-        return {status, out.str(), err.str()};
+    TCommandResult Importar(const std::string& origem) const {
+        return Run({"esquemas", "importar", File(origem)});
     }
 
     /// What is listed of a main schema, by its file name.
-    static std::map<std::string, json> List() {
+    std::map<std::string, json> List() const {
         std::map<std::string, json> rows;
-        for (const json& row : json::parse(Run({"listar", "--formato", "json"}).Out))
+        for (const json& row : RunJson({"esquemas", "listar"}))
             rows[row["arquivo"]] = row;
         return rows;
     }
-    static std::string Origin(const std::string& file) { return List()[file]["origem"]; }
-
-  private:
-    TTemporaryFolder folder_;
+    std::string Origin(const std::string& file) const { return List()[file]["origem"]; }
 };
 
 TEST_F(ComandosDeSchemas, EveryVersionIsServedFromTheFirstRun) {
@@ -79,7 +57,7 @@ TEST_F(ComandosDeSchemas, EveryVersionIsServedFromTheFirstRun) {
     }
     EXPECT_THAT(approximate, ElementsAre("1.04.00", "1.04.01", "1.05.00", "3.00.00", "3.01.00", "3.03.00"));
     EXPECT_THAT(
-        Run({"listar"}).Out,
+        Run({"esquemas", "listar"}).Out,
         HasSubstr(
             "\n  mensagem      3.00.00  tissV3_00_00.xsd                       embutido, aproximado\n"));
 }
@@ -93,7 +71,7 @@ TEST_F(ComandosDeSchemas, FilesAreValidatedWithoutAnySchemaInstalled) {
     const std::string end = "</ans:dadosAtendimento>";
     ASSERT_NE(xml.find(end), std::string::npos);
     ReplaceAll(xml, end, "<ans:regimeAtendimento>01</ans:regimeAtendimento>" + end);
-    const TResult result = Validar(xml);
+    const TCommandResult result = Validar(xml);
     EXPECT_EQ(result.Status, kExitInvalid);
     EXPECT_THAT(result.Out, HasSubstr(" em <dadosAtendimento>: só existe a partir da versão 4.00.00."));
 }
@@ -104,7 +82,7 @@ TEST_F(ComandosDeSchemas, APackageIsImportedByBareNamesAndRemovedAgain) {
              {{"Padr\xC6o Comunica\x87\xC6o/040100/tissV4_01_00.xsd", std::string(kSmallSchema)},
               {"Padr\xC6o Comunica\x87\xC6o/040100/leia.wsdl", "x"},
               {"Padr\xC6o Comunica\x87\xC6o/040100/solto.xsd", "<schema/>"}});
-    const TResult result = Run({"importar", File("pacote.zip").string()});
+    const TCommandResult result = Importar("pacote.zip");
     EXPECT_EQ(result.Err, "");
     EXPECT_EQ(result.Status, kExitValid);
     EXPECT_EQ(result.Out, "1 arquivo instalado em " + Installed("").parent_path().string() +
@@ -117,11 +95,11 @@ TEST_F(ComandosDeSchemas, APackageIsImportedByBareNamesAndRemovedAgain) {
     EXPECT_EQ(Origin("tissV4_01_00.xsd"), "importado");
     EXPECT_EQ(Origin("tissV4_00_00.xsd"), "embutido");
 
-    const TResult removed = Run({"remover", "4.01.00"});
+    const TCommandResult removed = Run({"esquemas", "remover", "4.01.00"});
     EXPECT_EQ(removed.Out, "mensagem 4.01.00: volta a usar o schema embutido\n");
     EXPECT_EQ(removed.Status, kExitValid);
     EXPECT_EQ(Origin("tissV4_01_00.xsd"), "embutido");
-    const TResult again = Run({"remover", "4.01.00"});
+    const TCommandResult again = Run({"esquemas", "remover", "4.01.00"});
     EXPECT_EQ(again.Status, kExitInvalid);
     EXPECT_EQ(again.Err, "conferix: erro: a versão 4.01.00 não tem schema importado\n");
 }
@@ -134,12 +112,12 @@ TEST_F(ComandosDeSchemas, RemovingKeepsWhatOtherImportedSetsNeed) {
     std::string other = include;
     ReplaceAll(other, "<include schemaLocation=\"so.xsd\"/>", "");
     std::filesystem::create_directory(File("origem"));
-    WriteTestFile(File("origem") / "tissV4_01_00.xsd", include);
-    WriteTestFile(File("origem") / "tissV4_02_00.xsd", other);
-    WriteTestFile(File("origem") / "comum.xsd", part);
-    WriteTestFile(File("origem") / "so.xsd", part);
-    EXPECT_THAT(Run({"importar", File("origem").string()}).Out, StartsWith("4 arquivos instalados em "));
-    EXPECT_EQ(Run({"remover", "4.01.00"}).Status, kExitValid);
+    WriteTestFile(File("origem/tissV4_01_00.xsd"), include);
+    WriteTestFile(File("origem/tissV4_02_00.xsd"), other);
+    WriteTestFile(File("origem/comum.xsd"), part);
+    WriteTestFile(File("origem/so.xsd"), part);
+    EXPECT_THAT(Importar("origem").Out, StartsWith("4 arquivos instalados em "));
+    EXPECT_EQ(Run({"esquemas", "remover", "4.01.00"}).Status, kExitValid);
     EXPECT_FALSE(std::filesystem::exists(Installed("so.xsd")));
     EXPECT_TRUE(std::filesystem::exists(Installed("comum.xsd")));
     EXPECT_EQ(Origin("tissV4_02_00.xsd"), "importado");
@@ -169,18 +147,17 @@ TEST_F(ComandosDeSchemas, PackagesThatAreNotToBeUnpackedAreRefusedWhole) {
     };
     for (const TCase& test : cases) {
         WriteZip(File("pacote.zip"), test.Entradas);
-        const TResult result = Run({"importar", File("pacote.zip").string()});
+        const TCommandResult result = Importar("pacote.zip");
         EXPECT_EQ(result.Status, kExitInvalid) << test.Motivo;
-        EXPECT_EQ(result.Err, "conferix: erro: " + File("pacote.zip").string() + ": " + test.Motivo + "\n");
+        EXPECT_EQ(result.Err, "conferix: erro: " + File("pacote.zip") + ": " + test.Motivo + "\n");
         EXPECT_THAT(result.Out, IsEmpty());
         EXPECT_TRUE(std::filesystem::is_empty(Installed(""))) << test.Motivo;
     }
     WriteTestFile(File("pacote.zip"), "PK, mas não é um pacote");
-    EXPECT_EQ(Run({"importar", File("pacote.zip").string()}).Err,
-              "conferix: erro: " + File("pacote.zip").string() + ": não é um arquivo ZIP válido\n");
+    EXPECT_EQ(Importar("pacote.zip").Err,
+              "conferix: erro: " + File("pacote.zip") + ": não é um arquivo ZIP válido\n");
     WriteZip(File("pacote.zip"), {{"leia.txt", "x"}});
-    EXPECT_THAT(Run({"importar", File("pacote.zip").string()}).Err,
-                HasSubstr("não há schemas do padrão TISS"));
+    EXPECT_THAT(Importar("pacote.zip").Err, HasSubstr("não há schemas do padrão TISS"));
 }
 
 TEST_F(ComandosDeSchemas, ASetThatDoesNotCompileStaysOutside) {
@@ -188,7 +165,7 @@ TEST_F(ComandosDeSchemas, ASetThatDoesNotCompileStaysOutside) {
     ReplaceAll(broken, "<element ", "<elemento ");
     WriteZip(File("pacote.zip"),
              {{"a/tissV4_01_00.xsd", std::string(kSmallSchema)}, {"a/tissV4_02_00.xsd", broken}});
-    const TResult result = Run({"importar", File("pacote.zip").string()});
+    const TCommandResult result = Importar("pacote.zip");
     EXPECT_EQ(result.Status, kExitInvalid);
     EXPECT_THAT(result.Err, StartsWith("conferix: erro: tissV4_02_00.xsd: "));
     EXPECT_THAT(result.Out, HasSubstr("(mensagem): 4.01.00\n"));
@@ -218,7 +195,7 @@ TEST_F(ComandosDeSchemas, BothEditionsOfTheSignatureServeBothTheirFolders) {
                                               name + "\"/>")});
     }
     WriteZip(File("pacote.zip"), entries);
-    const TResult result = Run({"importar", File("pacote.zip").string()});
+    const TCommandResult result = Importar("pacote.zip");
     EXPECT_EQ(result.Err, "");
     EXPECT_THAT(result.Out, HasSubstr("(mensagem): 3.02.00, 4.03.00\n"));
     for (const std::string name : {"tissV3_02_00.xsd", "tissV4_03_00.xsd"}) {
@@ -233,7 +210,7 @@ TEST_F(ComandosDeSchemas, TheRegulatorsPackageIsImportedAsItIsPublished) {
         published.value_or("").parent_path() / "schemas-zip" / "Componente_de_Comunicacao.zip";
     if (!published || !std::filesystem::exists(package))
         GTEST_SKIP() << "o pacote publicado não existe nesta máquina";
-    const TResult result = Run({"importar", package.string()});
+    const TCommandResult result = Run({"esquemas", "importar", package.string()});
     EXPECT_EQ(result.Err, "");
     EXPECT_EQ(result.Status, kExitValid);
     EXPECT_THAT(result.Out, HasSubstr("(mensagem): 4.03.00\n"));

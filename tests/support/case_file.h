@@ -12,8 +12,8 @@
 //   > b=1 => b=2
 //   (nada)                                      no line is expected
 //
-// A case ends at a blank line. In all lines \n, \r, \t and \s (a blank) are escapes. Arguments are separated
-// by ";" with or without blanks after it; one that is left out is empty.
+// A case ends at a blank line. In all lines \n, \r, \t, \s (a blank) and \xFF (a byte) are escapes. Arguments
+// are separated by ";" with or without blanks after it; one that is left out is empty.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -144,6 +144,11 @@ class TCaseReader {
         for (std::size_t i = 0; i < text.size(); ++i) {
             if (text[i] != '\\' || i + 1 == text.size()) {
                 out += text[i];
+                continue;
+            }
+            if (text[i + 1] == 'x') {
+                out += static_cast<char>(std::stoi(std::string(text.substr(i + 2, 2)), nullptr, 16));
+                i += 3;
                 continue;
             }
             static constexpr std::string_view kLetters = "nrts";

@@ -2,9 +2,9 @@
 
 #include "model/arquivo_tiss.h"
 #include "model/arquivo_tiss_factory.h"
+#include "support/parsed.h"
 #include "support/published_schemas.h"
 #include "support/test_files.h"
-#include "xml/xml_parser.h"
 
 #include <gtest/gtest.h>
 
@@ -15,10 +15,7 @@ namespace conferix {
 
 /// Parses and loads a text that is expected to be a TISS file.
 inline std::shared_ptr<IArquivoTiss> LoadTiss(const std::string& xml) {
-    const TXmlParseResult parsed = TXmlParser::Parse(xml);
-    for (const auto& message : parsed.Messages)
-        ADD_FAILURE() << message->Msg() << "\n" << xml;
-    return TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
+    return TArquivoTissFactory().GetNewArquivoTiss(Parsed(xml));
 }
 
 inline void ReplaceAll(std::string& text, std::string_view what, std::string_view with) {

@@ -1,4 +1,6 @@
 // The fast reader against the parser that decides: the same tree wherever it takes a text.
+#include "support/case_file.h"
+#include "support/test_files.h"
 #include "support/tree_text.h"
 #include "xml/plain_reader.h"
 
@@ -8,8 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
 
 using namespace conferix;
@@ -36,73 +36,19 @@ std::vector<std::string> Examples() {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(CONFERIX_FONTE "/exemplos")) {
         if (entry.path().extension() != ".xml" && entry.path().extension() != ".xte")
             continue;
-        std::ifstream file(entry.path(), std::ios::binary);
-        texts.push_back(DecodeXml({std::istreambuf_iterator<char>(file), {}}).Text);
+        texts.push_back(DecodeXml(ReadTestFile(entry.path())).Text);
     }
     return texts;
 }
 
 } // namespace
 
-TEST(PlainReader, TakesWhatFilesHave) {
-    const char* const taken[] = {
-        "<?xml version=\"1.0\" encoding=\"ISO-8859-1\" standalone='no' ?>\r\n<!-- a -->\n<?p  q "
-        "?><a/>\n<!---->",
-        "<a>\n  <b>x</b>\r\n\t<c> </c>\r<d></d></a>",
-        "<a b='1' c = \"&#65;&quot;\n\r\n\t&#10;é\"\n/>",
-        "<a>1 &lt; 2 &amp;&#x41;&#13;]] ]&gt;</a>",
-        "<a>x<!-- \r\n -->y<?p?><![CDATA[<&]]]]>z<![CDATA[]]></a >",
-        "<a>&#32;<b/>&#32; <!-- --> <b/>t</a>",
-        "<n:a xmlns:n='u'><n:b n:c='é€\U0001F600'>ç\nã<n:d/></n:b></n:a>",
-        "<a>\x7F ]]</a>",
-    };
-    for (const std::string text : taken)
-        EXPECT_TRUE(Agree(text)) << text;
+TEST(PlainReader, TakesWhatFilesHaveAndLeavesTheRestToTheParser) {
+    for (const tests::TCase& c : tests::Cases("xml/plain_reader.casos"))
+        for (const auto& [text, none] : c.Inputs)
+            EXPECT_EQ(Agree(text) ? "lido" : "deixado", c.Expected.front()) << text;
     for (const std::string& text : Examples())
         EXPECT_TRUE(Agree(text)) << text.substr(0, 300);
-}
-
-TEST(PlainReader, LeavesTheRestToTheParser) {
-    const char* const left[] = {
-        "",
-        "x",
-        "<a",
-        "<a>",
-        "<a></b>",
-        "<a/><b/>",
-        "<a/>x",
-        " <?xml version='1.0'?><a/>",
-        "<?xml version='1.1'?><a/>",
-        "<?xml version='1.0'encoding='UTF-8'?><a/>",
-        "<?xml version='1.0' encoding='1'?><a/>",
-        "<?xml version='1.0' encoding='x'standalone='yes'?><a/>",
-        "<!DOCTYPE a><a/>",
-        "<a>]]></a>",
-        "<a>&x;</a>",
-        "<a>&#0;</a>",
-        "<a>&#xD800;</a>",
-        "<a>\x01</a>",
-        "<a>\xC0\x80</a>",
-        "<a>\xED\xA0\x80</a>",
-        "<a>\xEF\xBF\xBE</a>",
-        "<a>\xC3</a>",
-        "<a b='1' b='2'/>",
-        "<a b='<'/>",
-        "<a b=1/>",
-        "<a b='1'c='2'/>",
-        "<a><!-- -- --></a>",
-        "<a><!-- ---></a>",
-        "<a><?xml x?></a>",
-        "<a><?p?q?></a>",
-        "<a><![CDATA[</a>",
-        "<1/>",
-        "<a / >",
-        "<a>&amp</a>",
-        "<\xC3\xA9/>",
-        "<a>&#4294967361;</a>",
-    };
-    for (const std::string text : left)
-        EXPECT_EQ(ReadPlainXml(std::make_shared<const std::string>(text)), nullptr) << text;
 }
 
 /// Mutants of all examples, of which enough have to be taken for the comparison to mean something.

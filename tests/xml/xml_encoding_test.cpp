@@ -1,3 +1,4 @@
+#include "support/case_file.h"
 #include "xml/xml_encoding.h"
 
 #include <gmock/gmock.h>
@@ -63,72 +64,15 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
     EXPECT_EQ(EncodeXml(head + "<!-- - -- ]]> --><a>→</a>", {}), head + "<!-- - -- ]]> --><a>&#8594;</a>");
 }
 
-TEST(XmlEncoding, NamesThePlaceOfBytesThatDoNotDecode) {
-    const struct {
-        std::string Bytes;
-        int Line;
-        int Column;
-        const char* Reason;
-    } cases[] = {
-        {"<a>\n é\xE9</a>", 2, 3,
-         "não declara a codificação e por isso deveria estar em UTF-8, mas contém um byte (E9)"},
-        {"<?xml version='1.0' encoding='UTF-8'?>\n\xE9", 2, 1,
-         "declara a codificação UTF-8, mas contém um byte (E9)"},
-        {"\xEF\xBB\xBF\n\xC3", 2, 1, "começa com a marca de UTF-8 (BOM), mas contém um byte (C3)"},
-        {std::string("PK\x03\x04\0\0", 6), 1, 1, "compactado (ZIP ou semelhante) e não é um XML"},
-        {"%PDF-1.4\n", 1, 1, "é um PDF, não um XML"},
-        {"MZ\x90", 1, 1, "é um programa, não um XML"},
-        {"<?xml version='1.0' encoding='UTF-16'?><a/>", 1, 1,
-         "declara a codificação UTF-16, mas não está gravado nela"},
-        {"<?xml version='1.0' encoding='klingon'?><a/>", 1, 1, "klingon"},
-        {"\xFF\xFE<", 1, 1, "UTF-16LE"},
-        {"<?xml version='1.0' encoding='Shift_JIS'?>\n<a>\x81\x20</a>", 2, 4, "Shift_JIS"},
-    };
-    for (const auto& c : cases) {
-        try {
-            DecodeXml(c.Bytes);
-            ADD_FAILURE() << c.Reason;
-        } catch (const EXmlEncoding& error) {
-            EXPECT_THAT(error.Message()->Reason(), HasSubstr(c.Reason));
-            EXPECT_EQ(error.Message()->Line(), c.Line) << c.Reason;
-            EXPECT_EQ(error.Message()->LinePos(), c.Column) << c.Reason;
-        }
-    }
-}
-
 TEST(XmlEncoding, DoubtsWhatReadersReadDifferently) {
-    const std::string iso = "<?xml version='1.0' encoding='ISO-8859-1'?>\n<a>x ";
-    const struct {
-        std::string Bytes;
-        std::string Reason; ///< empty: no doubt
-    } cases[] = {
-        {iso + "Conceição – hoje</a>",
-         "O arquivo declara a codificação ISO-8859-1, mas foi gravado em UTF-8: lê-se "
-         "\"ConceiÃ§Ã£o\" onde deve estar \"Conceição\". Grave o arquivo em ISO-8859-1, ou "
-         "declare encoding=\"UTF-8\"."},
-        {iso + "Concei\xE7\xE3o</a>", ""},
-        {iso + "Conceição \xE3</a>", ""}, // letters of both encodings: neither was meant throughout
-        {iso + "\xC3\xA3→</a>", ""},      // Windows-1252 has no arrow
-        {iso + "\xC3\x83</a>", "O arquivo declara a codificação ISO-8859-1, mas foi gravado em UTF-8: lê-se "
-                               "\"Ãƒ\" onde deve estar \"Ã\". Grave o arquivo em ISO-8859-1, ou declare "
-                               "encoding=\"UTF-8\"."},
-        {"<a>é</a>", ""},
-        {"\xEF\xBB\xBF" + iso + "é</a>", "O arquivo começa com a marca de UTF-8 (BOM), mas declara a "
-                                         "codificação ISO-8859-1. Foi lido como UTF-8; "
-                                         "outros leitores podem recusá-lo ou lê-lo de outro modo. Declare "
-                                         "encoding=\"UTF-8\" ou grave o arquivo "
-                                         "em ISO-8859-1, sem a marca."},
-        {"\xEF\xBB\xBF<?xml version='1.0' encoding='utf-8'?><a>é</a>", ""},
-        {"\xFF\xFE" + Wide("<?xml version='1.0' encoding='UTF-16'?><a/>", false), ""},
-    };
-    for (const auto& c : cases) {
-        const TXmlText decoded = DecodeXml(c.Bytes);
-        const TXmlMessages doubts = CheckEncoding(decoded.Text, decoded.Encoding);
-        EXPECT_EQ(doubts.empty() ? "" : doubts.front()->Reason(), c.Reason) << c.Bytes;
-        EXPECT_LE(doubts.size(), 1U);
-        if (!doubts.empty()) {
-            EXPECT_EQ(doubts.front()->MsgType(), TMessageType::mtWarning);
+    for (const tests::TCase& c : tests::Cases("xml/doubts.casos")) {
+        const TXmlText decoded = DecodeXml(c.Inputs.front().first);
+        std::vector<std::string> doubts;
+        for (const auto& doubt : CheckEncoding(decoded.Text, decoded.Encoding)) {
+            EXPECT_EQ(doubt->MsgType(), TMessageType::mtWarning);
+            doubts.push_back(doubt->Reason());
         }
+        ExpectLines(c, doubts);
     }
     EXPECT_EQ(DeclaredEncoding("\n <?xml version='1.0' encoding='X'?>"), "X");
 }

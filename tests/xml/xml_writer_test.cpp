@@ -1,4 +1,4 @@
-#include "xml/xml_parser.h"
+#include "support/parsed.h"
 #include "xml/xml_writer.h"
 
 #include <gtest/gtest.h>
@@ -7,12 +7,6 @@
 
 namespace conferix {
 namespace {
-
-std::shared_ptr<TXmlDocument> Parse(const std::string& text) {
-    TXmlParseResult result = TXmlParser::Parse(text);
-    EXPECT_TRUE(result.Messages.empty()) << text;
-    return result.Document;
-}
 
 struct TEditCase {
     const char* Name;
@@ -97,20 +91,20 @@ TEST(XmlWriter, ChangesOnlyWhatWasChanged) {
          "<a>\n <c>2</c>\n</a>"},
     };
     for (const TEditCase& c : cases) {
-        const auto document = Parse(c.Before);
+        const auto document = Parsed(c.Before);
         c.Edit(*document);
         const std::string written = WriteXml(*document);
         EXPECT_EQ(written, c.After) << c.Name;
-        EXPECT_EQ(WriteXml(*Parse(written)), written) << c.Name;
+        EXPECT_EQ(WriteXml(*Parsed(written)), written) << c.Name;
     }
 }
 
 TEST(XmlWriter, ValuesAndAttributesSurviveARoundTrip) {
     const std::string hard = " <&>\"'\t\r\n]]> é€😀 ";
-    const auto document = Parse("<a k=''><b>1</b></a>");
+    const auto document = Parsed("<a k=''><b>1</b></a>");
     document->Element()->SetAttribute("k", hard);
     document->Element()->Child("b")->SetValue(hard);
-    const auto again = Parse(WriteXml(*document));
+    const auto again = Parsed(WriteXml(*document));
     EXPECT_EQ(again->Element()->Attribute("k")->Value(), hard);
     EXPECT_EQ(again->Element()->Child("b")->Value(), hard);
 }

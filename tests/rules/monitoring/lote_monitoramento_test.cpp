@@ -70,7 +70,7 @@ TEST(LoteMonitoramento, EveryVersionIsChecked) {
         const auto findings = [&](const TEdits& edits) {
             const auto [header, guide] = EditedGuia(edits);
             return Findings(
-                *std::dynamic_pointer_cast<IMonitoramento>(Loaded(MonitoringText(version, header, guide))));
+                *std::dynamic_pointer_cast<IMonitoramento>(LoadTiss(MonitoringText(version, header, guide))));
         };
         EXPECT_THAT(findings({}), IsEmpty()) << version;
         EXPECT_THAT(findings({{"valorGlosaGuia=5.00", "valorGlosaGuia=-5"}}),

@@ -90,11 +90,12 @@ TEST(TSchemaMutation, DamagedDocumentsEndInFaults) {
 TEST(TSchemaMutation, DamagedSchemasLoadOrAreRefused) {
     std::mt19937 random(19760402);
     const std::string text = SchemaText(kDeclarations);
-    const TTestFolder folder;
+    const TTemporaryFolder folder;
     int loaded = 0;
     int refused = 0;
     for (int i = 0; i < kMutants; ++i) {
-        const auto path = folder.Write("m" + std::to_string(i) + ".xsd", Damage(text, 1, random));
+        const auto path = folder / ("m" + std::to_string(i) + ".xsd");
+        WriteTestFile(path, Damage(text, 1, random));
         try {
             const auto set = TSchemaSet::Load(path);
             ++loaded;

@@ -1,33 +1,12 @@
 #include "xml/schema/schema_support.h"
 
 #include "xml/schema/schema_messages.h"
-#include "xml/xml_parser.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <fstream>
 
 namespace conferix {
-
-TTestFolder::TTestFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "conferix-schema-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr)
-        throw std::runtime_error("no temporary folder");
-    path_ = pattern;
-}
-
-TTestFolder::~TTestFolder() {
-    std::error_code error;
-    std::filesystem::remove_all(path_, error);
-}
-
-std::filesystem::path TTestFolder::Write(const std::string& name, std::string_view content) const {
-    const auto path = path_ / name;
-    std::ofstream(path, std::ios::binary) << content;
-    return path;
-}
 
 std::string SchemaText(std::string_view declarations) {
     return "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\" xmlns:t=\"urn:t\" "
@@ -37,8 +16,9 @@ std::string SchemaText(std::string_view declarations) {
 }
 
 std::shared_ptr<const TSchemaSet> LoadDeclarations(std::string_view declarations) {
-    const TTestFolder folder;
-    return TSchemaSet::Load(folder.Write("teste.xsd", SchemaText(declarations)));
+    const TTemporaryFolder folder;
+    WriteTestFile(folder / "teste.xsd", SchemaText(declarations));
+    return TSchemaSet::Load(folder / "teste.xsd");
 }
 
 std::vector<std::filesystem::path> MainSchemas(const std::filesystem::path& folder) {
@@ -53,15 +33,9 @@ std::vector<std::filesystem::path> MainSchemas(const std::filesystem::path& fold
     return result;
 }
 
-std::shared_ptr<TXmlDocument> ParseDocument(std::string_view text) {
-    TXmlParseResult result = TXmlParser::Parse(std::string(text));
-    EXPECT_TRUE(result.Document) << text;
-    return result.Document;
-}
-
 std::vector<std::string> Sentences(const TSchemaSet& set, std::string_view text) {
     std::vector<std::string> sentences;
-    if (const auto document = ParseDocument(text))
+    if (const auto document = Parsed(std::string(text)))
         for (const TSchemaFault& fault : TSchemaValidator(set).Validate(*document))
             sentences.push_back(std::to_string(fault.Line) + ": " + TSchemaMessages::Sentence(fault));
     return sentences;

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "support/parsed.h"
 #include "support/published_schemas.h"
+#include "support/test_files.h"
 
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"
-#include "xml/xml_document.h"
 
 #include <filesystem>
 #include <memory>
@@ -13,21 +14,6 @@
 #include <vector>
 
 namespace conferix {
-
-/// A folder of its own for the files of one test, removed with the object.
-class TTestFolder {
-  public:
-    TTestFolder();
-    ~TTestFolder();
-    TTestFolder(const TTestFolder&) = delete;
-    TTestFolder& operator=(const TTestFolder&) = delete;
-
-    std::filesystem::path Write(const std::string& name, std::string_view content) const;
-    const std::filesystem::path& Path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
 
 /// A schema file around declarations: prefix xs for XML Schema, t for the target namespace "urn:t", in
 /// which all local elements are.
@@ -39,9 +25,6 @@ std::shared_ptr<const TSchemaSet> LoadDeclarations(std::string_view declarations
 /// The schemas of a folder that documents are judged by, in the order of their names; without what they
 /// include.
 std::vector<std::filesystem::path> MainSchemas(const std::filesystem::path& folder);
-
-/// Parses a document that has to be well-formed; null (and a failed expectation) when it is not.
-std::shared_ptr<TXmlDocument> ParseDocument(std::string_view text);
 
 /// The sentences of a document's faults, each after its line: "3: O elemento ...".
 std::vector<std::string> Sentences(const TSchemaSet& set, std::string_view text);

@@ -1,0 +1,85 @@
+// Numbers and days as text.
+#include "platform/format_settings.h"
+#include "platform/iso_date.h"
+#include "support/case_file.h"
+#include "support/test_files.h"
+
+#include <gtest/gtest.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <limits>
+#include <string>
+
+#include <locale.h>
+
+namespace conferix {
+namespace {
+
+const TFormatSettings kBrazil = TFormatSettings::OfLocale({",", "."});
+
+std::string Shortest(double value) {
+    char text[32];
+    return {text, std::to_chars(std::begin(text), std::end(text), value).ptr};
+}
+
+/// What the function of that name makes of one text or two.
+std::string Made(const std::string& function, const std::string& text, const std::string& other) {
+    const TFormatSettings messages = TFormatSettings::Messages();
+    const double number = std::strtod(text.c_str(), nullptr);
+    if (function == "Money")
+        return kBrazil.Money(number) + " " + messages.Money(number);
+    if (function == "Count")
+        return kBrazil.Count(std::stoll(text)) + " " + messages.Count(std::stoll(text));
+    if (function == "Decimal")
+        return kBrazil.Decimal(number, std::stoi(other));
+    if (function == "OfLocale")
+        return TFormatSettings::OfLocale({text, other}).Money(1234.5);
+    if (function == "ParseDecimal") {
+        const auto value = ParseDecimal(text);
+        return value ? Shortest(*value) : "-";
+    }
+    EXPECT_EQ(function, "ParseIsoDate");
+    const auto date = ParseIsoDate(text);
+    return date ? std::to_string(unsigned(date->day())) + "." + std::to_string(unsigned(date->month())) +
+                      "." + std::to_string(int(date->year())) + " " + FormatIsoDate(*date)
+                : "-";
+}
+
+TEST(Texts, OfNumbersAndDaysAreThoseOfTheCases) {
+    for (const tests::TCase& c : tests::Cases("platform/texts.casos"))
+        for (const auto& [text, other] : c.Inputs)
+            EXPECT_EQ(Made(c.Section, text, other), c.Expected.front()) << c.Section << " " << c << "\n"
+                                                                        << text;
+    const double largest = std::numeric_limits<double>::max();
+    EXPECT_EQ(TFormatSettings::Messages().Money(largest).size(), 309U + 3U);
+    EXPECT_FALSE(ParseDecimal(std::string(400, '9')).has_value()) << "beyond the range of a double";
+    EXPECT_EQ(ParseDecimal("-0." + std::string(400, '0') + "1"), 0.0);
+}
+
+TEST(FormatSettings, SeparatorsAreThoseOfTheUsersLocale) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"C", "-1.234.567,89"},
+        {"POSIX", "-1.234.567,89"},
+        {"C.UTF-8", "-1.234.567,89"},
+        {"pt_BR.UTF-8", "-1.234.567,89"},
+        {"pt_BR.ISO-8859-1", "-1.234.567,89"},
+        {"en_US.UTF-8", "-1,234,567.89"},
+        {"fr_FR.UTF-8", "-1\u202F234\u202F567,89"},
+        {"nb_NO.ISO-8859-1", "-1\u00A0234\u00A0567,89"},
+        {"xx_XX.UTF-8", "-1.234.567,89"}, // there is none of that name
+    };
+    for (const auto& [locale, text] : cases) {
+        const locale_t installed = newlocale(LC_NUMERIC_MASK, locale, nullptr);
+        if (installed == nullptr && !std::string_view(locale).starts_with("xx"))
+            continue; // that of Brazil is, where the tests are set up
+        if (installed != nullptr)
+            freelocale(installed);
+        const TEnvironment environment("LC_ALL", locale);
+        EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(-1234567.891), text) << locale;
+        EXPECT_STREQ(setlocale(LC_ALL, nullptr), "C") << "the locale of the process was changed";
+    }
+}
+
+} // namespace
+} // namespace conferix
