@@ -334,15 +334,13 @@ TEST(UnifiedDiffTest, ShowsChangesInTheirContext) {
 
 TEST(UnifiedDiffTest, AppliedToTheOldTextGivesTheNewOne) {
     const TTemporaryFolder folder;
-    const auto expectApplies = [&](const std::string& before, const std::string& after) {
-        const std::string diff = UnifiedDiff(before, after, "x", "y");
-        WriteTestFile(folder / "antes", before);
-        WriteTestFile(folder / "diff", diff);
-        const std::string command =
-            fmt::format("cd '{}' && patch -s -F0 -o depois antes diff", folder.Path().string());
-        ASSERT_TRUE(diff.empty() || std::system(command.c_str()) == 0) << diff;
-        ASSERT_EQ(ReadTestFile(folder / (diff.empty() ? "antes" : "depois")), after) << before << "\n--\n"
-                                                                                     << diff;
+    std::vector<std::string> expected;
+    std::string diffs; // of many files, so that they are applied at once
+    const auto add = [&](const std::string& before, const std::string& after) {
+        const std::string file = std::to_string(expected.size());
+        WriteTestFile(folder / file, before);
+        diffs += UnifiedDiff(before, after, file, file);
+        expected.push_back(after);
     };
     std::mt19937 random(7);
     const auto text = [&](int lines) {
@@ -357,9 +355,14 @@ TEST(UnifiedDiffTest, AppliedToTheOldTextGivesTheNewOne) {
         const std::string before = text(static_cast<int>(random() % 40));
         const std::string after =
             random() % 3 == 0 ? text(static_cast<int>(random() % 40)) : before + text(3);
-        expectApplies(before, after);
+        add(before, after);
     }
-    expectApplies(text(3000), text(2900)); // too long for a table of common lines
+    add(text(3000), text(2900)); // too long for a table of common lines
+    WriteTestFile(folder / "diff", diffs);
+    const std::string command = fmt::format("cd '{}' && patch -s -F0 -p0 -i diff", folder.Path().string());
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        ASSERT_EQ(ReadTestFile(folder / std::to_string(i)), expected[i]) << i;
 }
 
 } // namespace
