@@ -3,6 +3,7 @@
 #include "app/validador_controller.h"
 #include "data/database_tuss.h"
 #include "platform/platform.h"
+#include "support/case_file.h"
 #include "support/support.h"
 #include "validation/solver.h"
 
@@ -11,7 +12,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <map>
 #include <set>
+#include <sstream>
 
 namespace conferix {
 namespace {
@@ -141,10 +145,6 @@ TEST_F(Controller, TurnsFailuresIntoMessages) {
          TMessageType::mtError, false, ""},
         {"<nota/>", "O elemento raíz <nota> não é reconhecido como sendo de um tipo de arquivo TISS válido.",
          TMessageType::mtError, true, ""},
-        {root + end, "Versão do TISS não encontrada no arquivo XML.", TMessageType::mtError, true, ""},
-        {root + " 3.05.00" + end, "Versão  3.05.00 do TISS não suportada.", TMessageType::mtError, true, ""},
-        {root + "1.04.01" + end, "Tipo de arquivo TISS não implementado na versão 1.04.01 do TISS.",
-         TMessageType::mtError, true, ""},
         {root + "3.05.00" + end,
          fmt::format("Schema file {} not found", (folder_.Path() / "tissV3_05_00.xsd").string()),
          TMessageType::mtError, true, "3.05.00"},
@@ -214,23 +214,6 @@ TEST_F(Controller, ShowsValidFilesAsSuch) {
 }
 
 TEST_F(Controller, AnObserverThatFailsBecomesAMessage) {
-    const std::string begun = "estado sfAberto+sfValidando";
-    const std::string found = "não é XML sfAberto+sfValidado+sfInvalido";
-    const std::string posted = "validou sfAberto+sfValidado+sfInvalido";
-    const std::string ended = "estado sfAberto+sfValidado+sfInvalido";
-    const struct {
-        const char* Name;
-        std::set<int> StateFailures; ///< state changes of the validation at which the observer fails, from 1
-        std::set<int> ResultFailures;
-        std::vector<std::string> Told;
-    } cases[] = {
-        {"none", {}, {}, {begun, found, ended}},
-        {"at the beginning", {1}, {}, {begun, posted, ended}},
-        {"at the result", {}, {1}, {begun, found, posted, ended}},
-        {"at every result", {}, {1, 2, 3}, {begun, found, posted, ended}},
-        {"at the end", {2}, {}, {begun, found, ended, posted, ended}},
-        {"always", {1, 2, 3}, {1, 2, 3}, {begun, posted, ended}},
-    };
     std::set<int> stateFailures;
     std::set<int> resultFailures;
     int states = 0;
@@ -248,23 +231,29 @@ TEST_F(Controller, AnObserverThatFailsBecomesAMessage) {
     events.OnStateChange.Subscribe([&](TStateChangeArgs&) { last.push_back(log_.back()); });
     events.OnValidate.Subscribe([&](TValidateArgs&) { last.push_back(log_.back()); });
     controller_.LoadFromFile(file_);
-    for (const auto& c : cases) {
-        stateFailures = c.StateFailures;
-        resultFailures = c.ResultFailures;
+    const auto numbers = [](const std::string& text) {
+        std::istringstream stream(text);
+        return std::set<int>{std::istream_iterator<int>(stream), {}};
+    };
+    for (const tests::TCase& c : tests::Cases("app/cases/observers.casos")) {
+        if (c.Section != "falham")
+            continue;
+        stateFailures = numbers(c.Inputs[0].first);
+        resultFailures = numbers(c.Inputs[0].second);
         states = results = 0;
         TakeLog();
         last.clear();
         controller_.Validate("<a>", {});
-        EXPECT_EQ(last, c.Told) << c.Name;
-        EXPECT_EQ(TakeLog(), c.Told) << c.Name;
+        ExpectLines(c, last);
+        ExpectLines(c, TakeLog());
         const bool failed = !stateFailures.empty() || !resultFailures.empty();
-        ASSERT_EQ(result_.ValidationMessages.size(), 1U) << c.Name;
-        EXPECT_EQ(result_.ValidationMessages.front()->MsgType() == TMessageType::mtFatal, failed) << c.Name;
+        ASSERT_EQ(result_.ValidationMessages.size(), 1U) << c;
+        EXPECT_EQ(result_.ValidationMessages.front()->MsgType() == TMessageType::mtFatal, failed) << c;
         const char* const detail = stateFailures.empty() ? "exceção de tipo desconhecido" : "observador";
         EXPECT_THAT(result_.ValidationMessages.front()->Reason(),
                     testing::EndsWith(failed ? fmt::format("\r\nDetalhe do erro: {}", detail)
                                              : "o arquivo pode estar incompleto."))
-            << c.Name;
+            << c;
     }
 }
 
@@ -291,47 +280,10 @@ TEST_F(Controller, ObserversMaySubscribeAndUnsubscribeWhileTheyAreTold) {
 TEST_F(Controller, WhatAnObserverAsksForIsDoneAtOnceAndIsTheNewest) {
     const std::string other = (folder_.Path() / "outro.xml").string();
     WriteTestFile(other, "<b/>");
-    const std::string begun = "estado sfAberto+sfValidando";
-    const std::string result = "não é XML sfAberto+sfValidado+sfInvalido";
-    const std::string ended = "estado sfAberto+sfValidado+sfInvalido";
-    const std::string closing = "fechar sfAberto+sfValidado+sfInvalido";
-    const std::string opened = "abriu <b/> sfAberto";
-    const auto validate = [&] { controller_.Validate("<dentro>", {}); };
-    const auto close = [&] { controller_.CloseFile(); };
-    const auto reopen = [&] {
-        controller_.CloseFile();
-        controller_.LoadFromFile(other);
-    };
-    const struct {
-        const char* Name;
-        bool AtTheResult; ///< else at the beginning
-        std::function<void()> Action;
-        std::vector<std::string> Told;
-        std::string Shown; ///< element that the result speaks of
-    } cases[] = {
-        {"validates at the result", true, validate, {begun, result, begun, result, ended, ended}, "<dentro>"},
-        {"validates at the beginning", false, validate, {begun, begun, result, ended, ended}, "<dentro>"},
-        {"closes at the result", true, close, {begun, result, closing, "estado ", "estado "}, "<fora>"},
-        {"closes at the beginning",
-         false,
-         close,
-         {begun, "fechar sfAberto+sfValidando", "estado ", "estado "},
-         ""},
-        {"opens another at the result",
-         true,
-         reopen,
-         {begun, result, closing, "estado ", opened, "estado sfAberto", "estado sfAberto"},
-         "<fora>"},
-        {"opens another and validates",
-         false,
-         [&] {
-             reopen();
-             validate();
-         },
-         {begun, "fechar sfAberto+sfValidando", "estado ", opened, "estado sfAberto", begun, result, ended,
-          ended},
-         "<dentro>"},
-    };
+    const std::map<std::string, std::function<void()>> actions = {
+        {"valida", [&] { controller_.Validate("<dentro>", {}); }},
+        {"fecha", [&] { controller_.CloseFile(); }},
+        {"abre outro", [&] { controller_.LoadFromFile(other); }}};
     std::function<void()> atState;
     std::function<void()> atResult;
     const auto once = [](std::function<void()>& action) {
@@ -348,7 +300,9 @@ TEST_F(Controller, WhatAnObserverAsksForIsDoneAtOnceAndIsTheNewest) {
     std::vector<std::string> last; // of an observer behind: never an older result after a newer one
     events.OnValidate.Subscribe(
         [&](TValidateArgs& args) { last.push_back(args.ValidationMessages.front()->Msg()); });
-    for (const auto& c : cases) {
+    for (const tests::TCase& c : tests::Cases("app/cases/observers.casos")) {
+        if (c.Section != "pedem")
+            continue;
         if (controller_.FileName() != file_) {
             if (!controller_.FileName().empty())
                 controller_.CloseFile();
@@ -356,15 +310,16 @@ TEST_F(Controller, WhatAnObserverAsksForIsDoneAtOnceAndIsTheNewest) {
         }
         TakeLog();
         last.clear();
-        (c.AtTheResult ? atResult : atState) = c.Action;
+        (c.Inputs[0].first == "no resultado" ? atResult : atState) = [&] {
+            for (const auto& input : c.Inputs)
+                actions.at(input.second)();
+        };
         controller_.Validate("<fora>", {});
-        EXPECT_EQ(TakeLog(), c.Told) << c.Name;
-        if (c.Shown.empty()) {
-            EXPECT_THAT(last, IsEmpty()) << c.Name;
-        } else {
-            EXPECT_THAT(last, ElementsAre(HasSubstr(c.Shown))) << c.Name;
-        }
-        EXPECT_FALSE(controller_.FileStateFlags().Contains(TFileStateFlag::sfValidando)) << c.Name;
+        std::vector<std::string> told = TakeLog();
+        for (const std::string& text : last)
+            told.push_back("mostrado: " + text);
+        ExpectLines(c, told);
+        EXPECT_FALSE(controller_.FileStateFlags().Contains(TFileStateFlag::sfValidando)) << c;
     }
 }
 

@@ -1,12 +1,14 @@
 #include "app/execute_solver.h"
 #include "app/unified_diff.h"
 #include "data/tuss_writer.h"
+#include "support/case_file.h"
 #include "support/command_test.h"
 #include "support/support.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <random>
 #include <set>
 #include <sstream>
@@ -325,70 +327,21 @@ TEST_F(ExecuteSolverTest, CorrectAllTakesTheChosenCorrectionAndStops) {
     EXPECT_THAT(Run({"corrigir", "-", "--todas"}, kWrongHash).Out, HasSubstr("JOS\xC9 <"));
 }
 
-/// Applies a unified diff; the reverse of what makes it.
-std::string Apply(const std::string& before, const std::string& diff) {
-    std::vector<std::string> old;
-    for (std::size_t at = 0; at < before.size();) {
-        const std::size_t end = std::min(before.find('\n', at), before.size() - 1) + 1;
-        old.push_back(before.substr(at, end - at));
-        at = end;
-    }
-    std::string after;
-    std::size_t next = 0;
-    char mark = ' ';
-    std::istringstream stream(diff);
-    std::string line;
-    std::getline(stream, line);
-    std::getline(stream, line);
-    while (std::getline(stream, line)) {
-        if (line.starts_with("@@")) {
-            std::size_t first = std::stoul(line.substr(4));
-            const std::string range = line.substr(4, line.find(' ', 4) - 4);
-            first -= range.ends_with(",0") ? 0 : 1; // an empty range names the line before it
-            while (next < first)
-                after += old.at(next++);
-        } else if (line.starts_with("\\")) {
-            if (mark == '+')
-                after.pop_back();
-        } else {
-            mark = line[0];
-            if (mark == '+')
-                after += line.substr(1) + "\n";
-            else if (mark == ' ')
-                after += old.at(next++);
-            else
-                ++next;
-        }
-    }
-    while (next < old.size())
-        after += old[next++];
-    return after;
-}
-
 TEST(UnifiedDiffTest, ShowsChangesInTheirContext) {
-    const struct {
-        const char* Before;
-        const char* After;
-        const char* Expected;
-    } cases[] = {
-        {"a\nb\n", "a\nb\n", ""},
-        {"", "", ""},
-        {"a\n", "b\n", "--- x\n+++ y\n@@ -1 +1 @@\n-a\n+b\n"},
-        {"", "a\n", "--- x\n+++ y\n@@ -0,0 +1 @@\n+a\n"},
-        {"a\nb", "a\nb\n", "--- x\n+++ y\n@@ -1,2 +1,2 @@\n a\n-b\n\\ No newline at end of file\n+b\n"},
-        {"1\n2\n3\n4\n5\n6\n7\n8\n9\n", "1\n2\n3\n4\nV\n6\n7\n8\n9\n",
-         "--- x\n+++ y\n@@ -2,7 +2,7 @@\n 2\n 3\n 4\n-5\n+V\n 6\n 7\n 8\n"},
-        {"1\n2\n3\n4\n5\n6\n7\n8\n9\n", "A\n2\n3\n4\n5\n6\n7\nB\n9\n",
-         "--- x\n+++ y\n@@ -1,9 +1,9 @@\n-1\n+A\n 2\n 3\n 4\n 5\n 6\n 7\n-8\n+B\n 9\n"},
-        {"1\n2\n3\n4\n5\n6\n7\n8\n9\n", "A\n2\n3\n4\n5\n6\n7\n8\nB\n",
-         "--- x\n+++ y\n@@ -1,4 +1,4 @@\n-1\n+A\n 2\n 3\n 4\n@@ -6,4 +6,4 @@\n 6\n 7\n 8\n-9\n+B\n"},
-        {"a\nb\nc\nd\n", "a\nc\nx\nd\ny\n", "--- x\n+++ y\n@@ -1,4 +1,5 @@\n a\n-b\n c\n+x\n d\n+y\n"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(UnifiedDiff(c.Before, c.After, "x", "y"), c.Expected);
+    for (const tests::TCase& c : tests::Cases("app/cases/diffs.casos"))
+        ExpectLines(c, Lines(UnifiedDiff(c.Inputs[0].first, c.Inputs[0].second, "x", "y")));
 }
 
 TEST(UnifiedDiffTest, AppliedToTheOldTextGivesTheNewOne) {
+    const TTemporaryFolder folder;
+    std::vector<std::string> expected;
+    std::string diffs; // of many files, so that they are applied at once
+    const auto add = [&](const std::string& before, const std::string& after) {
+        const std::string file = std::to_string(expected.size());
+        WriteTestFile(folder / file, before);
+        diffs += UnifiedDiff(before, after, file, file);
+        expected.push_back(after);
+    };
     std::mt19937 random(7);
     const auto text = [&](int lines) {
         std::string all;
@@ -402,13 +355,14 @@ TEST(UnifiedDiffTest, AppliedToTheOldTextGivesTheNewOne) {
         const std::string before = text(static_cast<int>(random() % 40));
         const std::string after =
             random() % 3 == 0 ? text(static_cast<int>(random() % 40)) : before + text(3);
-        const std::string diff = UnifiedDiff(before, after, "x", "y");
-        ASSERT_EQ(Apply(before, diff), after) << before << "\n--\n" << diff;
+        add(before, after);
     }
-    // Too long for a table of common lines.
-    const std::string before = text(3000);
-    const std::string after = text(2900);
-    EXPECT_EQ(Apply(before, UnifiedDiff(before, after, "x", "y")), after);
+    add(text(3000), text(2900)); // too long for a table of common lines
+    WriteTestFile(folder / "diff", diffs);
+    const std::string command = fmt::format("cd '{}' && patch -s -F0 -p0 -i diff", folder.Path().string());
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        ASSERT_EQ(ReadTestFile(folder / std::to_string(i)), expected[i]) << i;
 }
 
 } // namespace

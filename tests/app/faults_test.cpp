@@ -18,32 +18,6 @@ namespace {
 using nlohmann::json;
 using testing::ElementsAreArray;
 
-/// The example that a case's section names with the edits of the case; "2x" before a text means the first
-/// two.
-std::string Edited(const tests::TCase& c) {
-    std::string bytes = ReadTestFile(Example(c.Section));
-    for (auto [from, to] : c.Inputs) {
-        int times = 1;
-        if (from.substr(1, 2) == "x ") {
-            times = from[0] - '0';
-            from.erase(0, 3);
-        }
-        for (std::size_t at = 0; times > 0; --times, at += to.size()) {
-            at = bytes.find(from, at);
-            if (at == std::string::npos) {
-                ADD_FAILURE() << c << ": " << from;
-                return bytes;
-            }
-            bytes.replace(at, from.size(), to);
-        }
-    }
-    return bytes;
-}
-
-std::vector<tests::TCase> ReadCases(const char* name) {
-    return tests::TCaseReader::Read(std::filesystem::path(CONFERIX_FONTE) / "tests/app/cases" / name);
-}
-
 class Faults : public TCommandTest {
   protected:
     Faults() {
@@ -52,9 +26,9 @@ class Faults : public TCommandTest {
 };
 
 TEST_F(Faults, SchemaSentencesAreThoseThatAUserUnderstands) {
-    for (const tests::TCase& c : ReadCases("schema_sentences.casos")) {
+    for (const tests::TCase& c : tests::Cases("app/cases/schema_sentences.casos")) {
         std::vector<std::string> sentences;
-        const json report = ValidateBytes(Edited(c));
+        const json report = ValidateBytes(tests::EditedExample(c.Section, c));
         for (const json& message : report["mensagens"])
             if (message["validacao"].get<std::string>().ends_with(".schema"))
                 sentences.push_back(message["texto"]);
@@ -81,8 +55,9 @@ std::vector<std::string> Changes(const json& report) {
 }
 
 TEST_F(Faults, CorrectingEverythingMakesNoBillWorse) {
-    for (const tests::TCase& c : ReadCases("corrections.casos")) {
-        const json report = RunJson({"corrigir", "-", "--todas", "--simular"}, Edited(c));
+    for (const tests::TCase& c : tests::Cases("app/cases/corrections.casos")) {
+        const json report =
+            RunJson({"corrigir", "-", "--todas", "--simular"}, tests::EditedExample(c.Section, c));
         EXPECT_THAT(Changes(report), ElementsAreArray(c.Expected)) << c;
         EXPECT_EQ(report["diferenca"].get<std::string>().empty(), report["correcoes"].empty()) << c;
     }

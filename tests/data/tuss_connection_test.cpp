@@ -1,9 +1,9 @@
 #include "data/tuss_connection.h"
 #include "data/tuss_writer.h"
-#include "support/test_files.h"
+#include "support/case_file.h"
 
 #include <SQLiteCpp/Database.h>
-
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -44,19 +44,19 @@ void Fill(TTussWriter& writer) {
     writer.Insert(TCidade{"3550308"});
 }
 
+fs::path FilledFile(const TTemporaryFolder& folder) {
+    TTussWriter writer(folder / "tuss.db");
+    Fill(writer);
+    writer.Commit();
+    return folder / "tuss.db";
+}
+
 // The same questions to a file and to a database in memory.
 class TussConnection : public testing::TestWithParam<bool> {
   protected:
-    std::shared_ptr<TTussConnection> Connect(const std::function<void(TTussWriter&)>& fill) const {
-        if (GetParam())
-            return TTussConnection::InMemory(fill);
-        const fs::path file = folder_ / "tuss.db";
-        {
-            TTussWriter writer(file);
-            fill(writer);
-            writer.Commit();
-        }
-        return std::make_shared<TTussConnection>(file);
+    std::shared_ptr<TTussConnection> Connect() const {
+        return GetParam() ? TTussConnection::InMemory(Fill)
+                          : std::make_shared<TTussConnection>(FilledFile(folder_));
     }
 
     TTemporaryFolder folder_;
@@ -65,107 +65,64 @@ class TussConnection : public testing::TestWithParam<bool> {
 INSTANTIATE_TEST_SUITE_P(, TussConnection, testing::Bool(),
                          [](const auto& kind) { return kind.param ? "InMemory" : "InAFile"; });
 
-TEST_P(TussConnection, FindsTheStartOfValidity) {
-    const auto connection = Connect(Fill);
-    const struct {
-        const char* Table;
-        const char* Code;
-        bool Found;
-        std::optional<TDate> Date;
-    } cases[] = {
-        {"22", "10101012", true, kStart}, {"22", "1010", true, {}},      {"18", "0060", true, kEnd},
-        {"18", "60", false, {}},          {"19", "60", true, kStart},    {"19", "0060", false, {}},
-        {"20", "10101012", false, {}},    {"22", "40501248", false, {}}, {"63", "", false, {}},
-        {"22", "1010%", false, {}},       {"22", " 1010", false, {}},    {"87", "' OR 1=1 --", false, {}},
+std::string Shown(const std::optional<TDate>& date) {
+    return date ? FormatIsoDate(*date) : "-";
+}
+
+/// The answers to a question: its words, then table and code.
+std::vector<std::string> Answers(const TTussConnection& connection, const tests::TCase& question) {
+    const auto& [about, what] = question.Inputs[0];
+    const std::size_t blank = std::min(what.find(' '), what.size());
+    const std::string table = what.substr(0, blank);
+    const std::string code = what.substr(std::min(blank + 1, what.size()));
+    const auto told = [](const TDateLookup& answer) {
+        return answer.Found ? Shown(answer.Date) : std::string("desconhecido");
     };
-    for (int round = 0; round < 2; ++round) {
-        for (const auto& c : cases) {
-            const TDateLookup answer = connection->StartOfValidity(c.Table, c.Code);
-            EXPECT_EQ(answer.Found, c.Found) << c.Table << " " << c.Code;
-            EXPECT_EQ(answer.Date, c.Date) << c.Table << " " << c.Code;
-        }
-    }
-    EXPECT_THROW(connection->StartOfValidity("64", "10101012"), ETussTableWithoutEntity);
-    EXPECT_FALSE(connection->StartOfValidity("22", std::string("1010\0", 5)).Found);
-}
-
-TEST_P(TussConnection, FindsInactivatedTermsOfAnyTable) {
-    const auto connection = Connect(Fill);
-    EXPECT_EQ(connection->Inactivation("22", "40501248").Date, kEnd);
-    EXPECT_EQ(connection->Inactivation("98", "40501248").Date, kStart);
-    EXPECT_TRUE(connection->Inactivation("00", "1").Found);
-    EXPECT_FALSE(connection->Inactivation("00", "1").Date.has_value());
-    for (const auto& [table, code] :
-         {std::pair("19", "40501248"), {"22", "10101012"}, {"00", "01"}, {"0", "1"}})
-        EXPECT_FALSE(connection->Inactivation(table, code).Found) << table << " " << code;
-}
-
-TEST_P(TussConnection, GivesThePeriodsOfTable64InOrderOfTheirStart) {
-    const auto connection = Connect(Fill);
-    const auto rows = connection->Table64("22", "10101012");
-    ASSERT_EQ(rows.size(), 3U);
-    const TTuss64 expected[] = {
-        {"22", "10101012", true, "029", {}, kStart, {}},
-        {"22", "10101012", false, "", kStart, kEnd, 2020y / 6 / 30},
-        {"22", "10101012", true, "001", 2022y / 1 / 1, {}, {}},
-    };
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        EXPECT_EQ(rows[i].Tabela, expected[i].Tabela);
-        EXPECT_EQ(rows[i].Codigo, expected[i].Codigo);
-        EXPECT_EQ(rows[i].EnvioConsolidado, expected[i].EnvioConsolidado);
-        EXPECT_EQ(rows[i].Grupo, expected[i].Grupo);
-        EXPECT_EQ(rows[i].DataInicioVigencia, expected[i].DataInicioVigencia);
-        EXPECT_EQ(rows[i].DataFimVigencia, expected[i].DataFimVigencia);
-        EXPECT_EQ(rows[i].DataFimImplantacao, expected[i].DataFimImplantacao);
-    }
-    EXPECT_EQ(connection->Table64("19", "10101012").size(), 1U);
-    EXPECT_TRUE(connection->Table64("22", "010101012").empty());
-}
-
-TEST_P(TussConnection, TellsWhichTablesHaveRows) {
-    const auto connection = Connect(Fill);
-    for (const char* table : {"18", "19", "22", "63"}) // 63: inactivated terms only
-        EXPECT_TRUE(connection->IsInstalled(table)) << table;
-    for (const char* table : {"20", "87"})
-        EXPECT_FALSE(connection->IsInstalled(table)) << table;
-    for (const std::string table : {"18", "19", "20", "22"})
-        EXPECT_EQ(connection->IsTable64InstalledFor(table), table == "19" || table == "22") << table;
-    EXPECT_TRUE(connection->IsTable64Installed());
-    EXPECT_TRUE(connection->AreCitiesInstalled());
-    EXPECT_TRUE(connection->HasCity("3550308"));
-    EXPECT_FALSE(connection->HasCity("355030"));
-    EXPECT_THROW(connection->IsInstalled("98"), ETussTableWithoutEntity);
-    EXPECT_THROW(connection->IsTable64InstalledFor("98"), ETussTableWithoutEntity);
-
-    const auto empty = TTussConnection::InMemory();
-    EXPECT_FALSE(empty->IsTable64Installed());
-    EXPECT_FALSE(empty->IsTable64InstalledFor("22"));
-    EXPECT_FALSE(empty->AreCitiesInstalled());
-}
-
-TEST_P(TussConnection, CountsRowsAndNamesTheNewestStart) {
-    const auto statistics = Connect(Fill)->Statistics();
+    const auto yesOrNo = [](bool answer) { return std::string(answer ? "sim" : "não"); };
     std::vector<std::string> lines;
-    lines.reserve(statistics.size());
-    for (const TTussTableStatistics& table : statistics) {
-        lines.push_back(table.Name + " " + std::to_string(table.Rows) + " " +
-                        (table.NewestStart ? FormatIsoDate(*table.NewestStart) : "-") +
-                        (table.Installed ? "" : " absent"));
+    try {
+        if (about == "inicio")
+            return {told(connection.StartOfValidity(table, code))};
+        if (about == "inativado")
+            return {told(connection.Inactivation(table, code))};
+        if (about == "instalada")
+            return {yesOrNo(connection.IsInstalled(table))};
+        if (about == "64 de")
+            return {yesOrNo(connection.IsTable64InstalledFor(table))};
+        if (about == "64")
+            return {yesOrNo(connection.IsTable64Installed())};
+        if (about == "cidades")
+            return {yesOrNo(connection.AreCitiesInstalled())};
+        if (about == "cidade")
+            return {yesOrNo(connection.HasCity(table))};
+        if (about == "envio")
+            for (const TTuss64& row : connection.Table64(table, code))
+                lines.push_back(fmt::format("{} {} {} [{}] {} {} {}", row.Tabela, row.Codigo,
+                                            row.EnvioConsolidado ? "consolidado" : "individual", row.Grupo,
+                                            Shown(row.DataInicioVigencia), Shown(row.DataFimVigencia),
+                                            Shown(row.DataFimImplantacao)));
+        if (about == "tabelas")
+            for (const TTussTableStatistics& row : connection.Statistics())
+                lines.push_back(fmt::format("{} {} {}{}", row.Name, row.Rows, Shown(row.NewestStart),
+                                            row.Installed ? "" : " ausente"));
+    } catch (const ETussTableWithoutEntity& error) {
+        return {error.what()};
     }
-    EXPECT_THAT(lines,
-                ElementsAre("TB_TUSS_18 1 2021-12-31", "TB_TUSS_19 1 2020-01-31", "TB_TUSS_20 0 - absent",
-                            "TB_TUSS_22 2 2020-01-31", "TB_TUSS_63 0 -", "TB_TUSS_87 0 - absent",
-                            "TB_TUSS_64 4 2022-01-01", "TB_TUSS_INATIVADO 4 -", "TB_CIDADE 1 -"));
+    return lines;
+}
+
+TEST_P(TussConnection, AnswersWhatIsAsked) {
+    const auto connection = Connect();
+    const auto empty = TTussConnection::InMemory();
+    for (int round = 0; round < 2; ++round)
+        for (const tests::TCase& question : tests::Cases("data/cases/questions.casos"))
+            ExpectLines(question, Answers(question.Section == "vazia" ? *empty : *connection, question));
+    EXPECT_FALSE(connection->StartOfValidity("22", std::string("1010\0", 5)).Found);
 }
 
 TEST(TussConnectionOnAFile, SaysWhichDateIsMalformed) {
     const TTemporaryFolder folder;
-    const fs::path file = folder / "tuss.db";
-    {
-        TTussWriter writer(file);
-        Fill(writer);
-        writer.Commit();
-    }
+    const fs::path file = FilledFile(folder);
     for (const std::string value : {"'31/01/2020'", "43861", "43861.5", "''", "'2020-02-30'"}) {
         SQLite::Database(file.string(), SQLite::OPEN_READWRITE)
             .exec("UPDATE TB_TUSS_22 SET DATA_INICIO_VIGENCIA = " + value + " WHERE CODIGO = '10101012'");
@@ -179,12 +136,7 @@ TEST(TussConnectionOnAFile, SaysWhichDateIsMalformed) {
 
 TEST(TussConnectionOnAFile, SharesTheFileWithAWriterAndLeavesNothingBesideIt) {
     const TTemporaryFolder folder;
-    const fs::path file = folder / "tuss.db";
-    {
-        TTussWriter writer(file);
-        Fill(writer);
-        writer.Commit();
-    }
+    const fs::path file = FilledFile(folder);
     const std::string before = ReadTestFile(file);
     {
         const TTussConnection connection(file);

@@ -16,6 +16,8 @@
 // are separated by ";" with or without blanks after it; one that is left out is empty.
 #pragma once
 
+#include "support/test_files.h"
+
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -176,6 +178,30 @@ inline void ExpectLines(const TCase& c, const std::vector<std::string>& found) {
         return text;
     };
     EXPECT_EQ(joined(found), joined(c.Expected)) << c;
+}
+
+/// An example with edits, from the `first` input of the case on: each replaces the first place of a text;
+/// "2x" before the text means the first two, "*x" all.
+inline std::string EditedExample(const std::string& name, const TCase& c, std::size_t first = 0) {
+    std::string bytes = ReadTestFile(Example(name));
+    for (std::size_t i = first; i < c.Inputs.size(); ++i) {
+        auto [from, to] = c.Inputs[i];
+        int times = 1;
+        const bool all = from.starts_with("*x ");
+        if (from.substr(1, 2) == "x ") {
+            times = all ? 1 : from[0] - '0';
+            from.erase(0, 3);
+        }
+        for (std::size_t at = 0; times > 0; times -= all ? 0 : 1, at += to.size()) {
+            at = bytes.find(from, at);
+            if (at == std::string::npos) {
+                EXPECT_TRUE(all) << c << ": " << from;
+                break;
+            }
+            bytes.replace(at, from.size(), to);
+        }
+    }
+    return bytes;
 }
 
 /// The cases of a file below tests/.
