@@ -19,7 +19,6 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 const std::string kData = "<ans:dataAtendimento>2026-01-31</ans:dataAtendimento>";

@@ -17,14 +17,12 @@ namespace conferix {
 namespace {
 
 using nlohmann::json;
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSubsetOf;
 using testing::Not;
 using testing::SizeIs;
-using testing::StartsWith;
 
 /// Lets pass whatever is in the root element, so that only the other rules are heard.
 constexpr const char* kLaxSchema = R"(<?xml version="1.0" encoding="UTF-8"?>
