@@ -1,6 +1,7 @@
 #include "xml/plain_reader.h"
 
 #include "xml/text_scan.h"
+#include "xml/tree_maker.h"
 
 #include <array>
 #include <cstring>
@@ -72,13 +73,11 @@ std::size_t Utf8Length(const char* at, const char* end) {
 } // namespace
 
 /// One pass over a text. Every step answers false where the parser has to decide.
-class TXmlPlainReader {
+class TXmlPlainReader : private TXmlTreeMaker {
   public:
     explicit TXmlPlainReader(std::shared_ptr<const std::string> text)
-        : document_(std::make_shared<TXmlDocument>(std::move(text))), first_(document_->Text().data()),
-          end_(first_ + document_->Text().size()), at_(first_) {
-        open_.push_back({&document_->root_, nullptr});
-    }
+        : TXmlTreeMaker(std::move(text)), first_(document_->Text().data()),
+          end_(first_ + document_->Text().size()), at_(first_) {}
 
     std::shared_ptr<TXmlDocument> Read() {
         if (!Declaration() || !Outside() || at_ == end_ || !Element() || !Outside() || at_ != end_)
@@ -87,10 +86,6 @@ class TXmlPlainReader {
     }
 
   private:
-    struct TOpenNode {
-        TXmlNode* Node;
-        TXmlNode* LastChild;
-    };
     /// A text between two marks: a stretch of the parsed text, or gathered in `joined_`.
     struct TRun {
         const char* Start = nullptr; ///< null while there is none
@@ -180,30 +175,10 @@ class TXmlPlainReader {
         return name;
     }
 
-    TXmlNode* Append(TXmlNodeKind kind, const char* start, const char* end) {
-        return Append(kind, start, end, line_, FilePos(start) - lineStart_ + 1, FilePos(start));
-    }
-
-    TXmlNode* Append(TXmlNodeKind kind, const char* start, const char* end, std::uint32_t line,
-                     std::uint32_t linePos, std::uint32_t filePos) {
-        auto* node = document_->arena_.New<TXmlNode>();
-        node->kind_ = kind;
-        node->line_ = line;
-        node->linePos_ = linePos;
-        node->filePos_ = filePos;
-        node->byteStart_ = Offset(start);
-        node->contentStart_ = node->byteEnd_ = Offset(end);
-        node->name_ = document_->root_.name_;
-        TOpenNode& parent = open_.back();
-        node->parent_ = parent.Node;
-        (parent.LastChild != nullptr ? parent.LastChild->nextSibling_ : parent.Node->firstChild_) = node;
-        parent.LastChild = node;
-        return node;
-    }
-
-    static void SetContent(TXmlNode* node, std::string_view content) {
-        node->value_ = content.empty() ? nullptr : content.data();
-        node->valueLength_ = static_cast<std::uint32_t>(content.size());
+    /// Adds a node at `at_`, whose end is not known yet.
+    TXmlNode* Append(TXmlNodeKind kind) {
+        const std::uint32_t start = Offset(at_);
+        return TXmlTreeMaker::Append(kind, start, start, line_, FilePos(at_) - lineStart_ + 1, FilePos(at_));
     }
 
     /// A stretch of the text with its line ends as "\n", as XML demands.
@@ -253,14 +228,11 @@ class TXmlPlainReader {
             return;
         if (keepSpace || !run_.Blank) {
             const std::string_view content = RunText();
-            SetContent(Append(TXmlNodeKind::xnText, run_.Start, at_, run_.Line, run_.LinePos, run_.FilePos),
+            SetContent(TXmlTreeMaker::Append(TXmlNodeKind::xnText, Offset(run_.Start), Offset(at_), run_.Line,
+                                             run_.LinePos, run_.FilePos),
                        content);
         }
         run_ = {};
-    }
-
-    bool AfterInterruption() const {
-        return open_.back().LastChild != nullptr && !open_.back().LastChild->IsTag();
     }
 
     /// Passes text up to the next "<".
@@ -375,7 +347,7 @@ class TXmlPlainReader {
 
     bool Comment() {
         FlushRun(true);
-        TXmlNode* node = Append(TXmlNodeKind::xnComment, at_, at_);
+        TXmlNode* node = Append(TXmlNodeKind::xnComment);
         at_ += 4;
         const char* const start = at_;
         const char* const stop = PassUpTo("--");
@@ -389,7 +361,7 @@ class TXmlPlainReader {
 
     bool Instruction() {
         FlushRun(true);
-        TXmlNode* node = Append(TXmlNodeKind::xnInstruction, at_, at_);
+        TXmlNode* node = Append(TXmlNodeKind::xnInstruction);
         at_ += 2;
         const std::string_view target = PassName();
         const bool reserved = target.size() == 3 && (target[0] | 0x20) == 'x' && (target[1] | 0x20) == 'm' &&
@@ -410,7 +382,7 @@ class TXmlPlainReader {
 
     bool CData() {
         FlushRun(true);
-        TXmlNode* node = Append(TXmlNodeKind::xnCData, at_, at_);
+        TXmlNode* node = Append(TXmlNodeKind::xnCData);
         at_ += 9;
         const char* const start = at_;
         const char* const stop = PassUpTo("]]>");
@@ -425,7 +397,7 @@ class TXmlPlainReader {
     bool Declaration() {
         if (!StartsWith("<?xml") || end_ - at_ < 6 || !IsXmlSpace(at_[5]))
             return true;
-        TXmlNode* node = Append(TXmlNodeKind::xnDeclaration, at_, at_);
+        TXmlNode* node = Append(TXmlNodeKind::xnDeclaration);
         at_ += 5;
         PassSpace();
         const std::optional<std::string_view> version = DeclaredValue("version");
@@ -514,7 +486,7 @@ class TXmlPlainReader {
 
     bool StartTag() {
         FlushRun(AfterInterruption());
-        TXmlNode* node = Append(TXmlNodeKind::xnTag, at_, at_);
+        TXmlNode* node = Append(TXmlNodeKind::xnTag);
         ++at_;
         const TXmlName* name = PassTagName();
         if (name == nullptr || at_ == end_)
@@ -638,27 +610,12 @@ class TXmlPlainReader {
         return true;
     }
 
-    /// Gives a tag whose text is interrupted by comments, instructions or CDATA sections its value.
-    void JoinPieces(TXmlNode* node) {
-        for (const TXmlNode& child : node->Children())
-            if (child.IsTag())
-                return;
-        std::string joined;
-        for (const TXmlNode& child : node->Children())
-            if (child.kind_ == TXmlNodeKind::xnText)
-                joined += child.Value();
-        if (!TrimXmlSpace(joined).empty())
-            SetContent(node, document_->arena_.Copy(joined));
-    }
-
-    std::shared_ptr<TXmlDocument> document_;
     const char* first_;
     const char* end_;
     const char* at_;
     std::uint32_t line_ = 1;
     std::uint32_t lineStart_ = 0;     ///< in characters
     std::uint32_t continuations_ = 0; ///< bytes passed that only continue a character
-    std::vector<TOpenNode> open_;
     TRun run_;
     std::string joined_;
     std::vector<const TXmlName*>

@@ -48,6 +48,7 @@ class TXmlDocument : public std::enable_shared_from_this<TXmlDocument> {
   private:
     friend class TXmlNode;
     friend class TXmlTreeBuilder;
+    friend class TXmlTreeMaker;
     friend class TXmlPlainReader;
     friend class TXmlTreeWriter;
 

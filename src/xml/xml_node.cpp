@@ -169,7 +169,7 @@ void TXmlNode::SetValue(std::string_view value) {
     if (kind_ == TXmlNodeKind::xnText) {
         KeepValue(value);
         if (parent_->FirstChildTag() == nullptr)
-            parent_->JoinPieces();
+            parent_->JoinPieces(Document().arena_);
         return;
     }
     if (!IsTag() || FirstChildTag() != nullptr)
@@ -182,15 +182,15 @@ void TXmlNode::SetValue(std::string_view value) {
     for (TXmlNode* child = firstChild_; child != nullptr; child = child->nextSibling_)
         if (child->kind_ == TXmlNodeKind::xnText)
             child->KeepValue(child == &place ? value : std::string_view{});
-    JoinPieces();
+    JoinPieces(Document().arena_);
 }
 
-void TXmlNode::JoinPieces() {
+void TXmlNode::JoinPieces(TArena& arena) {
     std::string joined;
     for (const TXmlNode& child : Children())
         if (child.kind_ == TXmlNodeKind::xnText)
             joined += child.Value();
-    const std::string_view kept = Document().arena_.Copy(joined);
+    const std::string_view kept = arena.Copy(joined);
     value_ = TrimXmlSpace(kept).empty() ? nullptr : kept.data();
     valueLength_ = value_ == nullptr ? 0 : static_cast<std::uint32_t>(kept.size());
 }

@@ -10,6 +10,7 @@
 
 namespace conferix {
 
+class TArena;
 class TXmlDocument;
 class TXmlNode;
 
@@ -46,6 +47,7 @@ class TXmlAttribute {
     friend class TXmlNode;
     friend class TXmlDocument;
     friend class TXmlTreeBuilder;
+    friend class TXmlTreeMaker;
     friend class TXmlPlainReader;
     friend class TXmlTreeWriter;
 
@@ -198,6 +200,7 @@ class TXmlNode {
   private:
     friend class TXmlDocument;
     friend class TXmlTreeBuilder;
+    friend class TXmlTreeMaker;
     friend class TXmlPlainReader;
     friend class TXmlTreeWriter;
 
@@ -220,7 +223,7 @@ class TXmlNode {
     /// The text node that takes the value of a tag whose text is interrupted by other nodes.
     TXmlNode& TextPiece();
     /// Makes the value of such a tag from its text nodes.
-    void JoinPieces();
+    void JoinPieces(TArena& arena);
 
     TXmlNode* parent_ = nullptr;
     TXmlNode* firstChild_ = nullptr;

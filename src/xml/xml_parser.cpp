@@ -2,6 +2,7 @@
 
 #include "xml/cut_text.h"
 #include "xml/plain_reader.h"
+#include "xml/tree_maker.h"
 #include "xml/xml_position.h"
 
 #include <expat.h>
@@ -84,12 +85,11 @@ std::string InvalidTokenText(std::string_view text, std::size_t at) {
 } // namespace
 
 /// Turns the parser's events into nodes.
-class TXmlTreeBuilder {
+class TXmlTreeBuilder : private TXmlTreeMaker {
   public:
     TXmlTreeBuilder(std::shared_ptr<const std::string> text, TXmlDoctype doctype)
-        : document_(std::make_shared<TXmlDocument>(std::move(text))), text_(document_->Text()),
-          position_(text_), parser_(XML_ParserCreate("UTF-8")), doctype_(doctype) {
-        open_.push_back({&document_->root_, nullptr});
+        : TXmlTreeMaker(std::move(text)), text_(document_->Text()), position_(text_),
+          parser_(XML_ParserCreate("UTF-8")), doctype_(doctype) {
         XML_SetUserData(parser_, this);
         XML_SetElementHandler(parser_, &TXmlTreeBuilder::OnStart, &TXmlTreeBuilder::OnEnd);
         XML_SetCharacterDataHandler(parser_, &TXmlTreeBuilder::OnText);
@@ -112,10 +112,6 @@ class TXmlTreeBuilder {
     }
 
   private:
-    struct TOpenNode {
-        TXmlNode* Node;
-        TXmlNode* LastChild;
-    };
     /// A run of text: a stretch of the parsed text where that is possible, else gathered in `joined_`.
     struct TRun {
         std::size_t Start = 0; ///< offset of the first byte
@@ -175,25 +171,9 @@ class TXmlTreeBuilder {
     }
 
     TXmlNode* Append(TXmlNodeKind kind, std::size_t start, std::size_t end) {
-        auto* node = document_->arena_.New<TXmlNode>();
         position_.MoveTo(std::min(start, text_.size()));
-        node->kind_ = kind;
-        node->line_ = position_.Line();
-        node->linePos_ = position_.LinePos();
-        node->filePos_ = position_.FilePos();
-        node->byteStart_ = static_cast<std::uint32_t>(start);
-        node->contentStart_ = node->byteEnd_ = static_cast<std::uint32_t>(end);
-        node->name_ = document_->root_.name_;
-        TOpenNode& parent = open_.back();
-        node->parent_ = parent.Node;
-        (parent.LastChild != nullptr ? parent.LastChild->nextSibling_ : parent.Node->firstChild_) = node;
-        parent.LastChild = node;
-        return node;
-    }
-
-    static void SetContent(TXmlNode* node, std::string_view content) {
-        node->value_ = content.data();
-        node->valueLength_ = static_cast<std::uint32_t>(content.size());
+        return TXmlTreeMaker::Append(kind, static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(end),
+                                     position_.Line(), position_.LinePos(), position_.FilePos());
     }
 
     std::string_view KeepRun() {
@@ -209,10 +189,6 @@ class TXmlTreeBuilder {
         if (keepSpace || !TrimXmlSpace({run_.Data, run_.Length}).empty())
             SetContent(Append(TXmlNodeKind::xnText, run_.Start, end), KeepRun());
         run_ = {};
-    }
-
-    bool AfterInterruption() const {
-        return open_.back().LastChild != nullptr && !open_.back().LastChild->IsTag();
     }
 
     static void XMLCALL OnStart(void* data, const XML_Char* name, const XML_Char** attributes) {
@@ -246,19 +222,6 @@ class TXmlTreeBuilder {
         }
         node->byteEnd_ = static_cast<std::uint32_t>(self.EventEnd());
         self.open_.pop_back();
-    }
-
-    /// Gives a tag whose text is interrupted by comments, instructions or CDATA sections its value.
-    void JoinPieces(TXmlNode* node) {
-        std::string joined;
-        for (const TXmlNode& child : node->Children()) {
-            if (child.IsTag())
-                return;
-            if (child.kind_ == TXmlNodeKind::xnText)
-                joined += child.Value();
-        }
-        if (!TrimXmlSpace(joined).empty())
-            SetContent(node, document_->arena_.Copy(joined));
     }
 
     static void XMLCALL OnText(void* data, const XML_Char* text, int length) {
@@ -340,12 +303,10 @@ class TXmlTreeBuilder {
                        "aceita. Remova a declaração <!DOCTYPE ...>.");
     }
 
-    std::shared_ptr<TXmlDocument> document_;
     std::string_view text_;
     TPositionCounter position_;
     XML_Parser parser_;
     TXmlDoctype doctype_;
-    std::vector<TOpenNode> open_;
     TRun run_;
     std::string joined_;
     std::size_t cdataStart_ = 0;

@@ -1,0 +1,64 @@
+// What both readers of XML make a tree with.
+#pragma once
+
+#include "xml/xml_document.h"
+
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace conferix {
+
+/// A document that grows node by node in document order, below the tag that is open.
+class TXmlTreeMaker {
+  protected:
+    struct TOpenNode {
+        TXmlNode* Node;
+        TXmlNode* LastChild;
+    };
+
+    explicit TXmlTreeMaker(std::shared_ptr<const std::string> text)
+        : document_(std::make_shared<TXmlDocument>(std::move(text))) {
+        open_.push_back({&document_->root_, nullptr});
+    }
+
+    /// Adds a node that spans bytes of the text, end excluded.
+    TXmlNode* Append(TXmlNodeKind kind, std::uint32_t start, std::uint32_t end, std::uint32_t line,
+                     std::uint32_t linePos, std::uint32_t filePos) {
+        auto* node = document_->arena_.New<TXmlNode>();
+        node->kind_ = kind;
+        node->line_ = line;
+        node->linePos_ = linePos;
+        node->filePos_ = filePos;
+        node->byteStart_ = start;
+        node->contentStart_ = node->byteEnd_ = end;
+        node->name_ = document_->root_.name_;
+        TOpenNode& parent = open_.back();
+        node->parent_ = parent.Node;
+        (parent.LastChild != nullptr ? parent.LastChild->nextSibling_ : parent.Node->firstChild_) = node;
+        parent.LastChild = node;
+        return node;
+    }
+
+    static void SetContent(TXmlNode* node, std::string_view content) {
+        node->value_ = content.empty() ? nullptr : content.data();
+        node->valueLength_ = static_cast<std::uint32_t>(content.size());
+    }
+
+    /// True where a text goes on that a comment, an instruction or a CDATA section interrupted.
+    bool AfterInterruption() const {
+        return open_.back().LastChild != nullptr && !open_.back().LastChild->IsTag();
+    }
+
+    /// Gives a tag whose text is interrupted by other nodes than tags its value.
+    void JoinPieces(TXmlNode* node) {
+        if (node->FirstChildTag() == nullptr)
+            node->JoinPieces(document_->arena_);
+    }
+
+    std::shared_ptr<TXmlDocument> document_;
+    std::vector<TOpenNode> open_; ///< the document node first
+};
+
+} // namespace conferix
