@@ -1,6 +1,7 @@
 #include "app/correction_policy.h"
 
 #include "platform/format_settings.h"
+#include "validation/hash_rule.h"
 #include "xml/cut_text.h"
 #include "xml/lower_case.h"
 
@@ -98,9 +99,18 @@ const TXmlNode& GuiaOf(const TXmlNode& node) {
     return *top;
 }
 
+std::string MisreadRefusal(const ISolver& solver, const TXmlMessages& messages) {
+    const bool misread = dynamic_cast<const THashSolver*>(&solver) != nullptr &&
+                         std::ranges::any_of(messages, [](const auto& message) {
+                             return message->Kind() == TFindingKind::Misread;
+                         });
+    return misread ? "o arquivo foi gravado em outra codificação do que declara; corrija antes a codificação"
+                   : std::string();
+}
+
 TCorrectionPolicy::TCorrectionPolicy(const TXmlDocument& document, const TXmlMessages& messages,
                                      const std::set<TTagNumber>& leftAlone)
-    : findings_(document, messages) {
+    : findings_(document, messages), messages_(messages) {
     TTagNumber number = 0;
     const TXmlNode& root = document.Root();
     for (const TXmlNode* node = &root; node != nullptr && !leftAlone.empty(); node = node->NextInWalk(&root))
@@ -126,7 +136,7 @@ TCorrectionPolicy::TCorrectionPolicy(const TXmlDocument& document, const TXmlMes
 std::string TCorrectionPolicy::Refusal(const ISolver& solver) const {
     const auto* update = dynamic_cast<const TUpdateNodeValueSolver*>(&solver);
     if (update == nullptr)
-        return {};
+        return MisreadRefusal(solver, messages_);
     std::string own = OwnRefusal(*update);
     if (!own.empty() || !update->Computation())
         return own;

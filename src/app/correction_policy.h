@@ -54,10 +54,15 @@ class TFindingMap {
 
 /// The bill that an element belongs to: its guide, or the document's root.
 const TXmlNode& GuiaOf(const TXmlNode& node);
+/// Why a correction of the hash has to wait, as the end of a sentence: where the text of the file was misread
+/// it would store the hash of a text that nobody meant. Empty where it may be applied.
+std::string MisreadRefusal(const ISolver& solver, const TXmlMessages& messages);
+
 /// Decides for one validation which of the corrections that it offers make no bill worse.
 class TCorrectionPolicy {
   public:
-    /// `leftAlone`: numbers of the guides whose amounts are not to be corrected.
+    /// The messages have to live as long. `leftAlone`: numbers of the guides whose amounts are not to be
+    /// corrected.
     TCorrectionPolicy(const TXmlDocument& document, const TXmlMessages& messages,
                       const std::set<TTagNumber>& leftAlone);
 
@@ -77,6 +82,7 @@ class TCorrectionPolicy {
     bool HoldsAmounts(const TXmlNode& node) const;
 
     TFindingMap findings_;
+    const TXmlMessages& messages_;
     std::unordered_set<const TXmlNode*> leftAlone_;
     const TXmlMessage* stray_ = nullptr;            ///< items that stand somewhere else
     std::unordered_set<const TXmlNode*> contested_; ///< elements for which different values are demanded

@@ -278,6 +278,30 @@ class TCorrectionPass {
     std::set<TTagNumber> touched_;
 };
 
+/// Corrects the encoding of a file whose bytes are no text in the one that it declares.
+TCorrectionResult MendEncoding(TValidadorController& controller, const TXmlPtr& xml,
+                               const std::vector<std::string>& enabledValidations,
+                               const TSolverChoice& choose) {
+    TCorrectionResult result{xml, {}, {}};
+    if (controller.Encoding().Fault == nullptr)
+        return result;
+    controller.Validate(xml, enabledValidations);
+    const TValidateArgs& found = controller.Events().OnValidate.Current();
+    if (found.ArquivoTiss == nullptr)
+        return result;
+    for (const auto& message : found.ValidationMessages) {
+        const TPicked picked{message, message->IsFailure() ? PickSolver(*message, choose) : nullptr};
+        if (picked.Solver == nullptr || picked.Solver->Encoding() == nullptr)
+            continue;
+        result.Xml = std::make_shared<const std::string>(picked.Solver->SolvedXml());
+        result.Applied.push_back(RecordOf(picked));
+        controller.SetEncoding(*picked.Solver->Encoding());
+        controller.Modify();
+        break;
+    }
+    return result;
+}
+
 void LogApplied(const std::string& fileName, const std::vector<TCorrectionRecord>& records) {
     std::map<std::pair<std::string, std::string>, std::size_t> counts;
     for (const TCorrectionRecord& record : records)
@@ -303,6 +327,8 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
         return false;
     TCorrectionRecord record = RecordOf({message, solver});
     const auto xml = std::make_shared<const std::string>(solver->SolvedXml());
+    if (solver->Encoding() != nullptr)
+        controller.SetEncoding(*solver->Encoding());
     if (const TXmlNode* target = solver->Target())
         record.After = target->Value();
     LogApplied(controller.FileName(), {record});
@@ -316,9 +342,11 @@ TCorrectionResult CorrectAll(TValidadorController& controller, const std::shared
                              const std::vector<std::string>& enabledValidations,
                              const TSolverChoice& choose) {
     std::set<TTagNumber> leftAlone;
+    const TCorrectionResult mended = MendEncoding(controller, xml, enabledValidations, choose);
     for (;;) {
         TCorrectionPass pass(controller, enabledValidations, choose, leftAlone);
-        TCorrectionResult result = pass.Run(xml);
+        TCorrectionResult result = pass.Run(mended.Xml);
+        result.Applied.insert(result.Applied.begin(), mended.Applied.begin(), mended.Applied.end());
         const std::size_t known = leftAlone.size();
         leftAlone.merge(pass.GuidesMadeWorse());
         if (leftAlone.size() == known) {

@@ -5,18 +5,25 @@
 
 namespace conferix {
 
-TTissFile TTissFile::Read(const std::filesystem::path& file) {
-    return TTissFile(ReadWholeFile(file));
+TTissFile TTissFile::Read(const std::filesystem::path& file, TXmlUndecodable undecodable) {
+    return TTissFile(ReadWholeFile(file), undecodable);
 }
 
-TTissFile::TTissFile(std::string bytes) : bytes_(std::make_shared<const std::string>(std::move(bytes))) {
-    TXmlText decoded = DecodeXml(*bytes_);
+TTissFile::TTissFile(std::string bytes, TXmlUndecodable undecodable)
+    : bytes_(std::make_shared<const std::string>(std::move(bytes))) {
+    TXmlText decoded = DecodeXml(*bytes_, undecodable);
     encoding_ = std::move(decoded.Encoding);
     text_ = decoded.Text == *bytes_ ? bytes_ : std::make_shared<const std::string>(std::move(decoded.Text));
 }
 
 TTissFile TTissFile::WithText(std::shared_ptr<const std::string> text) const {
     return text == text_ || *text == *text_ ? *this : TTissFile(std::move(text), encoding_);
+}
+
+TTissFile TTissFile::WithText(std::shared_ptr<const std::string> text, const TXmlEncoding& encoding) const {
+    const bool same =
+        encoding.Name == encoding_.Name && encoding.Bom == encoding_.Bom && encoding.Fault == encoding_.Fault;
+    return same ? WithText(std::move(text)) : TTissFile(std::move(text), encoding);
 }
 
 TTissFile TTissFile::WithText(std::string text) const {

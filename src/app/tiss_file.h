@@ -2,6 +2,7 @@
 #pragma once
 
 #include "model/arquivo_tiss.h"
+#include "validation/encoding_findings.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_parser.h"
 
@@ -23,16 +24,19 @@ class EXmlNotParsed : public std::runtime_error {
 class TTissFile {
   public:
     /// Reads a file whole. Raises EFileNotRead, EXmlEncoding.
-    static TTissFile Read(const std::filesystem::path& file);
+    static TTissFile Read(const std::filesystem::path& file,
+                          TXmlUndecodable undecodable = TXmlUndecodable::Refused);
     /// Bytes that came from elsewhere, such as standard input. Raises EXmlEncoding.
-    explicit TTissFile(std::string bytes);
+    explicit TTissFile(std::string bytes, TXmlUndecodable undecodable = TXmlUndecodable::Refused);
     /// A text in UTF-8 that is to be held as `encoding` says.
     TTissFile(std::shared_ptr<const std::string> text, TXmlEncoding encoding)
         : text_(std::move(text)), encoding_(std::move(encoding)) {}
 
-    /// The same file with another text.
+    /// The same file with another text, held in the same way.
     TTissFile WithText(std::shared_ptr<const std::string> text) const;
     TTissFile WithText(std::string text) const;
+    /// The same, held in another way.
+    TTissFile WithText(std::shared_ptr<const std::string> text, const TXmlEncoding& encoding) const;
 
     /// The text in UTF-8, without byte-order mark.
     const std::shared_ptr<const std::string>& Text() const { return text_; }
@@ -40,8 +44,8 @@ class TTissFile {
     /// The bytes that were read; of another text those that hold it. Raises EXmlEncoding for a text that the
     /// encoding cannot hold.
     std::string Bytes() const;
-    /// Warnings where the encoding is not what the text makes one expect.
-    TXmlMessages EncodingDoubts() const { return CheckEncoding(*text_, encoding_); }
+    /// What is wrong or doubtful in the encoding.
+    TXmlMessages EncodingFaults() const { return FindEncodingFaults(text_, encoding_); }
 
     /// A document of its own at every call, since corrections and conversions change it.
     TXmlParseResult Parse() const { return TXmlParser::Parse(text_); }

@@ -152,7 +152,7 @@ void TValidadorController::LoadFromFile(const std::string& fileName) {
         throw EFileNotFound();
     if (flags_.Contains(TFileStateFlag::sfAberto))
         throw EAlreadyFileLoaded();
-    Load(fileName, TTissFile::Read(PathFromText(fileName)));
+    Load(fileName, TTissFile::Read(PathFromText(fileName), TXmlUndecodable::Guessed));
 }
 
 void TValidadorController::Load(const std::string& name, const TTissFile& file) {
@@ -188,6 +188,7 @@ void TValidadorController::SaveAs(const std::string& xml, const std::string& fil
     RequireFile("Não é possível salvar o Xml, pois não tem arquivo carregado.");
     const auto text = std::make_shared<const std::string>(xml);
     TTissFile(text, encoding_).Write(PathFromText(fileName));
+    encoding_ = EncodingToWrite(xml, encoding_);
     fileName_ = fileName;
     flags_.Exclude(TFileStateFlag::sfModificado);
     TFileSaveArgs args;
@@ -255,16 +256,24 @@ TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>
     TValidateArgs result;
     const TTissFile file(xml, encoding_);
     TXmlParseResult parsed = file.Parse();
-    result.ValidXml = parsed.Messages.empty();
-    if (!result.ValidXml) {
+    const TXmlMessages encoding = file.EncodingFaults();
+    result.ValidXml = parsed.Messages.empty() && encoding_.Fault == nullptr;
+    if (parsed.Document == nullptr) {
         result.AllMessages = std::move(parsed.Messages);
+        result.AllMessages.insert(result.AllMessages.end(), encoding.begin(), encoding.end());
         return result;
     }
-    const std::shared_ptr<IArquivoTiss> arquivo = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
+    result.AllMessages = encoding;
+    std::shared_ptr<IArquivoTiss> arquivo;
+    try {
+        arquivo = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
+    } catch (const ETissException&) {
+        result.AllMessages.push_back(FailureMessage());
+        return result;
+    }
     result.ArquivoTiss = arquivo;
     versaoTiss_ = arquivo->Versao();
     const std::filesystem::path schema = schemas_.Locate(SchemaFileName(arquivo->TipoArquivo(), versaoTiss_));
-    result.AllMessages = file.EncodingDoubts();
     TTissValidator validator(arquivo, schema, terminology_.CreateConnection());
     const TValidationMessages messages = validator.Validate();
     result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());

@@ -58,8 +58,9 @@ class TValidadorController {
     /// The same, backed by the schemas that come with the program.
     void SetSchemaFolder(TSchemaFolder folder) { schemas_ = std::move(folder); }
 
-    /// Opens a file. Raises EFileNotFound, EAlreadyFileLoaded, EFileNotRead, EXmlEncoding; a file that
-    /// cannot be read leaves the controller closed.
+    /// Opens a file; one whose bytes are no text in the declared encoding is opened where the encoding that
+    /// was meant is beyond doubt, and its validation tells so. Raises EFileNotFound, EAlreadyFileLoaded,
+    /// EFileNotRead, EXmlEncoding; a file that cannot be read leaves the controller closed.
     void LoadFromFile(const std::string& fileName);
     /// Opens what is in memory already, such as standard input, under a name. Raises EAlreadyFileLoaded.
     void Load(const std::string& name, const TTissFile& file);
@@ -71,6 +72,11 @@ class TValidadorController {
     void Save(const std::string& xml);
     /// The same under another name, which the controller takes over.
     void SaveAs(const std::string& xml, const std::string& fileName);
+
+    /// How the file is held, and will be saved.
+    const TXmlEncoding& Encoding() const { return encoding_; }
+    /// Holds the file in another way from now on: after a correction of its encoding.
+    void SetEncoding(TXmlEncoding encoding) { encoding_ = std::move(encoding); }
 
     /// Validates a text and tells the result through OnValidate; a failure on the way becomes a message of
     /// the result. So does a failure of an observer, in place of what was found; the file then ends as

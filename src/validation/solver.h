@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/arquivo_tiss.h"
+#include "xml/xml_encoding.h"
 #include "xml/xml_message.h"
 
 #include <memory>
@@ -23,6 +24,8 @@ class ISolver {
     virtual std::string Description() const = 0;
     /// The one element whose value it changes; null for a correction of the document as a whole.
     virtual const TXmlNode* Target() const { return nullptr; }
+    /// How the file is to be held after a correction of its encoding; null for any other correction.
+    virtual const TXmlEncoding* Encoding() const { return nullptr; }
     /// Changes the document tree.
     virtual void Solve() = 0;
     /// Solves, then answers the whole tree as text.

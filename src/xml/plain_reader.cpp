@@ -80,7 +80,8 @@ class TXmlPlainReader : private TXmlTreeMaker {
           end_(first_ + document_->Text().size()), at_(first_) {}
 
     std::shared_ptr<TXmlDocument> Read() {
-        if (!Declaration() || !Outside() || at_ == end_ || !Element() || !Outside() || at_ != end_)
+        if (!Declaration() || !Outside() || at_ == end_ || !Element() || !Outside() || at_ != end_ ||
+            NamespaceFault() != nullptr)
             return nullptr;
         return document_;
     }
@@ -375,6 +376,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
         if (stop == nullptr || (!separated && stop != start))
             return false;
         node->name_ = document_->InternName(target);
+        NoteSpecial(node);
         SetContent(node, Normalised(start, stop));
         node->contentStart_ = node->byteEnd_ = Offset(at_);
         return true;
@@ -536,6 +538,8 @@ class TXmlPlainReader : private TXmlTreeMaker {
             if (!AttributeValue(*attribute))
                 return false;
             attribute->sourceIndex_ = index;
+            if (index == 0)
+                NoteSpecial(node);
             *link = attribute;
             link = &attribute->next_;
         }

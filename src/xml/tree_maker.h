@@ -1,6 +1,7 @@
 // What both readers of XML make a tree with.
 #pragma once
 
+#include "xml/namespace_check.h"
 #include "xml/xml_document.h"
 
 #include <memory>
@@ -41,6 +42,12 @@ class TXmlTreeMaker {
         return node;
     }
 
+    /// Keeps a tag with attributes, or an instruction, for the check of namespaces.
+    void NoteSpecial(const TXmlNode* node) { special_.push_back(node); }
+    std::shared_ptr<const TXmlMessage> NamespaceFault() const {
+        return FindNamespaceFault(*document_, special_);
+    }
+
     static void SetContent(TXmlNode* node, std::string_view content) {
         node->value_ = content.empty() ? nullptr : content.data();
         node->valueLength_ = static_cast<std::uint32_t>(content.size());
@@ -59,6 +66,9 @@ class TXmlTreeMaker {
 
     std::shared_ptr<TXmlDocument> document_;
     std::vector<TOpenNode> open_; ///< the document node first
+
+  private:
+    std::vector<const TXmlNode*> special_;
 };
 
 } // namespace conferix

@@ -32,6 +32,7 @@ class TXmlDocument : public std::enable_shared_from_this<TXmlDocument> {
 
     /// Number of distinct names; their identifiers are below it.
     std::uint32_t NameCount() const { return static_cast<std::uint32_t>(names_.size()); }
+    const TXmlName& NameOf(std::uint32_t id) const { return *names_[id]; }
     /// The record of a qualified name, made when it is new.
     const TXmlName* InternName(std::string_view qualified);
 

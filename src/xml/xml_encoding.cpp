@@ -22,6 +22,7 @@ namespace {
 
 constexpr std::string_view kUtf8Bom = "\xEF\xBB\xBF";
 constexpr const char* kAnsi = "windows-1252";
+constexpr const char* kAscii = "US-ASCII";
 
 struct TBom {
     std::string_view Bytes;
@@ -79,20 +80,26 @@ std::string Upper(std::string_view text) {
     return upper;
 }
 
-/// The converter's name for a declared encoding: letters of ISO-8859-1 and US-ASCII files are Windows-1252's.
+/// The converter's name for a declared encoding: letters of ISO-8859-1 files are Windows-1252's.
 std::string ConverterName(std::string_view declared) {
     std::string upper = Upper(declared);
     if (upper.empty() || upper == "UTF-8" || upper == "UTF8")
         return "UTF-8";
     if (upper == "ISO-8859-1" || upper == "ISO8859-1" || upper == "ISO_8859-1" || upper == "LATIN1" ||
-        upper == "WINDOWS-1252" || upper == "CP1252" || upper == "US-ASCII" || upper == "ASCII")
+        upper == "WINDOWS-1252" || upper == "CP1252")
         return kAnsi;
+    if (upper == "US-ASCII" || upper == "ASCII")
+        return kAscii;
     return upper;
 }
 
-[[noreturn]] void RaiseAt(std::string_view textBefore, const std::string& reason) {
+std::shared_ptr<const TXmlMessage> FaultAt(std::string_view textBefore, const std::string& reason) {
     const TXmlPlace place = TPositionCounter(textBefore).PlaceOf(textBefore.size());
-    throw EXmlEncoding(TXmlMessage::CreateError(reason, {}, place.Line, place.LinePos, place.FilePos));
+    return TXmlMessage::CreateError(reason, {}, place.Line, place.LinePos, place.FilePos);
+}
+
+[[noreturn]] void RaiseAt(std::string_view textBefore, const std::string& reason) {
+    throw EXmlEncoding(FaultAt(textBefore, reason));
 }
 
 /// Why a text is taken for UTF-8, as the beginning of a sentence, and what to do when it is not.
@@ -111,11 +118,41 @@ constexpr TUtf8Reason kUndeclared = {
 constexpr TUtf8Reason kUtf8Bom8 = {"O arquivo começa com a marca de UTF-8 (BOM), mas",
                                    "Salve o arquivo novamente em UTF-8, ou sem a marca."};
 
-void CheckUtf8(std::string_view text, const TUtf8Reason& reason) {
-    if (const std::size_t at = FindMalformedUtf8(text); at < text.size())
-        RaiseAt(text.substr(0, at),
-                fmt::format("{} contém um byte ({:02X}) que não é texto nessa codificação. {}", reason.Text,
-                            static_cast<unsigned char>(text[at]), reason.Remedy));
+/// Why a text is not what it is taken for; null when it is.
+std::shared_ptr<const TXmlMessage> Utf8Fault(std::string_view text, const TUtf8Reason& reason) {
+    const std::size_t at = FindMalformedUtf8(text);
+    if (at == text.size())
+        return nullptr;
+    return FaultAt(text.substr(0, at),
+                   fmt::format("{} contém um byte ({:02X}) que não é texto nessa codificação. {}",
+                               reason.Text, static_cast<unsigned char>(text[at]), reason.Remedy));
+}
+
+std::shared_ptr<const TXmlMessage> AsciiFault(std::string_view text, std::string_view declared) {
+    const std::size_t at = FindNonAscii(text);
+    if (at == text.size())
+        return nullptr;
+    return FaultAt(
+        text.substr(0, at),
+        fmt::format("O arquivo declara a codificação {}, mas contém um byte ({:02X}) que não é texto "
+                    "nessa codificação. Declare a que ele usa, por exemplo "
+                    "encoding=\"ISO-8859-1\", ou salve o arquivo em UTF-8.",
+                    declared, static_cast<unsigned char>(text[at])));
+}
+
+/// True when no letter of a text is one in UTF-8, and each is one in Windows-1252.
+bool IsPlainlyAnsi(std::string_view bytes) {
+    constexpr std::string_view kUnused = "\x81\x8D\x8F\x90\x9D";
+    const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+    for (std::size_t at = FindNonAscii(bytes); at < bytes.size();
+         at += 1 + FindNonAscii(bytes.substr(at + 1))) {
+        std::int32_t next = 0;
+        UChar32 c = 0;
+        U8_NEXT(data + at, next, static_cast<std::int32_t>(std::min<std::size_t>(bytes.size() - at, 4)), c);
+        if (c >= 0 || kUnused.find(bytes[at]) != std::string_view::npos)
+            return false;
+    }
+    return true;
 }
 
 /// Files that people take for the XML: how they begin, and what they are.
@@ -359,17 +396,24 @@ std::string EncodeThrough(std::string_view text, const std::string& name) {
 EXmlEncoding::EXmlEncoding(std::shared_ptr<const TXmlMessage> message)
     : std::runtime_error(message->Msg()), message_(std::move(message)) {}
 
-std::string_view DeclaredEncoding(std::string_view text) {
+namespace {
+
+/// The XML declaration of a text, without the space before it and the mark that ends it; empty for none.
+std::string_view DeclarationOf(std::string_view text) {
     // White space before the declaration is a fault of its own, which the parser tells.
     while (!text.empty() && IsXmlSpace(text.front()))
         text.remove_prefix(1);
     if (!text.starts_with("<?xml") || text.size() < 6 || !IsXmlSpace(text[5]))
         return {};
-    const std::string_view declaration = text.substr(0, text.find("?>"));
-    const std::size_t name = declaration.find("encoding");
-    if (name == std::string_view::npos)
+    return text.substr(0, text.find("?>"));
+}
+
+/// The value of a pseudo-attribute of a declaration; a null view without it.
+std::string_view DeclaredValue(std::string_view declaration, std::string_view name) {
+    const std::size_t at = declaration.find(name);
+    if (at == std::string_view::npos)
         return {};
-    const std::size_t open = declaration.find_first_of("\"'", name);
+    const std::size_t open = declaration.find_first_of("\"'", at);
     if (open == std::string_view::npos)
         return {};
     const std::size_t close = declaration.find(declaration[open], open + 1);
@@ -378,15 +422,62 @@ std::string_view DeclaredEncoding(std::string_view text) {
     return declaration.substr(open + 1, close - open - 1);
 }
 
-TXmlText DecodeXml(std::string bytes) {
+/// True of what may stand as the name of an encoding, and of no name.
+bool IsEncodingName(std::string_view name) {
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    return name.empty() || (isLetter(name.front()) && std::ranges::all_of(name, [&](char c) {
+                                return isLetter(c) || (c >= '0' && c <= '9') || c == '.' || c == '_' ||
+                                       c == '-';
+                            }));
+}
+
+} // namespace
+
+std::string_view DeclaredEncoding(std::string_view text) {
+    return DeclaredValue(DeclarationOf(text), "encoding");
+}
+
+std::string_view DeclaredVersion(std::string_view text) {
+    return DeclaredValue(DeclarationOf(text), "version");
+}
+
+std::string DeclareEncoding(std::string_view text, std::string_view encoding) {
+    const std::string_view declaration = DeclarationOf(text);
+    if (declaration.empty())
+        return fmt::format("<?xml version=\"1.0\" encoding=\"{}\"?>\n{}", encoding, text);
+    std::string result(text);
+    const std::string_view version = DeclaredValue(declaration, "version");
+    if (const std::string_view old = DeclaredValue(declaration, "encoding"); old.data() != nullptr)
+        result.replace(static_cast<std::size_t>(old.data() - text.data()), old.size(), encoding);
+    else if (version.data() != nullptr)
+        result.insert(static_cast<std::size_t>(version.data() - text.data()) + version.size() + 1,
+                      fmt::format(" encoding=\"{}\"", encoding));
+    return result;
+}
+
+namespace {
+
+/// Bytes that are no text in the declared encoding, in the one that they seem to be in.
+TXmlText Guess(std::string bytes, std::shared_ptr<const TXmlMessage> fault, TXmlUndecodable undecodable) {
+    if (undecodable == TXmlUndecodable::Guessed && FindMalformedUtf8(bytes) == bytes.size())
+        return {std::move(bytes), {"UTF-8", false, std::move(fault)}};
+    if (undecodable == TXmlUndecodable::Guessed && IsPlainlyAnsi(bytes))
+        return {ToUtf8(bytes, kAnsi, {}), {kAnsi, false, std::move(fault)}};
+    throw EXmlEncoding(std::move(fault));
+}
+
+} // namespace
+
+TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable) {
     RefuseForeignFiles(bytes);
     for (const TBom& bom : kBoms) {
         if (!std::string_view(bytes).starts_with(bom.Bytes))
             continue;
-        TXmlText result{{}, {bom.Encoding, true}};
+        TXmlText result{{}, {bom.Encoding, true, nullptr}};
         if (result.Encoding.Name == "UTF-8") {
             bytes.erase(0, bom.Bytes.size());
-            CheckUtf8(bytes, kUtf8Bom8);
+            if (auto fault = Utf8Fault(bytes, kUtf8Bom8))
+                throw EXmlEncoding(std::move(fault));
             result.Text = std::move(bytes);
         } else {
             result.Text = ToUtf8(std::string_view(bytes).substr(bom.Bytes.size()), bom.Encoding, {});
@@ -394,12 +485,23 @@ TXmlText DecodeXml(std::string bytes) {
         return result;
     }
     if (const char* wide = SniffWide(bytes))
-        return {ToUtf8(bytes, wide, {}), {wide, false}};
+        return {ToUtf8(bytes, wide, {}), {wide, false, nullptr}};
     const std::string_view declared = DeclaredEncoding(bytes);
+    if (!IsEncodingName(declared))
+        RaiseAt({},
+                fmt::format("A declaração XML (<?xml ...?>) está malformada: {} não pode ser o nome de uma "
+                            "codificação. Declare encoding=\"ISO-8859-1\" ou encoding=\"UTF-8\".",
+                            QuoteText(declared)));
     const std::string name = ConverterName(declared);
     if (name == "UTF-8") {
-        CheckUtf8(bytes, declared.empty() ? kUndeclared : kDeclaredUtf8);
-        return {std::move(bytes), {name, false}};
+        if (auto fault = Utf8Fault(bytes, declared.empty() ? kUndeclared : kDeclaredUtf8))
+            return Guess(std::move(bytes), std::move(fault), undecodable);
+        return {std::move(bytes), {name, false, nullptr}};
+    }
+    if (name == kAscii) {
+        if (auto fault = AsciiFault(bytes, declared))
+            return Guess(std::move(bytes), std::move(fault), undecodable);
+        return {std::move(bytes), {name, false, nullptr}};
     }
     if (name.starts_with("UTF-16") || name.starts_with("UTF-32"))
         RaiseAt({}, fmt::format(
@@ -407,20 +509,25 @@ TXmlText DecodeXml(std::string bytes) {
                         "usa, por exemplo encoding=\"ISO-8859-1\", ou salve o arquivo novamente.",
                         declared));
     if (name == kAnsi && IsAscii(bytes))
-        return {std::move(bytes), {name, false}};
+        return {std::move(bytes), {name, false, nullptr}};
     std::string text = ToUtf8(bytes, name, declared);
-    return {std::move(text), {name, false}};
+    return {std::move(text), {name, false, nullptr}};
+}
+
+TXmlEncoding EncodingToWrite(std::string_view text, const TXmlEncoding& original) {
+    const bool wide = original.Name.starts_with("UTF-16") || original.Name.starts_with("UTF-32");
+    return {original.Bom || wide ? original.Name : ConverterName(DeclaredEncoding(text)), original.Bom,
+            nullptr};
 }
 
 std::string EncodeXml(std::string_view text, const TXmlEncoding& original) {
-    const bool wide = original.Name.starts_with("UTF-16") || original.Name.starts_with("UTF-32");
-    const std::string name = original.Bom || wide ? original.Name : ConverterName(DeclaredEncoding(text));
+    const std::string name = EncodingToWrite(text, original).Name;
     std::string bytes;
     if (original.Bom)
         for (const TBom& bom : kBoms)
             if (name == bom.Encoding)
                 bytes = bom.Bytes;
-    if (name == "UTF-8" || (name == kAnsi && IsAscii(text)))
+    if (name == "UTF-8" || ((name == kAnsi || name == kAscii) && IsAscii(text)))
         return bytes.append(text);
     return bytes + EncodeThrough(text, name);
 }
@@ -476,35 +583,61 @@ bool WasWrittenInUtf8(std::string_view text) {
 
 } // namespace
 
-TXmlMessages CheckEncoding(std::string_view text, const TXmlEncoding& encoding) {
-    TXmlMessages messages;
+std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEncoding& encoding) {
     const std::string_view declared = DeclaredEncoding(text);
+    const std::size_t at = FindNonAscii(text);
+    const auto found = [&](TXmlMisreading::TKind kind) {
+        const std::string word(at < text.size() ? WordAt(text, at) : std::string_view{});
+        return TXmlMisreading{kind, std::string(declared), word, MeantText(word, kind),
+                              TPositionCounter(text).PlaceOf(at)};
+    };
+    if (encoding.Fault != nullptr)
+        return found(TXmlMisreading::TKind::Guessed);
     const bool wide = encoding.Name.starts_with("UTF-16") || encoding.Name.starts_with("UTF-32");
     const bool agrees = wide ? Upper(declared).starts_with(encoding.Name.substr(0, 6))
                              : ConverterName(declared) == encoding.Name;
-    if (encoding.Bom && !declared.empty() && !agrees) {
-        messages.push_back(TXmlMessage::CreateWarn(
-            fmt::format("O arquivo começa com a marca de {0} (BOM), mas declara a codificação {1}. Foi lido "
-                        "como {0}; outros leitores podem recusá-lo ou lê-lo de outro modo. Declare "
-                        "encoding=\"{2}\" ou grave o arquivo em {1}, sem a marca.",
-                        encoding.Name, CutText(declared), wide ? encoding.Name.substr(0, 6) : encoding.Name),
-            std::string(declared), 1, 1, 0));
-        return messages;
-    }
-    if (encoding.Bom || ConverterName(declared) != kAnsi)
-        return messages;
-    const std::size_t at = FindNonAscii(text);
-    if (at == text.size() || !WasWrittenInUtf8(text))
-        return messages;
-    const std::string_view word = WordAt(text, at);
-    const TXmlPlace place = TPositionCounter(text).PlaceOf(at);
-    messages.push_back(TXmlMessage::CreateWarn(
-        fmt::format(
-            "O arquivo declara a codificação {0}, mas foi gravado em UTF-8: lê-se {1} onde deve estar "
-            "{2}. Grave o arquivo em {0}, ou declare encoding=\"UTF-8\".",
-            declared, QuoteText(word), QuoteText(EncodeAnsi(word))),
-        CutText(word), place.Line, place.LinePos, place.FilePos));
-    return messages;
+    if (encoding.Bom && !declared.empty() && !agrees)
+        return found(TXmlMisreading::TKind::BomAgainstDeclaration);
+    if (encoding.Bom || ConverterName(declared) != kAnsi || at == text.size() || !WasWrittenInUtf8(text))
+        return std::nullopt;
+    return found(TXmlMisreading::TKind::Utf8AsAnsi);
+}
+
+std::string MeantText(std::string_view text, TXmlMisreading::TKind kind) {
+    return kind == TXmlMisreading::TKind::Utf8AsAnsi ? EncodeAnsi(text) : std::string(text);
+}
+
+TXmlRecoding RecodeXml(std::string_view text, std::string_view encoding) {
+    TXmlRecoding result{DeclareEncoding(text, encoding), {}};
+    if (ConverterName(encoding) == "UTF-8" || IsAscii(text))
+        return result;
+    const std::string declared = std::move(result.Text);
+    TPositionCounter position(declared);
+    TMarkupState state;
+    std::size_t stateAt = 0;
+    ForEachCharacter(declared, [&](UChar32 c, std::string_view piece) {
+        if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) {
+            result.Text += piece;
+            return;
+        }
+        const auto at = static_cast<std::size_t>(piece.data() - declared.data());
+        for (; stateAt < at; ++stateAt)
+            state.Read(std::string_view(declared).substr(stateAt));
+        if (!state.ReferenceAllowed())
+            RaiseAt(
+                std::string_view(declared).substr(0, at),
+                fmt::format("O caractere \"{}\" não existe na codificação {} e não pode ser gravado em um "
+                            "nome, comentário ou seção CDATA. Remova o caractere ou grave em UTF-8.",
+                            piece, encoding));
+        const std::string reference = fmt::format("&#{};", static_cast<std::uint32_t>(c));
+        const TXmlPlace place = position.PlaceOf(at);
+        result.Replaced.push_back(TXmlMessage::CreateInfo(
+            fmt::format("O caractere \"{}\" não existe na codificação {} e foi gravado como {}.", piece,
+                        encoding, reference),
+            std::string(piece), place.Line, place.LinePos, place.FilePos));
+        result.Text += reference;
+    });
+    return result;
 }
 
 std::string EncodeAnsi(std::string_view text) {

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "xml/xml_message.h"
+#include "xml/xml_position.h"
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -13,6 +16,17 @@ namespace conferix {
 struct TXmlEncoding {
     std::string Name = "UTF-8"; ///< as the converter knows it
     bool Bom = false;           ///< a byte-order mark stands before the text
+    /// Why the bytes are no text in the encoding that the file declares, where they were read in another
+    /// one all the same; null else.
+    std::shared_ptr<const TXmlMessage> Fault;
+};
+
+/// What becomes of bytes that are no text in the declared encoding.
+enum class TXmlUndecodable {
+    Refused,
+    /// Read as what they seem to be, with TXmlEncoding::Fault, where that is beyond doubt: as Windows-1252
+    /// where UTF-8 is declared (or nothing) and none of the letters is UTF-8, as either where ASCII is.
+    Guessed
 };
 
 /// Bytes that are no text in the encoding that the file names, or a text that an encoding cannot hold.
@@ -36,16 +50,41 @@ struct TXmlText {
 /// like are refused by what they are. ISO-8859-1 is read as Windows-1252, which holds the same letters and
 /// gives every byte back when written. Raises EXmlEncoding with the line of the first byte that does not
 /// decode.
-TXmlText DecodeXml(std::string bytes);
+TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable = TXmlUndecodable::Refused);
 
-/// Doubts about the encoding in which a file was read: a byte-order mark against the declaration, or letters
-/// that were written in UTF-8 under another declaration. Warnings, none when all agrees.
-TXmlMessages CheckEncoding(std::string_view text, const TXmlEncoding& encoding);
+/// A file that was read in another encoding than the one in which it was written, or that others may read so.
+struct TXmlMisreading {
+    enum class TKind : std::uint8_t {
+        Utf8AsAnsi,            ///< all its letters are UTF-8, the declaration says ISO-8859-1
+        Guessed,               ///< TXmlEncoding::Fault
+        BomAgainstDeclaration, ///< byte-order mark and declaration name two encodings
+    };
+    TKind Kind;
+    std::string Declared; ///< encoding; empty for none
+    std::string Read;     ///< the first word with such letters, as read
+    std::string Meant;    ///< the same as it was meant
+    TXmlPlace Place;      ///< of its first such letter
+};
+std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEncoding& encoding);
+/// The text that was meant, of a file that was misread.
+std::string MeantText(std::string_view text, TXmlMisreading::TKind kind);
 
 /// Encodes a text for a file: in the encoding of its byte-order mark when it had one, else in the one that
 /// the text's own XML declaration names (UTF-8 without one). A character that the encoding does not hold
 /// is written as a numeric reference in text and attribute values; elsewhere EXmlEncoding is raised.
 std::string EncodeXml(std::string_view text, const TXmlEncoding& original);
+/// How EncodeXml holds a text.
+TXmlEncoding EncodingToWrite(std::string_view text, const TXmlEncoding& original);
+
+/// A text for another encoding.
+struct TXmlRecoding {
+    std::string Text;      ///< declares the encoding
+    TXmlMessages Replaced; ///< a piece of information a character that became a numeric reference
+};
+/// Prepares a text to be written in UTF-8 or, strictly, ISO-8859-1, without byte-order mark: what that does
+/// not hold (nor has Windows-1252's signs) becomes a numeric reference in text and attribute values;
+/// elsewhere EXmlEncoding is raised.
+TXmlRecoding RecodeXml(std::string_view text, std::string_view encoding);
 
 /// Bytes of a text in Windows-1252, "?" for what it does not hold.
 std::string EncodeAnsi(std::string_view text);
@@ -53,5 +92,9 @@ std::string EncodeAnsi(std::string_view text);
 /// The encoding that the XML declaration of a text names, also when white space stands before it; empty
 /// without one.
 std::string_view DeclaredEncoding(std::string_view text);
+/// The version of XML that the declaration of a text names; empty without one.
+std::string_view DeclaredVersion(std::string_view text);
+/// The same text with a declaration that names an encoding.
+std::string DeclareEncoding(std::string_view text, std::string_view encoding);
 
 } // namespace conferix

@@ -104,11 +104,14 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
     TXmlTreeBuilder& operator=(const TXmlTreeBuilder&) = delete;
 
     TXmlParseResult Build() {
-        if (XML_Parse(parser_, text_.data(), static_cast<int>(text_.size()), XML_TRUE) == XML_STATUS_OK)
+        if (XML_Parse(parser_, text_.data(), static_cast<int>(text_.size()), XML_TRUE) == XML_STATUS_OK) {
+            if (std::shared_ptr<const TXmlMessage> fault = NamespaceFault())
+                return {nullptr, {std::move(fault)}};
             return {document_, {}};
+        }
         if (XML_GetErrorCode(parser_) == XML_ERROR_ABORTED)
-            return Failure(abortReason_);
-        return Failure(ReasonOf(XML_GetErrorCode(parser_)));
+            return Failure(abortReason_, abortOffset_);
+        return Failure(ReasonOf(XML_GetErrorCode(parser_)), ErrorOffset());
     }
 
   private:
@@ -148,8 +151,7 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
         return std::min(index < 0 ? 0 : static_cast<std::size_t>(index), text_.size());
     }
 
-    TXmlParseResult Failure(std::string reason) {
-        const std::size_t offset = ErrorOffset();
+    TXmlParseResult Failure(std::string reason, std::size_t offset) const {
         const TXmlPlace place = TPositionCounter(text_).PlaceOf(offset);
         std::string_view source =
             text_.substr(offset, std::min<std::size_t>(text_.find_first_of("\r\n", offset) - offset, 80));
@@ -160,8 +162,9 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
                                           place.FilePos)}};
     }
 
-    void Abort(std::string reason) {
+    void Abort(std::string reason, std::size_t offset) {
         abortReason_ = std::move(reason);
+        abortOffset_ = offset;
         XML_StopParser(parser_, XML_FALSE);
     }
 
@@ -206,6 +209,8 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
             *link = attribute;
             link = &attribute->next_;
         }
+        if (node->attributes_ != nullptr)
+            self.NoteSpecial(node);
         self.open_.push_back({node, nullptr});
     }
 
@@ -286,6 +291,7 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
         self.FlushRun(self.EventStart(), true);
         TXmlNode* node = self.Append(TXmlNodeKind::xnInstruction, self.EventStart(), self.EventEnd());
         node->name_ = self.document_->InternName(target);
+        self.NoteSpecial(node);
         SetContent(node, self.document_->arena_.Copy(content));
     }
 
@@ -294,13 +300,21 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
             return;
         TXmlTreeBuilder& self = Self(data);
         self.Append(TXmlNodeKind::xnDeclaration, self.EventStart(), self.EventEnd());
+        const std::string_view number(version);
+        if (number != "1.0" && number != "1.1")
+            self.Abort(
+                fmt::format("O arquivo declara a versão {} do XML, que outros leitores recusam. Declare "
+                            "version=\"1.0\".",
+                            QuoteText(number)),
+                self.EventStart());
     }
 
     static void XMLCALL OnDoctype(void* data, const XML_Char*, const XML_Char*, const XML_Char*, int) {
         TXmlTreeBuilder& self = Self(data);
         if (self.doctype_ == TXmlDoctype::Refused)
             self.Abort("O arquivo contém uma declaração DOCTYPE, que o padrão TISS não usa e que não é "
-                       "aceita. Remova a declaração <!DOCTYPE ...>.");
+                       "aceita. Remova a declaração <!DOCTYPE ...>.",
+                       self.text_.rfind("<!DOCTYPE", self.EventStart()));
     }
 
     std::string_view text_;
@@ -311,6 +325,7 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
     std::string joined_;
     std::size_t cdataStart_ = 0;
     std::string abortReason_;
+    std::size_t abortOffset_ = 0; ///< of what the reason speaks of
 };
 
 TXmlParseResult TXmlParser::Parse(std::shared_ptr<const std::string> text, TXmlDoctype doctype) {

@@ -1,4 +1,3 @@
-#include "support/case_file.h"
 #include "xml/xml_encoding.h"
 
 #include <gmock/gmock.h>
@@ -61,20 +60,14 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
             EXPECT_THAT(error.what(), HasSubstr("ISO-8859-1"));
         }
     }
+    // Letters of one encoding or the other, not all of either: nothing is guessed.
+    for (const char* mixed : {"<a>Concei\xE7\xE3o ção</a>", "<a>\x81</a>", "\xEF\xBB\xBF<a>\xE9</a>"})
+        EXPECT_THROW(DecodeXml(mixed, TXmlUndecodable::Guessed), EXmlEncoding) << mixed;
+    for (const char* sound : {"Conceição \xE3", "\xC3\xA3→", "Concei\xE7\xE3o"})
+        EXPECT_FALSE(FindMisreading(DecodeXml(head + sound).Text, {"windows-1252", false, nullptr})) << sound;
+    EXPECT_EQ(EncodeXml("<?xml version='1.0' encoding='US-ASCII'?><a>é</a>", {}),
+              "<?xml version='1.0' encoding='US-ASCII'?><a>&#233;</a>");
     EXPECT_EQ(EncodeXml(head + "<!-- - -- ]]> --><a>→</a>", {}), head + "<!-- - -- ]]> --><a>&#8594;</a>");
-}
-
-TEST(XmlEncoding, DoubtsWhatReadersReadDifferently) {
-    for (const tests::TCase& c : tests::Cases("xml/doubts.casos")) {
-        const TXmlText decoded = DecodeXml(c.Inputs.front().first);
-        std::vector<std::string> doubts;
-        for (const auto& doubt : CheckEncoding(decoded.Text, decoded.Encoding)) {
-            EXPECT_EQ(doubt->MsgType(), TMessageType::mtWarning);
-            doubts.push_back(doubt->Reason());
-        }
-        ExpectLines(c, doubts);
-    }
-    EXPECT_EQ(DeclaredEncoding("\n <?xml version='1.0' encoding='X'?>"), "X");
 }
 
 TEST(XmlEncoding, AnsiReplacesWhatItLacks) {

@@ -187,6 +187,11 @@ class TCommandLine {
             command->add_option("--saida", corrigir_.Saida, "Grava neste arquivo")->option_text("ARQUIVO");
         CLI::Option* noLugar =
             command->add_flag("--no-lugar", corrigir_.NoLugar, "Grava sobre o arquivo")->excludes(saida);
+        command
+            ->add_option("--codificacao", corrigir_.Codificacao,
+                         "Grava em ISO-8859-1 ou UTF-8, e declara essa codificação")
+            ->option_text("NOME")
+            ->transform(CLI::IsMember({"ISO-8859-1", "UTF-8"}, CLI::ignore_case));
         command->add_flag("--simular", corrigir_.Simular, "Mostra as diferenças e não grava nada")
             ->excludes(saida)
             ->excludes(noLugar);
@@ -386,19 +391,20 @@ void TCliContext::Warning(const std::string& text) const {
     Streams.Err << "conferix: aviso: " << text << std::endl;
 }
 
-TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName) {
+TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName, TXmlUndecodable undecodable) {
     if (fileName != "-")
-        return TTissFile::Read(PathFromText(fileName));
-    return TTissFile(std::string(std::istreambuf_iterator<char>(context.Streams.In), {}));
+        return TTissFile::Read(PathFromText(fileName), undecodable);
+    return TTissFile(std::string(std::istreambuf_iterator<char>(context.Streams.In), {}), undecodable);
 }
 
-int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action) {
+int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action,
+              TXmlUndecodable undecodable) {
     const auto fail = [&](int status, std::string_view reason) {
         context.Error(fmt::format("{}: {}", fileName, reason));
         return status;
     };
     try {
-        return action(ReadTissFile(context, fileName));
+        return action(ReadTissFile(context, fileName, undecodable));
     } catch (const EFileNotRead& error) {
         return fail(kExitUnreadable, error.Reason());
     } catch (const EXmlEncoding& error) {

@@ -1,6 +1,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
+#include "app/correction_policy.h"
 #include "app/execute_solver.h"
 #include "app/unified_diff.h"
 #include "platform/platform.h"
@@ -17,10 +18,10 @@ namespace conferix {
 namespace {
 
 void CheckOptions(const TCorrigirOptions& options) {
-    const bool corrects = options.Todas || options.Mensagem != 0;
+    const bool corrects = options.Todas || options.Mensagem != 0 || !options.Codificacao.empty();
     const bool writes = !options.Saida.empty() || options.NoLugar || options.Simular;
     if (!corrects && (writes || options.Correcao != 0))
-        throw EUsage("escolha o que corrigir, com --mensagem N ou --todas");
+        throw EUsage("escolha o que corrigir, com --mensagem N, --todas ou --codificacao");
     if (options.NoLugar && options.Arquivo == "-")
         throw EUsage("a entrada padrão não pode ser corrigida no lugar; use --saida ARQUIVO");
 }
@@ -45,8 +46,8 @@ class TCorrection {
         : context_(context), options_(options), controller_(context.NewController()) {}
 
     int Run(const TTissFile& before) {
-        const std::shared_ptr<const std::string>& text = before.Text();
         controller_->Load(options_.Arquivo, before);
+        const std::shared_ptr<const std::string> text = Recode(before);
         const std::vector<std::string> enabled = context_.LoadConfig().EnabledValidations();
 
         TCorrectionResult result{text, {}, {}};
@@ -57,11 +58,12 @@ class TCorrection {
         if (Result().ArquivoTiss == nullptr)
             return Refuse();
         if (!options_.Todas) {
-            if (options_.Mensagem == 0)
+            if (options_.Mensagem != 0)
+                result = CorrectMessage(text, enabled);
+            else if (options_.Codificacao.empty())
                 return List();
-            result = CorrectMessage(text, enabled);
         }
-        const TTissFile after = before.WithText(result.Xml);
+        const TTissFile after = before.WithText(result.Xml, controller_->Encoding());
         Write(before, after);
         if (context_.Json())
             context_.Streams.Out << JsonText(Report(before, after, result)) << '\n';
@@ -74,6 +76,20 @@ class TCorrection {
 
     int Status() const {
         return Result().FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
+    }
+
+    /// The text as it is to be written in the encoding that the user asked for, which the controller then
+    /// holds it in; tells the characters that it lacks.
+    std::shared_ptr<const std::string> Recode(const TTissFile& before) const {
+        if (options_.Codificacao.empty())
+            return before.Text();
+        const auto misreading = FindMisreading(*before.Text(), before.Encoding());
+        TXmlRecoding recoding = RecodeXml(
+            misreading ? MeantText(*before.Text(), misreading->Kind) : *before.Text(), options_.Codificacao);
+        for (const auto& replaced : recoding.Replaced)
+            context_.Streams.Err << fmt::format("  {}\n", replaced->Msg());
+        controller_->SetEncoding(EncodingToWrite(recoding.Text, {}));
+        return std::make_shared<const std::string>(std::move(recoding.Text));
     }
 
     /// Without a file that was understood there is nothing to correct and nothing to write.
@@ -127,11 +143,15 @@ class TCorrection {
         if (static_cast<std::size_t>(options_.Correcao) > message.Solvers().size())
             throw EUsage(fmt::format("a correção {} não existe; a mensagem {} oferece {}", options_.Correcao,
                                      number, Counted(message.Solvers().size(), "correção", "correções")));
+        const auto& solver = message.Solvers()[options_.Correcao == 0 ? 0 : options_.Correcao - 1];
+        if (const std::string refusal = MisreadRefusal(*solver, messages); !refusal.empty())
+            context_.Warning(fmt::format("{}: {} (--codificacao).", options_.Arquivo, refusal));
         TCorrectionResult result{text, {}, {}};
+        const TXmlEncoding encoding = controller_->Encoding();
         ExecuteSolver(*controller_, messages, message.Id(), enabled,
                       {ChoiceOf(options_), [&](const TCorrectionRecord& record, const auto& xml) {
                            result.Xml = xml;
-                           if (*xml != *text)
+                           if (*xml != *text || controller_->Encoding().Name != encoding.Name)
                                result.Applied.push_back(record);
                        }});
         return result;
@@ -157,7 +177,7 @@ class TCorrection {
         } else if (!options_.NoLugar) {
             if (!context_.Json())
                 context_.Streams.Out << after.Bytes();
-        } else if (*after.Text() != *before.Text()) {
+        } else if (after.Bytes() != before.Bytes()) {
             after.Write(PathFromText(options_.Arquivo));
         }
     }
@@ -167,6 +187,8 @@ class TCorrection {
                         {"correcoes", TJson::array()},
                         {"naoCorrigidas", TJson::array()},
                         {"valido", Status() == kExitValid}};
+        if (!options_.Codificacao.empty())
+            report["codificacao"] = options_.Codificacao;
         for (const TCorrectionRecord& record : result.Applied)
             report["correcoes"].push_back(CorrectionJson(record));
         for (const TCorrectionRecord& record : result.LeftOut)
@@ -185,9 +207,14 @@ class TCorrection {
                                    ? IndentLines(record.Description, 2)
                                    : fmt::format("<{}>: {} -> {}", record.Element, CutText(record.Before),
                                                  CutText(record.After)));
-        for (const TCorrectionRecord& record : result.LeftOut)
-            out << fmt::format("  não corrigido: {}<{}> continua {}: {}.\n", PlaceOf(record), record.Element,
-                               CutText(record.Before), record.Reason);
+        for (const TCorrectionRecord& record : result.LeftOut) {
+            if (record.Element.empty())
+                out << fmt::format("  não corrigido: {}{}: {}.\n", PlaceOf(record),
+                                   IndentLines(record.Description, 4), record.Reason);
+            else
+                out << fmt::format("  não corrigido: {}<{}> continua {}: {}.\n", PlaceOf(record),
+                                   record.Element, CutText(record.Before), record.Reason);
+        }
     }
 
     static std::string PlaceOf(const TCorrectionRecord& record) {
@@ -199,12 +226,18 @@ class TCorrection {
         ListChanges(result);
         const std::size_t corrections = result.Applied.size();
         const std::size_t failures = CountFailures(Result().ValidationMessages);
+        if (!options_.Codificacao.empty())
+            context_.Streams.Err << fmt::format("  codificação: {}\n", options_.Codificacao);
         context_.Streams.Err << fmt::format(
             "{}: {}; {}.\n", options_.Arquivo,
-            corrections == 0 ? "nada foi corrigido"
-                             : Counted(corrections, "correção aplicada", "correções aplicadas"),
+            corrections == 0
+                ? (options_.Codificacao.empty() ? "nada foi corrigido" : "nada mais foi corrigido")
+                : Counted(corrections, "correção aplicada", "correções aplicadas"),
             failures == 0 ? "o arquivo está válido"
                           : Counted(failures, "erro permanece", "erros permanecem"));
+        if (controller_->Encoding().Fault != nullptr && corrections != 0)
+            context_.Warning(fmt::format("{}: o texto corrigido fica na codificação que o arquivo declara.",
+                                         options_.Arquivo));
         const auto& file = Result().ArquivoTiss;
         if (corrections != 0 && file != nullptr && IsSigned(*file->Xml()))
             context_.Warning(fmt::format("{}: {}", options_.Arquivo, kSignatureNote));
@@ -219,8 +252,10 @@ class TCorrection {
 
 int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options) {
     CheckOptions(options);
-    return RunOnFile(context, options.Arquivo,
-                     [&](const TTissFile& file) { return TCorrection(context, options).Run(file); });
+    return RunOnFile(
+        context, options.Arquivo,
+        [&](const TTissFile& file) { return TCorrection(context, options).Run(file); },
+        TXmlUndecodable::Guessed);
 }
 
 } // namespace conferix

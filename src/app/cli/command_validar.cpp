@@ -192,7 +192,7 @@ TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, 
     };
     try {
         if (name == "-")
-            controller->Load(name, ReadTissFile(context, name));
+            controller->Load(name, ReadTissFile(context, name, TXmlUndecodable::Guessed));
         else
             controller->LoadFromFile(name);
         controller->Validate(std::move(text), enabled);

@@ -48,12 +48,14 @@ struct TCliContext {
 };
 
 /// Reads a file for a command, "-" from standard input. Raises EFileNotRead, EXmlEncoding.
-TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName);
+TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName,
+                       TXmlUndecodable undecodable = TXmlUndecodable::Refused);
 /// What a command does with a file, answering its exit status.
 using TFileAction = std::function<int(const TTissFile&)>;
 /// Reads a file and does something with it. Of a file that cannot be read, written, understood or converted
 /// it tells the reason on standard error, with the name, and answers the status that stands for that.
-int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action);
+int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action,
+              TXmlUndecodable undecodable = TXmlUndecodable::Refused);
 
 struct TValidarOptions {
     std::vector<std::string> Arquivos;
@@ -146,6 +148,7 @@ struct TCorrigirOptions {
     std::string Saida;
     bool NoLugar = false;
     bool Simular = false;
+    std::string Codificacao; ///< ISO-8859-1 or UTF-8; empty: as the file is
 };
 int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options);
 
