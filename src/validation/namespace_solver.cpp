@@ -213,20 +213,14 @@ class TNamespaceRepair {
             uses_.push_back({&tag, prefix, kSchemaInstance});
     }
 
-    /// Makes the expected prefix stand for the TISS namespace on the root, and drops the root's other
-    /// declarations of it unless an attribute uses them.
+    /// Makes the expected prefix stand for the TISS namespace, to the letter, on the root, and drops the root's
+    /// other declarations of it, or of an address that only contains it, unless an attribute uses them.
     void DeclareOnRoot() {
         const std::string expected = Declaration(expected_);
         std::vector<const TXmlAttribute*> found;
         for (const TXmlAttribute& attribute : root_.Attributes())
             if (DeclaredPrefix(attribute.QualifiedName()) && IsTissNamespace(attribute.Value()))
                 found.push_back(&attribute);
-        const TXmlAttribute* chosen = nullptr;
-        for (const TXmlAttribute* candidate : found)
-            if (chosen == nullptr || Rank(*candidate, expected) > Rank(*chosen, expected))
-                chosen = candidate;
-        tiss_ = chosen != nullptr ? chosen->Value() : kTissNamespace;
-
         std::vector<std::string> others;
         for (const TXmlAttribute* declaration : found)
             if (declaration->QualifiedName() != expected && !IsUsed(*declaration))
@@ -236,15 +230,9 @@ class TNamespaceRepair {
             root_.RenameAttribute(others.front(), expected);
             others.erase(others.begin());
         }
-        root_.SetAttribute(expected, tiss_);
+        root_.SetAttribute(expected, kTissNamespace);
         for (const std::string& name : others)
             root_.RemoveAttribute(name);
-    }
-
-    /// The exact address before one that only contains it, and the expected prefix before another.
-    static int Rank(const TXmlAttribute& declaration, std::string_view expected) {
-        return (declaration.Value() == kTissNamespace ? 2 : 0) +
-               (declaration.QualifiedName() == expected ? 1 : 0);
     }
 
     bool IsUsed(const TXmlAttribute& declaration) const {
@@ -264,7 +252,7 @@ class TNamespaceRepair {
             switch (plan.Place) {
             case TPlace::Message:
                 tag.SetPrefix(expected_);
-                Require(tag, expected_, tiss_, scope);
+                Require(tag, expected_, kTissNamespace, scope);
                 break;
             case TPlace::Signature:
                 tag.SetPrefix(kSignaturePrefix);
@@ -301,7 +289,6 @@ class TNamespaceRepair {
     TXmlDocument& document_;
     TXmlNode& root_;
     std::string_view expected_;
-    std::string_view tiss_; ///< the address that the expected prefix stands for
     std::vector<TPlan> plans_;
     std::vector<TUse> uses_;
 };

@@ -286,4 +286,12 @@ void TXmlNode::Remove() {
     parent_ = nullptr;
 }
 
+std::string_view NamespaceOf(const TXmlNode& tag) {
+    const std::string declaration = tag.Prefix().empty() ? "xmlns" : "xmlns:" + std::string(tag.Prefix());
+    for (const TXmlNode* at = &tag; at != nullptr; at = at->Parent())
+        if (const TXmlAttribute* found = at->IsTag() ? at->Attribute(declaration) : nullptr)
+            return found->Value();
+    return {};
+}
+
 } // namespace conferix

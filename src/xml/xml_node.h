@@ -102,6 +102,10 @@ class TXmlRange {
     T* (*next_)(T*);
 };
 
+class TXmlNode;
+/// The namespace of a tag, by the declarations on it and around it; empty for none.
+std::string_view NamespaceOf(const TXmlNode& tag);
+
 /// One node of the tree. Nodes belong to their document and live as long as it does; a removed node stays
 /// valid but is no longer reached. Positions speak of the text that was parsed, also after edits.
 ///

@@ -118,10 +118,12 @@ std::string WrongCase(const TSchemaFault& fault) {
 std::string WrongNamespace(const TSchemaFault& fault) {
     const std::string place =
         fault.Parent.empty() ? "A raiz " + Tag(fault.Name) : "O elemento " + Tag(fault.Name) + In(fault);
-    if (fault.Bound.empty())
-        return place + " não deve ter namespace; confira o prefixo.";
-    return place + " está no namespace errado; confira o prefixo. O namespace certo é \"" + fault.Bound +
-           "\".";
+    const std::string right =
+        fault.Bound.empty() ? "deve ficar sem namespace." : "o certo é \"" + fault.Bound + "\".";
+    return place +
+           (fault.Found.empty() ? std::string(" está sem namespace")
+                                : " está no namespace " + Quote(fault.Found)) +
+           "; " + right;
 }
 
 std::string Misspelled(const TSchemaFault& fault) {

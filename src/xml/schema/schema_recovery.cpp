@@ -540,9 +540,10 @@ class TContentRecovery {
         for (std::uint32_t i = item.First; i < item.First + item.Count; ++i) {
             const TXmlNode& node = *children_[i].Node;
             TSchemaFault& fault = Add(CodeOf(item.Misnaming), node, node.LocalName());
-            fault.Bound = item.Misnaming == TSchemaMisnaming::Namespace
-                              ? owner_.Set().NamespaceUri(element.Namespace)
-                              : element.Name;
+            const bool elsewhere = item.Misnaming == TSchemaMisnaming::Namespace;
+            fault.Bound = elsewhere ? owner_.Set().NamespaceUri(element.Namespace) : element.Name;
+            if (elsewhere)
+                fault.Found = NamespaceOf(node);
         }
     }
 

@@ -87,8 +87,10 @@ class TValidation {
         const bool elsewhere = known && name.Namespace != target;
         TSchemaFault& fault =
             Add(elsewhere ? TSchemaFaultCode::WrongNamespace : TSchemaFaultCode::UnknownRoot, root);
-        if (elsewhere)
+        if (elsewhere) {
             fault.Bound = set_.TargetNamespace();
+            fault.Found = NamespaceOf(root);
+        }
         for (const TSchemaElement* element : set_.GlobalElements())
             if (element->Namespace == target)
                 fault.Expected.push_back(element->Name);
