@@ -217,6 +217,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
             this, std::string(guia != nullptr ? guia->NumeroGuia() : std::string_view{}), std::move(reason),
             fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
         message->SetKind(KindOf(fault.Code));
+        message->SetCause(fault.Cause());
         AddMessage(message);
     }
     if (ValidationMessages().empty())

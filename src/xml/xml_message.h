@@ -82,6 +82,9 @@ class TXmlMessage {
     std::int32_t FilePos() const { return filePos_; }
     TFindingKind Kind() const { return kind_; }
     void SetKind(TFindingKind kind) { kind_ = kind; }
+    /// A number that findings of one cause share within a rule; 0 where the sentence tells the cause.
+    std::uint64_t Cause() const { return cause_; }
+    void SetCause(std::uint64_t cause) { cause_ = cause; }
     /// Corrections in the order in which they are offered.
     const std::vector<std::shared_ptr<ISolver>>& Solvers() const { return solvers_; }
     void AddSolver(std::shared_ptr<ISolver> solver) { solvers_.push_back(std::move(solver)); }
@@ -94,6 +97,7 @@ class TXmlMessage {
     TSequentialId id_;
     TMessageType type_;
     TFindingKind kind_ = TFindingKind::Value;
+    std::uint64_t cause_ = 0;
     std::int32_t line_;
     std::int32_t linePos_;
     std::int32_t filePos_;

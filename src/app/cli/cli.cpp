@@ -149,6 +149,8 @@ class TCommandLine {
             ->required()
             ->option_text("ARQUIVO...");
         command->add_flag("--todas", validar_.Todas, "Mostra também as mensagens de sucesso e as ocultas");
+        command->add_flag("--detalhar", validar_.Detalhar,
+                          "Mostra cada mensagem, sem agrupar as de mesma causa");
         command->add_option("--desativar", validar_.Desativar, "Desativa uma regra nesta execução")
             ->option_text("NOME")
             ->expected(1)

@@ -2,6 +2,7 @@
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "app/cli/progress.h"
+#include "app/message_groups.h"
 #include "model/tiss_kinds.h"
 #include "platform/platform.h"
 #include "validation/solver.h"
@@ -69,7 +70,8 @@ std::vector<std::string> ExpandFolders(const TCliContext& context, const std::ve
 class TReporter {
   public:
     TReporter(const TCliContext& context, const TValidarOptions& options)
-        : formato_(context.Formato), todas_(options.Todas), palette_(context.Streams.OutIsTerminal) {}
+        : formato_(context.Formato), todas_(options.Todas), detalhar_(options.Detalhar),
+          palette_(context.Streams.OutIsTerminal) {}
 
     std::string Report(const TValidateArgs& result, const std::string& versao) const {
         std::unordered_set<const TXmlMessage*> shown;
@@ -104,9 +106,16 @@ class TReporter {
 
     std::string Json(const TValidateArgs& result, const std::string& versao, const TXmlMessages& listed,
                      const std::unordered_set<const TXmlMessage*>& shown) const {
+        std::vector<std::size_t> groupOf(listed.size());
+        const std::vector<TMessageGroup> groups = GroupMessages(listed);
+        for (std::size_t number = 0; number < groups.size(); ++number)
+            for (const std::size_t index : groups[number].Messages)
+                groupOf[index] = number + 1;
         TJson messages = TJson::array();
-        for (const auto& message : listed)
-            messages.push_back(MessageJson(*message, shown.count(message.get()) != 0));
+        for (std::size_t i = 0; i < listed.size(); ++i) {
+            messages.push_back(MessageJson(*listed[i], shown.count(listed[i].get()) != 0));
+            messages.back()["grupo"] = groupOf[i];
+        }
         const IArquivoTiss* file = result.ArquivoTiss.get();
         const TJson json = {
             {"arquivo", result.FileName},
@@ -134,19 +143,24 @@ class TReporter {
         std::size_t errors = 0;
         std::size_t warnings = 0;
         for (const auto& message : listed) {
-            const TMessageType type = message->MsgType();
-            if (shown.count(message.get()) != 0) {
-                errors += type == TMessageType::mtError || type == TMessageType::mtFatal ? 1U : 0U;
-                warnings += type == TMessageType::mtWarning ? 1U : 0U;
-            }
-            text += fmt::format("  {}: {}{}\n", palette_.Severity(type, SeverityLabel(type)),
-                                IndentLines(message->Msg(), 4), palette_.Dim(Origin(*message)));
-            const auto& solvers = message->Solvers();
-            for (std::size_t i = 0; i < solvers.size(); ++i)
-                text += palette_.Dim(fmt::format("    correção {}: {}", i + 1,
-                                                 IndentLines(solvers[i]->Description(), 6))) +
-                        '\n';
+            if (shown.count(message.get()) == 0)
+                continue;
+            errors += message->IsFailure() ? 1U : 0U;
+            warnings += message->MsgType() == TMessageType::mtWarning ? 1U : 0U;
         }
+        const std::vector<TMessageGroup> groups =
+            detalhar_ ? Ungrouped(listed.size()) : GroupMessages(listed);
+        for (const TMessageGroup& group : groups) {
+            const TXmlMessage& first = *listed[group.Messages.front()];
+            text += fmt::format("  {}: {}{}\n",
+                                palette_.Severity(first.MsgType(), SeverityLabel(first.MsgType())),
+                                IndentLines(GroupText(listed, group), 4),
+                                palette_.Dim(Origin(first, group.Messages.size() == 1)));
+            text += Corrections(listed, group);
+        }
+        if (groups.size() < listed.size())
+            text += palette_.Dim("  Mensagens de mesma causa estão agrupadas; --detalhar mostra cada uma.") +
+                    '\n';
         if (errors != 0) {
             text += palette_.Severity(TMessageType::mtError, fmt::format("  Arquivo inválido: {}",
                                                                          Counted(errors, "erro", "erros")));
@@ -157,10 +171,34 @@ class TReporter {
         return text;
     }
 
+    static std::vector<TMessageGroup> Ungrouped(std::size_t count) {
+        std::vector<TMessageGroup> groups(count);
+        for (std::size_t i = 0; i < count; ++i)
+            groups[i].Messages = {i};
+        return groups;
+    }
+
+    /// The corrections of a group: those of its first finding, of which the values may be its own.
+    std::string Corrections(const TXmlMessages& listed, const TMessageGroup& group) const {
+        std::string text;
+        const TXmlMessage& first = *listed[group.Messages.front()];
+        for (std::size_t i = 0; i < first.Solvers().size(); ++i) {
+            const std::string description = first.Solvers()[i]->Description();
+            const bool same = std::ranges::all_of(group.Messages, [&](std::size_t index) {
+                const auto& solvers = listed[index]->Solvers();
+                return i < solvers.size() && solvers[i]->Description() == description;
+            });
+            text += palette_.Dim(fmt::format("    correção {}: {}{}", i + 1, IndentLines(description, 6),
+                                             same ? "" : " (na primeira; nas outras, o que couber)")) +
+                    '\n';
+        }
+        return text;
+    }
+
     /// Column and rule of a message, which its text does not tell.
-    static std::string Origin(const TXmlMessage& message) {
+    static std::string Origin(const TXmlMessage& message, bool alone) {
         std::string origin;
-        if (message.LinePos() != 0)
+        if (alone && message.LinePos() != 0)
             origin = fmt::format("coluna {}", message.LinePos());
         if (const std::string rule = RuleName(message); !rule.empty())
             origin += (origin.empty() ? "" : ", ") + rule;
@@ -169,6 +207,7 @@ class TReporter {
 
     std::string formato_;
     bool todas_;
+    bool detalhar_;
     TPalette palette_;
 };
 

@@ -61,6 +61,7 @@ struct TValidarOptions {
     std::vector<std::string> Arquivos;
     std::vector<std::string> Desativar;
     bool Todas = false;
+    bool Detalhar = false; ///< every finding by itself
     int Paralelo = 1;
 };
 int RunValidar(const TCliContext& context, const TValidarOptions& options);

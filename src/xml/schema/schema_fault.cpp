@@ -4,6 +4,9 @@
 #include "xml/xml_document.h"
 #include "xml/xml_node.h"
 
+#include <functional>
+#include <string_view>
+
 namespace conferix {
 
 std::string TSchemaFault::SrcText() const {
@@ -16,6 +19,19 @@ std::string TSchemaFault::SrcText() const {
     // The start tag of an element with content says enough.
     const bool leaf = Node->FirstChild() == nullptr;
     return CutText(TrimXmlSpace(leaf ? piece : piece.substr(0, piece.find('>') + 1)));
+}
+
+std::uint64_t TSchemaFault::Cause() const {
+    const bool byValue = Code == TSchemaFaultCode::NotInList || Code == TSchemaFaultCode::UndeclaredPrefix;
+    std::string key = std::to_string(static_cast<int>(Code));
+    for (const std::string_view part :
+         {std::string_view(Name), std::string_view(Parent), std::string_view(Before),
+          Code == TSchemaFaultCode::SpaceAround ? std::string_view{} : std::string_view(Bound),
+          byValue ? std::string_view(Found) : std::string_view{}})
+        key.append(1, '\n').append(part);
+    for (const std::string& name : Expected)
+        key.append(1, '\n').append(name);
+    return std::hash<std::string>()(key) | 1U;
 }
 
 } // namespace conferix

@@ -82,6 +82,9 @@ struct TSchemaFault {
 
     /// The piece of XML or the value that the fault is about, trimmed and short. The document must live.
     std::string SrcText() const;
+    /// A number that faults of one cause share: of one kind at one element, where a code is at fault of one
+    /// code; never 0.
+    std::uint64_t Cause() const;
 };
 
 } // namespace conferix

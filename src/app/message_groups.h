@@ -1,0 +1,29 @@
+// Findings of one cause, told once.
+#pragma once
+
+#include "xml/xml_message.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace conferix {
+
+/// Findings of one cause: the same rule and field, the same severity, and the same fault of the same element
+/// (where the value is the fault, of the same value).
+struct TMessageGroup {
+    std::vector<std::size_t> Messages; ///< their indices, 0-based, in order; never empty
+    std::size_t Guides = 0;            ///< distinct guides among them
+    bool SameReason = true;            ///< false where amounts, dates or other values differ
+};
+
+/// Groups the messages of a file. First what stands before the findings of rules or concerns the file as a
+/// whole, then the groups of several findings, those of most guides first and then by their first line, then
+/// the findings that stand alone, in their order; with no group of several, all in their order.
+std::vector<TMessageGroup> GroupMessages(const TXmlMessages& messages);
+
+/// What a user reads of a group, like TXmlMessage::Msg of one finding: "300 guias: ... (linhas 37, 120, 203 e
+/// mais 297)".
+std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group);
+
+} // namespace conferix
