@@ -251,23 +251,46 @@ void TValidadorController::BeginValidation() {
     NotifyState();
 }
 
-TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>& xml) {
+TValidateArgs TValidadorController::Read(const TTissFile& file) const {
     TValidateArgs result;
-    const TTissFile file(xml, encoding_);
     TXmlParseResult parsed = file.Parse();
     result.ValidXml = parsed.Messages.empty();
-    if (!result.ValidXml) {
+    if (result.ValidXml)
+        result.ArquivoTiss = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
+    else
         result.AllMessages = std::move(parsed.Messages);
+    return result;
+}
+
+std::filesystem::path TValidadorController::SchemaOf(const IArquivoTiss& arquivo) const {
+    return schemas_.Locate(SchemaFileName(arquivo.TipoArquivo(), arquivo.Versao()));
+}
+
+TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>& xml) {
+    const TTissFile file(xml, encoding_);
+    TValidateArgs result = Read(file);
+    if (!result.ValidXml)
         return result;
-    }
-    const std::shared_ptr<IArquivoTiss> arquivo = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
-    result.ArquivoTiss = arquivo;
-    versaoTiss_ = arquivo->Versao();
-    const std::filesystem::path schema = schemas_.Locate(SchemaFileName(arquivo->TipoArquivo(), versaoTiss_));
+    versaoTiss_ = result.ArquivoTiss->Versao();
+    const std::filesystem::path schema = SchemaOf(*result.ArquivoTiss);
     result.AllMessages = file.EncodingDoubts();
-    TTissValidator validator(arquivo, schema, terminology_.CreateConnection());
+    TTissValidator validator(result.ArquivoTiss, schema, terminology_.CreateConnection());
     const TValidationMessages messages = validator.Validate();
     result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());
+    return result;
+}
+
+TValidateArgs TValidadorController::ValidateSchema(const std::shared_ptr<const std::string>& xml) const {
+    TValidateArgs result;
+    if (auto failure = Attempt([&] {
+            result = Read(TTissFile(xml, encoding_));
+            if (result.ArquivoTiss == nullptr)
+                return;
+            const TValidationMessages messages =
+                TTissValidator::ValidateSchema(*result.ArquivoTiss, SchemaOf(*result.ArquivoTiss));
+            result.AllMessages.assign(messages.begin(), messages.end());
+        }))
+        return std::move(*failure);
     return result;
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -79,6 +80,10 @@ class TXmlMessage {
     std::int32_t Line() const { return line_; }
     std::int32_t LinePos() const { return linePos_; }
     std::int32_t FilePos() const { return filePos_; }
+    /// What is wrong, in a form that tells findings of one cause from others wherever they are, a line each
+    /// where a message says several things; empty for messages of other rules than those of the schema.
+    const std::string& Cause() const { return cause_; }
+    void SetCause(std::string cause) { cause_ = std::move(cause); }
     TFindingKind Kind() const { return kind_; }
     void SetKind(TFindingKind kind) { kind_ = kind; }
     /// Corrections in the order in which they are offered.
@@ -99,6 +104,7 @@ class TXmlMessage {
     TMessageOrigin origin_;
     std::string reason_;
     std::string srcText_;
+    std::string cause_;
     std::vector<std::shared_ptr<ISolver>> solvers_;
 };
 
