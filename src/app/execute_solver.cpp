@@ -2,6 +2,7 @@
 
 #include "app/application_log.h"
 #include "app/correction_policy.h"
+#include "validation/structure_solver.h"
 #include "validation/validation_message.h"
 
 #include <algorithm>
@@ -20,9 +21,12 @@ constexpr int kMaxRounds = 1000;
 
 using TSolverPtr = std::shared_ptr<ISolver>;
 
-/// The one correction of a message, or the one that is chosen; null for none.
-TSolverPtr PickSolver(const TXmlMessage& message, const TSolverChoice& choose) {
-    const std::vector<TSolverPtr>& solvers = message.Solvers();
+bool IsOfStructure(const TSolverPtr& solver) {
+    return dynamic_cast<const TStructureSolver*>(solver.get()) != nullptr;
+}
+
+/// The one correction, or the one that is chosen; null for none.
+TSolverPtr PickSolver(const std::vector<TSolverPtr>& solvers, const TSolverChoice& choose) {
     if (solvers.size() <= 1)
         return solvers.empty() ? nullptr : solvers.front();
     const std::optional<std::size_t> choice = choose(solvers);
@@ -34,17 +38,6 @@ struct TPicked {
     std::shared_ptr<const TXmlMessage> Message;
     TSolverPtr Solver;
 };
-
-TCorrectionRecord RecordOf(const TPicked& picked) {
-    const TXmlNode* target = picked.Solver->Target();
-    return {picked.Message,
-            picked.Solver->Name(),
-            picked.Solver->Description(),
-            target != nullptr ? std::string(target->LocalName()) : std::string(),
-            target != nullptr ? std::string(target->Value()) : std::string(),
-            {},
-            {}};
-}
 
 /// Corrections of one rule that can be applied before the text is validated again.
 struct TBatch {
@@ -60,11 +53,15 @@ std::vector<TBatch> BatchesOf(const TXmlMessages& messages, const TSolverChoice&
                               const TCorrectionPolicy& policy, std::vector<TCorrectionRecord>& leftOut) {
     std::vector<TBatch> batches;
     for (const auto& message : messages) {
-        TPicked picked{message, message->IsFailure() ? PickSolver(*message, choose) : nullptr};
+        if (!message->IsFailure())
+            continue;
+        std::vector<TSolverPtr> solvers = message->Solvers();
+        std::erase_if(solvers, IsOfStructure);
+        TPicked picked{message, PickSolver(solvers, choose)};
         if (picked.Solver == nullptr)
             continue;
         if (std::string refusal = policy.Refusal(*picked.Solver); !refusal.empty()) {
-            leftOut.push_back(RecordOf(picked));
+            leftOut.push_back(RecordOf(picked.Message, *picked.Solver));
             leftOut.back().Reason = std::move(refusal);
             continue;
         }
@@ -88,7 +85,7 @@ std::vector<TBatch> BatchesOf(const TXmlMessages& messages, const TSolverChoice&
 std::string Solve(const TBatch& batch, std::vector<TCorrectionRecord>& records) {
     const std::size_t first = records.size();
     for (const TPicked& picked : batch.Corrections) {
-        records.push_back(RecordOf(picked));
+        records.push_back(RecordOf(picked.Message, *picked.Solver));
         if (&picked != &batch.Corrections.back())
             picked.Solver->Solve();
     }
@@ -228,7 +225,7 @@ class TCorrectionPass {
         for (const TBatch& batch : BatchesOf(messages, choose_, policy, result_.LeftOut)) {
             if (trail_.IsGivenUp(batch.Rule)) {
                 for (const TPicked& picked : batch.Corrections) {
-                    result_.LeftOut.push_back(RecordOf(picked));
+                    result_.LeftOut.push_back(RecordOf(picked.Message, *picked.Solver));
                     result_.LeftOut.back().Reason =
                         "as regras pedem valores diferentes para o mesmo elemento";
                 }
@@ -290,27 +287,38 @@ TCorrectionResult MendEncoding(TValidadorController& controller, const TXmlPtr& 
     if (found.ArquivoTiss == nullptr)
         return result;
     for (const auto& message : found.ValidationMessages) {
-        const TPicked picked{message, message->IsFailure() ? PickSolver(*message, choose) : nullptr};
-        if (picked.Solver == nullptr || picked.Solver->Encoding() == nullptr)
+        const TSolverPtr solver = message->IsFailure() ? PickSolver(message->Solvers(), choose) : nullptr;
+        if (solver == nullptr || solver->Encoding() == nullptr)
             continue;
-        result.Xml = std::make_shared<const std::string>(picked.Solver->SolvedXml());
-        result.Applied.push_back(RecordOf(picked));
-        controller.SetEncoding(*picked.Solver->Encoding());
+        result.Xml = std::make_shared<const std::string>(solver->SolvedXml());
+        result.Applied.push_back(RecordOf(message, *solver));
+        controller.SetEncoding(*solver->Encoding());
         controller.Modify();
         break;
     }
     return result;
 }
 
-void LogApplied(const std::string& fileName, const std::vector<TCorrectionRecord>& records) {
+} // namespace
+
+TCorrectionRecord RecordOf(std::shared_ptr<const TXmlMessage> message, const ISolver& solver) {
+    const TXmlNode* target = solver.Target();
+    return {std::move(message),
+            solver.Name(),
+            solver.Description(),
+            target != nullptr ? std::string(target->LocalName()) : std::string(),
+            target != nullptr ? std::string(target->Value()) : std::string(),
+            {},
+            {}};
+}
+
+void LogCorrections(const std::string& fileName, const std::vector<TCorrectionRecord>& records) {
     std::map<std::pair<std::string, std::string>, std::size_t> counts;
     for (const TCorrectionRecord& record : records)
         ++counts[{RuleName(*record.Message), record.Solver}];
     for (const auto& [key, count] : counts)
         LogCorrections(fileName, key.first, key.second, count);
 }
-
-} // namespace
 
 bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& messages,
                    const std::string& messageId, const std::vector<std::string>& enabledValidations,
@@ -322,16 +330,16 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
     // A copy: the message outlives the list, which a validation renews.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const std::shared_ptr<const TXmlMessage> message = *found;
-    const TSolverPtr solver = PickSolver(*message, handlers.Choose);
+    const TSolverPtr solver = PickSolver(message->Solvers(), handlers.Choose);
     if (solver == nullptr)
         return false;
-    TCorrectionRecord record = RecordOf({message, solver});
+    TCorrectionRecord record = RecordOf(message, *solver);
     const auto xml = std::make_shared<const std::string>(solver->SolvedXml());
     if (solver->Encoding() != nullptr)
         controller.SetEncoding(*solver->Encoding());
     if (const TXmlNode* target = solver->Target())
         record.After = target->Value();
-    LogApplied(controller.FileName(), {record});
+    LogCorrections(controller.FileName(), {record});
     handlers.Corrected(record, xml);
     controller.Modify();
     controller.Validate(xml, enabledValidations);
@@ -350,7 +358,7 @@ TCorrectionResult CorrectAll(TValidadorController& controller, const std::shared
         const std::size_t known = leftAlone.size();
         leftAlone.merge(pass.GuidesMadeWorse());
         if (leftAlone.size() == known) {
-            LogApplied(controller.FileName(), result.Applied);
+            LogCorrections(controller.FileName(), result.Applied);
             return result;
         }
     }

@@ -26,6 +26,11 @@ struct TCorrectionRecord {
     std::string Reason;  ///< why it was left out, as the end of a sentence; empty for an applied one
 };
 
+/// The record of a correction that is not yet applied.
+TCorrectionRecord RecordOf(std::shared_ptr<const TXmlMessage> message, const ISolver& solver);
+/// Notes in the log how often which corrections were applied.
+void LogCorrections(const std::string& fileName, const std::vector<TCorrectionRecord>& records);
+
 /// What the caller adds to a correction.
 struct TSolverHandlers {
     TSolverChoice Choose; ///< asked only when a message offers several corrections
@@ -50,8 +55,9 @@ struct TCorrectionResult {
 };
 
 /// Corrects the shown errors of a text one rule after the other, in the order of the messages, and validates
-/// anew after each rule, until no error offers a correction or none changes anything. The last validation,
-/// of the answered text, is the current one of OnValidate. A choice that cancels leaves its error as it is.
+/// anew after each rule, until no error offers a correction or none changes anything. Corrections of
+/// structure (RepairStructure) are left as they are. The last validation, of the answered text, is the
+/// current one of OnValidate. A choice that cancels leaves its error as it is.
 ///
 /// No bill becomes worse: an amount is left as it is where what it is computed from is missing, misnamed,
 /// repeated or itself in error, where it would become negative, zero or no number, where rules demand

@@ -46,7 +46,7 @@ struct TKey {
     const TValidationIdentity* Rule;
     TMessageType Type;
     std::string_view Campo;
-    std::uint64_t Cause;  ///< of a message that has one
+    std::uint64_t Key;    ///< of a message that has one
     std::string Sentence; ///< of one that has none
 
     bool operator==(const TKey&) const = default;
@@ -56,7 +56,7 @@ struct TKeyHash {
     std::size_t operator()(const TKey& key) const {
         return std::hash<const void*>()(key.Rule) ^ (std::hash<std::string>()(key.Sentence) * 31) ^
                (std::hash<std::string_view>()(key.Campo) * 131) ^
-               (static_cast<std::size_t>(key.Cause) + static_cast<std::size_t>(key.Type));
+               (static_cast<std::size_t>(key.Key) + static_cast<std::size_t>(key.Type));
     }
 };
 
@@ -90,8 +90,8 @@ std::vector<TMessageGroup> GroupMessages(const TXmlMessages& messages) {
         key.Rule = message.Rule();
         key.Type = message.MsgType();
         key.Campo = message.Campo();
-        key.Cause = message.Cause();
-        if (key.Cause == 0)
+        key.Key = message.GroupKey();
+        if (key.Key == 0)
             MaskFigures(message.Reason(), key.Sentence);
         else
             key.Sentence.clear();

@@ -252,31 +252,52 @@ void TValidadorController::BeginValidation() {
     NotifyState();
 }
 
-TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>& xml) {
+TValidateArgs TValidadorController::Read(const TTissFile& file) const {
     TValidateArgs result;
-    const TTissFile file(xml, encoding_);
     TXmlParseResult parsed = file.Parse();
     const TXmlMessages encoding = file.EncodingFaults();
-    result.ValidXml = parsed.Messages.empty() && encoding_.Fault == nullptr;
+    result.ValidXml = parsed.Messages.empty() && file.Encoding().Fault == nullptr;
     if (parsed.Document == nullptr) {
         result.AllMessages = std::move(parsed.Messages);
         result.AllMessages.insert(result.AllMessages.end(), encoding.begin(), encoding.end());
         return result;
     }
     result.AllMessages = encoding;
-    std::shared_ptr<IArquivoTiss> arquivo;
     try {
-        arquivo = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
+        result.ArquivoTiss = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
     } catch (const ETissException&) {
         result.AllMessages.push_back(FailureMessage());
-        return result;
     }
-    result.ArquivoTiss = arquivo;
-    versaoTiss_ = arquivo->Versao();
-    const std::filesystem::path schema = schemas_.Locate(SchemaFileName(arquivo->TipoArquivo(), versaoTiss_));
-    TTissValidator validator(arquivo, schema, terminology_.CreateConnection());
+    return result;
+}
+
+std::filesystem::path TValidadorController::SchemaOf(const IArquivoTiss& arquivo) const {
+    return schemas_.Locate(SchemaFileName(arquivo.TipoArquivo(), arquivo.Versao()));
+}
+
+TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>& xml) {
+    TValidateArgs result = Read(TTissFile(xml, encoding_));
+    if (result.ArquivoTiss == nullptr)
+        return result;
+    versaoTiss_ = result.ArquivoTiss->Versao();
+    const std::filesystem::path schema = SchemaOf(*result.ArquivoTiss);
+    TTissValidator validator(result.ArquivoTiss, schema, terminology_.CreateConnection());
     const TValidationMessages messages = validator.Validate();
     result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());
+    return result;
+}
+
+TValidateArgs TValidadorController::ValidateSchema(const std::shared_ptr<const std::string>& xml) const {
+    TValidateArgs result;
+    if (auto failure = Attempt([&] {
+            result = Read(TTissFile(xml, encoding_));
+            if (result.ArquivoTiss == nullptr)
+                return;
+            const TValidationMessages messages =
+                TTissValidator::ValidateSchema(*result.ArquivoTiss, SchemaOf(*result.ArquivoTiss));
+            result.AllMessages.assign(messages.begin(), messages.end());
+        }))
+        return std::move(*failure);
     return result;
 }
 

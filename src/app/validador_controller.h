@@ -84,12 +84,18 @@ class TValidadorController {
     /// raised. `enabledValidations`: names of the rules that are switched on. Raises EFileNotLoaded.
     void Validate(std::shared_ptr<const std::string> xml, const std::vector<std::string>& enabledValidations);
     void Validate(std::string xml, const std::vector<std::string>& enabledValidations);
+    /// Judges a text by its schema alone, or by the parser where that refuses it. Nobody is told, and no
+    /// state changes; a failure on the way becomes a message of the result, which then has no loaded file.
+    TValidateArgs ValidateSchema(const std::shared_ptr<const std::string>& xml) const;
 
   private:
     void RequireFile(const char* reason) const;
     void NotifyState();
     void BeginValidation();
     TValidateArgs Run(const std::shared_ptr<const std::string>& xml);
+    /// Parses and identifies a text; no loaded file where the parser refuses it.
+    TValidateArgs Read(const TTissFile& file) const;
+    std::filesystem::path SchemaOf(const IArquivoTiss& arquivo) const;
     void Post(TValidateArgs result, const std::vector<std::string>& enabledValidations);
 
     std::string fileName_;

@@ -213,8 +213,9 @@ class TNamespaceRepair {
             uses_.push_back({&tag, prefix, kSchemaInstance});
     }
 
-    /// Makes the expected prefix stand for the TISS namespace, to the letter, on the root, and drops the root's
-    /// other declarations of it, or of an address that only contains it, unless an attribute uses them.
+    /// Makes the expected prefix stand for the TISS namespace, to the letter, on the root, and drops the
+    /// root's other declarations of it, or of an address that only contains it, unless an attribute uses
+    /// them.
     void DeclareOnRoot() {
         const std::string expected = Declaration(expected_);
         std::vector<const TXmlAttribute*> found;

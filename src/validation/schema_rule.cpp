@@ -5,6 +5,8 @@
 #include "platform/platform.h"
 #include "schema_model/element_history.h"
 #include "schema_model/seal.h"
+#include "validation/structure_solver.h"
+#include "xml/cut_text.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"
@@ -153,6 +155,23 @@ TFindingKind KindOf(TSchemaFaultCode code) {
     }
 }
 
+/// The fault without its place: what is missing, by name; else the kind of fault, the names and the value.
+std::string CauseOf(const TSchemaFault& fault) {
+    switch (fault.Code) {
+    case TSchemaFaultCode::MissingElement:
+        return fmt::format("falta {} {}", fault.Parent, fault.Name);
+    case TSchemaFaultCode::MissingSeveral: {
+        std::string cause;
+        for (const std::string& name : fault.Expected)
+            cause += fmt::format("{}falta {} {}", cause.empty() ? "" : "\n", fault.Parent, name);
+        return cause;
+    }
+    default:
+        return fmt::format("{} {} {} {}", static_cast<int>(fault.Code), fault.Parent, fault.Name,
+                           CutText(fault.Found));
+    }
+}
+
 /// Where the header names the version; the root when it does not.
 const TXmlNode& VersionPlace(const TXmlNode& root) {
     for (const char* path : {"cabecalho/Padrao", "cabecalho/versaoPadrao"})
@@ -208,6 +227,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     std::optional<TGuiaLocator> guias;
     if (lote != nullptr && !faults.empty())
         guias.emplace(*lote);
+    const auto shared = file.shared_from_this();
     for (const TSchemaFault& fault : faults) {
         std::string reason = fault.Code == TSchemaFaultCode::UnknownElement
                                  ? others.UnknownElement(fault)
@@ -217,7 +237,10 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
             this, std::string(guia != nullptr ? guia->NumeroGuia() : std::string_view{}), std::move(reason),
             fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
         message->SetKind(KindOf(fault.Code));
-        message->SetCause(fault.Cause());
+        message->SetGroupKey(fault.GroupKey());
+        message->SetCause(CauseOf(fault));
+        for (auto& solver : StructureSolversOf(fault, shared, schema))
+            message->AddSolver(std::move(solver));
         AddMessage(message);
     }
     if (ValidationMessages().empty())

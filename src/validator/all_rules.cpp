@@ -77,4 +77,11 @@ const TRuleTable& AllRules() {
     return table;
 }
 
+std::string RuleOfKind(TEnumTipoArquivoTiss tipo, std::string_view rule) {
+    const std::string_view root = tipo == TEnumTipoArquivoTiss::taMensagemTISS    ? kMensagem
+                                  : tipo == TEnumTipoArquivoTiss::taMonitoramento ? kMonitoramento
+                                                                                  : kQualidade;
+    return std::string(root).append(".").append(rule);
+}
+
 } // namespace conferix

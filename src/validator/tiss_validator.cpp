@@ -26,6 +26,15 @@ TValidationMessages TTissValidator::Validate() {
     return messages;
 }
 
+TValidationMessages TTissValidator::ValidateSchema(const IArquivoTiss& arquivo,
+                                                   const std::filesystem::path& schemaFile) {
+    const auto rule =
+        AllRules().MakeValidation(RuleOfKind(arquivo.TipoArquivo(), "schema"),
+                                  NewRunContext(std::string(arquivo.Versao()), schemaFile, nullptr));
+    arquivo.Accept(*rule);
+    return rule->ValidationMessages();
+}
+
 std::vector<IValidationIdentity> TTissValidator::Validations(bool recursive) const {
     std::vector<IValidationIdentity> identities;
     for (const auto& root : validations_) {

@@ -21,6 +21,9 @@ class TTissValidator {
     /// All findings, in pre-order of the tree of rules. Lets pass what a rule raises (ESchemaNotFound,
     /// ESchemaInvalido, terminology errors).
     TValidationMessages Validate();
+    /// The findings of the schema rule alone. Raises what the rule does.
+    static TValidationMessages ValidateSchema(const IArquivoTiss& arquivo,
+                                              const std::filesystem::path& schemaFile);
 
     /// The root of each kind of file.
     const std::vector<std::shared_ptr<TValidation>>& Validations() const { return validations_; }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -80,11 +81,16 @@ class TXmlMessage {
     std::int32_t Line() const { return line_; }
     std::int32_t LinePos() const { return linePos_; }
     std::int32_t FilePos() const { return filePos_; }
+    /// What is wrong, in a form that tells findings of one cause from others wherever they are, a line each
+    /// where a message says several things; empty for messages of other rules than those of the schema.
+    const std::string& Cause() const { return cause_; }
+    void SetCause(std::string cause) { cause_ = std::move(cause); }
     TFindingKind Kind() const { return kind_; }
     void SetKind(TFindingKind kind) { kind_ = kind; }
-    /// A number that findings of one cause share within a rule; 0 where the sentence tells the cause.
-    std::uint64_t Cause() const { return cause_; }
-    void SetCause(std::uint64_t cause) { cause_ = cause; }
+    /// A number that findings of a rule share which are told as one, whatever the values in their sentences;
+    /// 0 where the sentence decides.
+    std::uint64_t GroupKey() const { return groupKey_; }
+    void SetGroupKey(std::uint64_t key) { groupKey_ = key; }
     /// Corrections in the order in which they are offered.
     const std::vector<std::shared_ptr<ISolver>>& Solvers() const { return solvers_; }
     void AddSolver(std::shared_ptr<ISolver> solver) { solvers_.push_back(std::move(solver)); }
@@ -97,13 +103,14 @@ class TXmlMessage {
     TSequentialId id_;
     TMessageType type_;
     TFindingKind kind_ = TFindingKind::Value;
-    std::uint64_t cause_ = 0;
+    std::uint64_t groupKey_ = 0;
     std::int32_t line_;
     std::int32_t linePos_;
     std::int32_t filePos_;
     TMessageOrigin origin_;
     std::string reason_;
     std::string srcText_;
+    std::string cause_;
     std::vector<std::shared_ptr<ISolver>> solvers_;
 };
 

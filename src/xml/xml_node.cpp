@@ -263,6 +263,8 @@ void TXmlNode::InsertChild(TXmlNode& child, TXmlNode* before) {
     child.parent_ = this;
     child.nextSibling_ = *link;
     *link = &child;
+    if ((child.flags_ & kNew) == 0)
+        child.flags_ |= kMoved;
     if (child.IsTag()) {
         value_ = nullptr;
         valueLength_ = 0;

@@ -196,7 +196,8 @@ class TXmlNode {
     /// Gives an attribute another name; nothing happens when there is none, or when the new name is taken.
     void RenameAttribute(std::string_view qualifiedName, std::string_view newName);
     void RemoveAttribute(std::string_view qualifiedName);
-    /// Adds a node made by this node's document before `before` (null: at the end).
+    /// Adds a node of this node's document that is in no tree before `before` (null: at the end): a new one,
+    /// or one that was removed, which takes its content and its layout along.
     void InsertChild(TXmlNode& child, TXmlNode* before);
     /// Takes this node (not the document) out of the tree.
     void Remove();
@@ -214,6 +215,7 @@ class TXmlNode {
         kNameChanged = 4,
         kAttributesChanged = 8,
         kChildInserted = 16,
+        kMoved = 32, ///< of the parsed text, but in another place of the tree
     };
 
     template<class Node>

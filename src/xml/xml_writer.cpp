@@ -78,8 +78,23 @@ std::string EscapeXml(std::string_view text, bool attribute) {
     return out;
 }
 
+/// The white space at the end of a layout that indents what follows.
+std::string_view IndentOf(std::string_view layout) {
+    const std::size_t line = layout.rfind('\n');
+    return line == std::string_view::npos ? std::string_view{} : layout.substr(line + 1);
+}
+
+/// Another indentation for the lines of a piece of the text.
+struct TIndentChange {
+    std::string From;
+    std::string To;
+
+    bool Changes() const { return From != To; }
+};
+
 /// Walks the tree beside the parsed text: `copied_` is the place in the text up to which everything has
-/// been written or left out.
+/// been written or left out. A moved node is written from its own place in the text, after which the walk
+/// goes on where it was.
 class TXmlTreeWriter {
   public:
     explicit TXmlTreeWriter(const TXmlDocument& document)
@@ -113,24 +128,69 @@ class TXmlTreeWriter {
     }
 
   private:
+    struct TMove {
+        const TXmlNode* Node;
+        std::size_t Resume; ///< where the walk was in the text
+        TIndentChange Indent;
+    };
+
     static bool IsNew(const TXmlNode& node) { return (node.flags_ & TXmlNode::kNew) != 0; }
+    static bool IsMoved(const TXmlNode& node) { return (node.flags_ & TXmlNode::kMoved) != 0; }
+    /// True for a node that stands where the text has it.
+    static bool IsInPlace(const TXmlNode& node) { return !IsNew(node) && !IsMoved(node); }
 
     /// Copies the text up to `end`, leaving out what removed nodes covered and the layout before them.
     void CopyTo(std::size_t end) {
-        for (; nextRemoved_ < removed_.size() && removed_[nextRemoved_].End <= end; ++nextRemoved_) {
-            const TXmlDocument::TSpan& span = removed_[nextRemoved_];
-            if (span.Start < copied_) // inside a larger removed piece
+        auto span = std::lower_bound(
+            removed_.begin(), removed_.end(), copied_,
+            [](const TXmlDocument::TSpan& removed, std::size_t start) { return removed.Start < start; });
+        for (; span != removed_.end() && span->Start < end; ++span) {
+            // Inside a larger removed piece, around the end, or what is being written where it was moved.
+            if (span->Start < copied_ || span->End > end ||
+                (!moves_.empty() && span->Start == moves_.back().Node->byteStart_))
                 continue;
-            std::size_t layout = span.Start;
+            std::size_t layout = span->Start;
             while (layout > copied_ && IsXmlSpace(text_[layout - 1]))
                 --layout;
-            out_ += text_.substr(copied_, layout - copied_);
-            copied_ = span.End;
+            Repeat(copied_, layout);
+            copied_ = span->End;
         }
         if (end > copied_) {
-            out_ += text_.substr(copied_, end - copied_);
+            Repeat(copied_, end);
             copied_ = end;
         }
+    }
+
+    /// Repeats a piece of the text, the layout of its lines indented anew inside a moved node.
+    void Repeat(std::size_t start, std::size_t end) {
+        if (!moves_.empty() && moves_.back().Indent.Changes()) {
+            const TIndentChange& indent = moves_.back().Indent;
+            for (std::size_t line = text_.find('\n', start); line < end; line = text_.find('\n', start)) {
+                out_ += text_.substr(start, line + 1 - start);
+                start = line + 1;
+                if (start + indent.From.size() <= end && text_.substr(start).starts_with(indent.From) &&
+                    IsLayout(line)) {
+                    out_ += indent.To;
+                    start += indent.From.size();
+                }
+            }
+        }
+        out_ += text_.substr(start, end - start);
+    }
+
+    /// True when white space is all that stands around a place, between tags that do not hold it as a value.
+    bool IsLayout(std::size_t place) const {
+        std::size_t start = place;
+        while (start > 0 && IsXmlSpace(text_[start - 1]))
+            --start;
+        std::size_t end = place;
+        while (end < text_.size() && IsXmlSpace(text_[end]))
+            ++end;
+        if (start < 2 || end + 1 >= text_.size() || text_[start - 1] != '>' || text_[end] != '<')
+            return false;
+        const std::size_t tag = text_.rfind('<', start - 1);
+        const bool opens = text_[tag + 1] != '/' && text_[start - 2] != '/';
+        return !opens || text_[end + 1] != '/';
     }
 
     bool SelfClosed(const TXmlNode& node) const {
@@ -152,6 +212,8 @@ class TXmlTreeWriter {
     }
 
     void Open(const TXmlNode& node) {
+        if (IsMoved(node))
+            OpenMoved(node);
         if (node.Kind() == TXmlNodeKind::xnText) {
             WriteText(node);
             return;
@@ -182,9 +244,22 @@ class TXmlTreeWriter {
     }
 
     void Close(const TXmlNode& node) {
+        CloseTag(node);
+        if (IsMoved(node)) {
+            CopyTo(node.byteEnd_);
+            copied_ = moves_.back().Resume;
+            moves_.pop_back();
+        }
+    }
+
+    void CloseTag(const TXmlNode& node) {
         if (!node.IsTag())
             return;
         if (IsNew(node)) {
+            if (!wraps_.empty() && wraps_.back().Node == &node) {
+                out_ += wraps_.back().Layout;
+                wraps_.pop_back();
+            }
             if (node.FirstChild() != nullptr || node.HasValue())
                 EndTag(node);
             return;
@@ -261,13 +336,20 @@ class TXmlTreeWriter {
         return text_.substr(start, place - start);
     }
 
-    void OpenNew(const TXmlNode& node) {
+    /// Where a node stands below a new one, ends that one's start tag, which was written "<name/" so far.
+    void EnterNewParent(const TXmlNode& node) {
         const TXmlNode* parent = node.Parent();
-        if (IsNew(*parent)) {
-            if (parent->FirstChild() == &node && !parent->HasValue())
-                out_.back() = '>'; // the parent was written "<name/" so far
+        if (parent->FirstChild() == &node && !parent->HasValue())
+            out_.back() = '>';
+    }
+
+    void OpenNew(const TXmlNode& node) {
+        std::string_view layout;
+        if (IsNew(*node.Parent())) {
+            EnterNewParent(node);
         } else {
-            PlaceAmongSource(node, *parent);
+            layout = PlaceAmongSource(node);
+            out_ += layout;
         }
         out_ += '<';
         out_ += node.QualifiedName();
@@ -279,38 +361,71 @@ class TXmlTreeWriter {
         } else {
             out_ += node.FirstChild() != nullptr ? "/" : "/>";
         }
+        if (node.FirstChild() != nullptr && IsMoved(*node.FirstChild()))
+            wraps_.push_back({&node, layout});
     }
 
-    /// Copies the source up to the place where a new node belongs and repeats a neighbour's layout.
-    void PlaceAmongSource(const TXmlNode& node, const TXmlNode& parent) {
+    /// Goes on at the source of a moved node, after its own layout, indented as its new neighbours are.
+    void OpenMoved(const TXmlNode& node) {
+        const std::string_view own = LayoutBefore(node.byteStart_);
+        TIndentChange indent{std::string(IndentOf(own)), std::string(IndentOf(own))};
+        const bool lines = own.find('\n') != std::string_view::npos;
+        if (IsNew(*node.Parent())) {
+            EnterNewParent(node);
+            if (lines && !wraps_.empty())
+                indent.To = IndentBelow(*wraps_.back().Node, wraps_.back().Layout);
+        } else if (const std::string_view layout = PlaceAmongSource(node);
+                   lines && layout.find('\n') != std::string_view::npos) {
+            indent.To = IndentOf(layout);
+        }
+        if (text_.substr(node.byteStart_, node.byteEnd_ - node.byteStart_).find("<!") !=
+            std::string_view::npos)
+            indent.To = indent.From; // what stands in comments and CDATA sections is no layout
+        out_ += own.substr(0, own.size() - indent.From.size());
+        out_ += indent.To;
+        moves_.push_back({&node, copied_, std::move(indent)});
+        copied_ = node.byteStart_;
+    }
+
+    /// The indentation of the children of a new element: one step more than its own.
+    std::string IndentBelow(const TXmlNode& node, std::string_view layout) const {
+        const std::string own(IndentOf(layout));
+        const std::string_view above = IndentOf(LayoutBefore(node.Parent()->byteStart_));
+        return own.size() > above.size() ? own + own.substr(above.size()) : own;
+    }
+
+    /// Copies the source up to the place where a new or moved node belongs; answers a neighbour's layout.
+    std::string_view PlaceAmongSource(const TXmlNode& node) {
+        const TXmlNode& parent = *node.Parent();
         const TXmlNode* previous = nullptr;
         for (const TXmlNode* child = parent.FirstChild(); child != &node; child = child->NextSibling())
-            if (!IsNew(*child))
+            if (IsInPlace(*child))
                 previous = child;
         if (previous != nullptr) {
             CopyTo(std::max<std::size_t>(previous->byteEnd_, copied_));
-            out_ += LayoutBefore(previous->byteStart_);
-            return;
+            return LayoutBefore(previous->byteStart_);
         }
         CopyTo(std::max<std::size_t>(parent.contentStart_, copied_));
-        for (const TXmlNode* next = node.NextSibling(); next != nullptr; next = next->NextSibling()) {
-            if (!IsNew(*next)) {
-                out_ += LayoutBefore(next->byteStart_);
-                return;
-            }
-        }
-        for (const TXmlDocument::TSpan& span : removed_) {
-            if (span.Start >= parent.contentStart_ && span.End <= parent.byteEnd_) {
-                out_ += LayoutBefore(span.Start);
-                return;
-            }
-        }
+        for (const TXmlNode* next = node.NextSibling(); next != nullptr; next = next->NextSibling())
+            if (IsInPlace(*next))
+                return LayoutBefore(next->byteStart_);
+        for (const TXmlDocument::TSpan& span : removed_)
+            if (span.Start >= parent.contentStart_ && span.End <= parent.byteEnd_)
+                return LayoutBefore(span.Start);
+        return {};
     }
+
+    /// A new element around moved ones, with the layout that stands before both its tags.
+    struct TWrap {
+        const TXmlNode* Node;
+        std::string_view Layout;
+    };
 
     const TXmlDocument& document_;
     std::string_view text_;
     std::vector<TXmlDocument::TSpan> removed_; ///< in order of their places
-    std::size_t nextRemoved_ = 0;
+    std::vector<TMove> moves_;                 ///< moved nodes around the place, innermost last
+    std::vector<TWrap> wraps_;
     std::size_t copied_ = 0;
     std::string out_;
 };

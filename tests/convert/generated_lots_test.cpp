@@ -2,8 +2,8 @@
 #include "app/lote_conversion.h"
 #include "convert/version_converter.h"
 #include "schema_model/built_in_folders.h"
+#include "support/generated_lot.h"
 #include "support/support.h"
-#include "xml/schema/schema_generator.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_validator.h"
 #include "xml/xml_writer.h"
@@ -26,39 +26,14 @@ constexpr const char* kGuides[] = {"guiaConsulta", "guiaSP-SADT", "guiaResumoInt
 
 using TCounts = std::map<std::pair<std::string, std::string>, int>; ///< by element and value
 
-std::shared_ptr<const TSchemaSet> Schema(std::string versao) {
-    std::replace(versao.begin(), versao.end(), '.', '_');
-    return TSchemaSet::Load(BuiltInSchemaFolder() / ("tissV" + versao + ".xsd"));
-}
-
-TGeneratedNode* FindGenerated(TGeneratedNode& node, std::string_view name) {
-    if (node.Name == name)
-        return &node;
-    for (const auto& child : node.Children)
-        if (TGeneratedNode* found = FindGenerated(*child, name))
-            return found;
-    return nullptr;
-}
-
-/// A valid lot of one version with guides of one kind.
 std::string MakeLot(const std::string& versao, const std::string& guide, std::uint64_t& seed) {
-    const auto set = Schema(versao);
-    while (true) {
-        TSchemaGenerator generator(*set, ++seed);
-        generator.Prefer(
-            {"prestadorParaOperadora", "loteGuias", guide, "procedimentosExecutados", "outrasDespesas"});
-        const auto tree = generator.Document();
-        if (FindGenerated(*tree, guide) == nullptr)
-            continue;
-        FindGenerated(*tree, "tipoTransacao")->Text = "ENVIO_LOTE_GUIAS";
-        TGeneratedNode* version = FindGenerated(*tree, "Padrao");
-        (version != nullptr ? version : FindGenerated(*tree, "versaoPadrao"))->Text = versao;
-        return generator.Serialize(*tree);
-    }
+    const auto set = SchemaOfVersion(versao);
+    const auto [generator, tree] = MakeLotTree(*set, versao, guide, seed);
+    return generator.Serialize(*tree);
 }
 
 std::vector<TSchemaFault> Faults(const TXmlDocument& document, const std::string& versao) {
-    const auto set = Schema(versao);
+    const auto set = SchemaOfVersion(versao);
     return TSchemaValidator(*set).Validate(document);
 }
 

@@ -89,6 +89,46 @@ TEST(XmlWriter, ChangesOnlyWhatWasChanged) {
              old->Remove();
          },
          "<a>\n <c>2</c>\n</a>"},
+        {"what is moved takes its content and its layout along",
+         "<a>\n  <b>1</b>\n\n  <c><!-- x --> <d >2</d ></c>\n  <e/>\n</a>",
+         [](TXmlDocument& d) {
+             TXmlNode* moved = Element(d).Child("c");
+             moved->Remove();
+             Element(d).InsertChild(*moved, Element(d).Child("b"));
+             moved->Child("d")->SetValue("3");
+             moved = Element(d).Child("b");
+             moved->Remove();
+             Element(d).InsertChild(*moved, nullptr);
+             moved->SetName("bb");
+         },
+         "<a>\n\n  <c><!-- x --> <d >3</d ></c>\n  <e/>\n  <bb>1</bb>\n</a>"},
+        {"on another level it is indented anew, but for what values hold",
+         "<a>\n  <b/>\n  <c>\n    <d>1\n    2</d>\n    <e>\n    </e>\n  </c>\n  <f>9</f>\n</a>",
+         [](TXmlDocument& d) {
+             TXmlNode* wrap = d.NewTag("w");
+             Element(d).InsertChild(*wrap, Element(d).Child("c"));
+             for (const char* name : {"c", "f"}) {
+                 TXmlNode* moved = Element(d).Child(name);
+                 moved->Remove();
+                 wrap->InsertChild(*moved, nullptr);
+             }
+             TXmlNode* out = wrap->Child("c")->Child("d");
+             out->Remove();
+             Element(d).InsertChild(*out, Element(d).FirstChild());
+         },
+         "<a>\n  <d>1\n    2</d>\n  <b/>\n  <w>\n    <c>\n      <e>\n    </e>\n    </c>\n    <f>9</f>\n  "
+         "</w>\n</a>"},
+        {"into an empty tag, and out of what goes", "<a><b/><c><d>1</d><e/></c></a>",
+         [](TXmlDocument& d) {
+             TXmlNode* old = Element(d).Child("c");
+             for (const char* name : {"d", "e"}) {
+                 TXmlNode* moved = old->Child(name);
+                 moved->Remove();
+                 Element(d).Child("b")->InsertChild(*moved, nullptr);
+             }
+             old->Remove();
+         },
+         "<a><b><d>1</d><e/></b></a>"},
     };
     for (const TEditCase& c : cases) {
         const auto document = Parsed(c.Before);

@@ -171,8 +171,8 @@ class TCommandLine {
     }
 
     void AddCorrigir() {
-        CLI::App* command = AddCommand(app_, "corrigir",
-                                       "Aplica correções; sem --mensagem nem --todas, mostra as que existem");
+        CLI::App* command =
+            AddCommand(app_, "corrigir", "Aplica correções; sem dizer quais, mostra as que existem");
         command->add_option("arquivo", corrigir_.Arquivo, "Arquivo; - é a entrada padrão")
             ->required()
             ->option_text("ARQUIVO");
@@ -185,6 +185,17 @@ class TCommandLine {
             ->check(CLI::PositiveNumber);
         command->add_flag("--todas", corrigir_.Todas, "Corrige todos os erros que oferecem correção")
             ->excludes(mensagem);
+        CLI::Option* estrutura =
+            command
+                ->add_flag(
+                    "--estrutura", corrigir_.Estrutura,
+                    "Conserta a estrutura (nomes, ordem, níveis, formato dos valores) sem perder nada; "
+                    "com --todas, antes das outras correções")
+                ->excludes(mensagem);
+        command
+            ->add_flag("--com-perdas", corrigir_.ComPerdas,
+                       "Conserta a estrutura também onde algo se perde (elemento removido, texto cortado)")
+            ->needs(estrutura);
         CLI::Option* saida =
             command->add_option("--saida", corrigir_.Saida, "Grava neste arquivo")->option_text("ARQUIVO");
         CLI::Option* noLugar =

@@ -3,6 +3,7 @@
 #include "app/cli/message_json.h"
 #include "app/correction_policy.h"
 #include "app/execute_solver.h"
+#include "app/structure_repair.h"
 #include "app/unified_diff.h"
 #include "platform/platform.h"
 #include "validation/signature.h"
@@ -11,17 +12,20 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <ostream>
+#include <utility>
 
 namespace conferix {
 
 namespace {
 
 void CheckOptions(const TCorrigirOptions& options) {
-    const bool corrects = options.Todas || options.Mensagem != 0 || !options.Codificacao.empty();
+    const bool corrects =
+        options.Todas || options.Estrutura || options.Mensagem != 0 || !options.Codificacao.empty();
     const bool writes = !options.Saida.empty() || options.NoLugar || options.Simular;
     if (!corrects && (writes || options.Correcao != 0))
-        throw EUsage("escolha o que corrigir, com --mensagem N, --todas ou --codificacao");
+        throw EUsage("escolha o que corrigir, com --mensagem N, --estrutura, --todas ou --codificacao");
     if (options.NoLugar && options.Arquivo == "-")
         throw EUsage("a entrada padrão não pode ser corrigida no lugar; use --saida ARQUIVO");
 }
@@ -51,13 +55,17 @@ class TCorrection {
         const std::vector<std::string> enabled = context_.LoadConfig().EnabledValidations();
 
         TCorrectionResult result{text, {}, {}};
-        if (options_.Todas)
-            result = CorrectAll(*controller_, text, enabled, ChoiceOf(options_));
-        else
+        if (options_.Estrutura)
+            result = RepairStructure(*controller_, text, enabled, options_.ComPerdas);
+        if (options_.Todas) {
+            TCorrectionResult all = CorrectAll(*controller_, result.Xml, enabled, ChoiceOf(options_));
+            result = Joined(std::move(result), std::move(all));
+        } else if (!options_.Estrutura) {
             controller_->Validate(text, enabled);
+        }
         if (Result().ArquivoTiss == nullptr)
             return Refuse();
-        if (!options_.Todas) {
+        if (!options_.Todas && !options_.Estrutura) {
             if (options_.Mensagem != 0)
                 result = CorrectMessage(text, enabled);
             else if (options_.Codificacao.empty())
@@ -73,6 +81,16 @@ class TCorrection {
 
   private:
     const TValidateArgs& Result() const { return controller_->Events().OnValidate.Current(); }
+
+    static TCorrectionResult Joined(TCorrectionResult first, TCorrectionResult second) {
+        const auto append = [](auto& to, auto& from) {
+            to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
+        };
+        append(first.Applied, second.Applied);
+        append(first.LeftOut, second.LeftOut);
+        first.Xml = std::move(second.Xml);
+        return first;
+    }
 
     int Status() const {
         return Result().FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
@@ -207,14 +225,12 @@ class TCorrection {
                                    ? IndentLines(record.Description, 2)
                                    : fmt::format("<{}>: {} -> {}", record.Element, CutText(record.Before),
                                                  CutText(record.After)));
-        for (const TCorrectionRecord& record : result.LeftOut) {
-            if (record.Element.empty())
-                out << fmt::format("  não corrigido: {}{}: {}.\n", PlaceOf(record),
-                                   IndentLines(record.Description, 4), record.Reason);
-            else
-                out << fmt::format("  não corrigido: {}<{}> continua {}: {}.\n", PlaceOf(record),
-                                   record.Element, CutText(record.Before), record.Reason);
-        }
+        for (const TCorrectionRecord& record : result.LeftOut)
+            out << fmt::format("  não corrigido: {}{}: {}.\n", PlaceOf(record),
+                               record.Element.empty()
+                                   ? IndentLines(record.Description, 2)
+                                   : fmt::format("<{}> continua {}", record.Element, CutText(record.Before)),
+                               record.Reason);
     }
 
     static std::string PlaceOf(const TCorrectionRecord& record) {

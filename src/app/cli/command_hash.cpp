@@ -10,23 +10,11 @@ namespace conferix {
 
 namespace {
 
-std::string HashRuleOf(TEnumTipoArquivoTiss tipo) {
-    switch (tipo) {
-    case TEnumTipoArquivoTiss::taMonitoramento:
-        return "tiss.monitoramento.hash";
-    case TEnumTipoArquivoTiss::taMonitoramentoQualidade:
-        return "tiss.qualidade.hash";
-    case TEnumTipoArquivoTiss::taMensagemTISS:
-        break;
-    }
-    return "tiss.mensagem.hash";
-}
-
 int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
     const std::string written(file.Hash());
     const std::string iso = THashCalculator::Calculate(*file.Xml(), THashEncoding::Iso88591);
     const std::string utf8 = THashCalculator::Calculate(*file.Xml(), THashEncoding::Utf8);
-    const auto rule = AllRules().MakeValidation(HashRuleOf(file.TipoArquivo()), nullptr);
+    const auto rule = AllRules().MakeValidation(RuleOfKind(file.TipoArquivo(), "hash"), nullptr);
     file.Accept(*rule);
     const TXmlMessage& verdict = *rule->ValidationMessages().front();
 

@@ -146,6 +146,8 @@ struct TCorrigirOptions {
     int Mensagem = 0; ///< 1-based, in the list that `validar` shows; 0: none chosen
     int Correcao = 0; ///< 1-based, of the message; 0: the first
     bool Todas = false;
+    bool Estrutura = false;
+    bool ComPerdas = false; ///< with the corrections of structure that lose something
     std::string Saida;
     bool NoLugar = false;
     bool Simular = false;

@@ -21,7 +21,7 @@ std::string TSchemaFault::SrcText() const {
     return CutText(TrimXmlSpace(leaf ? piece : piece.substr(0, piece.find('>') + 1)));
 }
 
-std::uint64_t TSchemaFault::Cause() const {
+std::uint64_t TSchemaFault::GroupKey() const {
     const bool byValue = Code == TSchemaFaultCode::NotInList || Code == TSchemaFaultCode::UndeclaredPrefix;
     std::string key = std::to_string(static_cast<int>(Code));
     for (const std::string_view part :

@@ -9,6 +9,8 @@ namespace conferix {
 
 class TXmlAttribute;
 class TXmlNode;
+struct TSchemaComplexType;
+struct TSchemaSimpleType;
 
 /// What can be wrong with a document, structure first, then values.
 enum class TSchemaFaultCode : std::uint8_t {
@@ -60,6 +62,19 @@ enum class TSchemaFaultCode : std::uint8_t {
     NotName,
 };
 
+/// What would mend the structure, where nothing else can have been meant.
+enum class TSchemaRemedy : std::uint8_t {
+    None,
+    Rename,   ///< the node gets the name, or the namespace, that is demanded
+    Place,    ///< it goes to its place among its siblings
+    Sort,     ///< so do all children of its parent
+    Wrap,     ///< a new element goes around it and the siblings after it
+    MoveInto, ///< it goes into another element
+    MoveOut,  ///< it goes to its parent's parent
+    Unwrap,   ///< its children take its place
+    Remove    ///< it is empty and may be absent
+};
+
 /// One fault of a document. Names are local names. Which of the fields are filled depends on the code;
 /// TSchemaMessages makes the sentence of them.
 struct TSchemaFault {
@@ -79,12 +94,18 @@ struct TSchemaFault {
     std::vector<std::string> Similar;         ///< codes like the value found, the nearest first
     std::int64_t Count = 0; ///< occurrences, length or digits found; size of the list of codes
     std::int64_t Limit = 0; ///< occurrences, length or digits allowed
+    TSchemaRemedy Remedy = TSchemaRemedy::None;
+    /// The content in which the node has to find its place, as long as the schema set; null to leave it
+    /// there.
+    const TSchemaComplexType* Content = nullptr;
+    const TXmlNode* Other = nullptr;         ///< the element into which, or of which, it has to go
+    const TSchemaSimpleType* Type = nullptr; ///< of a value, as long as the schema set
 
     /// The piece of XML or the value that the fault is about, trimmed and short. The document must live.
     std::string SrcText() const;
     /// A number that faults of one cause share: of one kind at one element, where a code is at fault of one
     /// code; never 0.
-    std::uint64_t Cause() const;
+    std::uint64_t GroupKey() const;
 };
 
 } // namespace conferix

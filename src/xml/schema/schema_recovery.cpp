@@ -96,6 +96,8 @@ struct TContent {
     const TXmlNode& Place; ///< where missing elements are reported when they belong at the end
     std::span<const TSchemaChild> Children;
     std::optional<std::uint32_t> Forgiven;
+    const TSchemaComplexType* Outer = nullptr; ///< the content around the parent
+    bool Missing = false;                      ///< the parent is what is missing around the children
 };
 
 class TContentRecovery {
@@ -419,11 +421,14 @@ class TContentRecovery {
         TMissing* missing = nullptr;
         std::uint32_t wrapper = kNone;
         std::size_t count = 0;
+        bool sure = false;
         const auto consider = [&](std::uint32_t p, TMissing* entry) {
             const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
             const std::size_t run = type != nullptr ? RunKnownTo(*type, first) : 0;
+            sure = sure && (run == 0 || p == wrapper);
             if (run <= count || (entry == nullptr && run < 2))
                 return;
+            sure = count == 0;
             count = run;
             wrapper = p;
             missing = entry;
@@ -448,10 +453,15 @@ class TContentRecovery {
         fault.Expected = {std::string(inside.front().Node->LocalName()),
                           std::string(inside.back().Node->LocalName())};
         fault.Count = static_cast<std::int64_t>(count);
+        if (sure && !content_.Missing) {
+            fault.Remedy = TSchemaRemedy::Wrap;
+            fault.Content = &content_.Type;
+        }
         const std::vector<TSchemaDecision> decisions =
-            TContentRecovery(
-                owner_, {*element.ComplexType, element.Name, *inside.front().Node, inside, content_.Forgiven},
-                faults_)
+            TContentRecovery(owner_,
+                             {*element.ComplexType, element.Name, *inside.front().Node, inside,
+                              content_.Forgiven, nullptr, true},
+                             faults_)
                 .Run();
         std::copy(decisions.begin(), decisions.end(), decisions_.begin() + from);
         for (std::size_t i = first; i < first + count; ++i)
@@ -470,17 +480,37 @@ class TContentRecovery {
         return false;
     }
 
-    bool TakeInto(TItem& item, const TItem& sibling) {
+    /// The position that a child of the parent has in the content of a sibling that lacks it, or null.
+    const TSchemaPosition* PlaceIn(const TItem& item, const TItem& sibling) const {
         if (sibling.Position == kNone)
-            return false;
+            return nullptr;
         const TSchemaComplexType* type = ContainerType(automaton_.Positions[sibling.Position].Element);
         const TSchemaPosition* position =
             type != nullptr ? PositionOf(*type, children_[item.First].Name.Symbol) : nullptr;
         const TXmlNode& element = *children_[sibling.First].Node;
-        if (position == nullptr || element.Child(position->Element->Name) != nullptr)
+        return position != nullptr && element.Child(position->Element->Name) == nullptr ? position : nullptr;
+    }
+
+    /// True when no other element around could lack the child, nor several of one name.
+    bool IsOnlyPlace(const TItem& item, const TItem& sibling) const {
+        return sibling.Count == 1 && items_.size() <= kMissingSearched &&
+               std::none_of(items_.begin(), items_.end(), [&](const TItem& other) {
+                   return &other != &sibling && PlaceIn(item, other) != nullptr;
+               });
+    }
+
+    bool TakeInto(TItem& item, const TItem& sibling) {
+        const TSchemaPosition* position = PlaceIn(item, sibling);
+        if (position == nullptr)
             return false;
-        Add(TSchemaFaultCode::OutsideElement, NodeOf(item), position->Element->Name).Bound =
-            element.LocalName();
+        const TXmlNode& element = *children_[sibling.First].Node;
+        TSchemaFault& fault = Add(TSchemaFaultCode::OutsideElement, NodeOf(item), position->Element->Name);
+        fault.Bound = element.LocalName();
+        if (!content_.Missing && IsOnlyPlace(item, sibling)) {
+            fault.Remedy = TSchemaRemedy::MoveInto;
+            fault.Content = ContainerType(automaton_.Positions[sibling.Position].Element);
+            fault.Other = &element;
+        }
         owner_.Excuse(element, position->Element->Name);
         RemoveMissing(element, position->Element->Name);
         decisions_[item.First] = {position->Element, nullptr};
@@ -544,6 +574,11 @@ class TContentRecovery {
             fault.Bound = elsewhere ? owner_.Set().NamespaceUri(element.Namespace) : element.Name;
             if (elsewhere)
                 fault.Found = NamespaceOf(node);
+            if (item.Misnaming == TSchemaMisnaming::Spelling || NamesOf(item.Candidates).size() != 1)
+                continue;
+            fault.Remedy = TSchemaRemedy::Rename;
+            if (item.Position == kNone && !content_.Missing)
+                fault.Content = &content_.Type;
         }
     }
 
@@ -642,13 +677,47 @@ class TContentRecovery {
                 else if (!item.Candidates.empty() && !item.Unjudged)
                     present.insert(item.Candidates.front());
             fault.Expected = NamesOf({present.begin(), present.end()});
+            PlaceBy(fault, TSchemaRemedy::Sort);
             return;
         }
         for (const TOutOfOrder& entry : outOfOrder_) {
             TSchemaFault& fault = Add(TSchemaFaultCode::OutOfOrder, NodeOf(*entry.Item), *entry.Name);
+            PlaceBy(fault, TSchemaRemedy::Place);
             if (entry.Before != nullptr)
                 fault.Before = NodeOf(*entry.Before).LocalName();
         }
+    }
+
+    void PlaceBy(TSchemaFault& fault, TSchemaRemedy remedy) const {
+        if (content_.Missing)
+            return;
+        fault.Remedy = remedy;
+        fault.Content = &content_.Type;
+    }
+
+    /// An unknown element that belongs one level further out, or that stands around what belongs here.
+    void FindLevel(TSchemaFault& fault, const TSchemaChild& child) const {
+        const TXmlNode& node = *child.Node;
+        const TXmlNode& parent = *node.Parent();
+        if (content_.Missing)
+            return;
+        if (content_.Outer != nullptr && PositionOf(*content_.Outer, child.Name.Symbol) != nullptr &&
+            parent.Parent()->Child(node.LocalName()) == nullptr) {
+            fault.Remedy = TSchemaRemedy::MoveOut;
+            fault.Content = content_.Outer;
+            fault.Other = &parent;
+        } else if (node.Attributes().empty() && node.FirstChildTag() != nullptr &&
+                   std::ranges::all_of(node.ChildTags(), [&](const TXmlNode& inner) {
+                       return inner.Prefix() == node.Prefix() && Knows(inner.LocalName());
+                   })) {
+            fault.Remedy = TSchemaRemedy::Unwrap;
+        }
+    }
+
+    bool Knows(std::string_view name) const {
+        return std::ranges::any_of(automaton_.Positions, [name](const TSchemaPosition& position) {
+            return position.Element != nullptr && position.Element->Name == name;
+        });
     }
 
     void ReportUnknown(const TItem& item) {
@@ -658,6 +727,7 @@ class TContentRecovery {
             const TXmlNode& node = *children_[i].Node;
             TSchemaFault& fault = Add(TSchemaFaultCode::UnknownElement, node, node.LocalName());
             fault.Expected = NamesOf(ExpectedPositions(item));
+            FindLevel(fault, children_[i]);
         }
     }
 
@@ -815,8 +885,33 @@ std::vector<std::uint32_t> TSchemaDistances::Path(std::uint32_t state,
 std::vector<TSchemaDecision> TSchemaRecovery::Recover(const TSchemaComplexType& type, const TXmlNode& parent,
                                                       std::span<const TSchemaChild> children,
                                                       std::optional<std::uint32_t> forgiven,
+                                                      const TSchemaComplexType* outer,
                                                       std::vector<TSchemaFault>& faults) {
-    return TContentRecovery(*this, {type, parent.LocalName(), parent, children, forgiven}, faults).Run();
+    return TContentRecovery(*this, {type, parent.LocalName(), parent, children, forgiven, outer}, faults)
+        .Run();
+}
+
+bool TSchemaRecovery::CanGo(const TSchemaAutomaton& automaton, std::uint32_t position) {
+    if (automaton.IsAll)
+        return !automaton.Positions[position].Required;
+    const auto [known, added] = canGo_.try_emplace({&automaton, position}, true);
+    if (!added)
+        return known->second;
+    // From every place before it, the content goes on as it does after it.
+    const auto goesOn = [&](std::uint32_t state) {
+        const auto follow = automaton.Follow(state);
+        const auto after = automaton.Follow(position + 1);
+        return (automaton.Accepting[position + 1] == 0 || automaton.Accepting[state] != 0) &&
+               std::all_of(after.begin(), after.end(), [&](std::uint32_t next) {
+                   return std::find(follow.begin(), follow.end(), next) != follow.end();
+               });
+    };
+    for (std::uint32_t state = 0; state <= automaton.Positions.size() && known->second; ++state) {
+        const auto follow = automaton.Follow(state);
+        if (std::find(follow.begin(), follow.end(), position) != follow.end())
+            known->second = goesOn(state);
+    }
+    return known->second;
 }
 
 const TSchemaMeaning& TSchemaRecovery::MeaningOf(const TSchemaAutomaton& automaton, const TSchemaChild& child,

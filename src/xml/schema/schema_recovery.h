@@ -104,11 +104,15 @@ class TSchemaRecovery {
 
     /// Adds the faults of a parent's content to the list and answers how each child is to be judged. A fault
     /// that is better explained here is taken out of the list again. `forgiven`: a namespace in which the
-    /// children may stand, since the parent, of the same namespace, was reported for it.
+    /// children may stand, since the parent, of the same namespace, was reported for it. `outer`: the type of
+    /// the parent's parent, null when it has none.
     std::vector<TSchemaDecision> Recover(const TSchemaComplexType& type, const TXmlNode& parent,
                                          std::span<const TSchemaChild> children,
                                          std::optional<std::uint32_t> forgiven,
-                                         std::vector<TSchemaFault>& faults);
+                                         const TSchemaComplexType* outer, std::vector<TSchemaFault>& faults);
+
+    /// True when content that has an element at a position is right without it too.
+    bool CanGo(const TSchemaAutomaton& automaton, std::uint32_t position);
 
     const TSchemaSet& Set() const { return set_; }
     TSchemaDistances& DistancesOf(const TSchemaAutomaton& automaton) {
@@ -134,6 +138,7 @@ class TSchemaRecovery {
     std::unordered_map<const TSchemaAutomaton*, TSchemaDistances> distances_;
     std::map<TMeaningKey, TSchemaMeaning> meanings_;
     std::set<std::pair<const TXmlNode*, std::string>> excused_;
+    std::map<std::pair<const TSchemaAutomaton*, std::uint32_t>, bool> canGo_;
 };
 
 /// A fault at a node, its position taken from it.

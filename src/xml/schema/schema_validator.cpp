@@ -253,8 +253,32 @@ class TValidation {
             children.push_back({&child, scopes_.Element(child.Name())});
             scopes_.Leave(mark);
         }
-        decisions_.push_back(recovery_.Recover(*frame.Type, *frame.Node, children, frame.Forgiven, faults_));
+        const std::size_t around = frames_.size() - 1; // the frame is the innermost
+        const std::size_t first = faults_.size();
+        decisions_.push_back(recovery_.Recover(*frame.Type, *frame.Node, children, frame.Forgiven,
+                                               around > 0 ? frames_[around - 1].Type : nullptr, faults_));
         frame.Explained = true;
+        if (around == 0 || !children.empty() || !IsBlank(frame.Node->TextWithCData()))
+            return;
+        if (CanGo(frames_[around - 1], decisions_.size() - 1))
+            for (std::size_t i = first; i < faults_.size(); ++i)
+                faults_[i].Remedy = TSchemaRemedy::Remove;
+    }
+
+    /// True when a frame's content is right without the child that is being judged, which holds nothing.
+    /// `explained`: number of explained frames up to this one.
+    bool CanGo(const TFrame& frame, std::size_t explained) {
+        if (frame.Type == nullptr || frame.ChildIndex == 0)
+            return false;
+        const TSchemaAutomaton& automaton = frame.Type->Automaton;
+        if (!frame.Explained && !automaton.IsAll)
+            return frame.State > 0 && recovery_.CanGo(automaton, frame.State - 1);
+        const TSchemaElement* element =
+            frame.Explained ? decisions_[explained - 1][frame.ChildIndex - 1].Element : nullptr;
+        for (std::uint32_t p = 0; p < automaton.Positions.size() && element != nullptr; ++p)
+            if (automaton.Positions[p].Element == element)
+                return recovery_.CanGo(automaton, p);
+        return false;
     }
 
     /// `place`: the node that holds the text, a text or the element itself.
@@ -516,11 +540,16 @@ class TValidation {
             !trimmed.empty() && trimmed.size() != raw.size() && !type.Check(trimmed)) {
             TSchemaFault& fault = Add(TSchemaFaultCode::SpaceAround, node, attribute);
             fault.Found = raw;
+            fault.Type = &type;
             fault.Bound = trimmed;
             return;
         }
         TSchemaFault& fault = Add(found.Code, node, attribute);
         fault.Found = raw;
+        fault.Type = &type;
+        if (IsBlank(raw) && attribute == nullptr && node.Attributes().empty() && !frames_.empty() &&
+            CanGo(frames_.back(), decisions_.size()))
+            fault.Remedy = TSchemaRemedy::Remove;
         fault.Bound = found.Bound;
         fault.Count = found.Count;
         fault.Limit = found.Limit;

@@ -1,0 +1,184 @@
+#include "app/structure_judge.h"
+
+#include "app/correction_policy.h"
+#include "xml/xml_document.h"
+#include "xml/xml_writer.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace conferix {
+
+namespace {
+
+std::vector<std::string> LinesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        lines.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return lines;
+}
+
+/// What tells an error of the schema, or one that kept the schema from being asked.
+std::string CauseOf(const TXmlMessage& message) {
+    return message.Cause().empty() ? message.Reason() : message.Cause();
+}
+
+} // namespace
+
+TStructureJudge::TStructureJudge(const TValidadorController& controller, TXmlPtr xml, TValidateArgs& checked,
+                                 TAdmits admits)
+    : controller_(controller), xml_(std::move(xml)), admits_(std::move(admits)), checked_(checked) {
+    Fresh();
+    if (picked_.empty())
+        return;
+    MakeGroups();
+    before_ = Count(checked_, *checked_.ArquivoTiss->Xml(), ScopesOf(picked_));
+    for (const TPicked& picked : picked_)
+        causesOf_.push_back(LinesOf(CauseOf(*picked.Message)));
+}
+
+const std::vector<TStructureJudge::TPicked>& TStructureJudge::Fresh() {
+    if (used_)
+        checked_ = controller_.ValidateSchema(xml_);
+    else if (!picked_.empty())
+        return picked_;
+    used_ = false;
+    picked_.clear();
+    for (const auto& message : checked_.AllMessages)
+        for (const auto& solver : message->Solvers())
+            if (auto repair = std::dynamic_pointer_cast<TStructureSolver>(solver);
+                repair != nullptr && admits_(*message, *repair)) {
+                picked_.push_back({message, std::move(repair)});
+                break;
+            }
+    return picked_;
+}
+
+void TStructureJudge::MakeGroups() {
+    std::vector<std::size_t> heads(picked_.size()); // of each candidate's group, one that comes no later
+    std::iota(heads.begin(), heads.end(), std::size_t{0});
+    const auto headOf = [&](std::size_t candidate) {
+        while (heads[candidate] != candidate)
+            candidate = heads[candidate] = heads[heads[candidate]];
+        return candidate;
+    };
+    std::unordered_map<const TXmlNode*, std::size_t> owners;
+    for (std::size_t i = 0; i < picked_.size(); ++i)
+        for (const TXmlNode* node : picked_[i].Solver->Scope()) {
+            const std::size_t owner = headOf(owners.try_emplace(node, i).first->second);
+            const std::size_t own = headOf(i);
+            heads[std::max(owner, own)] = std::min(owner, own);
+        }
+    for (std::size_t i = 0; i < picked_.size(); ++i)
+        groups_.push_back(headOf(i));
+}
+
+TStructureJudge::TScopes TStructureJudge::ScopesOf(const std::vector<TPicked>& picked) const {
+    TScopes scopes;
+    for (std::size_t i = 0; i < picked.size(); ++i)
+        for (const TXmlNode* node : picked[i].Solver->Scope())
+            scopes.emplace(node, groups_[i]);
+    return scopes;
+}
+
+std::size_t TStructureJudge::GroupAround(const TXmlNode* node, const TScopes& scopes) {
+    for (; node != nullptr; node = node->Parent())
+        if (const auto found = scopes.find(node); found != scopes.end())
+            return found->second;
+    return kNoGroup;
+}
+
+TStructureJudge::TCauses TStructureJudge::Count(const TValidateArgs& checked, const TXmlDocument& tree,
+                                                const TScopes& scopes) {
+    TCauses causes;
+    const auto add = [&](const TXmlMessage& message, std::size_t group) {
+        for (std::string& cause : LinesOf(CauseOf(message))) {
+            TFound& found = causes[std::move(cause)];
+            ++found.Count;
+            ++found.Groups[group];
+        }
+    };
+    if (checked.ArquivoTiss == nullptr) {
+        for (const auto& message : checked.AllMessages)
+            add(*message, kNoGroup);
+        return causes;
+    }
+    // The tags of a tree and of the text that was written from it are the same.
+    const TFindingMap findings(*checked.ArquivoTiss->Xml(), checked.AllMessages);
+    auto entry = findings.Entries().begin();
+    TTagNumber number = 0;
+    for (const TXmlNode* node = &tree.Root(); node != nullptr && entry != findings.Entries().end();
+         node = node->NextInWalk(&tree.Root())) {
+        if (!node->IsTag())
+            continue;
+        for (; entry != findings.Entries().end() && entry->Number == number; ++entry)
+            add(*entry->Message, GroupAround(node, scopes));
+        ++number;
+    }
+    return causes;
+}
+
+TStructureJudge::TVerdict TStructureJudge::Try(const std::vector<std::size_t>& chosen) {
+    TVerdict verdict;
+    const std::vector<TPicked>& picked = Fresh();
+    const TScopes scopes = ScopesOf(picked);
+    const TXmlDocument& tree = *checked_.ArquivoTiss->Xml();
+    verdict.Records = RecordsOf(chosen);
+    used_ = true;
+    for (const std::size_t i : chosen)
+        picked[i].Solver->Solve();
+    for (std::size_t i = 0; i < chosen.size(); ++i)
+        if (const TXmlNode* target = picked[chosen[i]].Solver->Target())
+            verdict.Records[i].After = target->Value();
+    verdict.Xml = std::make_shared<const std::string>(WriteXml(tree));
+    verdict.Checked = controller_.ValidateSchema(verdict.Xml);
+    Compare(Count(verdict.Checked, tree, scopes), chosen, verdict);
+    return verdict;
+}
+
+std::vector<TCorrectionRecord> TStructureJudge::RecordsOf(const std::vector<std::size_t>& candidates) {
+    const std::vector<TPicked>& picked = Fresh();
+    std::vector<TCorrectionRecord> records;
+    for (const std::size_t i : candidates)
+        records.push_back(RecordOf(picked[i].Message, *picked[i].Solver));
+    return records;
+}
+
+void TStructureJudge::Compare(const TCauses& after, const std::vector<std::size_t>& chosen,
+                              TVerdict& verdict) const {
+    TCauses corrected;
+    for (const std::size_t i : chosen)
+        for (const std::string& cause : causesOf_[i]) {
+            TFound& found = corrected[cause];
+            ++found.Count;
+            ++found.Groups[groups_[i]];
+        }
+    const auto countIn = [](const TCauses& causes, const std::string& cause, std::size_t group) {
+        const auto found = causes.find(cause);
+        if (found == causes.end())
+            return std::size_t{0};
+        const auto inGroup = found->second.Groups.find(group);
+        return inGroup != found->second.Groups.end() ? inGroup->second : 0;
+    };
+    verdict.Right = true;
+    for (const auto& [cause, found] : after) {
+        const auto known = before_.find(cause);
+        const auto gone = corrected.find(cause);
+        const std::size_t own = gone != corrected.end() ? gone->second.Count : 0;
+        if (found.Count + own <= (known != before_.end() ? known->second.Count : 0))
+            continue;
+        verdict.Right = false;
+        for (const auto& [group, count] : found.Groups) {
+            const std::size_t mended = countIn(corrected, cause, group);
+            if (group == kNoGroup || count + mended <= countIn(before_, cause, group))
+                continue;
+            verdict.Objection.emplace(group,
+                                      mended > 0 ? "o erro continuaria" : "o arquivo ficaria com outro erro");
+        }
+    }
+}
+
+} // namespace conferix

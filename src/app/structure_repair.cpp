@@ -1,0 +1,210 @@
+#include "app/structure_repair.h"
+
+#include "app/structure_judge.h"
+#include "validation/validation_message.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <tuple>
+#include <utility>
+
+namespace conferix {
+
+namespace {
+
+using TXmlPtr = std::shared_ptr<const std::string>;
+using TStage = TStructureSolver::TStage;
+
+/// A correction may reveal what another one mends.
+constexpr int kMaxPasses = 5;
+/// Tries of one stage: enough for a few wrong corrections among any number of right ones.
+constexpr int kMaxTries = 64;
+
+/// Finds out which corrections of one stage can be applied together.
+class TStageRepair {
+  public:
+    explicit TStageRepair(TStructureJudge& judge) : judge_(judge) {
+        for (std::size_t i = 0; i < judge_.Count(); ++i) {
+            auto& pending = groups_[judge_.GroupOf(i)].Pending;
+            if (pending.empty())
+                pending.emplace_back();
+            pending.front().push_back(i);
+        }
+    }
+
+    /// The last try in which all was right; null when there was none.
+    std::unique_ptr<TStructureJudge::TVerdict> Run() {
+        for (int tries = 0; tries < kMaxTries && HasPending(); ++tries)
+            Advance();
+        for (auto& [number, group] : groups_)
+            for (const auto& chunk : group.Pending)
+                for (const std::size_t i : chunk)
+                    refused_[i] = "não foi possível conferi-la separada das outras";
+        if (best_ == nullptr || bestChosen_ != Chosen(false))
+            if (const std::vector<std::size_t> accepted = Chosen(false); !accepted.empty())
+                TryAccepted(accepted);
+        return std::move(best_);
+    }
+
+    /// Why corrections were not applied.
+    const std::map<std::size_t, std::string>& Refused() const { return refused_; }
+
+  private:
+    using TChunk = std::vector<std::size_t>;
+    struct TGroup {
+        TChunk Accepted;
+        std::vector<TChunk> Pending; ///< the last one is tried next
+    };
+
+    bool HasPending() const {
+        return std::any_of(groups_.begin(), groups_.end(),
+                           [](const auto& group) { return !group.second.Pending.empty(); });
+    }
+
+    TChunk Chosen(bool withPending) const {
+        TChunk chosen;
+        for (const auto& [number, group] : groups_) {
+            chosen.insert(chosen.end(), group.Accepted.begin(), group.Accepted.end());
+            if (withPending && !group.Pending.empty())
+                chosen.insert(chosen.end(), group.Pending.back().begin(), group.Pending.back().end());
+        }
+        std::sort(chosen.begin(), chosen.end());
+        return chosen;
+    }
+
+    void Advance() {
+        const TChunk chosen = Chosen(true);
+        TStructureJudge::TVerdict verdict = judge_.Try(chosen);
+        // An error for which no group on trial is to blame speaks against all of them.
+        const bool blamed = std::ranges::any_of(verdict.Objection, [this](const auto& objection) {
+            return !groups_[objection.first].Pending.empty();
+        });
+        for (auto& [number, group] : groups_) {
+            if (group.Pending.empty())
+                continue;
+            TChunk chunk = std::move(group.Pending.back());
+            group.Pending.pop_back();
+            const auto objection = verdict.Objection.find(number);
+            if (verdict.Right || (blamed && objection == verdict.Objection.end())) {
+                group.Accepted.insert(group.Accepted.end(), chunk.begin(), chunk.end());
+            } else if (chunk.size() == 1) {
+                refused_[chunk.front()] =
+                    blamed ? objection->second : std::string("o arquivo ficaria com outro erro");
+            } else {
+                const auto middle = chunk.begin() + static_cast<std::ptrdiff_t>(chunk.size() / 2);
+                group.Pending.emplace_back(middle, chunk.end());
+                group.Pending.emplace_back(chunk.begin(), middle);
+            }
+        }
+        if (verdict.Right)
+            Keep(std::move(verdict), chosen);
+    }
+
+    void TryAccepted(const TChunk& accepted) {
+        TStructureJudge::TVerdict verdict = judge_.Try(accepted);
+        if (verdict.Right)
+            return Keep(std::move(verdict), accepted);
+        for (const std::size_t i : accepted)
+            if (!std::binary_search(bestChosen_.begin(), bestChosen_.end(), i))
+                refused_[i] = "o arquivo ficaria com outro erro";
+    }
+
+    void Keep(TStructureJudge::TVerdict verdict, TChunk chosen) {
+        best_ = std::make_unique<TStructureJudge::TVerdict>(std::move(verdict));
+        bestChosen_ = std::move(chosen);
+    }
+
+    TStructureJudge& judge_;
+    std::map<std::size_t, TGroup> groups_;
+    std::map<std::size_t, std::string> refused_;
+    std::unique_ptr<TStructureJudge::TVerdict> best_;
+    TChunk bestChosen_;
+};
+
+class TStructureRun {
+  public:
+    TStructureRun(const TValidadorController& controller, TXmlPtr xml, bool withLoss)
+        : controller_(controller), withLoss_(withLoss), checked_(controller.ValidateSchema(xml)) {
+        result_.Xml = std::move(xml);
+    }
+
+    TCorrectionResult Run() {
+        bool changed = checked_.ArquivoTiss != nullptr;
+        for (int pass = 0; pass < kMaxPasses && changed; ++pass) {
+            changed = false;
+            refused_.clear();
+            result_.LeftOut.clear();
+            for (const TStage stage : TStructureSolver::kStages)
+                if (stage != TStage::Losses || withLoss_)
+                    while (RunStage(stage))
+                        changed = true;
+        }
+        return std::move(result_);
+    }
+
+  private:
+    using TRefusal = std::tuple<std::string, std::string, std::string>;
+
+    static TRefusal RefusalOf(const TXmlMessage& message, const std::string& description) {
+        return {message.Cause(), message.NumeroGuia(), description};
+    }
+
+    /// Applies what can be of a stage; true when something was.
+    bool RunStage(TStage stage) {
+        TStructureJudge judge(controller_, result_.Xml, checked_,
+                              [&](const TXmlMessage& message, const TStructureSolver& solver) {
+                                  return solver.Stage() == stage &&
+                                         (refused_.empty() ||
+                                          refused_.count(RefusalOf(message, solver.Description())) == 0);
+                              });
+        if (judge.Count() == 0)
+            return false;
+        TStageRepair repair(judge);
+        auto best = repair.Run();
+        if (!repair.Refused().empty())
+            Refuse(judge, repair.Refused());
+        const bool changed = best != nullptr && *best->Xml != *result_.Xml;
+        if (changed) {
+            result_.Xml = best->Xml;
+            result_.Applied.insert(result_.Applied.end(), best->Records.begin(), best->Records.end());
+            checked_ = std::move(best->Checked);
+        } else {
+            judge.Restore();
+        }
+        return changed;
+    }
+
+    void Refuse(TStructureJudge& judge, const std::map<std::size_t, std::string>& refused) {
+        std::vector<std::size_t> candidates;
+        for (const auto& [candidate, reason] : refused)
+            candidates.push_back(candidate);
+        std::vector<TCorrectionRecord> records = judge.RecordsOf(candidates);
+        auto reason = refused.begin();
+        for (TCorrectionRecord& record : records) {
+            record.Reason = (reason++)->second;
+            refused_.insert(RefusalOf(*record.Message, record.Description));
+            result_.LeftOut.push_back(std::move(record));
+        }
+    }
+
+    const TValidadorController& controller_;
+    bool withLoss_;
+    TValidateArgs checked_;
+    TCorrectionResult result_;
+    std::set<TRefusal> refused_;
+};
+
+} // namespace
+
+TCorrectionResult RepairStructure(TValidadorController& controller, const TXmlPtr& xml,
+                                  const std::vector<std::string>& enabledValidations, bool withLoss) {
+    TCorrectionResult result = TStructureRun(controller, xml, withLoss).Run();
+    if (!result.Applied.empty())
+        controller.Modify();
+    LogCorrections(controller.FileName(), result.Applied);
+    controller.Validate(result.Xml, enabledValidations);
+    return result;
+}
+
+} // namespace conferix

@@ -1,0 +1,238 @@
+#include "validation/value_repair.h"
+
+#include "model/unidade_federativa.h"
+#include "xml/schema/compiled_schema.h"
+#include "xml/xml_node.h"
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <vector>
+
+namespace conferix {
+
+namespace {
+
+using TReading = std::optional<std::string>;
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool AllDigits(std::string_view text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
+}
+
+/// The text without white space and no-break spaces at its ends.
+std::string_view TrimBlanks(std::string_view text) {
+    constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
+    for (std::size_t before = 0; before != text.size();) {
+        before = text.size();
+        text = TrimXmlSpace(text);
+        if (text.starts_with(kNoBreakSpace))
+            text.remove_prefix(kNoBreakSpace.size());
+        if (text.ends_with(kNoBreakSpace))
+            text.remove_suffix(kNoBreakSpace.size());
+    }
+    return text;
+}
+
+/// True for a text of the shape in which 9 stands for a digit, A for a digit or an upper-case letter.
+bool HasShape(std::string_view text, std::string_view shape) {
+    return std::equal(text.begin(), text.end(), shape.begin(), shape.end(), [](char c, char wanted) {
+        const bool alphanumeric = IsDigit(c) || (c >= 'A' && c <= 'Z');
+        return wanted == '9' ? IsDigit(c) : wanted == 'A' ? alphanumeric : c == wanted;
+    });
+}
+
+// ---- numbers
+
+std::vector<std::string_view> Split(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
+    for (std::size_t end = 0; end != std::string_view::npos; text.remove_prefix(end + 1)) {
+        end = text.find(separator);
+        parts.push_back(text.substr(0, end));
+        if (end == std::string_view::npos)
+            break;
+    }
+    return parts;
+}
+
+/// The digits of groups of thousands: "1.234.567" is 1234567.
+TReading WithoutThousands(std::string_view text, char separator) {
+    const std::vector<std::string_view> groups = Split(text, separator);
+    std::string digits;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const bool right = i == 0 ? groups[0].size() <= 3 && groups[0].front() != '0' : groups[i].size() == 3;
+        if (!AllDigits(groups[i]) || !right)
+            return std::nullopt;
+        digits += groups[i];
+    }
+    return digits;
+}
+
+/// A number of digits and at most one decimal point. Nothing where a separator could be one of thousands as
+/// well as the decimal one: "1,234", "1.500".
+TReading NumberOf(std::string_view text) {
+    const std::size_t points = static_cast<std::size_t>(std::count(text.begin(), text.end(), '.'));
+    const std::size_t commas = static_cast<std::size_t>(std::count(text.begin(), text.end(), ','));
+    if (points + commas == 0)
+        return AllDigits(text) ? TReading(text) : std::nullopt;
+    if (points + commas > 1 && (points == 0 || commas == 0))
+        return WithoutThousands(text, points == 0 ? ',' : '.');
+    const std::size_t decimal = text.find_last_of(".,");
+    const std::string_view fraction = text.substr(decimal + 1);
+    std::string_view whole = text.substr(0, decimal);
+    if (!AllDigits(fraction) || whole.empty())
+        return std::nullopt;
+    TReading digits;
+    if (points + commas == 1) {
+        const bool thousands = fraction.size() == 3 && whole.size() <= 3 && whole.front() != '0';
+        if (AllDigits(whole) && !thousands)
+            digits = std::string(whole);
+    } else {
+        const char other = text[decimal] == ',' ? '.' : ',';
+        if (whole.find(text[decimal]) == std::string_view::npos)
+            digits = WithoutThousands(whole, other);
+    }
+    if (!digits)
+        return std::nullopt;
+    return *digits + '.' + std::string(fraction);
+}
+
+void AddNumber(const TSchemaSimpleType& type, std::string_view text, std::set<std::string>& readings) {
+    const bool negative = text.starts_with('-');
+    TReading number =
+        text.size() > (negative ? 1U : 0U) ? NumberOf(text.substr(negative ? 1 : 0)) : std::nullopt;
+    if (!number)
+        return;
+    if (negative)
+        number->insert(0, 1, '-');
+    // Zeros at the end of the decimals go as far as the type demands it.
+    while (type.Check(*number) && number->find('.') != std::string::npos &&
+           (number->back() == '0' || number->back() == '.'))
+        number->pop_back();
+    readings.insert(*number);
+}
+
+// ---- days and times
+
+TReading IsoDate(std::string_view text) {
+    if (HasShape(text, "9999-99-99"))
+        return std::string(text);
+    if (!HasShape(text, "99/99/9999"))
+        return std::nullopt;
+    return std::string(text.substr(6)) + '-' + std::string(text.substr(3, 2)) + '-' +
+           std::string(text.substr(0, 2));
+}
+
+TReading IsoTime(std::string_view text) {
+    if (HasShape(text, "99:99:99"))
+        return std::string(text);
+    return HasShape(text, "99:99") ? TReading(std::string(text) + ":00") : std::nullopt;
+}
+
+void AddDateTime(std::string_view text, std::set<std::string>& readings) {
+    constexpr std::size_t kDateLength = 10;
+    if (text.size() <= kDateLength || (text[kDateLength] != ' ' && text[kDateLength] != 'T'))
+        return;
+    const TReading date = IsoDate(text.substr(0, kDateLength));
+    const TReading time = IsoTime(text.substr(kDateLength + 1));
+    if (date && time)
+        readings.insert(*date + 'T' + *time);
+}
+
+// ---- documents and codes
+
+bool IsPunctuation(char c) {
+    return c == '.' || c == '-' || c == '/';
+}
+
+/// The digits of a document or code written with punctuation; nothing for what looks like an amount or a day.
+TReading WithoutPunctuation(std::string_view text) {
+    std::string bare;
+    std::copy_if(text.begin(), text.end(), std::back_inserter(bare),
+                 [](char c) { return !IsPunctuation(c); });
+    if (bare.size() == text.size())
+        return std::nullopt;
+    if (HasShape(text, "AA.AAA.AAA/AAAA-99"))
+        return bare;
+    const bool amount = text.size() == bare.size() + 1 && text.find('.') != std::string_view::npos;
+    const bool date =
+        HasShape(text, "99/99/9999") || HasShape(text, "9999-99-99") || HasShape(text, "99.99.9999");
+    if (!AllDigits(bare) || !IsDigit(text.front()) || !IsDigit(text.back()) || amount || date)
+        return std::nullopt;
+    return bare;
+}
+
+void AddCodes(const TSchemaSimpleType& type, std::string_view text, std::set<std::string>& readings) {
+    const auto& codes = type.CodeKeys;
+    const auto addPadded = [&](std::string code) {
+        readings.insert(code);
+        const std::size_t longest = code.size() + 3;
+        while (AllDigits(code) && code.size() < longest)
+            readings.insert(code.insert(0, 1, '0'));
+    };
+    addPadded(std::string(text));
+    if (const TReading bare = WithoutPunctuation(text))
+        addPadded(*bare);
+    // Other lists have codes that look like those of states, but none has all of them.
+    const std::string_view other = OtherCodeOfUf(text);
+    const bool letters = !other.empty() && !IsDigit(other.front());
+    if (!other.empty() && std::ranges::all_of(kUnidadesFederativas, [&](const TUnidadeFederativa& uf) {
+            return codes.find(letters ? uf.Sigla : uf.Ibge) != codes.end();
+        }))
+        readings.insert(std::string(other));
+}
+
+void AddTexts(const TSchemaSimpleType& type, std::string_view text, std::set<std::string>& readings) {
+    constexpr std::size_t kCpf = 11;
+    constexpr std::size_t kCnpj = 14;
+    if (const TReading bare = WithoutPunctuation(text))
+        readings.insert(*bare);
+    // A number of fixed length that lost its zero; of a CPF or CNPJ any digit may be the one that is missing.
+    const std::string padded = '0' + std::string(text);
+    if (AllDigits(text) && padded.size() != kCpf && padded.size() != kCnpj && type.Check('0' + padded))
+        readings.insert(padded);
+}
+
+} // namespace
+
+std::optional<std::string> RepairedValue(const TSchemaSimpleType& type, std::string_view raw) {
+    const std::string_view text = TrimBlanks(raw);
+    if (text.empty())
+        return std::nullopt;
+    if (text != raw && !type.Check(text))
+        return std::string(text);
+    std::set<std::string> readings;
+    switch (type.Kind) {
+    case TSchemaValueKind::Decimal:
+    case TSchemaValueKind::Integer:
+        AddNumber(type, text, readings);
+        break;
+    case TSchemaValueKind::Date:
+        if (const TReading date = IsoDate(text))
+            readings.insert(*date);
+        break;
+    case TSchemaValueKind::Time:
+        if (const TReading time = IsoTime(text))
+            readings.insert(*time);
+        break;
+    case TSchemaValueKind::DateTime:
+        AddDateTime(text, readings);
+        break;
+    case TSchemaValueKind::String:
+        if (type.CodeKeys.empty())
+            AddTexts(type, text, readings);
+        else
+            AddCodes(type, text, readings);
+        break;
+    default:
+        break;
+    }
+    std::erase_if(readings,
+                  [&](const std::string& reading) { return reading == raw || type.Check(reading); });
+    return readings.size() == 1 ? std::optional(*readings.begin()) : std::nullopt;
+}
+
+} // namespace conferix
