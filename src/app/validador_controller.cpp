@@ -5,6 +5,7 @@
 #include "model/arquivo_tiss_factory.h"
 #include "model/tiss_exceptions.h"
 #include "model/tiss_kinds.h"
+#include "model/web_services.h"
 #include "platform/format_settings.h"
 #include "platform/platform.h"
 #include "validation/schema_rule.h"
@@ -267,6 +268,8 @@ TValidateArgs TValidadorController::Read(const TTissFile& file) const {
         result.ArquivoTiss = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
     } catch (const ETissException&) {
         result.AllMessages.push_back(FailureMessage());
+        if (std::string hint = WebServiceHint(*parsed.Document); !hint.empty())
+            result.AllMessages.push_back(TXmlMessage::CreateInfo(std::move(hint)));
     }
     return result;
 }

@@ -17,4 +17,13 @@ void TGuiaTissBase::Accept(IArquivoTissVisitor& visitor) const {
     }
 }
 
+std::string_view TGuiaTissBase::NumeroMostrado() const {
+    if (const std::string_view number = NumeroGuia(); !number.empty() || !HasNode())
+        return number;
+    for (const TXmlNode* node = Node(); node != nullptr; node = node->NextInWalk(Node()))
+        if (node->IsTag() && node->LocalName().starts_with("numeroGuia") && !node->Value().empty())
+            return node->Value();
+    return {};
+}
+
 } // namespace conferix

@@ -23,6 +23,9 @@ class TGuiaTissBase : public TXmlBinding {
     TEnumTipoGuia TipoGuia() const { return tipo_; }
     /// The provider's number of the guide (numeroGuiaPrestador); empty when absent.
     std::string_view NumeroGuia() const { return Field(names_->NumeroGuia).Text(); }
+    /// The number by which people know the guide: the provider's, else the first number of a guide below the
+    /// element, as where its header is misnamed; empty when there is none.
+    std::string_view NumeroMostrado() const;
     /// The total that the guide declares, in reais; 0 when absent or no number.
     double ValorTotalGuia() const { return CampoValorTotalGuia().Number().value_or(0); }
     /// The element of that total; absent in the consultation guides of 2.x.

@@ -29,8 +29,11 @@ std::string CompetenciaText(std::string_view text) {
 
 TInformationGroup LoteGuiasGroup(const TXmlDocument& document, const ILoteGuias& lote,
                                  const TFormatSettings& formats) {
+    std::string prestador(TTissUtils::NomeContratado(document));
+    if (prestador.empty())
+        prestador = TTissUtils::CodigoContratado(document);
     TInformationGroup group = {"Lote de Guias",
-                               {{"Prestador", std::string(TTissUtils::NomeContratado(document))},
+                               {{"Prestador", std::move(prestador)},
                                 {"Operadora", std::string(TTissUtils::RegistroANS(document))},
                                 {"Nº do Lote", std::string(lote.NumeroLote().Text())}}};
     const std::int64_t count = lote.QtdGuias();

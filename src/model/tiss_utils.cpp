@@ -100,4 +100,33 @@ std::string_view TTissUtils::NomeContratado(const TXmlDocument& document) {
     return {};
 }
 
+std::string TTissUtils::CodigoContratado(const TXmlDocument& document) {
+    struct TLabel {
+        std::string_view Name;
+        std::string_view Label;
+    };
+    static constexpr std::array<TLabel, 8> kLabels = {{{"codigoPrestadorNaOperadora", "código "},
+                                                       {"codigonaOperadora", "código "},
+                                                       {"CNPJ", "CNPJ "},
+                                                       {"cnpjContratado", "CNPJ "},
+                                                       {"cnpjPrestador", "CNPJ "},
+                                                       {"CPF", "CPF "},
+                                                       {"cpf", "CPF "},
+                                                       {"cpfContratado", "CPF "}}};
+    const auto codeBelow = [](const TXmlNode& provider) {
+        for (const TXmlNode* node = &provider; node != nullptr; node = node->NextInWalk(&provider))
+            for (const auto& [name, label] : kLabels)
+                if (node->IsTag() && node->LocalName() == name && !node->Value().empty())
+                    return std::string(label).append(node->Value());
+        return std::string();
+    };
+    if (const TXmlNode* lote = document.Root().FirstDescendant("loteGuias"))
+        for (const TXmlNode* node = lote->NextInWalk(lote); node != nullptr; node = node->NextInWalk(lote))
+            if (node->IsTag() && IsContratado(*node))
+                if (std::string code = codeBelow(*node); !code.empty())
+                    return code;
+    const TXmlNode* identification = document.Root().FirstDescendant("identificacaoPrestador");
+    return identification != nullptr ? codeBelow(*identification) : std::string();
+}
+
 } // namespace conferix

@@ -3,6 +3,7 @@
 
 #include "xml/xml_document.h"
 
+#include <string>
 #include <string_view>
 
 namespace conferix {
@@ -30,6 +31,9 @@ class TTissUtils {
     /// guide of 2.x that is the place of the services (contratado), which stands before who rendered them.
     /// Who only requested the services (dadosSolicitante) is not it.
     static std::string_view NomeContratado(const TXmlDocument& document);
+    /// What stands for the name where a lot has none, as from 4.00.00 on: "código 123", "CNPJ ..." or "CPF
+    /// ..." of the same provider, else of the header's; empty when there is none.
+    static std::string CodigoContratado(const TXmlDocument& document);
 };
 
 } // namespace conferix

@@ -8,7 +8,7 @@ namespace conferix {
 
 void TGuiaTissValidation::StartGuia(const IGuiaTiss& guia) {
     StartVisit();
-    numeroGuia_ = guia.NumeroGuia();
+    numeroGuia_ = guia.NumeroMostrado();
 }
 
 std::shared_ptr<TValidationMessage> TGuiaTissValidation::NewMessage(TMessageType type, std::string text,

@@ -25,9 +25,10 @@ void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
     const TXmlDocument& document = *file->Xml();
     const auto [hashIso, hashUtf8] = THashCalculator::CalculateBoth(document);
     const TXmlNode* hash = file->HashNode();
+    // A missing epilogue is the schema's matter, and told once.
+    if (hash == nullptr && file->EpilogoNode() == nullptr)
+        return;
     const TXmlNode* place = hash != nullptr ? hash : file->EpilogoNode();
-    if (place == nullptr)
-        place = document.Element();
     const std::string written = CutText(file->Hash(), kShownFound);
     const std::string found = LowerCase(file->Hash());
 

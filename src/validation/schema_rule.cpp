@@ -234,8 +234,8 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
                                  : TSchemaMessages::Sentence(fault);
         const IGuiaTiss* guia = guias.has_value() ? guias->ByNode(*fault.Node) : nullptr;
         const auto message = TLoteGuiasValidationMessage::CreateError(
-            this, std::string(guia != nullptr ? guia->NumeroGuia() : std::string_view{}), std::move(reason),
-            fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
+            this, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
+            std::move(reason), fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
         message->SetKind(KindOf(fault.Code));
         message->SetGroupKey(fault.GroupKey());
         message->SetCause(CauseOf(fault));

@@ -201,6 +201,10 @@ class TCommandLine {
         CLI::Option* noLugar =
             command->add_flag("--no-lugar", corrigir_.NoLugar, "Grava sobre o arquivo")->excludes(saida);
         command
+            ->add_flag("--renomear", corrigir_.Renomear,
+                       "Com --no-lugar, dá o nome novo ao arquivo cujo nome leva o hash")
+            ->needs(noLugar);
+        command
             ->add_option("--codificacao", corrigir_.Codificacao,
                          "Grava em ISO-8859-1 ou UTF-8, e declara essa codificação")
             ->option_text("NOME")

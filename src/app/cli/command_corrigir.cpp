@@ -8,10 +8,12 @@
 #include "platform/platform.h"
 #include "validation/signature.h"
 #include "xml/cut_text.h"
+#include "xml/lower_case.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 #include <ostream>
 #include <utility>
@@ -41,6 +43,28 @@ TSolverChoice ChoiceOf(const TCorrigirOptions& options) {
 std::size_t CountFailures(const TXmlMessages& messages) {
     return static_cast<std::size_t>(
         std::count_if(messages.begin(), messages.end(), [](const auto& m) { return m->IsFailure(); }));
+}
+
+/// The name of a file whose name carries number and hash of its lot (20 digits, "_", 32 hexadecimal digits)
+/// with another hash; empty where it does not, or the hash is the same.
+std::filesystem::path NameWithHash(const std::filesystem::path& name, const std::string& hash) {
+    constexpr std::size_t kNumber = 20;
+    constexpr std::size_t kHash = 32;
+    std::string stem = PathText(name.stem());
+    const bool fits = stem.size() == kNumber + 1 + kHash && stem[kNumber] == '_' && hash.size() == kHash &&
+                      stem.find_first_not_of("0123456789") == kNumber &&
+                      stem.find_first_not_of("0123456789abcdefABCDEF", kNumber + 1) == std::string::npos;
+    if (!fits || LowerCase(stem.substr(kNumber + 1)) == LowerCase(hash))
+        return {};
+    const bool upper = stem.find_first_of("abcdef", kNumber + 1) == std::string::npos &&
+                       stem.find_first_of("ABCDEF", kNumber + 1) != std::string::npos;
+    std::string written = LowerCase(hash);
+    if (upper)
+        std::ranges::transform(written, written.begin(), [](char c) {
+            return c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c;
+        });
+    stem.replace(kNumber + 1, kHash, written);
+    return PathFromText(stem + PathText(name.extension()));
 }
 
 /// Corrects one file.
@@ -73,8 +97,9 @@ class TCorrection {
         }
         const TTissFile after = before.WithText(result.Xml, controller_->Encoding());
         Write(before, after);
+        const std::string renamed = Rename(after);
         if (context_.Json())
-            context_.Streams.Out << JsonText(Report(before, after, result)) << '\n';
+            context_.Streams.Out << JsonText(Report(before, after, result, renamed)) << '\n';
         Summarize(result);
         return Status();
     }
@@ -200,11 +225,40 @@ class TCorrection {
         }
     }
 
-    TJson Report(const TTissFile& before, const TTissFile& after, const TCorrectionResult& result) const {
+    /// The name that a file with lot number and hash in its name gets by a correction, which is told, or
+    /// given to it on request; empty for none.
+    std::string Rename(const TTissFile& after) const {
+        const std::filesystem::path file = PathFromText(options_.Arquivo);
+        const std::filesystem::path name =
+            NameWithHash(file.filename(), std::string(Result().ArquivoTiss->Hash()));
+        if (name.empty())
+            return {};
+        const std::filesystem::path target = file.parent_path() / name;
+        if (!options_.Renomear || after.Bytes() != ReadWholeFile(file)) {
+            context_.Warning(
+                fmt::format("{}: o nome do arquivo leva o hash; com o hash corrigido, o nome é {}",
+                            options_.Arquivo, PathText(name)));
+            return PathText(name);
+        }
+        std::error_code failure;
+        if (std::filesystem::exists(target, failure))
+            throw EFileNotWritten(target, "já existe um arquivo com esse nome");
+        std::filesystem::rename(file, target, failure);
+        if (failure)
+            throw EFileNotWritten(target, ReasonText(failure));
+        context_.Streams.Err << fmt::format("{}: o arquivo agora se chama {}\n", options_.Arquivo,
+                                            PathText(name));
+        return PathText(name);
+    }
+
+    TJson Report(const TTissFile& before, const TTissFile& after, const TCorrectionResult& result,
+                 const std::string& renamed) const {
         TJson report = {{"arquivo", options_.Arquivo},
                         {"correcoes", TJson::array()},
                         {"naoCorrigidas", TJson::array()},
                         {"valido", Status() == kExitValid}};
+        if (!renamed.empty())
+            report["nome"] = renamed;
         if (!options_.Codificacao.empty())
             report["codificacao"] = options_.Codificacao;
         for (const TCorrectionRecord& record : result.Applied)

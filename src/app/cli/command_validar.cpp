@@ -3,10 +3,14 @@
 #include "app/cli/message_json.h"
 #include "app/cli/progress.h"
 #include "app/message_groups.h"
+#include "model/lote_guias.h"
+#include "model/mensagem_tiss.h"
 #include "model/tiss_kinds.h"
+#include "model/tiss_utils.h"
 #include "platform/platform.h"
 #include "validation/solver.h"
 #include "validation/validation_message.h"
+#include "xml/cut_text.h"
 #include "xml/lower_case.h"
 
 #include <fmt/format.h>
@@ -18,11 +22,35 @@
 #include <optional>
 #include <ostream>
 #include <thread>
+#include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 namespace conferix {
 
 namespace {
+
+/// A guide of a lot, to be found again in other files.
+struct TBilledGuide {
+    std::string Key; ///< provider and number
+    std::string Number;
+    std::int32_t Line;
+};
+
+std::vector<TBilledGuide> GuidesOf(const TValidateArgs& result) {
+    std::vector<TBilledGuide> guides;
+    const auto* mensagem = dynamic_cast<const IMensagemTiss*>(result.ArquivoTiss.get());
+    if (mensagem == nullptr || mensagem->TipoTransacao() != TEnumTipoTransacaoTiss::tmEnvioLoteGuias)
+        return guides;
+    const TXmlDocument& document = *mensagem->Xml();
+    const std::string provider = fmt::format("{}/{}/{}/", TTissUtils::IdentificacaoPrestadorCnpj(document),
+                                             TTissUtils::IdentificacaoPrestadorCpf(document),
+                                             TTissUtils::IdentificacaoPrestadorCodigoNaOperadora(document));
+    for (const IGuiaTiss& guia : mensagem->LoteGuias().Guias())
+        if (const std::string number(guia.NumeroGuia()); !number.empty())
+            guides.push_back({provider + number, number, static_cast<std::int32_t>(guia.Node()->Line())});
+    return guides;
+}
 
 /// What came of one file: the text to print and the exit status that it asks for.
 struct TFileReport {
@@ -30,6 +58,7 @@ struct TFileReport {
     int Status = kExitValid;
     std::string Error;                   ///< told on standard error
     std::filesystem::path MissingSchema; ///< the user is told how to install it
+    std::vector<TBilledGuide> Guides;    ///< kept where several files are validated
 };
 
 std::vector<std::string> EnabledRules(const TCliContext& context, const std::vector<std::string>& disabled) {
@@ -133,8 +162,10 @@ class TReporter {
     static std::string Kind(const TValidateArgs& result, const std::string& versao) {
         if (result.ArquivoTiss == nullptr)
             return {};
-        return fmt::format("  {}, {}, versão {}\n", KindOf(result.ArquivoTiss->TipoArquivo()).Title,
-                           result.ArquivoTiss->TextoTipoTransacao(), versao);
+        const std::string_view transacao = result.ArquivoTiss->TextoTipoTransacao();
+        return fmt::format("  {}, {}, {}\n", KindOf(result.ArquivoTiss->TipoArquivo()).Title,
+                           transacao.empty() ? "transação não informada" : transacao,
+                           versao.empty() ? "versão não informada" : "versão " + versao);
     }
 
     std::string Text(const TValidateArgs& result, const std::string& versao, const TXmlMessages& listed,
@@ -212,7 +243,7 @@ class TReporter {
 };
 
 TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, const std::string& name,
-                         const std::vector<std::string>& enabled) {
+                         const std::vector<std::string>& enabled, bool oneOfSeveral) {
     TFileReport report;
     const auto controller = context.NewController();
     std::shared_ptr<const std::string> text;
@@ -222,6 +253,8 @@ TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, 
         report.Text = reporter.Report(result, controller->VersaoTiss());
         report.Status = result.FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
         report.MissingSchema = result.MissingSchema;
+        if (oneOfSeveral)
+            report.Guides = GuidesOf(result);
     });
     const auto unreadable = [&](const std::string& reason) {
         report.Error = fmt::format("{}: {}", name, reason);
@@ -261,6 +294,7 @@ class TOutput {
     void Add(std::size_t index, TFileReport report) {
         const std::lock_guard lock(mutex_);
         progress_.End();
+        Note(index, report);
         ++byStatus_[static_cast<std::size_t>(report.Status)];
         if (context_.Formato == "ndjson") {
             Print(report);
@@ -273,7 +307,7 @@ class TOutput {
         }
     }
 
-    int Finish() {
+    int Finish(const std::vector<std::string>& files) {
         if (context_.Json())
             out_ << (printed_ == 0 ? "]\n" : "\n]\n");
         else if (context_.Formato == "texto" && printed_ > 1)
@@ -285,12 +319,51 @@ class TOutput {
                          ? std::string()
                          : fmt::format(", {}", Counted(byStatus_[kExitUnreadable], "não lido", "não lidos")))
                  << ".\n";
+        TellRepeated(files);
         if (byStatus_[kExitUnreadable] != 0)
             return kExitUnreadable;
         return byStatus_[kExitInvalid] != 0 ? kExitInvalid : kExitValid;
     }
 
   private:
+    /// Where a guide was billed first, and where again.
+    struct TBilled {
+        std::size_t File;
+        std::int32_t Line;
+
+        auto operator<=>(const TBilled&) const = default;
+    };
+    struct TRepeated {
+        std::string Number;
+        TBilled First;
+        TBilled Again;
+    };
+
+    void Note(std::size_t file, const TFileReport& report) {
+        for (const TBilledGuide& guide : report.Guides) {
+            const TBilled here{file, guide.Line};
+            const auto [known, added] = billed_.try_emplace(guide.Key, here);
+            if (!added && known->second.File != file)
+                repeated_.push_back(
+                    {guide.Number, std::min(known->second, here), std::max(known->second, here)});
+        }
+    }
+
+    /// Guides of one provider that are in two files; a second bill is refused.
+    void TellRepeated(const std::vector<std::string>& files) {
+        constexpr std::size_t kTold = 50;
+        std::ranges::sort(repeated_, {},
+                          [](const TRepeated& guide) { return std::pair(guide.First, guide.Again); });
+        for (std::size_t i = 0; i < std::min(repeated_.size(), kTold); ++i) {
+            const TRepeated& guide = repeated_[i];
+            context_.Warning(fmt::format("{}: Guia {} está também em {}, linha {}", files[guide.First.File],
+                                         CutText(guide.Number), files[guide.Again.File], guide.Again.Line));
+        }
+        if (repeated_.size() > kTold)
+            context_.Warning(fmt::format("e mais {} em dois arquivos",
+                                         Counted(repeated_.size() - kTold, "guia", "guias")));
+    }
+
     void Print(const TFileReport& report) {
         progress_.Clear();
         if (context_.Json())
@@ -320,6 +393,8 @@ class TOutput {
     std::size_t printed_ = 0;
     std::array<std::size_t, 4> byStatus_{};
     bool advised_ = false;
+    std::unordered_map<std::string, TBilled> billed_; ///< by provider and number
+    std::vector<TRepeated> repeated_;
 };
 
 } // namespace
@@ -333,7 +408,7 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
     const auto work = [&] {
         for (std::size_t index = next++; index < files.size(); index = next++) {
             output.Progress().Begin(files[index]);
-            output.Add(index, ValidateFile(context, reporter, files[index], enabled));
+            output.Add(index, ValidateFile(context, reporter, files[index], enabled, files.size() > 1));
         }
     };
     std::vector<std::jthread> threads;
@@ -341,7 +416,7 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
         threads.emplace_back(work);
     work();
     threads.clear(); // waits for them
-    return output.Finish();
+    return output.Finish(files);
 }
 
 } // namespace conferix

@@ -151,6 +151,7 @@ struct TCorrigirOptions {
     std::string Saida;
     bool NoLugar = false;
     bool Simular = false;
+    bool Renomear = false;   ///< with NoLugar, where the file's name carries its hash
     std::string Codificacao; ///< ISO-8859-1 or UTF-8; empty: as the file is
 };
 int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options);
