@@ -116,8 +116,26 @@ std::vector<TMessageGroup> GroupMessages(const TXmlMessages& messages) {
     return groups;
 }
 
+namespace {
+
+constexpr std::size_t kShownPlaces = 3;
+
+/// The first items of a group, where they tell more than lines; empty where they do not.
+std::string ItemsOf(const TXmlMessages& messages, const TMessageGroup& group) {
+    std::string items;
+    const std::size_t count = group.Messages.size();
+    for (std::size_t i = 0; i < std::min(count, kShownPlaces); ++i) {
+        const std::string& item = messages[group.Messages[i]]->Item();
+        if (item.empty())
+            return {};
+        items += (i == 0 ? "" : ", ") + item;
+    }
+    return count > kShownPlaces ? fmt::format("{} e mais {}", items, count - kShownPlaces) : items;
+}
+
+} // namespace
+
 std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group) {
-    constexpr std::size_t kShownLines = 3;
     const TXmlMessage& first = *messages[group.Messages.front()];
     const std::size_t count = group.Messages.size();
     if (count == 1)
@@ -139,14 +157,16 @@ std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group) 
     for (const std::size_t i : group.Messages)
         if (messages[i]->Line() > 0 && (lines.empty() || lines.back() != messages[i]->Line()))
             lines.push_back(messages[i]->Line());
-    std::string notes;
-    for (std::size_t i = 0; i < std::min(lines.size(), kShownLines); ++i)
+    std::string notes = lines.size() == 1 ? ItemsOf(messages, group) : std::string();
+    if (!notes.empty())
+        lines.clear();
+    for (std::size_t i = 0; i < std::min(lines.size(), kShownPlaces); ++i)
         notes += (i == 0 ? lines.size() == 1 ? "linha " : "linhas "
-                  : i + 1 == lines.size() && lines.size() <= kShownLines ? " e "
-                                                                         : ", ") +
+                  : i + 1 == lines.size() && lines.size() <= kShownPlaces ? " e "
+                                                                          : ", ") +
                  std::to_string(lines[i]);
-    if (lines.size() > kShownLines)
-        notes += fmt::format(" e mais {}", number(lines.size() - kShownLines));
+    if (lines.size() > kShownPlaces)
+        notes += fmt::format(" e mais {}", number(lines.size() - kShownPlaces));
     if (!group.SameReason)
         notes += notes.empty() ? "os valores variam" : "; os valores variam";
     return notes.empty() ? text : fmt::format("{} ({})", text, notes);

@@ -99,6 +99,20 @@ class TSearch {
         return base != nullptr ? InType(base->Text, name) : nullptr;
     }
 
+    /// True when the list of codes of an element's value has a code.
+    bool HasCode(std::span<const std::string_view> path, std::string_view code) const {
+        const TModelNode* node = Path(path);
+        const TModelTerm* term = node != nullptr ? TermIn(node->Types, version_) : nullptr;
+        const TModelSimpleType* type = term != nullptr ? model_.SimpleType(term->Text) : nullptr;
+        while (type != nullptr && type->Codes.empty()) {
+            const TModelTerm* base = TermIn(type->Bases, version_);
+            type = base != nullptr ? model_.SimpleType(base->Text) : nullptr;
+        }
+        return type != nullptr && std::ranges::any_of(type->Codes, [&](const TModelTerm& listed) {
+                   return listed.Text == code && listed.Versions.Contains(version_);
+               });
+    }
+
   private:
     const TModelNode* InType(const std::string& typeName, std::string_view name) const {
         const TModelComplexType* type = model_.ComplexType(typeName);
@@ -230,6 +244,42 @@ TElementHistory::TSentence TElementHistory::Sentence(std::string_view fileName,
             exists[at] =
                 !series[at].Approximate &&
                 TSearch(*series[at].Model, series[at].Text).AnyChild(path[path.size() - 2], path.back());
+    return ChangeSentence(series, current, exists);
+}
+
+TElementHistory::TSentence TElementHistory::CodeSentence(std::string_view fileName,
+                                                         std::span<const std::string_view> path,
+                                                         std::string_view code) const {
+    const std::vector<TVersion> series = Series(fileName);
+    std::vector<bool> exists;
+    exists.reserve(series.size());
+    for (const TVersion& version : series)
+        exists.push_back(!version.Approximate && TSearch(*version.Model, version.Text).HasCode(path, code));
+    return ChangeSentence(series, IndexOf(series, fileName), exists);
+}
+
+bool TElementHistory::NeighboursDisagree(std::string_view fileName,
+                                         std::span<const std::string_view> path) const {
+    const std::vector<TVersion> series = Series(fileName);
+    const std::size_t current = IndexOf(series, fileName);
+    if (current == series.size() || !series[current].Approximate)
+        return false;
+    const auto standing = [&](std::size_t at) { // 0 absent, 1 optional, 2 demanded
+        const TModelNode* node = TSearch(*series[at].Model, series[at].Text).Path(path);
+        return node == nullptr ? 0 : node->OccursIn(series[at].Text).Min == 0 ? 1 : 2;
+    };
+    std::size_t before = current;
+    while (before > 0 && series[before].Approximate)
+        --before;
+    std::size_t after = current;
+    while (after + 1 < series.size() && series[after].Approximate)
+        ++after;
+    return !series[before].Approximate && !series[after].Approximate && standing(before) != standing(after);
+}
+
+TElementHistory::TSentence TElementHistory::ChangeSentence(const std::vector<TVersion>& series,
+                                                           std::size_t current,
+                                                           const std::vector<bool>& exists) {
     const auto from = exists.begin() + static_cast<std::ptrdiff_t>(current);
     const bool before = std::find(exists.begin(), from, true) != from;
     const bool after = std::find(from, exists.end(), true) != exists.end();

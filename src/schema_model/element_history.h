@@ -49,6 +49,14 @@ class TElementHistory {
     };
     TSentence Sentence(std::string_view fileName, std::span<const std::string_view> path) const;
 
+    /// The same of a code that the list of a version's element has no more, or not yet.
+    TSentence CodeSentence(std::string_view fileName, std::span<const std::string_view> path,
+                           std::string_view code) const;
+
+    /// True where the published versions next to an approximated one disagree on an element: only one of them
+    /// has it, or demands it, so that what this version has is not known.
+    bool NeighboursDisagree(std::string_view fileName, std::span<const std::string_view> path) const;
+
     /// How an unknown element relates to one that may stand in the same parent.
     enum class TRelation : std::uint8_t {
         None,
@@ -71,6 +79,9 @@ class TElementHistory {
     };
     /// The versions of one kind of document, oldest first.
     std::vector<TVersion> Series(std::string_view fileName) const;
+    /// When something came or went, by the versions of a series that have it.
+    static TSentence ChangeSentence(const std::vector<TVersion>& series, std::size_t current,
+                                    const std::vector<bool>& exists);
     /// Index of a file's version in its series; the size of the series when it has none.
     static std::size_t IndexOf(const std::vector<TVersion>& series, std::string_view fileName);
 

@@ -2,20 +2,25 @@
 
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
+#include "model/unidade_federativa.h"
 #include "platform/platform.h"
 #include "schema_model/element_history.h"
 #include "schema_model/seal.h"
+#include "validation/finding_item.h"
 #include "validation/structure_solver.h"
 #include "xml/cut_text.h"
+#include "xml/schema/compiled_schema.h"
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_set.h"
 #include "xml/schema/schema_validator.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <set>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -75,6 +80,44 @@ class TOtherVersions : public ISchemaOtherVersions {
             return fmt::format("Remova <{0}> e deixe <{1}> no lugar: <{0}> {2}.", fault.Name,
                                inner->LocalName(), text);
         return fmt::format("Remova <{}>: {}.", fault.Name, text);
+    }
+
+    /// What is said of a code that this version does not know: what it stands for, or its history.
+    std::string UnknownCode(const TSchemaFault& fault) const {
+        if (fault.Attribute != nullptr || fault.Type == nullptr)
+            return TSchemaMessages::Sentence(fault);
+        const std::string_view code = TrimXmlSpace(fault.Found);
+        if (const std::string_view other = OtherCodeOfUf(code);
+            !other.empty() && fault.Type->CodeKeys.contains(other))
+            return fmt::format("{} de <{}> é {}: \"{}\".", QuoteText(code), fault.Name,
+                               other < "A" ? "a sigla do estado; aqui vai o código do IBGE"
+                                           : "o código do IBGE; aqui vai a sigla do estado",
+                               other);
+        if (!fault.Bound.empty())
+            return TSchemaMessages::Sentence(fault);
+        const TPath path = PathOf(*fault.Node);
+        std::string key(code);
+        for (const std::string_view name : path)
+            key.append("/").append(name);
+        const auto [known, added] = phrases_.try_emplace(std::move(key));
+        if (added)
+            known->second = history_.CodeSentence(fileName_, path, code);
+        return known->second.Text.empty()
+                   ? TSchemaMessages::Sentence(fault)
+                   : fmt::format("O código {} de <{}> {}.", QuoteText(code), fault.Name, known->second.Text);
+    }
+
+    /// True of an unknown or missing element of which it is not known whether this version has it.
+    bool IsInDoubt(const TSchemaFault& fault) const {
+        if (fault.Code != TSchemaFaultCode::UnknownElement && fault.Code != TSchemaFaultCode::MissingElement)
+            return false;
+        TPath path = PathOf(*fault.Node);
+        if (fault.Code == TSchemaFaultCode::MissingElement) {
+            if (!fault.Before.empty())
+                path.pop_back();
+            path.push_back(fault.Name);
+        }
+        return history_.NeighboursDisagree(fileName_, path);
     }
 
     /// The version that the content seems to be of, when it is not the declared one; else empty.
@@ -211,14 +254,24 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     const auto schema = TSchemaSet::Load(schemaFile_);
     const TOtherVersions others(schemaFile_);
     const TXmlDocument& document = *file.Xml();
-    const std::vector<TSchemaFault> faults = TSchemaValidator(*schema, &others).Validate(document);
-    if (others.Approximated() && HasIntactSeal(ReadWholeFile(schemaFile_)))
-        Warning(
-            nullptr,
-            fmt::format("O schema da versão {} publicado pela ANS não estava disponível; foi usado um schema "
-                        "aproximado, feito com os das versões vizinhas, e a conferência pode ter falhas. "
-                        "Para usar o da ANS, importe-o: conferix esquemas importar ARQUIVO.",
-                        file.Versao()));
+    std::vector<TSchemaFault> faults = TSchemaValidator(*schema, &others).Validate(document);
+    if (others.Approximated() && HasIntactSeal(ReadWholeFile(schemaFile_))) {
+        std::set<std::string> doubtful;
+        std::erase_if(faults, [&](const TSchemaFault& fault) {
+            return others.IsInDoubt(fault) && (doubtful.insert("<" + fault.Name + ">"), true);
+        });
+        Warning(nullptr,
+                fmt::format(
+                    "O schema da versão {} publicado pela ANS não estava disponível; foi usado um schema "
+                    "aproximado, feito com os das versões vizinhas, e a conferência pode ter falhas. {}"
+                    "Para usar o da ANS, importe-o: conferix esquemas importar ARQUIVO.",
+                    file.Versao(),
+                    doubtful.empty()
+                        ? std::string()
+                        : fmt::format("As versões vizinhas diferem sobre {}, que não foi "
+                                      "julgado. ",
+                                      CutText(fmt::format("{}", fmt::join(doubtful, ", ")), kShownFound))));
+    }
     if (std::ranges::any_of(faults, IsStructural, &TSchemaFault::Code))
         if (const std::string version = others.VersionOfContent(document); !version.empty())
             Warning(&VersionPlace(*document.Element()),
@@ -229,14 +282,15 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         guias.emplace(*lote);
     const auto shared = file.shared_from_this();
     for (const TSchemaFault& fault : faults) {
-        std::string reason = fault.Code == TSchemaFaultCode::UnknownElement
-                                 ? others.UnknownElement(fault)
-                                 : TSchemaMessages::Sentence(fault);
+        std::string reason = fault.Code == TSchemaFaultCode::UnknownElement ? others.UnknownElement(fault)
+                             : fault.Code == TSchemaFaultCode::NotInList    ? others.UnknownCode(fault)
+                                                                         : TSchemaMessages::Sentence(fault);
         const IGuiaTiss* guia = guias.has_value() ? guias->ByNode(*fault.Node) : nullptr;
         const auto message = TLoteGuiasValidationMessage::CreateError(
             this, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
             std::move(reason), fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
         message->SetKind(KindOf(fault.Code));
+        message->SetItem(FindingItem(*fault.Node));
         message->SetGroupKey(fault.GroupKey());
         message->SetCause(CauseOf(fault));
         for (auto& solver : StructureSolversOf(fault, shared, schema))

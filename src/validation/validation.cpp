@@ -1,5 +1,6 @@
 #include "validation/validation.h"
 
+#include "validation/finding_item.h"
 #include "xml/cut_text.h"
 #include "xml/xml_node.h"
 
@@ -51,6 +52,8 @@ TValidationMessage& TValidation::Error(const TXmlNode* at, std::string text) {
 
 TValidationMessage& TValidation::Add(TMessageType type, std::string text, const TXmlNode* at) {
     const std::shared_ptr<TValidationMessage> message = NewMessage(type, std::move(text), TFindingPlace(at));
+    if (at != nullptr && type != TMessageType::mtSuccess)
+        message->SetItem(FindingItem(*at));
     AddMessage(message);
     return *message;
 }

@@ -95,4 +95,15 @@ std::uint32_t TXmlDocument::OffsetOf(std::int64_t line, std::int64_t linePos) co
     return static_cast<std::uint32_t>(offset);
 }
 
+bool TXmlDocument::HasLongLines() const {
+    constexpr std::size_t kLooked = 100'000;
+    constexpr std::ptrdiff_t kLong = 1000;
+    if (!hasLongLines_) {
+        const std::string_view start = Text().substr(0, kLooked);
+        hasLongLines_ = std::ranges::count(start, '\n') * kLong < static_cast<std::ptrdiff_t>(start.size()) &&
+                        static_cast<std::ptrdiff_t>(start.size()) > 2 * kLong;
+    }
+    return *hasLongLines_;
+}
+
 } // namespace conferix

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,9 @@ class TXmlDocument : public std::enable_shared_from_this<TXmlDocument> {
     /// A tag that is in no tree yet; its value is empty when `value` is.
     TXmlNode* NewTag(std::string_view qualifiedName, std::string_view value = {});
 
+    /// True for a text of a few long lines, in which a line number tells nothing.
+    bool HasLongLines() const;
+
     /// Byte offset of a place given as 1-based line and column in characters; a place beyond the end of a
     /// line answers that line's end.
     std::uint32_t OffsetOf(std::int64_t line, std::int64_t linePos) const;
@@ -64,6 +68,7 @@ class TXmlDocument : public std::enable_shared_from_this<TXmlDocument> {
     std::vector<const TXmlName*> nameTable_; ///< open addressing, a power of two
     std::vector<TSpan> removed_;             ///< spans of the text whose nodes were taken out
     mutable std::vector<std::uint32_t> lineStarts_;
+    mutable std::optional<bool> hasLongLines_;
     bool changed_ = false;
     TXmlNode root_;
 };

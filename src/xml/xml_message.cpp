@@ -82,6 +82,8 @@ std::string TXmlMessage::Place() const {
         place = fmt::format("[Linha: {}]", line_);
     AppendPart(place, "Guia", NumeroGuia());
     AppendPart(place, "Campo", Campo());
+    if (!item_.empty())
+        place += (place.empty() ? "" : " ") + item_ + ':';
     return place;
 }
 

@@ -76,6 +76,9 @@ class TXmlMessage {
     std::string Msg() const;
     /// What Msg puts before the reason: "[Linha: 7] [Guia: 123] [Campo: 045]"; empty when nothing is known.
     std::string Place() const;
+    /// The item of the guide, as "item 3 (código 40301630)", where the line does not tell it; else empty.
+    const std::string& Item() const { return item_; }
+    void SetItem(std::string item) { item_ = std::move(item); }
     const std::string& Reason() const { return reason_; }
     const std::string& SrcText() const { return srcText_; }
     std::int32_t Line() const { return line_; }
@@ -108,6 +111,7 @@ class TXmlMessage {
     std::int32_t linePos_;
     std::int32_t filePos_;
     TMessageOrigin origin_;
+    std::string item_;
     std::string reason_;
     std::string srcText_;
     std::string cause_;

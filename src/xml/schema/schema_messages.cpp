@@ -1,6 +1,7 @@
 #include "xml/schema/schema_messages.h"
 
 #include "xml/cut_text.h"
+#include "xml/schema/compiled_schema.h"
 
 #include <algorithm>
 #include <cassert>
@@ -48,6 +49,8 @@ std::string Codes(const std::vector<std::string>& codes) {
     return result;
 }
 
+/// The words below begin with "deve ter " or "deve ser ".
+constexpr std::size_t kPatternVerb = std::string_view("deve ter ").size();
 /// What a value has to look like, by the pattern that demands it; the standard's schemas have these.
 struct TPatternWords {
     std::string_view Pattern;
@@ -76,13 +79,6 @@ constexpr TPatternWords kPatternWords[] = {
     {"[a-zA-Z0-9]{1,20}", "deve ter de 1 a 20 letras sem acento ou algarismos, sem espaços nem sinais"},
     {"[OLMVDIP]{1,5}", "deve ter de 1 a 5 das letras O, L, M, V, D, I e P, maiúsculas e sem espaços"},
 };
-
-/// What a sentence about a value speaks of: "O elemento <x>" or "O atributo "a" de <x>".
-std::string Subject(const TSchemaFault& fault) {
-    if (fault.Attribute == nullptr)
-        return "O elemento " + Tag(fault.Name);
-    return "O atributo " + Quote(fault.Name) + " de " + Tag(fault.Parent);
-}
 
 /// "O valor "v" de <x>" or "O valor "v" do atributo "a" de <x>".
 std::string ValueOfSubject(const TSchemaFault& fault) {
@@ -235,8 +231,50 @@ std::string DuplicateId(const TSchemaFault& fault) {
 
 // ---- values
 
+/// "1, 2 ou 3"; of a longer list nothing.
+std::string ShortList(const std::vector<std::string>& codes) {
+    constexpr std::size_t kMost = 6;
+    if (codes.size() > kMost)
+        return {};
+    std::string list;
+    for (std::size_t i = 0; i < codes.size(); ++i)
+        list += (i == 0 ? "" : i + 1 == codes.size() ? " ou " : ", ") + CutText(codes[i]);
+    return list;
+}
+
+/// What a value of a type looks like, in few words; empty where there is little to say.
+std::string ValueHint(const TSchemaSimpleType& type) {
+    if (!type.Facets.Codes.empty())
+        return ShortList(type.Facets.Codes);
+    for (const TSchemaPattern& pattern : type.Facets.Patterns)
+        for (const auto& [known, words] : kPatternWords)
+            if (pattern.Text == known)
+                return std::string(words.substr(kPatternVerb));
+    switch (type.Kind) {
+    case TSchemaValueKind::Date:
+        return "data, AAAA-MM-DD";
+    case TSchemaValueKind::Time:
+        return "hora, HH:MM:SS";
+    case TSchemaValueKind::Decimal:
+        return "um número, com ponto antes das casas decimais";
+    case TSchemaValueKind::Integer:
+        return "um número inteiro";
+    default:
+        break;
+    }
+    const auto& length = type.Facets.Length;
+    return length ? Number(*length, "caractere", "caracteres") : std::string();
+}
+
 std::string EmptyValue(const TSchemaFault& fault) {
-    return Subject(fault) + " está vazio.";
+    const std::string hint = fault.Type != nullptr ? ValueHint(*fault.Type) : std::string();
+    if (fault.Attribute != nullptr)
+        return "Preencha o atributo " + Quote(fault.Name) + " de " + Tag(fault.Parent) +
+               (hint.empty() ? "" : " (" + hint + ")") + ".";
+    if (fault.Remedy == TSchemaRemedy::Remove)
+        return "Preencha " + Tag(fault.Name) + (hint.empty() ? "" : " (" + hint + ")") +
+               " ou remova o elemento: não é obrigatório.";
+    return "Preencha " + Tag(fault.Name) + ": é obrigatório" + (hint.empty() ? "" : ", " + hint) + ".";
 }
 
 std::string SpaceAround(const TSchemaFault& fault) {

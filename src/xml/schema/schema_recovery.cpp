@@ -1,5 +1,6 @@
 #include "xml/schema/schema_recovery.h"
 
+#include "xml/lower_case.h"
 #include "xml/name_likeness.h"
 #include "xml/xml_node.h"
 
@@ -55,8 +56,22 @@ struct TCost {
     }
 };
 
+/// What identifies a provider, under whatever name a version and a place have for it.
+enum class TIdentifier : std::uint8_t { None, Cnpj, Cpf, CodeAtHealthPlan };
+
+TIdentifier IdentifierOf(std::string_view name) {
+    const std::string lower = LowerCase(name);
+    if (lower.find("cnpj") != std::string::npos)
+        return TIdentifier::Cnpj;
+    if (lower.find("cpf") != std::string::npos)
+        return TIdentifier::Cpf;
+    return lower.starts_with("codigo") && lower.ends_with("naoperadora") ? TIdentifier::CodeAtHealthPlan
+                                                                         : TIdentifier::None;
+}
+
 bool IsGuess(TSchemaMisnaming misnaming) {
-    return misnaming == TSchemaMisnaming::Spelling || misnaming == TSchemaMisnaming::Renamed;
+    return misnaming == TSchemaMisnaming::Spelling || misnaming == TSchemaMisnaming::SameThing ||
+           misnaming == TSchemaMisnaming::Renamed;
 }
 
 /// The type of an element with child elements, else null.
@@ -574,7 +589,8 @@ class TContentRecovery {
             fault.Bound = elsewhere ? owner_.Set().NamespaceUri(element.Namespace) : element.Name;
             if (elsewhere)
                 fault.Found = NamespaceOf(node);
-            if (item.Misnaming == TSchemaMisnaming::Spelling || NamesOf(item.Candidates).size() != 1)
+            if (item.Misnaming == TSchemaMisnaming::Spelling ||
+                item.Misnaming == TSchemaMisnaming::SameThing || NamesOf(item.Candidates).size() != 1)
                 continue;
             fault.Remedy = TSchemaRemedy::Rename;
             if (item.Position == kNone && !content_.Missing)
@@ -956,12 +972,18 @@ TSchemaMeaning TSchemaRecovery::FindMeaning(const TSchemaAutomaton& automaton, c
     for (const TSchemaPosition& position : automaton.Positions)
         if (position.Element != nullptr && Resembles(*position.Element, *child.Node))
             least = std::min(least, NameSlips(position.Element->Name, local));
-    if (least == kNotAlike || !collect(TSchemaMisnaming::Spelling, [&](const TSchemaElement& element) {
+    if (least != kNotAlike && collect(TSchemaMisnaming::Spelling, [&](const TSchemaElement& element) {
             return NameSlips(element.Name, local) == least && Resembles(element, *child.Node) &&
                    relation(element) != TRelation::Distinct;
         }))
-        return {};
-    return meaning;
+        return meaning;
+    const TIdentifier identifier = IdentifierOf(local);
+    if (identifier != TIdentifier::None &&
+        collect(TSchemaMisnaming::SameThing, [&](const TSchemaElement& element) {
+            return IdentifierOf(element.Name) == identifier && Resembles(element, *child.Node);
+        }))
+        return meaning;
+    return {};
 }
 
 TSchemaFault MakeSchemaFault(TSchemaFaultCode code, const TXmlNode& node) {

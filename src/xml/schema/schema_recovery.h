@@ -51,7 +51,8 @@ enum class TSchemaMisnaming : std::uint8_t {
     Silent, ///< by a prefix or namespace that is reported elsewhere
     Namespace,
     Case,
-    Spelling, ///< a guess, like the next
+    Spelling,  ///< a guess, like those that follow
+    SameThing, ///< another name for what the content model has under its own, as a CNPJ
     Renamed
 };
 
