@@ -1,12 +1,25 @@
 #include "app/tiss_file.h"
 
 #include "model/arquivo_tiss_factory.h"
-#include "platform/platform.h"
 
 namespace conferix {
 
+namespace {
+
+/// True for two names of one place, whether or not there is a file.
+bool IsSamePlace(const std::filesystem::path& one, const std::filesystem::path& other) {
+    std::error_code unreadable;
+    return one == other || (!one.empty() && std::filesystem::weakly_canonical(one, unreadable) ==
+                                                std::filesystem::weakly_canonical(other, unreadable));
+}
+
+} // namespace
+
 TTissFile TTissFile::Read(const std::filesystem::path& file) {
-    return TTissFile(ReadWholeFile(file));
+    std::optional<TFileStamp> stamp;
+    TTissFile read(ReadWholeFile(file, kMaxFileBytes, &stamp));
+    read.origin_ = {file, stamp};
+    return read;
 }
 
 TTissFile::TTissFile(std::string bytes) : bytes_(std::make_shared<const std::string>(std::move(bytes))) {
@@ -16,7 +29,7 @@ TTissFile::TTissFile(std::string bytes) : bytes_(std::make_shared<const std::str
 }
 
 TTissFile TTissFile::WithText(std::shared_ptr<const std::string> text) const {
-    return text == text_ || *text == *text_ ? *this : TTissFile(std::move(text), encoding_);
+    return text == text_ || *text == *text_ ? *this : TTissFile(std::move(text), encoding_, origin_);
 }
 
 TTissFile TTissFile::WithText(std::string text) const {
@@ -35,7 +48,13 @@ std::shared_ptr<IArquivoTiss> TTissFile::Load() const {
 }
 
 void TTissFile::Write(const std::filesystem::path& file) const {
-    WriteFileAtomically(file, Bytes());
+    WriteFileAtomically(file, Bytes(), IsSamePlace(origin_.File, file) ? origin_.Stamp : std::nullopt);
+}
+
+std::filesystem::path TTissFile::WriteBeside(std::filesystem::path file) const {
+    const std::filesystem::path original = file;
+    WriteCopyAtomically(file += ".conferix-novo", Bytes(), original);
+    return file;
 }
 
 } // namespace conferix

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <sstream>
 
 namespace conferix {
 
@@ -21,6 +22,8 @@ void CheckOptions(const TCorrigirOptions& options) {
     const bool writes = !options.Saida.empty() || options.NoLugar || options.Simular;
     if (!corrects && (writes || options.Correcao != 0))
         throw EUsage("escolha o que corrigir, com --mensagem N ou --todas");
+    if (options.Copia && options.Saida.empty() && !options.NoLugar)
+        throw EUsage("--copia guarda o arquivo que é substituído; use com --no-lugar ou --saida ARQUIVO");
     if (options.NoLugar && options.Arquivo == "-")
         throw EUsage("a entrada padrão não pode ser corrigida no lugar; use --saida ARQUIVO");
 }
@@ -72,15 +75,13 @@ class TCorrection {
   private:
     const TValidateArgs& Result() const { return controller_->Events().OnValidate.Current(); }
 
-    int Status() const {
-        return Result().FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
-    }
+    int Status() const { return StatusOf(Result()); }
 
     /// Without a file that was understood there is nothing to correct and nothing to write.
     int Refuse() const {
         for (const auto& message : Result().ValidationMessages)
-            context_.Error(fmt::format("{}: {}", options_.Arquivo, message->Msg()));
-        return kExitInvalid;
+            context_.Error(fmt::format("{}: {}", options_.Arquivo, OneLine(message->Msg())));
+        return Status();
     }
 
     /// Shows the messages that offer corrections, with the numbers by which they are chosen.
@@ -144,29 +145,52 @@ class TCorrection {
     std::string TextDifference(const TTissFile& before, const TTissFile& after) const {
         return Difference(*before.Text(), *TTissFile(after.Bytes()).Text());
     }
+    /// The same for a terminal, which the text must not steer.
+    std::string VisibleDifference(const TTissFile& before, const TTissFile& after) const {
+        std::istringstream lines(TextDifference(before, after));
+        std::string visible;
+        for (std::string line; std::getline(lines, line);)
+            visible += Visible(line) + '\n';
+        return visible;
+    }
 
     void Write(const TTissFile& before, const TTissFile& after) const {
         if (options_.Simular) {
             // For a terminal as text, else in the bytes of the files, so that the difference can be applied.
             if (!context_.Json())
                 context_.Streams.Out << (context_.Streams.OutIsTerminal
-                                             ? TextDifference(before, after)
+                                             ? VisibleDifference(before, after)
                                              : Difference(before.Bytes(), after.Bytes()));
         } else if (!options_.Saida.empty()) {
-            after.Write(PathFromText(options_.Saida));
+            Replace(after, PathFromText(options_.Saida));
         } else if (!options_.NoLugar) {
             if (!context_.Json())
                 context_.Streams.Out << after.Bytes();
         } else if (*after.Text() != *before.Text()) {
-            after.Write(PathFromText(options_.Arquivo));
+            const std::filesystem::path file = PathFromText(options_.Arquivo);
+            try {
+                Replace(after, file);
+            } catch (const EFileChanged& error) {
+                throw EFileNotWritten(file, fmt::format("{}. O conteúdo corrigido ficou em \"{}\"",
+                                                        error.Reason(), PathText(after.WriteBeside(file))));
+            }
         }
+    }
+
+    void Replace(const TTissFile& after, const std::filesystem::path& file) const {
+        std::error_code missing;
+        if (options_.Copia && std::filesystem::is_regular_file(file, missing)) {
+            std::filesystem::path copy = file;
+            WriteCopyAtomically(copy += ".bak", ReadWholeFile(file), file);
+        }
+        after.Write(file);
     }
 
     TJson Report(const TTissFile& before, const TTissFile& after, const TCorrectionResult& result) const {
         TJson report = {{"arquivo", options_.Arquivo},
                         {"correcoes", TJson::array()},
                         {"naoCorrigidas", TJson::array()},
-                        {"valido", Status() == kExitValid}};
+                        {"valido", VerdictJson(Result())}};
         for (const TCorrectionRecord& record : result.Applied)
             report["correcoes"].push_back(CorrectionJson(record));
         for (const TCorrectionRecord& record : result.LeftOut)
@@ -181,17 +205,18 @@ class TCorrection {
         std::ostream& out = context_.Streams.Err;
         for (const TCorrectionRecord& record : result.Applied)
             out << fmt::format("  {}{}\n", PlaceOf(record),
-                               record.Element.empty()
-                                   ? IndentLines(record.Description, 2)
-                                   : fmt::format("<{}>: {} -> {}", record.Element, CutText(record.Before),
-                                                 CutText(record.After)));
+                               record.Element.empty() ? IndentLines(record.Description, 2)
+                                                      : fmt::format("<{}>: {} -> {}", Visible(record.Element),
+                                                                    Visible(CutText(record.Before)),
+                                                                    Visible(CutText(record.After))));
         for (const TCorrectionRecord& record : result.LeftOut)
-            out << fmt::format("  não corrigido: {}<{}> continua {}: {}.\n", PlaceOf(record), record.Element,
-                               CutText(record.Before), record.Reason);
+            out << fmt::format("  não corrigido: {}<{}> continua {}: {}.\n", PlaceOf(record),
+                               Visible(record.Element), Visible(CutText(record.Before)),
+                               Visible(record.Reason));
     }
 
     static std::string PlaceOf(const TCorrectionRecord& record) {
-        const std::string place = record.Message->Place();
+        const std::string place = Visible(record.Message->Place());
         return place.empty() ? place : place + " ";
     }
 
@@ -200,11 +225,12 @@ class TCorrection {
         const std::size_t corrections = result.Applied.size();
         const std::size_t failures = CountFailures(Result().ValidationMessages);
         context_.Streams.Err << fmt::format(
-            "{}: {}; {}.\n", options_.Arquivo,
+            "{}: {}; {}.\n", Visible(options_.Arquivo),
             corrections == 0 ? "nada foi corrigido"
                              : Counted(corrections, "correção aplicada", "correções aplicadas"),
-            failures == 0 ? "o arquivo está válido"
-                          : Counted(failures, "erro permanece", "erros permanecem"));
+            !Result().Verified ? "o arquivo não foi verificado"
+            : failures == 0    ? "o arquivo está válido"
+                               : Counted(failures, "erro permanece", "erros permanecem"));
         const auto& file = Result().ArquivoTiss;
         if (corrections != 0 && file != nullptr && IsSigned(*file->Xml()))
             context_.Warning(fmt::format("{}: {}", options_.Arquivo, kSignatureNote));

@@ -234,13 +234,13 @@ int RunEsquemasListar(const TCliContext& context) {
         out << JsonText(SchemasJson(schemas)) << '\n';
         return kExitValid;
     }
-    out << "Pasta dos schemas: " << PathText(folder.Folder()) << '\n';
+    out << "Pasta dos schemas: " << Visible(PathText(folder.Folder())) << '\n';
     for (const TMainSchema& schema : schemas) {
         std::string state(OriginText(schema.Origin));
         if (schema.Origin == TSchemaOrigin::Missing)
             state = "não instalado";
         else if (!schema.Failure.empty())
-            state += ", não pode ser usado: " + schema.Failure;
+            state += ", não pode ser usado: " + Visible(schema.Failure);
         else if (schema.Approximate)
             state += ", aproximado";
         out << fmt::format("  {:<13} {}  {:<38} {}\n", schema.Kind->Label, schema.Versao, schema.FileName,
@@ -290,7 +290,7 @@ int RunEsquemasImportar(const TCliContext& context, const std::string& origem) {
             if (!schema.Failure.empty())
                 context.Error(fmt::format("{}: {}", schema.FileName, schema.Failure));
         out << fmt::format("{} em {}\n", Counted(files.size(), "arquivo instalado", "arquivos instalados"),
-                           PathText(target));
+                           Visible(PathText(target)));
         PrintServed(out, "Versões que usam o schema publicado", schemas);
     }
     return failed ? kExitInvalid : kExitValid;

@@ -1,6 +1,7 @@
 #include "app/cli/command_importar.h"
 
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "app/cli/progress.h"
 #include "data/database_tuss.h"
@@ -86,7 +87,7 @@ void WriteRejectedRows(std::ostream& out, const TImportReport& report, const TFo
         const auto end = line + std::min(kept, kShown);
         shown += end - line;
         for (; line != end; ++line)
-            out << fmt::format("  {}, {}: {}\n", line->File, line->Place(), line->Reason);
+            out << fmt::format("  {}, {}: {}\n", Visible(line->File), line->Place(), Visible(line->Reason));
         line = nextFile;
     }
     if (shown < total)
@@ -98,7 +99,7 @@ void WriteReport(const TCliContext& context, const TImportReport& report) {
     const TFormatSettings formats = TFormatSettings::Regional();
     const bool hasRemoved = std::any_of(report.Tables.begin(), report.Tables.end(),
                                         [](const auto& table) { return table.second.Removed > 0; });
-    out << "Base de terminologia: " << PathText(report.Database) << '\n';
+    out << "Base de terminologia: " << Visible(PathText(report.Database)) << '\n';
     out << fmt::format("  {:<10} {:>11} {:>11} {:>11} {:>11}{}\n", "tabela", "novos", "alterados",
                        "encerrados", "iguais", hasRemoved ? "   retirados" : "");
     for (const auto& [table, changes] : report.Tables)
@@ -111,12 +112,12 @@ void WriteReport(const TCliContext& context, const TImportReport& report) {
                            "usados quando ela for importada.\n",
                            formats.Count(report.WithoutTable));
     for (const std::string& file : report.Ignored)
-        out << fmt::format("Sem terminologia, não foi usado: {}\n", file);
+        out << fmt::format("Sem terminologia, não foi usado: {}\n", Visible(file));
     for (const std::string& file : report.WithoutDates)
         out << fmt::format(
             "Nenhuma coluna de datas foi reconhecida (\"Data de início de vigência\", \"Data de "
             "fim de vigência\"), os termos foram tomados como sempre vigentes: {}\n",
-            file);
+            Visible(file));
     WriteRejectedRows(out, report, formats);
 }
 
@@ -166,7 +167,7 @@ int RunTerminologiaRestaurar(const TCliContext& context) {
     else
         context.Streams.Out << (removed ? "As importações foram desfeitas. Base de terminologia em uso: "
                                         : "Não há importações a desfazer. Base de terminologia em uso: ")
-                            << PathText(TDatabaseTuss().DatabaseFileName()) << '\n';
+                            << Visible(PathText(TDatabaseTuss().DatabaseFileName())) << '\n';
     return kExitValid;
 }
 
@@ -207,7 +208,7 @@ void WriteImports(std::ostream& out, const std::vector<TTableImport>& imports) {
         out << fmt::format("  {:<10} {}  {} {}{}  {}\n", import.Tabela, import.Time,
                            formats.Count(import.Rows), import.Rows == 1 ? "linha" : "linhas",
                            import.NewestStart.empty() ? "" : ", início mais recente " + import.NewestStart,
-                           import.File);
+                           Visible(import.File));
 }
 
 } // namespace conferix

@@ -1,6 +1,7 @@
 #include "app/cli/command_procurar.h"
 
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "data/database_tuss.h"
 #include "platform/platform.h"
 #include "rules/tuss_validation.h"
@@ -39,8 +40,8 @@ TJson TermsJson(const std::vector<TFoundTerm>& terms) {
 
 void WriteTerms(std::ostream& out, const std::vector<TFoundTerm>& terms) {
     for (const TFoundTerm& term : terms)
-        out << fmt::format("  {:<2}  {:<8}  {:<16}  {}\n", term.Tabela, term.Codigo, ValidityText(term),
-                           term.Termo);
+        out << fmt::format("  {:<2}  {:<8}  {:<16}  {}\n", Visible(term.Tabela), Visible(term.Codigo),
+                           ValidityText(term), Visible(term.Termo));
 }
 
 int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& options) {

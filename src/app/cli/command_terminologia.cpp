@@ -1,6 +1,7 @@
 #include "app/cli/command_importar.h"
 #include "app/cli/command_procurar.h"
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "data/database_tuss.h"
 #include "platform/format_settings.h"
@@ -43,7 +44,7 @@ int RunTerminologiaEstado(const TCliContext& context) {
             << '\n';
         return kExitValid;
     }
-    out << "Base de terminologia: " << PathText(connection->FileName()) << '\n';
+    out << "Base de terminologia: " << Visible(PathText(connection->FileName())) << '\n';
     const TFormatSettings formats = TFormatSettings::Regional();
     for (const TTussTableStatistics& table : tables) {
         std::string state = "não instalada";
@@ -95,10 +96,10 @@ int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions
             answer["parecidos"] = TermsJson(similar);
         out << JsonText(answer) << '\n';
     } else if (term->IsValid())
-        out << fmt::format("O termo de código {} da tabela {} da TUSS é válido em {}.\n", options.Codigo,
-                           options.Tabela, FormatUserDate(*date));
+        out << fmt::format("O termo de código {} da tabela {} da TUSS é válido em {}.\n",
+                           Visible(options.Codigo), options.Tabela, FormatUserDate(*date));
     else
-        out << term->ValidationMessage() << '\n';
+        out << Visible(term->ValidationMessage()) << '\n';
     if (!context.Json() && !similar.empty()) {
         out << "Parecidos:\n";
         WriteTerms(out, similar);

@@ -47,18 +47,23 @@ struct TCliContext {
     void Warning(const std::string& text) const;
 };
 
+/// The exit status that the result of a validation asks for.
+int StatusOf(const TValidateArgs& result);
+
 /// Reads a file for a command, "-" from standard input. Raises EFileNotRead, EXmlEncoding.
 TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName);
 /// What a command does with a file, answering its exit status.
 using TFileAction = std::function<int(const TTissFile&)>;
-/// Reads a file and does something with it. Of a file that cannot be read, written, understood or converted
-/// it tells the reason on standard error, with the name, and answers the status that stands for that.
+/// Reads a file and does something with it. Of a file that cannot be read, written, understood or converted,
+/// and of any other failure but EUsage, it tells the reason on standard error, with the name, and answers the
+/// status that stands for that.
 int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action);
 
 struct TValidarOptions {
     std::vector<std::string> Arquivos;
     std::vector<std::string> Desativar;
     bool Todas = false;
+    bool SemSubpastas = false;
     int Paralelo = 1;
 };
 int RunValidar(const TCliContext& context, const TValidarOptions& options);
@@ -145,6 +150,7 @@ struct TCorrigirOptions {
     bool Todas = false;
     std::string Saida;
     bool NoLugar = false;
+    bool Copia = false; ///< keeps what is replaced, as NAME.bak
     bool Simular = false;
 };
 int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options);
