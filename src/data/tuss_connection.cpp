@@ -206,7 +206,8 @@ TTussConnection::TTussConnection(const fs::path& file) {
                                                            SQLite::OPEN_READONLY, kBusyTimeoutMs);
         // One transaction for the life of the connection: it sees one state of the file, and a look-up
         // does not lock and unlock the file, which would cost ten times the look-up.
-        database->exec("BEGIN");
+        // What a damaged page says of its rows is checked before it is believed.
+        database->exec("PRAGMA cell_size_check = ON; BEGIN");
         CheckTables(*database, file);
         impl_ = std::make_unique<TImpl>(std::move(database), file);
     } catch (const SQLite::Exception& error) {
@@ -290,6 +291,22 @@ std::vector<TTussTableStatistics> TTussConnection::Statistics() const {
         statistics.push_back(impl_->StatisticsOf(table));
     }
     return statistics;
+}
+
+std::vector<std::string> TTussConnection::FindDamage() const {
+    std::vector<std::string> damage;
+    try {
+        SQLite::Statement check(*impl_->database, "PRAGMA quick_check");
+        while (check.executeStep()) {
+            damage.push_back(check.getColumn(0).getString());
+        }
+    } catch (const SQLite::Exception& error) {
+        damage.emplace_back(error.what());
+    }
+    if (damage == std::vector<std::string>{"ok"}) {
+        damage.clear();
+    }
+    return damage;
 }
 
 } // namespace conferix

@@ -74,6 +74,9 @@ class TTussConnection {
     /// Content of the nine tables, in their order. Reads the tables whole.
     std::vector<TTussTableStatistics> Statistics() const;
 
+    /// What SQLite's quick check of the whole file finds, in SQLite's words; none for a sound one.
+    std::vector<std::string> FindDamage() const;
+
   private:
     struct TImpl;
 

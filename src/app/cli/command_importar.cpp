@@ -25,20 +25,22 @@ namespace {
 std::atomic<bool> interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free); // a signal handler sets it
 
-/// While it lives, Ctrl-C stops the import and not the process, so that everything is left in order.
+/// While it lives, a signal (Ctrl-C, the end of the session) stops the import and not the process, so that
+/// everything is left in order.
 class TInterruptGuard {
   public:
-    TInterruptGuard() {
-        interrupted = false;
-        previous_ = std::signal(SIGINT, &Interrupt);
+    explicit TInterruptGuard(int signal) : signal_(signal), previous_(std::signal(signal, &Interrupt)) {
+        if (previous_ == SIG_IGN) // NOLINT(performance-no-int-to-ptr): the system's own constant
+            std::signal(signal, SIG_IGN);
     }
     TInterruptGuard(const TInterruptGuard&) = delete;
     TInterruptGuard& operator=(const TInterruptGuard&) = delete;
-    ~TInterruptGuard() { std::signal(SIGINT, previous_); }
+    ~TInterruptGuard() { std::signal(signal_, previous_); }
 
   private:
     static void Interrupt(int /*signal*/) { interrupted = true; }
 
+    int signal_;
     void (*previous_)(int);
 };
 
@@ -122,7 +124,12 @@ void WriteReport(const TCliContext& context, const TImportReport& report) {
 }
 
 TImportReport ImportWithProgress(const TCliContext& context, TImportOptions import) {
-    const TInterruptGuard guard;
+    interrupted = false;
+    const TInterruptGuard key(SIGINT);
+    const TInterruptGuard end(SIGTERM);
+#if defined(SIGHUP)
+    const TInterruptGuard hangUp(SIGHUP);
+#endif
     constexpr std::size_t kSteps = 100;
     TProgressBar progress(context.Streams.Err, context.Streams.ErrIsTerminal, kSteps);
     import.Stop = &interrupted;

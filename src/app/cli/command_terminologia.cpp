@@ -23,8 +23,32 @@ std::string DateText(const TDate& date) {
 
 } // namespace
 
+namespace {
+
+/// Nothing that a damaged database says of itself is worth showing.
+int ShowDamage(const TCliContext& context, const ITussConnection& connection,
+               const std::vector<std::string>& damage) {
+    const std::string file = PathText(connection.FileName());
+    if (context.Json())
+        context.Streams.Out << JsonText({{"arquivo", file},
+                                         {"integra", false},
+                                         {"danos", damage},
+                                         {"tabelas", TJson::array()},
+                                         {"cargas", TJson::array()}})
+                            << '\n';
+    context.Error(
+        fmt::format("A base de terminologia \"{}\" está danificada. Importe as publicações da ANS em uma "
+                    "base nova, ou volte à que veio com o programa: conferix terminologia restaurar.",
+                    file));
+    return kExitUnreadable;
+}
+
+} // namespace
+
 int RunTerminologiaEstado(const TCliContext& context) {
     const auto connection = context.TerminologyFactory().CreateConnection();
+    if (const std::vector<std::string> damage = connection->FindDamage(); !damage.empty())
+        return ShowDamage(context, *connection, damage);
     const std::vector<TTussTableStatistics> tables = connection->Statistics();
     const std::vector<TTableImport> imports = NewestImports(connection->FileName());
     for (const std::string& warning : OldImports(imports))
@@ -39,12 +63,15 @@ int RunTerminologiaEstado(const TCliContext& context) {
                             {"inicioMaisRecente",
                              table.NewestStart ? TJson(DateText(*table.NewestStart)) : TJson(nullptr)}});
         out << JsonText({{"arquivo", PathText(connection->FileName())},
+                         {"integra", true},
+                         {"danos", TJson::array()},
                          {"tabelas", std::move(rows)},
                          {"cargas", ImportsJson(imports)}})
             << '\n';
         return kExitValid;
     }
     out << "Base de terminologia: " << Visible(PathText(connection->FileName())) << '\n';
+    out << "Verificação do arquivo: nenhum dano encontrado\n";
     const TFormatSettings formats = TFormatSettings::Regional();
     for (const TTussTableStatistics& table : tables) {
         std::string state = "não instalada";
