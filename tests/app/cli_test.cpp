@@ -142,7 +142,9 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
     terms.Commit();
     std::string damaged = ReadTestFile(File("codigos.db"));
     constexpr std::size_t kPage = 4096;
-    std::fill(damaged.begin() + kPage, damaged.end(), '\0');
+    for (std::size_t page = kPage; page < damaged.size();
+         page += kPage) // where the rows of a small table stand
+        std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(page + kPage / 2), kPage / 2, '\0');
     WriteTestFile(File("danificada.db"), damaged);
     std::filesystem::create_symlink("nada.xml", File("pendente.xml"));
     std::filesystem::create_directories(File("pasta/fundo"));

@@ -52,7 +52,10 @@ int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& 
             throw EUsage(fmt::format("\"{}\" não é uma data na forma AAAA-MM-DD", options.Data));
     }
     const TDatabaseTuss database(PathFromText(context.Terminologia));
-    TTussManager manager(database.CreateConnection());
+    const auto connection = database.CreateConnection();
+    if (!connection->FindDamage().empty()) // a search finds less in it, and nobody would know
+        throw ETerminologyNotRead(database.DatabaseFileName(), "o banco de dados está danificado");
+    TTussManager manager(connection);
     const TTussSearch search(database.DatabaseFileName());
     if (!search.HasDescriptions())
         throw ETerminologyNotRead(database.DatabaseFileName(),
