@@ -87,12 +87,6 @@ void RemoveIfStale(const fs::path& file) {
     fs::remove(file, openByAnother);
 }
 
-extern "C" void CleanUpAndEnd(int signal) {
-    RemoveRegistered();
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-}
-
 #else
 
 void RemoveIfStale(const fs::path& file) {
@@ -106,13 +100,14 @@ void RemoveIfStale(const fs::path& file) {
     }
 }
 
-// The handler is in place for one signal; raised again, it ends the process as it would have.
+#endif
+
+// Raised again, the signal ends the process as it would have.
 extern "C" void CleanUpAndEnd(int signal) {
     RemoveRegistered();
-    ::raise(signal);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
 }
-
-#endif
 
 // Whether a folder was looked through lately; a batch that writes many files into one folder looks but once.
 bool IsDue(const fs::path& folder) {
@@ -211,7 +206,6 @@ void RemoveTemporaryFilesAtSignals() {
         }
         struct sigaction handler = {};
         handler.sa_handler = &CleanUpAndEnd;
-        handler.sa_flags = static_cast<int>(SA_RESETHAND);
         ::sigaction(signal, &handler, nullptr);
     }
     // The write that passes the limit fails instead, which is told like any other failure.

@@ -35,8 +35,8 @@ struct TXmlText {
 /// Decodes by byte-order mark, else by the XML declaration, else as UTF-8; compressed files, PDFs and the
 /// like are refused by what they are. ISO-8859-1 is read as Windows-1252, which holds the same letters and
 /// gives every byte back when written. Besides UTF-8 and UTF-16 the single-byte encodings ISO-8859,
-/// Windows-125x, IBM850 and Macintosh are accepted. Raises EXmlEncoding for any other, and with the line of the
-/// first byte that does not decode.
+/// Windows-125x, IBM850 and Macintosh are accepted. Raises EXmlEncoding for any other, and with the line of
+/// the first byte that does not decode.
 TXmlText DecodeXml(std::string bytes);
 
 /// Doubts about the encoding in which a file was read: a byte-order mark against the declaration, or letters
