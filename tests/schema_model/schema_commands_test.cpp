@@ -80,6 +80,8 @@ TEST_F(ComandosDeSchemas, APackageIsImportedByBareNamesAndRemovedAgain) {
              {{"Padr\xC6o Comunica\x87\xC6o/040100/tissV4_01_00.xsd", std::string(kSmallSchema)},
               {"Padr\xC6o Comunica\x87\xC6o/040100/leia.wsdl", "x"},
               {"Padr\xC6o Comunica\x87\xC6o/040100/solto.xsd", "<schema/>"}});
+    std::filesystem::create_directories(Installed("importacao-0")); // of a killed import
+    WriteTestFile(Installed("importacao-0") / "trava", "");
     const TCommandResult result = Importar("pacote.zip");
     EXPECT_EQ(result.Err, "");
     EXPECT_EQ(result.Status, kExitValid);
