@@ -32,13 +32,21 @@ std::vector<std::string> ImportedFiles(std::string_view schema) {
 
 bool TSchemaFolder::IsImported(const std::string& fileName) const {
     const std::filesystem::path file = folder_ / PathFromText(fileName);
-    if (!IsFile(file))
+    if (folder_.empty() || !IsFile(file))
         return false;
     try {
         return !HasIntactSeal(ReadWholeFile(file));
     } catch (const EFileNotRead&) {
         return true; // whoever reads it next says why it cannot be read
     }
+}
+
+/// Whether a built-in file imports, itself or by others, a file of the user.
+bool TSchemaFolder::UsesImported(const std::string& fileName) const {
+    for (const std::string& other : ImportedFiles(ReadWholeFile(builtIn_ / PathFromText(fileName))))
+        if (other != fileName && (IsImported(other) || UsesImported(other)))
+            return true;
+    return false;
 }
 
 void TSchemaFolder::Refresh(const std::string& fileName) const {
@@ -61,9 +69,13 @@ std::filesystem::path TSchemaFolder::Locate(const std::string& fileName) const {
     if (builtIn_.empty())
         return file;
     std::filesystem::path supplied = builtIn_ / PathFromText(fileName);
+    if (folder_.empty())
+        return supplied;
     if (!IsFile(supplied) || IsImported(fileName))
         return file;
     try {
+        if (!UsesImported(fileName))
+            return supplied;
         Refresh(fileName);
         return file;
     } catch (const EFile&) {

@@ -11,8 +11,8 @@ namespace conferix {
 enum class TSchemaOrigin { Missing, BuiltIn, Imported };
 
 /// The user's schema files, backed by those that come with the program. A file that the user brought along or
-/// changed goes first; one that comes with the program is copied into the folder when it is missing there,
-/// and copied anew when a later program has another.
+/// changed goes first. One that comes with the program is read where it came with the program; only where it
+/// imports a file of the user, it is copied beside that, and copied anew when a later program has another.
 class TSchemaFolder {
   public:
     TSchemaFolder() = default;
@@ -22,10 +22,9 @@ class TSchemaFolder {
 
     const std::filesystem::path& Folder() const { return folder_; }
 
-    /// The file to be read for a main schema. Where the folder cannot be written, the program's own; where
-    /// there is none at all, its place in the folder.
+    /// The file to be read for a main schema; where there is none at all, its place in the folder.
     std::filesystem::path Locate(const std::string& fileName) const;
-    /// The same without copying anything: a built-in file is read where it came with the program.
+    /// The same without copying anything.
     std::filesystem::path Find(const std::string& fileName) const;
     TSchemaOrigin Origin(const std::string& fileName) const;
     /// Names of all *.xsd files in reach, sorted. Raises EFileNotRead.
@@ -33,6 +32,7 @@ class TSchemaFolder {
 
   private:
     bool IsImported(const std::string& fileName) const;
+    bool UsesImported(const std::string& fileName) const;
     void Refresh(const std::string& fileName) const;
 
     std::filesystem::path folder_;

@@ -1,12 +1,25 @@
 #include "app/tiss_file.h"
 
 #include "model/arquivo_tiss_factory.h"
-#include "platform/platform.h"
 
 namespace conferix {
 
+namespace {
+
+/// True for two names of one place, whether or not there is a file.
+bool IsSamePlace(const std::filesystem::path& one, const std::filesystem::path& other) {
+    std::error_code unreadable;
+    return one == other || (!one.empty() && std::filesystem::weakly_canonical(one, unreadable) ==
+                                                std::filesystem::weakly_canonical(other, unreadable));
+}
+
+} // namespace
+
 TTissFile TTissFile::Read(const std::filesystem::path& file, TXmlUndecodable undecodable) {
-    return TTissFile(ReadWholeFile(file), undecodable);
+    std::optional<TFileStamp> stamp;
+    TTissFile read(ReadWholeFile(file, kMaxFileBytes, &stamp), undecodable);
+    read.origin_ = {file, stamp};
+    return read;
 }
 
 TTissFile::TTissFile(std::string bytes, TXmlUndecodable undecodable)
@@ -17,13 +30,13 @@ TTissFile::TTissFile(std::string bytes, TXmlUndecodable undecodable)
 }
 
 TTissFile TTissFile::WithText(std::shared_ptr<const std::string> text) const {
-    return text == text_ || *text == *text_ ? *this : TTissFile(std::move(text), encoding_);
+    return text == text_ || *text == *text_ ? *this : TTissFile(std::move(text), encoding_, origin_);
 }
 
 TTissFile TTissFile::WithText(std::shared_ptr<const std::string> text, const TXmlEncoding& encoding) const {
     const bool same =
         encoding.Name == encoding_.Name && encoding.Bom == encoding_.Bom && encoding.Fault == encoding_.Fault;
-    return same ? WithText(std::move(text)) : TTissFile(std::move(text), encoding);
+    return same ? WithText(std::move(text)) : TTissFile(std::move(text), encoding, origin_);
 }
 
 TTissFile TTissFile::WithText(std::string text) const {
@@ -42,7 +55,13 @@ std::shared_ptr<IArquivoTiss> TTissFile::Load() const {
 }
 
 void TTissFile::Write(const std::filesystem::path& file) const {
-    WriteFileAtomically(file, Bytes());
+    WriteFileAtomically(file, Bytes(), IsSamePlace(origin_.File, file) ? origin_.Stamp : std::nullopt);
+}
+
+std::filesystem::path TTissFile::WriteBeside(std::filesystem::path file) const {
+    const std::filesystem::path original = file;
+    WriteCopyAtomically(file += ".conferix-novo", Bytes(), original);
+    return file;
 }
 
 } // namespace conferix

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "model/arquivo_tiss.h"
+#include "platform/platform.h"
 #include "validation/encoding_findings.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_parser.h"
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -17,6 +19,15 @@ namespace conferix {
 class EXmlNotParsed : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
+};
+
+/// The file that a content was read from, as it was then.
+struct TFileOrigin {
+    std::filesystem::path File;      ///< empty for what came from elsewhere
+    std::optional<TFileStamp> Stamp; ///< none for a pipe or device
+
+    /// The file as it is now.
+    static TFileOrigin Of(const std::filesystem::path& file) { return {file, StampOf(file)}; }
 };
 
 /// The content of a file: its bytes, the text that they hold and in which encoding, and the document that the
@@ -29,8 +40,8 @@ class TTissFile {
     /// Bytes that came from elsewhere, such as standard input. Raises EXmlEncoding.
     explicit TTissFile(std::string bytes, TXmlUndecodable undecodable = TXmlUndecodable::Refused);
     /// A text in UTF-8 that is to be held as `encoding` says.
-    TTissFile(std::shared_ptr<const std::string> text, TXmlEncoding encoding)
-        : text_(std::move(text)), encoding_(std::move(encoding)) {}
+    TTissFile(std::shared_ptr<const std::string> text, TXmlEncoding encoding, TFileOrigin source = {})
+        : text_(std::move(text)), encoding_(std::move(encoding)), origin_(std::move(source)) {}
 
     /// The same file with another text, held in the same way.
     TTissFile WithText(std::shared_ptr<const std::string> text) const;
@@ -41,6 +52,7 @@ class TTissFile {
     /// The text in UTF-8, without byte-order mark.
     const std::shared_ptr<const std::string>& Text() const { return text_; }
     const TXmlEncoding& Encoding() const { return encoding_; }
+    const TFileOrigin& Origin() const { return origin_; }
     /// The bytes that were read; of another text those that hold it. Raises EXmlEncoding for a text that the
     /// encoding cannot hold.
     std::string Bytes() const;
@@ -52,13 +64,18 @@ class TTissFile {
     /// The same, identified. Raises EXmlNotParsed, ETissException.
     std::shared_ptr<IArquivoTiss> Load() const;
 
-    /// Replaces a file by Bytes() in one step. Raises EFileNotWritten, EXmlEncoding.
+    /// Replaces a file by Bytes() in one step. Raises EFileNotWritten, EXmlEncoding; EFileChanged where it is
+    /// the source and no longer what was read.
     void Write(const std::filesystem::path& file) const;
+    /// Writes Bytes() beside a file that somebody else has changed, and answers where. Raises
+    /// EFileNotWritten, EXmlEncoding.
+    std::filesystem::path WriteBeside(std::filesystem::path file) const;
 
   private:
     std::shared_ptr<const std::string> bytes_; ///< null for a text that was not read
     std::shared_ptr<const std::string> text_;
     TXmlEncoding encoding_;
+    TFileOrigin origin_;
 };
 
 } // namespace conferix

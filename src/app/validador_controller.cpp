@@ -37,39 +37,34 @@ std::shared_ptr<const TXmlMessage> UnknownError(const std::string& detail) {
                     kSupportAddress, detail));
 }
 
-/// Turns the failure being handled into a message: one that the user can act on is an error, any other is
-/// fatal.
-std::shared_ptr<const TXmlMessage> FailureMessage() {
-    try {
-        throw;
-    } catch (const ETissException& error) {
-        return UserError(error);
-    } catch (const ELoteGuiasNotFound& error) {
-        return UserError(error);
-    } catch (const ESchemaNotFound& error) {
-        return UserError(error);
-    } catch (const ESchemaInvalido& error) {
-        return UserError(error);
-    } catch (const ETerminologyNotOpened& error) {
-        return UserError(error);
-    } catch (const std::exception& error) {
-        return UnknownError(error.what());
-    } catch (...) {
-        return UnknownError("exceção de tipo desconhecido");
-    }
-}
-
-/// The result of a validation during which something failed, from inside the handler of the failure.
+/// The result of a validation during which something failed, from inside the handler of the failure. What the
+/// user can act on is an error, any other failure fatal.
 TValidateArgs FailureResult() {
     TValidateArgs result;
     result.ValidXml = true;
-    result.AllMessages.push_back(FailureMessage());
+    result.Verified = false;
+    std::shared_ptr<const TXmlMessage> message;
     try {
         throw;
-    } catch (const ESchemaNotFound& missing) {
-        result.MissingSchema = missing.File();
-    } catch (...) { // NOLINT(bugprone-empty-catch): its message was made above
+    } catch (const ETissException& error) {
+        message = UserError(error);
+        result.Verified = true;
+    } catch (const ELoteGuiasNotFound& error) {
+        message = UserError(error);
+        result.Verified = true;
+    } catch (const ESchemaNotFound& error) {
+        message = UserError(error);
+        result.MissingSchema = error.File();
+    } catch (const ESchemaInvalido& error) {
+        message = UserError(error);
+    } catch (const EFile& error) { // the terminology among them
+        message = UserError(error);
+    } catch (const std::exception& error) {
+        message = UnknownError(error.what());
+    } catch (...) {
+        message = UnknownError("exceção de tipo desconhecido");
     }
+    result.AllMessages.push_back(std::move(message));
     return result;
 }
 
@@ -148,8 +143,9 @@ void TValidadorController::NotifyState() {
 void TValidadorController::LoadFromFile(const std::string& fileName) {
     if (fileName == fileName_)
         return;
-    std::error_code ignored;
-    if (!std::filesystem::exists(PathFromText(fileName), ignored))
+    std::error_code unreadable; // what is there and cannot be reached is told when it is read
+    if (std::filesystem::status(PathFromText(fileName), unreadable).type() ==
+        std::filesystem::file_type::not_found)
         throw EFileNotFound();
     if (flags_.Contains(TFileStateFlag::sfAberto))
         throw EAlreadyFileLoaded();
@@ -165,6 +161,7 @@ void TValidadorController::Load(const std::string& name, const TTissFile& file) 
     flags_.Clear();
     flags_.Include(TFileStateFlag::sfAberto);
     encoding_ = file.Encoding();
+    origin_ = file.Origin();
     TFileOpenArgs args;
     args.FileName = fileName_;
     args.FileStateFlags = flags_;
@@ -188,7 +185,8 @@ void TValidadorController::Save(const std::string& xml) {
 void TValidadorController::SaveAs(const std::string& xml, const std::string& fileName) {
     RequireFile("Não é possível salvar o Xml, pois não tem arquivo carregado.");
     const auto text = std::make_shared<const std::string>(xml);
-    TTissFile(text, encoding_).Write(PathFromText(fileName));
+    TTissFile(text, encoding_, origin_).Write(PathFromText(fileName));
+    origin_ = TFileOrigin::Of(PathFromText(fileName));
     encoding_ = EncodingToWrite(xml, encoding_);
     fileName_ = fileName;
     flags_.Exclude(TFileStateFlag::sfModificado);
@@ -211,6 +209,7 @@ void TValidadorController::CloseFile() {
     ++openings_;
     fileName_.clear();
     versaoTiss_.clear();
+    origin_ = {};
     flags_.Clear();
     NotifyState();
 }

@@ -68,7 +68,8 @@ class TValidadorController {
     void CloseFile();
     /// Marks the text as changed. Raises EFileNotLoaded.
     void Modify();
-    /// Writes the text in the encoding of the file. Raises EFileNotLoaded, EFileNotWritten, EXmlEncoding.
+    /// Writes the text in the encoding of the file. Raises EFileNotLoaded, EFileNotWritten, EXmlEncoding;
+    /// EFileChanged where the file is no longer what was read or saved last.
     void Save(const std::string& xml);
     /// The same under another name, which the controller takes over.
     void SaveAs(const std::string& xml, const std::string& fileName);
@@ -108,6 +109,7 @@ class TValidadorController {
     TSchemaFolder schemas_;
     TDBConnectionFactory terminology_;
     TXmlEncoding encoding_;
+    TFileOrigin origin_; ///< the file as it was when it was read or saved
 };
 
 using IValidadorController = TValidadorController;

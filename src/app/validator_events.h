@@ -36,7 +36,10 @@ struct TFileCloseArgs : TValidatorArgs {
 };
 
 struct TValidateArgs : TValidatorArgs {
-    bool ValidXml = false;                           ///< the text was well-formed XML
+    bool ValidXml = false; ///< the text was well-formed XML
+    /// False when something other than the file kept it from being judged: terminology, schema, a failure of
+    /// the program.
+    bool Verified = true;
     std::shared_ptr<const IArquivoTiss> ArquivoTiss; ///< none when the text did not parse
     TXmlMessages ValidationMessages;                 ///< the messages to show
     /// The messages of switched-off rules, in their order.

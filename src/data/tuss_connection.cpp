@@ -135,6 +135,31 @@ struct TTussConnection::TImpl {
         });
     }
 
+    // What SQLite's quick check finds in the file, or in one table.
+    std::vector<std::string> FindDamage(const std::string& table) const {
+        std::vector<std::string> damage;
+        try {
+            SQLite::Statement check(*database,
+                                    "PRAGMA quick_check" + (table.empty() ? "" : "(" + table + ")"));
+            while (check.executeStep()) {
+                damage.push_back(check.getColumn(0).getString());
+            }
+        } catch (const SQLite::Exception& error) {
+            damage.emplace_back(error.what());
+        }
+        if (damage == std::vector<std::string>{"ok"}) {
+            damage.clear();
+        }
+        return damage;
+    }
+
+    // Before a row is called missing: damage may have swallowed it. Looks at a table once.
+    void RequireSound(std::string_view table) {
+        if (sound.insert(std::string(table)).second && !FindDamage(std::string(table)).empty()) {
+            throw ETerminologyNotRead(file, "o banco de dados está danificado");
+        }
+    }
+
     // Whether a table has any row, or any of the TUSS table `number` where one is given.
     bool HasRows(std::string_view table, std::string_view number = {}) {
         std::string key(table);
@@ -196,6 +221,7 @@ struct TTussConnection::TImpl {
     TSqlStatement city;
     std::vector<TSqlStatement> terms; // in the order of kTermTables
     std::map<std::string, bool, std::less<>> hasRows;
+    std::set<std::string> sound; // tables in which something was looked for in vain
 };
 
 TTussConnection::TTussConnection(const fs::path& file) {
@@ -206,7 +232,8 @@ TTussConnection::TTussConnection(const fs::path& file) {
                                                            SQLite::OPEN_READONLY, kBusyTimeoutMs);
         // One transaction for the life of the connection: it sees one state of the file, and a look-up
         // does not lock and unlock the file, which would cost ten times the look-up.
-        database->exec("BEGIN");
+        // What a damaged page says of its rows is checked before it is believed.
+        database->exec("PRAGMA cell_size_check = ON; BEGIN");
         CheckTables(*database, file);
         impl_ = std::make_unique<TImpl>(std::move(database), file);
     } catch (const SQLite::Exception& error) {
@@ -238,7 +265,12 @@ const fs::path& TTussConnection::FileName() const {
 }
 
 TDateLookup TTussConnection::StartOfValidity(std::string_view table, std::string_view code) const {
-    return impl_->FindDate(impl_->TermsOf(table), {std::string(code)});
+    const TDateLookup found = impl_->FindDate(impl_->TermsOf(table), {std::string(code)});
+    if (!found.Found) {
+        impl_->RequireSound(TussTableName(table));
+        impl_->RequireSound(kTableTussInativado);
+    }
+    return found;
 }
 
 TDateLookup TTussConnection::Inactivation(std::string_view table, std::string_view code) const {
@@ -264,7 +296,11 @@ std::vector<TTuss64> TTussConnection::Table64(std::string_view table, std::strin
 }
 
 bool TTussConnection::HasCity(std::string_view code) const {
-    return impl_->Run(impl_->city, {std::string(code)}, [this] { return impl_->city.Step(); });
+    const bool found = impl_->Run(impl_->city, {std::string(code)}, [this] { return impl_->city.Step(); });
+    if (!found) {
+        impl_->RequireSound(kTableCidade);
+    }
+    return found;
 }
 
 bool TTussConnection::IsInstalled(std::string_view table) const {
@@ -290,6 +326,10 @@ std::vector<TTussTableStatistics> TTussConnection::Statistics() const {
         statistics.push_back(impl_->StatisticsOf(table));
     }
     return statistics;
+}
+
+std::vector<std::string> TTussConnection::FindDamage() const {
+    return impl_->FindDamage("");
 }
 
 } // namespace conferix

@@ -33,7 +33,7 @@ struct TTussTableStatistics {
 /// An open terminology database; never written to. It sees the file as it was at opening, and an import
 /// waits for its end, so its life is one validation. For one thread at a time. Codes and table numbers
 /// are compared as text. The look-ups raise ETerminologyNotRead when the file fails them, also
-/// for a date that does not have the form YYYY-MM-DD.
+/// for a date that does not have the form YYYY-MM-DD, and where a row is missing of a damaged table.
 class TTussConnection {
   public:
     /// Opens a database file and checks its tables. Raises ETerminologyNotOpened.
@@ -73,6 +73,9 @@ class TTussConnection {
 
     /// Content of the nine tables, in their order. Reads the tables whole.
     std::vector<TTussTableStatistics> Statistics() const;
+
+    /// What SQLite's quick check of the whole file finds, in SQLite's words; none for a sound one.
+    std::vector<std::string> FindDamage() const;
 
   private:
     struct TImpl;

@@ -59,6 +59,7 @@ TTussSearch::TTussSearch(const std::filesystem::path& file) : file_(file) {
     try {
         database_ = std::make_unique<SQLite::Database>(PathText(std::filesystem::absolute(file)),
                                                        SQLite::OPEN_READONLY);
+        database_->exec("PRAGMA cell_size_check = ON");
         hasDescriptions_ = database_->tableExists("TB_TUSS_BUSCA") &&
                            SQLite::Statement(*database_, "SELECT 1 FROM TB_TUSS_TERMO LIMIT 1").executeStep();
     } catch (const SQLite::Exception& error) {

@@ -1,9 +1,11 @@
-// The calls that differ between operating systems. No other file asks which system it runs on.
+// The calls that differ between operating systems. No file of other folders asks which system it runs on.
 #pragma once
 
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <iosfwd>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -35,6 +37,12 @@ class EFileNotRead : public EFile {
 class EFileNotWritten : public EFile {
   public:
     EFileNotWritten(const std::filesystem::path& file, const std::string& reason);
+};
+
+/// A file was not written because it is no longer the one that was read; the reason says what became of it.
+class EFileChanged : public EFileNotWritten {
+  public:
+    EFileChanged(const std::filesystem::path& file, const std::string& reason);
 };
 
 /// A folder could not be created.
@@ -82,19 +90,50 @@ std::filesystem::path DataFolder();
 /// Creates a folder and its parents; an existing folder is left alone. Raises EFolderNotCreated.
 void CreateFolder(const std::filesystem::path& folder);
 
-/// All bytes of a file, pipe or device up to its end. Raises EFileNotRead, also for more than
-/// `limit` bytes.
-std::string ReadWholeFile(const std::filesystem::path& file, std::uintmax_t limit = kMaxFileBytes);
+/// By what a file is known to be the one that was read, unchanged.
+struct TFileStamp {
+    std::uint64_t Device = 0;
+    std::uint64_t File = 0;   ///< number within the device
+    std::uint64_t Size = 0;   ///< in bytes
+    std::int64_t Changed = 0; ///< time of the last change, in the finest unit of the system
+    bool operator==(const TFileStamp&) const = default;
+};
 
-/// Replaces the content of a file in one step: the bytes go to a new file beside it, which is
-/// flushed, given the permissions of the old one and renamed over it. A symbolic link stays and its
-/// target is replaced; a pipe or device is simply written to. Raises EFileNotWritten, after which
-/// the old file is untouched and nothing is left beside it.
-void WriteFileAtomically(const std::filesystem::path& file, std::string_view bytes);
+/// The stamp of a file as it is now; nothing for what is no regular file.
+std::optional<TFileStamp> StampOf(const std::filesystem::path& file);
 
-/// Puts a finished file, flushed to disk, in the place of another in the same folder, which keeps its name;
-/// who has the old one open goes on reading that. A symbolic link stays and its target is replaced. Raises
-/// EFileNotWritten, after which the old file is untouched.
+/// All bytes of a file, pipe or device up to its end. `stamp`: set to what the file was before it was read;
+/// to nothing for a pipe or device. Raises EFileNotRead, also for more than `limit` bytes and for a pipe to
+/// which nobody writes.
+std::string ReadWholeFile(const std::filesystem::path& file, std::uintmax_t limit = kMaxFileBytes,
+                          std::optional<TFileStamp>* stamp = nullptr);
+
+/// All bytes of a stream up to its end; `name` stands for it in errors. Raises EFileNotRead, also for more
+/// than `limit` bytes, of which no more are read.
+std::string ReadWholeStream(std::istream& stream, const std::string& name,
+                            std::uintmax_t limit = kMaxFileBytes);
+
+/// Replaces the content of a file in one step: the bytes go to a new file beside it, for its owner alone,
+/// which is flushed, given the owner, rights, access list and extended attributes of the old one and renamed
+/// over it. A symbolic link stays and its target is replaced; a pipe or device is simply written to. Raises
+/// EFileNotWritten, after which the old file is untouched and nothing is left beside it; also where something
+/// of the old file cannot be kept, and for a file with further hard links. `expected`: raises EFileChanged
+/// when the file is another, has changed or is gone.
+void WriteFileAtomically(const std::filesystem::path& file, std::string_view bytes,
+                         const std::optional<TFileStamp>& expected = std::nullopt);
+
+/// The same for a copy of another file, which is as accessible as that one: to its owner alone where that one
+/// is gone or others own it.
+void WriteCopyAtomically(const std::filesystem::path& file, std::string_view bytes,
+                         const std::filesystem::path& original);
+
+/// From here on, signals that end the process remove the temporary files of writing first, and writing beyond
+/// the permitted size of files is an error and no end. For programs, at their beginning.
+void RemoveTemporaryFilesAtSignals();
+
+/// Puts a finished file, flushed to disk, in the place of another in the same folder, whose owner, rights and
+/// attributes it takes; who has the old one open goes on reading that. A symbolic link stays and its target
+/// is replaced. Raises EFileNotWritten, after which the old file is untouched.
 void ReplaceFileBy(const std::filesystem::path& file, const std::filesystem::path& finished);
 
 /// Holds a file for one at a time, between processes and within one. The file is made when it is missing and

@@ -93,6 +93,25 @@ std::string ConverterName(std::string_view declared) {
     return upper;
 }
 
+/// True for UTF-8, UTF-16, US-ASCII and the single-byte families ISO-8859, Windows-125x, IBM850 and
+/// Macintosh. Others give no text back as it was (UTF-7, HZ) or are no one's in this trade.
+bool IsAccepted(const std::string& name) {
+    constexpr std::string_view kFamilies[] = {"ISO-8859-", "WINDOWS-125"};
+    constexpr std::string_view kSingle[] = {"UTF-8",    "UTF-16", "UTF-16LE", "UTF-16BE",
+                                            "US-ASCII", "IBM850", "IBM-850",  "MACINTOSH"};
+    UErrorCode status = U_ZERO_ERROR;
+    const std::uint16_t count = ucnv_countAliases(name.c_str(), &status);
+    for (std::uint16_t i = 0; U_SUCCESS(status) && i < count; ++i) {
+        const char* alias = ucnv_getAlias(name.c_str(), i, &status);
+        const std::string upper = Upper(alias != nullptr ? alias : "");
+        if (std::ranges::find(kSingle, upper) != std::end(kSingle) ||
+            std::ranges::any_of(kFamilies,
+                                [&](std::string_view family) { return upper.starts_with(family); }))
+            return true;
+    }
+    return false;
+}
+
 std::shared_ptr<const TXmlMessage> FaultAt(std::string_view textBefore, const std::string& reason) {
     const TXmlPlace place = TPositionCounter(textBefore).PlaceOf(textBefore.size());
     return TXmlMessage::CreateError(reason, {}, place.Line, place.LinePos, place.FilePos);
@@ -100,6 +119,17 @@ std::shared_ptr<const TXmlMessage> FaultAt(std::string_view textBefore, const st
 
 [[noreturn]] void RaiseAt(std::string_view textBefore, const std::string& reason) {
     throw EXmlEncoding(FaultAt(textBefore, reason));
+}
+
+[[noreturn]] void RefuseEncoding(std::string_view declared) {
+    RaiseAt({}, fmt::format("A codificação {}, declarada no arquivo, não é aceita. Use \"ISO-8859-1\" ou "
+                            "\"UTF-8\".",
+                            QuoteText(declared)));
+}
+
+[[noreturn]] void RefuseUtf32() {
+    RaiseAt({}, "O arquivo está gravado em UTF-32, que não é aceita. Salve-o novamente em \"ISO-8859-1\" ou "
+                "\"UTF-8\".");
 }
 
 /// Why a text is taken for UTF-8, as the beginning of a sentence, and what to do when it is not.
@@ -193,11 +223,8 @@ void RefuseForeignFiles(std::string_view bytes) {
 /// Decodes through the converter; on a malformed byte the text before it tells the line.
 std::string ToUtf8(std::string_view bytes, const std::string& name, std::string_view declared) {
     const TConverter converter(name);
-    if (!converter.Open())
-        RaiseAt({},
-                fmt::format("A codificação \"{}\", declarada no arquivo, não é conhecida. Use \"ISO-8859-1\" "
-                            "ou \"UTF-8\".",
-                            declared));
+    if (!IsAccepted(name) || !converter.Open())
+        RefuseEncoding(declared);
     UErrorCode status = U_ZERO_ERROR;
     ucnv_setToUCallBack(converter.Get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
     const TConverter utf8("UTF-8");
@@ -231,15 +258,13 @@ std::string ToUtf8(std::string_view bytes, const std::string& name, std::string_
     return text;
 }
 
-/// UTF-16 and UTF-32 without mark show in the bytes of "<".
+/// UTF-16 without mark shows in the bytes of "<". Refuses UTF-32.
 const char* SniffWide(std::string_view bytes) {
     if (bytes.size() < 4)
         return nullptr;
     const std::string_view four = bytes.substr(0, 4);
-    if (four == std::string_view("<\0\0\0", 4))
-        return "UTF-32LE";
-    if (four == std::string_view("\0\0\0<", 4))
-        return "UTF-32BE";
+    if (four == std::string_view("<\0\0\0", 4) || four == std::string_view("\0\0\0<", 4))
+        RefuseUtf32();
     if (four.substr(0, 2) == std::string_view("<\0", 2))
         return "UTF-16LE";
     if (four.substr(0, 2) == std::string_view("\0<", 2))
@@ -357,11 +382,8 @@ void ForEachCharacter(std::string_view text, Visit&& visit) {
 
 std::string EncodeThrough(std::string_view text, const std::string& name) {
     TCharacterEncoder encoder(name);
-    if (!encoder.Open())
-        RaiseAt({},
-                fmt::format("A codificação \"{}\", declarada no XML, não é conhecida. Use \"ISO-8859-1\" ou "
-                            "\"UTF-8\".",
-                            DeclaredEncoding(text)));
+    if (!IsAccepted(name) || !encoder.Open())
+        RefuseEncoding(DeclaredEncoding(text));
     const bool asciiKept = encoder.Encode('<') == "<";
     std::string bytes;
     bytes.reserve(text.size());
@@ -473,6 +495,8 @@ TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable) {
     for (const TBom& bom : kBoms) {
         if (!std::string_view(bytes).starts_with(bom.Bytes))
             continue;
+        if (std::string_view(bom.Encoding).starts_with("UTF-32"))
+            RefuseUtf32();
         TXmlText result{{}, {bom.Encoding, true, nullptr}};
         if (result.Encoding.Name == "UTF-8") {
             bytes.erase(0, bom.Bytes.size());
@@ -503,7 +527,7 @@ TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable) {
             return Guess(std::move(bytes), std::move(fault), undecodable);
         return {std::move(bytes), {name, false, nullptr}};
     }
-    if (name.starts_with("UTF-16") || name.starts_with("UTF-32"))
+    if (name.starts_with("UTF-16"))
         RaiseAt({}, fmt::format(
                         "O arquivo declara a codificação {}, mas não está gravado nela. Declare a que ele "
                         "usa, por exemplo encoding=\"ISO-8859-1\", ou salve o arquivo novamente.",
@@ -515,10 +539,43 @@ TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable) {
 }
 
 TXmlEncoding EncodingToWrite(std::string_view text, const TXmlEncoding& original) {
-    const bool wide = original.Name.starts_with("UTF-16") || original.Name.starts_with("UTF-32");
+    const bool wide = original.Name.starts_with("UTF-16");
     return {original.Bom || wide ? original.Name : ConverterName(DeclaredEncoding(text)), original.Bom,
             nullptr};
 }
+
+namespace {
+
+/// True when a text that was read is the one that was meant, where a reference may stand for a character.
+bool IsSameText(std::string_view read, std::string_view meant) {
+    while (!meant.empty()) {
+        const auto [readAt, meantAt] = std::ranges::mismatch(read, meant);
+        read.remove_prefix(static_cast<std::size_t>(readAt - read.begin()));
+        meant.remove_prefix(static_cast<std::size_t>(meantAt - meant.begin()));
+        if (meant.empty())
+            break;
+        UChar32 c = 0;
+        std::int32_t next = 0;
+        U8_NEXT(reinterpret_cast<const std::uint8_t*>(meant.data()), next,
+                static_cast<std::int32_t>(std::min<std::size_t>(meant.size(), 4)), c);
+        const std::string reference = fmt::format("&#{};", static_cast<std::uint32_t>(c));
+        if (c < 0x80 || !read.starts_with(reference))
+            return false;
+        read.remove_prefix(reference.size());
+        meant.remove_prefix(static_cast<std::size_t>(next));
+    }
+    return read.empty();
+}
+
+bool IsReadAs(const std::string& bytes, std::string_view text) {
+    try {
+        return IsSameText(DecodeXml(bytes).Text, text);
+    } catch (const EXmlEncoding&) {
+        return false;
+    }
+}
+
+} // namespace
 
 std::string EncodeXml(std::string_view text, const TXmlEncoding& original) {
     const std::string name = EncodingToWrite(text, original).Name;
@@ -528,8 +585,15 @@ std::string EncodeXml(std::string_view text, const TXmlEncoding& original) {
             if (name == bom.Encoding)
                 bytes = bom.Bytes;
     if (name == "UTF-8" || ((name == kAnsi || name == kAscii) && IsAscii(text)))
-        return bytes.append(text);
-    return bytes + EncodeThrough(text, name);
+        bytes.append(text);
+    else
+        bytes += EncodeThrough(text, name);
+    if (!IsReadAs(bytes, text))
+        RaiseAt({},
+                fmt::format("O texto não seria lido de volta como está se fosse gravado na codificação {}. "
+                            "Declare a codificação UTF-8 e grave novamente.",
+                            name));
+    return bytes;
 }
 
 namespace {
@@ -593,7 +657,7 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
     };
     if (encoding.Fault != nullptr)
         return found(TXmlMisreading::TKind::Guessed);
-    const bool wide = encoding.Name.starts_with("UTF-16") || encoding.Name.starts_with("UTF-32");
+    const bool wide = encoding.Name.starts_with("UTF-16");
     const bool agrees = wide ? Upper(declared).starts_with(encoding.Name.substr(0, 6))
                              : ConverterName(declared) == encoding.Name;
     if (encoding.Bom && !declared.empty() && !agrees)

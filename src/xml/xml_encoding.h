@@ -48,8 +48,9 @@ struct TXmlText {
 
 /// Decodes by byte-order mark, else by the XML declaration, else as UTF-8; compressed files, PDFs and the
 /// like are refused by what they are. ISO-8859-1 is read as Windows-1252, which holds the same letters and
-/// gives every byte back when written. Raises EXmlEncoding with the line of the first byte that does not
-/// decode.
+/// gives every byte back when written. Besides UTF-8 and UTF-16 the single-byte encodings ISO-8859,
+/// Windows-125x, IBM850 and Macintosh are accepted. Raises EXmlEncoding for any other, and with the line of
+/// the first byte that does not decode.
 TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable = TXmlUndecodable::Refused);
 
 /// A file that was read in another encoding than the one in which it was written, or that others may read so.
@@ -71,7 +72,8 @@ std::string MeantText(std::string_view text, TXmlMisreading::TKind kind);
 
 /// Encodes a text for a file: in the encoding of its byte-order mark when it had one, else in the one that
 /// the text's own XML declaration names (UTF-8 without one). A character that the encoding does not hold
-/// is written as a numeric reference in text and attribute values; elsewhere EXmlEncoding is raised.
+/// is written as a numeric reference in text and attribute values; elsewhere EXmlEncoding is raised, as it is
+/// where the bytes would not be read as the same text again.
 std::string EncodeXml(std::string_view text, const TXmlEncoding& original);
 /// How EncodeXml holds a text.
 TXmlEncoding EncodingToWrite(std::string_view text, const TXmlEncoding& original);

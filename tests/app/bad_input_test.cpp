@@ -109,6 +109,8 @@ TEST_F(BadInput, ExtremesEndInMessages) {
     const std::string head = "<mensagemTISS><cabecalho><Padrao>4.01.00</Padrao></cabecalho>";
     const std::string cases[] = {
         "",
+        "<?xml version='1.0' encoding='HZ'?><a/>",
+        "<?xml version='1.0' encoding='" + std::string(100'000, 'U') + "'?><a/>",
         std::string(1, '\0'),
         std::string("<\0a\0/\0>\0", 8),
         "\xFE\xFF",

@@ -1,3 +1,4 @@
+#include "app/tiss_file.h"
 #include "data/tuss_writer.h"
 #include "support/command_test.h"
 #include "support/small_lote.h"
@@ -139,6 +140,17 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
     terms.Insert(TTuss22{{"40304361", ParseIsoDate("2030-01-01"), std::nullopt}});
     terms.Insert(TTuss64{"22", "10101012", true, "045", ParseIsoDate("2000-01-01"), {}, {}});
     terms.Commit();
+    std::string damaged = ReadTestFile(File("codigos.db"));
+    constexpr std::size_t kPage = 4096;
+    for (std::size_t page = kPage; page < damaged.size();
+         page += kPage) // where the rows of a small table stand
+        std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(page + kPage / 2), kPage / 2, '\0');
+    WriteTestFile(File("danificada.db"), damaged);
+    std::filesystem::create_symlink("nada.xml", File("pendente.xml"));
+    std::filesystem::create_directories(File("pasta/fundo"));
+    std::filesystem::create_symlink("nada.xml", File("pasta/pendente.xml"));
+    std::filesystem::create_directory_symlink("..", File("pasta/fundo/volta"));
+    std::filesystem::copy(File("valido.xml"), File("pasta/fundo"));
     options_.clear();
     terminology_.Set(CONFERIX_TUSS_DB);
     std::filesystem::create_directory(File("dados"));
@@ -191,6 +203,68 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
     EXPECT_THAT(Run({}).Err, HasSubstr("falta o comando"));
     EXPECT_EQ(ReadTestFile("valido.xml"), source);
     std::filesystem::current_path(before);
+}
+
+TEST_F(Cli, NamesAndValuesSteerNoTerminal) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"<?xml version='1.0' encoding='x\x1B[2J'?><a/>", "\\x1B[2J"},
+        {"<mensagemTISS><cabecalho><Padrao>4\xC2\x9B\n2J\xE2\x80\xAE</Padrao></cabecalho></mensagemTISS>",
+         "4\\u009B\\n2J\\u202E"},
+    };
+    const std::string name = "cor\x1B[31m\n\xFF.xml";
+    for (const auto& [text, visible] : cases) {
+        WriteTestFile(File(name), text);
+        for (const char* command : {"validar", "informar", "hash"}) {
+            const TCommandResult result = Run({command, File(name)});
+            const std::string told = result.Out + result.Err;
+            EXPECT_EQ(told.find('\x1B'), std::string::npos) << told;
+            EXPECT_THAT(told, HasSubstr("cor\\x1B[31m\\n\\xFF.xml")) << command;
+            EXPECT_EQ(told.find("\xC2\x9B"), std::string::npos) << told;
+            if (command == std::string("validar")) {
+                EXPECT_THAT(told, HasSubstr(visible));
+            }
+        }
+    }
+    for (const auto& [term, coloured] : {std::pair("dumb", false), std::pair("xterm", true)}) {
+        const TEnvironment terminal("TERM", term);
+        std::istringstream in;
+        std::ostringstream out;
+        RunCli({"regras"}, {in, out, out, true, true});
+        EXPECT_EQ(out.str().find('\x1B') != std::string::npos, coloured) << term;
+    }
+}
+
+TEST_F(Cli, AFileThatSomebodyElseChangesIsNotWrittenOver) {
+    const std::string faulty = ReadTestFile(Example("honorarios-4.01.00-valores-errados.xml"));
+    const std::string file = File("lote.xml");
+    const auto correct = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"corrigir", file, "--todas"});
+        return Run(std::move(words));
+    };
+    WriteTestFile(file, faulty);
+    EXPECT_NE(correct({"--no-lugar", "--copia"}).Status, kExitUnreadable);
+    EXPECT_EQ(ReadTestFile(file + ".bak"), faulty);
+    EXPECT_NE(ReadTestFile(file), faulty);
+
+    // Two writers of one file: who comes later is told.
+    TTissFile read = TTissFile::Read(file);
+    const std::string other = ReadTestFile(file) + "\n";
+    const auto expectKept = [&](const char* reason) {
+        EXPECT_THAT(TextOf<EFileChanged>([&] { read.WithText("<a/>").Write(File("./lote.xml")); }),
+                    HasSubstr(reason));
+        EXPECT_FALSE(folder_.Names().contains("lote.xml.conferix-novo"));
+    };
+    WriteTestFile(file, other);
+    expectKept("outro programa o alterou");
+    EXPECT_EQ(ReadTestFile(file), other);
+    std::filesystem::rename(file, File("antigo.xml"));
+    expectKept("outro programa o removeu");
+    WriteTestFile(file, other);
+    expectKept("outro programa o substituiu");
+    EXPECT_EQ(ReadTestFile(read.WithText("<a/>").WriteBeside(file)), "<a/>");
+    read = TTissFile::Read(file);
+    read.WithText("<a/>").Write(file);
+    EXPECT_EQ(ReadTestFile(file), "<a/>");
 }
 
 TEST_F(Cli, RulesSwitchedAtOnceLoseNothingAndUnknownOnesStay) {

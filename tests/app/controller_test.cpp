@@ -128,6 +128,11 @@ TEST_F(Controller, AFileThatCannotBeReadOrWrittenLosesNothing) {
                  EFileNotWritten);
     EXPECT_EQ(controller_.FileName(), file_);
     EXPECT_TRUE(controller_.Modified());
+    controller_.Save("<b/>");
+    controller_.Save("<c/>"); // what it wrote itself is no change of somebody else
+    WriteTestFile(file_, "<outro/>");
+    EXPECT_THROW(controller_.Save("<d/>"), EFileChanged);
+    EXPECT_EQ(ReadTestFile(file_), "<outro/>");
 }
 
 TEST_F(Controller, TurnsFailuresIntoMessages) {

@@ -9,12 +9,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <thread>
 
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace conferix {
@@ -70,6 +72,19 @@ TEST(ReadWholeFile, NamesFileAndReasonOfAFailure) {
                 HasSubstr("o nome é longo demais"));
 }
 
+TEST(ReadWholeFile, APipeWithNobodyAtTheOtherEndIsRefused) {
+    const TTemporaryFolder folder;
+    for (const char* name : {"ler", "gravar"})
+        ASSERT_EQ(mkfifo((folder / name).c_str(), 0600), 0);
+    std::thread writing([&] {
+        EXPECT_THAT(TextOf<EFileNotWritten>([&] { WriteFileAtomically(folder / "gravar", "x"); }),
+                    HasSubstr("é um canal (FIFO) de que nenhum programa lê"));
+    });
+    EXPECT_THAT(TextOf<EFileNotRead>([&] { ReadWholeFile(folder / "ler"); }),
+                HasSubstr("é um canal (FIFO) em que nenhum programa escreve"));
+    writing.join();
+}
+
 TEST(ReadWholeFile, RefusesMoreThanTheLimit) {
     const TTemporaryFolder folder;
     const fs::path file = folder / "grande.xml";
@@ -82,6 +97,14 @@ TEST(ReadWholeFile, RefusesMoreThanTheLimit) {
     WriteTestFile(file, std::string(1000, 'x'));
     EXPECT_EQ(ReadWholeFile(file, 1000).size(), 1000U);
     EXPECT_THROW(ReadWholeFile(file, 999), EFileNotRead);
+    for (const std::size_t size : {0U, 1000U, 200'000U}) {
+        std::istringstream stream(std::string(size, 'x'));
+        EXPECT_EQ(ReadWholeStream(stream, "-", 200'000).size(), size);
+    }
+    std::istringstream stream(std::string(1'000'000, 'x'));
+    EXPECT_THAT(TextOf<EFileNotRead>([&] { ReadWholeStream(stream, "-", 999); }),
+                HasSubstr(" bytes, o máximo que o programa lê"));
+    EXPECT_LT(stream.tellg(), 100'000) << "no more is read than it takes to know";
 
     const fs::path pipe = folder / "cano";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -140,6 +163,43 @@ TEST(WriteFileAtomically, KeepsTheOwnerOfAnOldFile) {
     ASSERT_EQ(stat(file.c_str(), &info), 0);
     EXPECT_EQ(std::pair(info.st_uid, info.st_gid), std::pair(uid_t{1234}, gid_t{4321}));
     EXPECT_EQ(Mode(file), 0660U);
+}
+
+TEST(WriteFileAtomically, RefusesWhatItCouldNotKeep) {
+    const TTemporaryFolder folder;
+    WriteTestFile(folder / "lote.xml", "velho");
+    fs::create_hard_link(folder / "lote.xml", folder / "outro-nome.xml");
+    EXPECT_THAT(TextOf<EFileNotWritten>([&] { WriteFileAtomically(folder / "lote.xml", "novo"); }),
+                HasSubstr("outros nomes (ligações físicas)"));
+    fs::remove(folder / "outro-nome.xml");
+    const std::string note = "de ontem";
+    if (setxattr((folder / "lote.xml").c_str(), "user.nota", note.data(), note.size(), 0) == 0) {
+        WriteFileAtomically(folder / "lote.xml", "novo");
+        std::string kept(note.size(), '\0');
+        EXPECT_EQ(getxattr((folder / "lote.xml").c_str(), "user.nota", kept.data(), kept.size()),
+                  static_cast<ssize_t>(note.size()));
+        EXPECT_EQ(kept, note);
+    }
+    EXPECT_THAT(folder.Names(), ElementsAre("lote.xml"));
+}
+
+TEST(WriteFileAtomically, RemovesWhatKilledWritersLeft) {
+    const TTemporaryFolder folder;
+    for (const char* name : {".conferix-1-00.tmp", ".conferix-2-00.tmp", "meu.tmp"})
+        WriteTestFile(folder / name, "<a");
+    const TFileLock living(folder / ".conferix-2-00.tmp", true);
+    WriteFileAtomically(folder / "lote.xml", "novo");
+    EXPECT_THAT(folder.Names(), ElementsAre(".conferix-2-00.tmp", "lote.xml", "meu.tmp"));
+}
+
+TEST(WriteCopyAtomically, IsAsAccessibleAsItsOriginal) {
+    const TTemporaryFolder folder;
+    WriteTestFile(folder / "lote.xml", "1");
+    fs::permissions(folder / "lote.xml", static_cast<fs::perms>(0640));
+    WriteCopyAtomically(folder / "copia", "1", folder / "lote.xml");
+    EXPECT_EQ(Mode(folder / "copia"), 0640U);
+    WriteCopyAtomically(folder / "sem-original", "1", folder / "nenhum.xml");
+    EXPECT_EQ(Mode(folder / "sem-original"), 0600U);
 }
 
 TEST(WriteFileAtomically, FollowsSymbolicLinks) {

@@ -26,23 +26,17 @@ class PastaDeSchemas : public testing::Test {
     TTemporaryFolder root_;
 };
 
-TEST_F(PastaDeSchemas, CopiesABuiltInFileWithWhatItImportsWhenItIsFirstNeeded) {
+TEST_F(PastaDeSchemas, ReadsABuiltInFileWhereItIsUnlessItImportsOneOfTheUser) {
     EXPECT_EQ(Folder().Origin("tiss.xsd"), TSchemaOrigin::BuiltIn);
     EXPECT_EQ(Folder().Find("tiss.xsd"), BuiltIn() / "tiss.xsd");
-    EXPECT_FALSE(std::filesystem::exists(User())) << "asking copies nothing";
-    EXPECT_EQ(Folder().Locate("tiss.xsd"), User() / "tiss.xsd");
-    EXPECT_EQ(ReadTestFile(User() / "tiss.xsd"), WithSeal(std::string(kMain)));
-    EXPECT_EQ(ReadTestFile(User() / "outro.xsd"), WithSeal(std::string(kOther)));
-    EXPECT_EQ(Folder().Origin("tiss.xsd"), TSchemaOrigin::BuiltIn);
-    std::filesystem::remove(User() / "outro.xsd");
-    Folder().Locate("tiss.xsd");
-    EXPECT_TRUE(std::filesystem::exists(User() / "outro.xsd"));
-}
-
-TEST_F(PastaDeSchemas, ACopyOfAnOlderProgramGivesWay) {
+    EXPECT_EQ(Folder().Locate("tiss.xsd"), BuiltIn() / "tiss.xsd");
+    EXPECT_EQ(TSchemaFolder({}, BuiltIn()).Locate("tiss.xsd"), BuiltIn() / "tiss.xsd");
+    EXPECT_FALSE(std::filesystem::exists(User())) << "nothing is copied";
     std::filesystem::create_directories(User());
     WriteTestFile(User() / "tiss.xsd", WithSeal("<schema>antigo</schema>\n"));
     EXPECT_EQ(Folder().Origin("tiss.xsd"), TSchemaOrigin::BuiltIn);
+    EXPECT_EQ(Folder().Locate("tiss.xsd"), BuiltIn() / "tiss.xsd") << "a copy of an older program gives way";
+    WriteTestFile(User() / "outro.xsd", "<schema/>");
     EXPECT_EQ(Folder().Locate("tiss.xsd"), User() / "tiss.xsd");
     EXPECT_EQ(ReadTestFile(User() / "tiss.xsd"), WithSeal(std::string(kMain)));
 }

@@ -32,6 +32,12 @@ TEST(XmlEncoding, DecodesAndWritesBackEveryByte) {
          "<?xml version='1.0' encoding='iso-8859-1'?><a>é€</a>"},
         {"<?xml version='1.0' encoding=\"ISO-8859-15\"?><a>\xA4</a>",
          "<?xml version='1.0' encoding=\"ISO-8859-15\"?><a>€</a>"},
+        {"<?xml version='1.0' encoding='IBM850'?><a>\x82</a>",
+         "<?xml version='1.0' encoding='IBM850'?><a>é</a>"},
+        {"<?xml version='1.0' encoding='macintosh'?><a>\x8E</a>",
+         "<?xml version='1.0' encoding='macintosh'?><a>é</a>"},
+        {"<?xml version='1.0' encoding='cp1250'?><a>\xB9</a>",
+         "<?xml version='1.0' encoding='cp1250'?><a>ą</a>"},
         {"\xFF\xFE" + Wide(utf16, false), utf16},
         {"\xFE\xFF" + Wide(utf16, true), utf16},
         {Wide(utf16, false), utf16},
@@ -67,6 +73,9 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
         EXPECT_FALSE(FindMisreading(DecodeXml(head + sound).Text, {"windows-1252", false, nullptr})) << sound;
     EXPECT_EQ(EncodeXml("<?xml version='1.0' encoding='US-ASCII'?><a>é</a>", {}),
               "<?xml version='1.0' encoding='US-ASCII'?><a>&#233;</a>");
+    // What would be read as something else is not written.
+    for (const char* wrong : {"<?xml version=\"1.0\" encoding=\"UTF-16\"?><a/>", "\xEF\xBB\xBF<a/>"})
+        EXPECT_THROW(EncodeXml(wrong, {}), EXmlEncoding) << wrong;
     EXPECT_EQ(EncodeXml(head + "<!-- - -- ]]> --><a>→</a>", {}), head + "<!-- - -- ]]> --><a>&#8594;</a>");
 }
 

@@ -1,8 +1,8 @@
 #include "app/cli/cli.h"
 
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "convert/conversion_run.h"
-#include "data/constantes.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
 #include "model/tiss_exceptions.h"
@@ -14,8 +14,7 @@
 #include <fmt/ranges.h>
 
 #include <functional>
-#include <istream>
-#include <iterator>
+#include <optional>
 #include <ostream>
 
 namespace conferix {
@@ -38,6 +37,13 @@ std::string UsageText(const CLI::ParseError& error, const std::vector<std::strin
     if (name == "ExcludesError" || name == "RequiresError")
         return fmt::format("opções que não combinam ({})", error.what());
     return fmt::format("linha de comando inválida ({})", error.what());
+}
+
+/// Refuses the name that an unset variable of a script leaves empty.
+const CLI::Validator& NotEmpty() {
+    static const CLI::Validator validator(
+        [](const std::string& name) { return name.empty() ? "o nome está vazio" : ""; }, "");
+    return validator;
 }
 
 void Translate(CLI::App& app) {
@@ -70,11 +76,15 @@ class TCommandLine {
         app_.fallthrough();
         app_.add_option("--formato", context_.Formato, "texto, json, ndjson (validar) ou markdown (regras)")
             ->option_text("FORMATO");
-        app_.add_option("--esquemas", context_.Esquemas, "Pasta dos schemas XSD")->option_text("PASTA");
+        app_.add_option("--esquemas", context_.Esquemas, "Pasta dos schemas XSD")
+            ->option_text("PASTA")
+            ->check(NotEmpty());
         app_.add_option("--terminologia", context_.Terminologia, "Base de terminologia (tuss.db)")
-            ->option_text("ARQUIVO");
+            ->option_text("ARQUIVO")
+            ->check(NotEmpty());
         app_.add_option("--config", context_.Config, "Arquivo de configuração (config.json)")
-            ->option_text("ARQUIVO");
+            ->option_text("ARQUIVO")
+            ->check(NotEmpty());
         AddValidar();
         AddSingleFile("informar", "Mostra o que o arquivo é e contém", &RunInformar);
         AddSingleFile("hash", "Mostra o hash informado e os calculados", &RunHash);
@@ -144,11 +154,15 @@ class TCommandLine {
 
     void AddValidar() {
         CLI::App* command =
-            AddCommand(app_, "validar", "Valida arquivos; uma pasta vale por seus *.xml e *.xte");
+            AddCommand(app_, "validar",
+                       "Valida arquivos; uma pasta vale por seus *.xml e *.xte e os das suas subpastas");
         command->add_option("arquivos", validar_.Arquivos, "Arquivos ou pastas; - é a entrada padrão")
             ->required()
-            ->option_text("ARQUIVO...");
+            ->option_text("ARQUIVO...")
+            ->check(NotEmpty());
         command->add_flag("--todas", validar_.Todas, "Mostra também as mensagens de sucesso e as ocultas");
+        command->add_flag("--sem-subpastas", validar_.SemSubpastas,
+                          "De uma pasta, só os arquivos que estão diretamente nela");
         command->add_flag("--detalhar", validar_.Detalhar,
                           "Mostra cada mensagem, sem agrupar as de mesma causa");
         command->add_option("--desativar", validar_.Desativar, "Desativa uma regra nesta execução")
@@ -166,7 +180,8 @@ class TCommandLine {
         CLI::App* command = AddCommand(app_, name, description);
         command->add_option("arquivo", arquivo_, "Arquivo; - é a entrada padrão")
             ->required()
-            ->option_text("ARQUIVO");
+            ->option_text("ARQUIVO")
+            ->check(NotEmpty());
         OnParsed(command, {}, [this, run] { return run(context_, arquivo_); });
     }
 
@@ -175,7 +190,8 @@ class TCommandLine {
             AddCommand(app_, "corrigir", "Aplica correções; sem dizer quais, mostra as que existem");
         command->add_option("arquivo", corrigir_.Arquivo, "Arquivo; - é a entrada padrão")
             ->required()
-            ->option_text("ARQUIVO");
+            ->option_text("ARQUIVO")
+            ->check(NotEmpty());
         CLI::Option* mensagem =
             command->add_option("--mensagem", corrigir_.Mensagem, "Número da mensagem a corrigir")
                 ->option_text("N")
@@ -196,10 +212,12 @@ class TCommandLine {
             ->add_flag("--com-perdas", corrigir_.ComPerdas,
                        "Conserta a estrutura também onde algo se perde (elemento removido, texto cortado)")
             ->needs(estrutura);
-        CLI::Option* saida =
-            command->add_option("--saida", corrigir_.Saida, "Grava neste arquivo")->option_text("ARQUIVO");
+        CLI::Option* saida = command->add_option("--saida", corrigir_.Saida, "Grava neste arquivo")
+                                 ->option_text("ARQUIVO")
+                                 ->check(NotEmpty());
         CLI::Option* noLugar =
             command->add_flag("--no-lugar", corrigir_.NoLugar, "Grava sobre o arquivo")->excludes(saida);
+        command->add_flag("--copia", corrigir_.Copia, "Guarda o arquivo substituído como ARQUIVO.bak");
         command
             ->add_flag("--renomear", corrigir_.Renomear,
                        "Com --no-lugar, dá o nome novo ao arquivo cujo nome leva o hash")
@@ -254,7 +272,8 @@ class TCommandLine {
         CLI::App* command = AddCommand(app_, "converter", "Converte um lote de guias para outra versão");
         command->add_option("arquivos", converter_.Arquivos, "Arquivos; - é a entrada padrão")
             ->required()
-            ->option_text("ARQUIVO...");
+            ->option_text("ARQUIVO...")
+            ->check(NotEmpty());
         command->add_option("--para", converter_.Para, "Versão de destino, como 4.01.00")
             ->required()
             ->option_text("VERSAO");
@@ -263,10 +282,12 @@ class TCommandLine {
                          "01 a 05: regime das guias de consulta e SP/SADT ao passar para 4.00.00; nenhum: "
                          "será informado depois")
             ->option_text("CODIGO");
-        CLI::Option* saida =
-            command->add_option("--saida", converter_.Saida, "Grava neste arquivo")->option_text("ARQUIVO");
+        CLI::Option* saida = command->add_option("--saida", converter_.Saida, "Grava neste arquivo")
+                                 ->option_text("ARQUIVO")
+                                 ->check(NotEmpty());
         command->add_option("--pasta-saida", converter_.PastaSaida, "Grava nesta pasta, com o mesmo nome")
             ->option_text("PASTA")
+            ->check(NotEmpty())
             ->excludes(saida);
         command->add_flag("--detalhar", converter_.Detalhar, "Mostra cada nota, sem agrupar");
         OnParsed(command, {}, [this] { return RunConverter(context_, converter_); });
@@ -281,7 +302,8 @@ class TCommandLine {
             AddCommand(*group, "importar", "Instala os schemas publicados pela ANS (pasta ou pacote ZIP)");
         import->add_option("origem", arquivo_, "Pasta com os arquivos XSD, ou arquivo ZIP")
             ->required()
-            ->option_text("ORIGEM");
+            ->option_text("ORIGEM")
+            ->check(NotEmpty());
         OnParsed(import, {}, [this] { return RunEsquemasImportar(context_, arquivo_); });
         CLI::App* remove = AddCommand(*group, "remover", "Volta ao schema embutido de uma versão");
         remove->add_option("versao", arquivo_, "Versão, como 4.01.00")->required()->option_text("VERSAO");
@@ -309,7 +331,8 @@ class TCommandLine {
             ->add_option("origens", importar_.Origens,
                          "Arquivos ZIP, XLSX, CSV, TXT ou JSON como foram baixados, ou pastas com eles")
             ->required()
-            ->option_text("ORIGEM...");
+            ->option_text("ORIGEM...")
+            ->check(NotEmpty());
         import->add_flag("--substituir", importar_.Substituir,
                          "Esquece o que as tabelas importadas tinham e os arquivos não trazem");
         OnParsed(import, {}, [this] { return RunTerminologiaImportar(context_, importar_); });
@@ -355,17 +378,17 @@ class TCommandLine {
 } // namespace
 
 std::filesystem::path TCliContext::SchemaFolder() const {
-    if (!Esquemas.empty())
-        return PathFromText(Esquemas);
-    try {
-        return TConstantes::SchemaTissDirectory();
-    } catch (const EFolderNotCreated&) {
-        return DataFolder() / "schemas" / "tiss"; // reading goes on; there is just nothing there
-    }
+    return Esquemas.empty() ? DataFolder() / "schemas" / "tiss" : PathFromText(Esquemas);
 }
 
 TSchemaFolder TCliContext::Schemas() const {
-    return TSchemaFolder(SchemaFolder(), Esquemas.empty() ? BuiltInSchemaFolder() : std::filesystem::path());
+    if (!Esquemas.empty())
+        return TSchemaFolder(SchemaFolder());
+    try {
+        return TSchemaFolder(SchemaFolder(), BuiltInSchemaFolder());
+    } catch (const EDataFolderUnknown&) {
+        return TSchemaFolder({}, BuiltInSchemaFolder()); // who has no data folder has imported nothing
+    }
 }
 
 TDBConnectionFactory TCliContext::TerminologyFactory() const {
@@ -384,7 +407,14 @@ std::filesystem::path TCliContext::ConfigFile() const {
 }
 
 TConfig TCliContext::LoadConfig() const {
-    const std::filesystem::path file = ConfigFile();
+    std::filesystem::path file;
+    try {
+        file = ConfigFile();
+    } catch (const EDataFolderUnknown&) {
+        TConfig config; // who has no data folder has configured nothing
+        config.SetDefaultInitialConfig();
+        return config;
+    }
     TConfig config = TConfig::Load(file);
     if (const std::vector<std::string> unknown = config.UnknownValidations(); !unknown.empty())
         Warning(
@@ -401,17 +431,23 @@ std::unique_ptr<TValidadorController> TCliContext::NewController() const {
 }
 
 void TCliContext::Error(const std::string& text) const {
-    Streams.Err << "conferix: erro: " << text << std::endl;
+    Streams.Err << "conferix: erro: " << Visible(text) << std::endl;
 }
 
 void TCliContext::Warning(const std::string& text) const {
-    Streams.Err << "conferix: aviso: " << text << std::endl;
+    Streams.Err << "conferix: aviso: " << Visible(text) << std::endl;
 }
 
 TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName, TXmlUndecodable undecodable) {
     if (fileName != "-")
         return TTissFile::Read(PathFromText(fileName), undecodable);
-    return TTissFile(std::string(std::istreambuf_iterator<char>(context.Streams.In), {}), undecodable);
+    return TTissFile(ReadWholeStream(context.Streams.In, fileName), undecodable);
+}
+
+int StatusOf(const TValidateArgs& result) {
+    if (!result.Verified)
+        return kExitUnreadable;
+    return result.FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
 }
 
 int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action,
@@ -420,19 +456,32 @@ int RunOnFile(const TCliContext& context, const std::string& fileName, const TFi
         context.Error(fmt::format("{}: {}", fileName, reason));
         return status;
     };
+    std::optional<TTissFile> file;
     try {
-        return action(ReadTissFile(context, fileName, undecodable));
+        file = ReadTissFile(context, fileName, undecodable);
     } catch (const EFileNotRead& error) {
         return fail(kExitUnreadable, error.Reason());
     } catch (const EXmlEncoding& error) {
         return fail(kExitInvalid, error.what());
+    }
+    try {
+        return action(*file);
     } catch (const EXmlNotParsed& error) {
         return fail(kExitInvalid, error.what());
     } catch (const ETissException& error) {
         return fail(kExitInvalid, error.what());
+    } catch (const ELoteGuiasNotFound& error) {
+        return fail(kExitInvalid, error.what());
     } catch (const EConversionNotSupported& error) {
         return fail(kExitInvalid, error.what());
+    } catch (const EUsage&) {
+        throw;
+    } catch (const EFile& error) { // names its file, which may be another
+        context.Error(error.what());
+    } catch (const std::exception& error) {
+        context.Error(fmt::format("{}: {}", fileName, error.what()));
     }
+    return kExitUnreadable;
 }
 
 int RunCli(const std::vector<std::string>& words, TCliStreams streams) {

@@ -11,7 +11,7 @@ enum TExitStatus : int {
     kExitValid = 0,      ///< all valid, or done
     kExitInvalid = 1,    ///< a file is invalid, or the verdict asked for is negative
     kExitUsage = 2,      ///< the command line is wrong
-    kExitUnreadable = 3, ///< a file could not be read or written, or what was asked could not be checked
+    kExitUnreadable = 3, ///< something could not be read or written, or a file could not be checked
 };
 
 /// Where a run of the command line reads and writes.

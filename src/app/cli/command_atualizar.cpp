@@ -1,4 +1,5 @@
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "app/updater.h"
 #include "data/constantes.h"
@@ -102,8 +103,8 @@ TDownloadProgress ProgressOn(const TCliContext& context, const TPackage& package
     return [&context, &package, shown = -1](std::uint64_t received, std::uint64_t total) mutable {
         const int percent = static_cast<int>(received * 100 / total);
         if (context.Streams.ErrIsTerminal && percent != shown)
-            context.Streams.Err << fmt::format("\r{} {}: {} %{}", package.Name, package.Version, percent,
-                                               percent == 100 ? "\n" : "")
+            context.Streams.Err << fmt::format("\r{} {}: {} %{}", Visible(package.Name),
+                                               Visible(package.Version), percent, percent == 100 ? "\n" : "")
                                 << std::flush;
         shown = percent;
         return true;
@@ -140,8 +141,9 @@ int RunAtualizar(const TCliContext& context, bool verificar) {
                 }
             }
             report.push_back(PackageJson(package, state, failure));
-            text += fmt::format("{} {} ({}, {} bytes): {}\n", package.Name, package.Version, package.Kind,
-                                package.Size, state == "disponivel" ? "disponível" : state);
+            text += fmt::format("{} {} ({}, {} bytes): {}\n", Visible(package.Name), Visible(package.Version),
+                                Visible(package.Kind), package.Size,
+                                state == "disponivel" ? "disponível" : state);
         }
         if (context.Json())
             context.Streams.Out << JsonText(report) << '\n';

@@ -110,12 +110,7 @@ class TConverterCommand {
         return RunOnFile(context_, name, [&](const TTissFile& file) {
             const TConvertedLote lote =
                 ConvertLote(*file.Load(), options_.Para, conversion_, context_.Schemas());
-            try {
-                Write(name, file.WithText(lote.Xml));
-            } catch (const EFileNotWritten& error) { // says which file; the next one may go elsewhere
-                context_.Error(error.what());
-                return kExitUnreadable;
-            }
+            Write(name, file.WithText(lote.Xml));
             Report(name, lote);
             return kExitValid;
         });
@@ -158,7 +153,7 @@ class TConverterCommand {
         else
             PrintGroups(lote.Notes);
         context_.Streams.Err << fmt::format(
-            "{}: {} -> {}, {}, {}, {}; {}.\n", file, lote.From, lote.To,
+            "{}: {} -> {}, {}, {}, {}; {}.\n", Visible(file), Visible(lote.From), lote.To,
             Counted(CountNotes(lote.Notes, TConversionNoteType::ntLoss), "perda", "perdas"),
             Counted(CountNotes(lote.Notes, TConversionNoteType::ntPending), "pendência", "pendências"),
             Counted(CountNotes(lote.Notes, TConversionNoteType::ntChange), "mudança", "mudanças"),
@@ -183,15 +178,16 @@ class TConverterCommand {
         const TPalette palette(context_.Streams.ErrIsTerminal);
         std::string place = fmt::format("linha {}", note.Line);
         if (!note.Guia.empty())
-            place += ", guia " + note.Guia;
+            place += ", guia " + Visible(note.Guia);
         std::string line = note.Value; // a line a note, whatever the value holds
         std::replace_if(line.begin(), line.end(), IsXmlSpace, ' ');
+        line = Visible(line);
         std::string value = line.empty() ? std::string() : fmt::format(" Valor: \"{}\".", line);
         if (count > 1)
             value += fmt::format(" E mais {} do mesmo tipo.", Counted(count - 1, "nota", "notas"));
-        context_.Streams.Err << fmt::format("{}: {}: {} ({}): {}{}\n",
-                                            palette.Severity(SeverityOf(note.Type), LabelOfNote(note.Type)),
-                                            note.Step, note.Element, place, note.Text, value);
+        context_.Streams.Err << fmt::format(
+            "{}: {}: {} ({}): {}{}\n", palette.Severity(SeverityOf(note.Type), LabelOfNote(note.Type)),
+            Visible(note.Step), Visible(note.Element), place, Visible(note.Text), value);
     }
 
     const TCliContext& context_;
@@ -221,7 +217,7 @@ int RunVersoes(const TCliContext& context, const std::string& arquivo) {
                        {{"arquivo", arquivo}, {"versao", versao}, {"posteriores", up}, {"anteriores", down}})
                 << '\n';
         else
-            out << fmt::format("Versão atual: {}\nPosteriores: {}\nAnteriores: {}\n", versao,
+            out << fmt::format("Versão atual: {}\nPosteriores: {}\nAnteriores: {}\n", Visible(versao),
                                up.empty() ? "nenhuma" : fmt::format("{}", fmt::join(up, ", ")),
                                down.empty() ? "nenhuma" : fmt::format("{}", fmt::join(down, ", ")));
         return kExitValid;

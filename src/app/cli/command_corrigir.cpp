@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <iterator>
 #include <ostream>
+#include <sstream>
 #include <utility>
 
 namespace conferix {
@@ -28,6 +29,8 @@ void CheckOptions(const TCorrigirOptions& options) {
     const bool writes = !options.Saida.empty() || options.NoLugar || options.Simular;
     if (!corrects && (writes || options.Correcao != 0))
         throw EUsage("escolha o que corrigir, com --mensagem N, --estrutura, --todas ou --codificacao");
+    if (options.Copia && options.Saida.empty() && !options.NoLugar)
+        throw EUsage("--copia guarda o arquivo que é substituído; use com --no-lugar ou --saida ARQUIVO");
     if (options.NoLugar && options.Arquivo == "-")
         throw EUsage("a entrada padrão não pode ser corrigida no lugar; use --saida ARQUIVO");
 }
@@ -117,9 +120,7 @@ class TCorrection {
         return first;
     }
 
-    int Status() const {
-        return Result().FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
-    }
+    int Status() const { return StatusOf(Result()); }
 
     /// The text as it is to be written in the encoding that the user asked for, which the controller then
     /// holds it in; tells the characters that it lacks.
@@ -138,8 +139,8 @@ class TCorrection {
     /// Without a file that was understood there is nothing to correct and nothing to write.
     int Refuse() const {
         for (const auto& message : Result().ValidationMessages)
-            context_.Error(fmt::format("{}: {}", options_.Arquivo, message->Msg()));
-        return kExitInvalid;
+            context_.Error(fmt::format("{}: {}", options_.Arquivo, OneLine(message->Msg())));
+        return Status();
     }
 
     /// Shows the messages that offer corrections, with the numbers by which they are chosen.
@@ -207,22 +208,45 @@ class TCorrection {
     std::string TextDifference(const TTissFile& before, const TTissFile& after) const {
         return Difference(*before.Text(), *TTissFile(after.Bytes()).Text());
     }
+    /// The same for a terminal, which the text must not steer.
+    std::string VisibleDifference(const TTissFile& before, const TTissFile& after) const {
+        std::istringstream lines(TextDifference(before, after));
+        std::string visible;
+        for (std::string line; std::getline(lines, line);)
+            visible += Visible(line) + '\n';
+        return visible;
+    }
 
     void Write(const TTissFile& before, const TTissFile& after) const {
         if (options_.Simular) {
             // For a terminal as text, else in the bytes of the files, so that the difference can be applied.
             if (!context_.Json())
                 context_.Streams.Out << (context_.Streams.OutIsTerminal
-                                             ? TextDifference(before, after)
+                                             ? VisibleDifference(before, after)
                                              : Difference(before.Bytes(), after.Bytes()));
         } else if (!options_.Saida.empty()) {
-            after.Write(PathFromText(options_.Saida));
+            Replace(after, PathFromText(options_.Saida));
         } else if (!options_.NoLugar) {
             if (!context_.Json())
                 context_.Streams.Out << after.Bytes();
         } else if (after.Bytes() != before.Bytes()) {
-            after.Write(PathFromText(options_.Arquivo));
+            const std::filesystem::path file = PathFromText(options_.Arquivo);
+            try {
+                Replace(after, file);
+            } catch (const EFileChanged& error) {
+                throw EFileNotWritten(file, fmt::format("{}. O conteúdo corrigido ficou em \"{}\"",
+                                                        error.Reason(), PathText(after.WriteBeside(file))));
+            }
         }
+    }
+
+    void Replace(const TTissFile& after, const std::filesystem::path& file) const {
+        std::error_code missing;
+        if (options_.Copia && std::filesystem::is_regular_file(file, missing)) {
+            std::filesystem::path copy = file;
+            WriteCopyAtomically(copy += ".bak", ReadWholeFile(file), file);
+        }
+        after.Write(file);
     }
 
     /// The name that a file with lot number and hash in its name gets by a correction, which is told, or
@@ -256,7 +280,7 @@ class TCorrection {
         TJson report = {{"arquivo", options_.Arquivo},
                         {"correcoes", TJson::array()},
                         {"naoCorrigidas", TJson::array()},
-                        {"valido", Status() == kExitValid}};
+                        {"valido", VerdictJson(Result())}};
         if (!renamed.empty())
             report["nome"] = renamed;
         if (!options_.Codificacao.empty())
@@ -275,20 +299,21 @@ class TCorrection {
         std::ostream& out = context_.Streams.Err;
         for (const TCorrectionRecord& record : result.Applied)
             out << fmt::format("  {}{}\n", PlaceOf(record),
-                               record.Element.empty()
-                                   ? IndentLines(record.Description, 2)
-                                   : fmt::format("<{}>: {} -> {}", record.Element, CutText(record.Before),
-                                                 CutText(record.After)));
+                               record.Element.empty() ? IndentLines(record.Description, 2)
+                                                      : fmt::format("<{}>: {} -> {}", Visible(record.Element),
+                                                                    Visible(CutText(record.Before)),
+                                                                    Visible(CutText(record.After))));
         for (const TCorrectionRecord& record : result.LeftOut)
             out << fmt::format("  não corrigido: {}{}: {}.\n", PlaceOf(record),
                                record.Element.empty()
                                    ? IndentLines(record.Description, 2)
-                                   : fmt::format("<{}> continua {}", record.Element, CutText(record.Before)),
-                               record.Reason);
+                                   : fmt::format("<{}> continua {}", Visible(record.Element),
+                                                 Visible(CutText(record.Before))),
+                               Visible(record.Reason));
     }
 
     static std::string PlaceOf(const TCorrectionRecord& record) {
-        const std::string place = record.Message->Place();
+        const std::string place = Visible(record.Message->Place());
         return place.empty() ? place : place + " ";
     }
 
@@ -299,12 +324,13 @@ class TCorrection {
         if (!options_.Codificacao.empty())
             context_.Streams.Err << fmt::format("  codificação: {}\n", options_.Codificacao);
         context_.Streams.Err << fmt::format(
-            "{}: {}; {}.\n", options_.Arquivo,
+            "{}: {}; {}.\n", Visible(options_.Arquivo),
             corrections == 0
                 ? (options_.Codificacao.empty() ? "nada foi corrigido" : "nada mais foi corrigido")
                 : Counted(corrections, "correção aplicada", "correções aplicadas"),
-            failures == 0 ? "o arquivo está válido"
-                          : Counted(failures, "erro permanece", "erros permanecem"));
+            !Result().Verified ? "o arquivo não foi verificado"
+            : failures == 0    ? "o arquivo está válido"
+                               : Counted(failures, "erro permanece", "erros permanecem"));
         if (controller_->Encoding().Fault != nullptr && corrections != 0)
             context_.Warning(fmt::format("{}: o texto corrigido fica na codificação que o arquivo declara.",
                                          options_.Arquivo));

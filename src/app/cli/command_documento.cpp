@@ -1,4 +1,5 @@
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "rules/documents/documents_validation.h"
 
@@ -40,7 +41,7 @@ int RunDocumento(const TCliContext& context, const std::string& documento, const
     if (context.Json())
         out << JsonText({{"documento", documento}, {"valor", valor}, {"valido", valid}}) << '\n';
     else
-        out << kind.Label << ' ' << valor << ": " << (valid ? "válido" : "inválido") << '\n';
+        out << kind.Label << ' ' << Visible(valor) << ": " << (valid ? "válido" : "inválido") << '\n';
     return valid ? kExitValid : kExitInvalid;
 }
 

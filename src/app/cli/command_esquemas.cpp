@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <random>
 #include <set>
@@ -132,14 +133,18 @@ void PrintServed(std::ostream& out, std::string_view title, const std::vector<TM
         out << fmt::format("{} ({}): {}\n", title, kind, fmt::join(versions, ", "));
 }
 
-/// A folder that is removed with its content.
+/// A folder that is removed with its content. It is locked while it lives, so that one that a killed import
+/// left is known and removed by the next.
 class TWorkFolder {
   public:
     explicit TWorkFolder(const std::filesystem::path& beside)
-        : path_(beside / fmt::format("importacao-{:08x}", std::random_device{}())) {
+        : path_(beside / fmt::format("{}{:08x}", kStart, std::random_device{}())) {
+        RemoveStale(beside);
         CreateFolder(path_);
+        lock_ = std::make_unique<TFileLock>(path_ / kLock, true);
     }
     ~TWorkFolder() {
+        lock_.reset();
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
     }
@@ -148,7 +153,25 @@ class TWorkFolder {
     const std::filesystem::path& Path() const { return path_; }
 
   private:
+    static constexpr std::string_view kStart = "importacao-";
+    static constexpr std::string_view kLock = "trava";
+
+    static void RemoveStale(const std::filesystem::path& folder) {
+        std::error_code failure;
+        std::error_code ignored;
+        std::vector<std::filesystem::path> found;
+        for (auto entry = std::filesystem::directory_iterator(folder, failure);
+             !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure))
+            if (PathText(entry->path().filename()).starts_with(kStart) &&
+                std::filesystem::is_regular_file(entry->path() / kLock, ignored))
+                found.push_back(entry->path());
+        for (const std::filesystem::path& path : found)
+            if (TFileLock(path / kLock, false).Held())
+                std::filesystem::remove_all(path, ignored);
+    }
+
     std::filesystem::path path_;
+    std::unique_ptr<TFileLock> lock_;
 };
 
 /// A folder with schemas, and the main ones among them that are to be installed.
@@ -234,13 +257,13 @@ int RunEsquemasListar(const TCliContext& context) {
         out << JsonText(SchemasJson(schemas)) << '\n';
         return kExitValid;
     }
-    out << "Pasta dos schemas: " << PathText(folder.Folder()) << '\n';
+    out << "Pasta dos schemas: " << Visible(PathText(folder.Folder())) << '\n';
     for (const TMainSchema& schema : schemas) {
         std::string state(OriginText(schema.Origin));
         if (schema.Origin == TSchemaOrigin::Missing)
             state = "não instalado";
         else if (!schema.Failure.empty())
-            state += ", não pode ser usado: " + schema.Failure;
+            state += ", não pode ser usado: " + Visible(schema.Failure);
         else if (schema.Approximate)
             state += ", aproximado";
         out << fmt::format("  {:<13} {}  {:<38} {}\n", schema.Kind->Label, schema.Versao, schema.FileName,
@@ -290,7 +313,7 @@ int RunEsquemasImportar(const TCliContext& context, const std::string& origem) {
             if (!schema.Failure.empty())
                 context.Error(fmt::format("{}: {}", schema.FileName, schema.Failure));
         out << fmt::format("{} em {}\n", Counted(files.size(), "arquivo instalado", "arquivos instalados"),
-                           PathText(target));
+                           Visible(PathText(target)));
         PrintServed(out, "Versões que usam o schema publicado", schemas);
     }
     return failed ? kExitInvalid : kExitValid;

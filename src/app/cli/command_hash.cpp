@@ -28,7 +28,8 @@ int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
             << '\n';
     } else {
         const TPalette palette(context.Streams.OutIsTerminal);
-        out << "Informado:  " << written << "\nISO-8859-1: " << iso << "\nUTF-8:      " << utf8 << '\n'
+        out << "Informado:  " << Visible(written) << "\nISO-8859-1: " << iso << "\nUTF-8:      " << utf8
+            << '\n'
             << palette.Severity(verdict.MsgType(), SeverityLabel(verdict.MsgType())) << ": "
             << IndentLines(verdict.Msg(), 2) << '\n';
     }

@@ -1,6 +1,7 @@
 #include "app/cli/command_importar.h"
 
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "app/cli/progress.h"
 #include "data/database_tuss.h"
@@ -24,20 +25,22 @@ namespace {
 std::atomic<bool> interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free); // a signal handler sets it
 
-/// While it lives, Ctrl-C stops the import and not the process, so that everything is left in order.
+/// While it lives, a signal (Ctrl-C, the end of the session) stops the import and not the process, so that
+/// everything is left in order.
 class TInterruptGuard {
   public:
-    TInterruptGuard() {
-        interrupted = false;
-        previous_ = std::signal(SIGINT, &Interrupt);
+    explicit TInterruptGuard(int signal) : signal_(signal), previous_(std::signal(signal, &Interrupt)) {
+        if (previous_ == SIG_IGN) // NOLINT(performance-no-int-to-ptr): the system's own constant
+            std::signal(signal, SIG_IGN);
     }
     TInterruptGuard(const TInterruptGuard&) = delete;
     TInterruptGuard& operator=(const TInterruptGuard&) = delete;
-    ~TInterruptGuard() { std::signal(SIGINT, previous_); }
+    ~TInterruptGuard() { std::signal(signal_, previous_); }
 
   private:
     static void Interrupt(int /*signal*/) { interrupted = true; }
 
+    int signal_;
     void (*previous_)(int);
 };
 
@@ -86,7 +89,7 @@ void WriteRejectedRows(std::ostream& out, const TImportReport& report, const TFo
         const auto end = line + std::min(kept, kShown);
         shown += end - line;
         for (; line != end; ++line)
-            out << fmt::format("  {}, {}: {}\n", line->File, line->Place(), line->Reason);
+            out << fmt::format("  {}, {}: {}\n", Visible(line->File), line->Place(), Visible(line->Reason));
         line = nextFile;
     }
     if (shown < total)
@@ -98,7 +101,7 @@ void WriteReport(const TCliContext& context, const TImportReport& report) {
     const TFormatSettings formats = TFormatSettings::Regional();
     const bool hasRemoved = std::any_of(report.Tables.begin(), report.Tables.end(),
                                         [](const auto& table) { return table.second.Removed > 0; });
-    out << "Base de terminologia: " << PathText(report.Database) << '\n';
+    out << "Base de terminologia: " << Visible(PathText(report.Database)) << '\n';
     out << fmt::format("  {:<10} {:>11} {:>11} {:>11} {:>11}{}\n", "tabela", "novos", "alterados",
                        "encerrados", "iguais", hasRemoved ? "   retirados" : "");
     for (const auto& [table, changes] : report.Tables)
@@ -111,17 +114,22 @@ void WriteReport(const TCliContext& context, const TImportReport& report) {
                            "usados quando ela for importada.\n",
                            formats.Count(report.WithoutTable));
     for (const std::string& file : report.Ignored)
-        out << fmt::format("Sem terminologia, não foi usado: {}\n", file);
+        out << fmt::format("Sem terminologia, não foi usado: {}\n", Visible(file));
     for (const std::string& file : report.WithoutDates)
         out << fmt::format(
             "Nenhuma coluna de datas foi reconhecida (\"Data de início de vigência\", \"Data de "
             "fim de vigência\"), os termos foram tomados como sempre vigentes: {}\n",
-            file);
+            Visible(file));
     WriteRejectedRows(out, report, formats);
 }
 
 TImportReport ImportWithProgress(const TCliContext& context, TImportOptions import) {
-    const TInterruptGuard guard;
+    interrupted = false;
+    const TInterruptGuard key(SIGINT);
+    const TInterruptGuard end(SIGTERM);
+#if defined(SIGHUP)
+    const TInterruptGuard hangUp(SIGHUP);
+#endif
     constexpr std::size_t kSteps = 100;
     TProgressBar progress(context.Streams.Err, context.Streams.ErrIsTerminal, kSteps);
     import.Stop = &interrupted;
@@ -166,7 +174,7 @@ int RunTerminologiaRestaurar(const TCliContext& context) {
     else
         context.Streams.Out << (removed ? "As importações foram desfeitas. Base de terminologia em uso: "
                                         : "Não há importações a desfazer. Base de terminologia em uso: ")
-                            << PathText(TDatabaseTuss().DatabaseFileName()) << '\n';
+                            << Visible(PathText(TDatabaseTuss().DatabaseFileName())) << '\n';
     return kExitValid;
 }
 
@@ -207,7 +215,7 @@ void WriteImports(std::ostream& out, const std::vector<TTableImport>& imports) {
         out << fmt::format("  {:<10} {}  {} {}{}  {}\n", import.Tabela, import.Time,
                            formats.Count(import.Rows), import.Rows == 1 ? "linha" : "linhas",
                            import.NewestStart.empty() ? "" : ", início mais recente " + import.NewestStart,
-                           import.File);
+                           Visible(import.File));
 }
 
 } // namespace conferix

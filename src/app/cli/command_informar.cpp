@@ -16,7 +16,8 @@ void PrintGroup(std::ostream& out, const TPalette& palette, const TInformationGr
     for (const auto& [label, value] : group.Linhas)
         widest = std::max(widest, CountCharacters(label));
     for (const auto& [label, value] : group.Linhas)
-        out << "  " << label << ": " << std::string(widest - CountCharacters(label), ' ') << value << '\n';
+        out << "  " << label << ": " << std::string(widest - CountCharacters(label), ' ') << Visible(value)
+            << '\n';
 }
 
 int ShowInformations(const TCliContext& context, const TInformations& groups) {

@@ -1,6 +1,7 @@
 #include "app/cli/command_procurar.h"
 
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "data/database_tuss.h"
 #include "platform/platform.h"
 #include "rules/tuss_validation.h"
@@ -39,8 +40,8 @@ TJson TermsJson(const std::vector<TFoundTerm>& terms) {
 
 void WriteTerms(std::ostream& out, const std::vector<TFoundTerm>& terms) {
     for (const TFoundTerm& term : terms)
-        out << fmt::format("  {:<2}  {:<8}  {:<16}  {}\n", term.Tabela, term.Codigo, ValidityText(term),
-                           term.Termo);
+        out << fmt::format("  {:<2}  {:<8}  {:<16}  {}\n", Visible(term.Tabela), Visible(term.Codigo),
+                           ValidityText(term), Visible(term.Termo));
 }
 
 int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& options) {
@@ -51,7 +52,10 @@ int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& 
             throw EUsage(fmt::format("\"{}\" não é uma data na forma AAAA-MM-DD", options.Data));
     }
     const TDatabaseTuss database(PathFromText(context.Terminologia));
-    TTussManager manager(database.CreateConnection());
+    const auto connection = database.CreateConnection();
+    if (!connection->FindDamage().empty()) // a search finds less in it, and nobody would know
+        throw ETerminologyNotRead(database.DatabaseFileName(), "o banco de dados está danificado");
+    TTussManager manager(connection);
     const TTussSearch search(database.DatabaseFileName());
     if (!search.HasDescriptions())
         throw ETerminologyNotRead(database.DatabaseFileName(),

@@ -1,4 +1,5 @@
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "app/proxy_settings.h"
 #include "platform/platform.h"
@@ -74,7 +75,7 @@ int RunProxy(const TCliContext& context, const TProxyOptions& options) {
     }
     out << mode.Description << '\n';
     if (!settings.Server.empty() || settings.Port > 0)
-        out << fmt::format("Servidor: {}\nPorta: {}\n", settings.Server,
+        out << fmt::format("Servidor: {}\nPorta: {}\n", Visible(settings.Server),
                            TProxySettings::PortText(settings.Port));
     return kExitValid;
 }

@@ -1,6 +1,7 @@
 #include "app/cli/command_importar.h"
 #include "app/cli/command_procurar.h"
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "data/database_tuss.h"
 #include "platform/format_settings.h"
@@ -22,8 +23,32 @@ std::string DateText(const TDate& date) {
 
 } // namespace
 
+namespace {
+
+/// Nothing that a damaged database says of itself is worth showing.
+int ShowDamage(const TCliContext& context, const ITussConnection& connection,
+               const std::vector<std::string>& damage) {
+    const std::string file = PathText(connection.FileName());
+    if (context.Json())
+        context.Streams.Out << JsonText({{"arquivo", file},
+                                         {"integra", false},
+                                         {"danos", damage},
+                                         {"tabelas", TJson::array()},
+                                         {"cargas", TJson::array()}})
+                            << '\n';
+    context.Error(
+        fmt::format("A base de terminologia \"{}\" está danificada. Importe as publicações da ANS em uma "
+                    "base nova, ou volte à que veio com o programa: conferix terminologia restaurar.",
+                    file));
+    return kExitUnreadable;
+}
+
+} // namespace
+
 int RunTerminologiaEstado(const TCliContext& context) {
     const auto connection = context.TerminologyFactory().CreateConnection();
+    if (const std::vector<std::string> damage = connection->FindDamage(); !damage.empty())
+        return ShowDamage(context, *connection, damage);
     const std::vector<TTussTableStatistics> tables = connection->Statistics();
     const std::vector<TTableImport> imports = NewestImports(connection->FileName());
     for (const std::string& warning : OldImports(imports))
@@ -38,12 +63,15 @@ int RunTerminologiaEstado(const TCliContext& context) {
                             {"inicioMaisRecente",
                              table.NewestStart ? TJson(DateText(*table.NewestStart)) : TJson(nullptr)}});
         out << JsonText({{"arquivo", PathText(connection->FileName())},
+                         {"integra", true},
+                         {"danos", TJson::array()},
                          {"tabelas", std::move(rows)},
                          {"cargas", ImportsJson(imports)}})
             << '\n';
         return kExitValid;
     }
-    out << "Base de terminologia: " << PathText(connection->FileName()) << '\n';
+    out << "Base de terminologia: " << Visible(PathText(connection->FileName())) << '\n';
+    out << "Verificação do arquivo: nenhum dano encontrado\n";
     const TFormatSettings formats = TFormatSettings::Regional();
     for (const TTussTableStatistics& table : tables) {
         std::string state = "não instalada";
@@ -95,10 +123,10 @@ int RunTerminologiaConsultar(const TCliContext& context, const TConsultarOptions
             answer["parecidos"] = TermsJson(similar);
         out << JsonText(answer) << '\n';
     } else if (term->IsValid())
-        out << fmt::format("O termo de código {} da tabela {} da TUSS é válido em {}.\n", options.Codigo,
-                           options.Tabela, FormatUserDate(*date));
+        out << fmt::format("O termo de código {} da tabela {} da TUSS é válido em {}.\n",
+                           Visible(options.Codigo), options.Tabela, FormatUserDate(*date));
     else
-        out << term->ValidationMessage() << '\n';
+        out << Visible(term->ValidationMessage()) << '\n';
     if (!context.Json() && !similar.empty()) {
         out << "Parecidos:\n";
         WriteTerms(out, similar);

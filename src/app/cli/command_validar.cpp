@@ -18,9 +18,12 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <ostream>
+#include <set>
+#include <system_error>
 #include <thread>
 #include <unordered_map>
 #include <unordered_set>
@@ -71,28 +74,56 @@ bool HasTissExtension(const std::filesystem::path& file) {
     return extension == ".xml" || extension == ".xte";
 }
 
-/// The files to validate; a folder stands for its *.xml and *.xte files, in order of their names.
-std::vector<std::string> ExpandFolders(const TCliContext& context, const std::vector<std::string>& names) {
-    std::vector<std::string> files;
-    for (const std::string& name : names) {
+/// A file to validate, or what stands for something that no file came of.
+struct TInput {
+    std::string Name;
+    std::string Failure; ///< why it cannot be validated; empty for a file
+};
+
+/// The *.xml and *.xte files of a folder, in order of their names, and what could not be searched. Links are
+/// followed, each folder is searched once.
+std::vector<TInput> SearchFolder(const std::string& name, bool withSubfolders) {
+    std::vector<TInput> found;
+    std::set<std::filesystem::path> searched;
+    std::vector<std::filesystem::path> pending = {PathFromText(name)};
+    while (!pending.empty()) {
+        const std::filesystem::path folder = std::move(pending.back());
+        pending.pop_back();
+        std::error_code failure;
+        if (!searched.insert(std::filesystem::weakly_canonical(folder, failure)).second)
+            continue;
+        for (auto entry = std::filesystem::directory_iterator(folder, failure);
+             !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
+            std::error_code unreachable; // told when the file is read
+            if (entry->is_directory(unreachable)) {
+                if (withSubfolders)
+                    pending.push_back(entry->path());
+            } else if (HasTissExtension(entry->path())) {
+                found.push_back({PathText(entry->path()), {}});
+            }
+        }
+        if (failure)
+            found.push_back({PathText(folder), ReasonText(failure)});
+    }
+    if (found.empty())
+        found.push_back({name, "a pasta não contém arquivos *.xml nem *.xte"});
+    std::ranges::sort(found, {}, &TInput::Name);
+    return found;
+}
+
+/// What the names of the command line stand for.
+std::vector<TInput> ExpandFolders(const TValidarOptions& options) {
+    std::vector<TInput> inputs;
+    for (const std::string& name : options.Arquivos) {
         std::error_code failure;
         if (name == "-" || !std::filesystem::is_directory(PathFromText(name), failure)) {
-            files.push_back(name);
+            inputs.push_back({name, {}});
             continue;
         }
-        std::vector<std::string> found;
-        for (auto entry = std::filesystem::directory_iterator(PathFromText(name), failure);
-             !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure))
-            if (HasTissExtension(entry->path()) && entry->is_regular_file())
-                found.push_back(PathText(entry->path()));
-        if (failure)
-            throw EFileNotRead(PathFromText(name), ReasonText(failure));
-        if (found.empty())
-            context.Warning(fmt::format("{}: a pasta não contém arquivos *.xml nem *.xte", name));
-        std::sort(found.begin(), found.end());
-        files.insert(files.end(), found.begin(), found.end());
+        std::vector<TInput> found = SearchFolder(name, !options.SemSubpastas);
+        std::ranges::move(found, std::back_inserter(inputs));
     }
-    return files;
+    return inputs;
 }
 
 /// Formats the results of files, one way for all of them.
@@ -111,10 +142,13 @@ class TReporter {
                                    : Json(result, versao, listed, shown);
     }
 
-    /// The result of a file that could not be opened, so that it is missing in no list.
-    std::string ReportFailure(const std::string& fileName, std::shared_ptr<const TXmlMessage> failure) const {
+    /// The result of a file that could not be opened, so that it is missing in no list. `verified`: the
+    /// failure is the file's.
+    std::string ReportFailure(const std::string& fileName, std::shared_ptr<const TXmlMessage> failure,
+                              bool verified) const {
         TValidateArgs result;
         result.FileName = fileName;
+        result.Verified = verified;
         result.AllMessages = {failure};
         result.ValidationMessages = {std::move(failure)};
         return Report(result, {});
@@ -149,7 +183,7 @@ class TReporter {
         const TJson json = {
             {"arquivo", result.FileName},
             {"xmlValido", result.ValidXml},
-            {"valido", result.FileStateFlags.Contains(TFileStateFlag::sfValido)},
+            {"valido", VerdictJson(result)},
             {"estado", result.FileStateFlags.Names()},
             {"tipoArquivo", file != nullptr ? NameOf(file->TipoArquivo()) : std::string_view{}},
             {"tipoTransacao", file != nullptr ? NameOf(file->TipoTransacao()) : std::string_view{}},
@@ -162,15 +196,15 @@ class TReporter {
     static std::string Kind(const TValidateArgs& result, const std::string& versao) {
         if (result.ArquivoTiss == nullptr)
             return {};
-        const std::string_view transacao = result.ArquivoTiss->TextoTipoTransacao();
+        const std::string transacao = Visible(result.ArquivoTiss->TextoTipoTransacao());
         return fmt::format("  {}, {}, {}\n", KindOf(result.ArquivoTiss->TipoArquivo()).Title,
                            transacao.empty() ? "transação não informada" : transacao,
-                           versao.empty() ? "versão não informada" : "versão " + versao);
+                           versao.empty() ? "versão não informada" : "versão " + Visible(versao));
     }
 
     std::string Text(const TValidateArgs& result, const std::string& versao, const TXmlMessages& listed,
                      const std::unordered_set<const TXmlMessage*>& shown) const {
-        std::string text = palette_.Bold(result.FileName) + '\n' + Kind(result, versao);
+        std::string text = palette_.Bold(Visible(result.FileName)) + '\n' + Kind(result, versao);
         std::size_t errors = 0;
         std::size_t warnings = 0;
         for (const auto& message : listed) {
@@ -192,7 +226,9 @@ class TReporter {
         if (groups.size() < listed.size())
             text += palette_.Dim("  Mensagens de mesma causa estão agrupadas; --detalhar mostra cada uma.") +
                     '\n';
-        if (errors != 0) {
+        if (!result.Verified) {
+            text += palette_.Severity(TMessageType::mtError, "  Arquivo não verificado.") + '\n';
+        } else if (errors != 0) {
             text += palette_.Severity(TMessageType::mtError, fmt::format("  Arquivo inválido: {}",
                                                                          Counted(errors, "erro", "erros")));
             if (warnings != 0)
@@ -242,27 +278,33 @@ class TReporter {
     TPalette palette_;
 };
 
-TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, const std::string& name,
+/// Validates one file; whatever happens, a report comes of it.
+TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, const TInput& input,
                          const std::vector<std::string>& enabled, bool oneOfSeveral) {
+    const std::string& name = input.Name;
     TFileReport report;
-    const auto controller = context.NewController();
-    std::shared_ptr<const std::string> text;
-    controller->Events().OnFileOpen.Subscribe(
-        [&](TFileOpenArgs& args) { text = std::move(args.SharedContent); });
-    controller->Events().OnValidate.Subscribe([&](TValidateArgs& result) {
-        report.Text = reporter.Report(result, controller->VersaoTiss());
-        report.Status = result.FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
-        report.MissingSchema = result.MissingSchema;
-        if (oneOfSeveral)
-            report.Guides = GuidesOf(result);
-    });
     const auto unreadable = [&](const std::string& reason) {
         report.Error = fmt::format("{}: {}", name, reason);
         report.Status = kExitUnreadable;
         report.Text =
-            reporter.ReportFailure(name, std::make_shared<TXmlMessage>(TMessageType::mtFatal, reason));
+            reporter.ReportFailure(name, std::make_shared<TXmlMessage>(TMessageType::mtFatal, reason), false);
     };
     try {
+        if (!input.Failure.empty()) {
+            unreadable(input.Failure);
+            return report;
+        }
+        const auto controller = context.NewController();
+        std::shared_ptr<const std::string> text;
+        controller->Events().OnFileOpen.Subscribe(
+            [&](TFileOpenArgs& args) { text = std::move(args.SharedContent); });
+        controller->Events().OnValidate.Subscribe([&](TValidateArgs& result) {
+            report.Text = reporter.Report(result, controller->VersaoTiss());
+            report.Status = StatusOf(result);
+            report.MissingSchema = result.MissingSchema;
+            if (oneOfSeveral)
+                report.Guides = GuidesOf(result);
+        });
         if (name == "-")
             controller->Load(name, ReadTissFile(context, name, TXmlUndecodable::Guessed));
         else
@@ -274,7 +316,9 @@ TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, 
         unreadable(error.Reason());
     } catch (const EXmlEncoding& error) {
         report.Status = kExitInvalid;
-        report.Text = reporter.ReportFailure(name, error.Message());
+        report.Text = reporter.ReportFailure(name, error.Message(), true);
+    } catch (const std::exception& error) {
+        unreadable(error.what());
     }
     return report;
 }
@@ -307,7 +351,7 @@ class TOutput {
         }
     }
 
-    int Finish(const std::vector<std::string>& files) {
+    int Finish(const std::vector<TInput>& inputs) {
         if (context_.Json())
             out_ << (printed_ == 0 ? "]\n" : "\n]\n");
         else if (context_.Formato == "texto" && printed_ > 1)
@@ -317,9 +361,10 @@ class TOutput {
                                 Counted(byStatus_[kExitInvalid], "inválido", "inválidos"))
                  << (byStatus_[kExitUnreadable] == 0
                          ? std::string()
-                         : fmt::format(", {}", Counted(byStatus_[kExitUnreadable], "não lido", "não lidos")))
+                         : fmt::format(", {}", Counted(byStatus_[kExitUnreadable], "não verificado",
+                                                       "não verificados")))
                  << ".\n";
-        TellRepeated(files);
+        TellRepeated(inputs);
         if (byStatus_[kExitUnreadable] != 0)
             return kExitUnreadable;
         return byStatus_[kExitInvalid] != 0 ? kExitInvalid : kExitValid;
@@ -350,14 +395,15 @@ class TOutput {
     }
 
     /// Guides of one provider that are in two files; a second bill is refused.
-    void TellRepeated(const std::vector<std::string>& files) {
+    void TellRepeated(const std::vector<TInput>& inputs) {
         constexpr std::size_t kTold = 50;
         std::ranges::sort(repeated_, {},
                           [](const TRepeated& guide) { return std::pair(guide.First, guide.Again); });
         for (std::size_t i = 0; i < std::min(repeated_.size(), kTold); ++i) {
             const TRepeated& guide = repeated_[i];
-            context_.Warning(fmt::format("{}: Guia {} está também em {}, linha {}", files[guide.First.File],
-                                         CutText(guide.Number), files[guide.Again.File], guide.Again.Line));
+            context_.Warning(fmt::format("{}: Guia {} está também em {}, linha {}",
+                                         inputs[guide.First.File].Name, CutText(guide.Number),
+                                         inputs[guide.Again.File].Name, guide.Again.Line));
         }
         if (repeated_.size() > kTold)
             context_.Warning(fmt::format("e mais {} em dois arquivos",
@@ -400,23 +446,35 @@ class TOutput {
 } // namespace
 
 int RunValidar(const TCliContext& context, const TValidarOptions& options) {
-    const std::vector<std::string> enabled = EnabledRules(context, options.Desativar);
-    const std::vector<std::string> files = ExpandFolders(context, options.Arquivos);
+    std::vector<TInput> inputs = ExpandFolders(options);
+    std::vector<std::string> enabled;
+    try {
+        enabled = EnabledRules(context, options.Desativar);
+    } catch (const EInvalidConfig& error) { // told once; no file can be judged
+        context.Error(error.what());
+        for (TInput& input : inputs)
+            input.Failure = "as regras ativas não puderam ser lidas";
+    }
     const TReporter reporter(context, options);
-    TOutput output(context, files.size());
+    TOutput output(context, inputs.size());
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
-        for (std::size_t index = next++; index < files.size(); index = next++) {
-            output.Progress().Begin(files[index]);
-            output.Add(index, ValidateFile(context, reporter, files[index], enabled, files.size() > 1));
+        for (std::size_t index = next++; index < inputs.size(); index = next++) {
+            output.Progress().Begin(inputs[index].Name);
+            output.Add(index, ValidateFile(context, reporter, inputs[index], enabled, inputs.size() > 1));
         }
     };
     std::vector<std::jthread> threads;
-    for (std::size_t i = 1; i < std::min(static_cast<std::size_t>(options.Paralelo), files.size()); ++i)
-        threads.emplace_back(work);
+    try {
+        for (std::size_t i = 1; i < std::min(static_cast<std::size_t>(options.Paralelo), inputs.size()); ++i)
+            threads.emplace_back(work);
+    } catch (const std::system_error&) {
+        context.Warning(fmt::format("o sistema só permite {} ao mesmo tempo",
+                                    Counted(threads.size() + 1, "arquivo", "arquivos")));
+    }
     work();
     threads.clear(); // waits for them
-    return output.Finish(files);
+    return output.Finish(inputs);
 }
 
 } // namespace conferix

@@ -47,13 +47,17 @@ struct TCliContext {
     void Warning(const std::string& text) const;
 };
 
+/// The exit status that the result of a validation asks for.
+int StatusOf(const TValidateArgs& result);
+
 /// Reads a file for a command, "-" from standard input. Raises EFileNotRead, EXmlEncoding.
 TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName,
                        TXmlUndecodable undecodable = TXmlUndecodable::Refused);
 /// What a command does with a file, answering its exit status.
 using TFileAction = std::function<int(const TTissFile&)>;
-/// Reads a file and does something with it. Of a file that cannot be read, written, understood or converted
-/// it tells the reason on standard error, with the name, and answers the status that stands for that.
+/// Reads a file and does something with it. Of a file that cannot be read, written, understood or converted,
+/// and of any other failure but EUsage, it tells the reason on standard error, with the name, and answers the
+/// status that stands for that.
 int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action,
               TXmlUndecodable undecodable = TXmlUndecodable::Refused);
 
@@ -62,6 +66,7 @@ struct TValidarOptions {
     std::vector<std::string> Desativar;
     bool Todas = false;
     bool Detalhar = false; ///< every finding by itself
+    bool SemSubpastas = false;
     int Paralelo = 1;
 };
 int RunValidar(const TCliContext& context, const TValidarOptions& options);
@@ -150,6 +155,7 @@ struct TCorrigirOptions {
     bool ComPerdas = false; ///< with the corrections of structure that lose something
     std::string Saida;
     bool NoLugar = false;
+    bool Copia = false; ///< keeps what is replaced, as NAME.bak
     bool Simular = false;
     bool Renomear = false;   ///< with NoLugar, where the file's name carries its hash
     std::string Codificacao; ///< ISO-8859-1 or UTF-8; empty: as the file is

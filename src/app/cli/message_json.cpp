@@ -25,6 +25,10 @@ TJson MessageJson(const TXmlMessage& message, bool shown) {
             {"correcoes", std::move(corrections)}};
 }
 
+TJson VerdictJson(const TValidateArgs& result) {
+    return result.Verified ? TJson(result.FileStateFlags.Contains(TFileStateFlag::sfValido)) : TJson(nullptr);
+}
+
 TJson CorrectionJson(const TCorrectionRecord& record) {
     const TXmlMessage& message = *record.Message;
     TJson json = {{"validacao", RuleName(message)}, {"linha", message.Line()},

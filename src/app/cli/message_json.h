@@ -18,6 +18,9 @@ TJson MessageJson(const TXmlMessage& message, bool shown);
 /// The text of a JSON value; bytes that are no UTF-8 (in file names) are replaced. `indent` -1: one line.
 std::string JsonText(const TJson& json, int indent = 2);
 
+/// The verdict of a validation: true, false, or null where the file could not be judged.
+TJson VerdictJson(const TValidateArgs& result);
+
 /// A correction that was applied or left out: rule, place, element, values, and why it was left out.
 TJson CorrectionJson(const TCorrectionRecord& record);
 

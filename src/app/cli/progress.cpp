@@ -1,5 +1,7 @@
 #include "app/cli/progress.h"
 
+#include "app/cli/console.h"
+
 #include <fmt/format.h>
 
 #include <ostream>
@@ -34,7 +36,7 @@ TProgressBar::~TProgressBar() {
 
 void TProgressBar::Begin(const std::string& name) {
     const std::lock_guard lock(mutex_);
-    current_ = name;
+    current_ = Visible(name);
 }
 
 void TProgressBar::End() {
@@ -44,7 +46,7 @@ void TProgressBar::End() {
 
 void TProgressBar::Set(const std::string& name, std::size_t done) {
     const std::lock_guard lock(mutex_);
-    current_ = name;
+    current_ = Visible(name);
     done_ = done;
 }
 

@@ -1,0 +1,212 @@
+#include "platform/file_calls.h"
+#include "platform/format_settings.h"
+#include "platform/platform.h"
+#include "platform/temporary_file.h"
+
+#include <algorithm>
+#include <istream>
+#include <new>
+#include <system_error>
+
+namespace conferix {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kFirstBlock = 65536;
+constexpr int kMaxLinks = 40;
+
+const std::string kIsFolder = "é uma pasta, não um arquivo";
+const std::string kNoMemory = "memória insuficiente";
+
+// The file that a chain of symbolic links ends in, whether or not it exists.
+fs::path FollowLinks(fs::path file) {
+    for (int links = 0; fs::is_symlink(fs::symlink_status(file)); ++links) {
+        if (links == kMaxLinks) {
+            throw std::system_error(std::make_error_code(std::errc::too_many_symbolic_link_levels));
+        }
+        file = file.parent_path() / fs::read_symlink(file);
+    }
+    return file;
+}
+
+void RequireUnchanged(const fs::path& target, const TFileStamp& expected, const fs::path& file) {
+    const std::optional<TFileStamp> now = StampOf(target);
+    if (!now) {
+        throw EFileChanged(file, "outro programa o removeu depois que foi lido");
+    }
+    if (now->Device != expected.Device || now->File != expected.File) {
+        throw EFileChanged(file, "outro programa o substituiu depois que foi lido");
+    }
+    if (*now != expected) {
+        throw EFileChanged(file, "outro programa o alterou depois que foi lido");
+    }
+}
+
+void WriteInto(const fs::path& pipeOrDevice, std::string_view bytes) {
+    TDescriptor descriptor(TDescriptor::OpenForWriting(pipeOrDevice));
+    descriptor.WriteAll(bytes);
+    descriptor.Close();
+}
+
+// Gives a copy the attributes of its original, or leaves it to its owner alone.
+void TakeAttributesIfPossible(const TDescriptor& copy, const fs::path& original, const fs::path& file) {
+    try {
+        TakeAttributes(copy, original, file);
+    } catch (const EFileNotWritten&) {   // NOLINT(bugprone-empty-catch): what could not be taken stays strict
+    } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch): the original is gone
+    }
+}
+
+/// Writes bytes into a new file, gives it what `takeAttributes` says and puts it in its place.
+template<class TTake>
+void Replace(const fs::path& file, std::string_view bytes, const std::optional<TFileStamp>& expected,
+             TTake takeAttributes) {
+    std::error_code ignored;
+    const fs::file_status status = fs::status(file, ignored);
+    if (fs::is_directory(status)) {
+        throw EFileNotWritten(file, kIsFolder);
+    }
+    try {
+        if (fs::exists(status) && !fs::is_regular_file(status)) {
+            return WriteInto(file, bytes);
+        }
+        const fs::path target = FollowLinks(file);
+        const bool replaces = fs::exists(target);
+        if (replaces) {
+            CheckReplaceable(target, file);
+        }
+        TTemporaryFile::RemoveStale(target.parent_path());
+        TTemporaryFile temporary(target);
+        temporary.Descriptor().WriteAll(bytes);
+        takeAttributes(temporary.Descriptor(), target, replaces);
+        temporary.Descriptor().Flush();
+        if (expected) {
+            RequireUnchanged(target, *expected, file);
+        }
+        temporary.RenameTo(target, replaces);
+    } catch (const std::system_error& failure) {
+        throw EFileNotWritten(file, ReasonText(failure.code()));
+    }
+}
+
+std::string TooLargeText(std::uintmax_t limit) {
+    return "tem mais de " + TFormatSettings::Regional().Count(static_cast<std::int64_t>(limit)) +
+           " bytes, o máximo que o programa lê";
+}
+
+std::string ReadAll(const fs::path& file, std::uintmax_t limit, std::optional<TFileStamp>* stamp) {
+    const TDescriptor descriptor(TDescriptor::OpenForReading(file));
+    const TOpenFile opened = descriptor.Describe();
+    if (stamp != nullptr) {
+        *stamp = opened.IsRegular ? std::optional(opened.Stamp) : std::nullopt;
+    }
+    const std::uint64_t expected = opened.IsRegular ? opened.Stamp.Size : 0;
+    if (expected > limit) {
+        throw EFileNotRead(file, TooLargeText(limit));
+    }
+    // One byte more than expected, so that the end of the file shows in the second call.
+    std::string content(expected > 0 ? static_cast<std::size_t>(expected) + 1 : kFirstBlock, '\0');
+    std::size_t filled = descriptor.ReadFirst(content.data(), content.size(), file);
+    for (std::size_t got = filled; got > 0; filled += got) {
+        if (filled > limit) {
+            throw EFileNotRead(file, TooLargeText(limit));
+        }
+        if (filled == content.size()) {
+            content.resize(content.size() * 2);
+        }
+        got = descriptor.Read(content.data() + filled, content.size() - filled);
+    }
+    content.resize(filled);
+    return content;
+}
+
+} // namespace
+
+TFileLock::TFileLock(const fs::path& file, bool wait) {
+    try {
+        TDescriptor descriptor(TDescriptor::OpenForLocking(file));
+        if (descriptor.LockWhole(wait)) {
+            descriptor_ = descriptor.Give();
+        }
+    } catch (const std::system_error& error) {
+        throw EFileNotWritten(file, ReasonText(error.code()));
+    }
+}
+
+TFileLock::~TFileLock() {
+    if (Held()) {
+        const TDescriptor released(descriptor_);
+    }
+}
+
+std::string ReadWholeFile(const fs::path& file, std::uintmax_t limit, std::optional<TFileStamp>* stamp) {
+    std::error_code ignored;
+    if (fs::is_directory(file, ignored)) {
+        throw EFileNotRead(file, kIsFolder);
+    }
+    try {
+        return ReadAll(file, limit, stamp);
+    } catch (const std::system_error& failure) {
+        throw EFileNotRead(file, ReasonText(failure.code()));
+    } catch (const std::bad_alloc&) {
+        throw EFileNotRead(file, kNoMemory);
+    }
+}
+
+std::string ReadWholeStream(std::istream& stream, const std::string& name, std::uintmax_t limit) {
+    const fs::path file = PathFromText(name);
+    try {
+        std::string content;
+        std::string block(kFirstBlock, '\0');
+        while (stream.read(block.data(), static_cast<std::streamsize>(block.size())), stream.gcount() > 0) {
+            content.append(block, 0, static_cast<std::size_t>(stream.gcount()));
+            if (content.size() > limit) {
+                throw EFileNotRead(file, TooLargeText(limit));
+            }
+        }
+        if (stream.bad()) {
+            throw EFileNotRead(file, ReasonText(std::make_error_code(std::errc::io_error)));
+        }
+        return content;
+    } catch (const std::bad_alloc&) {
+        throw EFileNotRead(file, kNoMemory);
+    }
+}
+
+void WriteFileAtomically(const fs::path& file, std::string_view bytes,
+                         const std::optional<TFileStamp>& expected) {
+    Replace(file, bytes, expected, [&](const TDescriptor& written, const fs::path& target, bool replaces) {
+        if (replaces) {
+            TakeAttributes(written, target, file);
+        } else {
+            TakeUsualRights(written);
+        }
+    });
+}
+
+void WriteCopyAtomically(const fs::path& file, std::string_view bytes, const fs::path& original) {
+    Replace(file, bytes, std::nullopt, [&](const TDescriptor& written, const fs::path&, bool) {
+        TakeAttributesIfPossible(written, original, file);
+    });
+}
+
+void ReplaceFileBy(const fs::path& file, const fs::path& finished) {
+    try {
+        const fs::path target = FollowLinks(file);
+        const bool replaces = fs::exists(target);
+        TDescriptor descriptor(TDescriptor::OpenForWriting(finished));
+        if (replaces) {
+            CheckReplaceable(target, file);
+            TakeAttributes(descriptor, target, file);
+        }
+        descriptor.Flush();
+        descriptor.Close();
+        RenameDurably(finished, target, replaces);
+    } catch (const std::system_error& failure) {
+        throw EFileNotWritten(file, ReasonText(failure.code()));
+    }
+}
+
+} // namespace conferix
