@@ -286,6 +286,23 @@ void LogApplied(const std::string& fileName, const std::vector<TCorrectionRecord
         LogCorrections(fileName, key.first, key.second, count);
 }
 
+/// Has every finding listed as long as it lives: what is left to correct and what a value rests on is known
+/// only from all of them.
+class TUnlimitedFindings {
+  public:
+    explicit TUnlimitedFindings(TValidadorController& controller)
+        : controller_(controller), before_(controller.FindingLimits()) {
+        controller_.SetFindingLimits(TFindingLimits::None());
+    }
+    TUnlimitedFindings(const TUnlimitedFindings&) = delete;
+    TUnlimitedFindings& operator=(const TUnlimitedFindings&) = delete;
+    ~TUnlimitedFindings() { controller_.SetFindingLimits(before_); }
+
+  private:
+    TValidadorController& controller_;
+    TFindingLimits before_;
+};
+
 } // namespace
 
 bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& messages,
@@ -315,6 +332,7 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
 TCorrectionResult CorrectAll(TValidadorController& controller, const std::shared_ptr<const std::string>& xml,
                              const std::vector<std::string>& enabledValidations,
                              const TSolverChoice& choose) {
+    const TUnlimitedFindings unlimited(controller);
     std::set<TTagNumber> leftAlone;
     for (;;) {
         TCorrectionPass pass(controller, enabledValidations, choose, leftAlone);

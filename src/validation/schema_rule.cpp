@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -82,20 +81,26 @@ class TOtherVersions : public ISchemaOtherVersions {
 
   private:
     static TElementPaths PathsOf(const TXmlDocument& document) {
+        // Documents have some hundreds; one with more is like no version.
+        constexpr std::size_t kMaxPaths = 100'000;
         TElementPaths paths;
         std::map<std::pair<std::size_t, std::uint32_t>, std::size_t> known;
-        std::unordered_map<const TXmlNode*, std::size_t> open; // of the elements with child elements
+        std::vector<std::pair<const TXmlNode*, std::size_t>> open; // the elements around, with their entries
         const TXmlNode* root = document.Element();
         for (const TXmlNode* node = root; node != nullptr; node = node->NextInWalk(root)) {
             if (!node->IsTag())
                 continue;
-            const std::size_t parent = node == root ? 0 : open.at(node->Parent());
+            while (!open.empty() && open.back().first != node->Parent())
+                open.pop_back();
+            const std::size_t parent = open.empty() ? 0 : open.back().second;
             const auto [entry, added] = known.try_emplace(
-                {node == root ? std::size_t(-1) : parent, node->Name().Id}, paths.Entries.size());
+                {open.empty() ? std::size_t(-1) : parent, node->Name().Id}, paths.Entries.size());
+            if (added && paths.Entries.size() == kMaxPaths)
+                return {};
             if (added)
                 paths.Entries.push_back({parent, node->LocalName()});
             if (node->FirstChildTag() != nullptr)
-                open[node] = entry->second;
+                open.emplace_back(node, entry->second);
         }
         return paths;
     }
@@ -192,7 +197,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     const auto schema = TSchemaSet::Load(schemaFile_);
     const TOtherVersions others(schemaFile_);
     const TXmlDocument& document = *file.Xml();
-    const std::vector<TSchemaFault> faults = TSchemaValidator(*schema, &others).Validate(document);
+    const auto [faults, further] = TSchemaValidator(*schema, &others).Judge(document, RoomForFindings());
     if (others.Approximated() && HasIntactSeal(ReadWholeFile(schemaFile_)))
         Warning(
             nullptr,
@@ -208,18 +213,25 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     std::optional<TGuiaLocator> guias;
     if (lote != nullptr && !faults.empty())
         guias.emplace(*lote);
+    const TXmlNode* lastNode = nullptr; // many faults may be of one start tag, however long that is
+    std::string source;
     for (const TSchemaFault& fault : faults) {
+        if (fault.Node != lastNode || !fault.Found.empty()) {
+            source = fault.SrcText();
+            lastNode = fault.Found.empty() ? fault.Node : nullptr;
+        }
         std::string reason = fault.Code == TSchemaFaultCode::UnknownElement
                                  ? others.UnknownElement(fault)
                                  : TSchemaMessages::Sentence(fault);
         const IGuiaTiss* guia = guias.has_value() ? guias->ByNode(*fault.Node) : nullptr;
         const auto message = TLoteGuiasValidationMessage::CreateError(
             this, std::string(guia != nullptr ? guia->NumeroGuia() : std::string_view{}), std::move(reason),
-            fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
+            source, fault.Line, fault.LinePos, fault.FilePos);
         message->SetKind(KindOf(fault.Code));
         AddMessage(message);
     }
-    if (ValidationMessages().empty())
+    AddUnkeptErrors(further);
+    if (FoundNothing())
         Success(
             nullptr,
             fmt::format("O XML está de acordo com o schema XSD da versão {} do componente de comunicação.",

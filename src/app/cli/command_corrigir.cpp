@@ -9,7 +9,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <ostream>
 
 namespace conferix {
@@ -31,11 +30,6 @@ TSolverChoice ChoiceOf(const TCorrigirOptions& options) {
     return [wanted](const auto& solvers) -> std::optional<std::size_t> {
         return wanted < solvers.size() ? wanted : 0;
     };
-}
-
-std::size_t CountFailures(const TXmlMessages& messages) {
-    return static_cast<std::size_t>(
-        std::count_if(messages.begin(), messages.end(), [](const auto& m) { return m->IsFailure(); }));
 }
 
 /// Corrects one file.
@@ -80,7 +74,7 @@ class TCorrection {
     int Refuse() const {
         for (const auto& message : Result().ValidationMessages)
             context_.Error(fmt::format("{}: {}", options_.Arquivo, message->Msg()));
-        return kExitInvalid;
+        return Result().OutOfMemory ? kExitUnreadable : kExitInvalid;
     }
 
     /// Shows the messages that offer corrections, with the numbers by which they are chosen.
@@ -198,7 +192,7 @@ class TCorrection {
     void Summarize(const TCorrectionResult& result) const {
         ListChanges(result);
         const std::size_t corrections = result.Applied.size();
-        const std::size_t failures = CountFailures(Result().ValidationMessages);
+        const std::size_t failures = Result().Counts.Failures();
         context_.Streams.Err << fmt::format(
             "{}: {}; {}.\n", options_.Arquivo,
             corrections == 0 ? "nada foi corrigido"

@@ -14,6 +14,7 @@
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <ostream>
 #include <thread>
@@ -76,8 +77,7 @@ class TReporter {
         for (const auto& message : result.ValidationMessages)
             shown.insert(message.get());
         const TXmlMessages listed = todas_ ? Everything(result) : result.ValidationMessages;
-        return formato_ == "texto" ? Text(result, versao, listed, shown)
-                                   : Json(result, versao, listed, shown);
+        return formato_ == "texto" ? Text(result, versao, listed) : Json(result, versao, listed, shown);
     }
 
     /// The result of a file that could not be opened, so that it is missing in no list.
@@ -85,6 +85,7 @@ class TReporter {
         TValidateArgs result;
         result.FileName = fileName;
         result.AllMessages = {failure};
+        result.Counts.Add(failure->MsgType());
         result.ValidationMessages = {std::move(failure)};
         return Report(result, {});
     }
@@ -104,10 +105,10 @@ class TReporter {
 
     std::string Json(const TValidateArgs& result, const std::string& versao, const TXmlMessages& listed,
                      const std::unordered_set<const TXmlMessage*>& shown) const {
-        TJson messages = TJson::array();
-        for (const auto& message : listed)
-            messages.push_back(MessageJson(*message, shown.count(message.get()) != 0));
         const IArquivoTiss* file = result.ArquivoTiss.get();
+        std::size_t unlisted = 0;
+        for (const TUnkeptFindings& of : result.Unlisted)
+            unlisted += of.Counts.Findings();
         const TJson json = {
             {"arquivo", result.FileName},
             {"xmlValido", result.ValidXml},
@@ -116,9 +117,16 @@ class TReporter {
             {"tipoArquivo", file != nullptr ? NameOf(file->TipoArquivo()) : std::string_view{}},
             {"tipoTransacao", file != nullptr ? NameOf(file->TipoTransacao()) : std::string_view{}},
             {"versao", versao},
-            {"ocultas", result.HiddenMessages.size()},
-            {"mensagens", std::move(messages)}};
-        return JsonText(json, formato_ == "ndjson" ? -1 : 2);
+            {"erros", result.Counts.Failures()},
+            {"avisos", result.Counts.Warnings()},
+            {"ocultas", result.HiddenCount},
+            {"naoListadas", unlisted},
+            {"mensagens", TJson::array()}};
+        // The list goes in message by message: all of them as one value would take many times their text.
+        TJsonList list(JsonText(json, formato_ == "ndjson" ? -1 : 2), formato_ == "ndjson" ? -1 : 2);
+        for (const auto& message : listed)
+            list.Add(MessageJson(*message, shown.count(message.get()) != 0));
+        return list.Take();
     }
 
     static std::string Kind(const TValidateArgs& result, const std::string& versao) {
@@ -128,17 +136,13 @@ class TReporter {
                            result.ArquivoTiss->TextoTipoTransacao(), versao);
     }
 
-    std::string Text(const TValidateArgs& result, const std::string& versao, const TXmlMessages& listed,
-                     const std::unordered_set<const TXmlMessage*>& shown) const {
+    std::string Text(const TValidateArgs& result, const std::string& versao,
+                     const TXmlMessages& listed) const {
         std::string text = palette_.Bold(result.FileName) + '\n' + Kind(result, versao);
-        std::size_t errors = 0;
-        std::size_t warnings = 0;
+        const std::size_t errors = result.Counts.Failures();
+        const std::size_t warnings = result.Counts.Warnings();
         for (const auto& message : listed) {
             const TMessageType type = message->MsgType();
-            if (shown.count(message.get()) != 0) {
-                errors += type == TMessageType::mtError || type == TMessageType::mtFatal ? 1U : 0U;
-                warnings += type == TMessageType::mtWarning ? 1U : 0U;
-            }
             text += fmt::format("  {}: {}{}\n", palette_.Severity(type, SeverityLabel(type)),
                                 IndentLines(message->Msg(), 4), palette_.Dim(Origin(*message)));
             const auto& solvers = message->Solvers();
@@ -182,6 +186,10 @@ TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, 
     controller->Events().OnValidate.Subscribe([&](TValidateArgs& result) {
         report.Text = reporter.Report(result, controller->VersaoTiss());
         report.Status = result.FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
+        if (result.OutOfMemory) {
+            report.Error = fmt::format("{}: {}", name, kOutOfMemory);
+            report.Status = kExitUnreadable;
+        }
         report.MissingSchema = result.MissingSchema;
     });
     const auto unreadable = [&](const std::string& reason) {
@@ -200,6 +208,8 @@ TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, 
         unreadable("o arquivo não existe");
     } catch (const EFileNotRead& error) {
         unreadable(error.Reason());
+    } catch (const std::bad_alloc&) {
+        unreadable(kOutOfMemory);
     } catch (const EXmlEncoding& error) {
         report.Status = kExitInvalid;
         report.Text = reporter.ReportFailure(name, error.Message());

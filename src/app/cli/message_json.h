@@ -18,6 +18,22 @@ TJson MessageJson(const TXmlMessage& message, bool shown);
 /// The text of a JSON value; bytes that are no UTF-8 (in file names) are replaced. `indent` -1: one line.
 std::string JsonText(const TJson& json, int indent = 2);
 
+/// The text of a JSON object whose last member is an empty array, to which values are added one by one.
+class TJsonList {
+  public:
+    /// `object`: as JsonText gives it with that indentation.
+    TJsonList(std::string object, int indent);
+    void Add(const TJson& value);
+    /// The whole text, once.
+    std::string Take();
+
+  private:
+    std::string text_;
+    std::string end_; ///< what follows the values
+    int indent_;
+    bool empty_ = true;
+};
+
 /// A correction that was applied or left out: rule, place, element, values, and why it was left out.
 TJson CorrectionJson(const TCorrectionRecord& record);
 

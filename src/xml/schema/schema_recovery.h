@@ -107,8 +107,7 @@ class TSchemaRecovery {
     /// children may stand, since the parent, of the same namespace, was reported for it.
     std::vector<TSchemaDecision> Recover(const TSchemaComplexType& type, const TXmlNode& parent,
                                          std::span<const TSchemaChild> children,
-                                         std::optional<std::uint32_t> forgiven,
-                                         std::vector<TSchemaFault>& faults);
+                                         std::optional<std::uint32_t> forgiven, TSchemaFaultList& faults);
 
     const TSchemaSet& Set() const { return set_; }
     TSchemaDistances& DistancesOf(const TSchemaAutomaton& automaton) {
