@@ -4,10 +4,14 @@ target_include_directories(conferix_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 target_compile_options(conferix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 # GCC 12 warns of overlaps in the concatenation of string literals that are none.
 target_compile_options(conferix_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
-if(CONFERIX_SANITIZE)
+if(CONFERIX_SANITIZE OR CONFERIX_FUZZ)
     target_compile_options(conferix_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
                                                       -fno-omit-frame-pointer)
     target_link_options(conferix_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(CONFERIX_FUZZ)
+    # In all libraries: the fuzzer goes by what it sees of the paths through them.
+    target_compile_options(conferix_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # Notes what the files of a target in the current folder may include, for conferix_check_layers(). A dependency has to be

@@ -1,4 +1,4 @@
-# Lido por scripts/rodar, scripts/testar e scripts/conferir: instala o que falta, configura e compila.
+# Lido por scripts/rodar, scripts/testar, scripts/conferir e scripts/fuzz: instala o que falta, configura e compila.
 # Uso: source preparar.sh; preparar <preset> <alvo...>
 
 raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -8,6 +8,7 @@ pacotes_compilar=(g++ cmake ninja-build pkg-config libexpat1-dev libicu-dev libs
     libsimpleini-dev libcurl4-openssl-dev libcsv-dev)
 pacotes_testar=(libgtest-dev libgmock-dev libxml2-dev locales patch)
 pacotes_conferir=(clang-format clang-tidy git)
+pacotes_fuzz=(clang libclang-rt-14-dev)
 
 erro() {
     printf 'conferix: erro: %s\n' "$1" >&2

@@ -275,6 +275,23 @@ class TCorrectionPass {
     std::set<TTagNumber> touched_;
 };
 
+/// Has every finding listed as long as it lives: what is left to correct and what a value rests on is known
+/// only from all of them.
+class TUnlimitedFindings {
+  public:
+    explicit TUnlimitedFindings(TValidadorController& controller)
+        : controller_(controller), before_(controller.FindingLimits()) {
+        controller_.SetFindingLimits(TFindingLimits::None());
+    }
+    TUnlimitedFindings(const TUnlimitedFindings&) = delete;
+    TUnlimitedFindings& operator=(const TUnlimitedFindings&) = delete;
+    ~TUnlimitedFindings() { controller_.SetFindingLimits(before_); }
+
+  private:
+    TValidadorController& controller_;
+    TFindingLimits before_;
+};
+
 /// Corrects the encoding of a file whose bytes are no text in the one that it declares.
 TCorrectionResult MendEncoding(TValidadorController& controller, const TXmlPtr& xml,
                                const std::vector<std::string>& enabledValidations,
@@ -349,6 +366,7 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
 TCorrectionResult CorrectAll(TValidadorController& controller, const std::shared_ptr<const std::string>& xml,
                              const std::vector<std::string>& enabledValidations,
                              const TSolverChoice& choose) {
+    const TUnlimitedFindings unlimited(controller);
     std::set<TTagNumber> leftAlone;
     const TCorrectionResult mended = MendEncoding(controller, xml, enabledValidations, choose);
     for (;;) {

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "app/validador_controller.h"
 #include "validation/validation_message.h"
+
+#include <cstddef>
+#include <vector>
 
 namespace conferix {
 
@@ -13,10 +17,17 @@ class TValidTissFile : public TXmlMessage {
 /// Tells how many messages of switched-off rules are not shown.
 class THasIgnoredMessages : public TValidationMessage {
   public:
-    explicit THasIgnoredMessages(const TXmlMessages& hidden);
+    /// `unlisted`: number of those that the list does not hold.
+    explicit THasIgnoredMessages(const TXmlMessages& hidden, std::size_t unlisted = 0);
 
   protected:
     const char* ClassName() const override { return "THasIgnoredMessages"; }
+};
+
+/// Tells how many findings the list does not hold, and of which rules.
+class TUnlistedMessages : public TXmlMessage {
+  public:
+    TUnlistedMessages(const std::vector<TUnkeptFindings>& unlisted, const TFindingLimits& limits);
 };
 
 } // namespace conferix

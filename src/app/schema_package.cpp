@@ -1,6 +1,8 @@
 #include "app/schema_package.h"
 
+#include "model/tiss_kinds.h"
 #include "platform/platform.h"
+#include "xml/schema/schema_files.h"
 
 #include <unicode/ucnv.h>
 #include <zip.h>
@@ -20,6 +22,8 @@ constexpr std::uintmax_t kMaxPackageBytes = 100'000'000;
 constexpr zip_int64_t kMaxEntries = 10'000;
 constexpr std::size_t kMaxEntryBytes = 20'000'000;
 constexpr std::size_t kMaxTotalBytes = 200'000'000;
+
+constexpr std::size_t kMaxCopies = 10'000;
 
 constexpr zip_uint32_t kUnixTypeMask = 0170000;
 constexpr zip_uint32_t kUnixLink = 0120000;
@@ -147,6 +151,54 @@ EInvalidPackage::EInvalidPackage(const std::filesystem::path& file, const std::s
 
 std::map<std::string, TPackageFolder> ReadSchemaPackage(const std::filesystem::path& file) {
     return TPackageReader(file).Read();
+}
+
+TPackageCompletion::TPackageCompletion(const std::map<std::string, TPackageFolder>& package) {
+    for (const auto& [folder, files] : package)
+        for (const auto& [name, content] : files)
+            contents_.try_emplace(name, &content);
+}
+
+const std::vector<std::string>& TPackageCompletion::ReferencesOf(const std::string& content) {
+    const auto [entry, added] = references_.try_emplace(&content);
+    if (added)
+        entry->second = ReferencedSchemas(content);
+    return entry->second;
+}
+
+std::map<std::string, const std::string*> TPackageCompletion::Needed(const TPackageFolder& own,
+                                                                     const std::filesystem::path& file) {
+    std::map<std::string, const std::string*> needed;
+    std::vector<const std::string*> waiting;
+    const auto take = [&](const std::string& name) {
+        if (needed.count(name) != 0)
+            return true;
+        const auto inFolder = own.find(name);
+        const auto anywhere = contents_.find(name);
+        if (inFolder == own.end() && anywhere == contents_.end())
+            return false;
+        if (++copies_ > kMaxCopies)
+            throw EInvalidPackage(file, "as pastas do pacote precisam de arquivos demais umas das outras");
+        waiting.push_back(inFolder != own.end() ? &inFolder->second : anywhere->second);
+        needed.emplace(name, waiting.back());
+        return true;
+    };
+    std::vector<std::string> mains;
+    for (const auto& [name, content] : own)
+        if (ParseSchemaFileName(name)) {
+            mains.push_back(name);
+            take(name);
+        }
+    while (!waiting.empty()) {
+        const std::string& content = *waiting.back();
+        waiting.pop_back();
+        for (const std::string& name : ReferencesOf(content))
+            if (!take(name))
+                for (const std::string& main : mains)
+                    if (const std::string standIn = StandInForSchema(name, main); !standIn.empty())
+                        take(standIn);
+    }
+    return needed;
 }
 
 } // namespace conferix

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace conferix {
 
@@ -20,5 +23,24 @@ using TPackageFolder = std::map<std::string, std::string>;
 /// Refuses packages with entries that are links or would leave the folder, and those that unpack to more than
 /// schemas ever take. Raises EInvalidPackage, EFileNotRead.
 std::map<std::string, TPackageFolder> ReadSchemaPackage(const std::filesystem::path& file);
+
+/// The folders of a package, each with what its schemas need of the others.
+class TPackageCompletion {
+  public:
+    explicit TPackageCompletion(const std::map<std::string, TPackageFolder>& package);
+
+    /// The main schemas of a folder and the files that they need, directly or through one another, by name:
+    /// the folder's own, else the first of that name. Raises EInvalidPackage where `file`, the package, asks
+    /// for too much.
+    std::map<std::string, const std::string*> Needed(const TPackageFolder& own,
+                                                     const std::filesystem::path& file);
+
+  private:
+    const std::vector<std::string>& ReferencesOf(const std::string& content);
+
+    std::map<std::string_view, const std::string*> contents_; ///< by name
+    std::map<const std::string*, std::vector<std::string>> references_;
+    std::size_t copies_ = 0;
+};
 
 } // namespace conferix

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <optional>
 #include <set>
 #include <unordered_map>
@@ -59,6 +60,9 @@ TValidateArgs FailureResult() {
         message = UserError(error);
     } catch (const EFile& error) { // the terminology among them
         message = UserError(error);
+    } catch (const std::bad_alloc&) {
+        message = std::make_shared<TXmlMessage>(TMessageType::mtFatal, kOutOfMemory);
+        result.OutOfMemory = true;
     } catch (const std::exception& error) {
         message = UnknownError(error.what());
     } catch (...) {
@@ -79,14 +83,52 @@ std::optional<TValidateArgs> Attempt(Step&& step) {
     }
 }
 
+/// Counts one more message of its rule.
+void CountUnlisted(std::vector<TUnkeptFindings>& unlisted, const TXmlMessage& message) {
+    auto found = std::find_if(unlisted.begin(), unlisted.end(),
+                              [&](const TUnkeptFindings& of) { return of.Rule.get() == message.Rule(); });
+    if (found == unlisted.end())
+        found = unlisted.insert(unlisted.end(), {message.SharedRule(), {}});
+    found->Counts.Add(message.MsgType());
+}
+
+std::string CountText(std::size_t count) {
+    return TFormatSettings::Regional().Count(static_cast<std::int64_t>(count));
+}
+
+std::string UnlistedText(std::vector<TUnkeptFindings> unlisted, const TFindingLimits& limits) {
+    constexpr std::size_t kRulesNamed = 5;
+    std::stable_sort(unlisted.begin(), unlisted.end(), [](const auto& left, const auto& right) {
+        return left.Counts.Findings() > right.Counts.Findings();
+    });
+    std::size_t total = 0;
+    std::size_t named = 0;
+    std::string rules;
+    for (std::size_t i = 0; i < unlisted.size(); ++i) {
+        const std::size_t count = unlisted[i].Counts.Findings();
+        total += count;
+        if (i >= kRulesNamed)
+            continue;
+        named += count;
+        rules += fmt::format("{}{} de {}", i == 0 ? "" : ", ", CountText(count), unlisted[i].Rule->Name);
+    }
+    if (named != total)
+        rules += fmt::format(" e {} de outras regras", CountText(total - named));
+    return fmt::format(
+        "Há mais {} {} na lista: {}.\r\nA lista traz no máximo {} mensagens de cada regra e {} "
+        "de cada arquivo; as contagens são de todas.",
+        CountText(total), total == 1 ? "mensagem, que não está" : "mensagens, que não estão", rules,
+        CountText(limits.OfRule), CountText(limits.OfFile));
+}
+
 /// Decides message by message what is shown; rules are looked up once.
 class TMessageFilter {
   public:
     explicit TMessageFilter(const std::vector<std::string>& enabled)
         : enabled_(enabled.begin(), enabled.end()) {}
 
-    bool Hidden(const TXmlMessage& message) {
-        const TValidationIdentity* rule = message.Rule();
+    bool Hidden(const TXmlMessage& message) { return Hidden(message.Rule()); }
+    bool Hidden(const TValidationIdentity* rule) {
         if (rule == nullptr)
             return false;
         const auto [entry, isNew] = hidden_.try_emplace(rule, false);
@@ -115,12 +157,18 @@ std::vector<std::string_view> TFileStateFlags::Names() const {
 TValidTissFile::TValidTissFile()
     : TXmlMessage(TMessageType::mtSuccess, "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.") {}
 
-THasIgnoredMessages::THasIgnoredMessages(const TXmlMessages& hidden)
+THasIgnoredMessages::THasIgnoredMessages(const TXmlMessages& hidden, std::size_t unlisted)
     : TValidationMessage(
           TMessageOrigin{}, TMessageType::mtInformation,
-          TFormatSettings::Regional().Count(static_cast<std::int64_t>(hidden.size())) +
-              (hidden.size() == 1 ? " mensagem foi ignorada." : " mensagens foram ignoradas.") +
+          CountText(hidden.size() + unlisted) +
+              (hidden.size() + unlisted == 1 ? " mensagem foi ignorada." : " mensagens foram ignoradas.") +
               "\r\nAs mensagens de validações desativadas não estão sendo exibidas.") {}
+
+TUnlistedMessages::TUnlistedMessages(const std::vector<TUnkeptFindings>& unlisted,
+                                     const TFindingLimits& limits)
+    : TXmlMessage(TMessageType::mtInformation, UnlistedText(unlisted, limits)) {
+    SetKind(TFindingKind::Run);
+}
 
 // The name is not put in: users know this text as it is.
 EFileNotFound::EFileNotFound() : std::runtime_error("O arquivo \"%s\" não existe.") {}
@@ -265,8 +313,8 @@ TValidateArgs TValidadorController::Read(const TTissFile& file) const {
     result.AllMessages = encoding;
     try {
         result.ArquivoTiss = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
-    } catch (const ETissException&) {
-        result.AllMessages.push_back(FailureMessage());
+    } catch (const ETissException& error) {
+        result.AllMessages.push_back(UserError(error));
         if (std::string hint = WebServiceHint(*parsed.Document); !hint.empty())
             result.AllMessages.push_back(TXmlMessage::CreateInfo(std::move(hint)));
     }
@@ -284,8 +332,10 @@ TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>
     versaoTiss_ = result.ArquivoTiss->Versao();
     const std::filesystem::path schema = SchemaOf(*result.ArquivoTiss);
     TTissValidator validator(result.ArquivoTiss, schema, terminology_.CreateConnection());
+    validator.LimitFindings(limits_.OfRule);
     const TValidationMessages messages = validator.Validate();
     result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());
+    result.Unlisted = validator.Unkept();
     return result;
 }
 
@@ -303,30 +353,58 @@ TValidateArgs TValidadorController::ValidateSchema(const std::shared_ptr<const s
     return result;
 }
 
-void TValidadorController::Post(TValidateArgs result, const std::vector<std::string>& enabledValidations) {
+void TValidadorController::List(TValidateArgs& result,
+                                const std::vector<std::string>& enabledValidations) const {
     TMessageFilter filter(enabledValidations);
-    bool failed = false;
-    std::set<std::string_view> toldOfRun;
-    for (const auto& message : result.AllMessages) {
-        if (message->Kind() == TFindingKind::Run && !filter.Hidden(*message) &&
-            !toldOfRun.insert(message->Reason()).second)
-            continue;
-        if (filter.Hidden(*message)) {
-            result.HiddenMessages.push_back(message);
-        } else if (message->MsgType() != TMessageType::mtSuccess) {
-            failed = failed || message->IsFailure();
-            result.ValidationMessages.push_back(message);
+    std::vector<TUnkeptFindings> unlisted;
+    for (TUnkeptFindings& of : result.Unlisted) {
+        if (filter.Hidden(of.Rule.get())) {
+            result.HiddenCount += of.Counts.Findings();
+        } else {
+            result.Counts += of.Counts;
+            unlisted.push_back(std::move(of));
         }
     }
+    std::size_t hiddenFindings = 0;
+    std::set<std::string_view> toldOfRun;
+    TXmlMessages listed;
+    listed.reserve(result.AllMessages.size());
+    for (auto& message : result.AllMessages) {
+        const bool success = message->MsgType() == TMessageType::mtSuccess;
+        if (filter.Hidden(*message)) {
+            ++result.HiddenCount;
+            if (!success && ++hiddenFindings > limits_.OfFile)
+                continue;
+            result.HiddenMessages.push_back(message);
+        } else if (!success &&
+                   (message->Kind() != TFindingKind::Run || toldOfRun.insert(message->Reason()).second)) {
+            result.Counts.Add(message->MsgType());
+            if (message->Rule() != nullptr && result.ValidationMessages.size() >= limits_.OfFile) {
+                CountUnlisted(unlisted, *message);
+                continue;
+            }
+            result.ValidationMessages.push_back(message);
+        }
+        listed.push_back(std::move(message));
+    }
+    result.AllMessages = std::move(listed);
+    result.Unlisted = std::move(unlisted);
+}
+
+void TValidadorController::Post(TValidateArgs result, const std::vector<std::string>& enabledValidations) {
+    List(result, enabledValidations);
+    if (!result.Unlisted.empty())
+        result.ValidationMessages.push_back(std::make_shared<TUnlistedMessages>(result.Unlisted, limits_));
     flags_.Exclude(TFileStateFlag::sfValidando);
     flags_.Exclude(TFileStateFlag::sfValido); // of a result that a failure replaces
     flags_.Include(TFileStateFlag::sfValidado);
-    if (failed) {
+    if (result.Counts.Failures() != 0) {
         flags_.Include(TFileStateFlag::sfInvalido);
     } else {
         flags_.Include(TFileStateFlag::sfValido);
-        if (!result.HiddenMessages.empty())
-            result.ValidationMessages.push_back(std::make_shared<THasIgnoredMessages>(result.HiddenMessages));
+        if (result.HiddenCount != 0)
+            result.ValidationMessages.push_back(std::make_shared<THasIgnoredMessages>(
+                result.HiddenMessages, result.HiddenCount - result.HiddenMessages.size()));
         result.ValidationMessages.push_back(std::make_shared<TValidTissFile>());
     }
     result.FileName = fileName_;

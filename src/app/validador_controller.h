@@ -5,6 +5,7 @@
 #include "app/validator_events.h"
 #include "data/db_connection_factory.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -15,6 +16,19 @@ namespace conferix {
 
 /// Where users report failures of the program.
 inline constexpr const char* kSupportAddress = "suporte@conferix.example";
+
+/// Said where a file is too large for the memory there is.
+inline constexpr const char* kOutOfMemory = "Não há memória suficiente para este arquivo. Feche outros "
+                                            "programas ou divida o arquivo em partes menores.";
+
+/// How many findings the lists of a validation hold: of each rule, and shown or hidden ones of the file. What
+/// goes beyond is counted, and one message tells how much it is.
+struct TFindingLimits {
+    std::size_t OfRule = kFindingsKeptOfRule;
+    std::size_t OfFile = 50'000;
+
+    static TFindingLimits None() { return {kAllFindings, kAllFindings}; }
+};
 
 class EFileNotFound : public std::runtime_error {
   public:
@@ -58,6 +72,9 @@ class TValidadorController {
     /// The same, backed by the schemas that come with the program.
     void SetSchemaFolder(TSchemaFolder folder) { schemas_ = std::move(folder); }
 
+    const TFindingLimits& FindingLimits() const { return limits_; }
+    void SetFindingLimits(const TFindingLimits& limits) { limits_ = limits; }
+
     /// Opens a file; one whose bytes are no text in the declared encoding is opened where the encoding that
     /// was meant is beyond doubt, and its validation tells so. Raises EFileNotFound, EAlreadyFileLoaded,
     /// EFileNotRead, EXmlEncoding; a file that cannot be read leaves the controller closed.
@@ -98,6 +115,8 @@ class TValidadorController {
     TValidateArgs Read(const TTissFile& file) const;
     std::filesystem::path SchemaOf(const IArquivoTiss& arquivo) const;
     void Post(TValidateArgs result, const std::vector<std::string>& enabledValidations);
+    /// Splits what was found into what is shown and what is hidden.
+    void List(TValidateArgs& result, const std::vector<std::string>& enabledValidations) const;
 
     std::string fileName_;
     std::string versaoTiss_;
@@ -108,6 +127,7 @@ class TValidadorController {
     TValidatorEvents events_;
     TSchemaFolder schemas_;
     TDBConnectionFactory terminology_;
+    TFindingLimits limits_;
     TXmlEncoding encoding_;
     TFileOrigin origin_; ///< the file as it was when it was read or saved
 };

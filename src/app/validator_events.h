@@ -2,9 +2,11 @@
 
 #include "app/file_state.h"
 #include "model/arquivo_tiss.h"
+#include "validator/tiss_validator.h"
 #include "xml/xml_message.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <exception>
 #include <filesystem>
 #include <functional>
@@ -44,8 +46,13 @@ struct TValidateArgs : TValidatorArgs {
     TXmlMessages ValidationMessages;                 ///< the messages to show
     /// The messages of switched-off rules, in their order.
     TXmlMessages HiddenMessages;
-    /// All that the run found, shown or not, in the order in which it was found.
+    /// All that the run found and listed, shown or not, in the order in which it was found.
     TXmlMessages AllMessages;
+    TMessageCounts Counts;       ///< of what is to be shown, with what is not listed
+    std::size_t HiddenCount = 0; ///< of what is hidden, likewise
+    /// What goes beyond the limits of the lists, a rule an entry.
+    std::vector<TUnkeptFindings> Unlisted;
+    bool OutOfMemory = false; ///< the run could not be finished, and so nothing is known of the file
     /// The schema file that was looked for and is not there; empty otherwise.
     std::filesystem::path MissingSchema;
 };

@@ -54,7 +54,7 @@ void TSequencialItemValidation::CheckGuia(const IGuiaTiss& guia, const TProcedim
                 AddRepeated(*number, kDespesa, first->second, item);
         }
     }
-    if (ValidationMessages().empty())
+    if (FoundNothing())
         Success(nullptr,
                 "O sequencial de referência dos procedimentos ou itens assistenciais estão de acordo com o "
                 "componente organizacional.");

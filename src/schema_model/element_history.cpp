@@ -11,13 +11,25 @@ namespace {
 
 using TKind = TModelNode::TKind;
 
-using TMisfits = std::set<std::pair<std::size_t, std::string_view>>;
+/// A child by its parent's entry and its name.
+using TChild = std::pair<std::size_t, std::string_view>;
+using TChildren = std::set<TChild>;
 
-/// Number of those that the other set lacks.
-std::size_t CountWithout(const TMisfits& set, const TMisfits& other) {
-    return static_cast<std::size_t>(std::count_if(
-        set.begin(), set.end(), [&other](const auto& entry) { return other.count(entry) == 0; }));
-}
+/// What of a document does not fit a version.
+struct TMisfits {
+    std::vector<bool> Unknown; ///< by entry: the version does not know the element
+    TChildren Missing;         ///< demanded, and the document has it nowhere
+
+    /// Number of those that the other version does not share.
+    std::size_t CountWithout(const TMisfits& other) const {
+        std::size_t count = 0;
+        for (std::size_t i = 0; i < Unknown.size(); ++i)
+            count += Unknown[i] && !other.Unknown[i] ? 1 : 0;
+        for (const TChild& child : Missing)
+            count += other.Missing.count(child) == 0 ? 1 : 0;
+        return count;
+    }
+};
 
 template<class Visit>
 void ForEachElementIn(const std::vector<TModelNode>& nodes, const Visit& visit) {
@@ -48,27 +60,23 @@ class TSearch {
         return node;
     }
 
-    /// The elements of a document that this version does not know, and those that it demands and the document
-    /// has nowhere, each as its parent's entry and its name. What stands below an unknown element is unknown
-    /// too.
-    TMisfits Misfits(const TElementPaths& paths) const {
+    /// What stands below an unknown element is unknown too. `present`: all of the document's.
+    TMisfits Misfits(const TElementPaths& paths, const TChildren& present) const {
         std::vector<const TModelNode*> nodes;
-        TMisfits present;
         TMisfits misfits;
         nodes.reserve(paths.Entries.size());
+        misfits.Unknown.reserve(paths.Entries.size());
         for (std::size_t i = 0; i < paths.Entries.size(); ++i) {
             const auto& [parent, name] = paths.Entries[i];
             const TModelNode* above = i == 0 ? nullptr : nodes[parent];
             nodes.push_back(i == 0 ? Root(name) : above != nullptr ? Child(*above, name) : nullptr);
+            misfits.Unknown.push_back(nodes.back() == nullptr);
             if (nodes.back() == nullptr)
-                misfits.emplace(parent, name);
-            present.emplace(parent, name);
+                continue;
+            for (const std::string_view demanded : Demanded(*nodes.back()))
+                if (present.count({i, demanded}) == 0)
+                    misfits.Missing.emplace(i, demanded);
         }
-        for (std::size_t i = 0; i < nodes.size(); ++i)
-            if (nodes[i] != nullptr)
-                for (const std::string_view name : Demanded(*nodes[i]))
-                    if (present.count({i, name}) == 0)
-                        misfits.emplace(i, name);
         return misfits;
     }
 
@@ -347,8 +355,11 @@ std::string TElementHistory::VersionOfContent(std::string_view fileName, const T
     const std::size_t current = IndexOf(series, fileName);
     if (current == series.size() || paths.Entries.empty())
         return {};
+    TChildren present;
+    for (const auto& [parent, name] : paths.Entries)
+        present.emplace(parent, name);
     const auto misfitsOf = [&](const TVersion& version) {
-        return TSearch(*version.Model, version.Text).Misfits(paths);
+        return TSearch(*version.Model, version.Text).Misfits(paths, present);
     };
     const TMisfits own = misfitsOf(series[current]);
     // One element too many or too few says little, and so does one for and one against.
@@ -361,8 +372,8 @@ std::string TElementHistory::VersionOfContent(std::string_view fileName, const T
         if (at == current || series[at].Approximate)
             continue;
         const TMisfits misfits = misfitsOf(series[at]);
-        const std::size_t healed = CountWithout(own, misfits);
-        const std::size_t caused = CountWithout(misfits, own);
+        const std::size_t healed = own.CountWithout(misfits);
+        const std::size_t caused = misfits.CountWithout(own);
         if (healed <= caused)
             continue;
         if (series[at].Text == named)

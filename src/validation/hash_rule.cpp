@@ -75,7 +75,7 @@ void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
             error.AddSolver(std::make_shared<TSanitizeHashSolver>(file));
         }
     }
-    if (ValidationMessages().empty())
+    if (FoundNothing())
         Success(place, fmt::format("O hash \"{}\" informado no arquivo está válido.", written));
 }
 

@@ -24,21 +24,20 @@ constexpr std::array<std::string_view, 15> kSignatureNames = {
     "DigestValue",     "SignatureValue",   "KeyInfo",
     "X509Data",        "X509Certificate",  "Object"};
 
-void AddDistinct(std::vector<std::string_view>& list, std::string_view text) {
-    if (std::find(list.begin(), list.end(), text) == list.end())
-        list.push_back(text);
-}
-
 std::string_view PrefixOf(std::string_view qualifiedName) {
     const std::size_t colon = qualifiedName.find(':');
     return colon == std::string_view::npos ? std::string_view{} : qualifiedName.substr(0, colon);
 }
 
-/// Distinct prefixes; no entry at all when no name has one.
+/// The first two distinct prefixes; no entry at all when no name has one.
 std::vector<std::string_view> Prefixes(const std::vector<std::string_view>& names) {
     std::vector<std::string_view> prefixes;
     for (const std::string_view name : names)
-        AddDistinct(prefixes, PrefixOf(name));
+        if (const std::string_view prefix = PrefixOf(name); prefixes.empty() || prefixes.front() != prefix) {
+            prefixes.push_back(prefix);
+            if (prefixes.size() == 2)
+                return prefixes;
+        }
     if (prefixes.size() == 1 && prefixes.front().empty())
         prefixes.clear();
     return prefixes;

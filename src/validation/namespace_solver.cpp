@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <set>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -94,7 +97,8 @@ class TNamespaceScope {
     /// Moves on to a tag; its own declarations come into force.
     void Enter(const TXmlNode& tag) {
         while (!open_.empty() && open_.back().Tag != tag.Parent()) {
-            bindings_.resize(open_.back().Bindings);
+            for (; bindings_.size() > open_.back().Bindings; bindings_.pop_back())
+                innermost_[bindings_.back().Prefix] = bindings_.back().Hidden;
             open_.pop_back();
         }
         open_.push_back({&tag, bindings_.size()});
@@ -104,14 +108,17 @@ class TNamespaceScope {
     }
 
     /// Adds a declaration to the tag that was entered last.
-    void Bind(std::string_view prefix, std::string_view uri) { bindings_.push_back({prefix, uri}); }
+    void Bind(std::string_view prefix, std::string_view uri) {
+        std::size_t& innermost = innermost_.try_emplace(prefix, kNoBinding).first->second;
+        bindings_.push_back({prefix, uri, innermost});
+        innermost = bindings_.size() - 1;
+    }
 
     /// The namespace of a prefix, empty for that of no name; nothing for a prefix that is not declared.
     std::optional<std::string_view> Of(std::string_view prefix) const {
-        const auto found = std::find_if(bindings_.rbegin(), bindings_.rend(),
-                                        [&](const TBinding& binding) { return binding.Prefix == prefix; });
-        if (found != bindings_.rend())
-            return found->Uri;
+        const auto found = innermost_.find(prefix);
+        if (found != innermost_.end() && found->second != kNoBinding)
+            return bindings_[found->second].Uri;
         return prefix.empty() ? std::optional<std::string_view>(prefix) : std::nullopt;
     }
 
@@ -123,10 +130,13 @@ class TNamespaceScope {
     struct TBinding {
         std::string_view Prefix;
         std::string_view Uri;
+        std::size_t Hidden; ///< index of the one of the same prefix further out
     };
+    static constexpr std::size_t kNoBinding = static_cast<std::size_t>(-1);
 
     std::vector<TOpenTag> open_;
     std::vector<TBinding> bindings_;
+    std::unordered_map<std::string_view, std::size_t> innermost_; ///< index of the one in force, by prefix
 };
 
 /// Plans all names first, by the namespaces that the document gives them, and only then changes them.
@@ -207,10 +217,11 @@ class TNamespaceRepair {
     }
 
     void NotePrefix(const TXmlNode& tag, std::string_view prefix, const TNamespaceScope& scope) {
-        if (const auto uri = scope.Of(prefix))
-            uses_.push_back({&tag, prefix, *uri});
-        else if (prefix == "xsi")
-            uses_.push_back({&tag, prefix, kSchemaInstance});
+        const auto uri = scope.Of(prefix);
+        if (!uri && prefix != "xsi")
+            return;
+        uses_.push_back({&tag, prefix, uri.value_or(kSchemaInstance)});
+        used_.emplace(prefix, uses_.back().Namespace);
     }
 
     /// Makes the expected prefix stand for the TISS namespace, to the letter, on the root, and drops the
@@ -238,9 +249,7 @@ class TNamespaceRepair {
 
     bool IsUsed(const TXmlAttribute& declaration) const {
         const std::optional<std::string_view> prefix = DeclaredPrefix(declaration.QualifiedName());
-        return std::any_of(uses_.begin(), uses_.end(), [&](const TUse& use) {
-            return prefix == use.Prefix && use.Namespace == declaration.Value();
-        });
+        return prefix && used_.count({*prefix, declaration.Value()}) != 0;
     }
 
     void Apply() {
@@ -292,6 +301,7 @@ class TNamespaceRepair {
     std::string_view expected_;
     std::vector<TPlan> plans_;
     std::vector<TUse> uses_;
+    std::set<std::pair<std::string_view, std::string_view>> used_; ///< their prefixes with the namespaces
 };
 
 } // namespace

@@ -21,7 +21,6 @@
 #include <map>
 #include <optional>
 #include <set>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -127,20 +126,26 @@ class TOtherVersions : public ISchemaOtherVersions {
 
   private:
     static TElementPaths PathsOf(const TXmlDocument& document) {
+        // Documents have some hundreds; one with more is like no version.
+        constexpr std::size_t kMaxPaths = 100'000;
         TElementPaths paths;
         std::map<std::pair<std::size_t, std::uint32_t>, std::size_t> known;
-        std::unordered_map<const TXmlNode*, std::size_t> open; // of the elements with child elements
+        std::vector<std::pair<const TXmlNode*, std::size_t>> open; // the elements around, with their entries
         const TXmlNode* root = document.Element();
         for (const TXmlNode* node = root; node != nullptr; node = node->NextInWalk(root)) {
             if (!node->IsTag())
                 continue;
-            const std::size_t parent = node == root ? 0 : open.at(node->Parent());
+            while (!open.empty() && open.back().first != node->Parent())
+                open.pop_back();
+            const std::size_t parent = open.empty() ? 0 : open.back().second;
             const auto [entry, added] = known.try_emplace(
-                {node == root ? std::size_t(-1) : parent, node->Name().Id}, paths.Entries.size());
+                {open.empty() ? std::size_t(-1) : parent, node->Name().Id}, paths.Entries.size());
+            if (added && paths.Entries.size() == kMaxPaths)
+                return {};
             if (added)
                 paths.Entries.push_back({parent, node->LocalName()});
             if (node->FirstChildTag() != nullptr)
-                open[node] = entry->second;
+                open.emplace_back(node, entry->second);
         }
         return paths;
     }
@@ -254,7 +259,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     const auto schema = TSchemaSet::Load(schemaFile_);
     const TOtherVersions others(schemaFile_);
     const TXmlDocument& document = *file.Xml();
-    std::vector<TSchemaFault> faults = TSchemaValidator(*schema, &others).Validate(document);
+    auto [faults, further] = TSchemaValidator(*schema, &others).Judge(document, RoomForFindings());
     if (others.Approximated() && HasIntactSeal(ReadWholeFile(schemaFile_))) {
         std::set<std::string> doubtful;
         std::erase_if(faults, [&](const TSchemaFault& fault) {
@@ -281,14 +286,20 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     if (lote != nullptr && !faults.empty())
         guias.emplace(*lote);
     const auto shared = file.shared_from_this();
+    const TXmlNode* lastNode = nullptr; // many faults may be of one start tag, however long that is
+    std::string source;
     for (const TSchemaFault& fault : faults) {
+        if (fault.Node != lastNode || !fault.Found.empty()) {
+            source = fault.SrcText();
+            lastNode = fault.Found.empty() ? fault.Node : nullptr;
+        }
         std::string reason = fault.Code == TSchemaFaultCode::UnknownElement ? others.UnknownElement(fault)
                              : fault.Code == TSchemaFaultCode::NotInList    ? others.UnknownCode(fault)
                                                                          : TSchemaMessages::Sentence(fault);
         const IGuiaTiss* guia = guias.has_value() ? guias->ByNode(*fault.Node) : nullptr;
         const auto message = TLoteGuiasValidationMessage::CreateError(
             this, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
-            std::move(reason), fault.SrcText(), fault.Line, fault.LinePos, fault.FilePos);
+            std::move(reason), source, fault.Line, fault.LinePos, fault.FilePos);
         message->SetKind(KindOf(fault.Code));
         message->SetItem(FindingItem(*fault.Node));
         message->SetGroupKey(fault.GroupKey());
@@ -297,7 +308,8 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
             message->AddSolver(std::move(solver));
         AddMessage(message);
     }
-    if (ValidationMessages().empty())
+    AddUnkeptErrors(further);
+    if (FoundNothing())
         Success(
             nullptr,
             fmt::format("O XML está de acordo com o schema XSD da versão {} do componente de comunicação.",

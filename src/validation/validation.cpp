@@ -50,6 +50,29 @@ TValidationMessage& TValidation::Error(const TXmlNode* at, std::string text) {
     return Add(TMessageType::mtError, std::move(text), at);
 }
 
+void TValidation::LimitFindings(std::size_t kept) {
+    limit_ = kept;
+    for (const auto& child : validations_)
+        child->LimitFindings(kept);
+}
+
+void TValidation::AddMessage(std::shared_ptr<const TValidationMessage> message) {
+    foundInVisit_ = true;
+    const bool success = message->MsgType() == TMessageType::mtSuccess;
+    if (success || RoomForFindings() > 0) {
+        kept_ += success ? 0 : 1;
+        messages_.push_back(std::move(message));
+    } else {
+        unkept_.Add(message->MsgType());
+        lastUnkept_ = std::move(message);
+    }
+}
+
+void TValidation::AddUnkeptErrors(std::size_t count) {
+    foundInVisit_ = foundInVisit_ || count != 0;
+    unkept_.Add(TMessageType::mtError, count);
+}
+
 TValidationMessage& TValidation::Add(TMessageType type, std::string text, const TXmlNode* at) {
     const std::shared_ptr<TValidationMessage> message = NewMessage(type, std::move(text), TFindingPlace(at));
     if (at != nullptr && type != TMessageType::mtSuccess)

@@ -4,6 +4,7 @@
 #include "validation/identity.h"
 #include "validation/validation_message.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -25,8 +26,13 @@ struct TFindingPlace {
     std::int32_t FilePos = 0; ///< 0-based, in characters
 };
 
+/// How many findings of one rule a run keeps, over all its visits.
+inline constexpr std::size_t kFindingsKeptOfRule = 10'000;
+inline constexpr std::size_t kAllFindings = static_cast<std::size_t>(-1);
+
 /// Base of every rule and group of rules: a visitor of the loaded file that keeps the findings of its last
-/// visit. Its name and its children come from the table of rules, before any visit.
+/// visit, up to a limit of the whole run; what goes beyond is counted. Its name and its children come from
+/// the table of rules, before any visit.
 class TValidation : public IArquivoTissVisitor {
   public:
     TValidation() = default;
@@ -60,11 +66,18 @@ class TValidation : public IArquivoTissVisitor {
     void AddValidation(std::shared_ptr<TValidation> child) { validations_.push_back(std::move(child)); }
 
     const TValidationMessages& ValidationMessages() const { return messages_; }
+    /// The findings of all visits that were not kept.
+    const TMessageCounts& Unkept() const { return unkept_; }
+    /// Limits the findings kept of this rule and of each below it.
+    void LimitFindings(std::size_t kept);
     /// True once the rule has met a node of its kind.
     bool Validated() const { return validated_; }
 
   protected:
-    void ClearMessages() { messages_.clear(); }
+    void ClearMessages() {
+        messages_.clear();
+        foundInVisit_ = false;
+    }
     void MarkValidated() { validated_ = true; }
     /// What every visit begins with.
     void StartVisit() {
@@ -78,9 +91,13 @@ class TValidation : public IArquivoTissVisitor {
     TValidationMessage& Information(const TXmlNode* at, std::string text);
     TValidationMessage& Warning(const TXmlNode* at, std::string text);
     TValidationMessage& Error(const TXmlNode* at, std::string text);
-    void AddMessage(std::shared_ptr<const TValidationMessage> message) {
-        messages_.push_back(std::move(message));
-    }
+    void AddMessage(std::shared_ptr<const TValidationMessage> message);
+    /// Counts errors that no message was made of.
+    void AddUnkeptErrors(std::size_t count);
+    /// True as long as the visit has added nothing, be it kept or not.
+    bool FoundNothing() const { return !foundInVisit_; }
+    /// How many findings would still be kept.
+    std::size_t RoomForFindings() const { return limit_ - kept_; }
 
     /// The message that a finding of this rule becomes: families of rules say more of where it was.
     virtual std::shared_ptr<TValidationMessage> NewMessage(TMessageType type, std::string text,
@@ -102,6 +119,12 @@ class TValidation : public IArquivoTissVisitor {
     TValidationMessage& Add(TMessageType type, std::string text, const TXmlNode* at);
 
     TValidationMessages messages_;
+    std::size_t limit_ = kFindingsKeptOfRule;
+    std::size_t kept_ = 0; ///< of all visits, successes not counted
+    TMessageCounts unkept_;
+    /// The last one, which its rule may still give corrections.
+    std::shared_ptr<const TValidationMessage> lastUnkept_;
+    bool foundInVisit_ = false;
     std::vector<std::shared_ptr<TValidation>> validations_;
     bool validated_ = false;
     IValidationIdentity identity_;

@@ -5,6 +5,17 @@
 
 namespace conferix {
 
+namespace {
+
+void CollectUnkept(const TValidation& rule, std::vector<TUnkeptFindings>& unkept) {
+    if (rule.Unkept().Findings() != 0)
+        unkept.push_back({rule.Identity(), rule.Unkept()});
+    for (const auto& child : rule.Validations())
+        CollectUnkept(*child, unkept);
+}
+
+} // namespace
+
 TTissValidator::TTissValidator(std::shared_ptr<const IArquivoTiss> arquivo,
                                const std::filesystem::path& schemaFile,
                                const std::shared_ptr<ITussConnection>& tuss)
@@ -33,6 +44,18 @@ TValidationMessages TTissValidator::ValidateSchema(const IArquivoTiss& arquivo,
                                   NewRunContext(std::string(arquivo.Versao()), schemaFile, nullptr));
     arquivo.Accept(*rule);
     return rule->ValidationMessages();
+}
+
+void TTissValidator::LimitFindings(std::size_t keptOfRule) {
+    for (const auto& root : validations_)
+        root->LimitFindings(keptOfRule);
+}
+
+std::vector<TUnkeptFindings> TTissValidator::Unkept() const {
+    std::vector<TUnkeptFindings> unkept;
+    for (const auto& root : validations_)
+        CollectUnkept(*root, unkept);
+    return unkept;
 }
 
 std::vector<IValidationIdentity> TTissValidator::Validations(bool recursive) const {

@@ -9,6 +9,12 @@
 
 namespace conferix {
 
+/// The findings of a rule that were counted and not kept.
+struct TUnkeptFindings {
+    IValidationIdentity Rule;
+    TMessageCounts Counts;
+};
+
 /// Builds the rules of all kinds of file and runs those of the loaded one. Lives for one run; its messages
 /// and their corrections outlive it.
 class TTissValidator {
@@ -24,6 +30,11 @@ class TTissValidator {
     /// The findings of the schema rule alone. Raises what the rule does.
     static TValidationMessages ValidateSchema(const IArquivoTiss& arquivo,
                                               const std::filesystem::path& schemaFile);
+    /// Limits the findings that Validate keeps of each rule.
+    void LimitFindings(std::size_t keptOfRule);
+    /// What Validate found beyond them: the rules and the numbers of their findings, in the order of the
+    /// tree.
+    std::vector<TUnkeptFindings> Unkept() const;
 
     /// The root of each kind of file.
     const std::vector<std::shared_ptr<TValidation>>& Validations() const { return validations_; }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -13,6 +15,27 @@ struct TValidationIdentity;
 
 /// Severity of a message.
 enum class TMessageType : std::uint8_t { mtInformation, mtWarning, mtError, mtFatal, mtSuccess };
+
+/// Numbers of messages by severity.
+class TMessageCounts {
+  public:
+    std::size_t Of(TMessageType type) const { return counts_[static_cast<std::size_t>(type)]; }
+    void Add(TMessageType type, std::size_t count = 1) { counts_[static_cast<std::size_t>(type)] += count; }
+    TMessageCounts& operator+=(const TMessageCounts& other) {
+        for (std::size_t i = 0; i < counts_.size(); ++i)
+            counts_[i] += other.counts_[i];
+        return *this;
+    }
+
+    /// Errors, fatal ones included: what makes a file invalid.
+    std::size_t Failures() const { return Of(TMessageType::mtError) + Of(TMessageType::mtFatal); }
+    std::size_t Warnings() const { return Of(TMessageType::mtWarning); }
+    /// All but the successes.
+    std::size_t Findings() const { return Failures() + Warnings() + Of(TMessageType::mtInformation); }
+
+  private:
+    std::array<std::size_t, 5> counts_{};
+};
 
 /// What a finding speaks of.
 enum class TFindingKind : std::uint8_t {
@@ -70,6 +93,7 @@ class TXmlMessage {
     bool IsFailure() const { return type_ == TMessageType::mtError || type_ == TMessageType::mtFatal; }
     /// The rule that found it; null for a message that comes from no rule.
     const TValidationIdentity* Rule() const { return origin_.Rule.get(); }
+    const std::shared_ptr<const TValidationIdentity>& SharedRule() const { return origin_.Rule; }
     const std::string& NumeroGuia() const { return origin_.NumeroGuia; }
     const std::string& Campo() const { return origin_.Campo; }
     /// The text shown to the user: line, guide and field where they are known, a blank, reason.

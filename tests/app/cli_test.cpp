@@ -77,7 +77,8 @@ TEST_F(Cli, JsonTellsEverything) {
     EXPECT_EQ(first,
               json::parse(R"({"arquivo": ")" + File("acento.xml") + R"(", "xmlValido": true, "valido": true,
         "estado": ["sfAberto", "sfValidado", "sfValido"], "tipoArquivo": "taMensagemTISS",
-        "tipoTransacao": "tmEnvioLoteGuias", "versao": "4.01.00", "ocultas": 0, "mensagens": [
+        "tipoTransacao": "tmEnvioLoteGuias", "versao": "4.01.00", "erros": 0, "avisos": 0, "ocultas": 0, "naoListadas": 0,
+        "mensagens": [
         {"tipo": "mtInformation", "validacao": "tiss.mensagem.hash", "linha": 4, "coluna": 75, "posicao": 609, "guia": "",
          "campo": "", "origem": ")" +
                           hash + R"(", "exibida": true, "correcoes": [

@@ -1,3 +1,4 @@
+#include "app/config.h"
 #include "app/execute_solver.h"
 #include "app/unified_diff.h"
 #include "data/tuss_writer.h"
@@ -323,6 +324,39 @@ TEST_F(ExecuteSolverTest, CorrectAllTakesTheChosenCorrectionAndStops) {
     const TCommandResult result = Run({"corrigir", "-", "--todas", "--correcao", "3"}, kWrongHash);
     EXPECT_EQ(result.Out, *sanitized.Xml);
     EXPECT_THAT(Run({"corrigir", "-", "--todas"}, kWrongHash).Out, HasSubstr("JOS\xC9 <"));
+}
+
+TEST_F(ExecuteSolverTest, LimitsOfTheListsHideNoCorrectionAndNoCount) {
+    TConfig config;
+    config.SetDefaultInitialConfig();
+    const std::vector<std::string> enabled = config.EnabledValidations();
+    const auto result = [&]() -> const TValidateArgs& { return controller_.Events().OnValidate.Current(); };
+    controller_.Load("lote.xml", TTissFile::Read(ExampleFile("spsadt-3.05.00-valores-errados.xml")));
+    controller_.Validate(text_, enabled);
+    const TValidateArgs whole = result();
+    ASSERT_THAT(whole.Unlisted, IsEmpty());
+    ASSERT_GT(whole.Counts.Failures(), 4U);
+
+    controller_.SetFindingLimits({2, 3});
+    controller_.Validate(text_, enabled);
+    EXPECT_EQ(result().Counts.Failures(), whole.Counts.Failures());
+    EXPECT_EQ(result().Counts.Warnings(), whole.Counts.Warnings());
+    EXPECT_EQ(result().HiddenCount, whole.HiddenCount);
+    ASSERT_THAT(result().ValidationMessages, SizeIs(4));
+    EXPECT_THAT(result().ValidationMessages.back()->Reason(),
+                testing::StartsWith(fmt::format("Há mais {} mensagens, que não estão na lista: ",
+                                                whole.Counts.Findings() - 3)));
+    // A limit of nothing does not make a file valid, nor a rule that found something content.
+    controller_.SetFindingLimits({0, 0});
+    controller_.Validate(text_, enabled);
+    EXPECT_EQ(result().Counts.Failures(), whole.Counts.Failures());
+    EXPECT_TRUE(controller_.FileStateFlags().Contains(TFileStateFlag::sfInvalido));
+
+    const auto first = [](const auto&) { return 0; };
+    const TCorrectionResult limited = CorrectAll(controller_, text_, enabled, first);
+    controller_.SetFindingLimits({});
+    EXPECT_EQ(*limited.Xml, *CorrectAll(controller_, text_, enabled, first).Xml);
+    EXPECT_NE(*limited.Xml, *text_);
 }
 
 TEST(UnifiedDiffTest, ShowsChangesInTheirContext) {

@@ -493,6 +493,8 @@ int RunCli(const std::vector<std::string>& words, TCliStreams streams) {
     } catch (const EUsage& error) {
         context.Error(error.what());
         status = kExitUsage;
+    } catch (const std::bad_alloc&) {
+        context.Error(kOutOfMemory);
     } catch (const std::exception& error) { // files, folders, configuration: the text says which and why
         context.Error(error.what());
     }

@@ -43,11 +43,6 @@ TSolverChoice ChoiceOf(const TCorrigirOptions& options) {
     };
 }
 
-std::size_t CountFailures(const TXmlMessages& messages) {
-    return static_cast<std::size_t>(
-        std::count_if(messages.begin(), messages.end(), [](const auto& m) { return m->IsFailure(); }));
-}
-
 /// The name of a file whose name carries number and hash of its lot (20 digits, "_", 32 hexadecimal digits)
 /// with another hash; empty where it does not, or the hash is the same.
 std::filesystem::path NameWithHash(const std::filesystem::path& name, const std::string& hash) {
@@ -320,7 +315,7 @@ class TCorrection {
     void Summarize(const TCorrectionResult& result) const {
         ListChanges(result);
         const std::size_t corrections = result.Applied.size();
-        const std::size_t failures = CountFailures(Result().ValidationMessages);
+        const std::size_t failures = Result().Counts.Failures();
         if (!options_.Codificacao.empty())
             context_.Streams.Err << fmt::format("  codificação: {}\n", options_.Codificacao);
         context_.Streams.Err << fmt::format(

@@ -193,18 +193,18 @@ std::vector<TImportSource> FolderSources(const std::filesystem::path& folder) {
 std::vector<TImportSource> PackageSources(const std::filesystem::path& file,
                                           const std::filesystem::path& work) {
     const std::map<std::string, TPackageFolder> package = ReadSchemaPackage(file);
+    TPackageCompletion completion(package);
     std::vector<TImportSource> sources;
     for (const auto& [name, own] : package) {
-        TPackageFolder files = own;
-        for (const auto& [otherName, other] : package)
-            files.insert(other.begin(), other.end());
-        const std::filesystem::path folder = work / std::to_string(sources.size());
-        CreateFolder(folder);
-        for (const auto& [bare, content] : files)
-            WriteFileAtomically(folder / PathFromText(bare), content);
         std::vector<std::string> names;
         for (const auto& [bare, content] : own)
             names.push_back(bare);
+        if (MainSchemas(names).empty())
+            continue;
+        const std::filesystem::path folder = work / std::to_string(sources.size());
+        CreateFolder(folder);
+        for (const auto& [bare, content] : completion.Needed(own, file))
+            WriteFileAtomically(folder / PathFromText(bare), *content);
         sources.push_back({folder, MainSchemas(names)});
     }
     return sources;

@@ -20,6 +20,7 @@
 #include <atomic>
 #include <iterator>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <ostream>
 #include <set>
@@ -138,8 +139,7 @@ class TReporter {
         for (const auto& message : result.ValidationMessages)
             shown.insert(message.get());
         const TXmlMessages listed = todas_ ? Everything(result) : result.ValidationMessages;
-        return formato_ == "texto" ? Text(result, versao, listed, shown)
-                                   : Json(result, versao, listed, shown);
+        return formato_ == "texto" ? Text(result, versao, listed) : Json(result, versao, listed, shown);
     }
 
     /// The result of a file that could not be opened, so that it is missing in no list. `verified`: the
@@ -150,6 +150,7 @@ class TReporter {
         result.FileName = fileName;
         result.Verified = verified;
         result.AllMessages = {failure};
+        result.Counts.Add(failure->MsgType());
         result.ValidationMessages = {std::move(failure)};
         return Report(result, {});
     }
@@ -174,12 +175,10 @@ class TReporter {
         for (std::size_t number = 0; number < groups.size(); ++number)
             for (const std::size_t index : groups[number].Messages)
                 groupOf[index] = number + 1;
-        TJson messages = TJson::array();
-        for (std::size_t i = 0; i < listed.size(); ++i) {
-            messages.push_back(MessageJson(*listed[i], shown.count(listed[i].get()) != 0));
-            messages.back()["grupo"] = groupOf[i];
-        }
         const IArquivoTiss* file = result.ArquivoTiss.get();
+        std::size_t unlisted = 0;
+        for (const TUnkeptFindings& of : result.Unlisted)
+            unlisted += of.Counts.Findings();
         const TJson json = {
             {"arquivo", result.FileName},
             {"xmlValido", result.ValidXml},
@@ -188,9 +187,19 @@ class TReporter {
             {"tipoArquivo", file != nullptr ? NameOf(file->TipoArquivo()) : std::string_view{}},
             {"tipoTransacao", file != nullptr ? NameOf(file->TipoTransacao()) : std::string_view{}},
             {"versao", versao},
-            {"ocultas", result.HiddenMessages.size()},
-            {"mensagens", std::move(messages)}};
-        return JsonText(json, formato_ == "ndjson" ? -1 : 2);
+            {"erros", result.Counts.Failures()},
+            {"avisos", result.Counts.Warnings()},
+            {"ocultas", result.HiddenCount},
+            {"naoListadas", unlisted},
+            {"mensagens", TJson::array()}};
+        // The list goes in message by message: all of them as one value would take many times their text.
+        TJsonList list(JsonText(json, formato_ == "ndjson" ? -1 : 2), formato_ == "ndjson" ? -1 : 2);
+        for (std::size_t i = 0; i < listed.size(); ++i) {
+            TJson message = MessageJson(*listed[i], shown.count(listed[i].get()) != 0);
+            message["grupo"] = groupOf[i];
+            list.Add(message);
+        }
+        return list.Take();
     }
 
     static std::string Kind(const TValidateArgs& result, const std::string& versao) {
@@ -202,17 +211,11 @@ class TReporter {
                            versao.empty() ? "versão não informada" : "versão " + Visible(versao));
     }
 
-    std::string Text(const TValidateArgs& result, const std::string& versao, const TXmlMessages& listed,
-                     const std::unordered_set<const TXmlMessage*>& shown) const {
+    std::string Text(const TValidateArgs& result, const std::string& versao,
+                     const TXmlMessages& listed) const {
         std::string text = palette_.Bold(Visible(result.FileName)) + '\n' + Kind(result, versao);
-        std::size_t errors = 0;
-        std::size_t warnings = 0;
-        for (const auto& message : listed) {
-            if (shown.count(message.get()) == 0)
-                continue;
-            errors += message->IsFailure() ? 1U : 0U;
-            warnings += message->MsgType() == TMessageType::mtWarning ? 1U : 0U;
-        }
+        const std::size_t errors = result.Counts.Failures();
+        const std::size_t warnings = result.Counts.Warnings();
         const std::vector<TMessageGroup> groups =
             detalhar_ ? Ungrouped(listed.size()) : GroupMessages(listed);
         for (const TMessageGroup& group : groups) {
@@ -314,6 +317,8 @@ TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, 
         unreadable("o arquivo não existe");
     } catch (const EFileNotRead& error) {
         unreadable(error.Reason());
+    } catch (const std::bad_alloc&) {
+        unreadable(kOutOfMemory);
     } catch (const EXmlEncoding& error) {
         report.Status = kExitInvalid;
         report.Text = reporter.ReportFailure(name, error.Message(), true);

@@ -46,4 +46,36 @@ std::string JsonText(const TJson& json, int indent) {
     return json.dump(indent, ' ', false, TJson::error_handler_t::replace);
 }
 
+TJsonList::TJsonList(std::string object, int indent) : text_(std::move(object)), indent_(indent) {
+    // "[]" and the brace that closes the object, in its own line where there are lines.
+    end_ = text_.substr(text_.rfind("[]") + 1);
+    text_.resize(text_.size() - end_.size());
+}
+
+void TJsonList::Add(const TJson& value) {
+    if (!empty_)
+        text_ += ',';
+    empty_ = false;
+    const std::string piece = JsonText(value, indent_);
+    if (indent_ < 0) {
+        text_ += piece;
+        return;
+    }
+    // Line breaks inside of texts are escaped, so that these are all.
+    const std::string margin(static_cast<std::size_t>(2 * indent_), ' ');
+    text_ += '\n' + margin;
+    for (const char c : piece) {
+        text_ += c;
+        if (c == '\n')
+            text_ += margin;
+    }
+}
+
+std::string TJsonList::Take() {
+    if (!empty_ && indent_ >= 0)
+        text_ += '\n' + std::string(static_cast<std::size_t>(indent_), ' ');
+    text_ += end_;
+    return std::move(text_);
+}
+
 } // namespace conferix

@@ -21,6 +21,22 @@ std::string JsonText(const TJson& json, int indent = 2);
 /// The verdict of a validation: true, false, or null where the file could not be judged.
 TJson VerdictJson(const TValidateArgs& result);
 
+/// The text of a JSON object whose last member is an empty array, to which values are added one by one.
+class TJsonList {
+  public:
+    /// `object`: as JsonText gives it with that indentation.
+    TJsonList(std::string object, int indent);
+    void Add(const TJson& value);
+    /// The whole text, once.
+    std::string Take();
+
+  private:
+    std::string text_;
+    std::string end_; ///< what follows the values
+    int indent_;
+    bool empty_ = true;
+};
+
 /// A correction that was applied or left out: rule, place, element, values, and why it was left out.
 TJson CorrectionJson(const TCorrectionRecord& record);
 

@@ -4,7 +4,9 @@
 #include "xml/xml_document.h"
 #include "xml/xml_node.h"
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <string_view>
 
 namespace conferix {
@@ -32,6 +34,39 @@ std::uint64_t TSchemaFault::GroupKey() const {
     for (const std::string& name : Expected)
         key.append(1, '\n').append(name);
     return std::hash<std::string>()(key) | 1U;
+}
+
+TSchemaFault& TSchemaFaultList::Add(TSchemaFault fault) {
+    if (latest_.size() > limit_) {
+        if (latest_.front().FilePos < firstLeftOut_)
+            earlier_.push_back(std::move(latest_.front()));
+        else
+            ++further_;
+        latest_.pop_front();
+        if (earlier_.size() / 2 > limit_)
+            KeepFirst();
+    }
+    return latest_.emplace_back(std::move(fault));
+}
+
+void TSchemaFaultList::KeepFirst() {
+    const auto before = [](const TSchemaFault& left, const TSchemaFault& right) {
+        return left.FilePos < right.FilePos;
+    };
+    if (!std::is_sorted(earlier_.begin(), earlier_.end(), before))
+        std::stable_sort(earlier_.begin(), earlier_.end(), before);
+    if (earlier_.size() <= limit_)
+        return;
+    firstLeftOut_ = earlier_[limit_].FilePos;
+    further_ += earlier_.size() - limit_;
+    earlier_.resize(limit_);
+}
+
+std::pair<std::vector<TSchemaFault>, std::size_t> TSchemaFaultList::Take() {
+    std::move(latest_.begin(), latest_.end(), std::back_inserter(earlier_));
+    latest_.clear();
+    KeepFirst();
+    return {std::move(earlier_), further_};
 }
 
 } // namespace conferix

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <deque>
+#include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -106,6 +110,33 @@ struct TSchemaFault {
     /// A number that faults of one cause share: of one kind at one element, where a code is at fault of one
     /// code; never 0.
     std::uint64_t GroupKey() const;
+};
+
+/// The faults of a document as they are found, which is nearly in the order of their places. Of more than are
+/// asked for, the first of the document stay and the others are counted.
+class TSchemaFaultList {
+  public:
+    static constexpr std::size_t kAll = static_cast<std::size_t>(-1);
+
+    explicit TSchemaFaultList(std::size_t limit) : limit_(limit) {}
+
+    /// The added fault stays in its place until the next one is added.
+    TSchemaFault& Add(TSchemaFault fault);
+    /// The latest faults, as many as are asked for, in the order in which they were found; one that is better
+    /// explained by another may be taken out again.
+    std::deque<TSchemaFault>& Latest() { return latest_; }
+    /// The first faults in the order of their places, and how many more there were.
+    std::pair<std::vector<TSchemaFault>, std::size_t> Take();
+
+  private:
+    void KeepFirst();
+
+    std::size_t limit_;
+    std::deque<TSchemaFault> latest_;
+    std::vector<TSchemaFault> earlier_; ///< the first ones among those before the latest
+    std::int32_t firstLeftOut_ =
+        std::numeric_limits<std::int32_t>::max(); ///< place from which on none is kept
+    std::size_t further_ = 0;
 };
 
 } // namespace conferix

@@ -49,7 +49,41 @@ std::optional<TVersionedName> SplitVersion(std::string_view name) {
     return TVersionedName{name.substr(0, mark + 1), version};
 }
 
+/// The name at the end of a location, whatever path or address stands before it; empty for none.
+std::string_view BareName(std::string_view location) {
+    location = TrimXmlSpace(location);
+    if (const std::size_t slash = location.find_last_of("/\\"); slash != std::string_view::npos)
+        location.remove_prefix(slash + 1);
+    if (location == "." || location == ".." || location.find('\0') != std::string_view::npos)
+        return {};
+    return location;
+}
+
 } // namespace
+
+std::vector<std::string> ReferencedSchemas(const std::string& bytes) {
+    std::vector<std::string> names;
+    std::shared_ptr<TXmlDocument> document;
+    try {
+        document = TXmlParser::Parse(DecodeXml(bytes).Text, TXmlDoctype::Ignored).Document;
+    } catch (const EXmlEncoding&) {
+        return names;
+    }
+    if (document == nullptr)
+        return names;
+    for (const TXmlNode& node : document->Element()->ChildTags())
+        if (node.LocalName() == "include" || node.LocalName() == "import")
+            if (const TXmlAttribute* location = node.Attribute("schemaLocation"))
+                if (const std::string_view name = BareName(location->Value()); !name.empty())
+                    names.emplace_back(name);
+    return names;
+}
+
+std::string StandInForSchema(std::string_view fileName, std::string_view mainFileName) {
+    const auto split = SplitVersion(fileName);
+    const auto main = SplitVersion(mainFileName);
+    return split && main ? std::string(split->Stem) + std::string(main->Version) + ".xsd" : std::string();
+}
 
 ESchemaInvalido::ESchemaInvalido(const std::string& file, std::int32_t line, const std::string& reason)
     : std::runtime_error("Esquema " + file + (line > 0 ? ", linha " + std::to_string(line) : std::string()) +
@@ -135,9 +169,7 @@ void TSchemaFile::Fail(const TXmlNode& node, const std::string& reason) const {
 }
 
 TSchemaFiles::TSchemaFiles(const std::filesystem::path& mainFile) : folder_(mainFile.parent_path()) {
-    const std::string name = FileName(mainFile);
-    if (const auto split = SplitVersion(name))
-        mainVersion_ = split->Version;
+    mainName_ = FileName(mainFile);
     Add(mainFile);
     // The list grows while it is read; each file stands in it once, so circles end.
     for (std::size_t i = 0; i < files_.size(); ++i) {
@@ -183,11 +215,8 @@ const TSchemaFile& TSchemaFiles::Add(const std::filesystem::path& path) {
 /// The file of the folder that a location means, whatever path or address it writes before the name. One
 /// that was never published stands for the file of the main schema's own version; empty when there is none.
 std::filesystem::path TSchemaFiles::Locate(std::string_view location) const {
-    location = TrimXmlSpace(location);
-    if (const std::size_t slash = location.find_last_of("/\\"); slash != std::string_view::npos)
-        location.remove_prefix(slash + 1);
-    if (location.empty() || location == "." || location == ".." ||
-        location.find('\0') != std::string_view::npos)
+    location = BareName(location);
+    if (location.empty())
         return {};
     const auto inFolder = [this](std::string_view name) {
         return folder_ / std::filesystem::path(std::u8string(name.begin(), name.end()));
@@ -195,11 +224,9 @@ std::filesystem::path TSchemaFiles::Locate(std::string_view location) const {
     std::error_code error;
     if (auto path = inFolder(location); std::filesystem::exists(path, error))
         return path;
-    if (const auto split = SplitVersion(location); split && !mainVersion_.empty()) {
-        auto path = inFolder(std::string(split->Stem) + mainVersion_ + ".xsd");
-        if (std::filesystem::exists(path, error))
+    if (const std::string standIn = StandInForSchema(location, mainName_); !standIn.empty())
+        if (auto path = inFolder(standIn); std::filesystem::exists(path, error))
             return path;
-    }
     return {};
 }
 

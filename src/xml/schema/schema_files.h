@@ -59,6 +59,14 @@ class TSchemaFile {
     std::unordered_map<const TXmlNode*, std::map<std::string_view, std::string_view>> declarations_;
 };
 
+/// Names of the files that the bytes of a schema file include or import; none for bytes that are no schema.
+std::vector<std::string> ReferencedSchemas(const std::string& bytes);
+
+/// The file that stands for one that was never published, in a set whose main file has that name:
+/// "tissSimpleTypesV4_01_00.xsd" for that of V4_01_01 where the main file is of V4_01_00. Empty when there is
+/// none.
+std::string StandInForSchema(std::string_view fileName, std::string_view mainFileName);
+
 /// The main schema file and everything that it includes and imports, in the order in which they are met.
 /// Only files of the main one's folder are read.
 class TSchemaFiles {
@@ -73,7 +81,7 @@ class TSchemaFiles {
     std::filesystem::path Locate(std::string_view location) const;
 
     std::filesystem::path folder_;
-    std::string mainVersion_;
+    std::string mainName_;
     std::vector<std::unique_ptr<TSchemaFile>> files_;
 };
 

@@ -11,6 +11,9 @@ namespace {
 
 /// Nesting of declarations and length of derivation chains; the deepest published ones reach about twenty.
 constexpr int kMaxDepth = 100;
+constexpr std::size_t kMaxAttributes = 1000;
+/// Of all types: places, ways between them and attributes. The published schemas take some ten thousands.
+constexpr std::size_t kMaxWork = 5'000'000;
 
 std::string Quoted(std::string_view name) {
     return "\"" + std::string(name) + "\"";
@@ -395,6 +398,8 @@ void TSchemaReader::CompileComplexContent(TSchemaComplexType& type, const TSchem
     type.Attributes = base->Attributes;
     TParticlePtr own = ReadBody(type, file, step, depth);
     const TParticlePtr& first = particles_[base];
+    if (own != nullptr && own->Kind == TSchemaParticle::TKind::Sequence && own->Children.empty())
+        own = nullptr;
     if (first != nullptr && own != nullptr) {
         auto joined = std::make_shared<TSchemaParticle>();
         joined->Children = {first, own};
@@ -429,6 +434,10 @@ void TSchemaReader::FinishContent(TSchemaComplexType& type, const TSchemaFile& f
         file.Fail(node,
                   (type.Name.empty() ? std::string() : "tipo " + Quoted(type.Name) + ": ") + error.what());
     }
+    // An extension repeats what it goes on from, and so may grow with each step.
+    work_ += type.Automaton.Positions.size() + type.Automaton.EdgeTargets.size() + type.Attributes.size();
+    if (work_ > kMaxWork)
+        file.Fail(node, "os tipos do esquema, juntos, são complexos demais");
     type.Content = mixed                              ? TSchemaContent::Mixed
                    : type.Automaton.Positions.empty() ? TSchemaContent::Empty
                                                       : TSchemaContent::ElementOnly;
@@ -478,8 +487,15 @@ TSchemaReader::TParticlePtr TSchemaReader::ReadParticle(const TSchemaFile& file,
         Unsupported(file, node);
     CheckAttributes(file, node, {"minOccurs", "maxOccurs"});
     particle->Kind = kind == "sequence" ? TKind::Sequence : kind == "choice" ? TKind::Choice : TKind::All;
-    for (const TXmlNode* child : Declarations(file, node))
-        particle->Children.push_back(ReadParticle(file, *child, depth + 1));
+    bool emptyBranch = false;
+    for (const TXmlNode* child : Declarations(file, node)) {
+        TParticlePtr part = ReadParticle(file, *child, depth + 1);
+        // Empty groups say nothing, but for the one that makes a choice optional.
+        const bool empty = part->Kind == TKind::Sequence && part->Children.empty();
+        if (!empty || (particle->Kind == TKind::Choice && !emptyBranch))
+            particle->Children.push_back(std::move(part));
+        emptyBranch = emptyBranch || empty;
+    }
     if (particle->Kind == TKind::Choice && particle->Children.empty())
         file.Fail(node, "<choice> vazio");
     return particle;
@@ -570,6 +586,8 @@ void TSchemaReader::ReadAttribute(TSchemaComplexType& type, const TSchemaFile& f
     if (!use.empty() && use != "required" && use != "optional")
         file.Fail(node, "use=" + Quoted(use) + " não é suportado");
     attribute.Required = use == "required";
+    if (type.Attributes.size() >= kMaxAttributes)
+        file.Fail(node, "o tipo tem atributos demais");
     for (const TSchemaAttribute& other : type.Attributes)
         if (other.Name == attribute.Name)
             file.Fail(node, "o atributo " + Quoted(attribute.Name) + " é declarado duas vezes");

@@ -103,6 +103,7 @@ class TSchemaReader {
     /// The particles of complex types, from which extensions go on.
     std::unordered_map<const TSchemaComplexType*, TParticlePtr> particles_;
     std::unordered_map<const TSchemaComplexType*, TComplexEntry*> entries_;
+    std::size_t work_ = 0; ///< size of what was compiled
 };
 
 } // namespace conferix

@@ -117,7 +117,7 @@ struct TContent {
 
 class TContentRecovery {
   public:
-    TContentRecovery(TSchemaRecovery& owner, const TContent& content, std::vector<TSchemaFault>& faults)
+    TContentRecovery(TSchemaRecovery& owner, const TContent& content, TSchemaFaultList& faults)
         : owner_(owner), content_(content), automaton_(content.Type.Automaton),
           distances_(owner.DistancesOf(automaton_)), children_(content.Children), faults_(faults),
           decisions_(content.Children.size()) {}
@@ -336,7 +336,7 @@ class TContentRecovery {
     }
 
     TSchemaFault& Add(TSchemaFaultCode code, const TXmlNode& node, std::string_view name) {
-        TSchemaFault& fault = faults_.emplace_back(MakeSchemaFault(code, node));
+        TSchemaFault& fault = faults_.Add(MakeSchemaFault(code, node));
         fault.Name = name;
         fault.Parent = content_.ParentName;
         return fault;
@@ -535,8 +535,9 @@ class TContentRecovery {
 
     /// Takes back that a child is missing in an element.
     void RemoveMissing(const TXmlNode& element, const std::string& name) {
-        for (std::size_t i = faults_.size(); i > 0 && faults_[i - 1].FilePos >= element.FilePos(); --i) {
-            TSchemaFault& fault = faults_[i - 1];
+        auto& faults = faults_.Latest();
+        for (std::size_t i = faults.size(); i > 0 && faults[i - 1].FilePos >= element.FilePos(); --i) {
+            TSchemaFault& fault = faults[i - 1];
             if (fault.Node != &element && (fault.Node == nullptr || fault.Node->Parent() != &element))
                 continue;
             const bool lists = fault.Code == TSchemaFaultCode::MissingSeveral ||
@@ -548,7 +549,7 @@ class TContentRecovery {
                 continue;
             std::erase(fault.Expected, name);
             if (fault.Code != TSchemaFaultCode::MissingSeveral) {
-                faults_.erase(faults_.begin() + static_cast<std::ptrdiff_t>(i - 1));
+                faults.erase(faults.begin() + static_cast<std::ptrdiff_t>(i - 1));
             } else if (fault.Expected.size() == 1) {
                 fault.Code = TSchemaFaultCode::MissingElement;
                 fault.Name = fault.Expected.front();
@@ -767,8 +768,7 @@ class TContentRecovery {
     std::vector<std::uint32_t> ExpectedOfAll() const {
         std::vector<std::uint32_t> expected;
         for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
-            if (std::none_of(items_.begin(), items_.end(),
-                             [p](const TItem& item) { return item.Position == p; }))
+            if (placed_.count(p) == 0)
                 expected.push_back(p);
         return expected;
     }
@@ -842,7 +842,7 @@ class TContentRecovery {
     const TSchemaAutomaton& automaton_;
     TSchemaDistances& distances_;
     std::span<const TSchemaChild> children_;
-    std::vector<TSchemaFault>& faults_;
+    TSchemaFaultList& faults_;
     std::vector<TSchemaDecision> decisions_;
     std::vector<TItem> items_;
     std::vector<TMissing> missing_;
@@ -902,7 +902,7 @@ std::vector<TSchemaDecision> TSchemaRecovery::Recover(const TSchemaComplexType& 
                                                       std::span<const TSchemaChild> children,
                                                       std::optional<std::uint32_t> forgiven,
                                                       const TSchemaComplexType* outer,
-                                                      std::vector<TSchemaFault>& faults) {
+                                                      TSchemaFaultList& faults) {
     return TContentRecovery(*this, {type, parent.LocalName(), parent, children, forgiven, outer}, faults)
         .Run();
 }

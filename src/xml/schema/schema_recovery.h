@@ -110,7 +110,7 @@ class TSchemaRecovery {
     std::vector<TSchemaDecision> Recover(const TSchemaComplexType& type, const TXmlNode& parent,
                                          std::span<const TSchemaChild> children,
                                          std::optional<std::uint32_t> forgiven,
-                                         const TSchemaComplexType* outer, std::vector<TSchemaFault>& faults);
+                                         const TSchemaComplexType* outer, TSchemaFaultList& faults);
 
     /// True when content that has an element at a position is right without it too.
     bool CanGo(const TSchemaAutomaton& automaton, std::uint32_t position);

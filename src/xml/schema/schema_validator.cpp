@@ -48,16 +48,18 @@ bool IsBlank(std::string_view text) {
 
 class TValidation {
   public:
-    TValidation(const TSchemaSet& set, const ISchemaOtherVersions* others, const TXmlDocument& document)
-        : set_(set), document_(document), scopes_(set, document.NameCount()), recovery_(set, others) {}
+    TValidation(const TSchemaSet& set, const ISchemaOtherVersions* others, const TXmlDocument& document,
+                std::size_t limit)
+        : set_(set), document_(document), scopes_(set, document.NameCount()), recovery_(set, others),
+          faults_(limit) {}
 
-    std::vector<TSchemaFault> Run() {
+    TSchemaVerdict Run() {
         if (const TXmlNode* root = document_.Element())
             VisitRoot(*root);
         while (!frames_.empty())
             Advance();
-        Sort();
-        return std::move(faults_);
+        auto [faults, further] = faults_.Take();
+        return {std::move(faults), further};
     }
 
   private:
@@ -254,15 +256,20 @@ class TValidation {
             scopes_.Leave(mark);
         }
         const std::size_t around = frames_.size() - 1; // the frame is the innermost
-        const std::size_t first = faults_.size();
         decisions_.push_back(recovery_.Recover(*frame.Type, *frame.Node, children, frame.Forgiven,
                                                around > 0 ? frames_[around - 1].Type : nullptr, faults_));
         frame.Explained = true;
         if (around == 0 || !children.empty() || !IsBlank(frame.Node->TextWithCData()))
             return;
         if (CanGo(frames_[around - 1], decisions_.size() - 1))
-            for (std::size_t i = first; i < faults_.size(); ++i)
-                faults_[i].Remedy = TSchemaRemedy::Remove;
+            for (auto fault = faults_.Latest().rbegin();
+                 fault != faults_.Latest().rend() && fault->Node == frame.Node && IsMissing(fault->Code); ++fault)
+                fault->Remedy = TSchemaRemedy::Remove;
+    }
+
+    static bool IsMissing(TSchemaFaultCode code) {
+        return code == TSchemaFaultCode::MissingElement || code == TSchemaFaultCode::MissingSeveral ||
+               code == TSchemaFaultCode::MissingChoice;
     }
 
     /// True when a frame's content is right without the child that is being judged, which holds nothing.
@@ -520,7 +527,7 @@ class TValidation {
     // ---- reporting
 
     TSchemaFault& Add(TSchemaFaultCode code, const TXmlNode& node, const TXmlAttribute* attribute = nullptr) {
-        TSchemaFault& fault = faults_.emplace_back(MakeSchemaFault(code, node));
+        TSchemaFault& fault = faults_.Add(MakeSchemaFault(code, node));
         fault.Attribute = attribute;
         const TXmlNode* parent = attribute != nullptr ? &node : node.Parent();
         fault.Name = attribute != nullptr ? attribute->Name().Local : node.LocalName();
@@ -572,22 +579,13 @@ class TValidation {
         fault.Similar = likely.Similar;
     }
 
-    /// Faults of a parent's content are found only when some of its children were judged already.
-    void Sort() {
-        const auto before = [](const TSchemaFault& left, const TSchemaFault& right) {
-            return left.FilePos < right.FilePos;
-        };
-        if (!std::is_sorted(faults_.begin(), faults_.end(), before))
-            std::stable_sort(faults_.begin(), faults_.end(), before);
-    }
-
     const TSchemaSet& set_;
     const TXmlDocument& document_;
     TSchemaScopes scopes_;
     TSchemaRecovery recovery_;
     std::vector<TFrame> frames_;
     std::vector<std::vector<TSchemaDecision>> decisions_; ///< of the explained frames, innermost last
-    std::vector<TSchemaFault> faults_;
+    TSchemaFaultList faults_; ///< those of a parent's content come after those of its first children
     std::set<std::string, std::less<>> undeclared_;
     std::unordered_set<std::string> ids_;
     /// What was found for wrong codes before.
@@ -597,7 +595,11 @@ class TValidation {
 } // namespace
 
 std::vector<TSchemaFault> TSchemaValidator::Validate(const TXmlDocument& document) const {
-    return TValidation(set_, others_, document).Run();
+    return Judge(document, TSchemaFaultList::kAll).Faults;
+}
+
+TSchemaVerdict TSchemaValidator::Judge(const TXmlDocument& document, std::size_t limit) const {
+    return TValidation(set_, others_, document, limit).Run();
 }
 
 } // namespace conferix

@@ -9,6 +9,12 @@
 
 namespace conferix {
 
+/// The faults of a document.
+struct TSchemaVerdict {
+    std::vector<TSchemaFault> Faults; ///< in document order
+    std::size_t Further = 0;          ///< number of those after them, which were not kept
+};
+
 /// Judges documents by a schema set. Holds no state of a document, so that one validator may serve several
 /// threads, each with documents of its own. The set must outlive it.
 class TSchemaValidator {
@@ -21,6 +27,8 @@ class TSchemaValidator {
     /// after a fault, that of misnamed elements by what was meant; only the content of unknown elements is
     /// left out. The faults point into the document.
     std::vector<TSchemaFault> Validate(const TXmlDocument& document) const;
+    /// The same, of which the first `limit` faults are kept.
+    TSchemaVerdict Judge(const TXmlDocument& document, std::size_t limit) const;
 
   private:
     const TSchemaSet& set_;

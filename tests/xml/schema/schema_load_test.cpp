@@ -38,6 +38,40 @@ TEST(TSchemaLoad, DeepDeclarationsAreRefused) {
                   "Esquema teste.xsd, linha 2: declarações aninhadas ou derivadas fundo demais");
 }
 
+/// Types of which each goes on from the one before it, in the order of their names.
+std::string Extensions(int types, const std::string& body) {
+    std::string chain = "<xs:complexType name='c100000'><xs:sequence><xs:element name='e'/></xs:sequence>"
+                        "</xs:complexType>";
+    for (int i = 100'001; i < 100'000 + types; ++i)
+        chain += fmt::format("<xs:complexType name='c{}'><xs:complexContent><xs:extension base='t:c{}'>{}"
+                             "</xs:extension></xs:complexContent></xs:complexType>",
+                             i, i - 1, body);
+    return chain;
+}
+
+TEST(TSchemaLoad, TypesThatRepeatOneAnotherAreBounded) {
+    const std::string empty = "<xs:sequence>" + Repeated("<xs:sequence/>", 3) + "</xs:sequence>";
+    EXPECT_THAT(
+        Sentences(*LoadDeclarations(Extensions(20'000, empty) + "<xs:element name='r' type='t:c119999'/>"),
+                  "<r xmlns='urn:t'><e/></r>"),
+        IsEmpty());
+    EXPECT_THAT(
+        Sentences(*LoadDeclarations("<xs:element name='r'><xs:complexType><xs:choice><xs:element name='e'/>"
+                                    "<xs:sequence/><xs:sequence/></xs:choice></xs:complexType></xs:element>"),
+                  "<r xmlns='urn:t'/>"),
+        IsEmpty());
+    std::string attributes;
+    for (int i = 0; i < 1001; ++i)
+        attributes += "<xs:attribute name='a" + std::to_string(i) + "' type='xs:string'/>";
+    const std::pair<std::string, const char*> refused[] = {
+        {Extensions(4'000, "<xs:sequence><xs:element name='f'/></xs:sequence>"),
+         "os tipos do esquema, juntos, são complexos demais"},
+        {Extensions(2, attributes), "o tipo tem atributos demais"}};
+    for (const auto& [declarations, reason] : refused)
+        EXPECT_EQ(TextOf<ESchemaInvalido>([&] { LoadDeclarations(declarations); }),
+                  std::string("Esquema teste.xsd, linha 2: ") + reason);
+}
+
 TEST(TSchemaLoad, FilesAreTakenTogetherOrRefused) {
     for (const tests::TCase& c : tests::Cases("xml/schema/cases/files.txt")) {
         const TTemporaryFolder folder;

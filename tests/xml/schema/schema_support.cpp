@@ -38,6 +38,15 @@ std::vector<std::string> Sentences(const TSchemaSet& set, std::string_view text)
     if (const auto document = Parsed(std::string(text)))
         for (const TSchemaFault& fault : TSchemaValidator(set).Validate(*document))
             sentences.push_back(std::to_string(fault.Line) + ": " + TSchemaMessages::Sentence(fault));
+    // The first few are those of all, and the others are counted.
+    constexpr std::size_t kFew = 5;
+    if (const auto document = Parsed(std::string(text))) {
+        const auto [few, further] = TSchemaValidator(set).Judge(*document, kFew);
+        EXPECT_EQ(few.size(), std::min(kFew, sentences.size()));
+        EXPECT_EQ(few.size() + further, sentences.size());
+        for (std::size_t i = 0; i < few.size(); ++i)
+            EXPECT_EQ(std::to_string(few[i].Line) + ": " + TSchemaMessages::Sentence(few[i]), sentences[i]);
+    }
     return sentences;
 }
 
