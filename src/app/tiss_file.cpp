@@ -9,10 +9,11 @@ TTissFile TTissFile::Read(const std::filesystem::path& file) {
     return TTissFile(ReadWholeFile(file));
 }
 
-TTissFile::TTissFile(std::string bytes) : bytes_(std::make_shared<const std::string>(std::move(bytes))) {
-    TXmlText decoded = DecodeXml(*bytes_);
+TTissFile::TTissFile(std::string bytes) {
+    TXmlText decoded = TakeXml(bytes);
     encoding_ = std::move(decoded.Encoding);
-    text_ = decoded.Text == *bytes_ ? bytes_ : std::make_shared<const std::string>(std::move(decoded.Text));
+    text_ = std::make_shared<const std::string>(std::move(decoded.Text));
+    bytes_ = bytes.empty() ? text_ : std::make_shared<const std::string>(std::move(bytes));
 }
 
 TTissFile TTissFile::WithText(std::shared_ptr<const std::string> text) const {

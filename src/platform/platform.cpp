@@ -1,11 +1,14 @@
 #include "platform/platform.h"
 
 #include "platform/format_settings.h"
+#include "platform/large_pages.h"
+#include "platform/shared_library.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <optional>
 #include <utility>
@@ -23,10 +26,12 @@
 #include <io.h>
 #include <process.h>
 #else
+#include <dlfcn.h>
 #include <langinfo.h>
 #include <locale.h>
 #include <pwd.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <unistd.h>
 #if defined(__APPLE__)
 #include <mach-o/dyld.h>
@@ -390,7 +395,11 @@ std::string ReadAll(const fs::path& file, std::uintmax_t limit) {
         throw EFileNotRead(file, TooLargeText(limit));
     }
     // One byte more than expected, so that the end of the file shows in the second call.
-    std::string content(expected > 0 ? static_cast<std::size_t>(expected) + 1 : kFirstBlock, '\0');
+    const std::size_t first = expected > 0 ? static_cast<std::size_t>(expected) + 1 : kFirstBlock;
+    std::string content;
+    content.reserve(first);
+    PreferLargePages(content.data(), content.capacity());
+    content.resize(first);
     std::size_t filled = 0;
     for (;;) {
         if (filled == content.size()) {
@@ -440,6 +449,40 @@ fs::path UserDataFolder() {
 }
 
 } // namespace
+
+void PreferLargePages(void* memory, std::size_t size) {
+#if defined(__linux__)
+    void* start = memory;
+    if (std::align(kLargePage, kLargePage, start, size) != nullptr) {
+        ::madvise(start, size / kLargePage * kLargePage, MADV_HUGEPAGE); // a wish: failing changes nothing
+    }
+#else
+    static_cast<void>(memory);
+    static_cast<void>(size);
+#endif
+}
+
+TSharedLibrary::TSharedLibrary(const std::string& fileName) {
+#if defined(_WIN32)
+    handle_ = LoadLibraryW(PathFromText(fileName).c_str());
+    if (handle_ == nullptr) {
+        reason_ = ReasonText({static_cast<int>(GetLastError()), std::system_category()});
+    }
+#else
+    handle_ = ::dlopen(fileName.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    if (handle_ == nullptr) {
+        reason_ = ::dlerror();
+    }
+#endif
+}
+
+void* TSharedLibrary::Find(const char* function) const {
+#if defined(_WIN32)
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_), function));
+#else
+    return ::dlsym(handle_, function);
+#endif
+}
 
 TFileLock::TFileLock(const fs::path& file, bool wait) {
     try {

@@ -14,7 +14,6 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
-#include <cstring>
 
 namespace conferix {
 
@@ -53,20 +52,6 @@ class TConverter {
   private:
     UConverter* converter_ = nullptr;
 };
-
-/// Offset of the first byte that is not ASCII; the size of the text when all are. Eight bytes at a time.
-std::size_t FindNonAscii(std::string_view text) {
-    constexpr std::uint64_t kHighBits = 0x8080808080808080U;
-    std::size_t at = 0;
-    for (std::uint64_t bytes = 0; at + sizeof bytes <= text.size(); at += sizeof bytes) {
-        std::memcpy(&bytes, text.data() + at, sizeof bytes);
-        if ((bytes & kHighBits) != 0)
-            break;
-    }
-    while (at < text.size() && static_cast<signed char>(text[at]) >= 0)
-        ++at;
-    return at;
-}
 
 bool IsAscii(std::string_view text) {
     return FindNonAscii(text) == text.size();
@@ -192,6 +177,34 @@ std::string ToUtf8(std::string_view bytes, const std::string& name, std::string_
                             declared.empty() ? std::string_view(name) : declared));
     }
     return text;
+}
+
+/// What Windows-1252 has at 0x80 to 0x9F; its five free places are the control characters of Unicode there.
+constexpr std::array<char16_t, 32> kAnsiSpecials = {
+    0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x8D,   0x017D, 0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
+
+/// Decodes Windows-1252, which every byte is.
+std::string AnsiToUtf8(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size() + bytes.size() / 8);
+    while (true) {
+        const std::size_t plain = FindNonAscii(bytes);
+        text.append(bytes, 0, plain);
+        if (plain == bytes.size())
+            return text;
+        const auto byte = static_cast<unsigned char>(bytes[plain]);
+        const unsigned c = byte < 0xA0 ? kAnsiSpecials[byte - 0x80U] : byte;
+        if (c < 0x800) {
+            text += static_cast<char>(0xC0U | (c >> 6U));
+        } else {
+            text += static_cast<char>(0xE0U | (c >> 12U));
+            text += static_cast<char>(0x80U | ((c >> 6U) & 0x3FU));
+        }
+        text += static_cast<char>(0x80U | (c & 0x3FU));
+        bytes.remove_prefix(plain + 1);
+    }
 }
 
 /// UTF-16 and UTF-32 without mark show in the bytes of "<".
@@ -379,15 +392,18 @@ std::string_view DeclaredEncoding(std::string_view text) {
 }
 
 TXmlText DecodeXml(std::string bytes) {
+    return TakeXml(bytes);
+}
+
+TXmlText TakeXml(std::string& bytes) {
     RefuseForeignFiles(bytes);
     for (const TBom& bom : kBoms) {
         if (!std::string_view(bytes).starts_with(bom.Bytes))
             continue;
         TXmlText result{{}, {bom.Encoding, true}};
         if (result.Encoding.Name == "UTF-8") {
-            bytes.erase(0, bom.Bytes.size());
-            CheckUtf8(bytes, kUtf8Bom8);
-            result.Text = std::move(bytes);
+            result.Text = bytes.substr(bom.Bytes.size());
+            CheckUtf8(result.Text, kUtf8Bom8);
         } else {
             result.Text = ToUtf8(std::string_view(bytes).substr(bom.Bytes.size()), bom.Encoding, {});
         }
@@ -408,7 +424,7 @@ TXmlText DecodeXml(std::string bytes) {
                         declared));
     if (name == kAnsi && IsAscii(bytes))
         return {std::move(bytes), {name, false}};
-    std::string text = ToUtf8(bytes, name, declared);
+    std::string text = name == kAnsi ? AnsiToUtf8(bytes) : ToUtf8(bytes, name, declared);
     return {std::move(text), {name, false}};
 }
 

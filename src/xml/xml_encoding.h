@@ -38,6 +38,10 @@ struct TXmlText {
 /// decode.
 TXmlText DecodeXml(std::string bytes);
 
+/// The same without a copy: bytes that are the text themselves are taken over and leave `bytes` empty; else
+/// it stays as it is.
+TXmlText TakeXml(std::string& bytes);
+
 /// Doubts about the encoding in which a file was read: a byte-order mark against the declaration, or letters
 /// that were written in UTF-8 under another declaration. Warnings, none when all agrees.
 TXmlMessages CheckEncoding(std::string_view text, const TXmlEncoding& encoding);
