@@ -13,7 +13,8 @@ class TValidTissFile : public TXmlMessage {
 /// Tells how many messages of switched-off rules are not shown.
 class THasIgnoredMessages : public TValidationMessage {
   public:
-    explicit THasIgnoredMessages(const TXmlMessages& hidden);
+    /// `counted`: how many more there are that were not kept.
+    explicit THasIgnoredMessages(const TXmlMessages& hidden, std::size_t counted = 0);
 
   protected:
     const char* ClassName() const override { return "THasIgnoredMessages"; }

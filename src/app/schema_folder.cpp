@@ -1,5 +1,6 @@
 #include "app/schema_folder.h"
 
+#include "platform/file_memory.h"
 #include "platform/platform.h"
 #include "schema_model/seal.h"
 
@@ -41,12 +42,16 @@ bool TSchemaFolder::IsImported(const std::string& fileName) const {
     }
 }
 
-void TSchemaFolder::Refresh(const std::string& fileName) const {
+void TSchemaFolder::Refresh(const std::string& fileName, std::vector<std::string>& names) const {
     const std::filesystem::path name = PathFromText(fileName);
     const std::string supplied = ReadWholeFile(builtIn_ / name);
-    for (const std::string& other : ImportedFiles(supplied))
-        if (other != fileName && !IsImported(other))
-            Refresh(other);
+    for (const std::string& other : ImportedFiles(supplied)) {
+        if (std::ranges::find(names, other) != names.end())
+            continue;
+        names.push_back(other);
+        if (!IsImported(other))
+            Refresh(other, names);
+    }
     if (!IsFile(folder_ / name) || ReadWholeFile(folder_ / name) != supplied) {
         CreateFolder(folder_);
         WriteFileAtomically(folder_ / name, supplied);
@@ -57,18 +62,29 @@ std::filesystem::path TSchemaFolder::Locate(const std::string& fileName) const {
     // Files that are validated at the same time may need the same copy.
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
-    std::filesystem::path file = folder_ / PathFromText(fileName);
+    const std::filesystem::path file = folder_ / PathFromText(fileName);
     if (builtIn_.empty())
         return file;
-    std::filesystem::path supplied = builtIn_ / PathFromText(fileName);
-    if (!IsFile(supplied) || IsImported(fileName))
-        return file;
-    try {
-        Refresh(fileName);
-        return file;
-    } catch (const EFile&) {
-        return supplied;
+    // What was found right once is not read again as long as nobody touches it.
+    static TFileMemory<std::filesystem::path> located;
+    const std::filesystem::path supplied = builtIn_ / PathFromText(fileName);
+    const std::string name = PathText(file) + '\n' + PathText(supplied);
+    if (const auto known = located.Find(name))
+        return *known;
+    std::vector<std::string> names = {fileName};
+    if (IsFile(supplied) && !IsImported(fileName)) {
+        try {
+            Refresh(fileName, names);
+        } catch (const EFile&) {
+            return supplied;
+        }
     }
+    std::vector<TFileStamp> stamps;
+    for (const std::string& each : names)
+        for (const std::filesystem::path& folder : {folder_, builtIn_})
+            stamps.push_back(StampOf(folder / PathFromText(each)));
+    located.Keep(name, std::move(stamps), file);
+    return file;
 }
 
 std::filesystem::path TSchemaFolder::Find(const std::string& fileName) const {

@@ -33,7 +33,9 @@ class TSchemaFolder {
 
   private:
     bool IsImported(const std::string& fileName) const;
-    void Refresh(const std::string& fileName) const;
+    /// Brings the copy of a file and of those that it imports up to date; adds the names of these to `names`,
+    /// which holds those that need no more looking at.
+    void Refresh(const std::string& fileName, std::vector<std::string>& names) const;
 
     std::filesystem::path folder_;
     std::filesystem::path builtIn_;

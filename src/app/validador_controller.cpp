@@ -89,8 +89,8 @@ class TMessageFilter {
     explicit TMessageFilter(const std::vector<std::string>& enabled)
         : enabled_(enabled.begin(), enabled.end()) {}
 
-    bool Hidden(const TXmlMessage& message) {
-        const TValidationIdentity* rule = message.Rule();
+    bool Hidden(const TXmlMessage& message) { return Hidden(message.Rule()); }
+    bool Hidden(const TValidationIdentity* rule) {
         if (rule == nullptr)
             return false;
         const auto [entry, isNew] = hidden_.try_emplace(rule, false);
@@ -119,11 +119,11 @@ std::vector<std::string_view> TFileStateFlags::Names() const {
 TValidTissFile::TValidTissFile()
     : TXmlMessage(TMessageType::mtSuccess, "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.") {}
 
-THasIgnoredMessages::THasIgnoredMessages(const TXmlMessages& hidden)
+THasIgnoredMessages::THasIgnoredMessages(const TXmlMessages& hidden, std::size_t counted)
     : TValidationMessage(
           TMessageOrigin{}, TMessageType::mtInformation,
-          TFormatSettings::Regional().Count(static_cast<std::int64_t>(hidden.size())) +
-              (hidden.size() == 1 ? " mensagem foi ignorada." : " mensagens foram ignoradas.") +
+          TFormatSettings::Regional().Count(static_cast<std::int64_t>(hidden.size() + counted)) +
+              (hidden.size() + counted == 1 ? " mensagem foi ignorada." : " mensagens foram ignoradas.") +
               "\r\nAs mensagens de validações desativadas não estão sendo exibidas.") {}
 
 // The name is not put in: users know this text as it is.
@@ -266,7 +266,10 @@ TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>
     const std::filesystem::path schema = schemas_.Locate(SchemaFileName(arquivo->TipoArquivo(), versaoTiss_));
     result.AllMessages = file.EncodingDoubts();
     TTissValidator validator(arquivo, schema, terminology_.CreateConnection());
+    if (!keepSuccesses_)
+        validator.CountSuccesses();
     const TValidationMessages messages = validator.Validate();
+    result.CountedSuccesses = validator.CountedSuccesses();
     result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());
     return result;
 }
@@ -280,12 +283,16 @@ void TValidadorController::Post(TValidateArgs result, const std::vector<std::str
             !toldOfRun.insert(message->Reason()).second)
             continue;
         if (filter.Hidden(*message)) {
+            ++result.HiddenCount;
             result.HiddenMessages.push_back(message);
         } else if (message->MsgType() != TMessageType::mtSuccess) {
             failed = failed || message->IsFailure();
             result.ValidationMessages.push_back(message);
         }
     }
+    for (const TCountedSuccesses& counted : result.CountedSuccesses)
+        if (filter.Hidden(counted.Rule.get()))
+            result.HiddenCount += counted.Count;
     flags_.Exclude(TFileStateFlag::sfValidando);
     flags_.Exclude(TFileStateFlag::sfValido); // of a result that a failure replaces
     flags_.Include(TFileStateFlag::sfValidado);
@@ -293,8 +300,9 @@ void TValidadorController::Post(TValidateArgs result, const std::vector<std::str
         flags_.Include(TFileStateFlag::sfInvalido);
     } else {
         flags_.Include(TFileStateFlag::sfValido);
-        if (!result.HiddenMessages.empty())
-            result.ValidationMessages.push_back(std::make_shared<THasIgnoredMessages>(result.HiddenMessages));
+        if (result.HiddenCount != 0)
+            result.ValidationMessages.push_back(std::make_shared<THasIgnoredMessages>(
+                result.HiddenMessages, result.HiddenCount - result.HiddenMessages.size()));
         result.ValidationMessages.push_back(std::make_shared<TValidTissFile>());
     }
     result.FileName = fileName_;

@@ -43,7 +43,7 @@ class EFileNotLoaded : public std::runtime_error {
 /// The controller has to outlive its events: who removes it in one keeps a reference.
 class TValidadorController {
   public:
-    /// `terminology`: opened anew for each validation.
+    /// `terminology`: asked for a connection by each validation.
     explicit TValidadorController(TDBConnectionFactory terminology);
 
     TValidatorEvents& Events() { return events_; }
@@ -57,6 +57,9 @@ class TValidadorController {
     void SetSchemaTissPath(std::filesystem::path path) { schemas_ = TSchemaFolder(std::move(path)); }
     /// The same, backed by the schemas that come with the program.
     void SetSchemaFolder(TSchemaFolder folder) { schemas_ = std::move(folder); }
+
+    /// Whether the results list what was found right (true at the start), or only count it.
+    void SetKeepSuccesses(bool keep) { keepSuccesses_ = keep; }
 
     /// Opens a file. Raises EFileNotFound, EAlreadyFileLoaded, EFileNotRead, EXmlEncoding; a file that
     /// cannot be read leaves the controller closed.
@@ -96,6 +99,7 @@ class TValidadorController {
     TSchemaFolder schemas_;
     TDBConnectionFactory terminology_;
     TXmlEncoding encoding_;
+    bool keepSuccesses_ = true;
 };
 
 using IValidadorController = TValidadorController;

@@ -2,6 +2,7 @@
 
 #include "app/file_state.h"
 #include "model/arquivo_tiss.h"
+#include "validation/validation.h"
 #include "xml/xml_message.h"
 
 #include <algorithm>
@@ -43,6 +44,9 @@ struct TValidateArgs : TValidatorArgs {
     TXmlMessages HiddenMessages;
     /// All that the run found, shown or not, in the order in which it was found.
     TXmlMessages AllMessages;
+    /// What it found right and only counted, a rule each.
+    std::vector<TCountedSuccesses> CountedSuccesses;
+    std::size_t HiddenCount = 0; ///< of what switched-off rules told, with what was only counted
     /// The schema file that was looked for and is not there; empty otherwise.
     std::filesystem::path MissingSchema;
 };

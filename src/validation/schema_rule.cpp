@@ -2,6 +2,7 @@
 
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
+#include "platform/file_memory.h"
 #include "platform/platform.h"
 #include "schema_model/element_history.h"
 #include "schema_model/seal.h"
@@ -32,7 +33,8 @@ TPath PathOf(const TXmlNode& node) {
     return path;
 }
 
-/// The schema engine's questions about other versions, answered by the model of all of them.
+/// The schema engine's questions about other versions, answered by the model of all of them, which is loaded
+/// for the first question: most files ask none.
 class TOtherVersions : public ISchemaOtherVersions {
   public:
     explicit TOtherVersions(const std::filesystem::path& schemaFile)
@@ -41,7 +43,7 @@ class TOtherVersions : public ISchemaOtherVersions {
     TRelation Relate(const TXmlNode& found, std::string_view wanted) const override {
         TPath parent = PathOf(found);
         parent.pop_back();
-        switch (history_.Relation(fileName_, parent, found.LocalName(), wanted)) {
+        switch (TElementHistory::BuiltIn().Relation(fileName_, parent, found.LocalName(), wanted)) {
         case TElementHistory::TRelation::Renamed:
             return TRelation::Renamed;
         case TElementHistory::TRelation::Distinct:
@@ -51,8 +53,6 @@ class TOtherVersions : public ISchemaOtherVersions {
         }
     }
 
-    bool Approximated() const { return history_.IsApproximate(fileName_); }
-
     /// What is said of an element that this version does not know: its history where it has one.
     std::string UnknownElement(const TSchemaFault& fault) const {
         const TPath path = PathOf(*fault.Node);
@@ -61,7 +61,7 @@ class TOtherVersions : public ISchemaOtherVersions {
             key.append(name).append("/");
         const auto [known, added] = phrases_.try_emplace(std::move(key));
         if (added)
-            known->second = history_.Sentence(fileName_, path);
+            known->second = TElementHistory::BuiltIn().Sentence(fileName_, path);
         const auto& [text, removed] = known->second;
         if (text.empty())
             return TSchemaMessages::Sentence(fault);
@@ -77,7 +77,8 @@ class TOtherVersions : public ISchemaOtherVersions {
 
     /// The version that the content seems to be of, when it is not the declared one; else empty.
     std::string VersionOfContent(const TXmlDocument& document) const {
-        return history_.VersionOfContent(fileName_, PathsOf(document), VersionOfLocation(document));
+        return TElementHistory::BuiltIn().VersionOfContent(fileName_, PathsOf(document),
+                                                           VersionOfLocation(document));
     }
 
   private:
@@ -115,7 +116,6 @@ class TOtherVersions : public ISchemaOtherVersions {
         return {};
     }
 
-    const TElementHistory& history_ = TElementHistory::BuiltIn();
     std::string fileName_;
     mutable std::map<std::string, TElementHistory::TSentence> phrases_; ///< by path
 };
@@ -151,6 +151,18 @@ TFindingKind KindOf(TSchemaFaultCode code) {
     default:
         return IsStructural(code) ? TFindingKind::Structure : TFindingKind::Value;
     }
+}
+
+/// True for a schema that comes with the program in place of one that is not at hand.
+bool IsApproximation(const std::filesystem::path& file) {
+    static TFileMemory<bool> memory;
+    const std::string name = PathText(file);
+    if (const auto known = memory.Find(name))
+        return *known;
+    const TFileStamp stamp = StampOf(file);
+    const bool answer = IsSealedApproximation(ReadWholeFile(file));
+    memory.Keep(name, {stamp}, answer);
+    return answer;
 }
 
 /// Where the header names the version; the root when it does not.
@@ -193,7 +205,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     const TOtherVersions others(schemaFile_);
     const TXmlDocument& document = *file.Xml();
     const std::vector<TSchemaFault> faults = TSchemaValidator(*schema, &others).Validate(document);
-    if (others.Approximated() && HasIntactSeal(ReadWholeFile(schemaFile_)))
+    if (IsApproximation(schemaFile_))
         Warning(
             nullptr,
             fmt::format("O schema da versão {} publicado pela ANS não estava disponível; foi usado um schema "

@@ -4,6 +4,7 @@
 #include "validation/identity.h"
 #include "validation/validation_message.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -60,6 +61,10 @@ class TValidation : public IArquivoTissVisitor {
     void AddValidation(std::shared_ptr<TValidation> child) { validations_.push_back(std::move(child)); }
 
     const TValidationMessages& ValidationMessages() const { return messages_; }
+    /// Has this rule and those below it only count what they find right: for runs of which nobody reads that.
+    void CountSuccesses();
+    /// How often something was found right and only counted, over all visits.
+    std::size_t CountedSuccesses() const { return countedSuccesses_; }
     /// True once the rule has met a node of its kind.
     bool Validated() const { return validated_; }
 
@@ -72,9 +77,9 @@ class TValidation : public IArquivoTissVisitor {
         MarkValidated();
     }
 
-    // Each adds a finding, which takes corrections until the visit ends. `at`: the element that it is about;
-    // null for none.
-    TValidationMessage& Success(const TXmlNode* at, std::string_view text);
+    /// Tells that something is right. `at`: the element that it is about; null for none.
+    void Success(const TXmlNode* at, std::string_view text);
+    // Each adds a finding, which takes corrections until the visit ends.
     TValidationMessage& Information(const TXmlNode* at, std::string text);
     TValidationMessage& Warning(const TXmlNode* at, std::string text);
     TValidationMessage& Error(const TXmlNode* at, std::string text);
@@ -104,7 +109,15 @@ class TValidation : public IArquivoTissVisitor {
     TValidationMessages messages_;
     std::vector<std::shared_ptr<TValidation>> validations_;
     bool validated_ = false;
+    bool countsSuccesses_ = false;
+    std::size_t countedSuccesses_ = 0;
     IValidationIdentity identity_;
+};
+
+/// How often a rule found something right that was not kept as a message.
+struct TCountedSuccesses {
+    IValidationIdentity Rule;
+    std::size_t Count = 0;
 };
 
 /// There is one kind of rule; callers depend on this name.

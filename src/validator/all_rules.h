@@ -1,11 +1,17 @@
 #pragma once
 
+#include "model/tiss_enums.h"
 #include "rules/rule_table.h"
+
+#include <string_view>
 
 namespace conferix {
 
 /// The rules of all kinds of file: the structural ones and, below the rules about lots, those about what the
 /// lots hold. A root a kind of file.
 const TRuleTable& AllRules();
+
+/// Name of the root under which the rules of a kind of file stand.
+std::string_view RootOf(TEnumTipoArquivoTiss tipo);
 
 } // namespace conferix

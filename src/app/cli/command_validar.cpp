@@ -71,6 +71,9 @@ class TReporter {
     TReporter(const TCliContext& context, const TValidarOptions& options)
         : formato_(context.Formato), todas_(options.Todas), palette_(context.Streams.OutIsTerminal) {}
 
+    /// Whether what was found right is listed.
+    bool ListsSuccesses() const { return todas_; }
+
     std::string Report(const TValidateArgs& result, const std::string& versao) const {
         std::unordered_set<const TXmlMessage*> shown;
         for (const auto& message : result.ValidationMessages)
@@ -116,7 +119,7 @@ class TReporter {
             {"tipoArquivo", file != nullptr ? NameOf(file->TipoArquivo()) : std::string_view{}},
             {"tipoTransacao", file != nullptr ? NameOf(file->TipoTransacao()) : std::string_view{}},
             {"versao", versao},
-            {"ocultas", result.HiddenMessages.size()},
+            {"ocultas", result.HiddenCount},
             {"mensagens", std::move(messages)}};
         return JsonText(json, formato_ == "ndjson" ? -1 : 2);
     }
@@ -172,10 +175,12 @@ class TReporter {
     TPalette palette_;
 };
 
-TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, const std::string& name,
+TFileReport ValidateFile(const TCliContext& context, const TDBConnectionFactory& terminology,
+                         const TReporter& reporter, const std::string& name,
                          const std::vector<std::string>& enabled) {
     TFileReport report;
-    const auto controller = context.NewController();
+    const auto controller = context.NewController(terminology);
+    controller->SetKeepSuccesses(reporter.ListsSuccesses());
     std::shared_ptr<const std::string> text;
     controller->Events().OnFileOpen.Subscribe(
         [&](TFileOpenArgs& args) { text = std::move(args.SharedContent); });
@@ -292,13 +297,15 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
     TOutput output(context, files.size());
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
+        const TDBConnectionFactory terminology = context.KeptTerminology();
         for (std::size_t index = next++; index < files.size(); index = next++) {
             output.Progress().Begin(files[index]);
-            output.Add(index, ValidateFile(context, reporter, files[index], enabled));
+            output.Add(index, ValidateFile(context, terminology, reporter, files[index], enabled));
         }
     };
     std::vector<std::jthread> threads;
-    for (std::size_t i = 1; i < std::min(static_cast<std::size_t>(options.Paralelo), files.size()); ++i)
+    const std::size_t workers = options.Paralelo.value_or(std::max(1U, std::thread::hardware_concurrency()));
+    for (std::size_t i = 1; i < std::min(workers, files.size()); ++i)
         threads.emplace_back(work);
     work();
     threads.clear(); // waits for them
