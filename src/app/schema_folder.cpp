@@ -62,12 +62,12 @@ std::filesystem::path TSchemaFolder::Locate(const std::string& fileName) const {
     // Files that are validated at the same time may need the same copy.
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
-    const std::filesystem::path file = folder_ / PathFromText(fileName);
+    std::filesystem::path file = folder_ / PathFromText(fileName);
     if (builtIn_.empty())
         return file;
     // What was found right once is not read again as long as nobody touches it.
     static TFileMemory<std::filesystem::path> located;
-    const std::filesystem::path supplied = builtIn_ / PathFromText(fileName);
+    std::filesystem::path supplied = builtIn_ / PathFromText(fileName);
     const std::string name = PathText(file) + '\n' + PathText(supplied);
     if (const auto known = located.Find(name))
         return *known;
