@@ -10,9 +10,10 @@ set(external_headers
     "^SimpleIni\\.h$" PkgConfig::SIMPLEINI
     "^benchmark/" benchmark::benchmark
     "^csv\\.h$" csv
-    "^curl/" CURL::libcurl
+    "^curl/" curl_headers
     "^expat\\.h$" EXPAT::EXPAT
     "^fmt/" fmt::fmt
+    "^nettle/" PkgConfig::NETTLE
     "^nlohmann/" nlohmann_json::nlohmann_json
     "^openssl/" OpenSSL::Crypto
     "^re2/" PkgConfig::RE2

@@ -1,13 +1,12 @@
 #include "app/http_client.h"
 
+#include "app/curl_library.h"
 #include "platform/platform.h"
 
-#include <curl/curl.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <fstream>
-#include <mutex>
 #include <string_view>
 
 namespace conferix {
@@ -17,21 +16,25 @@ namespace {
 constexpr long kMaxRedirects = 5;
 constexpr long kStalledBytesPerSecond = 1000;
 
+const TCurlLibrary& Library() {
+    return TCurlLibrary::Get();
+}
+
 /// The library's own address of a text; raises EHttp for what is none.
 class TUrl {
   public:
-    explicit TUrl(const std::string& text) : url_(curl_url(), &curl_url_cleanup) { Set(text); }
+    explicit TUrl(const std::string& text) : url_(Library().Url(), Library().UrlCleanup) { Set(text); }
 
     /// Sets the address; a relative one is taken from the address before.
     void Set(const std::string& text) {
-        if (curl_url_set(url_.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK)
+        if (Library().UrlSet(url_.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK)
             throw EHttp(fmt::format("o endereço \"{}\" não é válido", text));
     }
     std::string Part(CURLUPart part) const {
         char* text = nullptr;
-        if (curl_url_get(url_.get(), part, &text, 0) != CURLUE_OK)
+        if (Library().UrlGet(url_.get(), part, &text, 0) != CURLUE_OK)
             return {};
-        const std::unique_ptr<char, void (*)(void*)> owned(text, &curl_free);
+        const std::unique_ptr<char, void (*)(void*)> owned(text, Library().Free);
         return owned.get();
     }
 
@@ -106,24 +109,19 @@ std::string Reason(CURLcode code, const char* detail) {
     case CURLE_ABORTED_BY_CALLBACK:
         return "interrompido";
     default:
-        return *detail != '\0' ? detail : curl_easy_strerror(code);
+        return *detail != '\0' ? detail : Library().EasyStrerror(code);
     }
-}
-
-void InitializeLibrary() {
-    static std::once_flag once;
-    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
 }
 
 } // namespace
 
 struct THttpClient::THandle {
-    std::unique_ptr<CURL, void (*)(CURL*)> Curl{curl_easy_init(), &curl_easy_cleanup};
+    std::unique_ptr<CURL, void (*)(CURL*)> Curl{Library().EasyInit(), Library().EasyCleanup};
     char Detail[CURL_ERROR_SIZE] = {};
 
     template<class Value>
     void Set(CURLoption option, Value value) {
-        curl_easy_setopt(Curl.get(), option, value);
+        Library().EasySetopt(Curl.get(), option, value);
     }
 };
 
@@ -131,7 +129,6 @@ THttpClient::THttpClient(const TProxySettings& proxy, THttpPatience patience)
     : mode_(proxy.Mode), proxy_(proxy.Server), port_(proxy.Port), patience_(patience) {
     if (const std::string_view wrong = proxy.Check(); !wrong.empty())
         throw EHttp(fmt::format("configuração de proxy: {}", wrong));
-    InitializeLibrary();
     handle_ = std::make_unique<THandle>();
 }
 
@@ -149,7 +146,7 @@ void THttpClient::Prepare(const std::string& url) {
     if (scheme != "https" && !(scheme == "http" && IsLoopback(parts.Part(CURLUPART_HOST))))
         throw EHttp(fmt::format("o endereço \"{}\" não é https", url));
     THandle& handle = *handle_;
-    curl_easy_reset(handle.Curl.get());
+    Library().EasyReset(handle.Curl.get());
     handle.Detail[0] = '\0';
     handle.Set(CURLOPT_ERRORBUFFER, handle.Detail);
     handle.Set(CURLOPT_URL, url.c_str());
@@ -181,7 +178,7 @@ void THttpClient::Fail(const std::string& url, int result) const {
     const auto code = static_cast<CURLcode>(result);
     if (code == CURLE_HTTP_RETURNED_ERROR) {
         long status = 0;
-        curl_easy_getinfo(handle_->Curl.get(), CURLINFO_RESPONSE_CODE, &status);
+        Library().EasyGetinfo(handle_->Curl.get(), CURLINFO_RESPONSE_CODE, &status);
         throw EHttp(fmt::format("{}: o servidor respondeu com o código {}", url, status));
     }
     throw EHttp(fmt::format("{}: {}", url, Reason(code, handle_->Detail)));
@@ -195,7 +192,7 @@ std::string THttpClient::Get(const std::string& url, std::size_t limit) {
     sink.Limit = limit;
     handle_->Set(CURLOPT_WRITEFUNCTION, &Receive);
     handle_->Set(CURLOPT_WRITEDATA, &sink);
-    const CURLcode code = curl_easy_perform(handle_->Curl.get());
+    const CURLcode code = Library().EasyPerform(handle_->Curl.get());
     if (sink.TooMuch)
         throw EHttp(fmt::format("{}: o arquivo tem mais de {} bytes", url, limit));
     if (code != CURLE_OK)
@@ -226,7 +223,7 @@ void THttpClient::Download(const std::string& url, const std::filesystem::path& 
     handle_->Set(CURLOPT_NOPROGRESS, 0L);
     handle_->Set(CURLOPT_XFERINFOFUNCTION, &Advance);
     handle_->Set(CURLOPT_XFERINFODATA, &call);
-    const CURLcode code = curl_easy_perform(handle_->Curl.get());
+    const CURLcode code = Library().EasyPerform(handle_->Curl.get());
     stream.close();
     if (sink.NotWritten || !stream)
         throw EFileNotWritten(file, "o disco não aceitou os dados");

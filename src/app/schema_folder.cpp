@@ -1,5 +1,6 @@
 #include "app/schema_folder.h"
 
+#include "platform/file_memory.h"
 #include "platform/platform.h"
 #include "schema_model/seal.h"
 
@@ -41,12 +42,15 @@ bool TSchemaFolder::IsImported(const std::string& fileName) const {
     }
 }
 
-/// Whether a built-in file imports, itself or by others, a file of the user.
-bool TSchemaFolder::UsesImported(const std::string& fileName) const {
+/// Whether a built-in file imports, itself or by others, a file of the user. Adds the names of all to
+/// `names`.
+bool TSchemaFolder::UsesImported(const std::string& fileName, std::vector<std::string>& names) const {
+    bool uses = false;
+    names.push_back(fileName);
     for (const std::string& other : ImportedFiles(ReadWholeFile(builtIn_ / PathFromText(fileName))))
-        if (other != fileName && (IsImported(other) || UsesImported(other)))
-            return true;
-    return false;
+        if (std::ranges::find(names, other) == names.end())
+            uses = IsImported(other) || UsesImported(other, names) || uses;
+    return uses;
 }
 
 void TSchemaFolder::Refresh(const std::string& fileName) const {
@@ -65,22 +69,35 @@ std::filesystem::path TSchemaFolder::Locate(const std::string& fileName) const {
     // Files that are validated at the same time may need the same copy.
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
-    std::filesystem::path file = folder_ / PathFromText(fileName);
+    const std::filesystem::path file = folder_ / PathFromText(fileName);
     if (builtIn_.empty())
         return file;
-    std::filesystem::path supplied = builtIn_ / PathFromText(fileName);
+    const std::filesystem::path supplied = builtIn_ / PathFromText(fileName);
     if (folder_.empty())
         return supplied;
-    if (!IsFile(supplied) || IsImported(fileName))
-        return file;
+    // What was found right once is not read again as long as nobody touches it.
+    static TFileMemory<std::filesystem::path> located;
+    const std::string name = PathText(file) + '\n' + PathText(supplied);
+    if (auto known = located.Find(name))
+        return *std::move(known);
+    std::vector<std::string> names;
+    std::filesystem::path used = file;
     try {
-        if (!UsesImported(fileName))
-            return supplied;
-        Refresh(fileName);
-        return file;
+        if (!IsFile(supplied) || IsImported(fileName))
+            names.push_back(fileName);
+        else if (UsesImported(fileName, names))
+            Refresh(fileName);
+        else
+            used = supplied;
     } catch (const EFile&) {
         return supplied;
     }
+    std::vector<TSeenFile> seen;
+    for (const std::string& each : names)
+        for (const std::filesystem::path& folder : {folder_, builtIn_})
+            seen.push_back(SeeFile(folder / PathFromText(each)));
+    located.Keep(name, std::move(seen), used);
+    return used;
 }
 
 std::filesystem::path TSchemaFolder::Find(const std::string& fileName) const {

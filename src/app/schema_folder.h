@@ -32,7 +32,7 @@ class TSchemaFolder {
 
   private:
     bool IsImported(const std::string& fileName) const;
-    bool UsesImported(const std::string& fileName) const;
+    bool UsesImported(const std::string& fileName, std::vector<std::string>& names) const;
     void Refresh(const std::string& fileName) const;
 
     std::filesystem::path folder_;

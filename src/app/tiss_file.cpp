@@ -22,11 +22,11 @@ TTissFile TTissFile::Read(const std::filesystem::path& file, TXmlUndecodable und
     return read;
 }
 
-TTissFile::TTissFile(std::string bytes, TXmlUndecodable undecodable)
-    : bytes_(std::make_shared<const std::string>(std::move(bytes))) {
-    TXmlText decoded = DecodeXml(*bytes_, undecodable);
+TTissFile::TTissFile(std::string bytes, TXmlUndecodable undecodable) {
+    TXmlText decoded = TakeXml(bytes, undecodable);
     encoding_ = std::move(decoded.Encoding);
-    text_ = decoded.Text == *bytes_ ? bytes_ : std::make_shared<const std::string>(std::move(decoded.Text));
+    text_ = std::make_shared<const std::string>(std::move(decoded.Text));
+    bytes_ = bytes.empty() ? text_ : std::make_shared<const std::string>(std::move(bytes));
 }
 
 TTissFile TTissFile::WithText(std::shared_ptr<const std::string> text) const {

@@ -333,7 +333,10 @@ TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>
     const std::filesystem::path schema = SchemaOf(*result.ArquivoTiss);
     TTissValidator validator(result.ArquivoTiss, schema, terminology_.CreateConnection());
     validator.LimitFindings(limits_.OfRule);
+    if (!keepSuccesses_)
+        validator.CountSuccesses();
     const TValidationMessages messages = validator.Validate();
+    result.CountedSuccesses = validator.CountedSuccesses();
     result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());
     result.Unlisted = validator.Unkept();
     return result;
@@ -387,6 +390,9 @@ void TValidadorController::List(TValidateArgs& result,
         }
         listed.push_back(std::move(message));
     }
+    for (const TCountedSuccesses& counted : result.CountedSuccesses)
+        if (filter.Hidden(counted.Rule.get()))
+            result.HiddenCount += counted.Count;
     result.AllMessages = std::move(listed);
     result.Unlisted = std::move(unlisted);
 }

@@ -57,7 +57,7 @@ class EFileNotLoaded : public std::runtime_error {
 /// The controller has to outlive its events: who removes it in one keeps a reference.
 class TValidadorController {
   public:
-    /// `terminology`: opened anew for each validation.
+    /// `terminology`: asked for a connection by each validation.
     explicit TValidadorController(TDBConnectionFactory terminology);
 
     TValidatorEvents& Events() { return events_; }
@@ -74,6 +74,9 @@ class TValidadorController {
 
     const TFindingLimits& FindingLimits() const { return limits_; }
     void SetFindingLimits(const TFindingLimits& limits) { limits_ = limits; }
+
+    /// Whether the results list what was found right (true at the start), or only count it.
+    void SetKeepSuccesses(bool keep) { keepSuccesses_ = keep; }
 
     /// Opens a file; one whose bytes are no text in the declared encoding is opened where the encoding that
     /// was meant is beyond doubt, and its validation tells so. Raises EFileNotFound, EAlreadyFileLoaded,
@@ -130,6 +133,7 @@ class TValidadorController {
     TFindingLimits limits_;
     TXmlEncoding encoding_;
     TFileOrigin origin_; ///< the file as it was when it was read or saved
+    bool keepSuccesses_ = true;
 };
 
 using IValidadorController = TValidadorController;

@@ -2,6 +2,7 @@
 
 #include "app/file_state.h"
 #include "model/arquivo_tiss.h"
+#include "validation/validation.h"
 #include "validator/tiss_validator.h"
 #include "xml/xml_message.h"
 
@@ -53,6 +54,8 @@ struct TValidateArgs : TValidatorArgs {
     /// What goes beyond the limits of the lists, a rule an entry.
     std::vector<TUnkeptFindings> Unlisted;
     bool OutOfMemory = false; ///< the run could not be finished, and so nothing is known of the file
+    /// What it found right and only counted, a rule each.
+    std::vector<TCountedSuccesses> CountedSuccesses;
     /// The schema file that was looked for and is not there; empty otherwise.
     std::filesystem::path MissingSchema;
 };

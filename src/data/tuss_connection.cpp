@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -81,8 +80,7 @@ struct TTussConnection::TImpl {
           table64(TSqlStatement::Select(*database,
                                         "ENVIO_CONSOLIDADO, GRUPO, DATA_INICIO_VIGENCIA, DATA_FIM_VIGENCIA,"
                                         " DATA_FIM_IMPLANTACAO",
-                                        std::string(kTableTuss64), {"TABELA", "CODIGO"},
-                                        "ORDER BY DATA_INICIO_VIGENCIA")),
+                                        std::string(kTableTuss64), {"TABELA", "CODIGO"})),
           city(TSqlStatement::Select(*database, "1", std::string(kTableCidade), {"CODIGO"})) {
         for (const std::string_view number : kTermTables) {
             terms.push_back(TSqlStatement::Select(*database, std::string(kColumnStart),
@@ -162,11 +160,10 @@ struct TTussConnection::TImpl {
 
     // Whether a table has any row, or any of the TUSS table `number` where one is given.
     bool HasRows(std::string_view table, std::string_view number = {}) {
-        std::string key(table);
-        key.append(" ").append(number);
-        const auto known = hasRows.find(key);
-        if (known != hasRows.end()) {
-            return known->second;
+        for (const THasRows& known : hasRows) {
+            if (known.Table == table && known.Number == number) {
+                return known.Answer;
+            }
         }
         const bool ofNumber = !number.empty();
         TSqlStatement query =
@@ -177,7 +174,7 @@ struct TTussConnection::TImpl {
             keys.emplace_back(number);
         }
         const bool answer = Run(query, std::move(keys), [&] { return query.Step(); });
-        hasRows.emplace(std::move(key), answer);
+        hasRows.push_back({std::string(table), std::string(number), answer});
         return answer;
     }
 
@@ -220,16 +217,22 @@ struct TTussConnection::TImpl {
     TSqlStatement table64;
     TSqlStatement city;
     std::vector<TSqlStatement> terms; // in the order of kTermTables
-    std::map<std::string, bool, std::less<>> hasRows;
-    std::set<std::string> sound; // tables in which something was looked for in vain
+    struct THasRows {
+        std::string Table;
+        std::string Number;
+        bool Answer;
+    };
+    std::vector<THasRows> hasRows; // a dozen at most
+    std::set<std::string> sound;   // tables in which something was looked for in vain
 };
 
 TTussConnection::TTussConnection(const fs::path& file) {
     CheckIsFile(file);
     try {
         // An absolute name, since SQLite gives a meaning of its own to "" and ":memory:".
-        auto database = std::make_unique<SQLite::Database>(PathText(fs::absolute(file)),
-                                                           SQLite::OPEN_READONLY, kBusyTimeoutMs);
+        // Without the library's own locks: one thread uses a connection at a time.
+        auto database = std::make_unique<SQLite::Database>(
+            PathText(fs::absolute(file)), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX, kBusyTimeoutMs);
         // One transaction for the life of the connection: it sees one state of the file, and a look-up
         // does not lock and unlock the file, which would cost ten times the look-up.
         // What a damaged page says of its rows is checked before it is believed.
@@ -291,6 +294,7 @@ std::vector<TTuss64> TTussConnection::Table64(std::string_view table, std::strin
             row.DataFimVigencia = impl_->DateOf(query.Column(3));
             row.DataFimImplantacao = impl_->DateOf(query.Column(4));
         }
+        std::ranges::stable_sort(rows, {}, &TTuss64::DataInicioVigencia);
         return rows;
     });
 }

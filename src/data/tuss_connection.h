@@ -31,9 +31,10 @@ struct TTussTableStatistics {
 };
 
 /// An open terminology database; never written to. It sees the file as it was at opening, and an import
-/// waits for its end, so its life is one validation. For one thread at a time. Codes and table numbers
-/// are compared as text. The look-ups raise ETerminologyNotRead when the file fails them, also
-/// for a date that does not have the form YYYY-MM-DD, and where a row is missing of a damaged table.
+/// waits for its end, so its life is one validation, or those of one run over many files. For one thread at a
+/// time. Codes and table numbers are compared as text. The look-ups raise ETerminologyNotRead when the file
+/// fails them, also for a date that does not have the form YYYY-MM-DD, and where a row is missing of a
+/// damaged table.
 class TTussConnection {
   public:
     /// Opens a database file and checks its tables. Raises ETerminologyNotOpened.

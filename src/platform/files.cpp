@@ -1,5 +1,6 @@
 #include "platform/file_calls.h"
 #include "platform/format_settings.h"
+#include "platform/large_pages.h"
 #include "platform/platform.h"
 #include "platform/temporary_file.h"
 
@@ -107,7 +108,11 @@ std::string ReadAll(const fs::path& file, std::uintmax_t limit, std::optional<TF
         throw EFileNotRead(file, TooLargeText(limit));
     }
     // One byte more than expected, so that the end of the file shows in the second call.
-    std::string content(expected > 0 ? static_cast<std::size_t>(expected) + 1 : kFirstBlock, '\0');
+    const std::size_t first = expected > 0 ? static_cast<std::size_t>(expected) + 1 : kFirstBlock;
+    std::string content;
+    content.reserve(first);
+    PreferLargePages(content.data(), content.capacity());
+    content.resize(first);
     std::size_t filled = descriptor.ReadFirst(content.data(), content.size(), file);
     for (std::size_t got = filled; got > 0; filled += got) {
         if (filled > limit) {

@@ -1,6 +1,10 @@
 #include "platform/platform.h"
 
+#include "platform/large_pages.h"
+#include "platform/shared_library.h"
+
 #include <cstdlib>
+#include <memory>
 #include <utility>
 
 #if defined(_WIN32)
@@ -11,9 +15,11 @@
 
 #include <io.h>
 #else
+#include <dlfcn.h>
 #include <langinfo.h>
 #include <locale.h>
 #include <pwd.h>
+#include <sys/mman.h>
 #include <unistd.h>
 #if defined(__APPLE__)
 #include <mach-o/dyld.h>
@@ -88,6 +94,40 @@ fs::path UserDataFolder() {
 }
 
 } // namespace
+
+void PreferLargePages(void* memory, std::size_t size) {
+#if defined(__linux__)
+    void* start = memory;
+    if (std::align(kLargePage, kLargePage, start, size) != nullptr) {
+        ::madvise(start, size / kLargePage * kLargePage, MADV_HUGEPAGE); // a wish: failing changes nothing
+    }
+#else
+    static_cast<void>(memory);
+    static_cast<void>(size);
+#endif
+}
+
+TSharedLibrary::TSharedLibrary(const std::string& fileName) {
+#if defined(_WIN32)
+    handle_ = LoadLibraryW(PathFromText(fileName).c_str());
+    if (handle_ == nullptr) {
+        reason_ = ReasonText({static_cast<int>(GetLastError()), std::system_category()});
+    }
+#else
+    handle_ = ::dlopen(fileName.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    if (handle_ == nullptr) {
+        reason_ = ::dlerror();
+    }
+#endif
+}
+
+void* TSharedLibrary::Find(const char* function) const {
+#if defined(_WIN32)
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_), function));
+#else
+    return ::dlsym(handle_, function);
+#endif
+}
 
 EFile::EFile(const std::string& action, const fs::path& file, const std::string& reason)
     : std::runtime_error(action + " \"" + PathText(file) + "\": " + reason), fileName_(file),

@@ -3,7 +3,9 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace conferix {
 
@@ -14,6 +16,23 @@ const std::uint8_t* BytesAt(std::string_view text) {
 }
 
 } // namespace
+
+std::size_t FindNonAscii(std::string_view text) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+    std::array<std::uint64_t, 8> block{};
+    std::size_t at = 0;
+    for (; at + sizeof block <= text.size(); at += sizeof block) {
+        std::memcpy(block.data(), text.data() + at, sizeof block);
+        std::uint64_t all = 0;
+        for (const std::uint64_t bytes : block)
+            all |= bytes;
+        if ((all & kHighBits) != 0)
+            break;
+    }
+    while (at < text.size() && static_cast<signed char>(text[at]) >= 0)
+        ++at;
+    return at;
+}
 
 std::size_t CountCharacters(std::string_view text) {
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), StartsCharacter));
@@ -42,18 +61,16 @@ std::size_t FindMalformedUtf8(std::string_view text) {
     const std::uint8_t* bytes = BytesAt(text);
     const auto length = static_cast<std::int32_t>(text.size());
     std::int32_t at = 0;
-    while (at < length) {
-        if (bytes[at] < 0x80) {
-            ++at;
-            continue;
-        }
+    while (true) {
+        at += static_cast<std::int32_t>(FindNonAscii(text.substr(static_cast<std::size_t>(at))));
+        if (at == length)
+            return text.size();
         const std::int32_t start = at;
         UChar32 c = 0;
         U8_NEXT(bytes, at, length, c);
         if (c < 0)
             return static_cast<std::size_t>(start);
     }
-    return text.size();
 }
 
 } // namespace conferix

@@ -11,6 +11,9 @@ inline bool StartsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
 }
 
+/// Offset of the first byte that is not ASCII; the text's size when all are.
+std::size_t FindNonAscii(std::string_view text);
+
 /// Number of characters of a text.
 std::size_t CountCharacters(std::string_view text);
 

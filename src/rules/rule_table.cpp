@@ -13,17 +13,25 @@ void TRuleTable::AddRow(std::string_view parent, std::string_view name, std::str
         group->second.Children.push_back(fullName);
     else
         throw std::logic_error("no group " + std::string(parent) + " for rule " + fullName);
-    TRow row{{fullName, std::string(description), required}, std::move(make), {}};
+    TRow row{std::make_shared<const TValidationIdentity>(
+                 TValidationIdentity{fullName, std::string(description), required}),
+             std::move(make),
+             {}};
     if (!rows_.try_emplace(fullName, std::move(row)).second)
         throw std::logic_error("two rules " + fullName);
 }
 
 std::shared_ptr<TValidation> TRuleTable::MakeValidation(const std::string& name,
                                                         const TRunContextPtr& run) const {
+    std::shared_ptr<TValidation> rule = MakeAlone(name, run);
+    CreateValidations(*rule, rows_.at(name), run);
+    return rule;
+}
+
+std::shared_ptr<TValidation> TRuleTable::MakeAlone(const std::string& name, const TRunContextPtr& run) const {
     const TRow& row = rows_.at(name);
     std::shared_ptr<TValidation> rule = row.Make(run);
-    rule->SetIdentity(std::make_shared<TValidationIdentity>(row.Identity));
-    CreateValidations(*rule, row, run);
+    rule->SetIdentity(row.Identity);
     return rule;
 }
 

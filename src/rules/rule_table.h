@@ -39,11 +39,13 @@ class TRuleTable {
     /// Makes the rule of that name with the whole tree below it. Raises std::out_of_range for an unknown
     /// name.
     std::shared_ptr<TValidation> MakeValidation(const std::string& name, const TRunContextPtr& run) const;
+    /// The same without the rules below it.
+    std::shared_ptr<TValidation> MakeAlone(const std::string& name, const TRunContextPtr& run) const;
 
   private:
     using TMake = std::function<std::shared_ptr<TValidation>(const TRunContextPtr&)>;
     struct TRow {
-        TValidationIdentity Identity;
+        IValidationIdentity Identity;
         TMake Make;
         std::vector<std::string> Children;
     };

@@ -231,12 +231,6 @@ std::size_t TElementHistory::IndexOf(const std::vector<TVersion>& series, std::s
     return static_cast<std::size_t>(found - series.begin());
 }
 
-bool TElementHistory::IsApproximate(std::string_view fileName) const {
-    const std::vector<TVersion> series = Series(fileName);
-    const std::size_t at = IndexOf(series, fileName);
-    return at < series.size() && series[at].Approximate;
-}
-
 TElementHistory::TSentence TElementHistory::Sentence(std::string_view fileName,
                                                      std::span<const std::string_view> path) const {
     if (path.empty() || names_.count(path.back()) == 0)

@@ -7,6 +7,7 @@ namespace conferix {
 namespace {
 
 constexpr std::string_view kStart = "<!-- Conferix ";
+constexpr std::string_view kApproximation = "aproximado ";
 constexpr std::string_view kEnd = " -->\n";
 constexpr std::size_t kDigits = 16;
 
@@ -21,21 +22,33 @@ std::string Digest(std::string_view text) {
     return digits;
 }
 
+/// True for a text that ends with the seal that begins so, and is as it was.
+bool EndsWithSeal(std::string_view text, const std::string& start) {
+    const std::size_t length = start.size() + kDigits + kEnd.size();
+    if (text.size() < length)
+        return false;
+    const std::string_view seal = text.substr(text.size() - length);
+    return seal.starts_with(start) && seal.ends_with(kEnd) &&
+           seal.substr(start.size(), kDigits) == Digest(text.substr(0, text.size() - length));
+}
+
+const std::string kPlainStart(kStart);
+const std::string kApproximationStart = kPlainStart + std::string(kApproximation);
+
 } // namespace
 
-std::string WithSeal(std::string text) {
+std::string WithSeal(std::string text, bool approximation) {
     const std::string digest = Digest(text);
-    text.append(kStart).append(digest).append(kEnd);
+    text.append(approximation ? kApproximationStart : kPlainStart).append(digest).append(kEnd);
     return text;
 }
 
 bool HasIntactSeal(std::string_view text) {
-    constexpr std::size_t kLength = kStart.size() + kDigits + kEnd.size();
-    if (text.size() < kLength)
-        return false;
-    const std::string_view seal = text.substr(text.size() - kLength);
-    return seal.starts_with(kStart) && seal.ends_with(kEnd) &&
-           seal.substr(kStart.size(), kDigits) == Digest(text.substr(0, text.size() - kLength));
+    return EndsWithSeal(text, kPlainStart) || IsSealedApproximation(text);
+}
+
+bool IsSealedApproximation(std::string_view text) {
+    return EndsWithSeal(text, kApproximationStart);
 }
 
 } // namespace conferix

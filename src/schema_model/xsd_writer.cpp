@@ -263,7 +263,7 @@ class TXsdWriter {
 } // namespace
 
 std::string MakeXsd(const TSchemaModel& model, std::string_view version) {
-    return WithSeal(TXsdWriter(model, version).Write());
+    return WithSeal(TXsdWriter(model, version).Write(), model.IsApproximate(version));
 }
 
 } // namespace conferix

@@ -3,12 +3,11 @@
 #include "xml/xml_encoding.h"
 #include "xml/xml_scanner.h"
 
-#include <openssl/evp.h>
+#include <nettle/md5.h>
 
 #include <array>
-#include <memory>
+#include <cstdint>
 #include <optional>
-#include <stdexcept>
 
 namespace conferix {
 
@@ -16,40 +15,25 @@ namespace {
 
 class TMd5 {
   public:
-    TMd5() : context_(EVP_MD_CTX_new(), &EVP_MD_CTX_free) {
-        Require(context_ != nullptr && EVP_DigestInit_ex(context_.get(), EVP_md5(), nullptr) == 1);
-    }
-    TMd5(const TMd5& other) : TMd5() {
-        Require(EVP_MD_CTX_copy_ex(context_.get(), other.context_.get()) == 1);
-    }
-    TMd5& operator=(const TMd5&) = delete;
+    TMd5() { nettle_md5_init(&state_); }
     void Add(std::string_view bytes) {
-        Require(EVP_DigestUpdate(context_.get(), bytes.data(), bytes.size()) == 1);
+        nettle_md5_update(&state_, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
     }
     std::string Digest() {
-        std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-        unsigned int length = 0;
-        Require(EVP_DigestFinal_ex(context_.get(), digest.data(), &length) == 1);
+        std::array<std::uint8_t, MD5_DIGEST_SIZE> digest{};
+        nettle_md5_digest(&state_, digest.size(), digest.data());
         static constexpr char kDigits[] = "0123456789abcdef";
         std::string text;
-        for (unsigned int i = 0; i < length; ++i) {
-            text += kDigits[digest[i] >> 4U];
-            text += kDigits[digest[i] & 15U];
+        for (const std::uint8_t byte : digest) {
+            text += kDigits[byte >> 4U];
+            text += kDigits[byte & 15U];
         }
         return text;
     }
 
   private:
-    static void Require(bool done) {
-        if (!done)
-            throw std::runtime_error("o cálculo de MD5 não está disponível na biblioteca de criptografia");
-    }
-    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context_;
+    md5_ctx state_{};
 };
-
-} // namespace
-
-namespace {
 
 /// Hands the hash text to `take` in pieces of whole characters.
 template<class Take>

@@ -3,6 +3,7 @@
 #include "model/mensagem_tiss.h"
 #include "model/monitoramento.h"
 #include "model/unidade_federativa.h"
+#include "platform/file_memory.h"
 #include "platform/platform.h"
 #include "schema_model/element_history.h"
 #include "schema_model/seal.h"
@@ -38,7 +39,8 @@ TPath PathOf(const TXmlNode& node) {
     return path;
 }
 
-/// The schema engine's questions about other versions, answered by the model of all of them.
+/// The schema engine's questions about other versions, answered by the model of all of them, which is loaded
+/// for the first question: most files ask none.
 class TOtherVersions : public ISchemaOtherVersions {
   public:
     explicit TOtherVersions(const std::filesystem::path& schemaFile)
@@ -47,7 +49,7 @@ class TOtherVersions : public ISchemaOtherVersions {
     TRelation Relate(const TXmlNode& found, std::string_view wanted) const override {
         TPath parent = PathOf(found);
         parent.pop_back();
-        switch (history_.Relation(fileName_, parent, found.LocalName(), wanted)) {
+        switch (TElementHistory::BuiltIn().Relation(fileName_, parent, found.LocalName(), wanted)) {
         case TElementHistory::TRelation::Renamed:
             return TRelation::Renamed;
         case TElementHistory::TRelation::Distinct:
@@ -57,8 +59,6 @@ class TOtherVersions : public ISchemaOtherVersions {
         }
     }
 
-    bool Approximated() const { return history_.IsApproximate(fileName_); }
-
     /// What is said of an element that this version does not know: its history where it has one.
     std::string UnknownElement(const TSchemaFault& fault) const {
         const TPath path = PathOf(*fault.Node);
@@ -67,7 +67,7 @@ class TOtherVersions : public ISchemaOtherVersions {
             key.append(name).append("/");
         const auto [known, added] = phrases_.try_emplace(std::move(key));
         if (added)
-            known->second = history_.Sentence(fileName_, path);
+            known->second = TElementHistory::BuiltIn().Sentence(fileName_, path);
         const auto& [text, removed] = known->second;
         if (text.empty())
             return TSchemaMessages::Sentence(fault);
@@ -100,7 +100,7 @@ class TOtherVersions : public ISchemaOtherVersions {
             key.append("/").append(name);
         const auto [known, added] = phrases_.try_emplace(std::move(key));
         if (added)
-            known->second = history_.CodeSentence(fileName_, path, code);
+            known->second = TElementHistory::BuiltIn().CodeSentence(fileName_, path, code);
         return known->second.Text.empty()
                    ? TSchemaMessages::Sentence(fault)
                    : fmt::format("O código {} de <{}> {}.", QuoteText(code), fault.Name, known->second.Text);
@@ -116,12 +116,13 @@ class TOtherVersions : public ISchemaOtherVersions {
                 path.pop_back();
             path.push_back(fault.Name);
         }
-        return history_.NeighboursDisagree(fileName_, path);
+        return TElementHistory::BuiltIn().NeighboursDisagree(fileName_, path);
     }
 
     /// The version that the content seems to be of, when it is not the declared one; else empty.
     std::string VersionOfContent(const TXmlDocument& document) const {
-        return history_.VersionOfContent(fileName_, PathsOf(document), VersionOfLocation(document));
+        return TElementHistory::BuiltIn().VersionOfContent(fileName_, PathsOf(document),
+                                                           VersionOfLocation(document));
     }
 
   private:
@@ -165,7 +166,6 @@ class TOtherVersions : public ISchemaOtherVersions {
         return {};
     }
 
-    const TElementHistory& history_ = TElementHistory::BuiltIn();
     std::string fileName_;
     mutable std::map<std::string, TElementHistory::TSentence> phrases_; ///< by path
 };
@@ -220,6 +220,18 @@ std::string CauseOf(const TSchemaFault& fault) {
     }
 }
 
+/// True for a schema that comes with the program in place of one that is not at hand.
+bool IsApproximation(const std::filesystem::path& file) {
+    static TFileMemory<bool> memory;
+    const std::string name = PathText(file);
+    if (const auto known = memory.Find(name))
+        return *known;
+    const TSeenFile stamp = SeeFile(file);
+    const bool answer = IsSealedApproximation(ReadWholeFile(file));
+    memory.Keep(name, {stamp}, answer);
+    return answer;
+}
+
 /// Where the header names the version; the root when it does not.
 const TXmlNode& VersionPlace(const TXmlNode& root) {
     for (const char* path : {"cabecalho/Padrao", "cabecalho/versaoPadrao"})
@@ -260,7 +272,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     const TOtherVersions others(schemaFile_);
     const TXmlDocument& document = *file.Xml();
     auto [faults, further] = TSchemaValidator(*schema, &others).Judge(document, RoomForFindings());
-    if (others.Approximated() && HasIntactSeal(ReadWholeFile(schemaFile_))) {
+    if (IsApproximation(schemaFile_)) {
         std::set<std::string> doubtful;
         std::erase_if(faults, [&](const TSchemaFault& fault) {
             return others.IsInDoubt(fault) && (doubtful.insert("<" + fault.Name + ">"), true);

@@ -34,8 +34,17 @@ std::vector<IValidationIdentity> TValidation::Validations(bool recursive) const 
     return found;
 }
 
-TValidationMessage& TValidation::Success(const TXmlNode* at, std::string_view text) {
-    return Add(TMessageType::mtSuccess, std::string(text), at);
+void TValidation::CountSuccesses() {
+    countsSuccesses_ = true;
+    for (const auto& child : validations_)
+        child->CountSuccesses();
+}
+
+void TValidation::Success(const TXmlNode* at, std::string_view text) {
+    if (countsSuccesses_)
+        ++countedSuccesses_;
+    else
+        Add(TMessageType::mtSuccess, std::string(text), at);
 }
 
 TValidationMessage& TValidation::Information(const TXmlNode* at, std::string text) {

@@ -70,6 +70,10 @@ class TValidation : public IArquivoTissVisitor {
     const TMessageCounts& Unkept() const { return unkept_; }
     /// Limits the findings kept of this rule and of each below it.
     void LimitFindings(std::size_t kept);
+    /// Has this rule and those below it only count what they find right: for runs of which nobody reads that.
+    void CountSuccesses();
+    /// How often something was found right and only counted, over all visits.
+    std::size_t CountedSuccesses() const { return countedSuccesses_; }
     /// True once the rule has met a node of its kind.
     bool Validated() const { return validated_; }
 
@@ -85,9 +89,9 @@ class TValidation : public IArquivoTissVisitor {
         MarkValidated();
     }
 
-    // Each adds a finding, which takes corrections until the visit ends. `at`: the element that it is about;
-    // null for none.
-    TValidationMessage& Success(const TXmlNode* at, std::string_view text);
+    /// Tells that something is right. `at`: the element that it is about; null for none.
+    void Success(const TXmlNode* at, std::string_view text);
+    // Each adds a finding, which takes corrections until the visit ends.
     TValidationMessage& Information(const TXmlNode* at, std::string text);
     TValidationMessage& Warning(const TXmlNode* at, std::string text);
     TValidationMessage& Error(const TXmlNode* at, std::string text);
@@ -127,7 +131,15 @@ class TValidation : public IArquivoTissVisitor {
     bool foundInVisit_ = false;
     std::vector<std::shared_ptr<TValidation>> validations_;
     bool validated_ = false;
+    bool countsSuccesses_ = false;
+    std::size_t countedSuccesses_ = 0;
     IValidationIdentity identity_;
+};
+
+/// How often a rule found something right that was not kept as a message.
+struct TCountedSuccesses {
+    IValidationIdentity Rule;
+    std::size_t Count = 0;
 };
 
 /// There is one kind of rule; callers depend on this name.

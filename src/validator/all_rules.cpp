@@ -66,6 +66,17 @@ void AddFileRules(TRuleTable& rules) {
 
 } // namespace
 
+std::string_view RootOf(TEnumTipoArquivoTiss tipo) {
+    switch (tipo) {
+    case TEnumTipoArquivoTiss::taMonitoramento:
+        return kMonitoramento;
+    case TEnumTipoArquivoTiss::taMonitoramentoQualidade:
+        return kQualidade;
+    default:
+        return kMensagem;
+    }
+}
+
 const TRuleTable& AllRules() {
     static const TRuleTable table = [] {
         TRuleTable rules;

@@ -14,5 +14,7 @@ const TRuleTable& AllRules();
 
 /// Name of the rule that files of a kind have in common with those of others: "schema", "namespace", "hash".
 std::string RuleOfKind(TEnumTipoArquivoTiss tipo, std::string_view rule);
+/// Name of the root under which the rules of a kind of file stand.
+std::string_view RootOf(TEnumTipoArquivoTiss tipo);
 
 } // namespace conferix

@@ -22,8 +22,32 @@ TTissValidator::TTissValidator(std::shared_ptr<const IArquivoTiss> arquivo,
     : arquivo_(std::move(arquivo)) {
     const TRunContextPtr run = NewRunContext(
         std::string(arquivo_ != nullptr ? arquivo_->Versao() : std::string_view{}), schemaFile, tuss);
-    for (const std::string& root : AllRules().Roots())
-        validations_.push_back(AllRules().MakeValidation(root, run));
+    const TRuleTable& rules = AllRules();
+    for (const std::string& root : rules.Roots())
+        validations_.push_back(arquivo_ == nullptr || root == RootOf(arquivo_->TipoArquivo())
+                                   ? rules.MakeValidation(root, run)
+                                   : rules.MakeAlone(root, run));
+}
+
+void TTissValidator::CountSuccesses() {
+    for (const auto& root : validations_)
+        root->CountSuccesses();
+}
+
+std::vector<TCountedSuccesses> TTissValidator::CountedSuccesses() const {
+    std::vector<TCountedSuccesses> counted;
+    std::vector<const TValidation*> waiting;
+    for (const auto& root : validations_)
+        waiting.push_back(root.get());
+    while (!waiting.empty()) {
+        const TValidation& rule = *waiting.back();
+        waiting.pop_back();
+        if (rule.CountedSuccesses() != 0)
+            counted.push_back({rule.Identity(), rule.CountedSuccesses()});
+        for (const auto& child : rule.Validations())
+            waiting.push_back(child.get());
+    }
+    return counted;
 }
 
 TValidationMessages TTissValidator::Validate() {

@@ -24,6 +24,11 @@ class TTissValidator {
     TTissValidator(std::shared_ptr<const IArquivoTiss> arquivo, const std::filesystem::path& schemaFile,
                    const std::shared_ptr<ITussConnection>& tuss);
 
+    /// Has the rules only count what they find right.
+    void CountSuccesses();
+    /// What was counted since, a rule each; rules that found nothing right are left out.
+    std::vector<TCountedSuccesses> CountedSuccesses() const;
+
     /// All findings, in pre-order of the tree of rules. Lets pass what a rule raises (ESchemaNotFound,
     /// ESchemaInvalido, terminology errors).
     TValidationMessages Validate();
@@ -36,7 +41,7 @@ class TTissValidator {
     /// tree.
     std::vector<TUnkeptFindings> Unkept() const;
 
-    /// The root of each kind of file.
+    /// The root of each kind of file; with a loaded file, only that of its kind has rules below it.
     const std::vector<std::shared_ptr<TValidation>>& Validations() const { return validations_; }
     /// Identities of the roots; with `recursive`, each followed by all its descendants in pre-order.
     std::vector<IValidationIdentity> Validations(bool recursive) const;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/large_pages.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <memory>
@@ -31,22 +33,37 @@ class TArena {
     }
 
   private:
-    static constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
+    // Blocks grow with the document, those of a large one by whole large pages.
+    static constexpr std::size_t kFirstBlock = std::size_t{256} * 1024;
+    static constexpr std::size_t kLargestBlock = 2 * kLargePage;
+
+    struct TFree {
+        std::align_val_t Alignment;
+        void operator()(std::byte* block) const { ::operator delete(block, Alignment); }
+    };
+    using TBlock = std::unique_ptr<std::byte, TFree>;
+
+    static TBlock NewBlock(std::size_t size) {
+        const std::align_val_t alignment{size < kLargePage ? alignof(std::max_align_t) : kLargePage};
+        TBlock block(static_cast<std::byte*>(::operator new(size, alignment)), TFree{alignment});
+        PreferLargePages(block.get(), size);
+        return block;
+    }
 
     void* Allocate(std::size_t size, std::size_t alignment) {
         const std::size_t start = (used_ + alignment - 1) & ~(alignment - 1);
         if (blocks_.empty() || start + size > capacity_) {
-            if (size > kBlockSize / 4) {
+            if (size > kFirstBlock / 4) {
                 // A large piece gets a block of its own, placed before the current one, which stays in use.
-                auto own = std::make_unique_for_overwrite<std::byte[]>(size);
+                TBlock own = NewBlock(size);
                 void* memory = own.get();
                 blocks_.insert(blocks_.empty() ? blocks_.end() : blocks_.end() - 1, std::move(own));
                 if (blocks_.size() == 1)
                     used_ = capacity_ = 0;
                 return memory;
             }
-            blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(kBlockSize));
-            capacity_ = kBlockSize;
+            capacity_ = capacity_ == 0 ? kFirstBlock : std::min(2 * capacity_, kLargestBlock);
+            blocks_.push_back(NewBlock(capacity_));
             used_ = size;
             return blocks_.back().get();
         }
@@ -54,7 +71,7 @@ class TArena {
         return blocks_.back().get() + start;
     }
 
-    std::vector<std::unique_ptr<std::byte[]>> blocks_;
+    std::vector<TBlock> blocks_;
     std::size_t used_ = 0;
     std::size_t capacity_ = 0;
 };

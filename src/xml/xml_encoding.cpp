@@ -14,7 +14,6 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
-#include <cstring>
 
 namespace conferix {
 
@@ -54,20 +53,6 @@ class TConverter {
   private:
     UConverter* converter_ = nullptr;
 };
-
-/// Offset of the first byte that is not ASCII; the size of the text when all are. Eight bytes at a time.
-std::size_t FindNonAscii(std::string_view text) {
-    constexpr std::uint64_t kHighBits = 0x8080808080808080U;
-    std::size_t at = 0;
-    for (std::uint64_t bytes = 0; at + sizeof bytes <= text.size(); at += sizeof bytes) {
-        std::memcpy(&bytes, text.data() + at, sizeof bytes);
-        if ((bytes & kHighBits) != 0)
-            break;
-    }
-    while (at < text.size() && static_cast<signed char>(text[at]) >= 0)
-        ++at;
-    return at;
-}
 
 bool IsAscii(std::string_view text) {
     return FindNonAscii(text) == text.size();
@@ -256,6 +241,34 @@ std::string ToUtf8(std::string_view bytes, const std::string& name, std::string_
                             declared.empty() ? std::string_view(name) : declared));
     }
     return text;
+}
+
+/// What Windows-1252 has at 0x80 to 0x9F; its five free places are the control characters of Unicode there.
+constexpr std::array<char16_t, 32> kAnsiSpecials = {
+    0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x8D,   0x017D, 0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
+
+/// Decodes Windows-1252, which every byte is.
+std::string AnsiToUtf8(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size() + bytes.size() / 8);
+    while (true) {
+        const std::size_t plain = FindNonAscii(bytes);
+        text.append(bytes, 0, plain);
+        if (plain == bytes.size())
+            return text;
+        const auto byte = static_cast<unsigned char>(bytes[plain]);
+        const unsigned c = byte < 0xA0 ? kAnsiSpecials[byte - 0x80U] : byte;
+        if (c < 0x800) {
+            text += static_cast<char>(0xC0U | (c >> 6U));
+        } else {
+            text += static_cast<char>(0xE0U | (c >> 12U));
+            text += static_cast<char>(0x80U | ((c >> 6U) & 0x3FU));
+        }
+        text += static_cast<char>(0x80U | (c & 0x3FU));
+        bytes.remove_prefix(plain + 1);
+    }
 }
 
 /// UTF-16 without mark shows in the bytes of "<". Refuses UTF-32.
@@ -480,17 +493,21 @@ std::string DeclareEncoding(std::string_view text, std::string_view encoding) {
 namespace {
 
 /// Bytes that are no text in the declared encoding, in the one that they seem to be in.
-TXmlText Guess(std::string bytes, std::shared_ptr<const TXmlMessage> fault, TXmlUndecodable undecodable) {
+TXmlText Guess(std::string& bytes, std::shared_ptr<const TXmlMessage> fault, TXmlUndecodable undecodable) {
     if (undecodable == TXmlUndecodable::Guessed && FindMalformedUtf8(bytes) == bytes.size())
         return {std::move(bytes), {"UTF-8", false, std::move(fault)}};
     if (undecodable == TXmlUndecodable::Guessed && IsPlainlyAnsi(bytes))
-        return {ToUtf8(bytes, kAnsi, {}), {kAnsi, false, std::move(fault)}};
+        return {AnsiToUtf8(bytes), {kAnsi, false, std::move(fault)}};
     throw EXmlEncoding(std::move(fault));
 }
 
 } // namespace
 
 TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable) {
+    return TakeXml(bytes, undecodable);
+}
+
+TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable) {
     RefuseForeignFiles(bytes);
     for (const TBom& bom : kBoms) {
         if (!std::string_view(bytes).starts_with(bom.Bytes))
@@ -499,10 +516,9 @@ TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable) {
             RefuseUtf32();
         TXmlText result{{}, {bom.Encoding, true, nullptr}};
         if (result.Encoding.Name == "UTF-8") {
-            bytes.erase(0, bom.Bytes.size());
-            if (auto fault = Utf8Fault(bytes, kUtf8Bom8))
+            result.Text = bytes.substr(bom.Bytes.size());
+            if (auto fault = Utf8Fault(result.Text, kUtf8Bom8))
                 throw EXmlEncoding(std::move(fault));
-            result.Text = std::move(bytes);
         } else {
             result.Text = ToUtf8(std::string_view(bytes).substr(bom.Bytes.size()), bom.Encoding, {});
         }
@@ -519,12 +535,12 @@ TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable) {
     const std::string name = ConverterName(declared);
     if (name == "UTF-8") {
         if (auto fault = Utf8Fault(bytes, declared.empty() ? kUndeclared : kDeclaredUtf8))
-            return Guess(std::move(bytes), std::move(fault), undecodable);
+            return Guess(bytes, std::move(fault), undecodable);
         return {std::move(bytes), {name, false, nullptr}};
     }
     if (name == kAscii) {
         if (auto fault = AsciiFault(bytes, declared))
-            return Guess(std::move(bytes), std::move(fault), undecodable);
+            return Guess(bytes, std::move(fault), undecodable);
         return {std::move(bytes), {name, false, nullptr}};
     }
     if (name.starts_with("UTF-16"))
@@ -534,7 +550,7 @@ TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable) {
                         declared));
     if (name == kAnsi && IsAscii(bytes))
         return {std::move(bytes), {name, false, nullptr}};
-    std::string text = ToUtf8(bytes, name, declared);
+    std::string text = name == kAnsi ? AnsiToUtf8(bytes) : ToUtf8(bytes, name, declared);
     return {std::move(text), {name, false, nullptr}};
 }
 

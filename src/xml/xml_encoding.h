@@ -53,6 +53,10 @@ struct TXmlText {
 /// the first byte that does not decode.
 TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable = TXmlUndecodable::Refused);
 
+/// The same without a copy: bytes that are the text themselves are taken over and leave `bytes` empty; else
+/// it stays as it is.
+TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable = TXmlUndecodable::Refused);
+
 /// A file that was read in another encoding than the one in which it was written, or that others may read so.
 struct TXmlMisreading {
     enum class TKind : std::uint8_t {

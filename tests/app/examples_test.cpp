@@ -49,6 +49,15 @@ TEST_F(ExampleFiles, ValidOnesHaveNoError) {
     }
 }
 
+TEST_F(ExampleFiles, WhatSwitchedOffRulesFoundRightIsCountedListedOrNot) {
+    options_.insert(options_.end(),
+                    {"--desativar", "tiss.mensagem.loteguias.spsadt.procedimento.valortotal"});
+    const std::string file = Example("spsadt-3.05.00-valido.xml");
+    EXPECT_EQ(Validate(file)["ocultas"], 5);
+    options_.emplace_back("--todas");
+    EXPECT_EQ(Validate(file)["ocultas"], 5);
+}
+
 TEST_F(ExampleFiles, FaultyOnesShowEachPlantedFault) {
     for (const auto& file : Examples("-com-erros.xml")) {
         std::string found;

@@ -9,6 +9,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <limits>
+#include <random>
 #include <string>
 
 #include <locale.h>
@@ -55,6 +56,12 @@ TEST(Texts, OfNumbersAndDaysAreThoseOfTheCases) {
     EXPECT_EQ(TFormatSettings::Messages().Money(largest).size(), 309U + 3U);
     EXPECT_FALSE(ParseDecimal(std::string(400, '9')).has_value()) << "beyond the range of a double";
     EXPECT_EQ(ParseDecimal("-0." + std::string(400, '0') + "1"), 0.0);
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 20'000; ++i) {
+        std::string text = std::to_string(random()).substr(0, 1 + random() % 18);
+        text.insert(random() % (text.size() + 1), ".");
+        ASSERT_EQ(ParseDecimal(text), std::strtod(text.c_str(), nullptr)) << text;
+    }
 }
 
 TEST(FormatSettings, SeparatorsAreThoseOfTheUsersLocale) {

@@ -46,8 +46,6 @@ TEST(ElementHistory, KnowsRenamedElementsAndContentOfAnotherVersion) {
     EXPECT_EQ(history.Relation("tissV3_02_01.xsd", header, "Padrao", "versaoPadrao"), TRelation::Renamed);
     EXPECT_EQ(history.Relation("tissV3_05_00.xsd", header, "versaoPadrao", "origem"), TRelation::Distinct);
     EXPECT_EQ(history.Relation("tissV3_05_00.xsd", header, "intruso", "Padrao"), TRelation::None);
-    EXPECT_TRUE(history.IsApproximate("tissV3_01_00.xsd"));
-    EXPECT_FALSE(history.IsApproximate("tissV3_02_00.xsd"));
 
     const auto content = [&](const char* file, const std::vector<const char*>& attendance,
                              const char* named) {

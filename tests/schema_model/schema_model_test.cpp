@@ -57,6 +57,13 @@ TEST(SchemaModel, FilesShareTypesAndImportOthers) {
     EXPECT_THAT(models.front()->Versions(), testing::ElementsAre("1.00.00", "1.01.00", "2.00.00"));
     EXPECT_TRUE(models.front()->IsApproximate("1.01.00"));
     EXPECT_FALSE(models.front()->IsApproximate("2.00.00"));
+    for (const std::string version : {"1.01.00", "2.00.00"}) {
+        std::string xsd = MakeXsd(*models.front(), version);
+        EXPECT_TRUE(HasIntactSeal(xsd));
+        EXPECT_EQ(IsSealedApproximation(xsd), version == "1.01.00");
+        xsd.front() = ' ';
+        EXPECT_FALSE(HasIntactSeal(xsd) || IsSealedApproximation(xsd)) << "somebody changed it";
+    }
     EXPECT_EQ(models.front()->FileName("2.00.00"), "a2_00_00.xsd");
     const auto lines = Lines(MakeXsd(*models.front(), "1.00.00"));
     EXPECT_THAT(

@@ -53,6 +53,32 @@ TEST(XmlEncoding, DecodesAndWritesBackEveryByte) {
     }
 }
 
+TEST(XmlEncoding, FindsAByteThatIsNoUtf8AtAnyPlace) {
+    for (std::size_t at = 3; at < 3 + 3 * 64; ++at) {
+        std::string bytes = "<a>" + std::string(300, 'x') + "é</a>";
+        bytes[at] = '\xFF';
+        try {
+            DecodeXml(bytes);
+            ADD_FAILURE() << at;
+        } catch (const EXmlEncoding& error) {
+            EXPECT_EQ(error.Message()->FilePos(), static_cast<std::int32_t>(at));
+        }
+    }
+}
+
+TEST(XmlEncoding, TakesOverBytesThatAreTheirOwnText) {
+    std::string plain = "<?xml version='1.0' encoding='ISO-8859-1'?><a>x</a>";
+    const std::string copy = plain;
+    EXPECT_EQ(TakeXml(plain).Text, copy);
+    EXPECT_EQ(plain, "");
+    for (std::string bytes :
+         {"\xEF\xBB\xBF<a>é</a>", "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9</a>"}) {
+        const std::string before = bytes;
+        EXPECT_NE(TakeXml(bytes).Text, before);
+        EXPECT_EQ(bytes, before);
+    }
+}
+
 TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
     const std::string head = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
     EXPECT_EQ(EncodeXml(head + "<a b='→' c=\"é\">x→😀</a>", {}),

@@ -6,6 +6,7 @@
 #include "data/database_tuss.h"
 #include "data/tuss.h"
 #include "model/tiss_exceptions.h"
+#include "platform/file_memory.h"
 #include "platform/platform.h"
 #include "schema_model/built_in_folders.h"
 
@@ -169,7 +170,9 @@ class TCommandLine {
             ->option_text("NOME")
             ->expected(1)
             ->take_all();
-        command->add_option("--paralelo", validar_.Paralelo, "Arquivos validados ao mesmo tempo")
+        command
+            ->add_option("--paralelo", validar_.Paralelo,
+                         "Arquivos validados ao mesmo tempo; se omitido, um por processador")
             ->option_text("N")
             ->check(CLI::Range(1, 256));
         OnParsed(command, "ndjson", [this] { return RunValidar(context_, validar_); });
@@ -396,6 +399,20 @@ TDBConnectionFactory TCliContext::TerminologyFactory() const {
         [file = PathFromText(Terminologia)] { return TDatabaseTuss(file).CreateConnection(); });
 }
 
+TDBConnectionFactory TCliContext::KeptTerminology() const {
+    struct TKept {
+        TSeenFile File;
+        std::shared_ptr<ITussConnection> Connection;
+    };
+    return TDBConnectionFactory([file = PathFromText(Terminologia), kept = std::make_shared<TKept>()] {
+        const TDatabaseTuss database(file);
+        TSeenFile stamp = SeeFile(database.DatabaseFileName());
+        if (kept->Connection == nullptr || kept->File != stamp)
+            *kept = {std::move(stamp), database.CreateConnection()};
+        return kept->Connection;
+    });
+}
+
 std::filesystem::path TCliContext::ConfigFile() const {
     if (Config.empty())
         return TConfig::DefaultFile();
@@ -424,8 +441,8 @@ TConfig TCliContext::LoadConfig() const {
     return config;
 }
 
-std::unique_ptr<TValidadorController> TCliContext::NewController() const {
-    auto controller = std::make_unique<TValidadorController>(TerminologyFactory());
+std::unique_ptr<TValidadorController> TCliContext::NewController(TDBConnectionFactory terminology) const {
+    auto controller = std::make_unique<TValidadorController>(std::move(terminology));
     controller->SetSchemaFolder(Schemas());
     return controller;
 }

@@ -134,6 +134,9 @@ class TReporter {
         : formato_(context.Formato), todas_(options.Todas), detalhar_(options.Detalhar),
           palette_(context.Streams.OutIsTerminal) {}
 
+    /// Whether what was found right is listed.
+    bool ListsSuccesses() const { return todas_; }
+
     std::string Report(const TValidateArgs& result, const std::string& versao) const {
         std::unordered_set<const TXmlMessage*> shown;
         for (const auto& message : result.ValidationMessages)
@@ -282,7 +285,8 @@ class TReporter {
 };
 
 /// Validates one file; whatever happens, a report comes of it.
-TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, const TInput& input,
+TFileReport ValidateFile(const TCliContext& context, const TDBConnectionFactory& terminology,
+                         const TReporter& reporter, const TInput& input,
                          const std::vector<std::string>& enabled, bool oneOfSeveral) {
     const std::string& name = input.Name;
     TFileReport report;
@@ -297,7 +301,8 @@ TFileReport ValidateFile(const TCliContext& context, const TReporter& reporter, 
             unreadable(input.Failure);
             return report;
         }
-        const auto controller = context.NewController();
+        const auto controller = context.NewController(terminology);
+        controller->SetKeepSuccesses(reporter.ListsSuccesses());
         std::shared_ptr<const std::string> text;
         controller->Events().OnFileOpen.Subscribe(
             [&](TFileOpenArgs& args) { text = std::move(args.SharedContent); });
@@ -464,14 +469,17 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
     TOutput output(context, inputs.size());
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
+        const TDBConnectionFactory terminology = context.KeptTerminology();
         for (std::size_t index = next++; index < inputs.size(); index = next++) {
             output.Progress().Begin(inputs[index].Name);
-            output.Add(index, ValidateFile(context, reporter, inputs[index], enabled, inputs.size() > 1));
+            output.Add(index, ValidateFile(context, terminology, reporter, inputs[index], enabled,
+                                           inputs.size() > 1));
         }
     };
     std::vector<std::jthread> threads;
+    const std::size_t workers = options.Paralelo.value_or(std::max(1U, std::thread::hardware_concurrency()));
     try {
-        for (std::size_t i = 1; i < std::min(static_cast<std::size_t>(options.Paralelo), inputs.size()); ++i)
+        for (std::size_t i = 1; i < std::min(workers, inputs.size()); ++i)
             threads.emplace_back(work);
     } catch (const std::system_error&) {
         context.Warning(fmt::format("o sistema só permite {} ao mesmo tempo",

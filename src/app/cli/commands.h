@@ -36,12 +36,18 @@ struct TCliContext {
     /// The schema folder; unless the user named one, backed by the schemas that come with the program.
     TSchemaFolder Schemas() const;
     TDBConnectionFactory TerminologyFactory() const;
+    /// The same for many files in one thread: a connection is handed out again as long as the database file
+    /// is the same.
+    TDBConnectionFactory KeptTerminology() const;
     /// The configuration file: the one that the user named, else the one in the data folder. Raises
     /// EInvalidConfig for a named one that does not exist.
     std::filesystem::path ConfigFile() const;
     /// Its content; tells names in it that are no rule's.
     TConfig LoadConfig() const;
-    std::unique_ptr<TValidadorController> NewController() const;
+    std::unique_ptr<TValidadorController> NewController() const {
+        return NewController(TerminologyFactory());
+    }
+    std::unique_ptr<TValidadorController> NewController(TDBConnectionFactory terminology) const;
     /// Writes "conferix: erro: ..." to standard error.
     void Error(const std::string& text) const;
     void Warning(const std::string& text) const;
@@ -67,7 +73,7 @@ struct TValidarOptions {
     bool Todas = false;
     bool Detalhar = false; ///< every finding by itself
     bool SemSubpastas = false;
-    int Paralelo = 1;
+    std::optional<unsigned> Paralelo; ///< files at a time; nothing: as many as there are processors
 };
 int RunValidar(const TCliContext& context, const TValidarOptions& options);
 int RunInformar(const TCliContext& context, const std::string& arquivo);

@@ -1,5 +1,7 @@
 #include "rules/monitoring/campo_validation.h"
 
+#include "rules/monitoring/guia_reader.h"
+
 namespace conferix {
 
 void TCampoValidation::Visit(const IGuiaMonitoramento& guia) {
@@ -10,7 +12,7 @@ void TCampoValidation::Visit(const IGuiaMonitoramento& guia) {
         return;
     }
     TGuiaFields fields;
-    fields.Read(guia);
+    TGuiaReader().Read(guia, fields);
     Check(fields);
 }
 

@@ -38,11 +38,9 @@ struct TItemFields {
     bool HasPackage = false;          ///< has components, which Item lists
 };
 
-/// The fields of one guide, read in one pass because some fifty rules ask for them. The document has to
-/// outlive it, and what it holds speaks of the document as it was read.
+/// The fields of one guide, as TGuiaReader reads them for some fifty rules. The document has to outlive it,
+/// and what it holds speaks of the document as it was read.
 struct TGuiaFields {
-    /// Reads a guide in place of the one before.
-    void Read(const TGuiaMonitoramento& guia);
     /// Whether the guide is a reimbursement to the beneficiary.
     bool IsReembolso() const { return OrigemEventoAtencao.Text() == "4"; }
     /// Sum of one number of all items; what is absent or no number adds nothing.

@@ -1,6 +1,7 @@
 #include "rules/monitoring/lote_monitoramento_validation.h"
 
 #include "platform/format_settings.h"
+#include "rules/monitoring/guia_reader.h"
 #include "rules/tuss_validation.h"
 
 #include <fmt/chrono.h>
@@ -53,9 +54,11 @@ void TLoteAteDezMilGuias::Visit(const IMonitoramento& monitoramento) {
 
 void TGuiaDoLoteValidation::Visit(const IMonitoramento& monitoramento) {
     StartVisit();
+    TGuiaReader reader;
+    TGuiaFields fields;
     for (const TGuiaMonitoramento& guia : monitoramento.Lote().GuiasMonitoramento()) {
-        fields_.Read(guia);
-        const TCurrentGuia current(Run(), fields_);
+        reader.Read(guia, fields);
+        const TCurrentGuia current(Run(), fields);
         VisitChildren(guia);
     }
 }

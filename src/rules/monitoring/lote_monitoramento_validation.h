@@ -18,9 +18,6 @@ class TGuiaDoLoteValidation : public TGuiaMonitoramentoBaseValidation {
     using TGuiaMonitoramentoBaseValidation::TGuiaMonitoramentoBaseValidation;
     using TValidation::Visit;
     void Visit(const IMonitoramento& monitoramento) override;
-
-  private:
-    TGuiaFields fields_;
 };
 
 /// All rules of a lot; reads from its header what the rules of a guide compare with.

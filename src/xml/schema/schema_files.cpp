@@ -1,11 +1,10 @@
 #include "xml/schema/schema_files.h"
 
+#include "platform/platform.h"
 #include "xml/schema/schema_set.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_parser.h"
 
-#include <fstream>
-#include <iterator>
 #include <optional>
 
 namespace conferix {
@@ -18,11 +17,11 @@ std::string ReadBytes(const std::filesystem::path& path, const std::string& name
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error))
         throw ESchemaInvalido(name, 0, "o arquivo não existe ou não pode ser aberto");
-    std::ifstream stream(path, std::ios::binary);
-    std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-    if (stream.bad() || !stream.is_open())
+    try {
+        return ReadWholeFile(path);
+    } catch (const EFileNotRead&) {
         throw ESchemaInvalido(name, 0, "o arquivo não pode ser lido");
-    return bytes;
+    }
 }
 
 std::string FileName(const std::filesystem::path& path) {

@@ -128,6 +128,9 @@ class TAutomatonBuilder {
     }
 
     void CheckState(const std::vector<std::uint32_t>& targets, std::optional<std::uint32_t> repeated) {
+        // Most states lead to few places, of which none can be confused with another.
+        if (targets.size() + (repeated ? 1 : 0) < 2)
+            return;
         symbols_.clear();
         std::vector<std::uint32_t> wildcards;
         const auto add = [&](std::uint32_t target) {

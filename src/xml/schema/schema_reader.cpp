@@ -240,7 +240,7 @@ void TSchemaReader::CompileAll(const TSchemaFiles& files) {
 TSchemaReader::TTypeReference TSchemaReader::FindType(const TSchemaFile& file, const TXmlNode& node,
                                                       std::string_view qualified, int depth) {
     const TSchemaReference reference = file.Resolve(node, qualified);
-    const std::pair key(InternNamespace(reference.Uri), std::string(reference.Local));
+    const std::pair key(InternNamespace(reference.Uri), reference.Local);
     if (const auto simple = simple_.find(key); simple != simple_.end()) {
         if (simple->second.State == TState::Running)
             file.Fail(node, "o tipo " + Quoted(reference.Local) + " deriva de si mesmo");
@@ -261,7 +261,8 @@ TSchemaReader::TTypeReference TSchemaReader::FindType(const TSchemaFile& file, c
 TSchemaComplexType* TSchemaReader::SignatureType(const TSchemaReference& reference) {
     if (reference.Local != "assinaturaDigital" && reference.Local != "Signature")
         return nullptr;
-    const auto base = complex_.find({InternNamespace(kSignatureNamespace), "SignatureType"});
+    const auto base =
+        complex_.find(std::pair(InternNamespace(kSignatureNamespace), std::string_view("SignatureType")));
     if (base == complex_.end() || reference.Uri == kSignatureNamespace)
         return nullptr;
     CompileComplex(base->second, 0);
@@ -518,7 +519,7 @@ const TSchemaElement* TSchemaReader::ReadElement(const TSchemaFile& file, const 
 const TSchemaElement* TSchemaReader::ReferredElement(const TSchemaFile& file, const TXmlNode& node,
                                                      std::string_view qualified) {
     const TSchemaReference reference = file.Resolve(node, qualified);
-    const auto found = elements_.find({InternNamespace(reference.Uri), std::string(reference.Local)});
+    const auto found = elements_.find(std::pair(InternNamespace(reference.Uri), reference.Local));
     if (found == elements_.end())
         file.Fail(node, "o elemento " + Quoted(qualified) + " não foi encontrado");
     return found->second.second;

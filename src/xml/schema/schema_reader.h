@@ -44,8 +44,18 @@ class TSchemaReader {
         TSchemaComplexType* Complex = nullptr;
     };
     using TParticlePtr = std::shared_ptr<const TSchemaParticle>;
+    /// A name of a namespace; looked up without a copy of its text.
+    using TName = std::pair<std::uint32_t, std::string>;
+    struct TNameOrder {
+        using is_transparent = void;
+        template<class Left, class Right>
+        bool operator()(const Left& left, const Right& right) const {
+            return left.first != right.first ? left.first < right.first
+                                             : std::string_view(left.second) < std::string_view(right.second);
+        }
+    };
     template<class T>
-    using TByName = std::map<std::pair<std::uint32_t, std::string>, T>;
+    using TByName = std::map<TName, T, TNameOrder>;
 
     explicit TSchemaReader(TSchemaSet& set) : set_(set) {}
 

@@ -1,88 +1,29 @@
 #include "xml/schema/schema_set.h"
 
+#include "platform/file_memory.h"
+#include "platform/platform.h"
 #include "xml/schema/schema_files.h"
 #include "xml/schema/schema_reader.h"
 
 #include <algorithm>
-#include <map>
-#include <mutex>
-#include <optional>
 
 namespace conferix {
 
-namespace {
-
-/// What tells that a file was not changed since it was read.
-struct TStamp {
-    std::filesystem::path Path;
-    std::filesystem::file_time_type Time;
-    std::uintmax_t Size = 0;
-    bool operator==(const TStamp&) const = default;
-};
-
-std::optional<TStamp> StampOf(const std::filesystem::path& path) {
-    std::error_code error;
-    const auto time = std::filesystem::last_write_time(path, error);
-    if (error)
-        return std::nullopt;
-    const auto size = std::filesystem::file_size(path, error);
-    if (error)
-        return std::nullopt;
-    return TStamp{path, time, size};
-}
-
-struct TCached {
-    std::vector<TStamp> Stamps;
-    std::shared_ptr<const TSchemaSet> Set;
-};
-
-/// Sets by the canonical path of their main file, shared by all threads.
-class TSchemaCache {
-  public:
-    std::shared_ptr<const TSchemaSet> Find(const std::filesystem::path& path) {
-        const std::lock_guard lock(mutex_);
-        const auto found = sets_.find(path);
-        if (found == sets_.end())
-            return nullptr;
-        const auto& stamps = found->second.Stamps;
-        const bool current = std::all_of(stamps.begin(), stamps.end(),
-                                         [](const TStamp& stamp) { return StampOf(stamp.Path) == stamp; });
-        return current ? found->second.Set : nullptr;
-    }
-
-    void Keep(const std::filesystem::path& path, std::vector<TStamp> stamps,
-              std::shared_ptr<const TSchemaSet> set) {
-        const std::lock_guard lock(mutex_);
-        sets_[path] = {std::move(stamps), std::move(set)};
-    }
-
-  private:
-    std::mutex mutex_;
-    std::map<std::filesystem::path, TCached> sets_;
-};
-
-TSchemaCache& Cache() {
-    static TSchemaCache cache;
-    return cache;
-}
-
-} // namespace
-
 std::shared_ptr<const TSchemaSet> TSchemaSet::Load(const std::filesystem::path& mainFile) {
+    static TFileMemory<std::shared_ptr<const TSchemaSet>> memory;
     std::error_code error;
     std::filesystem::path path = std::filesystem::weakly_canonical(mainFile, error);
     if (error)
         path = mainFile;
-    if (auto known = Cache().Find(path))
-        return known;
+    const std::string name = PathText(path);
+    if (auto known = memory.Find(name))
+        return *known;
     const TSchemaFiles files(path);
-    std::vector<TStamp> stamps;
+    std::vector<TSeenFile> stamps;
     for (const auto& file : files.All())
-        if (const auto stamp = StampOf(file->Path()))
-            stamps.push_back(*stamp);
+        stamps.push_back(SeeFile(file->Path()));
     auto set = TSchemaReader::Read(files, mainFile);
-    if (stamps.size() == files.All().size())
-        Cache().Keep(path, std::move(stamps), set);
+    memory.Keep(name, std::move(stamps), set);
     return set;
 }
 
