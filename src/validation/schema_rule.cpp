@@ -167,7 +167,9 @@ std::string CauseOf(const TSchemaFault& fault) {
         return cause;
     }
     default:
-        return fmt::format("{} {} {} {}", static_cast<int>(fault.Code), fault.Parent, fault.Name,
+        // A value remains what it is wherever its element is moved.
+        return fmt::format("{} {} {} {}", static_cast<int>(fault.Code),
+                           fault.Type == nullptr ? fault.Parent : std::string(), fault.Name,
                            CutText(fault.Found));
     }
 }

@@ -58,9 +58,9 @@ class TRun {
     /// Damages a place by a kind of fault so that there is one more fault; false where no place was found.
     bool Damage(const std::string& kind) {
         constexpr int kTries = 40;
+        const std::size_t faults = FaultsOf(Text());
         for (int i = 0; i < kTries; ++i) {
             auto before = lot_.second->Clone();
-            const std::size_t faults = FaultsOf(Text());
             Collect();
             TGeneratedNode& node = *nodes_[Below(nodes_.size())];
             const auto parent = parents_.find(&node);
@@ -88,6 +88,8 @@ class TRun {
         nodes_.clear();
         parents_.clear();
         const std::function<void(TGeneratedNode&)> walk = [&](TGeneratedNode& node) {
+            if (node.Name.ends_with("Signature") || node.Name.starts_with("assinatura"))
+                return; // what is signed is not repaired
             nodes_.push_back(&node);
             for (const auto& child : node.Children) {
                 parents_[child.get()] = &node;
@@ -260,7 +262,9 @@ const std::map<std::string, TRun::TDamage>& TRun::Kinds() {
          [](TRun& run, TGeneratedNode& node, TGeneratedNode&) { return run.AddEmpty(node); }},
         {"código sem o zero à esquerda", OfValue({String},
                                                  [](TGeneratedNode& node) {
-                                                     if (!Digits(node.Text) || node.Text.front() != '0')
+                                                     // Of a CPF or CNPJ any digit may be missing.
+                                                     if (!Digits(node.Text) || node.Text.front() != '0' ||
+                                                         node.Text.size() < 2 || node.Text.size() > 8)
                                                          return false;
                                                      node.Text.erase(0, 1);
                                                      return true;
