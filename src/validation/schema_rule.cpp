@@ -166,6 +166,12 @@ std::string CauseOf(const TSchemaFault& fault) {
             cause += fmt::format("{}falta {} {}", cause.empty() ? "" : "\n", fault.Parent, name);
         return cause;
     }
+    case TSchemaFaultCode::UnknownElement:
+    case TSchemaFaultCode::WrongCase:
+    case TSchemaFaultCode::WrongNamespace:
+    case TSchemaFaultCode::Misspelled:
+    case TSchemaFaultCode::RenamedElement:
+        return fmt::format("nome {} {}", fault.Parent, fault.Name);
     default:
         // A value remains what it is wherever its element is moved.
         return fmt::format("{} {} {} {}", static_cast<int>(fault.Code),

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <utility>
 
 namespace conferix {
 namespace {
@@ -118,6 +119,21 @@ TEST(XmlWriter, ChangesOnlyWhatWasChanged) {
          },
          "<a>\n  <d>1\n    2</d>\n  <b/>\n  <w>\n    <c>\n      <e>\n    </e>\n    </c>\n    <f>9</f>\n  "
          "</w>\n</a>"},
+        {"into an empty tag on lines, in what is moved too",
+         "<a>\n  <b></b>\n  <c/>\n  <d>1</d>\n  <e>2</e>\n</a>",
+         [](TXmlDocument& d) {
+             TXmlNode* wrap = d.NewTag("w");
+             Element(d).InsertChild(*wrap, Element(d).FirstChild());
+             for (const auto& [name, into] : {std::pair("d", "b"), std::pair("e", "c")}) {
+                 TXmlNode* moved = Element(d).Child(name);
+                 moved->Remove();
+                 Element(d).Child(into)->InsertChild(*moved, nullptr);
+             }
+             TXmlNode* moved = Element(d).Child("b");
+             moved->Remove();
+             wrap->InsertChild(*moved, nullptr);
+         },
+         "<a>\n  <w>\n    <b>\n      <d>1</d>\n    </b>\n  </w>\n  <c>\n    <e>2</e>\n  </c>\n</a>"},
         {"into an empty tag, and out of what goes", "<a><b/><c><d>1</d><e/></c></a>",
          [](TXmlDocument& d) {
              TXmlNode* old = Element(d).Child("c");

@@ -398,11 +398,13 @@ class TContentRecovery {
                 ++i;
                 continue;
             }
-            std::size_t taken = TakeIntoWrapper(i, true);
+            std::size_t taken = TakeIntoWrapper(i, TWrapping::Missing);
+            if (taken == 0)
+                taken = TakeIntoWrapper(i, TWrapping::Whole);
             if (taken == 0)
                 taken = TakeIntoSibling(i) ? 1 : 0;
             if (taken == 0)
-                taken = TakeIntoWrapper(i, false);
+                taken = TakeIntoWrapper(i, TWrapping::Possible);
             i += std::max<std::size_t>(1, taken);
         }
     }
@@ -432,8 +434,28 @@ class TContentRecovery {
                 Resembles(*PositionOf(type, child.Name.Symbol)->Element, *child.Node));
     }
 
+    /// Which elements are looked for around some children.
+    enum class TWrapping : std::uint8_t {
+        Missing, ///< that have to be here
+        Whole,   ///< that may be here, and of which the children are the content, several at least
+        Possible ///< that may be here
+    };
+
+    /// True when the children of some items are the content of an element, or of several where it can repeat.
+    bool IsContent(std::uint32_t wrapper, std::size_t first, std::size_t count) {
+        const TSchemaAutomaton& automaton = ContainerType(automaton_.Positions[wrapper].Element)->Automaton;
+        std::optional<std::uint32_t> state = 0;
+        for (std::size_t i = first; i < first + count && state; ++i) {
+            const std::string_view name = NodeOf(items_[i]).LocalName();
+            const auto next = automaton.After(*state, name);
+            const bool again = !next && automaton.Accepting[*state] != 0 && Repeats(wrapper);
+            state = again ? automaton.After(0, name) : next;
+        }
+        return state && automaton.Accepting[*state] != 0;
+    }
+
     /// Looks for an element of which the children stand here without it; answers how many items it takes.
-    std::size_t TakeIntoWrapper(std::size_t first, bool mandatory) {
+    std::size_t TakeIntoWrapper(std::size_t first, TWrapping wrapping) {
         TMissing* missing = nullptr;
         std::uint32_t wrapper = kNone;
         std::size_t count = 0;
@@ -441,6 +463,8 @@ class TContentRecovery {
         const auto consider = [&](std::uint32_t p, TMissing* entry) {
             const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
             const std::size_t run = type != nullptr ? RunKnownTo(*type, first) : 0;
+            if (wrapping == TWrapping::Whole && (run < 2 || !IsContent(p, first, run)))
+                return;
             sure = sure && (run < count || p == wrapper);
             if (run <= count || (entry == nullptr && run < 2 && !IsOnlyWrapperOf(p, first)))
                 return;
@@ -449,7 +473,7 @@ class TContentRecovery {
             wrapper = p;
             missing = entry;
         };
-        if (mandatory) {
+        if (wrapping == TWrapping::Missing) {
             for (TMissing& entry : std::span(missing_).first(std::min(missing_.size(), kMissingSearched)))
                 if (!entry.Explained)
                     for (const std::uint32_t p : entry.Alternatives)
@@ -490,10 +514,11 @@ class TContentRecovery {
         const TSchemaPosition* Child = nullptr; ///< in the content of the sibling
         const TSchemaComplexType* Content = nullptr;
         const TXmlNode* Element = nullptr;
-        bool Fits = false; ///< the sibling's content is right with the child
+        bool Fits = false;    ///< the sibling's content is right with the child
+        bool Repeats = false; ///< there may be several siblings like it
     };
 
-    TTaker TakerAt(const TItem& item, const TItem& sibling, std::uint32_t child) const {
+    TTaker TakerAt(const TItem& item, const TItem& sibling, std::uint32_t child) {
         TTaker taker;
         if (sibling.Position == kNone)
             return taker;
@@ -503,6 +528,7 @@ class TContentRecovery {
             taker.Child = PositionOf(*taker.Content, children_[item.First].Name.Symbol);
         if (taker.Child == nullptr || taker.Element->Child(taker.Child->Element->Name) != nullptr)
             return {};
+        taker.Repeats = Repeats(sibling.Position);
         taker.Fits = IsRightWith(*taker.Content, *taker.Element, taker.Child->Element->Name);
         return taker;
     }
@@ -551,8 +577,19 @@ class TContentRecovery {
         }
         if (best.Child == nullptr)
             return false;
-        TakeInto(item, best, few && (fitting == 1 || (fitting == 0 && lacking == 1)));
+        TakeInto(item, best,
+                 few && (fitting == 1 || (fitting == 0 && lacking == 1)) && !HasCompany(at, best));
         return true;
+    }
+
+    /// True when the child next to an unknown one belongs with it: two elements of the name of the taker may
+    /// have been meant, where it can repeat.
+    bool HasCompany(std::size_t at, const TTaker& taker) {
+        const auto same = [&](std::size_t other) {
+            return items_[other].Candidates.empty() &&
+                   PositionOf(*taker.Content, children_[items_[other].First].Name.Symbol) != nullptr;
+        };
+        return taker.Repeats && ((at > 0 && same(at - 1)) || (at + 1 < items_.size() && same(at + 1)));
     }
 
     /// The children of an item from the near end on, as far as a search goes.
