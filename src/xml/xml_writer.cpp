@@ -236,6 +236,11 @@ class TXmlTreeWriter {
             out_ += '>';
             copied_ = node.byteEnd_;
         }
+        if ((node.flags_ & TXmlNode::kChildRemoved) != 0 && !filled && !selfClosed) {
+            // The layout of what was in it would be a value now.
+            CopyTo(std::max<std::size_t>(node.contentStart_, copied_));
+            copied_ = EndTagStart(node);
+        }
         if ((node.flags_ & TXmlNode::kValueChanged) != 0) {
             CopyTo(std::max<std::size_t>(node.contentStart_, copied_));
             AppendEscaped(out_, node.Value(), false);

@@ -68,6 +68,8 @@ TEST(XmlWriter, ChangesOnlyWhatWasChanged) {
          "<a  q=\"a&quot;b&lt;&#10;\" r='3' s=\"4\" />"},
         {"removal takes the layout before it", "<a>\n  <b/>\n  <c>1</c>\n  <d/>\n</a>",
          [](TXmlDocument& d) { Element(d).Child("c")->Remove(); }, "<a>\n  <b/>\n  <d/>\n</a>"},
+        {"removal of all leaves nothing", "<a>\n  <b>\n    <c/>\n  </b>\n</a>",
+         [](TXmlDocument& d) { Element(d).Child("b")->Child("c")->Remove(); }, "<a>\n  <b></b>\n</a>"},
         {"insertion takes over the layout", "<a>\n  <b/>\n  <d/>\n</a>",
          [](TXmlDocument& d) {
              Element(d).InsertChild(*d.NewTag("c", "1"), Element(d).Child("d"));
