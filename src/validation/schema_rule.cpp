@@ -214,8 +214,16 @@ std::string CauseOf(const TSchemaFault& fault) {
             cause += fmt::format("{}falta {} {}", cause.empty() ? "" : "\n", fault.Parent, name);
         return cause;
     }
+    case TSchemaFaultCode::UnknownElement:
+    case TSchemaFaultCode::WrongCase:
+    case TSchemaFaultCode::WrongNamespace:
+    case TSchemaFaultCode::Misspelled:
+    case TSchemaFaultCode::RenamedElement:
+        return fmt::format("nome {} {}", fault.Parent, fault.Name);
     default:
-        return fmt::format("{} {} {} {}", static_cast<int>(fault.Code), fault.Parent, fault.Name,
+        // A value remains what it is wherever its element is moved.
+        return fmt::format("{} {} {} {}", static_cast<int>(fault.Code),
+                           fault.Type == nullptr ? fault.Parent : std::string(), fault.Name,
                            CutText(fault.Found));
     }
 }

@@ -2,6 +2,7 @@
 
 #include "platform/utf8.h"
 #include "validation/namespace_solver.h"
+#include "validation/signature.h"
 #include "validation/structure_order.h"
 #include "validation/value_repair.h"
 #include "xml/cut_text.h"
@@ -36,6 +37,17 @@ bool DeclaresPrefix(const TXmlNode& node, std::string_view prefix) {
                                [prefix](const TXmlAttribute& a) { return Declares(a, prefix); });
 }
 
+/// True when an element or something below it has a prefix.
+bool UsesPrefix(const TXmlNode& node, std::string_view prefix) {
+    for (const TXmlNode* at = &node; at != nullptr; at = at->NextInWalk(&node))
+        if (at->IsTag() && (at->Prefix() == prefix ||
+                            (!prefix.empty() && std::ranges::any_of(at->Attributes(), [&](const auto& a) {
+                                return a.Name().Prefix == prefix;
+                            }))))
+            return true;
+    return false;
+}
+
 /// The value of an element for a description.
 std::string Quoted(std::string_view value) {
     return QuoteText(value);
@@ -66,7 +78,7 @@ class TRenameSolver : public TStructureSolver {
     const TSchemaComplexType* content_;
 };
 
-/// Gives an element, and what is below it in the same namespace, the prefix of another namespace.
+/// Gives an element, and those in it that follow it in its prefix, the prefix of another namespace.
 class TPrefixSolver : public TStructureSolver {
   public:
     TPrefixSolver(TFilePtr file, TXmlNode& node, std::string prefix)
@@ -100,31 +112,20 @@ class TPrefixSolver : public TStructureSolver {
         const std::string old(Node().Prefix());
         bool used = false;
         for (TXmlNode* at = &Node(); at != nullptr;) {
-            const bool redeclared =
-                at != &Node() && (DeclaresPrefix(*at, old) || DeclaresPrefix(*at, prefix_));
-            if (at->IsTag() && at->Prefix() == old) {
-                used = used || redeclared;
-                if (!redeclared)
-                    at->SetPrefix(prefix_);
-            }
-            used = used || std::ranges::any_of(at->Attributes(), [&](const TXmlAttribute& a) {
-                       return !old.empty() && a.Name().Prefix == old;
-                   });
-            at = redeclared ? Past(*at) : at->NextInWalk(&Node());
+            const bool changes =
+                at == &Node() || (at->IsTag() && at->Prefix() == old && !IsSignature(*at) &&
+                                  !DeclaresPrefix(*at, old) && !DeclaresPrefix(*at, prefix_));
+            if (changes)
+                at->SetPrefix(prefix_);
+            else
+                used = used || UsesPrefix(*at, old);
+            at = changes ? at->NextInWalk(&Node()) : AfterSubtree(at, &Node());
         }
         if (!used && old != prefix_)
             Node().RemoveAttribute(old.empty() ? std::string("xmlns") : "xmlns:" + old);
     }
 
   private:
-    /// The node after an element and all that it holds.
-    TXmlNode* Past(TXmlNode& node) const {
-        TXmlNode* at = &node;
-        while (at != &Node() && at->NextSibling() == nullptr)
-            at = at->Parent();
-        return at != &Node() ? at->NextSibling() : nullptr;
-    }
-
     std::string prefix_;
 };
 
@@ -212,14 +213,10 @@ class TWrapSolver : public TStructureSolver {
         std::uint32_t state = 0;
         std::size_t count = 0;
         for (const TXmlNode* node = &first; node != nullptr && count < most; node = node->NextSiblingTag()) {
-            const auto is = [&](std::uint32_t p) {
-                const TSchemaElement* element = automaton.Positions[p].Element;
-                return element != nullptr && element->Name == node->LocalName();
-            };
-            if (const auto follow = automaton.Follow(state); std::ranges::any_of(follow, is))
-                state = *std::ranges::find_if(follow, is) + 1;
-            else if (state == 0 || !(automaton.Positions[state - 1].Max > 1 && is(state - 1)))
+            const auto next = automaton.After(state, node->LocalName());
+            if (!next)
                 return automaton.Accepting[state] != 0 && count > 0 ? count : most;
+            state = *next;
             ++count;
         }
         return count;
@@ -344,6 +341,14 @@ class TValueSolver : public TStructureSolver {
     std::string value_;
 };
 
+/// True for what stands inside a signature, which no change leaves valid.
+bool IsSignedContent(const TXmlNode& node) {
+    for (const TXmlNode* at = node.Parent(); at != nullptr; at = at->Parent())
+        if (IsSignature(*at) || IsSignatureWrapper(*at))
+            return true;
+    return false;
+}
+
 /// The beginning of a text that its type admits; nothing for what is no text of several words.
 std::optional<std::string> CutToLimit(const TSchemaFault& fault) {
     std::string_view text = fault.Found;
@@ -369,6 +374,8 @@ void TStructureSolver::Solve() {
 std::vector<std::shared_ptr<ISolver>> StructureSolversOf(const TSchemaFault& fault, const TFilePtr& file,
                                                          const TSchemaPtr& schema) {
     std::vector<std::shared_ptr<ISolver>> solvers;
+    if (IsSignedContent(*fault.Node))
+        return solvers;
     TXmlNode& node = const_cast<TXmlNode&>(*fault.Node); // of the file's tree, which corrections may change
     const auto add = [&]<class TSolver>(std::shared_ptr<TSolver> solver) {
         solvers.push_back(std::move(solver));

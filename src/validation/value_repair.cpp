@@ -101,13 +101,13 @@ TReading NumberOf(std::string_view text) {
 }
 
 void AddNumber(const TSchemaSimpleType& type, std::string_view text, std::set<std::string>& readings) {
-    const bool negative = text.starts_with('-');
+    const bool hasSign = text.starts_with('-') || text.starts_with('+');
     TReading number =
-        text.size() > (negative ? 1U : 0U) ? NumberOf(text.substr(negative ? 1 : 0)) : std::nullopt;
+        text.size() > (hasSign ? 1U : 0U) ? NumberOf(text.substr(hasSign ? 1 : 0)) : std::nullopt;
     if (!number)
         return;
-    if (negative)
-        number->insert(0, 1, '-');
+    if (hasSign)
+        number->insert(0, 1, text.front());
     // Zeros at the end of the decimals go as far as the type demands it.
     while (type.Check(*number) && number->find('.') != std::string::npos &&
            (number->back() == '0' || number->back() == '.'))

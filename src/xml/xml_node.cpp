@@ -283,6 +283,7 @@ void TXmlNode::Remove() {
     *link = nextSibling_;
     if ((flags_ & kNew) == 0)
         document.removed_.push_back({byteStart_, byteEnd_});
+    parent_->flags_ |= kChildRemoved;
     nextSibling_ = nullptr;
     document.changed_ = true;
     parent_ = nullptr;

@@ -216,6 +216,7 @@ class TXmlNode {
         kAttributesChanged = 8,
         kChildInserted = 16,
         kMoved = 32, ///< of the parsed text, but in another place of the tree
+        kChildRemoved = 64,
     };
 
     template<class Node>

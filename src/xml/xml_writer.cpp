@@ -236,6 +236,11 @@ class TXmlTreeWriter {
             out_ += '>';
             copied_ = node.byteEnd_;
         }
+        if ((node.flags_ & TXmlNode::kChildRemoved) != 0 && !filled && !selfClosed) {
+            // The layout of what was in it would be a value now.
+            CopyTo(std::max<std::size_t>(node.contentStart_, copied_));
+            copied_ = EndTagStart(node);
+        }
         if ((node.flags_ & TXmlNode::kValueChanged) != 0) {
             CopyTo(std::max<std::size_t>(node.contentStart_, copied_));
             AppendEscaped(out_, node.Value(), false);
@@ -266,10 +271,12 @@ class TXmlTreeWriter {
         }
         if (SelfClosed(node)) {
             const bool filled = node.HasValue() || node.FirstChild() != nullptr;
+            LayOutEnd(node);
             if (filled && (node.flags_ & (TXmlNode::kValueChanged | TXmlNode::kChildInserted)) != 0)
                 EndTag(node);
             return;
         }
+        LayOutEnd(node);
         if ((node.flags_ & TXmlNode::kNameChanged) == 0)
             return;
         CopyTo(EndTagStart(node));
@@ -349,7 +356,7 @@ class TXmlTreeWriter {
             EnterNewParent(node);
         } else {
             layout = PlaceAmongSource(node);
-            out_ += layout;
+            out_ += Shifted(layout);
         }
         out_ += '<';
         out_ += node.QualifiedName();
@@ -362,7 +369,7 @@ class TXmlTreeWriter {
             out_ += node.FirstChild() != nullptr ? "/" : "/>";
         }
         if (node.FirstChild() != nullptr && IsMoved(*node.FirstChild()))
-            wraps_.push_back({&node, layout});
+            wraps_.push_back({&node, layout, Shifted(layout)});
     }
 
     /// Goes on at the source of a moved node, after its own layout, indented as its new neighbours are.
@@ -373,11 +380,14 @@ class TXmlTreeWriter {
         if (IsNew(*node.Parent())) {
             EnterNewParent(node);
             if (lines && !wraps_.empty())
-                indent.To = IndentBelow(*wraps_.back().Node, wraps_.back().Layout);
+                indent.To = IndentBelow(*wraps_.back().Node, wraps_.back().Source);
         } else if (const std::string_view layout = PlaceAmongSource(node);
                    lines && layout.find('\n') != std::string_view::npos) {
             indent.To = IndentOf(layout);
+        } else if (lines && IsFilled(*node.Parent())) {
+            indent.To = IndentBelow(*node.Parent(), LayoutBefore(node.Parent()->byteStart_));
         }
+        indent.To = IndentOf(Shifted("\n" + indent.To));
         if (text_.substr(node.byteStart_, node.byteEnd_ - node.byteStart_).find("<!") !=
             std::string_view::npos)
             indent.To = indent.From; // what stands in comments and CDATA sections is no layout
@@ -387,7 +397,33 @@ class TXmlTreeWriter {
         copied_ = node.byteStart_;
     }
 
-    /// The indentation of the children of a new element: one step more than its own.
+    /// A layout of the text as it has to be at the place that is being written.
+    std::string Shifted(std::string_view layout) const {
+        std::string shifted(layout);
+        const std::size_t line = layout.rfind('\n');
+        if (!moves_.empty() && line != std::string_view::npos &&
+            layout.substr(line + 1).starts_with(moves_.back().Indent.From))
+            shifted.replace(line + 1, moves_.back().Indent.From.size(), moves_.back().Indent.To);
+        return shifted;
+    }
+
+    /// True for an element that was empty and now holds others.
+    bool IsFilled(const TXmlNode& node) const {
+        if ((node.flags_ & TXmlNode::kChildInserted) == 0 || IsNew(node) || node.FirstChildTag() == nullptr)
+            return false;
+        const std::size_t end = SelfClosed(node) ? node.byteEnd_ : EndTagStart(node);
+        return node.contentStart_ == end;
+    }
+
+    /// The layout before the end tag of an element that was empty and takes what stood on lines of its own.
+    void LayOutEnd(const TXmlNode& node) {
+        const TXmlNode* first = node.FirstChildTag();
+        if (IsFilled(node) && IsMoved(*first) &&
+            LayoutBefore(first->byteStart_).find('\n') != std::string_view::npos)
+            out_ += Shifted(LayoutBefore(node.byteStart_));
+    }
+
+    /// The indentation of the children of an element: one step more than its own.
     std::string IndentBelow(const TXmlNode& node, std::string_view layout) const {
         const std::string own(IndentOf(layout));
         const std::string_view above = IndentOf(LayoutBefore(node.Parent()->byteStart_));
@@ -418,7 +454,8 @@ class TXmlTreeWriter {
     /// A new element around moved ones, with the layout that stands before both its tags.
     struct TWrap {
         const TXmlNode* Node;
-        std::string_view Layout;
+        std::string_view Source; ///< the layout where it was taken from
+        std::string Layout;
     };
 
     const TXmlDocument& document_;

@@ -1,5 +1,6 @@
 // Faulty files as systems write them, through the commands: what the user reads, and what correcting
 // everything does to the bill. With the schemas that come with the program.
+#include "app/unified_diff.h"
 #include "schema_model/built_in_folders.h"
 #include "support/case_file.h"
 #include "support/command_test.h"
@@ -11,6 +12,7 @@
 
 #include <random>
 #include <set>
+#include <sstream>
 
 namespace conferix {
 namespace {
@@ -70,6 +72,41 @@ TEST_F(Faults, CorrectingEverythingMakesNoBillWorse) {
     const json outside = RunJson({"corrigir", "-", "--todas", "--simular"}, moved);
     EXPECT_EQ(outside["naoCorrigidas"][0]["motivo"], "há itens fora do lugar (linha 26)");
     EXPECT_EQ(Changes(outside).size(), 2U);
+}
+
+/// Lines that are not the same in two texts.
+std::vector<std::string> Different(const std::string& before, const std::string& after) {
+    std::vector<std::string> lines;
+    std::istringstream diff(UnifiedDiff(before, after, "", ""));
+    for (std::string line; std::getline(diff, line);)
+        if ((line.starts_with('+') || line.starts_with('-')) && !line.starts_with("+++") &&
+            !line.starts_with("---"))
+            lines.push_back(line);
+    return lines;
+}
+
+TEST_F(Faults, StructureIsRepairedByteByByte) {
+    for (const tests::TCase& c : tests::Cases("app/cases/structure.casos")) {
+        const std::string example = c.Section.substr(0, c.Section.find(' '));
+        std::vector<std::string> args = {"corrigir", "-", "--estrutura"};
+        if (c.Section != example)
+            args.push_back(c.Section.substr(example.size() + 1));
+        const std::string damaged = tests::EditedExample(example, c);
+        const std::string repaired = Run(args, damaged).Out;
+        args.push_back("--simular");
+        std::vector<std::string> told;
+        const json report = RunJson(args, damaged);
+        for (const char* list : {"correcoes", "naoCorrigidas"})
+            for (const json& record : report[list])
+                told.push_back(fmt::format(
+                    "{} {}{}", record["linha"].get<int>(), record["descricao"].get<std::string>(),
+                    record.contains("motivo") ? " (" + record["motivo"].get<std::string>() + ")" : ""));
+        for (std::string& line : Different(ReadTestFile(Example(example)), repaired))
+            told.push_back(std::move(line));
+        EXPECT_THAT(told, ElementsAreArray(c.Expected)) << c;
+        const std::string again = Run({"corrigir", "-", "--estrutura"}, repaired).Out;
+        EXPECT_EQ(again, repaired) << c;
+    }
 }
 
 /// Changes one place of a lot as systems and people do.

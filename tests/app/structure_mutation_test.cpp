@@ -20,7 +20,8 @@
 namespace conferix {
 namespace {
 
-constexpr long kRuns = 160; ///< CONFERIX_DANOS names another number
+constexpr long kRuns =
+    150; ///< CONFERIX_DANOS names another number, CONFERIX_DANOS_PASTA a folder for failures
 constexpr double kDemanded = 0.95;
 
 const std::vector<std::string> kVersions = {"2.02.03", "3.02.00", "3.02.01", "3.02.02", "3.03.01",
@@ -58,9 +59,9 @@ class TRun {
     /// Damages a place by a kind of fault so that there is one more fault; false where no place was found.
     bool Damage(const std::string& kind) {
         constexpr int kTries = 40;
+        const std::size_t faults = FaultsOf(Text());
         for (int i = 0; i < kTries; ++i) {
             auto before = lot_.second->Clone();
-            const std::size_t faults = FaultsOf(Text());
             Collect();
             TGeneratedNode& node = *nodes_[Below(nodes_.size())];
             const auto parent = parents_.find(&node);
@@ -88,6 +89,8 @@ class TRun {
         nodes_.clear();
         parents_.clear();
         const std::function<void(TGeneratedNode&)> walk = [&](TGeneratedNode& node) {
+            if (node.Name.ends_with("Signature") || node.Name.starts_with("assinatura"))
+                return; // what is signed is not repaired
             nodes_.push_back(&node);
             for (const auto& child : node.Children) {
                 parents_[child.get()] = &node;
@@ -260,7 +263,9 @@ const std::map<std::string, TRun::TDamage>& TRun::Kinds() {
          [](TRun& run, TGeneratedNode& node, TGeneratedNode&) { return run.AddEmpty(node); }},
         {"código sem o zero à esquerda", OfValue({String},
                                                  [](TGeneratedNode& node) {
-                                                     if (!Digits(node.Text) || node.Text.front() != '0')
+                                                     // Of a CPF or CNPJ any digit may be missing.
+                                                     if (!Digits(node.Text) || node.Text.front() != '0' ||
+                                                         node.Text.size() < 2 || node.Text.size() > 8)
                                                          return false;
                                                      node.Text.erase(0, 1);
                                                      return true;
@@ -358,7 +363,7 @@ struct TShare {
 
 TEST(StructureMutation, TheOriginalComesBack) {
     const char* named = std::getenv("CONFERIX_DANOS");
-    const bool shows = std::getenv("CONFERIX_DANOS_MOSTRAR") != nullptr;
+    const bool shows = std::getenv("CONFERIX_DANOS_PASTA") != nullptr;
     const long runs = named != nullptr ? std::strtol(named, nullptr, 10) : kRuns;
     std::vector<std::string> kinds;
     for (const auto& kind : TRun::Kinds())
@@ -376,13 +381,11 @@ TEST(StructureMutation, TheOriginalComesBack) {
         const auto& guides = versao.front() == '2' ? kGuides2 : kGuides3;
         TRun run(versao, guides[n / kVersions.size() % guides.size()], seed);
         std::vector<std::string> done;
-        for (std::size_t left = 1 + n % 5; left > 0; --left) {
-            const std::string& kind = done.empty() ? kinds[n % kinds.size()] : kinds[random() % kinds.size()];
+        while (done.size() < 1 + n % 5) {
+            const std::string& kind = kinds[random() % kinds.size()];
             if (run.Damage(kind))
                 done.push_back(kind);
         }
-        if (done.empty())
-            continue;
         const bool lines = i % 2 == 1;
         const std::string original = lines ? OnLines(run.Original()) : run.Original();
         const auto damaged = std::make_shared<const std::string>(lines ? OnLines(run.Text()) : run.Text());
@@ -390,13 +393,16 @@ TEST(StructureMutation, TheOriginalComesBack) {
         const TCorrectionResult result = RepairStructure(controller, damaged, {}, false);
         const bool same = *result.Xml == original;
         if (!same) {
-            EXPECT_LE(run.FaultsOf(*result.Xml), run.FaultsOf(*damaged));
+            const std::size_t faults = run.FaultsOf(*result.Xml);
+            EXPECT_LE(faults, run.FaultsOf(*damaged));
+            EXPECT_GT(faults, 0U) << "another document than was meant";
             ExpectNoOtherValue(*result.Xml, *damaged, original);
+            std::cout << fmt::format("{} {} seed {}: {}\n", versao, i, seed, fmt::join(done, ", "));
             if (shows) {
-                WriteTestFile(fmt::format("/tmp/danos/{}.original.xml", i), original);
-                WriteTestFile(fmt::format("/tmp/danos/{}.danificado.xml", i), *damaged);
-                WriteTestFile(fmt::format("/tmp/danos/{}.reparado.xml", i), *result.Xml);
-                std::cout << i << ' ' << versao << ": " << fmt::format("{}", fmt::join(done, ", ")) << '\n';
+                const std::filesystem::path folder(std::getenv("CONFERIX_DANOS_PASTA"));
+                WriteTestFile(folder / fmt::format("{}.original.xml", i), original);
+                WriteTestFile(folder / fmt::format("{}.danificado.xml", i), *damaged);
+                WriteTestFile(folder / fmt::format("{}.reparado.xml", i), *result.Xml);
             }
         }
         ++all.Damaged;
@@ -411,7 +417,6 @@ TEST(StructureMutation, TheOriginalComesBack) {
                                  100.0 * share.GivenBack / share.Damaged);
     std::cout << fmt::format("{} de {}\n", all.GivenBack, all.Damaged);
     EXPECT_GE(all.GivenBack, all.Damaged * kDemanded);
-    EXPECT_GE(all.Damaged, runs * 9 / 10);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <utility>
 
 namespace conferix {
 namespace {
@@ -67,6 +68,8 @@ TEST(XmlWriter, ChangesOnlyWhatWasChanged) {
          "<a  q=\"a&quot;b&lt;&#10;\" r='3' s=\"4\" />"},
         {"removal takes the layout before it", "<a>\n  <b/>\n  <c>1</c>\n  <d/>\n</a>",
          [](TXmlDocument& d) { Element(d).Child("c")->Remove(); }, "<a>\n  <b/>\n  <d/>\n</a>"},
+        {"removal of all leaves nothing", "<a>\n  <b>\n    <c/>\n  </b>\n</a>",
+         [](TXmlDocument& d) { Element(d).Child("b")->Child("c")->Remove(); }, "<a>\n  <b></b>\n</a>"},
         {"insertion takes over the layout", "<a>\n  <b/>\n  <d/>\n</a>",
          [](TXmlDocument& d) {
              Element(d).InsertChild(*d.NewTag("c", "1"), Element(d).Child("d"));
@@ -118,6 +121,21 @@ TEST(XmlWriter, ChangesOnlyWhatWasChanged) {
          },
          "<a>\n  <d>1\n    2</d>\n  <b/>\n  <w>\n    <c>\n      <e>\n    </e>\n    </c>\n    <f>9</f>\n  "
          "</w>\n</a>"},
+        {"into an empty tag on lines, in what is moved too",
+         "<a>\n  <b></b>\n  <c/>\n  <d>1</d>\n  <e>2</e>\n</a>",
+         [](TXmlDocument& d) {
+             TXmlNode* wrap = d.NewTag("w");
+             Element(d).InsertChild(*wrap, Element(d).FirstChild());
+             for (const auto& [name, into] : {std::pair("d", "b"), std::pair("e", "c")}) {
+                 TXmlNode* moved = Element(d).Child(name);
+                 moved->Remove();
+                 Element(d).Child(into)->InsertChild(*moved, nullptr);
+             }
+             TXmlNode* moved = Element(d).Child("b");
+             moved->Remove();
+             wrap->InsertChild(*moved, nullptr);
+         },
+         "<a>\n  <w>\n    <b>\n      <d>1</d>\n    </b>\n  </w>\n  <c>\n    <e>2</e>\n  </c>\n</a>"},
         {"into an empty tag, and out of what goes", "<a><b/><c><d>1</d><e/></c></a>",
          [](TXmlDocument& d) {
              TXmlNode* old = Element(d).Child("c");

@@ -8,6 +8,21 @@
 
 namespace conferix {
 
+std::optional<std::uint32_t> TSchemaAutomaton::After(std::uint32_t state, std::string_view localName) const {
+    const auto is = [&](std::uint32_t position) {
+        const TSchemaElement* element = Positions[position].Element;
+        return element != nullptr && element->Name == localName;
+    };
+    if (IsAll)
+        return std::nullopt;
+    if (state > 0 && Positions[state - 1].Max > 1 && is(state - 1))
+        return state;
+    for (const std::uint32_t position : Follow(state))
+        if (is(position))
+            return position + 1;
+    return std::nullopt;
+}
+
 namespace {
 
 TSchemaFaultCode LexicalFault(TSchemaValueKind kind) {

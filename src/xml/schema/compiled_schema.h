@@ -151,6 +151,9 @@ struct TSchemaAutomaton {
     std::span<const std::uint32_t> FollowSymbols(std::uint32_t state) const {
         return {EdgeSymbols.data() + EdgeStart[state], EdgeSymbols.data() + EdgeStart[state + 1]};
     }
+    /// The state after an element of that local name, whatever its namespace and how often it was there;
+    /// nothing where none may come.
+    std::optional<std::uint32_t> After(std::uint32_t state, std::string_view localName) const;
 };
 
 enum class TSchemaContent : std::uint8_t { Empty, Simple, ElementOnly, Mixed };

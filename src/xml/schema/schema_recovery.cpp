@@ -413,11 +413,13 @@ class TContentRecovery {
                 ++i;
                 continue;
             }
-            std::size_t taken = TakeIntoWrapper(i, true);
+            std::size_t taken = TakeIntoWrapper(i, TWrapping::Missing);
+            if (taken == 0)
+                taken = TakeIntoWrapper(i, TWrapping::Whole);
             if (taken == 0)
                 taken = TakeIntoSibling(i) ? 1 : 0;
             if (taken == 0)
-                taken = TakeIntoWrapper(i, false);
+                taken = TakeIntoWrapper(i, TWrapping::Possible);
             i += std::max<std::size_t>(1, taken);
         }
     }
@@ -431,8 +433,44 @@ class TContentRecovery {
         return count;
     }
 
+    /// True when a single child can only have stood in an element of the model that is absent, and fills it.
+    bool IsOnlyWrapperOf(std::uint32_t wrapper, std::size_t item) const {
+        if (placed_.count(wrapper) != 0)
+            return false;
+        const TSchemaChild& child = children_[items_[item].First];
+        for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
+            if (const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
+                p != wrapper && type != nullptr && PositionOf(*type, child.Name.Symbol) != nullptr)
+                return false;
+        const TSchemaComplexType& type = *automaton_.Positions[wrapper].Element->ComplexType;
+        const auto state = type.Automaton.After(0, child.Node->LocalName());
+        return (state && type.Automaton.Accepting[*state] != 0) ||
+               (child.Node->FirstChildTag() != nullptr &&
+                Resembles(*PositionOf(type, child.Name.Symbol)->Element, *child.Node));
+    }
+
+    /// Which elements are looked for around some children.
+    enum class TWrapping : std::uint8_t {
+        Missing, ///< that have to be here
+        Whole,   ///< that may be here, and of which the children are the content, several at least
+        Possible ///< that may be here
+    };
+
+    /// True when the children of some items are the content of an element, or of several where it can repeat.
+    bool IsContent(std::uint32_t wrapper, std::size_t first, std::size_t count) {
+        const TSchemaAutomaton& automaton = ContainerType(automaton_.Positions[wrapper].Element)->Automaton;
+        std::optional<std::uint32_t> state = 0;
+        for (std::size_t i = first; i < first + count && state; ++i) {
+            const std::string_view name = NodeOf(items_[i]).LocalName();
+            const auto next = automaton.After(*state, name);
+            const bool again = !next && automaton.Accepting[*state] != 0 && Repeats(wrapper);
+            state = again ? automaton.After(0, name) : next;
+        }
+        return state && automaton.Accepting[*state] != 0;
+    }
+
     /// Looks for an element of which the children stand here without it; answers how many items it takes.
-    std::size_t TakeIntoWrapper(std::size_t first, bool mandatory) {
+    std::size_t TakeIntoWrapper(std::size_t first, TWrapping wrapping) {
         TMissing* missing = nullptr;
         std::uint32_t wrapper = kNone;
         std::size_t count = 0;
@@ -440,15 +478,17 @@ class TContentRecovery {
         const auto consider = [&](std::uint32_t p, TMissing* entry) {
             const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
             const std::size_t run = type != nullptr ? RunKnownTo(*type, first) : 0;
-            sure = sure && (run == 0 || p == wrapper);
-            if (run <= count || (entry == nullptr && run < 2))
+            if (wrapping == TWrapping::Whole && (run < 2 || !IsContent(p, first, run)))
                 return;
-            sure = count == 0;
+            sure = sure && (run < count || p == wrapper);
+            if (run <= count || (entry == nullptr && run < 2 && !IsOnlyWrapperOf(p, first)))
+                return;
+            sure = true;
             count = run;
             wrapper = p;
             missing = entry;
         };
-        if (mandatory) {
+        if (wrapping == TWrapping::Missing) {
             for (TMissing& entry : std::span(missing_).first(std::min(missing_.size(), kMissingSearched)))
                 if (!entry.Explained)
                     for (const std::uint32_t p : entry.Alternatives)
@@ -484,53 +524,110 @@ class TContentRecovery {
         return count;
     }
 
-    bool TakeIntoSibling(std::size_t at) {
-        TItem& item = items_[at];
-        for (std::size_t step = 1; step <= kSiblingsSearched; ++step) {
-            if (step <= at && TakeInto(item, items_[at - step]))
+    /// A sibling that lacks a child which stands beside it.
+    struct TTaker {
+        const TSchemaPosition* Child = nullptr; ///< in the content of the sibling
+        const TSchemaComplexType* Content = nullptr;
+        const TXmlNode* Element = nullptr;
+        bool Fits = false;    ///< the sibling's content is right with the child
+        bool Repeats = false; ///< there may be several siblings like it
+    };
+
+    TTaker TakerAt(const TItem& item, const TItem& sibling, std::uint32_t child) {
+        TTaker taker;
+        if (sibling.Position == kNone)
+            return taker;
+        taker.Content = ContainerType(automaton_.Positions[sibling.Position].Element);
+        taker.Element = children_[child].Node;
+        if (taker.Content != nullptr)
+            taker.Child = PositionOf(*taker.Content, children_[item.First].Name.Symbol);
+        if (taker.Child == nullptr || taker.Element->Child(taker.Child->Element->Name) != nullptr)
+            return {};
+        taker.Repeats = Repeats(sibling.Position);
+        taker.Fits = IsRightWith(*taker.Content, *taker.Element, taker.Child->Element->Name);
+        return taker;
+    }
+
+    /// True when some place in an element takes one more child and all the others stand right.
+    static bool IsRightWith(const TSchemaComplexType& type, const TXmlNode& element, std::string_view added) {
+        const TSchemaAutomaton& automaton = type.Automaton;
+        const auto end = [&automaton](std::optional<std::uint32_t> state, const TXmlNode* from) {
+            for (; from != nullptr && state; from = from->NextSiblingTag())
+                state = automaton.After(*state, from->LocalName());
+            return state && automaton.Accepting[*state] != 0;
+        };
+        std::optional<std::uint32_t> state = 0;
+        for (const TXmlNode* next = element.FirstChildTag(); state; next = next->NextSiblingTag()) {
+            if (const auto with = automaton.After(*state, added); with && end(with, next))
                 return true;
-            if (at + step < items_.size() && TakeInto(item, items_[at + step]))
-                return true;
+            if (next == nullptr)
+                break;
+            state = automaton.After(*state, next->LocalName());
         }
         return false;
     }
 
-    /// The position that a child of the parent has in the content of a sibling that lacks it, or null.
-    const TSchemaPosition* PlaceIn(const TItem& item, const TItem& sibling) const {
-        if (sibling.Position == kNone)
-            return nullptr;
-        const TSchemaComplexType* type = ContainerType(automaton_.Positions[sibling.Position].Element);
-        const TSchemaPosition* position =
-            type != nullptr ? PositionOf(*type, children_[item.First].Name.Symbol) : nullptr;
-        const TXmlNode& element = *children_[sibling.First].Node;
-        return position != nullptr && element.Child(position->Element->Name) == nullptr ? position : nullptr;
-    }
-
-    /// True when no other element around could lack the child, nor several of one name.
-    bool IsOnlyPlace(const TItem& item, const TItem& sibling) const {
-        return sibling.Count == 1 && items_.size() <= kMissingSearched &&
-               std::none_of(items_.begin(), items_.end(), [&](const TItem& other) {
-                   return &other != &sibling && PlaceIn(item, other) != nullptr;
-               });
-    }
-
-    bool TakeInto(TItem& item, const TItem& sibling) {
-        const TSchemaPosition* position = PlaceIn(item, sibling);
-        if (position == nullptr)
-            return false;
-        const TXmlNode& element = *children_[sibling.First].Node;
-        TSchemaFault& fault = Add(TSchemaFaultCode::OutsideElement, NodeOf(item), position->Element->Name);
-        fault.Bound = element.LocalName();
-        if (!content_.Missing && IsOnlyPlace(item, sibling)) {
-            fault.Remedy = TSchemaRemedy::MoveInto;
-            fault.Content = ContainerType(automaton_.Positions[sibling.Position].Element);
-            fault.Other = &element;
+    /// The nearest sibling that takes an unknown child, rather one of which the content is right then.
+    bool TakeIntoSibling(std::size_t at) {
+        TItem& item = items_[at];
+        TTaker best;
+        std::size_t fitting = 0;
+        std::size_t lacking = 0;
+        const auto consider = [&](const TItem& sibling, std::uint32_t child) {
+            const TTaker taker = TakerAt(item, sibling, child);
+            if (taker.Child == nullptr)
+                return;
+            ++lacking;
+            fitting += taker.Fits ? 1 : 0;
+            if (best.Child == nullptr || (taker.Fits && !best.Fits))
+                best = taker;
+        };
+        const bool few = children_.size() <= kMissingSearched;
+        const std::size_t steps = few ? items_.size() : kSiblingsSearched;
+        for (std::size_t step = 1; step <= steps && fitting < 2; ++step) {
+            if (step <= at)
+                ConsiderAll(items_[at - step], false, consider);
+            if (at + step < items_.size())
+                ConsiderAll(items_[at + step], true, consider);
         }
-        owner_.Excuse(element, position->Element->Name);
-        RemoveMissing(element, position->Element->Name);
-        decisions_[item.First] = {position->Element, nullptr};
-        item.Unjudged = true;
+        if (best.Child == nullptr)
+            return false;
+        TakeInto(item, best,
+                 few && (fitting == 1 || (fitting == 0 && lacking == 1)) && !HasCompany(at, best));
         return true;
+    }
+
+    /// True when the child next to an unknown one belongs with it: two elements of the name of the taker may
+    /// have been meant, where it can repeat.
+    bool HasCompany(std::size_t at, const TTaker& taker) {
+        const auto same = [&](std::size_t other) {
+            return items_[other].Candidates.empty() &&
+                   PositionOf(*taker.Content, children_[items_[other].First].Name.Symbol) != nullptr;
+        };
+        return taker.Repeats && ((at > 0 && same(at - 1)) || (at + 1 < items_.size() && same(at + 1)));
+    }
+
+    /// The children of an item from the near end on, as far as a search goes.
+    template<class Consider>
+    static void ConsiderAll(const TItem& sibling, bool forward, const Consider& consider) {
+        const auto count = std::min<std::uint32_t>(sibling.Count, kMissingSearched);
+        for (std::uint32_t i = 0; i < count; ++i)
+            consider(sibling, sibling.First + (forward ? i : sibling.Count - 1 - i));
+    }
+
+    void TakeInto(TItem& item, const TTaker& taker, bool sure) {
+        const TSchemaElement* element = taker.Child->Element;
+        TSchemaFault& fault = Add(TSchemaFaultCode::OutsideElement, NodeOf(item), element->Name);
+        fault.Bound = taker.Element->LocalName();
+        if (sure && !content_.Missing) {
+            fault.Remedy = TSchemaRemedy::MoveInto;
+            fault.Content = taker.Content;
+            fault.Other = taker.Element;
+        }
+        owner_.Excuse(*taker.Element, element->Name);
+        RemoveMissing(*taker.Element, element->Name);
+        decisions_[item.First] = {element, nullptr};
+        item.Unjudged = true;
     }
 
     /// Takes back that a child is missing in an element.
@@ -713,7 +810,8 @@ class TContentRecovery {
     }
 
     /// An unknown element that belongs one level further out, or that stands around what belongs here.
-    void FindLevel(TSchemaFault& fault, const TSchemaChild& child) const {
+    void FindLevel(TSchemaFault& fault, std::uint32_t index) {
+        const TSchemaChild& child = children_[index];
         const TXmlNode& node = *child.Node;
         const TXmlNode& parent = *node.Parent();
         if (content_.Missing)
@@ -723,6 +821,7 @@ class TContentRecovery {
             fault.Remedy = TSchemaRemedy::MoveOut;
             fault.Content = content_.Outer;
             fault.Other = &parent;
+            decisions_[index] = {PositionOf(*content_.Outer, child.Name.Symbol)->Element, nullptr};
         } else if (node.Attributes().empty() && node.FirstChildTag() != nullptr &&
                    std::ranges::all_of(node.ChildTags(), [&](const TXmlNode& inner) {
                        return inner.Prefix() == node.Prefix() && Knows(inner.LocalName());
@@ -744,7 +843,7 @@ class TContentRecovery {
             const TXmlNode& node = *children_[i].Node;
             TSchemaFault& fault = Add(TSchemaFaultCode::UnknownElement, node, node.LocalName());
             fault.Expected = NamesOf(ExpectedPositions(item));
-            FindLevel(fault, children_[i]);
+            FindLevel(fault, i);
         }
     }
 
