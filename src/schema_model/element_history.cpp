@@ -231,6 +231,12 @@ std::size_t TElementHistory::IndexOf(const std::vector<TVersion>& series, std::s
     return static_cast<std::size_t>(found - series.begin());
 }
 
+bool TElementHistory::Knows(std::string_view fileName, std::span<const std::string_view> path) const {
+    const std::vector<TVersion> series = Series(fileName);
+    const std::size_t current = IndexOf(series, fileName);
+    return current < series.size() && PathExists(*series[current].Model, series[current].Text, path);
+}
+
 TElementHistory::TSentence TElementHistory::Sentence(std::string_view fileName,
                                                      std::span<const std::string_view> path) const {
     if (path.empty() || names_.count(path.back()) == 0)

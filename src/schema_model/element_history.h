@@ -36,6 +36,9 @@ class TElementHistory {
     /// The one of the model files that come with the program; empty when they are not there.
     static const TElementHistory& BuiltIn();
 
+    /// True for an element that the file's own version has at a path.
+    bool Knows(std::string_view fileName, std::span<const std::string_view> path) const;
+
     /// What happened to an element that a version's schema does not know: "só existe a partir da versão
     /// 4.00.00" or "deixou de existir na versão 4.00.00"; where unpublished versions lie between, "1.05.00 ou
     /// 1.06.00" or "entre 1.04.00 e 1.06.00". Empty when no version knows it, or both earlier and later ones.

@@ -8,6 +8,7 @@
 #include "schema_model/element_history.h"
 #include "schema_model/seal.h"
 #include "validation/finding_item.h"
+#include "validation/guide_layout.h"
 #include "validation/structure_solver.h"
 #include "xml/cut_text.h"
 #include "xml/schema/compiled_schema.h"
@@ -297,11 +298,16 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
                                       "julgado. ",
                                       CutText(fmt::format("{}", fmt::join(doubtful, ", ")), kShownFound))));
     }
+    bool otherVersion = false;
     if (std::ranges::any_of(faults, IsStructural, &TSchemaFault::Code))
-        if (const std::string version = others.VersionOfContent(document); !version.empty())
+        if (const std::string version = others.VersionOfContent(document); !version.empty()) {
+            otherVersion = true;
             Warning(&VersionPlace(*document.Element()),
                     fmt::format("O cabeçalho declara a versão {}, mas o conteúdo parece ser da {}.",
                                 file.Versao(), version));
+        }
+    TGuideLayouts layouts(PathText(schemaFile_.filename()), std::string(file.Versao()));
+    const TXmlNode* lastGuide = nullptr;
     std::optional<TGuiaLocator> guias;
     if (lote != nullptr && !faults.empty())
         guias.emplace(*lote);
@@ -317,6 +323,13 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
                              : fault.Code == TSchemaFaultCode::NotInList    ? others.UnknownCode(fault)
                                                                          : TSchemaMessages::Sentence(fault);
         const IGuiaTiss* guia = guias.has_value() ? guias->ByNode(*fault.Node) : nullptr;
+        if (guia != nullptr && !otherVersion && IsStructural(fault.Code) && guia->Node() != lastGuide) {
+            lastGuide = guia->Node();
+            if (std::string layout = layouts.Sentence(*lastGuide); !layout.empty())
+                AddMessage(TLoteGuiasValidationMessage::CreateWarn(
+                    this, std::string(guia->NumeroMostrado()), std::move(layout), std::string(),
+                    lastGuide->Line(), lastGuide->LinePos(), lastGuide->FilePos()));
+        }
         const auto message = TLoteGuiasValidationMessage::CreateError(
             this, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
             std::move(reason), source, fault.Line, fault.LinePos, fault.FilePos);

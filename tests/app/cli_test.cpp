@@ -81,12 +81,12 @@ TEST_F(Cli, JsonTellsEverything) {
         "mensagens": [
         {"tipo": "mtInformation", "validacao": "tiss.mensagem.hash", "linha": 4, "coluna": 75, "posicao": 609, "guia": "",
          "campo": "", "origem": ")" +
-                          hash + R"(", "exibida": true, "correcoes": [
+                          hash + R"(", "exibida": true, "grupo": 1, "correcoes": [
            {"nome": "THashSolver_UTF8", "descricao": "Corrigir Hash com codificação UTF-8"},
            {"nome": "TSanitizeHashSolver", "descricao": "Sanitizar o XML e corrigir Hash. \r\nO processo de sanitização irá remover espaços em branco no início e fim do conteúdo das tags, caracteres invisíveis (CR, LF, tabs, etc) e os acentos dos caracteres."}]},
         {"tipo": "mtSuccess", "validacao": "", "linha": 0, "coluna": 0, "posicao": 0, "guia": "", "campo": "",
          "motivo": "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.",
-         "texto": "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.", "origem": "", "exibida": true,
+         "texto": "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.", "origem": "", "exibida": true, "grupo": 2,
          "correcoes": []}]})"))
         << first.dump(2);
     EXPECT_EQ(files[1]["estado"], json({"sfAberto", "sfValidado", "sfInvalido"}));
@@ -128,9 +128,19 @@ TEST_F(Cli, TakesFoldersStandardInputAndSeveralFilesAtOnce) {
     EXPECT_THAT(Validar({File("")}).Out, testing::EndsWith("\n4 arquivos: 3 válidos, 1 inválido.\n"));
 }
 
+/// Number of the lot and a hash that is not the file's.
+constexpr const char* kNamedByHash = "00000000000000000001_0123456789ABCDEF0123456789ABCDEF.xml";
+
 TEST_F(Cli, CommandLinesEndAsTheyShould) {
     WriteTestFile(File("quebrado.xml"), "<a>");
     WriteTestFile(File("outro.xml"), "<a/>");
+    WriteTestFile(File("envelope.xml"),
+                  "<s:Envelope xmlns:s=\"http://schemas.xmlsoap.org/soap/envelope/\"><s:Body>\n"
+                  "<loteGuiasWS/></s:Body></s:Envelope>");
+    WriteTestFile(File("protocolo.xml"), "<protocoloRecebimentoWS/>");
+    WriteTestFile(File("dentro.xml"), "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\">\n"
+                                      "<mensagemTISS/></s:Envelope>");
+    std::filesystem::copy(File("valido.xml"), File(kNamedByHash));
     WriteTestFile(File("bytes.xml"), "<a>\n\xFF</a>");
     std::filesystem::create_directory(File("vazia"));
     std::filesystem::create_symlink("valido.xml", File("atalho.xml"));

@@ -225,7 +225,8 @@ void TSchemaReader::CompileAll(const TSchemaFiles& files) {
     for (auto& [key, source] : elements_)
         CompileElement(*source.second, *source.first.File, *source.first.Node, 0);
     if (set_.globalElements_.empty())
-        files.All().front()->Fail(files.All().front()->Schema(), "o esquema não declara nenhum elemento");
+        files.All().front()->Fail(files.All().front()->Schema(),
+                                  "um esquema que não declara nenhum elemento não é suportado");
     set_.globalBySymbol_.assign(set_.symbols_.size(), nullptr);
     for (const TSchemaElement* element : set_.globalElements_)
         set_.globalBySymbol_[element->Symbol] = element;
@@ -498,7 +499,7 @@ TSchemaReader::TParticlePtr TSchemaReader::ReadParticle(const TSchemaFile& file,
         emptyBranch = emptyBranch || empty;
     }
     if (particle->Kind == TKind::Choice && particle->Children.empty())
-        file.Fail(node, "<choice> vazio");
+        file.Fail(node, "um <choice> vazio não é suportado");
     return particle;
 }
 
@@ -567,7 +568,7 @@ const TSchemaWildcard* TSchemaReader::ReadWildcard(const TSchemaFile& file, cons
     const std::string_view names = AttributeOf(node, "namespace");
     if (names == "##other")
         wildcard->OtherTo = InternNamespace(file.TargetNamespace());
-    else if (!names.empty() && names != "##any")
+    else if (node.Attribute("namespace") != nullptr && names != "##any")
         file.Fail(node, "namespace=" + Quoted(names) + " não é suportado em <any>");
     return wildcard;
 }
@@ -581,7 +582,7 @@ void TSchemaReader::ReadAttribute(TSchemaComplexType& type, const TSchemaFile& f
         Unsupported(file, *Declarations(file, node).front());
     const std::string_view name = AttributeOf(node, "type");
     if (name.empty())
-        file.Fail(node, "<attribute> sem tipo");
+        file.Fail(node, "um <attribute> sem tipo não é suportado");
     attribute.Type = FindSimple(file, node, name, depth);
     const std::string_view use = AttributeOf(node, "use");
     if (!use.empty() && use != "required" && use != "optional")
@@ -592,6 +593,8 @@ void TSchemaReader::ReadAttribute(TSchemaComplexType& type, const TSchemaFile& f
     for (const TSchemaAttribute& other : type.Attributes)
         if (other.Name == attribute.Name)
             file.Fail(node, "o atributo " + Quoted(attribute.Name) + " é declarado duas vezes");
+        else if (other.Type->Kind == TSchemaValueKind::Id && attribute.Type->Kind == TSchemaValueKind::Id)
+            file.Fail(node, "um tipo com dois atributos de tipo ID não é suportado");
     type.Attributes.push_back(std::move(attribute));
 }
 

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "xml/xml_node.h"
+
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace conferix {
+
+/// Finds out guides that are laid out as another version of the standard, or as another kind of guide, wants
+/// them. For one document.
+class TGuideLayouts {
+  public:
+    /// `schemaName`: name of the document's schema file. `version`: of the document.
+    TGuideLayouts(std::string schemaName, std::string version)
+        : schemaName_(std::move(schemaName)), version_(std::move(version)) {}
+
+    /// What is said of a guide before its errors; empty where its layout is its own, or nobody's.
+    std::string Sentence(const TXmlNode& guide);
+
+  private:
+    std::string Find(const TXmlNode& guide) const;
+
+    std::string schemaName_;
+    std::string version_;
+    std::map<std::string, std::string> known_; ///< sentences by the paths in a guide
+};
+
+} // namespace conferix
