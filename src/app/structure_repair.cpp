@@ -19,7 +19,7 @@ using TStage = TStructureSolver::TStage;
 /// A correction may reveal what another one mends.
 constexpr int kMaxPasses = 5;
 /// Tries of one stage: enough for a few wrong corrections among any number of right ones.
-constexpr int kMaxTries = 64;
+constexpr int kMaxTries = 40;
 
 /// Finds out which corrections of one stage can be applied together.
 class TStageRepair {

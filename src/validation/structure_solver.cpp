@@ -12,7 +12,10 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
 
 namespace conferix {
 
@@ -46,11 +49,6 @@ bool UsesPrefix(const TXmlNode& node, std::string_view prefix) {
                             }))))
             return true;
     return false;
-}
-
-/// The value of an element for a description.
-std::string Quoted(std::string_view value) {
-    return QuoteText(value);
 }
 
 class TRenameSolver : public TStructureSolver {
@@ -311,7 +309,7 @@ class TRemoveSolver : public TStructureSolver {
                            inner == 1                    ? "1 elemento"
                            : inner > 1                   ? fmt::format("{} elementos", inner)
                            : TrimXmlSpace(value).empty() ? "o elemento, sem valor"
-                                                         : Quoted(value));
+                                                         : QuoteText(value));
     }
     std::vector<const TXmlNode*> Scope() const override { return {Node().Parent()}; }
 
@@ -330,7 +328,7 @@ class TValueSolver : public TStructureSolver {
             return "Alterar o valor para " + value_;
         const std::string_view lost = Node().Value().substr(std::min(value_.size(), Node().Value().size()));
         return fmt::format("Cortar o texto em {} caracteres (com perda: {})", CountCharacters(value_),
-                           Quoted(lost));
+                           QuoteText(lost));
     }
     const TXmlNode* Target() const override { return &Node(); }
 

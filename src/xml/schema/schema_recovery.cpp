@@ -424,13 +424,34 @@ class TContentRecovery {
         }
     }
 
-    /// The number of unknown items from `first` on that an element knows as its children.
+    /// The number of items from `first` on that an element knows as its children and that have no place here.
     std::size_t RunKnownTo(const TSchemaComplexType& type, std::size_t first) const {
         std::size_t count = 0;
-        while (first + count < items_.size() && items_[first + count].Candidates.empty() &&
+        while (first + count < items_.size() && items_[first + count].Position == kNone &&
+               items_[first + count].Count == 1 &&
                PositionOf(type, children_[items_[first + count].First].Name.Symbol) != nullptr)
             ++count;
         return count;
+    }
+
+    /// False for a displaced child that could as well belong in an element beside it, or with unknown ones.
+    bool HasOnePlace(const TItem& item) {
+        const std::uint32_t symbol = children_[item.First].Name.Symbol;
+        if (std::ranges::none_of(automaton_.Positions, [symbol](const TSchemaPosition& position) {
+                const TSchemaComplexType* type = ContainerType(position.Element);
+                return type != nullptr && PositionOf(*type, symbol) != nullptr;
+            }))
+            return true;
+        if (children_.size() > kMissingSearched)
+            return false;
+        const auto at = static_cast<std::size_t>(&item - items_.data());
+        bool one = (at == 0 || !items_[at - 1].Candidates.empty()) &&
+                   (at + 1 == items_.size() || !items_[at + 1].Candidates.empty());
+        for (const TItem& sibling : items_)
+            ConsiderAll(sibling, true, [&](const TItem& other, std::uint32_t child) {
+                one = one && (&other == &item || TakerAt(item, other, child).Child == nullptr);
+            });
+        return one;
     }
 
     /// True when a single child can only have stood in an element of the model that is absent, and fills it.
@@ -691,7 +712,7 @@ class TContentRecovery {
                 item.Misnaming == TSchemaMisnaming::SameThing || NamesOf(item.Candidates).size() != 1)
                 continue;
             fault.Remedy = TSchemaRemedy::Rename;
-            if (item.Position == kNone && !content_.Missing)
+            if (item.Position == kNone && !content_.Missing && HasOnePlace(item))
                 fault.Content = &content_.Type;
         }
     }
@@ -791,12 +812,15 @@ class TContentRecovery {
                 else if (!item.Candidates.empty() && !item.Unjudged)
                     present.insert(item.Candidates.front());
             fault.Expected = NamesOf({present.begin(), present.end()});
-            PlaceBy(fault, TSchemaRemedy::Sort);
+            if (std::ranges::all_of(outOfOrder_,
+                                    [this](const TOutOfOrder& entry) { return HasOnePlace(*entry.Item); }))
+                PlaceBy(fault, TSchemaRemedy::Sort);
             return;
         }
         for (const TOutOfOrder& entry : outOfOrder_) {
             TSchemaFault& fault = Add(TSchemaFaultCode::OutOfOrder, NodeOf(*entry.Item), *entry.Name);
-            PlaceBy(fault, TSchemaRemedy::Place);
+            if (HasOnePlace(*entry.Item))
+                PlaceBy(fault, TSchemaRemedy::Place);
             if (entry.Before != nullptr)
                 fault.Before = NodeOf(*entry.Before).LocalName();
         }

@@ -261,10 +261,30 @@ class TValidation {
         frame.Explained = true;
         if (around == 0 || !children.empty() || !IsBlank(frame.Node->TextWithCData()))
             return;
-        if (CanGo(frames_[around - 1], decisions_.size() - 1))
+        // Where another element has no place in the parent, it may be the one that is missing here.
+        if (RestFits(frames_[around - 1]) && CanGo(frames_[around - 1], decisions_.size() - 1))
             for (auto fault = faults_.Latest().rbegin();
                  fault != faults_.Latest().rend() && fault->Node == frame.Node && IsMissing(fault->Code); ++fault)
                 fault->Remedy = TSchemaRemedy::Remove;
+    }
+
+    /// True when a frame's content has been right so far and goes on so.
+    bool RestFits(const TFrame& frame) {
+        constexpr std::size_t kLooked = 500;
+        if (frame.Explained || frame.Type == nullptr)
+            return false;
+        TFrame ahead = frame;
+        std::size_t looked = 0;
+        for (const TXmlNode* node = frame.Next; node != nullptr; node = node->NextSibling()) {
+            if (!node->IsTag())
+                continue;
+            const auto mark = scopes_.Enter(*node);
+            const bool fits = ++looked <= kLooked && Step(ahead, scopes_.Element(node->Name())) != nullptr;
+            scopes_.Leave(mark);
+            if (!fits)
+                return false;
+        }
+        return IsComplete(ahead);
     }
 
     static bool IsMissing(TSchemaFaultCode code) {
