@@ -1100,7 +1100,16 @@ TSchemaMeaning TSchemaRecovery::FindMeaning(const TSchemaAutomaton& automaton, c
                    relation(element) != TRelation::Distinct;
         }))
         return meaning;
-    const TIdentifier identifier = IdentifierOf(local);
+    // What one of the elements expected here holds under this very name lacks that element around it.
+    const auto holdsIt = [&](const TSchemaPosition& position) {
+        const TSchemaComplexType* type = ContainerType(position.Element);
+        return type != nullptr &&
+               std::ranges::any_of(type->Automaton.Positions, [&](const TSchemaPosition& inner) {
+                   return inner.Element != nullptr && inner.Element->Name == local;
+               });
+    };
+    const TIdentifier identifier =
+        std::ranges::any_of(automaton.Positions, holdsIt) ? TIdentifier::None : IdentifierOf(local);
     if (identifier != TIdentifier::None &&
         collect(TSchemaMisnaming::SameThing, [&](const TSchemaElement& element) {
             return IdentifierOf(element.Name) == identifier && Resembles(element, *child.Node);

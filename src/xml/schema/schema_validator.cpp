@@ -261,30 +261,28 @@ class TValidation {
         frame.Explained = true;
         if (around == 0 || !children.empty() || !IsBlank(frame.Node->TextWithCData()))
             return;
-        // Where another element has no place in the parent, it may be the one that is missing here.
-        if (RestFits(frames_[around - 1]) && CanGo(frames_[around - 1], decisions_.size() - 1))
+        const TFrame& outer = frames_[around - 1];
+        if (outer.Type != nullptr && !MayLackSibling(frame, outer) && CanGo(outer, decisions_.size() - 1))
             for (auto fault = faults_.Latest().rbegin();
-                 fault != faults_.Latest().rend() && fault->Node == frame.Node && IsMissing(fault->Code); ++fault)
+                 fault != faults_.Latest().rend() && fault->Node == frame.Node && IsMissing(fault->Code);
+                 ++fault)
                 fault->Remedy = TSchemaRemedy::Remove;
     }
 
-    /// True when a frame's content has been right so far and goes on so.
-    bool RestFits(const TFrame& frame) {
+    static bool Holds(const TSchemaAutomaton& automaton, std::string_view localName) {
+        return std::ranges::any_of(automaton.Positions, [&](const TSchemaPosition& position) {
+            return position.Element != nullptr && position.Element->Name == localName;
+        });
+    }
+
+    /// True when beside an empty element stands one that would have a place in it, and may belong there.
+    static bool MayLackSibling(const TFrame& frame, const TFrame& outer) {
         constexpr std::size_t kLooked = 500;
-        if (frame.Explained || frame.Type == nullptr)
-            return false;
-        TFrame ahead = frame;
         std::size_t looked = 0;
-        for (const TXmlNode* node = frame.Next; node != nullptr; node = node->NextSibling()) {
-            if (!node->IsTag())
-                continue;
-            const auto mark = scopes_.Enter(*node);
-            const bool fits = ++looked <= kLooked && Step(ahead, scopes_.Element(node->Name())) != nullptr;
-            scopes_.Leave(mark);
-            if (!fits)
-                return false;
-        }
-        return IsComplete(ahead);
+        for (const TXmlNode& sibling : outer.Node->ChildTags())
+            if (++looked > kLooked || Holds(frame.Type->Automaton, sibling.LocalName()))
+                return true;
+        return false;
     }
 
     static bool IsMissing(TSchemaFaultCode code) {
