@@ -130,7 +130,10 @@ std::string ItemsOf(const TXmlMessages& messages, const TMessageGroup& group) {
             return {};
         items += (i == 0 ? "" : ", ") + item;
     }
-    return count > kShownPlaces ? fmt::format("{} e mais {}", items, count - kShownPlaces) : items;
+    return count > kShownPlaces ? fmt::format("{} e mais {}", items,
+                                              TFormatSettings::Regional().Count(
+                                                  static_cast<std::int64_t>(count - kShownPlaces)))
+                                : items;
 }
 
 } // namespace

@@ -66,6 +66,7 @@ TValidationMessages TTissValidator::ValidateSchema(const IArquivoTiss& arquivo,
     const auto rule =
         AllRules().MakeValidation(RuleOfKind(arquivo.TipoArquivo(), "schema"),
                                   NewRunContext(std::string(arquivo.Versao()), schemaFile, nullptr));
+    rule->LimitFindings(kAllFindings);
     arquivo.Accept(*rule);
     return rule->ValidationMessages();
 }

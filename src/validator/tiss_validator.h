@@ -32,7 +32,7 @@ class TTissValidator {
     /// All findings, in pre-order of the tree of rules. Lets pass what a rule raises (ESchemaNotFound,
     /// ESchemaInvalido, terminology errors).
     TValidationMessages Validate();
-    /// The findings of the schema rule alone. Raises what the rule does.
+    /// All findings of the schema rule alone, however many. Raises what the rule does.
     static TValidationMessages ValidateSchema(const IArquivoTiss& arquivo,
                                               const std::filesystem::path& schemaFile);
     /// Limits the findings that Validate keeps of each rule.
