@@ -24,10 +24,13 @@ bool IsDigit(char c) {
 void MaskFigures(std::string_view sentence, std::string& masked) {
     masked.clear();
     for (std::size_t at = 0; at < sentence.size();) {
-        if (!IsDigit(sentence[at])) {
-            masked += sentence[at++];
-            continue;
-        }
+        std::size_t digit = at;
+        while (digit < sentence.size() && !IsDigit(sentence[digit]))
+            ++digit;
+        masked.append(sentence, at, digit - at);
+        at = digit;
+        if (at == sentence.size())
+            break;
         std::size_t end = at;
         bool plain = true;
         while (end < sentence.size() &&
@@ -104,8 +107,10 @@ std::vector<TMessageGroup> GroupMessages(const TXmlMessages& messages) {
     for (TMessageGroup& group : groups) {
         guides.clear();
         const std::string& reason = messages[group.Messages.front()]->Reason();
+        std::string_view last;
         for (const std::size_t i : group.Messages) {
-            guides.insert(messages[i]->NumeroGuia());
+            if (const std::string_view guide = messages[i]->NumeroGuia(); guide != last)
+                guides.insert(last = guide);
             group.SameReason = group.SameReason && messages[i]->Reason() == reason;
         }
         guides.erase(std::string_view{});
