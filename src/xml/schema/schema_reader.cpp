@@ -404,7 +404,12 @@ void TSchemaReader::CompileComplexContent(TSchemaComplexType& type, const TSchem
         own = nullptr;
     if (first != nullptr && own != nullptr) {
         auto joined = std::make_shared<TSchemaParticle>();
-        joined->Children = {first, own};
+        // Side by side, not one in the other: a chain of extensions may be long, and the tree is walked by
+        // calls.
+        const bool plain =
+            first->Kind == TSchemaParticle::TKind::Sequence && first->Max == 1 && first->Required;
+        joined->Children = plain ? first->Children : std::vector<TParticlePtr>{first};
+        joined->Children.push_back(std::move(own));
         own = std::move(joined);
     } else if (own == nullptr) {
         own = first;
