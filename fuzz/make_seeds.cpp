@@ -47,7 +47,7 @@ TFiles InAllEncodings(std::string text) {
         if (!declared.empty())
             copy.replace(at, declared.size(), declaration);
         try {
-            files[std::string(name) + (bom ? "-bom" : "")] = EncodeXml(copy, {name, bom});
+            files[std::string(name) + (bom ? "-bom" : "")] = EncodeXml(copy, {name, bom, nullptr});
         } catch (const EXmlEncoding&) {
             // A comment has a letter that the encoding lacks.
         }

@@ -64,7 +64,8 @@ struct TKeyHash {
 };
 
 bool IsOfTheFile(const TXmlMessage& message) {
-    return message.Kind() == TFindingKind::Run || message.Kind() == TFindingKind::Misread;
+    return message.Kind() == TFindingKind::Run || message.Kind() == TFindingKind::Layout ||
+           message.Kind() == TFindingKind::Misread;
 }
 
 void Arrange(const TXmlMessages& messages, std::vector<TMessageGroup>& groups) {

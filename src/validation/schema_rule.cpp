@@ -109,8 +109,15 @@ class TOtherVersions : public ISchemaOtherVersions {
 
     /// True of an unknown or missing element of which it is not known whether this version has it.
     bool IsInDoubt(const TSchemaFault& fault) const {
-        if (fault.Code != TSchemaFaultCode::UnknownElement && fault.Code != TSchemaFaultCode::MissingElement)
+        switch (fault.Code) {
+        case TSchemaFaultCode::UnknownElement:
+        case TSchemaFaultCode::RenamedElement:
+        case TSchemaFaultCode::Misspelled:
+        case TSchemaFaultCode::MissingElement:
+            break;
+        default:
             return false;
+        }
         TPath path = PathOf(*fault.Node);
         if (fault.Code == TSchemaFaultCode::MissingElement) {
             if (!fault.Before.empty())
@@ -302,15 +309,29 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     if (std::ranges::any_of(faults, IsStructural, &TSchemaFault::Code))
         if (const std::string version = others.VersionOfContent(document); !version.empty()) {
             otherVersion = true;
-            Warning(&VersionPlace(*document.Element()),
-                    fmt::format("O cabeçalho declara a versão {}, mas o conteúdo parece ser da {}.",
-                                file.Versao(), version));
+            auto& told =
+                Warning(&VersionPlace(*document.Element()),
+                        fmt::format("O cabeçalho declara a versão {}, mas o conteúdo parece ser da {}.",
+                                    file.Versao(), version));
+            told.SetKind(TFindingKind::Layout);
         }
     TGuideLayouts layouts(PathText(schemaFile_.filename()), std::string(file.Versao()));
+    std::set<const TXmlNode*> incomplete; // what lacks an element may have it under a wrong name
+    for (const TSchemaFault& fault : faults)
+        if (fault.Code == TSchemaFaultCode::MissingElement ||
+            fault.Code == TSchemaFaultCode::MissingSeveral || fault.Code == TSchemaFaultCode::MissingChoice)
+            incomplete.insert(fault.Before.empty() ? fault.Node : fault.Node->Parent());
     const TXmlNode* lastGuide = nullptr;
+    std::string number;          // of the last guide
+    bool foreign = otherVersion; // laid out for something else, so that no single correction makes sense
     std::optional<TGuiaLocator> guias;
     if (lote != nullptr && !faults.empty())
         guias.emplace(*lote);
+    std::set<const TXmlNode*> structural; // guides with faults that a wrong layout has
+    for (const TSchemaFault& fault : faults)
+        if (guias.has_value() && IsStructural(fault.Code))
+            if (const IGuiaTiss* guia = guias->ByNode(*fault.Node))
+                structural.insert(guia->Node());
     const auto shared = file.shared_from_this();
     const TXmlNode* lastNode = nullptr; // many faults may be of one start tag, however long that is
     std::string source;
@@ -323,22 +344,34 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
                              : fault.Code == TSchemaFaultCode::NotInList    ? others.UnknownCode(fault)
                                                                          : TSchemaMessages::Sentence(fault);
         const IGuiaTiss* guia = guias.has_value() ? guias->ByNode(*fault.Node) : nullptr;
-        if (guia != nullptr && !otherVersion && IsStructural(fault.Code) && guia->Node() != lastGuide) {
-            lastGuide = guia->Node();
-            if (std::string layout = layouts.Sentence(*lastGuide); !layout.empty())
-                AddMessage(TLoteGuiasValidationMessage::CreateWarn(
-                    this, std::string(guia->NumeroMostrado()), std::move(layout), std::string(),
-                    lastGuide->Line(), lastGuide->LinePos(), lastGuide->FilePos()));
+        const TXmlNode* guide = guia != nullptr ? guia->Node() : nullptr;
+        if (guide != lastGuide) {
+            lastGuide = guide;
+            number = guia != nullptr ? guia->NumeroMostrado() : std::string_view{};
+            std::string layout = guide != nullptr && !otherVersion && structural.count(guide) != 0
+                                     ? layouts.Sentence(*guide)
+                                     : std::string();
+            foreign = otherVersion || !layout.empty();
+            if (!layout.empty()) {
+                const auto told = TLoteGuiasValidationMessage::CreateWarn(this, number, std::move(layout),
+                                                                          std::string(), guide->Line(),
+                                                                          guide->LinePos(), guide->FilePos());
+                told->SetKind(TFindingKind::Layout);
+                AddMessage(told);
+            }
         }
         const auto message = TLoteGuiasValidationMessage::CreateError(
-            this, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
-            std::move(reason), source, fault.Line, fault.LinePos, fault.FilePos);
+            this, number, std::move(reason), source, fault.Line, fault.LinePos, fault.FilePos);
         message->SetKind(KindOf(fault.Code));
         message->SetItem(FindingItem(*fault.Node));
         message->SetGroupKey(fault.GroupKey());
         message->SetCause(CauseOf(fault));
-        for (auto& solver : StructureSolversOf(fault, shared, schema))
-            message->AddSolver(std::move(solver));
+        const bool mayBeMeant = fault.Code == TSchemaFaultCode::UnknownElement &&
+                                fault.Node->Parent() != nullptr &&
+                                incomplete.count(fault.Node->Parent()) != 0;
+        if (!foreign && !mayBeMeant)
+            for (auto& solver : StructureSolversOf(fault, shared, schema))
+                message->AddSolver(std::move(solver));
         AddMessage(message);
     }
     AddUnkeptErrors(further);

@@ -184,8 +184,9 @@ class TWrapSolver : public TStructureSolver {
           content_(*fault.Content) {}
     std::string Name() const override { return "TWrapElementsSolver"; }
     std::string Description() const override {
-        return count_ == 1
-                   ? fmt::format("Pôr <{}> em volta de <{}>", name_, CutText(first_))
+        return first_ == last_
+                   ? fmt::format("Pôr <{}> em volta de <{}>{}", name_, CutText(first_),
+                                 count_ == 1 ? std::string() : fmt::format(" ({} vezes)", count_))
                    : fmt::format("Pôr <{}> em volta de <{}> a <{}>", name_, CutText(first_), CutText(last_));
     }
     std::vector<const TXmlNode*> Scope() const override { return {Node().Parent()}; }

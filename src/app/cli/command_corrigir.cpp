@@ -94,6 +94,7 @@ class TCorrection {
                 return List();
         }
         const TTissFile after = before.WithText(result.Xml, controller_->Encoding());
+        RequireFreeName();
         Write(before, after);
         const std::string renamed = Rename(after);
         if (context_.Json())
@@ -126,7 +127,7 @@ class TCorrection {
         TXmlRecoding recoding = RecodeXml(
             misreading ? MeantText(*before.Text(), misreading->Kind) : *before.Text(), options_.Codificacao);
         for (const auto& replaced : recoding.Replaced)
-            context_.Streams.Err << fmt::format("  {}\n", replaced->Msg());
+            context_.Streams.Err << fmt::format("  {}\n", Visible(replaced->Msg()));
         controller_->SetEncoding(EncodingToWrite(recoding.Text, {}));
         return std::make_shared<const std::string>(std::move(recoding.Text));
     }
@@ -244,6 +245,19 @@ class TCorrection {
         after.Write(file);
     }
 
+    /// Before anything is written: the name that the file is to get must be free.
+    void RequireFreeName() const {
+        if (!options_.Renomear)
+            return;
+        const std::filesystem::path file = PathFromText(options_.Arquivo);
+        const std::filesystem::path name =
+            NameWithHash(file.filename(), std::string(Result().ArquivoTiss->Hash()));
+        std::error_code failure;
+        if (!name.empty() &&
+            std::filesystem::exists(std::filesystem::symlink_status(file.parent_path() / name, failure)))
+            throw EFileNotWritten(file.parent_path() / name, "já existe um arquivo com esse nome");
+    }
+
     /// The name that a file with lot number and hash in its name gets by a correction, which is told, or
     /// given to it on request; empty for none.
     std::string Rename(const TTissFile& after) const {
@@ -260,8 +274,6 @@ class TCorrection {
             return PathText(name);
         }
         std::error_code failure;
-        if (std::filesystem::exists(target, failure))
-            throw EFileNotWritten(target, "já existe um arquivo com esse nome");
         std::filesystem::rename(file, target, failure);
         if (failure)
             throw EFileNotWritten(target, ReasonText(failure));

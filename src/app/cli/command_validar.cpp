@@ -91,7 +91,8 @@ std::vector<TInput> SearchFolder(const std::string& name, bool withSubfolders) {
         const std::filesystem::path folder = std::move(pending.back());
         pending.pop_back();
         std::error_code failure;
-        if (!searched.insert(std::filesystem::weakly_canonical(folder, failure)).second)
+        const std::filesystem::path place = std::filesystem::weakly_canonical(folder, failure);
+        if (!searched.insert(failure ? folder : place).second)
             continue;
         for (auto entry = std::filesystem::directory_iterator(folder, failure);
              !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
@@ -99,6 +100,10 @@ std::vector<TInput> SearchFolder(const std::string& name, bool withSubfolders) {
             if (entry->is_directory(unreachable)) {
                 if (withSubfolders)
                     pending.push_back(entry->path());
+            } else if (unreachable || (entry->is_symlink(unreachable) && !entry->exists(unreachable))) {
+                // It may be a folder of files that nobody would miss.
+                found.push_back({PathText(entry->path()),
+                                 "a ligação leva a um lugar que não existe ou não pode ser lido"});
             } else if (HasTissExtension(entry->path())) {
                 found.push_back({PathText(entry->path()), {}});
             }
@@ -407,6 +412,11 @@ class TOutput {
     /// Guides of one provider that are in two files; a second bill is refused.
     void TellRepeated(const std::vector<TInput>& inputs) {
         constexpr std::size_t kTold = 50;
+        std::erase_if(repeated_, [&](const TRepeated& guide) { // one file under two names
+            std::error_code failure;
+            return std::filesystem::equivalent(PathFromText(inputs[guide.First.File].Name),
+                                               PathFromText(inputs[guide.Again.File].Name), failure);
+        });
         std::ranges::sort(repeated_, {},
                           [](const TRepeated& guide) { return std::pair(guide.First, guide.Again); });
         for (std::size_t i = 0; i < std::min(repeated_.size(), kTold); ++i) {

@@ -24,15 +24,20 @@ std::string TSchemaFault::SrcText() const {
 }
 
 std::uint64_t TSchemaFault::GroupKey() const {
+    // A code stands for itself, wherever it is; a list of what is missing is the fault itself.
     const bool byValue = Code == TSchemaFaultCode::NotInList || Code == TSchemaFaultCode::UndeclaredPrefix;
+    const bool byList = Code == TSchemaFaultCode::MissingSeveral || Code == TSchemaFaultCode::MissingChoice ||
+                        Code == TSchemaFaultCode::WrongSequence;
     std::string key = std::to_string(static_cast<int>(Code));
     for (const std::string_view part :
-         {std::string_view(Name), std::string_view(Parent), std::string_view(Before),
+         {std::string_view(Name), Type != nullptr ? std::string_view{} : std::string_view(Parent),
+          std::string_view(Before),
           Code == TSchemaFaultCode::SpaceAround ? std::string_view{} : std::string_view(Bound),
           byValue ? std::string_view(Found) : std::string_view{}})
         key.append(1, '\n').append(part);
-    for (const std::string& name : Expected)
-        key.append(1, '\n').append(name);
+    if (byList)
+        for (const std::string& name : Expected)
+            key.append(1, '\n').append(name);
     return std::hash<std::string>()(key) | 1U;
 }
 

@@ -252,9 +252,9 @@ std::string ValueHint(const TSchemaSimpleType& type) {
                 return std::string(words.substr(kPatternVerb));
     switch (type.Kind) {
     case TSchemaValueKind::Date:
-        return "data, AAAA-MM-DD";
+        return "data AAAA-MM-DD";
     case TSchemaValueKind::Time:
-        return "hora, HH:MM:SS";
+        return "hora HH:MM:SS";
     case TSchemaValueKind::Decimal:
         return "um número, com ponto antes das casas decimais";
     case TSchemaValueKind::Integer:
