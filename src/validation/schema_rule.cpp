@@ -316,14 +316,14 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
             told.SetKind(TFindingKind::Layout);
         }
     TGuideLayouts layouts(PathText(schemaFile_.filename()), std::string(file.Versao()));
-    std::set<const TXmlNode*> incomplete; // what lacks an element may have it under a wrong name
+    std::set<const TXmlNode*> incomplete; // elements that lack others
     for (const TSchemaFault& fault : faults)
         if (fault.Code == TSchemaFaultCode::MissingElement ||
             fault.Code == TSchemaFaultCode::MissingSeveral || fault.Code == TSchemaFaultCode::MissingChoice)
             incomplete.insert(fault.Before.empty() ? fault.Node : fault.Node->Parent());
     const TXmlNode* lastGuide = nullptr;
-    std::string number;          // of the last guide
-    bool foreign = otherVersion; // laid out for something else, so that no single correction makes sense
+    std::string number;   // of the last guide
+    bool foreign = false; // laid out for something else, so that no single correction makes sense
     std::optional<TGuiaLocator> guias;
     if (lote != nullptr && !faults.empty())
         guias.emplace(*lote);
@@ -351,7 +351,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
             std::string layout = guide != nullptr && !otherVersion && structural.count(guide) != 0
                                      ? layouts.Sentence(*guide)
                                      : std::string();
-            foreign = otherVersion || !layout.empty();
+            foreign = !layout.empty();
             if (!layout.empty()) {
                 const auto told = TLoteGuiasValidationMessage::CreateWarn(this, number, std::move(layout),
                                                                           std::string(), guide->Line(),
@@ -366,12 +366,13 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         message->SetItem(FindingItem(*fault.Node));
         message->SetGroupKey(fault.GroupKey());
         message->SetCause(CauseOf(fault));
-        const bool mayBeMeant = fault.Code == TSchemaFaultCode::UnknownElement &&
-                                fault.Node->Parent() != nullptr &&
-                                incomplete.count(fault.Node->Parent()) != 0;
-        if (!foreign && !mayBeMeant)
+        // What is missing beside an unknown element may be that element under a wrong name.
+        const bool mayBeMeant =
+            fault.Code == TSchemaFaultCode::UnknownElement && incomplete.count(fault.Node->Parent()) != 0;
+        if (!foreign)
             for (auto& solver : StructureSolversOf(fault, shared, schema))
-                message->AddSolver(std::move(solver));
+                if (!mayBeMeant || !solver->WithLoss())
+                    message->AddSolver(std::move(solver));
         AddMessage(message);
     }
     AddUnkeptErrors(further);

@@ -370,9 +370,9 @@ void TStructureSolver::Solve() {
     solved_ = true;
 }
 
-std::vector<std::shared_ptr<ISolver>> StructureSolversOf(const TSchemaFault& fault, const TFilePtr& file,
-                                                         const TSchemaPtr& schema) {
-    std::vector<std::shared_ptr<ISolver>> solvers;
+std::vector<std::shared_ptr<TStructureSolver>>
+StructureSolversOf(const TSchemaFault& fault, const TFilePtr& file, const TSchemaPtr& schema) {
+    std::vector<std::shared_ptr<TStructureSolver>> solvers;
     if (IsSignedContent(*fault.Node))
         return solvers;
     TXmlNode& node = const_cast<TXmlNode&>(*fault.Node); // of the file's tree, which corrections may change

@@ -42,8 +42,8 @@ class TStructureSolver : public TAbstractSolver {
 
 /// The corrections of a fault, those without loss first; none where nothing is sure. `schema`: the set by
 /// which it was found.
-std::vector<std::shared_ptr<ISolver>> StructureSolversOf(const TSchemaFault& fault,
-                                                         const std::shared_ptr<const IArquivoTiss>& file,
-                                                         const std::shared_ptr<const TSchemaSet>& schema);
+std::vector<std::shared_ptr<TStructureSolver>>
+StructureSolversOf(const TSchemaFault& fault, const std::shared_ptr<const IArquivoTiss>& file,
+                   const std::shared_ptr<const TSchemaSet>& schema);
 
 } // namespace conferix

@@ -100,12 +100,12 @@ std::vector<TInput> SearchFolder(const std::string& name, bool withSubfolders) {
             if (entry->is_directory(unreachable)) {
                 if (withSubfolders)
                     pending.push_back(entry->path());
+            } else if (HasTissExtension(entry->path())) {
+                found.push_back({PathText(entry->path()), {}});
             } else if (unreachable || (entry->is_symlink(unreachable) && !entry->exists(unreachable))) {
                 // It may be a folder of files that nobody would miss.
                 found.push_back({PathText(entry->path()),
                                  "a ligação leva a um lugar que não existe ou não pode ser lido"});
-            } else if (HasTissExtension(entry->path())) {
-                found.push_back({PathText(entry->path()), {}});
             }
         }
         if (failure)
