@@ -12,7 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const EXmlEncoding&) {
         return 0; // refused with a reason
     }
-    CheckEncoding(read.Text, read.Encoding);
+    if (const auto misreading = FindMisreading(read.Text, read.Encoding))
+        MeantText(read.Text, misreading->Kind);
     std::string written;
     try {
         written = EncodeXml(read.Text, read.Encoding);
