@@ -391,7 +391,9 @@ class TOutput {
         std::size_t File;
         std::int32_t Line;
 
-        auto operator<=>(const TBilled&) const = default;
+        bool operator<(const TBilled& other) const {
+            return std::pair(File, Line) < std::pair(other.File, other.Line);
+        }
     };
     struct TRepeated {
         std::string Number;
