@@ -69,10 +69,10 @@ std::filesystem::path TSchemaFolder::Locate(const std::string& fileName) const {
     // Files that are validated at the same time may need the same copy.
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
-    const std::filesystem::path file = folder_ / PathFromText(fileName);
+    std::filesystem::path file = folder_ / PathFromText(fileName);
     if (builtIn_.empty())
         return file;
-    const std::filesystem::path supplied = builtIn_ / PathFromText(fileName);
+    std::filesystem::path supplied = builtIn_ / PathFromText(fileName);
     if (folder_.empty())
         return supplied;
     // What was found right once is not read again as long as nobody touches it.

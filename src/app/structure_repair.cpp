@@ -177,6 +177,7 @@ class TStructureRun {
 
     void Refuse(TStructureJudge& judge, const std::map<std::size_t, std::string>& refused) {
         std::vector<std::size_t> candidates;
+        candidates.reserve(refused.size());
         for (const auto& [candidate, reason] : refused)
             candidates.push_back(candidate);
         std::vector<TCorrectionRecord> records = judge.RecordsOf(candidates);
