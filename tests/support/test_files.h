@@ -19,7 +19,9 @@ namespace conferix {
 class TTemporaryFolder {
   public:
     TTemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "conferix-XXXXXX").string();
+        // The system fills in the six last letters.
+        std::string name =
+            (std::filesystem::temp_directory_path() / "conferix-").string() + std::string(6, 'X');
         EXPECT_NE(mkdtemp(name.data()), nullptr);
         path_ = std::filesystem::canonical(name);
     }
