@@ -54,14 +54,18 @@ std::shared_ptr<IArquivoTiss> TTissFile::Load() const {
     return TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
 }
 
-void TTissFile::Write(const std::filesystem::path& file) const {
-    WriteFileAtomically(file, Bytes(), IsSamePlace(origin_.File, file) ? origin_.Stamp : std::nullopt);
+void TTissFile::Write(const std::filesystem::path& file, const std::filesystem::path& copy) const {
+    WriteFileAtomically(file, Bytes(), IsSamePlace(origin_.File, file) ? origin_.Stamp : std::nullopt, copy);
 }
 
-std::filesystem::path TTissFile::WriteBeside(std::filesystem::path file) const {
-    const std::filesystem::path original = file;
-    WriteCopyAtomically(file += ".conferix-novo", Bytes(), original);
-    return file;
+std::filesystem::path TTissFile::WriteBeside(const std::filesystem::path& file) const {
+    std::filesystem::path beside = file;
+    beside += ".conferix-novo";
+    std::error_code unreadable;
+    for (int number = 2; std::filesystem::exists(std::filesystem::symlink_status(beside, unreadable)); ++number)
+        (beside = file) += ".conferix-novo-" + std::to_string(number);
+    WriteCopyAtomically(beside, Bytes(), file);
+    return beside;
 }
 
 } // namespace conferix

@@ -64,12 +64,12 @@ class TTissFile {
     /// The same, identified. Raises EXmlNotParsed, ETissException.
     std::shared_ptr<IArquivoTiss> Load() const;
 
-    /// Replaces a file by Bytes() in one step. Raises EFileNotWritten, EXmlEncoding; EFileChanged where it is
-    /// the source and no longer what was read.
-    void Write(const std::filesystem::path& file) const;
-    /// Writes Bytes() beside a file that somebody else has changed, and answers where. Raises
-    /// EFileNotWritten, EXmlEncoding.
-    std::filesystem::path WriteBeside(std::filesystem::path file) const;
+    /// Replaces a file by Bytes() in one step; what is replaced is kept under `copy`, unless that is empty.
+    /// Raises EFileNotWritten, EXmlEncoding; EFileChanged where it is the source and no longer what was read.
+    void Write(const std::filesystem::path& file, const std::filesystem::path& copy = {}) const;
+    /// Writes Bytes() under a free name beside a file that somebody else has changed, and answers where.
+    /// Raises EFileNotWritten, EXmlEncoding.
+    std::filesystem::path WriteBeside(const std::filesystem::path& file) const;
 
   private:
     std::shared_ptr<const std::string> bytes_; ///< null for a text that was not read

@@ -60,10 +60,11 @@ void TakeAttributesIfPossible(const TDescriptor& copy, const fs::path& original,
     }
 }
 
-/// Writes bytes into a new file, gives it what `takeAttributes` says and puts it in its place.
-template<class TTake>
+/// Writes bytes into a new file, gives it what `takeAttributes` says and puts it in its place; `keep` is called
+/// with the old file when nothing but that is left to do.
+template<class TTake, class TKeep>
 void Replace(const fs::path& file, std::string_view bytes, const std::optional<TFileStamp>& expected,
-             TTake takeAttributes) {
+             TTake takeAttributes, TKeep keep) {
     std::error_code ignored;
     const fs::file_status status = fs::status(file, ignored);
     if (fs::is_directory(status)) {
@@ -81,8 +82,14 @@ void Replace(const fs::path& file, std::string_view bytes, const std::optional<T
         TTemporaryFile::RemoveStale(target.parent_path());
         TTemporaryFile temporary(target);
         temporary.Descriptor().WriteAll(bytes);
+        if (expected) {
+            RequireUnchanged(target, *expected, file);
+        }
         takeAttributes(temporary.Descriptor(), target, replaces);
         temporary.Descriptor().Flush();
+        if (replaces) {
+            keep(target);
+        }
         if (expected) {
             RequireUnchanged(target, *expected, file);
         }
@@ -181,20 +188,30 @@ std::string ReadWholeStream(std::istream& stream, const std::string& name, std::
 }
 
 void WriteFileAtomically(const fs::path& file, std::string_view bytes,
-                         const std::optional<TFileStamp>& expected) {
-    Replace(file, bytes, expected, [&](const TDescriptor& written, const fs::path& target, bool replaces) {
-        if (replaces) {
-            TakeAttributes(written, target, file);
-        } else {
-            TakeUsualRights(written);
-        }
-    });
+                         const std::optional<TFileStamp>& expected, const fs::path& copy) {
+    Replace(
+        file, bytes, expected,
+        [&](const TDescriptor& written, const fs::path& target, bool replaces) {
+            if (replaces) {
+                TakeAttributes(written, target, file);
+            } else {
+                TakeUsualRights(written);
+            }
+        },
+        [&](const fs::path& target) {
+            if (!copy.empty()) {
+                WriteCopyAtomically(copy, ReadWholeFile(target), target);
+            }
+        });
 }
 
 void WriteCopyAtomically(const fs::path& file, std::string_view bytes, const fs::path& original) {
-    Replace(file, bytes, std::nullopt, [&](const TDescriptor& written, const fs::path&, bool) {
-        TakeAttributesIfPossible(written, original, file);
-    });
+    Replace(
+        file, bytes, std::nullopt,
+        [&](const TDescriptor& written, const fs::path&, bool) {
+            TakeAttributesIfPossible(written, original, file);
+        },
+        [](const fs::path&) {});
 }
 
 void ReplaceFileBy(const fs::path& file, const fs::path& finished) {

@@ -118,9 +118,10 @@ std::string ReadWholeStream(std::istream& stream, const std::string& name,
 /// over it. A symbolic link stays and its target is replaced; a pipe or device is simply written to. Raises
 /// EFileNotWritten, after which the old file is untouched and nothing is left beside it; also where something
 /// of the old file cannot be kept, and for a file with further hard links. `expected`: raises EFileChanged
-/// when the file is another, has changed or is gone.
+/// when the file is another, has changed or is gone. `copy`: what is replaced is kept under this name.
 void WriteFileAtomically(const std::filesystem::path& file, std::string_view bytes,
-                         const std::optional<TFileStamp>& expected = std::nullopt);
+                         const std::optional<TFileStamp>& expected = std::nullopt,
+                         const std::filesystem::path& copy = {});
 
 /// The same for a copy of another file, which is as accessible as that one: to its owner alone where that one
 /// is gone or others own it.

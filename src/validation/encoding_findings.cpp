@@ -39,6 +39,15 @@ std::string HashSentence(const std::string& meant) {
 
 using TTextPtr = std::shared_ptr<const std::string>;
 
+bool CanBeWritten(const std::string& text) {
+    try {
+        EncodeXml(text, {});
+        return true;
+    } catch (const EXmlEncoding&) {
+        return false;
+    }
+}
+
 /// Offers to write a text in another encoding, unless that cannot hold it.
 void Offer(TXmlMessage& message, std::string description, const TTextPtr& text, std::string_view encoding) {
     try {
@@ -61,9 +70,10 @@ std::shared_ptr<TXmlMessage> Utf8AsAnsi(const TXmlMisreading& misreading, const 
             HashSentence(*meant)),
         CutText(misreading.Read), misreading.Place.Line, misreading.Place.LinePos, misreading.Place.FilePos);
     message->SetKind(TFindingKind::Misread);
-    message->AddSolver(std::make_shared<TEncodingSolver>(
-        fmt::format("Gravar o arquivo em {}", misreading.Declared), [meant] { return *meant; },
-        EncodingToWrite(*meant, {})));
+    if (CanBeWritten(*meant))
+        message->AddSolver(std::make_shared<TEncodingSolver>(
+            fmt::format("Gravar o arquivo em {}", misreading.Declared), [meant] { return *meant; },
+            EncodingToWrite(*meant, {})));
     Offer(*message, "Declarar UTF-8", meant, kUtf8);
     return message;
 }

@@ -6,6 +6,7 @@
 #include "xml/xml_position.h"
 
 #include <fmt/format.h>
+#include <unicode/uchar.h>
 #include <unicode/ucnv.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
@@ -622,8 +623,8 @@ std::string_view WordAt(std::string_view text, std::size_t at) {
     return text.substr(start, std::min(text.find_first_of(kEnds, at), text.size()) - start);
 }
 
-/// True when the letters of a text that was read as Windows-1252 are, byte for byte, letters in UTF-8 that
-/// Windows-1252 has too. Ends at the first letter that is not.
+/// True when the characters beyond ASCII of a text that was read as Windows-1252 are, byte for byte, UTF-8,
+/// and the letters among them such as Windows-1252 has too. Ends at the first that is not.
 bool WasWrittenInUtf8(std::string_view text) {
     TCharacterEncoder encoder(kAnsi);
     std::string bytes; // of the run of letters being read
@@ -634,7 +635,7 @@ bool WasWrittenInUtf8(std::string_view text) {
         while (good && at < length) {
             UChar32 c = 0;
             U8_NEXT(reinterpret_cast<const std::uint8_t*>(bytes.data()), at, length, c);
-            good = c >= 0 && !encoder.Encode(c).empty();
+            good = c >= 0 && (u_isalpha(c) == 0 || !encoder.Encode(c).empty());
         }
         bytes.clear();
         return good;

@@ -198,11 +198,11 @@ class TCorrection {
     }
 
     std::string Difference(const std::string& before, const std::string& after) const {
-        return UnifiedDiff(before, after, options_.Arquivo, options_.Arquivo + " (corrigido)");
+        return UnifiedDiff(before, after, Visible(options_.Arquivo), Visible(options_.Arquivo) + " (corrigido)");
     }
     /// The difference of the texts, the corrected one as it will be read.
     std::string TextDifference(const TTissFile& before, const TTissFile& after) const {
-        return Difference(*before.Text(), *TTissFile(after.Bytes()).Text());
+        return Difference(*before.Text(), *TTissFile(after.Bytes(), TXmlUndecodable::Guessed).Text());
     }
     /// The same for a terminal, which the text must not steer.
     std::string VisibleDifference(const TTissFile& before, const TTissFile& after) const {
@@ -230,42 +230,50 @@ class TCorrection {
             try {
                 Replace(after, file);
             } catch (const EFileChanged& error) {
-                throw EFileNotWritten(file, fmt::format("{}. O conteúdo corrigido ficou em \"{}\"",
-                                                        error.Reason(), PathText(after.WriteBeside(file))));
+                throw EFileNotWritten(file, error.Reason() + Rescue(after, file));
             }
         }
     }
 
-    void Replace(const TTissFile& after, const std::filesystem::path& file) const {
-        std::error_code missing;
-        if (options_.Copia && std::filesystem::is_regular_file(file, missing)) {
-            std::filesystem::path copy = file;
-            WriteCopyAtomically(copy += ".bak", ReadWholeFile(file), file);
+    /// Keeps what could not be written, and answers where, as the end of a sentence.
+    static std::string Rescue(const TTissFile& after, const std::filesystem::path& file) {
+        try {
+            return fmt::format(". O conteúdo corrigido ficou em \"{}\"", PathText(after.WriteBeside(file)));
+        } catch (const EFile& error) {
+            return fmt::format(". O conteúdo corrigido também não pôde ser guardado: {}", error.what());
         }
-        after.Write(file);
+    }
+
+    void Replace(const TTissFile& after, const std::filesystem::path& file) const {
+        std::filesystem::path copy;
+        if (options_.Copia)
+            (copy = file) += ".bak";
+        after.Write(file, copy);
+    }
+
+    /// The name that the corrected file would have, where its name carries its hash; empty for none.
+    std::filesystem::path NewName() const {
+        return NameWithHash(PathFromText(options_.Arquivo).filename(),
+                            std::string(Result().ArquivoTiss->Hash()));
     }
 
     /// Before anything is written: the name that the file is to get must be free.
     void RequireFreeName() const {
-        if (!options_.Renomear)
-            return;
-        const std::filesystem::path file = PathFromText(options_.Arquivo);
-        const std::filesystem::path name =
-            NameWithHash(file.filename(), std::string(Result().ArquivoTiss->Hash()));
+        const std::filesystem::path name = NewName();
+        const std::filesystem::path target = PathFromText(options_.Arquivo).parent_path() / name;
         std::error_code failure;
-        if (!name.empty() &&
-            std::filesystem::exists(std::filesystem::symlink_status(file.parent_path() / name, failure)))
-            throw EFileNotWritten(file.parent_path() / name, "já existe um arquivo com esse nome");
+        if (options_.Renomear && !name.empty() &&
+            std::filesystem::exists(std::filesystem::symlink_status(target, failure)))
+            throw EFileNotWritten(target, "já existe um arquivo com esse nome");
     }
 
     /// The name that a file with lot number and hash in its name gets by a correction, which is told, or
     /// given to it on request; empty for none.
     std::string Rename(const TTissFile& after) const {
-        const std::filesystem::path file = PathFromText(options_.Arquivo);
-        const std::filesystem::path name =
-            NameWithHash(file.filename(), std::string(Result().ArquivoTiss->Hash()));
+        const std::filesystem::path name = NewName();
         if (name.empty())
             return {};
+        const std::filesystem::path file = PathFromText(options_.Arquivo);
         const std::filesystem::path target = file.parent_path() / name;
         if (!options_.Renomear || after.Bytes() != ReadWholeFile(file)) {
             context_.Warning(

@@ -21,10 +21,6 @@ std::string DateText(const TDate& date) {
                        static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
 }
 
-} // namespace
-
-namespace {
-
 /// Nothing that a damaged database says of itself is worth showing.
 int ShowDamage(const TCliContext& context, const ITussConnection& connection,
                const std::vector<std::string>& damage) {

@@ -289,18 +289,22 @@ class TReporter {
     TPalette palette_;
 };
 
+TFileReport UnreadableFile(const TReporter& reporter, const std::string& name, const std::string& reason) {
+    TFileReport report;
+    report.Error = fmt::format("{}: {}", name, reason);
+    report.Status = kExitUnreadable;
+    report.Text =
+        reporter.ReportFailure(name, std::make_shared<TXmlMessage>(TMessageType::mtFatal, reason), false);
+    return report;
+}
+
 /// Validates one file; whatever happens, a report comes of it.
 TFileReport ValidateFile(const TCliContext& context, const TDBConnectionFactory& terminology,
                          const TReporter& reporter, const TInput& input,
                          const std::vector<std::string>& enabled, bool oneOfSeveral) {
     const std::string& name = input.Name;
     TFileReport report;
-    const auto unreadable = [&](const std::string& reason) {
-        report.Error = fmt::format("{}: {}", name, reason);
-        report.Status = kExitUnreadable;
-        report.Text =
-            reporter.ReportFailure(name, std::make_shared<TXmlMessage>(TMessageType::mtFatal, reason), false);
-    };
+    const auto unreadable = [&](const std::string& reason) { report = UnreadableFile(reporter, name, reason); };
     try {
         if (!input.Failure.empty()) {
             unreadable(input.Failure);
@@ -484,8 +488,13 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
         const TDBConnectionFactory terminology = context.KeptTerminology();
         for (std::size_t index = next++; index < inputs.size(); index = next++) {
             output.Progress().Begin(inputs[index].Name);
-            output.Add(index, ValidateFile(context, terminology, reporter, inputs[index], enabled,
-                                           inputs.size() > 1));
+            TFileReport report =
+                ValidateFile(context, terminology, reporter, inputs[index], enabled, inputs.size() > 1);
+            try {
+                output.Add(index, std::move(report));
+            } catch (const std::bad_alloc&) { // what is kept of the other files went beyond the memory
+                output.Add(index, UnreadableFile(reporter, inputs[index].Name, kOutOfMemory));
+            }
         }
     };
     std::vector<std::jthread> threads;

@@ -2,7 +2,6 @@
 
 #include "platform/format_settings.h"
 #include "platform/platform.h"
-
 #include "platform/utf8.h"
 
 #include <fmt/format.h>
