@@ -108,13 +108,15 @@ class TPackageReader {
     bool IsLink(zip_uint64_t index) const {
         zip_uint8_t system = 0;
         zip_uint32_t attributes = 0;
-        return TZipLibrary::Get().FileGetExternalAttributes(archive_.get(), index, 0, &system, &attributes) == 0 &&
+        return TZipLibrary::Get().FileGetExternalAttributes(archive_.get(), index, 0, &system, &attributes) ==
+                   0 &&
                system == ZIP_OPSYS_UNIX && ((attributes >> 16U) & kUnixTypeMask) == kUnixLink;
     }
 
     /// What the entry really unpacks to; the size that it claims is not relied on.
     std::string Content(zip_uint64_t index, const std::string& name) {
-        const std::unique_ptr<zip_file_t, TCloseEntry> entry(TZipLibrary::Get().FopenIndex(archive_.get(), index, 0));
+        const std::unique_ptr<zip_file_t, TCloseEntry> entry(
+            TZipLibrary::Get().FopenIndex(archive_.get(), index, 0));
         const auto failed = [&] {
             Fail("o arquivo \"" + NameText(*archive_, index, name) + "\" do pacote não pôde ser lido");
         };

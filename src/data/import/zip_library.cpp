@@ -27,8 +27,9 @@ const TZipLibrary& TZipLibrary::Get() {
 TZipLibrary::TZipLibrary() {
     static const TSharedLibrary library(CONFERIX_LIBZIP);
     if (!library.Loaded())
-        throw std::runtime_error(fmt::format("a biblioteca {}, usada para ler pacotes ZIP, não está instalada ({})",
-                                             CONFERIX_LIBZIP, library.Reason()));
+        throw std::runtime_error(
+            fmt::format("a biblioteca {}, usada para ler pacotes ZIP, não está instalada ({})",
+                        CONFERIX_LIBZIP, library.Reason()));
     Find(library, "zip_open", Open);
     Find(library, "zip_open_from_source", OpenFromSource);
     Find(library, "zip_discard", Discard);

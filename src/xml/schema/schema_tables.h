@@ -8,9 +8,9 @@
 
 namespace conferix {
 
-/// Compiled tables in a file beside the schema files that they were made of: reading them takes a twentieth of
-/// compiling. They hold for the code that wrote them and for the very bytes of those schema files; whatever
-/// else is found there counts for nothing.
+/// Compiled tables in a file beside the schema files that they were made of: reading them takes a twentieth
+/// of compiling. They hold for the code that wrote them and for the very bytes of those schema files;
+/// whatever else is found there counts for nothing.
 class TSchemaTables {
   public:
     /// Where the tables of a main schema file are.
