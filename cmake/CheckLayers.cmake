@@ -15,12 +15,11 @@ set(external_headers
     "^fmt/" fmt::fmt
     "^nettle/" PkgConfig::NETTLE
     "^nlohmann/" nlohmann_json::nlohmann_json
-    "^openssl/" OpenSSL::Crypto
     "^re2/" PkgConfig::RE2
-    "^spdlog/" spdlog::spdlog
+    "^spdlog/" spdlog::spdlog_header_only
     "^sqlite3\\.h$" SQLite::SQLite3
     "^unicode/" ICU::uc
-    "^zip\\.h$" PkgConfig::LIBZIP)
+    "^zip\\.h$" zip_headers)
 
 set(faults "")
 

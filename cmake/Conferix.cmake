@@ -14,6 +14,20 @@ if(CONFERIX_FUZZ)
     target_compile_options(conferix_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# conferix_loaded_library(<name> <header>): a library that is loaded while the program runs. Its headers are <name>_headers;
+# CONFERIX_LIB<NAME> is the name under which programs find it, as libcurl.so.4, which is not that of developers.
+function(conferix_loaded_library name header)
+    string(TOUPPER ${name} upper)
+    find_library(${upper}_LIBRARY ${name} REQUIRED)
+    find_path(${upper}_INCLUDE_DIR ${header} REQUIRED)
+    add_library(${name}_headers INTERFACE IMPORTED GLOBAL)
+    target_include_directories(${name}_headers INTERFACE ${${upper}_INCLUDE_DIR})
+    get_filename_component(file ${${upper}_LIBRARY} REALPATH)
+    get_filename_component(file ${file} NAME)
+    string(REGEX REPLACE "(\\.so\\.[0-9]+)\\..*" "\\1" file ${file})
+    set(CONFERIX_LIB${upper} ${file} PARENT_SCOPE)
+endfunction()
+
 # Notes what the files of a target in the current folder may include, for conferix_check_layers(). A dependency has to be
 # there already, so the order of add_subdirectory is the order of the house and no circle can arise.
 function(conferix_unit name)

@@ -66,9 +66,6 @@ void TSchemaFolder::Refresh(const std::string& fileName) const {
 }
 
 std::filesystem::path TSchemaFolder::Locate(const std::string& fileName) const {
-    // Files that are validated at the same time may need the same copy.
-    static std::mutex mutex;
-    const std::lock_guard lock(mutex);
     std::filesystem::path file = folder_ / PathFromText(fileName);
     if (builtIn_.empty())
         return file;
@@ -78,6 +75,11 @@ std::filesystem::path TSchemaFolder::Locate(const std::string& fileName) const {
     // What was found right once is not read again as long as nobody touches it.
     static TFileMemory<std::filesystem::path> located;
     const std::string name = PathText(file) + '\n' + PathText(supplied);
+    if (auto known = located.Find(name))
+        return *std::move(known);
+    // Files that are validated at the same time may need the same copy.
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
     if (auto known = located.Find(name))
         return *std::move(known);
     std::vector<std::string> names;

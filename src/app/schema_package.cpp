@@ -1,11 +1,11 @@
 #include "app/schema_package.h"
 
+#include "data/import/zip_library.h"
 #include "model/tiss_kinds.h"
 #include "platform/platform.h"
 #include "xml/schema/schema_files.h"
 
 #include <unicode/ucnv.h>
-#include <zip.h>
 
 #include <array>
 #include <cstdint>
@@ -29,15 +29,15 @@ constexpr zip_uint32_t kUnixTypeMask = 0170000;
 constexpr zip_uint32_t kUnixLink = 0120000;
 
 struct TCloseArchive {
-    void operator()(zip_t* archive) const { zip_discard(archive); }
+    void operator()(zip_t* archive) const { TZipLibrary::Get().Discard(archive); }
 };
 struct TCloseEntry {
-    void operator()(zip_file_t* entry) const { zip_fclose(entry); }
+    void operator()(zip_file_t* entry) const { TZipLibrary::Get().Fclose(entry); }
 };
 
 /// An entry's name for a message; names without the UTF-8 mark are in the old code page of Windows in Brazil.
 std::string NameText(zip_t& archive, zip_uint64_t index, const std::string& raw) {
-    if (const char* marked = zip_get_name(&archive, index, ZIP_FL_ENC_STRICT);
+    if (const char* marked = TZipLibrary::Get().GetName(&archive, index, ZIP_FL_ENC_STRICT);
         marked != nullptr && raw == marked)
         return raw;
     std::vector<char> text(raw.size() * 3 + 1);
@@ -68,20 +68,20 @@ class TPackageReader {
     explicit TPackageReader(const std::filesystem::path& file)
         : file_(file), bytes_(ReadWholeFile(file, kMaxPackageBytes)) {
         zip_error_t error;
-        zip_error_init(&error);
-        zip_source_t* source = zip_source_buffer_create(bytes_.data(), bytes_.size(), 0, &error);
+        TZipLibrary::Get().ErrorInit(&error);
+        zip_source_t* source = TZipLibrary::Get().SourceBufferCreate(bytes_.data(), bytes_.size(), 0, &error);
         if (source != nullptr) {
-            archive_.reset(zip_open_from_source(source, ZIP_RDONLY, &error));
+            archive_.reset(TZipLibrary::Get().OpenFromSource(source, ZIP_RDONLY, &error));
             if (archive_ == nullptr)
-                zip_source_free(source);
+                TZipLibrary::Get().SourceFree(source);
         }
-        zip_error_fini(&error);
+        TZipLibrary::Get().ErrorFini(&error);
         if (archive_ == nullptr)
             Fail("não é um arquivo ZIP válido");
     }
 
     std::map<std::string, TPackageFolder> Read() {
-        const zip_int64_t count = zip_get_num_entries(archive_.get(), 0);
+        const zip_int64_t count = TZipLibrary::Get().GetNumEntries(archive_.get(), 0);
         if (count > kMaxEntries)
             Fail("o pacote contém arquivos demais");
         for (zip_int64_t i = 0; i < count; ++i)
@@ -93,7 +93,7 @@ class TPackageReader {
     [[noreturn]] void Fail(const std::string& reason) const { throw EInvalidPackage(file_, reason); }
 
     void ReadEntry(zip_uint64_t index) {
-        const char* raw = zip_get_name(archive_.get(), index, ZIP_FL_ENC_RAW);
+        const char* raw = TZipLibrary::Get().GetName(archive_.get(), index, ZIP_FL_ENC_RAW);
         const std::string name = raw != nullptr ? raw : "";
         if (Leaves(name))
             Fail("o pacote contém um caminho que sai da pasta: \"" + NameText(*archive_, index, name) + "\"");
@@ -108,13 +108,15 @@ class TPackageReader {
     bool IsLink(zip_uint64_t index) const {
         zip_uint8_t system = 0;
         zip_uint32_t attributes = 0;
-        return zip_file_get_external_attributes(archive_.get(), index, 0, &system, &attributes) == 0 &&
+        return TZipLibrary::Get().FileGetExternalAttributes(archive_.get(), index, 0, &system, &attributes) ==
+                   0 &&
                system == ZIP_OPSYS_UNIX && ((attributes >> 16U) & kUnixTypeMask) == kUnixLink;
     }
 
     /// What the entry really unpacks to; the size that it claims is not relied on.
     std::string Content(zip_uint64_t index, const std::string& name) {
-        const std::unique_ptr<zip_file_t, TCloseEntry> entry(zip_fopen_index(archive_.get(), index, 0));
+        const std::unique_ptr<zip_file_t, TCloseEntry> entry(
+            TZipLibrary::Get().FopenIndex(archive_.get(), index, 0));
         const auto failed = [&] {
             Fail("o arquivo \"" + NameText(*archive_, index, name) + "\" do pacote não pôde ser lido");
         };
@@ -123,7 +125,7 @@ class TPackageReader {
         std::string content;
         std::array<char, 65536> block{};
         while (true) {
-            const zip_int64_t count = zip_fread(entry.get(), block.data(), block.size());
+            const zip_int64_t count = TZipLibrary::Get().Fread(entry.get(), block.data(), block.size());
             if (count < 0)
                 failed();
             if (count == 0)

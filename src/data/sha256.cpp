@@ -2,33 +2,33 @@
 
 #include "platform/platform.h"
 
-#include <openssl/evp.h>
+#include <nettle/sha2.h>
 
 #include <array>
+#include <cstdint>
 #include <fstream>
-#include <memory>
 #include <string_view>
 
 namespace conferix {
 
 std::string Sha256OfFile(const std::filesystem::path& file) {
-    const std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
-    EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr);
+    sha256_ctx context{};
+    sha256_init(&context);
     std::ifstream stream(file, std::ios::binary);
     std::array<char, 65536> buffer{};
     while (stream) {
         stream.read(buffer.data(), buffer.size());
-        EVP_DigestUpdate(context.get(), buffer.data(), static_cast<std::size_t>(stream.gcount()));
+        sha256_update(&context, static_cast<std::size_t>(stream.gcount()),
+                      reinterpret_cast<const std::uint8_t*>(buffer.data()));
     }
     if (!stream.eof())
         throw EFileNotRead(file, "não pôde ser lido até o fim");
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-    unsigned int length = 0;
-    EVP_DigestFinal_ex(context.get(), digest.data(), &length);
+    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
+    sha256_digest(&context, digest.size(), digest.data());
     constexpr std::string_view kHex = "0123456789abcdef";
     std::string text;
-    for (unsigned int i = 0; i < length; ++i)
-        (text += kHex[digest[i] >> 4U]) += kHex[digest[i] & 0xFU];
+    for (const std::uint8_t byte : digest)
+        (text += kHex[byte >> 4U]) += kHex[byte & 0xFU];
     return text;
 }
 

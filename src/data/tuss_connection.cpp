@@ -151,7 +151,8 @@ struct TTussConnection::TImpl {
         return damage;
     }
 
-    // Before a row is called missing: damage may have swallowed it. Looks at a table once.
+    // Before a row, or all of them, are called missing: damage may have swallowed them. Looks at a table
+    // once.
     void RequireSound(std::string_view table) {
         if (sound.insert(std::string(table)).second && !FindDamage(std::string(table)).empty()) {
             throw ETerminologyNotRead(file, "o banco de dados está danificado");
@@ -174,6 +175,9 @@ struct TTussConnection::TImpl {
             keys.emplace_back(number);
         }
         const bool answer = Run(query, std::move(keys), [&] { return query.Step(); });
+        if (!answer) {
+            RequireSound(table);
+        }
         hasRows.push_back({std::string(table), std::string(number), answer});
         return answer;
     }

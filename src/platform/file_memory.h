@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -30,18 +31,19 @@ class TFileMemory {
   public:
     /// The answer of that name, unless one of its files changed since.
     std::optional<Answer> Find(const std::string& name) const {
-        const std::lock_guard lock(mutex_);
-        const auto found = answers_.find(name);
-        if (found == answers_.end() || !std::ranges::all_of(found->second.Files, [](const TSeenFile& file) {
+        // Files are looked at outside of the lock: other threads ask meanwhile.
+        const std::shared_ptr<const TEntry> entry = Entry(name);
+        if (entry == nullptr || !std::ranges::all_of(entry->Files, [](const TSeenFile& file) {
                 return SeeFile(file.Path) == file;
             }))
             return std::nullopt;
-        return found->second.Value;
+        return entry->Value;
     }
     /// `files`: what the answer was made of, as it was before that.
     void Keep(const std::string& name, std::vector<TSeenFile> files, Answer answer) {
+        auto entry = std::make_shared<const TEntry>(TEntry{std::move(files), std::move(answer)});
         const std::lock_guard lock(mutex_);
-        answers_.insert_or_assign(name, TEntry{std::move(files), std::move(answer)});
+        answers_.insert_or_assign(name, std::move(entry));
     }
 
   private:
@@ -49,8 +51,14 @@ class TFileMemory {
         std::vector<TSeenFile> Files;
         Answer Value;
     };
+    std::shared_ptr<const TEntry> Entry(const std::string& name) const {
+        const std::lock_guard lock(mutex_);
+        const auto found = answers_.find(name);
+        return found != answers_.end() ? found->second : nullptr;
+    }
+
     mutable std::mutex mutex_;
-    std::map<std::string, TEntry> answers_;
+    std::map<std::string, std::shared_ptr<const TEntry>> answers_;
 };
 
 } // namespace conferix

@@ -60,8 +60,18 @@ void TakeAttributesIfPossible(const TDescriptor& copy, const fs::path& original,
     }
 }
 
-/// Writes bytes into a new file, gives it what `takeAttributes` says and puts it in its place; `keep` is called
-/// with the old file when nothing but that is left to do.
+/// Why a file was not written; of one whose folder is missing no file is looked for.
+std::string ReasonNotWritten(const fs::path& file, const std::error_code& failure) {
+    const fs::path folder = file.parent_path();
+    std::error_code unreachable;
+    return failure == std::errc::no_such_file_or_directory && !folder.empty() &&
+                   fs::status(folder, unreachable).type() == fs::file_type::not_found
+               ? "a pasta \"" + PathText(folder) + "\" não existe"
+               : ReasonText(failure);
+}
+
+/// Writes bytes into a new file, gives it what `takeAttributes` says and puts it in its place; `keep` is
+/// called with the old file when nothing but that is left to do.
 template<class TTake, class TKeep>
 void Replace(const fs::path& file, std::string_view bytes, const std::optional<TFileStamp>& expected,
              TTake takeAttributes, TKeep keep) {
@@ -95,7 +105,7 @@ void Replace(const fs::path& file, std::string_view bytes, const std::optional<T
         }
         temporary.RenameTo(target, replaces);
     } catch (const std::system_error& failure) {
-        throw EFileNotWritten(file, ReasonText(failure.code()));
+        throw EFileNotWritten(file, ReasonNotWritten(file, failure.code()));
     }
 }
 

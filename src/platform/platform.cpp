@@ -2,6 +2,7 @@
 
 #include "platform/large_pages.h"
 #include "platform/shared_library.h"
+#include "platform/terminal.h"
 
 #include <cstdlib>
 #include <memory>
@@ -246,6 +247,15 @@ bool IsTerminal(std::FILE* stream) {
     return _isatty(_fileno(stream)) != 0;
 #else
     return ::isatty(::fileno(stream)) != 0;
+#endif
+}
+
+bool TerminalKnowsColours() {
+    const std::string terminal = GetEnvironment("TERM");
+#if defined(_WIN32)
+    return terminal != "dumb";
+#else
+    return !terminal.empty() && terminal != "dumb";
 #endif
 }
 

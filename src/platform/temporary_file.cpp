@@ -198,7 +198,7 @@ void RemoveTemporaryFilesAtSignals() {
         std::signal(signal, &CleanUpAndEnd);
     }
 #else
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
         struct sigaction before = {};
         ::sigaction(signal, nullptr, &before);
         if (before.sa_handler == SIG_IGN) {

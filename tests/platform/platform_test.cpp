@@ -242,10 +242,10 @@ TEST(WriteFileAtomically, LeavesNothingBehindWhenItFails) {
     const auto names = folder.Names();
     const struct {
         const char* Name;
-        const char* Reason;
+        std::string Reason;
     } cases[] = {
         {"pasta", "é uma pasta, não um arquivo"},
-        {"falta/novo.xml", "o arquivo não existe"},
+        {"falta/novo.xml", "a pasta \"" + (folder / "falta").string() + "\" não existe"},
         {"arquivo/novo.xml", "uma parte do caminho não é uma pasta"},
         {"a", "há ligações simbólicas em círculo"},
     };

@@ -2,6 +2,7 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/console.h"
+#include "app/cli/message_json.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
@@ -17,6 +18,7 @@
 #include <functional>
 #include <optional>
 #include <ostream>
+#include <streambuf>
 
 namespace conferix {
 
@@ -448,6 +450,7 @@ std::unique_ptr<TValidadorController> TCliContext::NewController(TDBConnectionFa
 }
 
 void TCliContext::Error(const std::string& text) const {
+    Errors->push_back(text);
     Streams.Err << "conferix: erro: " << Visible(text) << std::endl;
 }
 
@@ -501,7 +504,49 @@ int RunOnFile(const TCliContext& context, const std::string& fileName, const TFi
     return kExitUnreadable;
 }
 
-int RunCli(const std::vector<std::string>& words, TCliStreams streams) {
+namespace {
+
+/// Passes output on and notes whether there was any.
+class TNotedOutput : public std::streambuf {
+  public:
+    explicit TNotedOutput(std::streambuf& to) : to_(to) {}
+    bool Any() const { return any_; }
+
+  protected:
+    int_type overflow(int_type c) override {
+        any_ = true;
+        return traits_type::eq_int_type(c, traits_type::eof()) ? traits_type::not_eof(c)
+                                                               : to_.sputc(traits_type::to_char_type(c));
+    }
+    std::streamsize xsputn(const char* text, std::streamsize size) override {
+        any_ = any_ || size > 0;
+        return to_.sputn(text, size);
+    }
+    int sync() override { return to_.pubsync(); }
+
+  private:
+    std::streambuf& to_;
+    bool any_ = false;
+};
+
+/// The format that a command line asks for, also one that is wrong elsewhere; empty for none.
+std::string AskedFormat(const std::vector<std::string>& words) {
+    constexpr std::string_view kOption = "--formato";
+    std::string format;
+    for (std::size_t i = 0; i < words.size(); ++i)
+        if (words[i] == kOption && i + 1 < words.size())
+            format = words[i + 1];
+        else if (words[i].starts_with(std::string(kOption) + "="))
+            format = words[i].substr(kOption.size() + 1);
+    return format;
+}
+
+} // namespace
+
+int RunCli(const std::vector<std::string>& words, TCliStreams given) {
+    TNotedOutput noted(*given.Out.rdbuf());
+    std::ostream out(&noted);
+    const TCliStreams streams{given.In, out, given.Err, given.OutIsTerminal, given.ErrIsTerminal};
     TCommandLine line(streams);
     const TCliContext& context = line.Context();
     int status = kExitUnreadable;
@@ -515,8 +560,11 @@ int RunCli(const std::vector<std::string>& words, TCliStreams streams) {
     } catch (const std::exception& error) { // files, folders, configuration: the text says which and why
         context.Error(error.what());
     }
-    streams.Out.flush();
-    if (!streams.Out) {
+    const std::string format = AskedFormat(words);
+    if (status != kExitValid && !noted.Any() && (format == "json" || format == "ndjson"))
+        out << JsonText({{"erro", ErrorJson(status, *context.Errors)}}, format == "json" ? 2 : -1) << '\n';
+    out.flush();
+    if (!out) {
         context.Error("a saída não pôde ser gravada");
         return kExitUnreadable;
     }

@@ -12,6 +12,7 @@
 #include <map>
 #include <ostream>
 #include <set>
+#include <span>
 #include <tuple>
 
 namespace conferix {
@@ -107,13 +108,18 @@ class TConverterCommand {
 
   private:
     int Convert(const std::string& name) {
-        return RunOnFile(context_, name, [&](const TTissFile& file) {
+        const std::size_t told = context_.Errors->size();
+        const int status = RunOnFile(context_, name, [&](const TTissFile& file) {
             const TConvertedLote lote =
                 ConvertLote(*file.Load(), options_.Para, conversion_, context_.Schemas());
             Write(name, file.WithText(lote.Xml));
             Report(name, lote);
             return kExitValid;
         });
+        if (context_.Json() && status != kExitValid && options_.Arquivos.size() > 1)
+            reports_.push_back(
+                {{"arquivo", name}, {"erro", ErrorJson(status, std::span(*context_.Errors).subspan(told))}});
+        return status;
     }
 
     void Write(const std::string& source, const TTissFile& converted) const {

@@ -61,6 +61,7 @@ struct TFileReport {
     std::string Text;
     int Status = kExitValid;
     std::string Error;                   ///< told on standard error
+    std::string Obstacle;                ///< the same, once a run: what keeps files from being judged
     std::filesystem::path MissingSchema; ///< the user is told how to install it
     std::vector<TBilledGuide> Guides;    ///< kept where several files are validated
 };
@@ -304,7 +305,9 @@ TFileReport ValidateFile(const TCliContext& context, const TDBConnectionFactory&
                          const std::vector<std::string>& enabled, bool oneOfSeveral) {
     const std::string& name = input.Name;
     TFileReport report;
-    const auto unreadable = [&](const std::string& reason) { report = UnreadableFile(reporter, name, reason); };
+    const auto unreadable = [&](const std::string& reason) {
+        report = UnreadableFile(reporter, name, reason);
+    };
     try {
         if (!input.Failure.empty()) {
             unreadable(input.Failure);
@@ -319,6 +322,8 @@ TFileReport ValidateFile(const TCliContext& context, const TDBConnectionFactory&
             report.Text = reporter.Report(result, controller->VersaoTiss());
             report.Status = StatusOf(result);
             report.MissingSchema = result.MissingSchema;
+            if (!result.Verified && !result.AllMessages.empty())
+                report.Obstacle = OneLine(result.AllMessages.back()->Msg());
             if (oneOfSeveral)
                 report.Guides = GuidesOf(result);
         });
@@ -447,6 +452,8 @@ class TOutput {
         ++printed_;
         if (!report.Error.empty())
             context_.Error(report.Error);
+        if (!report.Obstacle.empty() && obstacles_.insert(report.Obstacle).second)
+            context_.Error(report.Obstacle);
         if (!report.MissingSchema.empty() && !advised_) {
             advised_ = true;
             context_.Warning(fmt::format(
@@ -465,6 +472,7 @@ class TOutput {
     std::size_t printed_ = 0;
     std::array<std::size_t, 4> byStatus_{};
     bool advised_ = false;
+    std::set<std::string> obstacles_;                 ///< told
     std::unordered_map<std::string, TBilled> billed_; ///< by provider and number
     std::vector<TRepeated> repeated_;
 };

@@ -30,6 +30,8 @@ struct TCliContext {
     std::string Esquemas;     ///< folder; empty: the one in the data folder
     std::string Terminologia; ///< file; empty: the one delivered with the program
     std::string Config;       ///< file; empty: the one in the data folder
+    /// What Error() told, in that order.
+    std::shared_ptr<std::vector<std::string>> Errors = std::make_shared<std::vector<std::string>>();
 
     bool Json() const { return Formato == "json"; }
     std::filesystem::path SchemaFolder() const;

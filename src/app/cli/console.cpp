@@ -2,6 +2,7 @@
 
 #include "platform/format_settings.h"
 #include "platform/platform.h"
+#include "platform/terminal.h"
 #include "platform/utf8.h"
 
 #include <fmt/format.h>
@@ -9,7 +10,7 @@
 namespace conferix {
 
 TPalette::TPalette(bool terminal)
-    : enabled_(terminal && GetEnvironment("NO_COLOR").empty() && GetEnvironment("TERM") != "dumb") {}
+    : enabled_(terminal && GetEnvironment("NO_COLOR").empty() && TerminalKnowsColours()) {}
 
 std::string TPalette::Paint(std::string_view code, std::string_view text) const {
     return enabled_ && !text.empty() ? fmt::format("\x1B[{}m{}\x1B[0m", code, text) : std::string(text);

@@ -10,7 +10,8 @@ namespace conferix {
 /// Colours of a terminal; without one, texts pass unchanged.
 class TPalette {
   public:
-    /// `terminal`: the stream is one. NO_COLOR in the environment, and a TERM of "dumb", switch colours off.
+    /// `terminal`: the stream is one. NO_COLOR in the environment, and a TERM that is empty or "dumb", switch
+    /// colours off.
     explicit TPalette(bool terminal);
     std::string Bold(std::string_view text) const { return Paint("1", text); }
     std::string Dim(std::string_view text) const { return Paint("2", text); }

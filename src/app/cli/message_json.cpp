@@ -4,6 +4,8 @@
 #include "validation/solver.h"
 #include "validation/validation_message.h"
 
+#include <vector>
+
 namespace conferix {
 
 TJson MessageJson(const TXmlMessage& message, bool shown) {
@@ -40,6 +42,10 @@ TJson CorrectionJson(const TCorrectionRecord& record) {
     else
         json["motivo"] = record.Reason;
     return json;
+}
+
+TJson ErrorJson(int status, std::span<const std::string> messages) {
+    return {{"status", status}, {"mensagens", std::vector<std::string>(messages.begin(), messages.end())}};
 }
 
 std::string JsonText(const TJson& json, int indent) {

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <span>
 #include <string>
 
 namespace conferix {
@@ -14,6 +15,12 @@ using TJson = nlohmann::ordered_json;
 
 /// A message as scripts read it; `shown`: the user is shown it without asking for more.
 TJson MessageJson(const TXmlMessage& message, bool shown);
+
+/// The error with which a command ended: its exit status and what it told of it on standard error, one
+/// sentence each. Every command answers {"erro": this} where JSON is asked for and it fails before it has a
+/// result; RunCli() writes it, so that the standard output is never empty. In lists of files it stands as
+/// "erro" in the object of its file.
+TJson ErrorJson(int status, std::span<const std::string> messages);
 
 /// The text of a JSON value; bytes that are no UTF-8 (in file names) are replaced. `indent` -1: one line.
 std::string JsonText(const TJson& json, int indent = 2);

@@ -1,9 +1,9 @@
 #include "data/import/zip_archive.h"
 
 #include "data/import/import_errors.h"
+#include "data/import/zip_library.h"
 
 #include <unicode/ucnv.h>
-#include <zip.h>
 
 #include <array>
 #include <cerrno>
@@ -52,16 +52,16 @@ bool Leaves(std::string_view name) {
 }
 
 struct TCloseEntry {
-    void operator()(zip_file_t* entry) const { zip_fclose(entry); }
+    void operator()(zip_file_t* entry) const { TZipLibrary::Get().Fclose(entry); }
 };
 
 class TEntrySource : public IByteSource {
   public:
     TEntrySource(zip_t* archive, const TZipEntry& entry, const fs::path& archiveName)
-        : stream_(zip_fopen_index(archive, entry.Index, 0)), packed_(entry.Packed),
+        : stream_(TZipLibrary::Get().FopenIndex(archive, entry.Index, 0)), packed_(entry.Packed),
           name_(archiveName / PathFromText(entry.Name)) {
         if (stream_ == nullptr) {
-            throw EInvalidPublication(name_, zip_get_error(archive)->zip_err == ZIP_ER_NOPASSWD
+            throw EInvalidPublication(name_, TZipLibrary::Get().GetError(archive)->zip_err == ZIP_ER_NOPASSWD
                                                  ? "está protegido por senha"
                                                  : "está danificado");
         }
@@ -70,7 +70,7 @@ class TEntrySource : public IByteSource {
     std::size_t Read(char* to, std::size_t count) override {
         std::size_t filled = 0;
         while (filled < count) {
-            const zip_int64_t got = zip_fread(stream_.get(), to + filled, count - filled);
+            const zip_int64_t got = TZipLibrary::Get().Fread(stream_.get(), to + filled, count - filled);
             if (got < 0) {
                 throw EInvalidPublication(name_, "está danificado");
             }
@@ -98,12 +98,12 @@ class TEntrySource : public IByteSource {
 
 TZipArchive::TZipArchive(const fs::path& file, const fs::path& shownAs) : name_(shownAs) {
     int error = 0;
-    archive_ = zip_open(PathText(file).c_str(), ZIP_RDONLY, &error);
+    archive_ = TZipLibrary::Get().Open(PathText(file).c_str(), ZIP_RDONLY, &error);
     if (archive_ == nullptr) {
         Fail("não é um arquivo ZIP válido; ele pode ter chegado incompleto, baixe-o de novo");
     }
     try {
-        const zip_int64_t count = zip_get_num_entries(archive_, 0);
+        const zip_int64_t count = TZipLibrary::Get().GetNumEntries(archive_, 0);
         if (count > kMaxEntries) {
             Fail("o pacote contém arquivos demais");
         }
@@ -111,13 +111,13 @@ TZipArchive::TZipArchive(const fs::path& file, const fs::path& shownAs) : name_(
             AddEntry(static_cast<std::uint64_t>(i));
         }
     } catch (...) {
-        zip_discard(archive_);
+        TZipLibrary::Get().Discard(archive_);
         throw;
     }
 }
 
 TZipArchive::~TZipArchive() {
-    zip_discard(archive_);
+    TZipLibrary::Get().Discard(archive_);
 }
 
 void TZipArchive::Fail(const std::string& reason) const {
@@ -125,9 +125,9 @@ void TZipArchive::Fail(const std::string& reason) const {
 }
 
 void TZipArchive::AddEntry(std::uint64_t index) {
-    const char* raw = zip_get_name(archive_, index, ZIP_FL_ENC_RAW);
+    const char* raw = TZipLibrary::Get().GetName(archive_, index, ZIP_FL_ENC_RAW);
     std::string name = raw != nullptr ? raw : "";
-    const char* marked = zip_get_name(archive_, index, ZIP_FL_ENC_STRICT);
+    const char* marked = TZipLibrary::Get().GetName(archive_, index, ZIP_FL_ENC_STRICT);
     if (marked == nullptr || name != marked) {
         name = FromCodePage850(name);
     }
@@ -136,13 +136,13 @@ void TZipArchive::AddEntry(std::uint64_t index) {
     }
     zip_uint8_t system = 0;
     zip_uint32_t attributes = 0;
-    if (zip_file_get_external_attributes(archive_, index, 0, &system, &attributes) == 0 &&
+    if (TZipLibrary::Get().FileGetExternalAttributes(archive_, index, 0, &system, &attributes) == 0 &&
         system == ZIP_OPSYS_UNIX && ((attributes >> 16U) & kUnixTypeMask) == kUnixLink) {
         Fail("o pacote contém um atalho: \"" + name + "\"");
     }
     zip_stat_t info;
-    zip_stat_init(&info);
-    if (zip_stat_index(archive_, index, 0, &info) != 0) {
+    TZipLibrary::Get().StatInit(&info);
+    if (TZipLibrary::Get().StatIndex(archive_, index, 0, &info) != 0) {
         Fail("o conteúdo do pacote está danificado");
     }
     if (name.back() != '/') {

@@ -1,9 +1,10 @@
 // Writes the XSD files that are delivered with the program, one a version, from the model in
-// resources/schema_model. Files that would not change are left alone, so that a build does not touch them
-// without need.
+// resources/schema_model, and beside each the tables compiled of it. Files that would not change are left
+// alone, so that a build does not touch them without need.
 #include "platform/platform.h"
 #include "schema_model/schema_model.h"
 #include "schema_model/xsd_writer.h"
+#include "xml/schema/schema_tables.h"
 
 #include <exception>
 #include <filesystem>
@@ -33,6 +34,10 @@ void WriteAll(const std::filesystem::path& modelFolder, const std::filesystem::p
             once(*model, version);
         for (const auto& [prefix, imported] : model->Imports())
             once(*imported, {});
+        for (const std::string& version : model->Versions()) {
+            const std::filesystem::path schema = target / PathFromText(model->FileName(version));
+            Write(TSchemaTables::FileOf(schema), TSchemaTables::Write(*TSchemaSet::Load(schema), target));
+        }
     }
 }
 

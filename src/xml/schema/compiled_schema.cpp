@@ -123,12 +123,34 @@ TVerdict CheckNormalised(const TSchemaSimpleType& type, std::string_view value) 
     if (const auto& least = type.Facets.MinInclusive; least && !IsSchemaDateFrom(*least, value))
         return TSchemaValueFault{TSchemaFaultCode::BelowMinimum, 0, 0, *least};
     for (const TSchemaPattern& pattern : type.Facets.Patterns)
-        if (!re2::RE2::FullMatch(re2::StringPiece(value.data(), value.size()), *pattern.Matcher))
+        if (!pattern.Matcher->Matches(value))
             return TSchemaValueFault{TSchemaFaultCode::WrongPattern, 0, 0, pattern.Text};
     return std::nullopt;
 }
 
 } // namespace
+
+TSchemaMatcher::TSchemaMatcher(std::string pattern) : pattern_(std::move(pattern)) {}
+
+TSchemaMatcher::~TSchemaMatcher() = default;
+
+const re2::RE2& TSchemaMatcher::Ready() const {
+    std::call_once(once_, [this] {
+        re2::RE2::Options options;
+        options.set_log_errors(false);
+        options.set_never_capture(true);
+        ready_ = std::make_unique<const re2::RE2>(pattern_, options);
+    });
+    return *ready_;
+}
+
+bool TSchemaMatcher::Matches(std::string_view value) const {
+    return re2::RE2::FullMatch(re2::StringPiece(value.data(), value.size()), Ready());
+}
+
+std::string TSchemaMatcher::Fault() const {
+    return Ready().ok() ? std::string() : Ready().error();
+}
 
 std::optional<TSchemaValueFault> TSchemaSimpleType::Check(std::string_view raw) const {
     std::string collapsed;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -43,10 +44,31 @@ enum class TSchemaValueKind : std::uint8_t {
     Base64Binary
 };
 
+/// A pattern, made ready to match when it is first asked: a file meets few of those of its schema.
+class TSchemaMatcher {
+  public:
+    explicit TSchemaMatcher(std::string pattern);
+    TSchemaMatcher(const TSchemaMatcher&) = delete;
+    TSchemaMatcher& operator=(const TSchemaMatcher&) = delete;
+    ~TSchemaMatcher();
+
+    /// Whether the whole value is as the pattern says.
+    bool Matches(std::string_view value) const;
+    /// What is wrong with the pattern; empty where nothing is.
+    std::string Fault() const;
+
+  private:
+    const re2::RE2& Ready() const;
+
+    std::string pattern_;
+    mutable std::once_flag once_;
+    mutable std::unique_ptr<const re2::RE2> ready_;
+};
+
 /// One derivation step's pattern facets, joined by "|".
 struct TSchemaPattern {
     std::string Text; ///< as the schema writes it
-    std::shared_ptr<const re2::RE2> Matcher;
+    std::shared_ptr<const TSchemaMatcher> Matcher;
 };
 
 /// The facets in force for a type: its own and those it inherits. Limits are in characters (octets for

@@ -139,12 +139,9 @@ class TFacetReader {
     }
 
     void AddPattern() {
-        re2::RE2::Options options;
-        options.set_log_errors(false);
-        options.set_never_capture(true);
-        auto matcher = std::make_shared<const re2::RE2>(pattern_, options);
-        if (!matcher->ok())
-            file_.Fail(*patternNode_, "<pattern> \"" + pattern_ + "\": " + matcher->error());
+        auto matcher = std::make_shared<const TSchemaMatcher>(pattern_);
+        if (const std::string fault = matcher->Fault(); !fault.empty())
+            file_.Fail(*patternNode_, "<pattern> \"" + pattern_ + "\": " + fault);
         type_.Facets.Patterns.push_back({pattern_, std::move(matcher)});
     }
 

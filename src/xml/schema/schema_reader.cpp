@@ -227,13 +227,7 @@ void TSchemaReader::CompileAll(const TSchemaFiles& files) {
     if (set_.globalElements_.empty())
         files.All().front()->Fail(files.All().front()->Schema(),
                                   "um esquema que não declara nenhum elemento não é suportado");
-    set_.globalBySymbol_.assign(set_.symbols_.size(), nullptr);
-    for (const TSchemaElement* element : set_.globalElements_)
-        set_.globalBySymbol_[element->Symbol] = element;
-    for (const auto& [key, entry] : simple_)
-        set_.namedSimple_.emplace(TSchemaSet::TNameKey{key.first, entry.Type->Name}, entry.Type);
-    for (const auto& [key, entry] : complex_)
-        set_.namedComplex_.emplace(TSchemaSet::TNameKey{key.first, entry.Type->Name}, entry.Type);
+    set_.IndexNames();
 }
 
 // ---- references

@@ -23,7 +23,7 @@ constexpr std::size_t kOrderTold = 3;
 struct TItem {
     std::uint32_t First = 0; ///< index of the first child
     std::uint32_t Count = 1;
-    std::vector<std::uint32_t> Candidates; ///< positions of the model that take it; empty: unknown
+    std::span<const std::uint32_t> Candidates; ///< positions of the model that take it; empty: unknown
     TSchemaMisnaming Misnaming = TSchemaMisnaming::None;
     bool Unjudged = false;          ///< what it was meant to be cannot be told
     std::uint32_t Position = kNone; ///< the one chosen; none for a displaced item
@@ -143,28 +143,21 @@ class TContentRecovery {
     // ---- items
 
     void MakeItems() {
-        std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> bySymbol;
         for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
-            bySymbol[automaton_.Positions[p].Symbol()].push_back(p);
+            bySymbol_[automaton_.Positions[p].Symbol()].push_back(p);
+        items_.reserve(children_.size()); // growing step by step would hold millions twice
         const TXmlName* last = nullptr;
         for (std::uint32_t i = 0; i < children_.size(); ++i) {
             const TSchemaName& name = children_[i].Name;
             const TXmlName* written = &children_[i].Node->Name();
-            if (written == last && items_.back().Candidates.size() == 1 && !automaton_.IsAll &&
-                children_[i - 1].Name.Symbol == name.Symbol) {
+            if (written == last && children_[i - 1].Name == name && IsOneItem(items_.back(), name)) {
                 ++items_.back().Count;
                 continue;
             }
             last = written;
             TItem item;
             item.First = i;
-            if (const auto known = bySymbol.find(name.Symbol);
-                name.Symbol != kSchemaNoSymbol && known != bySymbol.end())
-                item.Candidates = known->second;
-            if (!name.Undeclared)
-                for (const std::uint32_t p : bySymbol[kSchemaWildcardSymbol])
-                    if (automaton_.Positions[p].Wildcard->Admits(name.Namespace))
-                        item.Candidates.push_back(p);
+            item.Candidates = CandidatesFor(name);
             if (item.Candidates.empty()) {
                 const TSchemaMeaning& meaning = owner_.MeaningOf(automaton_, children_[i], content_.Forgiven);
                 item.Candidates = meaning.Positions;
@@ -172,6 +165,30 @@ class TContentRecovery {
             }
             items_.push_back(std::move(item));
         }
+    }
+
+    /// True when another child of the same name joins an item: where one position takes them all, and where
+    /// nothing in the schema has that name, so that no element could take one of them.
+    bool IsOneItem(const TItem& item, const TSchemaName& name) const {
+        return item.Candidates.empty() ? name.Symbol == kSchemaNoSymbol
+                                       : item.Candidates.size() == 1 && !automaton_.IsAll;
+    }
+
+    /// The positions that take a child of that name as it is.
+    std::span<const std::uint32_t> CandidatesFor(const TSchemaName& name) {
+        const auto known = bySymbol_.find(name.Symbol);
+        const bool isKnown = name.Symbol != kSchemaNoSymbol && known != bySymbol_.end();
+        if (!automaton_.HasWildcards || name.Undeclared)
+            return isKnown ? std::span<const std::uint32_t>(known->second) : std::span<const std::uint32_t>();
+        const auto [all, added] = withWildcards_.try_emplace({name.Symbol, name.Namespace});
+        if (added) {
+            if (isKnown)
+                all->second = known->second;
+            for (const std::uint32_t p : bySymbol_[kSchemaWildcardSymbol])
+                if (automaton_.Positions[p].Wildcard->Admits(name.Namespace))
+                    all->second.push_back(p);
+        }
+        return all->second;
     }
 
     const TXmlNode& NodeOf(const TItem& item) const { return *children_[item.First].Node; }
@@ -327,7 +344,7 @@ class TContentRecovery {
         return element != nullptr ? element->Name : std::string("*");
     }
 
-    std::vector<std::string> NamesOf(const std::vector<std::uint32_t>& positions) const {
+    std::vector<std::string> NamesOf(std::span<const std::uint32_t> positions) const {
         std::vector<std::string> names;
         for (const std::uint32_t p : positions)
             if (std::string name = NameOf(p); std::find(names.begin(), names.end(), name) == names.end())
@@ -811,7 +828,7 @@ class TContentRecovery {
                     present.insert(item.Position);
                 else if (!item.Candidates.empty() && !item.Unjudged)
                     present.insert(item.Candidates.front());
-            fault.Expected = NamesOf({present.begin(), present.end()});
+            fault.Expected = NamesOf(std::vector<std::uint32_t>(present.begin(), present.end()));
             if (std::ranges::all_of(outOfOrder_,
                                     [this](const TOutOfOrder& entry) { return HasOnePlace(*entry.Item); }))
                 PlaceBy(fault, TSchemaRemedy::Sort);
@@ -861,12 +878,13 @@ class TContentRecovery {
     }
 
     void ReportUnknown(const TItem& item) {
+        const std::vector<std::string> expected = NamesOf(ExpectedPositions(item));
         for (std::uint32_t i = item.First; i < item.First + item.Count; ++i) {
             if (children_[i].Name.Undeclared)
                 continue; // its prefix is the fault
             const TXmlNode& node = *children_[i].Node;
             TSchemaFault& fault = Add(TSchemaFaultCode::UnknownElement, node, node.LocalName());
-            fault.Expected = NamesOf(ExpectedPositions(item));
+            fault.Expected = expected;
             FindLevel(fault, i);
         }
     }
@@ -948,9 +966,7 @@ class TContentRecovery {
             const TSchemaPosition& position =
                 automaton_.Positions[placed ? item.Position : item.Candidates.front()];
             for (std::uint32_t i = item.First; i < item.First + item.Count; ++i)
-                decisions_[i] = {position.Element, placed ? position.Wildcard : nullptr,
-                                 position.Element != nullptr && !children_[i].Name.Undeclared &&
-                                     position.Element->Namespace != children_[i].Name.Namespace};
+                decisions_[i] = {position.Element, placed ? position.Wildcard : nullptr};
         }
     }
 
@@ -967,6 +983,9 @@ class TContentRecovery {
     std::span<const TSchemaChild> children_;
     TSchemaFaultList& faults_;
     std::vector<TSchemaDecision> decisions_;
+    std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> bySymbol_; ///< positions
+    /// By symbol and namespace, wildcards included; only of models that have some.
+    std::map<std::pair<std::uint32_t, std::uint32_t>, std::vector<std::uint32_t>> withWildcards_;
     std::vector<TItem> items_;
     std::vector<TMissing> missing_;
     std::vector<TOutOfOrder> outOfOrder_;

@@ -29,7 +29,6 @@ struct TSchemaChild {
 struct TSchemaDecision {
     const TSchemaElement* Element = nullptr;
     const TSchemaWildcard* Wildcard = nullptr;
-    bool OtherNamespace = false; ///< the declaration is one of another namespace than the child's
 };
 
 /// What the other versions of a schema know of the names of elements.

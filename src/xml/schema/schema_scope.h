@@ -16,6 +16,7 @@ struct TSchemaName {
     std::uint32_t Symbol = kSchemaNoSymbol;
     std::uint32_t Namespace = kSchemaForeignNamespace;
     bool Undeclared = false; ///< its prefix is declared nowhere around it
+    bool operator==(const TSchemaName&) const = default;
 };
 
 /// The namespace declarations in force during a walk over a document. Element names are resolved once for

@@ -4,13 +4,15 @@
 #include "platform/platform.h"
 #include "xml/schema/schema_files.h"
 #include "xml/schema/schema_reader.h"
+#include "xml/schema/schema_tables.h"
 
 #include <algorithm>
 
 namespace conferix {
 
 std::shared_ptr<const TSchemaSet> TSchemaSet::Load(const std::filesystem::path& mainFile) {
-    static TFileMemory<std::shared_ptr<const TSchemaSet>> memory;
+    // Never destroyed: taking all tables apart at the end of the process would be work for nothing.
+    static auto& memory = *new TFileMemory<std::shared_ptr<const TSchemaSet>>;
     std::error_code error;
     std::filesystem::path path = std::filesystem::weakly_canonical(mainFile, error);
     if (error)
@@ -18,13 +20,26 @@ std::shared_ptr<const TSchemaSet> TSchemaSet::Load(const std::filesystem::path& 
     const std::string name = PathText(path);
     if (auto known = memory.Find(name))
         return *known;
-    const TSchemaFiles files(path);
+    std::shared_ptr<const TSchemaSet> set = TSchemaTables::Read(path);
+    if (set == nullptr)
+        set = TSchemaReader::Read(TSchemaFiles(path), path);
     std::vector<TSeenFile> stamps;
-    for (const auto& file : files.All())
-        stamps.push_back(SeeFile(file->Path()));
-    auto set = TSchemaReader::Read(files, mainFile);
+    for (const std::string& file : set->Files())
+        stamps.push_back(SeeFile(path.parent_path() / PathFromText(file)));
     memory.Keep(name, std::move(stamps), set);
     return set;
+}
+
+void TSchemaSet::IndexNames() {
+    globalBySymbol_.assign(symbols_.size(), nullptr);
+    for (const TSchemaElement* element : globalElements_)
+        globalBySymbol_[element->Symbol] = element;
+    for (const auto& type : simpleTypes_)
+        if (!type->Name.empty())
+            namedSimple_.emplace(TNameKey{type->Namespace, type->Name}, type.get());
+    for (const auto& type : complexTypes_)
+        if (!type->Name.empty())
+            namedComplex_.emplace(TNameKey{type->Namespace, type->Name}, type.get());
 }
 
 std::uint32_t TSchemaSet::NamespaceId(std::string_view uri) const {

@@ -25,7 +25,8 @@ class TSchemaSet {
   public:
     /// Compiles the main file; includes and imports are looked up by their bare name in its folder, and
     /// nothing else is read. A set that was loaded before is answered again as long as none of its files
-    /// changed. Raises ESchemaInvalido.
+    /// changed. Where tables compiled of these very files are beside the main one, they are taken instead.
+    /// Raises ESchemaInvalido.
     static std::shared_ptr<const TSchemaSet> Load(const std::filesystem::path& mainFile);
 
     const std::filesystem::path& MainFile() const { return mainFile_; }
@@ -56,6 +57,7 @@ class TSchemaSet {
 
   private:
     friend class TSchemaReader;
+    friend class TSchemaTables;
 
     struct TNameKey {
         std::uint32_t Namespace;
@@ -71,6 +73,8 @@ class TSchemaSet {
     using TNameMap = std::unordered_map<TNameKey, T, TNameHash>;
 
     TSchemaSet() = default;
+    /// Enters global elements and named types under their names.
+    void IndexNames();
 
     std::filesystem::path mainFile_;
     std::vector<std::string> files_;

@@ -7,6 +7,7 @@
 #include "xml/xml_node.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <set>
@@ -129,7 +130,8 @@ class TValidation {
         if (decision.Element != nullptr) {
             Judge(child, decision.Element, {decision.Element->SimpleType, decision.Element->ComplexType},
                   mark);
-            if (decision.OtherNamespace && frames_.size() > depth)
+            const bool elsewhere = !name.Undeclared && decision.Element->Namespace != name.Namespace;
+            if (elsewhere && frames_.size() > depth)
                 frames_.back().Forgiven = name.Namespace;
         } else if (decision.Wildcard != nullptr) {
             JudgeFree(child, name, *decision.Wildcard, mark);
@@ -250,7 +252,9 @@ class TValidation {
     /// Looks at a frame's children as a whole and reports what is wrong with them.
     void Explain(TFrame& frame) {
         std::vector<TSchemaChild> children;
-        for (const TXmlNode& child : frame.Node->ChildTags()) {
+        const auto tags = frame.Node->ChildTags();
+        children.reserve(static_cast<std::size_t>(std::distance(tags.begin(), tags.end())));
+        for (const TXmlNode& child : tags) {
             const auto mark = scopes_.Enter(child);
             children.push_back({&child, scopes_.Element(child.Name())});
             scopes_.Leave(mark);

@@ -2,6 +2,7 @@
 // machine has them, the published ones.
 #include "xml/schema/schema_messages.h"
 #include "xml/schema/schema_support.h"
+#include "xml/schema/schema_tables.h"
 
 #include <gmock/gmock.h>
 
@@ -46,6 +47,44 @@ void ExpectBounds(const std::filesystem::path& folder) {
 TEST(TSchemaBuiltIn, EveryMainSchemaLoads) {
     ExpectRoots(CONFERIX_ESQUEMAS_GERADOS, 34);
     ExpectBounds(CONFERIX_ESQUEMAS_GERADOS);
+}
+
+TEST(TSchemaBuiltIn, TablesOfTheBuildSayWhatTheSchemaSays) {
+    const TTemporaryFolder folder;
+    const std::filesystem::path generated = CONFERIX_ESQUEMAS_GERADOS;
+    std::filesystem::copy(generated / "tissAssinaturaXml.xsd", folder.Path());
+    for (const auto& path : MainSchemas(generated)) {
+        const auto kept = TSchemaTables::Read(path);
+        ASSERT_NE(kept, nullptr) << path;
+        std::filesystem::copy(path, folder.Path()); // without tables
+        EXPECT_EQ(TSchemaTables::Write(*kept, generated),
+                  TSchemaTables::Write(*TSchemaSet::Load(folder / path.filename().string()), folder.Path()))
+            << path;
+    }
+}
+
+TEST(TSchemaBuiltIn, TablesOfOtherCodeOrOtherSchemasAreNotUsed) {
+    const TTemporaryFolder folder;
+    const auto schema = folder / "teste.xsd";
+    const std::string text = ReadTestFile(std::filesystem::path(CONFERIX_FONTE) / "tests/support/small.xsd");
+    WriteTestFile(schema, text);
+    const std::string tables = TSchemaTables::Write(*TSchemaSet::Load(schema), folder.Path());
+    const auto keep = [&](const std::string& bytes) {
+        WriteTestFile(TSchemaTables::FileOf(schema), bytes);
+        return TSchemaTables::Read(schema);
+    };
+    EXPECT_EQ(TSchemaTables::Read(schema), nullptr);
+    EXPECT_NE(keep(tables), nullptr);
+    for (std::size_t at = 0; at < tables.size(); at += at < 100 ? 1 : 97) {
+        EXPECT_EQ(keep(tables.substr(0, at)), nullptr) << at;
+        std::string changed = tables;
+        changed[at] = static_cast<char>(changed[at] ^ 1);
+        EXPECT_EQ(keep(changed), nullptr) << at;
+    }
+    WriteTestFile(schema, text + " ");
+    EXPECT_EQ(keep(tables), nullptr);
+    std::filesystem::remove(schema);
+    EXPECT_EQ(keep(tables), nullptr);
 }
 
 TEST(TSchemaBuiltIn, EveryPatternHasASentenceWithoutIt) {

@@ -25,8 +25,8 @@ std::vector<std::filesystem::path> MainSchemas(const std::filesystem::path& fold
     std::vector<std::filesystem::path> result;
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
         const std::string name = entry.path().filename().string();
-        if (name.starts_with("tissV") || name.starts_with("tissMonitoramentoV") ||
-            name.starts_with("tissMonitoramentoQualidadeV"))
+        if (name.ends_with(".xsd") && (name.starts_with("tissV") || name.starts_with("tissMonitoramentoV") ||
+                                       name.starts_with("tissMonitoramentoQualidadeV")))
             result.push_back(entry.path());
     }
     std::sort(result.begin(), result.end());
