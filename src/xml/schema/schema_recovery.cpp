@@ -70,8 +70,8 @@ TIdentifier IdentifierOf(std::string_view name) {
 }
 
 bool IsGuess(TSchemaMisnaming misnaming) {
-    return misnaming == TSchemaMisnaming::Spelling || misnaming == TSchemaMisnaming::SameThing ||
-           misnaming == TSchemaMisnaming::Renamed;
+    return misnaming == TSchemaMisnaming::Spelling || misnaming == TSchemaMisnaming::Content ||
+           misnaming == TSchemaMisnaming::SameThing || misnaming == TSchemaMisnaming::Renamed;
 }
 
 /// The type of an element with child elements, else null.
@@ -102,6 +102,17 @@ bool Resembles(const TSchemaElement& element, const TXmlNode& node) {
             return position.Element != nullptr && position.Element->Name == child.LocalName();
         });
     });
+}
+
+/// True when a container knows every child of an element, which has at least one.
+bool KnowsContentOf(const TSchemaElement& element, const TXmlNode& node) {
+    const TSchemaComplexType* type = ContainerType(&element);
+    return type != nullptr && node.FirstChildTag() != nullptr &&
+           std::ranges::all_of(node.ChildTags(), [type](const TXmlNode& child) {
+               return std::ranges::any_of(type->Automaton.Positions, [&child](const TSchemaPosition& p) {
+                   return p.Element != nullptr && p.Element->Name == child.LocalName();
+               });
+           });
 }
 
 /// The content to be explained: that of an element, or what should stand in an element that is missing.
@@ -420,6 +431,8 @@ class TContentRecovery {
                 taken = TakeIntoSibling(i) ? 1 : 0;
             if (taken == 0)
                 taken = TakeIntoWrapper(i, TWrapping::Possible);
+            if (taken == 0)
+                taken = TakeIntoWrapper(i, TWrapping::MissingTwice);
             i += std::max<std::size_t>(1, taken);
         }
     }
@@ -431,6 +444,15 @@ class TContentRecovery {
                items_[first + count].Count == 1 &&
                PositionOf(type, children_[items_[first + count].First].Name.Symbol) != nullptr)
             ++count;
+        return count;
+    }
+
+    /// The same of the children of an element's children.
+    std::size_t RunKnownBelow(const TSchemaComplexType& type, std::size_t first) const {
+        std::size_t count = 0;
+        for (const TSchemaPosition& position : type.Automaton.Positions)
+            if (const TSchemaComplexType* inner = ContainerType(position.Element))
+                count = std::max(count, RunKnownTo(*inner, first));
         return count;
     }
 
@@ -472,9 +494,11 @@ class TContentRecovery {
 
     /// Which elements are looked for around some children.
     enum class TWrapping : std::uint8_t {
-        Missing, ///< that have to be here
-        Whole,   ///< that may be here, and of which the children are the content, several at least
-        Possible ///< that may be here
+        Missing,     ///< that have to be here
+        Whole,       ///< that may be here, and of which the children are the content, several at least
+        Possible,    ///< that may be here
+        MissingTwice ///< that have to be here, where the children are those of an element that is missing in
+                     ///< them
     };
 
     /// True when the children of some items are the content of an element, or of several where it can repeat.
@@ -498,7 +522,9 @@ class TContentRecovery {
         bool sure = false;
         const auto consider = [&](std::uint32_t p, TMissing* entry) {
             const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
-            const std::size_t run = type != nullptr ? RunKnownTo(*type, first) : 0;
+            const std::size_t run = type == nullptr                       ? 0
+                                    : wrapping == TWrapping::MissingTwice ? RunKnownBelow(*type, first)
+                                                                          : RunKnownTo(*type, first);
             if (wrapping == TWrapping::Whole && (run < 2 || !IsContent(p, first, run)))
                 return;
             sure = sure && (run < count || p == wrapper);
@@ -509,7 +535,7 @@ class TContentRecovery {
             wrapper = p;
             missing = entry;
         };
-        if (wrapping == TWrapping::Missing) {
+        if (wrapping == TWrapping::Missing || wrapping == TWrapping::MissingTwice) {
             for (TMissing& entry : std::span(missing_).first(std::min(missing_.size(), kMissingSearched)))
                 if (!entry.Explained)
                     for (const std::uint32_t p : entry.Alternatives)
@@ -708,8 +734,8 @@ class TContentRecovery {
             fault.Bound = elsewhere ? owner_.Set().NamespaceUri(element.Namespace) : element.Name;
             if (elsewhere)
                 fault.Found = NamespaceOf(node);
-            if (item.Misnaming == TSchemaMisnaming::Spelling ||
-                item.Misnaming == TSchemaMisnaming::SameThing || NamesOf(item.Candidates).size() != 1)
+            if (item.Misnaming == TSchemaMisnaming::Spelling || item.Misnaming == TSchemaMisnaming::Content ||
+                NamesOf(item.Candidates).size() != 1)
                 continue;
             fault.Remedy = TSchemaRemedy::Rename;
             if (item.Position == kNone && !content_.Missing && HasOnePlace(item))
@@ -724,6 +750,7 @@ class TContentRecovery {
         case TSchemaMisnaming::Case:
             return TSchemaFaultCode::WrongCase;
         case TSchemaMisnaming::Spelling:
+        case TSchemaMisnaming::Content:
             return TSchemaFaultCode::Misspelled;
         default:
             return TSchemaFaultCode::RenamedElement;
@@ -1113,6 +1140,17 @@ TSchemaMeaning TSchemaRecovery::FindMeaning(const TSchemaAutomaton& automaton, c
     if (identifier != TIdentifier::None &&
         collect(TSchemaMisnaming::SameThing, [&](const TSchemaElement& element) {
             return IdentifierOf(element.Name) == identifier && Resembles(element, *child.Node);
+        }))
+        return meaning;
+    meaning.Positions.clear();
+    if (std::ranges::none_of(automaton.Positions, holdsIt) &&
+        collect(TSchemaMisnaming::Content,
+                [&](const TSchemaElement& element) {
+                    return KnowsContentOf(element, *child.Node) && relation(element) != TRelation::Distinct;
+                }) &&
+        std::ranges::all_of(meaning.Positions, [&](std::uint32_t position) {
+            return automaton.Positions[position].Element->Name ==
+                   automaton.Positions[meaning.Positions.front()].Element->Name;
         }))
         return meaning;
     return {};
