@@ -432,7 +432,9 @@ class TContentRecovery {
             if (taken == 0)
                 taken = TakeIntoWrapper(i, TWrapping::Possible);
             if (taken == 0)
-                taken = TakeIntoWrapper(i, TWrapping::MissingTwice);
+                taken = TakeIntoWrapper(i, TWrapping::Missing, true);
+            if (taken == 0)
+                taken = TakeIntoWrapper(i, TWrapping::Whole, true);
             i += std::max<std::size_t>(1, taken);
         }
     }
@@ -447,12 +449,16 @@ class TContentRecovery {
         return count;
     }
 
-    /// The same of the children of an element's children.
-    std::size_t RunKnownBelow(const TSchemaComplexType& type, std::size_t first) const {
+    /// The same of what one of its children knows; `whole`: only where that is the content of it, or of
+    /// several.
+    std::size_t RunKnownBelow(const TSchemaComplexType& type, std::size_t first, bool whole) const {
         std::size_t count = 0;
-        for (const TSchemaPosition& position : type.Automaton.Positions)
-            if (const TSchemaComplexType* inner = ContainerType(position.Element))
-                count = std::max(count, RunKnownTo(*inner, first));
+        for (const TSchemaPosition& position : type.Automaton.Positions) {
+            const TSchemaComplexType* inner = ContainerType(position.Element);
+            const std::size_t run = inner != nullptr ? RunKnownTo(*inner, first) : 0;
+            if (!whole || (run > 1 && IsContent(*inner, position.Max > 1, first, run)))
+                count = std::max(count, run);
+        }
         return count;
     }
 
@@ -494,38 +500,39 @@ class TContentRecovery {
 
     /// Which elements are looked for around some children.
     enum class TWrapping : std::uint8_t {
-        Missing,     ///< that have to be here
-        Whole,       ///< that may be here, and of which the children are the content, several at least
-        Possible,    ///< that may be here
-        MissingTwice ///< that have to be here, where the children are those of an element that is missing in
-                     ///< them
+        Missing,  ///< that have to be here
+        Whole,    ///< that may be here, and of which the children are the content, several at least
+        Possible, ///< that may be here
     };
 
     /// True when the children of some items are the content of an element, or of several where it can repeat.
-    bool IsContent(std::uint32_t wrapper, std::size_t first, std::size_t count) {
-        const TSchemaAutomaton& automaton = ContainerType(automaton_.Positions[wrapper].Element)->Automaton;
+    bool IsContent(const TSchemaComplexType& wrapper, bool repeats, std::size_t first,
+                   std::size_t count) const {
+        const TSchemaAutomaton& automaton = wrapper.Automaton;
         std::optional<std::uint32_t> state = 0;
         for (std::size_t i = first; i < first + count && state; ++i) {
             const std::string_view name = NodeOf(items_[i]).LocalName();
             const auto next = automaton.After(*state, name);
-            const bool again = !next && automaton.Accepting[*state] != 0 && Repeats(wrapper);
+            const bool again = !next && automaton.Accepting[*state] != 0 && repeats;
             state = again ? automaton.After(0, name) : next;
         }
         return state && automaton.Accepting[*state] != 0;
     }
 
     /// Looks for an element of which the children stand here without it; answers how many items it takes.
-    std::size_t TakeIntoWrapper(std::size_t first, TWrapping wrapping) {
+    /// `twice`: for one in which the element around the children is missing too.
+    std::size_t TakeIntoWrapper(std::size_t first, TWrapping wrapping, bool twice = false) {
         TMissing* missing = nullptr;
         std::uint32_t wrapper = kNone;
         std::size_t count = 0;
         bool sure = false;
         const auto consider = [&](std::uint32_t p, TMissing* entry) {
             const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
-            const std::size_t run = type == nullptr                       ? 0
-                                    : wrapping == TWrapping::MissingTwice ? RunKnownBelow(*type, first)
-                                                                          : RunKnownTo(*type, first);
-            if (wrapping == TWrapping::Whole && (run < 2 || !IsContent(p, first, run)))
+            const bool whole = wrapping == TWrapping::Whole;
+            const std::size_t run = type == nullptr ? 0
+                                    : twice         ? RunKnownBelow(*type, first, whole)
+                                                    : RunKnownTo(*type, first);
+            if (whole && !twice && (run < 2 || !IsContent(*type, Repeats(p), first, run)))
                 return;
             sure = sure && (run < count || p == wrapper);
             if (run <= count || (entry == nullptr && run < 2 && !IsOnlyWrapperOf(p, first)))
@@ -535,7 +542,7 @@ class TContentRecovery {
             wrapper = p;
             missing = entry;
         };
-        if (wrapping == TWrapping::Missing || wrapping == TWrapping::MissingTwice) {
+        if (wrapping == TWrapping::Missing) {
             for (TMissing& entry : std::span(missing_).first(std::min(missing_.size(), kMissingSearched)))
                 if (!entry.Explained)
                     for (const std::uint32_t p : entry.Alternatives)
