@@ -320,10 +320,12 @@ class TMarkupState {
   private:
     enum class TPlace { Text, Tag, Quoted, Literal };
 
+    static std::string_view LocalName(std::string_view name) { return name.substr(name.find(':') + 1); }
+
     void Open(std::string_view tag) {
         place_ = TPlace::Tag;
         if (!tag.starts_with('/'))
-            open_.push_back(tag.substr(0, tag.find_first_of(" \t\r\n/>")));
+            open_.push_back(LocalName(tag.substr(0, tag.find_first_of(" \t\r\n/>"))));
         else if (!open_.empty())
             open_.pop_back();
     }
