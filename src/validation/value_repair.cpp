@@ -64,8 +64,10 @@ TReading WithoutThousands(std::string_view text, char separator) {
     const std::vector<std::string_view> groups = Split(text, separator);
     std::string digits;
     for (std::size_t i = 0; i < groups.size(); ++i) {
+        if (!AllDigits(groups[i]))
+            return std::nullopt;
         const bool right = i == 0 ? groups[0].size() <= 3 && groups[0].front() != '0' : groups[i].size() == 3;
-        if (!AllDigits(groups[i]) || !right)
+        if (!right)
             return std::nullopt;
         digits += groups[i];
     }
