@@ -40,8 +40,10 @@ std::vector<TMessageGroup> GroupMessages(const TXmlMessages& messages,
                                          const std::vector<TUnkeptFindings>& unlisted) {
     std::vector<TMessageGroup> groups;
     std::unordered_map<TFindingKey, std::size_t, TFindingKeyHash> known;
+    TFindingKey key;
     for (std::size_t i = 0; i < messages.size(); ++i) {
-        const auto [group, added] = known.try_emplace(TFindingKey::Of(*messages[i]), groups.size());
+        key.Assign(*messages[i]);
+        const auto [group, added] = known.try_emplace(key, groups.size());
         if (added)
             groups.emplace_back();
         groups[group->second].Messages.push_back(i);
@@ -56,8 +58,10 @@ std::vector<TMessageGroup> GroupMessages(const TXmlMessages& messages,
         guides.clear();
         const TXmlMessage& first = *messages[group.Messages.front()];
         const auto compare = [&](const TXmlMessage& other) {
-            group.SameReason = group.SameReason && other.Reason() == first.Reason();
-            group.SameCause = group.SameCause && IsSameCause(other, first);
+            if (!group.SameCause || other.Reason() == first.Reason())
+                return; // nothing more to be told
+            group.SameReason = false;
+            group.SameCause = IsSameCause(other, first);
         };
         std::string_view last;
         for (const std::size_t i : group.Messages) {

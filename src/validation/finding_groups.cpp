@@ -14,8 +14,8 @@ bool IsDigit(char c) {
 
 /// A sentence without the figures that differ from guide to guide though the fault is one: amounts, dates,
 /// documents with their signs. Codes, which are plain digits, stay.
-std::string MaskFigures(std::string_view sentence) {
-    std::string masked;
+void MaskFigures(std::string_view sentence, std::string& masked) {
+    masked.clear();
     for (std::size_t at = 0; at < sentence.size();) {
         std::size_t digit = at;
         while (digit < sentence.size() && !IsDigit(sentence[digit]))
@@ -36,14 +36,24 @@ std::string MaskFigures(std::string_view sentence) {
         masked += plain ? sentence.substr(at, end - at) : std::string_view("#");
         at = end;
     }
-    return masked;
 }
 
 } // namespace
 
 TFindingKey TFindingKey::Of(const TXmlMessage& message) {
-    return {message.Rule(), message.MsgType(), message.Campo(), message.GroupKey(),
-            message.GroupKey() == 0 ? MaskFigures(message.Reason()) : std::string()};
+    TFindingKey key;
+    key.Assign(message);
+    return key;
+}
+
+void TFindingKey::Assign(const TXmlMessage& message) {
+    Rule = message.Rule();
+    Type = message.MsgType();
+    Campo = message.Campo();
+    Key = message.GroupKey();
+    Sentence.clear();
+    if (Key == 0)
+        MaskFigures(message.Reason(), Sentence);
 }
 
 std::size_t TFindingKeyHash::operator()(const TFindingKey& key) const {

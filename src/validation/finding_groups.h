@@ -24,6 +24,8 @@ struct TFindingKey {
     std::string Sentence;  ///< of one that has none, without what differs from guide to guide
 
     static TFindingKey Of(const TXmlMessage& message);
+    /// Becomes that of a message.
+    void Assign(const TXmlMessage& message);
     bool operator==(const TFindingKey&) const = default;
 };
 
