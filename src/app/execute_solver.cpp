@@ -324,7 +324,7 @@ TCorrectionRecord RecordOf(std::shared_ptr<const TXmlMessage> message, const ISo
             solver.Name(),
             solver.Description(),
             target != nullptr ? std::string(target->LocalName()) : std::string(),
-            target != nullptr ? std::string(target->Value()) : std::string(),
+            target != nullptr ? target->TextWithCData() : std::string(),
             {},
             {}};
 }

@@ -130,6 +130,44 @@ class TStructureRun {
     }
 
     TCorrectionResult Run() {
+        const std::shared_ptr<const TXmlMessage> otherVersion = OtherVersion();
+        const TXmlPtr before = result_.Xml;
+        Repair();
+        // Of a file of another version, what has no name in common would stay: half of each version helps
+        // nobody.
+        if (otherVersion != nullptr && HasStructuralErrors()) {
+            result_ = {before, {}, {}};
+            TCorrectionRecord left;
+            left.Message = otherVersion;
+            left.Description = "Consertar a estrutura";
+            left.Reason = "o conteúdo parece ser de outra versão, e só uma parte se consertaria; corrija a "
+                          "versão no cabeçalho, ou converta o arquivo (conferix converter)";
+            result_.LeftOut.push_back(std::move(left));
+        }
+        return std::move(result_);
+    }
+
+  private:
+    using TRefusal = std::tuple<std::string, std::string, std::string>;
+
+    /// What was said of a file whose content is of another version; null for none.
+    std::shared_ptr<const TXmlMessage> OtherVersion() const {
+        for (const auto& message : checked_.AllMessages)
+            if (message->Kind() == TFindingKind::Layout && message->NumeroGuia().empty())
+                return message;
+        return nullptr;
+    }
+
+    bool HasStructuralErrors() const {
+        return std::ranges::any_of(checked_.AllMessages, [](const auto& message) {
+            const TFindingKind kind = message->Kind();
+            return message->IsFailure() &&
+                   (kind == TFindingKind::Structure || kind == TFindingKind::UnknownElement ||
+                    kind == TFindingKind::Misplaced);
+        });
+    }
+
+    void Repair() {
         bool changed = checked_.ArquivoTiss != nullptr;
         for (int pass = 0; pass < kMaxPasses && changed; ++pass) {
             changed = false;
@@ -140,11 +178,7 @@ class TStructureRun {
                     while (RunStage(stage))
                         changed = true;
         }
-        return std::move(result_);
     }
-
-  private:
-    using TRefusal = std::tuple<std::string, std::string, std::string>;
 
     static TRefusal RefusalOf(const TXmlMessage& message, const std::string& description) {
         return {message.Cause(), message.NumeroGuia(), description};

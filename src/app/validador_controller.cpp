@@ -84,12 +84,35 @@ std::optional<TValidateArgs> Attempt(Step&& step) {
 }
 
 /// Counts one more message of its rule.
-void CountUnlisted(std::vector<TUnkeptFindings>& unlisted, const TXmlMessage& message) {
+void CountUnlisted(std::vector<TUnkeptFindings>& unlisted,
+                   const std::shared_ptr<const TXmlMessage>& message) {
     auto found = std::find_if(unlisted.begin(), unlisted.end(),
-                              [&](const TUnkeptFindings& of) { return of.Rule.get() == message.Rule(); });
+                              [&](const TUnkeptFindings& of) { return of.Rule.get() == message->Rule(); });
     if (found == unlisted.end())
-        found = unlisted.insert(unlisted.end(), {message.SharedRule(), {}});
-    found->Counts.Add(message.MsgType());
+        found = unlisted.insert(unlisted.end(), {message->SharedRule(), {}, nullptr});
+    if (found->Groups == nullptr)
+        found->Groups = std::make_shared<TUnkeptGroups>();
+    found->Counts.Add(message->MsgType());
+    found->Groups->Add(message);
+}
+
+/// Of each cause that no listed message has, the first one goes on the list all the same.
+void ListEachCause(TXmlMessages& messages, std::vector<TUnkeptFindings>& unlisted) {
+    if (unlisted.empty())
+        return;
+    std::unordered_set<TFindingKey, TFindingKeyHash> listed;
+    for (const auto& message : messages)
+        listed.insert(TFindingKey::Of(*message));
+    for (TUnkeptFindings& of : unlisted)
+        for (TUnkeptGroup& group : of.Groups->Groups()) {
+            if (!listed.insert(TFindingKey::Of(*group.First)).second)
+                continue;
+            messages.push_back(group.First);
+            of.Counts.Remove(group.First->MsgType());
+            --group.Count;
+            group.Lines -= group.First->Line() > 0 ? 1 : 0;
+        }
+    std::erase_if(unlisted, [](const TUnkeptFindings& of) { return of.Counts.Findings() == 0; });
 }
 
 std::string CountText(std::size_t count) {
@@ -116,7 +139,7 @@ std::string UnlistedText(std::vector<TUnkeptFindings> unlisted, const TFindingLi
         rules += fmt::format(" e {} de outras regras", CountText(total - named));
     return fmt::format(
         "Há mais {} {} na lista: {}.\r\nA lista traz no máximo {} mensagens de cada regra e {} "
-        "de cada arquivo; as contagens são de todas.",
+        "de cada arquivo, e a primeira de cada causa; as contagens são de todas.",
         CountText(total), total == 1 ? "mensagem, que não está" : "mensagens, que não estão", rules,
         CountText(limits.OfRule), CountText(limits.OfFile));
 }
@@ -383,7 +406,7 @@ void TValidadorController::List(TValidateArgs& result,
                    (message->Kind() != TFindingKind::Run || toldOfRun.insert(message->Reason()).second)) {
             result.Counts.Add(message->MsgType());
             if (message->Rule() != nullptr && result.ValidationMessages.size() >= limits_.OfFile) {
-                CountUnlisted(unlisted, *message);
+                CountUnlisted(unlisted, message);
                 continue;
             }
             result.ValidationMessages.push_back(message);
@@ -393,6 +416,10 @@ void TValidadorController::List(TValidateArgs& result,
     for (const TCountedSuccesses& counted : result.CountedSuccesses)
         if (filter.Hidden(counted.Rule.get()))
             result.HiddenCount += counted.Count;
+    const std::size_t inLimits = result.ValidationMessages.size();
+    ListEachCause(result.ValidationMessages, unlisted);
+    listed.insert(listed.end(), result.ValidationMessages.begin() + static_cast<std::ptrdiff_t>(inLimits),
+                  result.ValidationMessages.end());
     result.AllMessages = std::move(listed);
     result.Unlisted = std::move(unlisted);
 }

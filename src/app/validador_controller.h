@@ -22,7 +22,8 @@ inline constexpr const char* kOutOfMemory = "Não há memória suficiente para e
                                             "programas ou divida o arquivo em partes menores.";
 
 /// How many findings the lists of a validation hold: of each rule, and shown or hidden ones of the file. What
-/// goes beyond is counted, and one message tells how much it is.
+/// goes beyond is counted, and one message tells how much it is; of a cause that is in no list, the first
+/// finding is.
 struct TFindingLimits {
     std::size_t OfRule = kFindingsKeptOfRule;
     std::size_t OfFile = 50'000;

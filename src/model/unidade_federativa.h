@@ -1,6 +1,7 @@
 // The states of Brazil.
 #pragma once
 
+#include <algorithm>
 #include <string_view>
 
 namespace conferix {
@@ -19,8 +20,13 @@ inline constexpr TUnidadeFederativa kUnidadesFederativas[] = {
 
 /// The IBGE code of a state's letters, the letters of an IBGE code; empty for anything else.
 constexpr std::string_view OtherCodeOfUf(std::string_view code) {
+    const auto isSigla = [code](std::string_view sigla) {
+        return std::ranges::equal(code, sigla, [](char c, char wanted) {
+            return c == wanted || (c >= 'a' && c <= 'z' && c - 'a' + 'A' == wanted);
+        });
+    };
     for (const TUnidadeFederativa& uf : kUnidadesFederativas) {
-        if (code == uf.Sigla)
+        if (isSigla(uf.Sigla))
             return uf.Ibge;
         if (code == uf.Ibge)
             return uf.Sigla;

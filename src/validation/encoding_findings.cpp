@@ -62,19 +62,24 @@ void Offer(TXmlMessage& message, std::string description, const TTextPtr& text, 
 
 std::shared_ptr<TXmlMessage> Utf8AsAnsi(const TXmlMisreading& misreading, const TTextPtr& text) {
     const auto meant = std::make_shared<const std::string>(MeantText(*text, misreading.Kind));
+    const bool whole = misreading.Kept.empty();
     auto message = TXmlMessage::CreateWarn(
         fmt::format(
-            "O arquivo declara a codificação {0}, mas foi gravado em UTF-8: lê-se {1} onde deve estar "
-            "{2}.{3} Grave o arquivo em {0}, ou declare encoding=\"UTF-8\".",
-            misreading.Declared, QuoteText(misreading.Read), QuoteText(misreading.Meant),
-            HashSentence(*meant)),
+            "O arquivo declara a codificação {0}, mas foi gravado {1}em UTF-8: lê-se {2} onde deve estar "
+            "{3}.{4}{5} Grave o arquivo em {0}, ou {6}.",
+            misreading.Declared, whole ? "" : "quase todo ", QuoteText(misreading.Read),
+            QuoteText(misreading.Meant),
+            whole ? std::string()
+                  : fmt::format(" Só algumas letras estão mesmo em {}, como as de {} na linha {}.",
+                                misreading.Declared, QuoteText(misreading.Kept), misreading.KeptLine),
+            HashSentence(*meant), whole ? "declare encoding=\"UTF-8\"" : "todo ele em UTF-8"),
         CutText(misreading.Read), misreading.Place.Line, misreading.Place.LinePos, misreading.Place.FilePos);
     message->SetKind(TFindingKind::Misread);
     if (CanBeWritten(*meant))
         message->AddSolver(std::make_shared<TEncodingSolver>(
             fmt::format("Gravar o arquivo em {}", misreading.Declared), [meant] { return *meant; },
             EncodingToWrite(*meant, {})));
-    Offer(*message, "Declarar UTF-8", meant, kUtf8);
+    Offer(*message, whole ? "Declarar UTF-8" : "Gravar o arquivo em UTF-8", meant, kUtf8);
     return message;
 }
 
@@ -86,6 +91,12 @@ std::shared_ptr<TXmlMessage> Guessed(const TXmlMisreading& misreading, const TXm
         TXmlMessage::CreateError(fmt::format("{} Foi lido em {}: {}.", fault.Reason(), isUtf8 ? kUtf8 : kIso,
                                              QuoteText(misreading.Read)),
                                  CutText(misreading.Read), fault.Line(), fault.LinePos(), fault.FilePos());
+    if (EncodingToWrite(*text, {}).Name == encoding.Name) {
+        // The bytes are what the declaration says; only the mark before them is wrong.
+        Offer(*message, "Gravar em ISO-8859-1, sem a marca", text, kIso);
+        Offer(*message, "Gravar em UTF-8, sem a marca", text, kUtf8);
+        return message;
+    }
     Offer(*message, isUtf8 ? "Declarar UTF-8" : "Gravar em UTF-8", text, kUtf8);
     Offer(*message, isUtf8 ? "Gravar em ISO-8859-1" : "Declarar ISO-8859-1", text, kIso);
     return message;
@@ -97,9 +108,10 @@ std::shared_ptr<TXmlMessage> BomAgainstDeclaration(const TXmlMisreading& misread
     auto message = TXmlMessage::CreateWarn(
         fmt::format("O arquivo começa com a marca de {0} (BOM), mas declara a codificação {1}. Foi lido "
                     "como {0}; outros leitores podem recusá-lo, ou lê-lo de outro modo e achar outro hash. "
-                    "Declare encoding=\"{2}\" ou grave o arquivo em {1}, sem a marca.",
+                    "{2} em {1}, sem a marca.",
                     encoding.Name, CutText(misreading.Declared),
-                    wide ? encoding.Name.substr(0, 6) : encoding.Name),
+                    wide ? std::string("Grave o arquivo")
+                         : fmt::format("Declare encoding=\"{}\" ou grave o arquivo", encoding.Name)),
         misreading.Declared, 1, 1, 0);
     Offer(*message, "Gravar em UTF-8, sem a marca", text, kUtf8);
     Offer(*message, "Gravar em ISO-8859-1, sem a marca", text, kIso);

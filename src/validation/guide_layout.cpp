@@ -48,6 +48,7 @@ TElementPaths PathsOf(const TXmlNode& guide) {
 std::string_view KindOfContent(const std::string& schemaName, std::vector<std::string_view> around,
                                const TXmlNode& guide) {
     constexpr std::size_t kLeast = 3;
+    constexpr std::size_t kForeign = 2; // some kinds share most of their children
     const auto knownIn = [&](std::string_view kind) {
         std::vector<std::string_view> path = around;
         path.insert(path.end(), {kind, {}});
@@ -61,7 +62,7 @@ std::string_view KindOfContent(const std::string& schemaName, std::vector<std::s
     const auto children = static_cast<std::size_t>(std::ranges::distance(guide.ChildTags()));
     const std::size_t own = knownIn(guide.LocalName());
     for (const std::string_view kind : kGuides)
-        if (kind != guide.LocalName() && children >= kLeast && own * 2 < children &&
+        if (kind != guide.LocalName() && children >= kLeast && own + kForeign <= children &&
             knownIn(kind) == children)
             return kind;
     return {};

@@ -248,6 +248,80 @@ bool IsApproximation(const std::filesystem::path& file) {
     return answer;
 }
 
+/// What tells the guide of a monitoring file that holds a node from the others; empty outside of guides.
+std::string MonitoringGuide(const TXmlNode& node) {
+    for (const TXmlNode* at = &node; at != nullptr; at = at->Parent())
+        if (at->IsTag() && at->LocalName() == "guiaMonitoramento")
+            return fmt::format("@{}", at->FilePos());
+    return {};
+}
+
+/// Makes the messages of faults.
+class TFaultMessages {
+  public:
+    /// `lote`: null for a file that is no lot of guides.
+    TFaultMessages(const TValidation& rule, const IArquivoTiss& file, const ILoteGuias* lote,
+                   std::shared_ptr<const TSchemaSet> schema, const TOtherVersions& others,
+                   const std::vector<TSchemaFault>& faults)
+        : rule_(rule), file_(file.shared_from_this()), schema_(std::move(schema)), others_(others) {
+        if (lote != nullptr && !faults.empty())
+            guias_.emplace(*lote);
+        for (const TSchemaFault& fault : faults)
+            if (fault.Code == TSchemaFaultCode::MissingElement ||
+                fault.Code == TSchemaFaultCode::MissingSeveral ||
+                fault.Code == TSchemaFaultCode::MissingChoice)
+                incomplete_.insert(fault.Before.empty() ? fault.Node : fault.Node->Parent());
+    }
+
+    /// The guide of a lot that holds a node; null for none.
+    const IGuiaTiss* GuiaOf(const TXmlNode& node) const {
+        return guias_.has_value() ? guias_->ByNode(node) : nullptr;
+    }
+    /// As TXmlMessage::Guide.
+    std::string GuideOf(const TXmlNode& node) const {
+        const IGuiaTiss* guia = GuiaOf(node);
+        return guia != nullptr ? std::string(guia->NumeroMostrado()) : MonitoringGuide(node);
+    }
+
+    /// `withSolvers`: false where no single correction makes sense.
+    std::shared_ptr<TLoteGuiasValidationMessage> Make(const TSchemaFault& fault, bool withSolvers) {
+        if (fault.Node != lastNode_ || !fault.Found.empty()) {
+            source_ = fault.SrcText();
+            lastNode_ = fault.Found.empty() ? fault.Node : nullptr;
+        }
+        std::string reason = fault.Code == TSchemaFaultCode::UnknownElement ? others_.UnknownElement(fault)
+                             : fault.Code == TSchemaFaultCode::NotInList    ? others_.UnknownCode(fault)
+                                                                         : TSchemaMessages::Sentence(fault);
+        const IGuiaTiss* guia = GuiaOf(*fault.Node);
+        const auto message = TLoteGuiasValidationMessage::CreateError(
+            &rule_, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
+            std::move(reason), source_, fault.Line, fault.LinePos, fault.FilePos);
+        message->SetGuide(MonitoringGuide(*fault.Node));
+        message->SetKind(KindOf(fault.Code));
+        message->SetItem(FindingItem(*fault.Node));
+        message->SetGroupKey(fault.GroupKey());
+        message->SetCause(CauseOf(fault));
+        // What is missing beside an unknown element may be that element under a wrong name.
+        const bool mayBeMeant =
+            fault.Code == TSchemaFaultCode::UnknownElement && incomplete_.count(fault.Node->Parent()) != 0;
+        if (withSolvers)
+            for (auto& solver : StructureSolversOf(fault, file_, schema_))
+                if (!mayBeMeant || !solver->WithLoss())
+                    message->AddSolver(std::move(solver));
+        return message;
+    }
+
+  private:
+    const TValidation& rule_;
+    std::shared_ptr<const IArquivoTiss> file_;
+    std::shared_ptr<const TSchemaSet> schema_;
+    const TOtherVersions& others_;
+    std::optional<TGuiaLocator> guias_;
+    std::set<const TXmlNode*> incomplete_; ///< elements that lack others
+    const TXmlNode* lastNode_ = nullptr;   ///< many faults may be of one start tag, however long that is
+    std::string source_;
+};
+
 /// Where the header names the version; the root when it does not.
 const TXmlNode& VersionPlace(const TXmlNode& root) {
     for (const char* path : {"cabecalho/Padrao", "cabecalho/versaoPadrao"})
@@ -290,9 +364,11 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     auto [faults, further] = TSchemaValidator(*schema, &others).Judge(document, RoomForFindings());
     if (IsApproximation(schemaFile_)) {
         std::set<std::string> doubtful;
-        std::erase_if(faults, [&](const TSchemaFault& fault) {
+        const auto isInDoubt = [&](const TSchemaFault& fault) {
             return others.IsInDoubt(fault) && (doubtful.insert("<" + fault.Name + ">"), true);
-        });
+        };
+        std::erase_if(faults, isInDoubt);
+        std::erase_if(further, [&](const TSchemaFurther& more) { return isInDoubt(more.First); });
         Warning(nullptr,
                 fmt::format(
                     "O schema da versão {} publicado pela ANS não estava disponível; foi usado um schema "
@@ -305,77 +381,64 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
                                       "julgado. ",
                                       CutText(fmt::format("{}", fmt::join(doubtful, ", ")), kShownFound))));
     }
-    bool otherVersion = false;
-    if (std::ranges::any_of(faults, IsStructural, &TSchemaFault::Code))
-        if (const std::string version = others.VersionOfContent(document); !version.empty()) {
-            otherVersion = true;
-            auto& told =
-                Warning(&VersionPlace(*document.Element()),
-                        fmt::format("O cabeçalho declara a versão {}, mas o conteúdo parece ser da {}.",
-                                    file.Versao(), version));
-            told.SetKind(TFindingKind::Layout);
-        }
+    const std::string version = std::ranges::any_of(faults, IsStructural, &TSchemaFault::Code)
+                                    ? others.VersionOfContent(document)
+                                    : std::string();
+    const bool otherVersion = !version.empty();
+    if (otherVersion)
+        Warning(
+            &VersionPlace(*document.Element()),
+            fmt::format("O cabeçalho declara a versão {0}, mas o conteúdo parece ser da {1}. Se é da {1}, "
+                        "corrija o cabeçalho; para passar o arquivo à {0}, converta-o depois: conferix "
+                        "converter.",
+                        file.Versao(), version))
+            .SetKind(TFindingKind::Layout);
+    TFaultMessages messages(*this, file, lote, schema, others, faults);
     TGuideLayouts layouts(PathText(schemaFile_.filename()), std::string(file.Versao()));
-    std::set<const TXmlNode*> incomplete; // elements that lack others
-    for (const TSchemaFault& fault : faults)
-        if (fault.Code == TSchemaFaultCode::MissingElement ||
-            fault.Code == TSchemaFaultCode::MissingSeveral || fault.Code == TSchemaFaultCode::MissingChoice)
-            incomplete.insert(fault.Before.empty() ? fault.Node : fault.Node->Parent());
-    const TXmlNode* lastGuide = nullptr;
-    std::string number;   // of the last guide
-    bool foreign = false; // laid out for something else, so that no single correction makes sense
-    std::optional<TGuiaLocator> guias;
-    if (lote != nullptr && !faults.empty())
-        guias.emplace(*lote);
     std::set<const TXmlNode*> structural; // guides with faults that a wrong layout has
+    const auto noteGuide = [&](TSchemaFaultCode code, const TXmlNode& node) {
+        if (const IGuiaTiss* guia = IsStructural(code) ? messages.GuiaOf(node) : nullptr)
+            structural.insert(guia->Node());
+    };
     for (const TSchemaFault& fault : faults)
-        if (guias.has_value() && IsStructural(fault.Code))
-            if (const IGuiaTiss* guia = guias->ByNode(*fault.Node))
-                structural.insert(guia->Node());
-    const auto shared = file.shared_from_this();
-    const TXmlNode* lastNode = nullptr; // many faults may be of one start tag, however long that is
-    std::string source;
+        noteGuide(fault.Code, *fault.Node);
+    for (const TSchemaFurther& more : further)
+        for (const TXmlNode* node : more.Nodes)
+            noteGuide(more.First.Code, *node);
+    std::map<const TXmlNode*, bool> foreign; // guides, and whether they are laid out for something else
+    const auto isForeign = [&](const TXmlNode& node) {
+        const IGuiaTiss* guia = messages.GuiaOf(node);
+        if (guia == nullptr || otherVersion)
+            return false;
+        const auto [known, added] = foreign.try_emplace(guia->Node(), false);
+        if (!added || structural.count(guia->Node()) == 0)
+            return known->second;
+        std::string layout = layouts.Sentence(*guia->Node());
+        known->second = !layout.empty();
+        if (known->second) {
+            const TXmlNode& guide = *guia->Node();
+            const auto told = TLoteGuiasValidationMessage::CreateWarn(
+                this, std::string(guia->NumeroMostrado()), std::move(layout), std::string(), guide.Line(),
+                guide.LinePos(), guide.FilePos());
+            told->SetKind(TFindingKind::Layout);
+            AddMessage(told);
+        }
+        return known->second;
+    };
     for (const TSchemaFault& fault : faults) {
-        if (fault.Node != lastNode || !fault.Found.empty()) {
-            source = fault.SrcText();
-            lastNode = fault.Found.empty() ? fault.Node : nullptr;
-        }
-        std::string reason = fault.Code == TSchemaFaultCode::UnknownElement ? others.UnknownElement(fault)
-                             : fault.Code == TSchemaFaultCode::NotInList    ? others.UnknownCode(fault)
-                                                                         : TSchemaMessages::Sentence(fault);
-        const IGuiaTiss* guia = guias.has_value() ? guias->ByNode(*fault.Node) : nullptr;
-        const TXmlNode* guide = guia != nullptr ? guia->Node() : nullptr;
-        if (guide != lastGuide) {
-            lastGuide = guide;
-            number = guia != nullptr ? guia->NumeroMostrado() : std::string_view{};
-            std::string layout = guide != nullptr && !otherVersion && structural.count(guide) != 0
-                                     ? layouts.Sentence(*guide)
-                                     : std::string();
-            foreign = !layout.empty();
-            if (!layout.empty()) {
-                const auto told = TLoteGuiasValidationMessage::CreateWarn(this, number, std::move(layout),
-                                                                          std::string(), guide->Line(),
-                                                                          guide->LinePos(), guide->FilePos());
-                told->SetKind(TFindingKind::Layout);
-                AddMessage(told);
-            }
-        }
-        const auto message = TLoteGuiasValidationMessage::CreateError(
-            this, number, std::move(reason), source, fault.Line, fault.LinePos, fault.FilePos);
-        message->SetKind(KindOf(fault.Code));
-        message->SetItem(FindingItem(*fault.Node));
-        message->SetGroupKey(fault.GroupKey());
-        message->SetCause(CauseOf(fault));
-        // What is missing beside an unknown element may be that element under a wrong name.
-        const bool mayBeMeant =
-            fault.Code == TSchemaFaultCode::UnknownElement && incomplete.count(fault.Node->Parent()) != 0;
-        if (!foreign)
-            for (auto& solver : StructureSolversOf(fault, shared, schema))
-                if (!mayBeMeant || !solver->WithLoss())
-                    message->AddSolver(std::move(solver));
-        AddMessage(message);
+        const bool repairable = !isForeign(*fault.Node);
+        AddMessage(messages.Make(fault, repairable));
     }
-    AddUnkeptErrors(further);
+    for (TSchemaFurther& more : further) {
+        std::ranges::sort(more.Nodes, {}, [](const TXmlNode* node) { return node->FilePos(); });
+        std::vector<TUnkeptPlace> places;
+        for (const TXmlNode* node : more.Nodes) {
+            isForeign(*node);
+            places.push_back({messages.GuideOf(*node), node->Line()});
+        }
+        AddUnkept(messages.Make(more.First, !isForeign(*more.First.Node)), places,
+                  more.SameValue && more.SamePlace, more.SameValue);
+    }
     if (FoundNothing())
         Success(
             nullptr,

@@ -327,14 +327,24 @@ class TValueSolver : public TStructureSolver {
     std::string Description() const override {
         if (!WithLoss())
             return "Alterar o valor para " + value_;
-        const std::string_view lost = Node().Value().substr(std::min(value_.size(), Node().Value().size()));
+        const std::string text = Node().TextWithCData();
+        const std::string_view lost = std::string_view(text).substr(std::min(value_.size(), text.size()));
         return fmt::format("Cortar o texto em {} caracteres (com perda: {})", CountCharacters(value_),
                            QuoteText(lost));
     }
     const TXmlNode* Target() const override { return &Node(); }
 
   protected:
-    void Mend() override { Node().SetValue(value_); }
+    /// A value in CDATA sections becomes plain text; comments stay.
+    void Mend() override {
+        for (TXmlNode* at = Node().FirstChild(); at != nullptr;) {
+            TXmlNode* next = at->NextSibling();
+            if (at->Kind() == TXmlNodeKind::xnCData)
+                at->Remove();
+            at = next;
+        }
+        Node().SetValue(value_);
+    }
 
   private:
     std::string value_;
@@ -401,7 +411,8 @@ StructureSolversOf(const TSchemaFault& fault, const TFilePtr& file, const TSchem
         add(std::make_shared<TUnwrapSolver>(file, node));
         break;
     case TSchemaRemedy::Remove:
-        add(std::make_shared<TRemoveSolver>(file, node, TStage::Values));
+        add(std::make_shared<TRemoveSolver>(
+            file, fault.Other != nullptr ? const_cast<TXmlNode&>(*fault.Other) : node, TStage::Values));
         break;
     case TSchemaRemedy::None:
         break;
@@ -411,7 +422,7 @@ StructureSolversOf(const TSchemaFault& fault, const TFilePtr& file, const TSchem
         add(std::make_shared<TAllNamespacesSolver>(file, node));
     if (fault.Code == TSchemaFaultCode::UnknownElement)
         add(std::make_shared<TRemoveSolver>(file, node, TStage::Losses));
-    if (fault.Type == nullptr || fault.Attribute != nullptr || node.FirstChild() != nullptr)
+    if (fault.Type == nullptr || fault.Attribute != nullptr || node.FirstChildTag() != nullptr)
         return solvers;
     if (auto value = RepairedValue(*fault.Type, fault.Found))
         add(std::make_shared<TValueSolver>(file, node, TStage::Values, std::move(*value)));

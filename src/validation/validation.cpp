@@ -73,13 +73,26 @@ void TValidation::AddMessage(std::shared_ptr<const TValidationMessage> message) 
         messages_.push_back(std::move(message));
     } else {
         unkept_.Add(message->MsgType());
+        if (unkeptGroups_ == nullptr)
+            unkeptGroups_ = std::make_shared<TUnkeptGroups>();
+        unkeptGroups_->Add(message);
         lastUnkept_ = std::move(message);
     }
 }
 
-void TValidation::AddUnkeptErrors(std::size_t count) {
-    foundInVisit_ = foundInVisit_ || count != 0;
-    unkept_.Add(TMessageType::mtError, count);
+void TValidation::AddUnkept(const std::shared_ptr<const TValidationMessage>& message,
+                            const std::vector<TUnkeptPlace>& places, bool sameReason, bool sameCause) {
+    foundInVisit_ = true;
+    unkept_.Add(message->MsgType(), places.size());
+    if (unkeptGroups_ == nullptr)
+        unkeptGroups_ = std::make_shared<TUnkeptGroups>();
+    TUnkeptGroup* group = unkeptGroups_->GroupOf(message);
+    if (group == nullptr)
+        return;
+    for (const TUnkeptPlace& place : places)
+        TUnkeptGroups::Count(*group, place.Guide, place.Line);
+    group->SameReason = group->SameReason && sameReason && group->First->Reason() == message->Reason();
+    group->SameCause = group->SameCause && sameCause && IsSameCause(*group->First, *message);
 }
 
 TValidationMessage& TValidation::Add(TMessageType type, std::string text, const TXmlNode* at) {

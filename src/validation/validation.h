@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/arquivo_tiss_visitor.h"
+#include "validation/finding_groups.h"
 #include "validation/identity.h"
 #include "validation/validation_message.h"
 
@@ -24,6 +25,12 @@ struct TFindingPlace {
     std::int32_t Line = 0;    ///< 1-based; 0: unknown
     std::int32_t LinePos = 0; ///< 1-based
     std::int32_t FilePos = 0; ///< 0-based, in characters
+};
+
+/// Where a finding is that no message was made of.
+struct TUnkeptPlace {
+    std::string Guide; ///< as TXmlMessage::Guide
+    std::int32_t Line = 0;
 };
 
 /// How many findings of one rule a run keeps, over all its visits.
@@ -68,6 +75,8 @@ class TValidation : public IArquivoTissVisitor {
     const TValidationMessages& ValidationMessages() const { return messages_; }
     /// The findings of all visits that were not kept.
     const TMessageCounts& Unkept() const { return unkept_; }
+    /// The same by cause; null without any.
+    const std::shared_ptr<TUnkeptGroups>& UnkeptGroups() const { return unkeptGroups_; }
     /// Limits the findings kept of this rule and of each below it.
     void LimitFindings(std::size_t kept);
     /// Has this rule and those below it only count what they find right: for runs of which nobody reads that.
@@ -96,8 +105,10 @@ class TValidation : public IArquivoTissVisitor {
     TValidationMessage& Warning(const TXmlNode* at, std::string text);
     TValidationMessage& Error(const TXmlNode* at, std::string text);
     void AddMessage(std::shared_ptr<const TValidationMessage> message);
-    /// Counts errors that no message was made of.
-    void AddUnkeptErrors(std::size_t count);
+    /// Counts findings of one cause that no message was made of but this one: where each of them is, the
+    /// message's own first.
+    void AddUnkept(const std::shared_ptr<const TValidationMessage>& message,
+                   const std::vector<TUnkeptPlace>& places, bool sameReason, bool sameCause);
     /// True as long as the visit has added nothing, be it kept or not.
     bool FoundNothing() const { return !foundInVisit_; }
     /// How many findings would still be kept.
@@ -126,6 +137,7 @@ class TValidation : public IArquivoTissVisitor {
     std::size_t limit_ = kFindingsKeptOfRule;
     std::size_t kept_ = 0; ///< of all visits, successes not counted
     TMessageCounts unkept_;
+    std::shared_ptr<TUnkeptGroups> unkeptGroups_;
     /// The last one, which its rule may still give corrections.
     std::shared_ptr<const TValidationMessage> lastUnkept_;
     bool foundInVisit_ = false;

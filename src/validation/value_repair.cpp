@@ -5,6 +5,7 @@
 #include "xml/xml_node.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iterator>
 #include <set>
 #include <vector>
@@ -167,8 +168,20 @@ TReading WithoutPunctuation(std::string_view text) {
     return bare;
 }
 
+std::string InCase(std::string_view text, int (*convert)(int)) {
+    std::string converted(text);
+    std::ranges::transform(converted, converted.begin(), [convert](char c) {
+        return static_cast<unsigned char>(c) < 0x80 ? static_cast<char>(convert(c)) : c;
+    });
+    return converted;
+}
+
 void AddCodes(const TSchemaSimpleType& type, std::string_view text, std::set<std::string>& readings) {
     const auto& codes = type.CodeKeys;
+    readings.insert(InCase(text, std::toupper));
+    readings.insert(InCase(text, std::tolower));
+    if (HasShape(text, "9999.99")) // as occupations are printed
+        readings.insert(std::string(text.substr(0, 4)) + std::string(text.substr(5)));
     const auto addPadded = [&](std::string code) {
         readings.insert(code);
         const std::size_t longest = code.size() + 3;

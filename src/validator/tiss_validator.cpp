@@ -9,7 +9,7 @@ namespace {
 
 void CollectUnkept(const TValidation& rule, std::vector<TUnkeptFindings>& unkept) {
     if (rule.Unkept().Findings() != 0)
-        unkept.push_back({rule.Identity(), rule.Unkept()});
+        unkept.push_back({rule.Identity(), rule.Unkept(), rule.UnkeptGroups()});
     for (const auto& child : rule.Validations())
         CollectUnkept(*child, unkept);
 }

@@ -13,6 +13,7 @@ namespace conferix {
 struct TUnkeptFindings {
     IValidationIdentity Rule;
     TMessageCounts Counts;
+    std::shared_ptr<TUnkeptGroups> Groups; ///< the same by cause
 };
 
 /// Builds the rules of all kinds of file and runs those of the loaded one. Lives for one run; its messages

@@ -54,8 +54,10 @@ std::optional<std::string> DeclarationReason(const TXmlAttribute& attribute) {
                                     : name.Local == "xmlns" || uri == kXmlnsNamespace ||
                                           (name.Local == "xml") != (uri == kXmlNamespace);
     if (reserved)
-        return fmt::format("O atributo {}={} usa um nome que o XML reserva. Remova o atributo.",
-                           CutText(name.Qualified), QuoteText(uri));
+        return fmt::format("O atributo {}={} usa um {} que o XML reserva. Remova o atributo.",
+                           CutText(name.Qualified), QuoteText(uri),
+                           name.Local == "xml" || (!isDefault && name.Local == "xmlns") ? "nome"
+                                                                                        : "endereço");
     if (!isDefault && uri.empty())
         return fmt::format("O atributo {0}=\"\" declara o prefixo \"{1}\" sem endereço. Escreva o endereço "
                            "do namespace ou remova o atributo.",

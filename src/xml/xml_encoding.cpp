@@ -1,6 +1,7 @@
 #include "xml/xml_encoding.h"
 
 #include "platform/utf8.h"
+#include "xml/ansi.h"
 #include "xml/cut_text.h"
 #include "xml/xml_node.h"
 #include "xml/xml_position.h"
@@ -15,6 +16,7 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
+#include <vector>
 
 namespace conferix {
 
@@ -244,34 +246,6 @@ std::string ToUtf8(std::string_view bytes, const std::string& name, std::string_
     return text;
 }
 
-/// What Windows-1252 has at 0x80 to 0x9F; its five free places are the control characters of Unicode there.
-constexpr std::array<char16_t, 32> kAnsiSpecials = {
-    0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x8D,   0x017D, 0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
-
-/// Decodes Windows-1252, which every byte is.
-std::string AnsiToUtf8(std::string_view bytes) {
-    std::string text;
-    text.reserve(bytes.size() + bytes.size() / 8);
-    while (true) {
-        const std::size_t plain = FindNonAscii(bytes);
-        text.append(bytes, 0, plain);
-        if (plain == bytes.size())
-            return text;
-        const auto byte = static_cast<unsigned char>(bytes[plain]);
-        const unsigned c = byte < 0xA0 ? kAnsiSpecials[byte - 0x80U] : byte;
-        if (c < 0x800) {
-            text += static_cast<char>(0xC0U | (c >> 6U));
-        } else {
-            text += static_cast<char>(0xE0U | (c >> 12U));
-            text += static_cast<char>(0x80U | ((c >> 6U) & 0x3FU));
-        }
-        text += static_cast<char>(0x80U | (c & 0x3FU));
-        bytes.remove_prefix(plain + 1);
-    }
-}
-
 /// UTF-16 without mark shows in the bytes of "<". Refuses UTF-32.
 const char* SniffWide(std::string_view bytes) {
     if (bytes.size() < 4)
@@ -292,6 +266,17 @@ class TMarkupState {
   public:
     bool ReferenceAllowed() const { return place_ == TPlace::Text || place_ == TPlace::Quoted; }
 
+    /// The place in words: " em <nome>", ", em um comentário,"; empty outside of all.
+    std::string Where() const {
+        if (place_ == TPlace::Literal && end_ != "]]>")
+            return end_ == "-->" ? ", em um comentário," : ", em uma instrução,";
+        if (place_ == TPlace::Tag)
+            return ", em um nome,";
+        return (place_ == TPlace::Literal ? ", em uma seção CDATA" : "") +
+               (open_.empty() ? std::string() : fmt::format(" em <{}>", CutText(open_.back()))) +
+               (place_ == TPlace::Literal ? "," : "");
+    }
+
     void Read(std::string_view rest) {
         switch (place_) {
         case TPlace::Text:
@@ -302,7 +287,7 @@ class TMarkupState {
             else if (rest.starts_with("<?"))
                 Until("?>");
             else if (rest.starts_with("<"))
-                place_ = TPlace::Tag;
+                Open(rest.substr(1));
             break;
         case TPlace::Tag:
             if (rest.front() == '"' || rest.front() == '\'') {
@@ -310,6 +295,8 @@ class TMarkupState {
                 place_ = TPlace::Quoted;
             } else if (rest.front() == '>') {
                 place_ = TPlace::Text;
+                if (last_ == '/' && !open_.empty())
+                    open_.pop_back();
             }
             break;
         case TPlace::Quoted:
@@ -322,6 +309,7 @@ class TMarkupState {
                 place_ = TPlace::Text;
             break;
         }
+        last_ = rest.front();
         tail_ += rest.front();
         ++seen_;
         const std::size_t keep = end_.empty() ? 0 : end_.size() - 1;
@@ -332,6 +320,16 @@ class TMarkupState {
   private:
     enum class TPlace { Text, Tag, Quoted, Literal };
 
+    static std::string_view LocalName(std::string_view name) { return name.substr(name.find(':') + 1); }
+
+    void Open(std::string_view tag) {
+        place_ = TPlace::Tag;
+        if (!tag.starts_with('/'))
+            open_.push_back(LocalName(tag.substr(0, tag.find_first_of(" \t\r\n/>"))));
+        else if (!open_.empty())
+            open_.pop_back();
+    }
+
     void Until(std::string_view end) {
         place_ = TPlace::Literal;
         end_ = end;
@@ -341,6 +339,8 @@ class TMarkupState {
 
     TPlace place_ = TPlace::Text;
     char quote_ = 0;
+    char last_ = 0;
+    std::vector<std::string_view> open_; ///< names of the elements around the place
     std::string_view end_;
     std::string tail_;
     std::size_t seen_ = 0;
@@ -430,7 +430,10 @@ std::string EncodeThrough(std::string_view text, const std::string& name) {
 } // namespace
 
 EXmlEncoding::EXmlEncoding(std::shared_ptr<const TXmlMessage> message)
-    : std::runtime_error(message->Msg()), message_(std::move(message)) {}
+    : EXmlEncoding(TXmlMessages{std::move(message)}) {}
+
+EXmlEncoding::EXmlEncoding(TXmlMessages messages)
+    : std::runtime_error(messages.front()->Msg()), messages_(std::move(messages)) {}
 
 namespace {
 
@@ -519,7 +522,7 @@ TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable) {
         if (result.Encoding.Name == "UTF-8") {
             result.Text = bytes.substr(bom.Bytes.size());
             if (auto fault = Utf8Fault(result.Text, kUtf8Bom8))
-                throw EXmlEncoding(std::move(fault));
+                return Guess(result.Text, std::move(fault), undecodable);
         } else {
             result.Text = ToUtf8(std::string_view(bytes).substr(bom.Bytes.size()), bom.Encoding, {});
         }
@@ -623,69 +626,38 @@ std::string_view WordAt(std::string_view text, std::size_t at) {
     return text.substr(start, std::min(text.find_first_of(kEnds, at), text.size()) - start);
 }
 
-/// True when the characters beyond ASCII of a text that was read as Windows-1252 are, byte for byte, UTF-8,
-/// and the letters among them such as Windows-1252 has too. Ends at the first that is not.
-bool WasWrittenInUtf8(std::string_view text) {
-    TCharacterEncoder encoder(kAnsi);
-    std::string bytes; // of the run of letters being read
-    const auto runIsUtf8 = [&] {
-        bool good = true;
-        std::int32_t at = 0;
-        const auto length = static_cast<std::int32_t>(bytes.size());
-        while (good && at < length) {
-            UChar32 c = 0;
-            U8_NEXT(reinterpret_cast<const std::uint8_t*>(bytes.data()), at, length, c);
-            good = c >= 0 && (u_isalpha(c) == 0 || !encoder.Encode(c).empty());
-        }
-        bytes.clear();
-        return good;
-    };
-    for (std::size_t at = 0; at < text.size();) {
-        const auto first = static_cast<unsigned char>(text[at]);
-        if (first < 0x80) {
-            if (!bytes.empty() && !runIsUtf8())
-                return false;
-            ++at;
-            continue;
-        }
-        std::int32_t next = 0;
-        UChar32 c = 0;
-        const std::string_view rest = text.substr(at, 4);
-        U8_NEXT(reinterpret_cast<const std::uint8_t*>(rest.data()), next,
-                static_cast<std::int32_t>(rest.size()), c);
-        const std::string byte = c >= 0 ? encoder.Encode(c) : std::string();
-        if (byte.size() != 1)
-            return false;
-        bytes += byte;
-        at += static_cast<std::size_t>(next);
-    }
-    return bytes.empty() || runIsUtf8();
-}
-
 } // namespace
 
 std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEncoding& encoding) {
     const std::string_view declared = DeclaredEncoding(text);
-    const std::size_t at = FindNonAscii(text);
-    const auto found = [&](TXmlMisreading::TKind kind) {
+    const auto found = [&](TXmlMisreading::TKind kind, std::size_t at) {
         const std::string word(at < text.size() ? WordAt(text, at) : std::string_view{});
-        return TXmlMisreading{kind, std::string(declared), word, MeantText(word, kind),
-                              TPositionCounter(text).PlaceOf(at)};
+        return TXmlMisreading{
+            kind, std::string(declared), word, MeantText(word, kind), TPositionCounter(text).PlaceOf(at), {},
+            0};
     };
     if (encoding.Fault != nullptr)
-        return found(TXmlMisreading::TKind::Guessed);
+        return found(TXmlMisreading::TKind::Guessed, FindNonAscii(text));
     const bool wide = encoding.Name.starts_with("UTF-16");
     const bool agrees = wide ? Upper(declared).starts_with(encoding.Name.substr(0, 6))
                              : ConverterName(declared) == encoding.Name;
     if (encoding.Bom && !declared.empty() && !agrees)
-        return found(TXmlMisreading::TKind::BomAgainstDeclaration);
-    if (encoding.Bom || ConverterName(declared) != kAnsi || at == text.size() || !WasWrittenInUtf8(text))
+        return found(TXmlMisreading::TKind::BomAgainstDeclaration, FindNonAscii(text));
+    if (encoding.Bom || ConverterName(declared) != kAnsi)
         return std::nullopt;
-    return found(TXmlMisreading::TKind::Utf8AsAnsi);
+    const auto letters = FindUtf8AsAnsi(text);
+    if (!letters)
+        return std::nullopt;
+    TXmlMisreading misreading = found(TXmlMisreading::TKind::Utf8AsAnsi, letters->First);
+    if (letters->Kept != TUtf8AsAnsi::kNone) {
+        misreading.Kept = MeantAsUtf8(WordAt(text, letters->Kept));
+        misreading.KeptLine = TPositionCounter(text).PlaceOf(letters->Kept).Line;
+    }
+    return misreading;
 }
 
 std::string MeantText(std::string_view text, TXmlMisreading::TKind kind) {
-    return kind == TXmlMisreading::TKind::Utf8AsAnsi ? EncodeAnsi(text) : std::string(text);
+    return kind == TXmlMisreading::TKind::Utf8AsAnsi ? MeantAsUtf8(text) : std::string(text);
 }
 
 TXmlRecoding RecodeXml(std::string_view text, std::string_view encoding) {
@@ -696,6 +668,7 @@ TXmlRecoding RecodeXml(std::string_view text, std::string_view encoding) {
     TPositionCounter position(declared);
     TMarkupState state;
     std::size_t stateAt = 0;
+    TXmlMessages unwritable;
     ForEachCharacter(declared, [&](UChar32 c, std::string_view piece) {
         if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) {
             result.Text += piece;
@@ -704,20 +677,25 @@ TXmlRecoding RecodeXml(std::string_view text, std::string_view encoding) {
         const auto at = static_cast<std::size_t>(piece.data() - declared.data());
         for (; stateAt < at; ++stateAt)
             state.Read(std::string_view(declared).substr(stateAt));
-        if (!state.ReferenceAllowed())
-            RaiseAt(
-                std::string_view(declared).substr(0, at),
-                fmt::format("O caractere \"{}\" não existe na codificação {} e não pode ser gravado em um "
-                            "nome, comentário ou seção CDATA. Remova o caractere ou grave em UTF-8.",
-                            piece, encoding));
-        const std::string reference = fmt::format("&#{};", static_cast<std::uint32_t>(c));
         const TXmlPlace place = position.PlaceOf(at);
-        result.Replaced.push_back(TXmlMessage::CreateInfo(
-            fmt::format("O caractere \"{}\" não existe na codificação {} e foi gravado como {}.", piece,
-                        encoding, reference),
-            std::string(piece), place.Line, place.LinePos, place.FilePos));
+        const std::string lacking =
+            fmt::format("O caractere \"{}\"{} não existe na codificação {}", piece, state.Where(), encoding);
+        if (!state.ReferenceAllowed()) {
+            unwritable.push_back(TXmlMessage::CreateError(
+                lacking + " e não pode ser gravado ali. Remova o caractere ou grave em UTF-8.",
+                std::string(piece), place.Line, place.LinePos, place.FilePos));
+            return;
+        }
+        const std::string reference = fmt::format("&#{};", static_cast<std::uint32_t>(c));
+        result.Replaced.push_back(
+            TXmlMessage::CreateInfo(fmt::format("{}; no lugar dele fica {}.", lacking, reference),
+                                    std::string(piece), place.Line, place.LinePos, place.FilePos));
         result.Text += reference;
     });
+    if (!unwritable.empty()) {
+        unwritable.insert(unwritable.end(), result.Replaced.begin(), result.Replaced.end());
+        throw EXmlEncoding(std::move(unwritable));
+    }
     return result;
 }
 

@@ -25,7 +25,8 @@ struct TXmlEncoding {
 enum class TXmlUndecodable {
     Refused,
     /// Read as what they seem to be, with TXmlEncoding::Fault, where that is beyond doubt: as Windows-1252
-    /// where UTF-8 is declared (or nothing) and none of the letters is UTF-8, as either where ASCII is.
+    /// where UTF-8 is declared (or nothing, or a mark says so) and none of the letters is UTF-8, as either
+    /// where ASCII is.
     Guessed
 };
 
@@ -33,11 +34,14 @@ enum class TXmlUndecodable {
 class EXmlEncoding : public std::runtime_error {
   public:
     explicit EXmlEncoding(std::shared_ptr<const TXmlMessage> message);
+    /// Several findings, at least one; the first stands for all where only one is shown.
+    explicit EXmlEncoding(TXmlMessages messages);
     /// The finding with its line, for lists of messages.
-    const std::shared_ptr<const TXmlMessage>& Message() const { return message_; }
+    const std::shared_ptr<const TXmlMessage>& Message() const { return messages_.front(); }
+    const TXmlMessages& Messages() const { return messages_; }
 
   private:
-    std::shared_ptr<const TXmlMessage> message_;
+    TXmlMessages messages_;
 };
 
 /// A decoded file: its text in UTF-8 without byte-order mark, and how it was held.
@@ -60,15 +64,17 @@ TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable = TXmlUndecodab
 /// A file that was read in another encoding than the one in which it was written, or that others may read so.
 struct TXmlMisreading {
     enum class TKind : std::uint8_t {
-        Utf8AsAnsi,            ///< all its letters are UTF-8, the declaration says ISO-8859-1
+        Utf8AsAnsi,            ///< its letters are UTF-8, the declaration says ISO-8859-1
         Guessed,               ///< TXmlEncoding::Fault
         BomAgainstDeclaration, ///< byte-order mark and declaration name two encodings
     };
     TKind Kind;
-    std::string Declared; ///< encoding; empty for none
-    std::string Read;     ///< the first word with such letters, as read
-    std::string Meant;    ///< the same as it was meant
-    TXmlPlace Place;      ///< of its first such letter
+    std::string Declared;      ///< encoding; empty for none
+    std::string Read;          ///< the first word with such letters, as read
+    std::string Meant;         ///< the same as it was meant
+    TXmlPlace Place;           ///< of its first such letter
+    std::string Kept;          ///< the first word that was read as it was meant all the same; empty for none
+    std::int32_t KeptLine = 0; ///< 1-based
 };
 std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEncoding& encoding);
 /// The text that was meant, of a file that was misread.
@@ -88,8 +94,8 @@ struct TXmlRecoding {
     TXmlMessages Replaced; ///< a piece of information a character that became a numeric reference
 };
 /// Prepares a text to be written in UTF-8 or, strictly, ISO-8859-1, without byte-order mark: what that does
-/// not hold (nor has Windows-1252's signs) becomes a numeric reference in text and attribute values;
-/// elsewhere EXmlEncoding is raised.
+/// not hold (nor has Windows-1252's signs) becomes a numeric reference in text and attribute values; where it
+/// stands elsewhere, EXmlEncoding is raised with each of those places, then those of the others.
 TXmlRecoding RecodeXml(std::string_view text, std::string_view encoding);
 
 /// Bytes of a text in Windows-1252, "?" for what it does not hold.

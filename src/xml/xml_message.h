@@ -21,6 +21,7 @@ class TMessageCounts {
   public:
     std::size_t Of(TMessageType type) const { return counts_[static_cast<std::size_t>(type)]; }
     void Add(TMessageType type, std::size_t count = 1) { counts_[static_cast<std::size_t>(type)] += count; }
+    void Remove(TMessageType type) { --counts_[static_cast<std::size_t>(type)]; }
     TMessageCounts& operator+=(const TMessageCounts& other) {
         for (std::size_t i = 0; i < counts_.size(); ++i)
             counts_[i] += other.counts_[i];
@@ -97,6 +98,10 @@ class TXmlMessage {
     const std::shared_ptr<const TValidationIdentity>& SharedRule() const { return origin_.Rule; }
     const std::string& NumeroGuia() const { return origin_.NumeroGuia; }
     const std::string& Campo() const { return origin_.Campo; }
+    /// What tells its guide from the others of the file: its number, or a mark where the message does not
+    /// tell that; empty outside of guides.
+    const std::string& Guide() const { return guide_.empty() ? origin_.NumeroGuia : guide_; }
+    void SetGuide(std::string guide) { guide_ = std::move(guide); }
     /// The text shown to the user: line, guide and field where they are known, a blank, reason.
     std::string Msg() const;
     /// What Msg puts before the reason: "[Linha: 7] [Guia: 123] [Campo: 045]"; empty when nothing is known.
@@ -136,6 +141,7 @@ class TXmlMessage {
     std::int32_t linePos_;
     std::int32_t filePos_;
     TMessageOrigin origin_;
+    std::string guide_;
     std::string item_;
     std::string reason_;
     std::string srcText_;

@@ -1,6 +1,7 @@
 #include "xml/xml_parser.h"
 
 #include "xml/cut_text.h"
+#include "xml/name_likeness.h"
 #include "xml/plain_reader.h"
 #include "xml/tree_maker.h"
 #include "xml/xml_position.h"
@@ -14,6 +15,8 @@
 namespace conferix {
 
 namespace {
+
+constexpr std::string_view kDeclaration = "<?xml";
 
 const char* ErrorText(XML_Error error) {
     switch (error) {
@@ -134,6 +137,9 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
                 "O XML termina sem fechar a tag <{}>, aberta na linha {}; o arquivo pode estar "
                 "incompleto.",
                 CutText(open.QualifiedName()), open.Line());
+        if (ErrorOffset() < kDeclaration.size() + 1 && !text_.starts_with(kDeclaration) &&
+            SameButForCase(text_.substr(0, kDeclaration.size()), kDeclaration))
+            return "A declaração XML deve começar com <?xml em letras minúsculas.";
         if (error == XML_ERROR_INVALID_TOKEN)
             if (std::string special = InvalidTokenText(text_, ErrorOffset()); !special.empty())
                 return special;

@@ -127,13 +127,13 @@ TEST_F(BadInput, ExtremesEndInMessages) {
     };
     for (const std::string& bytes : cases)
         EXPECT_FALSE(Judge(bytes)["valido"].get<bool>()) << bytes.substr(0, 80);
-    // Of many findings the first are listed, and all are counted.
+    // Of many findings the first are listed, with the first of some further causes, and all are counted.
     std::string unknown;
     for (int i = 0; i < 30'000; ++i)
         unknown += "<x" + std::to_string(i) + " xmlns:p" + std::to_string(i) + "='u'/>";
     const nlohmann::json many = Judge(monitoring + unknown + "</mensagemEnvioANS>");
     EXPECT_GE(many["erros"], 30'000);
-    EXPECT_GE(many["naoListadas"], 20'000);
+    EXPECT_GE(many["naoListadas"], 19'000);
     EXPECT_EQ(many["mensagens"].size(), many["erros"].get<std::size_t>() + many["avisos"].get<std::size_t>() -
                                             many["naoListadas"].get<std::size_t>() + 1);
     // One that is known for what it is, so that all rules walk it.

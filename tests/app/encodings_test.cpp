@@ -30,7 +30,12 @@ std::string Latin1(const std::string& utf8) {
 }
 
 std::string Written(const std::string& text, const std::string& encoding) {
-    return encoding == "ISO-8859-1" ? Latin1(text) : (encoding == "UTF-8" ? "" : "\xEF\xBB\xBF") + text;
+    if (encoding.starts_with("BOM "))
+        return "\xEF\xBB\xBF" + Written(text, encoding.substr(4));
+    const std::size_t last = text.rfind('\xC3');
+    if (encoding == "UTF-8 sem a última letra")
+        return text.substr(0, last) + Latin1(text.substr(last, 2)) + text.substr(last + 2);
+    return encoding == "ISO-8859-1" ? Latin1(text) : text;
 }
 
 class Encodings : public TCommandTest {
@@ -97,13 +102,19 @@ TEST_F(Encodings, KeepTheHashOfTextsThatWereMisread) {
 TEST_F(Encodings, ListTheCharactersThatTheyLack) {
     std::string text = Lot("UTF-8");
     text.replace(text.find("CLÍNICA"), 8, "CLÍNICA –");
-    const TCommandResult result = Run({"corrigir", "-", "--codificacao", "ISO-8859-1"}, text);
-    EXPECT_NE(
-        result.Err.find("[Linha: 49] O caractere \"–\" não existe na codificação ISO-8859-1 e foi gravado "
-                        "como &#8211;."),
-        std::string::npos)
-        << result.Err;
+    const std::string told = "[Linha: 49] O caractere \"–\" em <nomeProfExec> não existe na codificação "
+                             "ISO-8859-1; no lugar dele fica &#8211;.";
+    const std::vector<std::string> words = {"corrigir", "-", "--codificacao", "ISO-8859-1"};
+    const TCommandResult result = Run(words, text);
+    EXPECT_NE(result.Err.find(told), std::string::npos) << result.Err;
     EXPECT_NE(result.Out.find(Latin1("CLÍNICA &#8211;")), std::string::npos);
+    // Where no reference can stand, nothing is written, and all of them are told.
+    text.replace(text.rfind("</"), 2, "<!-- → “ --></");
+    const TCommandResult refused = Run(words, text);
+    EXPECT_EQ(refused.Out, "");
+    for (const std::string& place :
+         {told, std::string("\"→\", em um comentário,"), std::string("\"“\", em um")})
+        EXPECT_NE(refused.Err.find(place), std::string::npos) << refused.Err;
 }
 
 } // namespace

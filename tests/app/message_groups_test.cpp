@@ -17,6 +17,8 @@ struct TFound {
     std::int32_t Line;
     std::string Reason;
     bool OfFile = false;
+    std::string Mark = {}; ///< of its guide, where the message does not name it
+    std::string Cause = {};
 };
 
 TXmlMessages MessagesOf(const TSayingRule& rule, const std::vector<TFound>& found) {
@@ -24,9 +26,14 @@ TXmlMessages MessagesOf(const TSayingRule& rule, const std::vector<TFound>& foun
     for (const TFound& one : found)
         if (one.OfFile)
             messages.push_back(TXmlMessage::CreateWarn(one.Reason));
-        else
-            messages.push_back(TLoteGuiasValidationMessage::CreateError(&rule, one.Guia, one.Reason, "",
-                                                                        one.Line, 1, one.Line));
+        else {
+            const auto message = TLoteGuiasValidationMessage::CreateError(&rule, one.Guia, one.Reason, "",
+                                                                          one.Line, 1, one.Line);
+            message->SetGuide(one.Mark);
+            message->SetCause(one.Cause);
+            message->SetGroupKey(std::hash<std::string>()(one.Cause) * (one.Cause.empty() ? 0 : 1));
+            messages.push_back(message);
+        }
     return messages;
 }
 
@@ -59,6 +66,14 @@ TEST(MessageGroups, TellOneCauseOnce) {
               (TTold{"codificação", "3 guias, 5 vezes: z (linhas 10, 11, 12 e mais 1)",
                      "2 guias: y (linhas 4 e 6)", "2 guias: x (linhas 8 e 9)", "[Linha: 3] [Guia: 1] só"}));
     EXPECT_EQ(Told({{"7", 1, "w"}, {"7", 2, "w"}}), (TTold{"[Guia: 7] 2 vezes: w (linhas 1 e 2)"}));
+    // Guides that the messages do not name.
+    EXPECT_EQ(Told({{"", 1, "w", false, "@1"}, {"", 2, "w", false, "@2"}, {"", 3, "w", false, "@2"}}),
+              (TTold{"2 guias, 3 vezes: w (linhas 1, 2 e 3)"}));
+    EXPECT_EQ(Told({{"", 1, "w", false, "@1"}, {"", 2, "w", false, "@1"}}),
+              (TTold{"2 vezes: w (linhas 1 e 2)"}));
+    // One cause in several places.
+    EXPECT_EQ(Told({{"1", 1, "x antes de a", false, "", "x"}, {"2", 2, "x antes de b", false, "", "x"}}),
+              (TTold{"2 guias: x antes de a (linhas 1 e 2; o lugar varia)"}));
 }
 
 TEST(MessageGroups, LookThroughAmountsAndDatesButNotCodes) {

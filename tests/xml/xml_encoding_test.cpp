@@ -1,5 +1,7 @@
 #include "xml/xml_encoding.h"
 
+#include "platform/utf8.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -93,10 +95,21 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
         }
     }
     // Letters of one encoding or the other, not all of either: nothing is guessed.
-    for (const char* mixed : {"<a>Concei\xE7\xE3o ção</a>", "<a>\x81</a>", "\xEF\xBB\xBF<a>\xE9</a>"})
+    for (const char* mixed : {"<a>Concei\xE7\xE3o ção</a>", "<a>\x81</a>", "\xEF\xBB\xBF<a>\xE9 ção</a>"})
         EXPECT_THROW(DecodeXml(mixed, TXmlUndecodable::Guessed), EXmlEncoding) << mixed;
-    for (const char* sound : {"Conceição \xE3", "\xC3\xA3α", "Concei\xE7\xE3o"})
+    for (const char* sound : {"Conceição \xE3", "\xC3\xA3α", "Concei\xE7\xE3o", "é é \xE7", "Č"})
         EXPECT_FALSE(FindMisreading(DecodeXml(head + sound).Text, {"windows-1252", false, nullptr})) << sound;
+    // Most letters decide; what is no UTF-8 is kept as it reads.
+    for (const auto& [written, meant] : {std::pair{"é é ã Fran\xE7ois", "é é ã François"},
+                                         {"Č é \x81", "Č é \xC2\x81"},
+                                         {"é à \xE7ã é", "é à çã é"},
+                                         {"é – 😀", "é – 😀"}}) {
+        const std::string text = DecodeXml(head + written + " á ó ú").Text;
+        const auto misreading = FindMisreading(text, {"windows-1252", false, nullptr});
+        ASSERT_TRUE(misreading) << meant;
+        EXPECT_EQ(MeantText(text, misreading->Kind), head + meant + " á ó ú");
+        EXPECT_EQ(misreading->Kept.empty(), FindMalformedUtf8(written) == std::string_view(written).size());
+    }
     EXPECT_EQ(EncodeXml("<?xml version='1.0' encoding='US-ASCII'?><a>é</a>", {}),
               "<?xml version='1.0' encoding='US-ASCII'?><a>&#233;</a>");
     // What would be read as something else is not written.

@@ -3,6 +3,7 @@
 #include "app/cli/commands.h"
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
+#include "app/message_groups.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
@@ -486,6 +487,10 @@ int RunOnFile(const TCliContext& context, const std::string& fileName, const TFi
     }
     try {
         return action(*file);
+    } catch (const EXmlEncoding& error) {
+        for (const TMessageGroup& group : GroupMessages(error.Messages()))
+            context.Error(fmt::format("{}: {}", fileName, GroupText(error.Messages(), group)));
+        return kExitUnreadable;
     } catch (const EXmlNotParsed& error) {
         return fail(kExitInvalid, error.what());
     } catch (const ETissException& error) {

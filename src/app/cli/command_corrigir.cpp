@@ -3,10 +3,12 @@
 #include "app/cli/message_json.h"
 #include "app/correction_policy.h"
 #include "app/execute_solver.h"
+#include "app/message_groups.h"
 #include "app/structure_repair.h"
 #include "app/unified_diff.h"
 #include "platform/platform.h"
 #include "validation/signature.h"
+#include "validation/structure_solver.h"
 #include "xml/cut_text.h"
 #include "xml/lower_case.h"
 
@@ -65,6 +67,8 @@ std::filesystem::path NameWithHash(const std::filesystem::path& name, const std:
     return PathFromText(stem + PathText(name.extension()));
 }
 
+constexpr const char* kOfStructure = "da estrutura, que só --estrutura faz";
+
 /// Corrects one file.
 class TCorrection {
   public:
@@ -82,6 +86,8 @@ class TCorrection {
         if (options_.Todas) {
             TCorrectionResult all = CorrectAll(*controller_, result.Xml, enabled, ChoiceOf(options_));
             result = Joined(std::move(result), std::move(all));
+            if (!options_.Estrutura)
+                LeaveStructure(result);
         } else if (!options_.Estrutura) {
             controller_->Validate(text, enabled);
         }
@@ -116,6 +122,18 @@ class TCorrection {
         return first;
     }
 
+    /// Lists the corrections of the structure that only --estrutura makes.
+    void LeaveStructure(TCorrectionResult& result) const {
+        for (const auto& message : Result().ValidationMessages)
+            for (const auto& solver : message->Solvers())
+                if (const auto* repair = dynamic_cast<const TStructureSolver*>(solver.get());
+                    repair != nullptr && !repair->WithLoss()) {
+                    result.LeftOut.push_back(RecordOf(message, *repair));
+                    result.LeftOut.back().Reason = kOfStructure;
+                    break;
+                }
+    }
+
     int Status() const { return StatusOf(Result()); }
 
     /// The text as it is to be written in the encoding that the user asked for, which the controller then
@@ -126,8 +144,8 @@ class TCorrection {
         const auto misreading = FindMisreading(*before.Text(), before.Encoding());
         TXmlRecoding recoding = RecodeXml(
             misreading ? MeantText(*before.Text(), misreading->Kind) : *before.Text(), options_.Codificacao);
-        for (const auto& replaced : recoding.Replaced)
-            context_.Streams.Err << fmt::format("  {}\n", Visible(replaced->Msg()));
+        for (const TMessageGroup& group : GroupMessages(recoding.Replaced))
+            context_.Streams.Err << fmt::format("  {}\n", Visible(GroupText(recoding.Replaced, group)));
         controller_->SetEncoding(EncodingToWrite(recoding.Text, {}));
         return std::make_shared<const std::string>(std::move(recoding.Text));
     }
@@ -191,14 +209,16 @@ class TCorrection {
         ExecuteSolver(*controller_, messages, message.Id(), enabled,
                       {ChoiceOf(options_), [&](const TCorrectionRecord& record, const auto& xml) {
                            result.Xml = xml;
-                           if (*xml != *text || controller_->Encoding().Name != encoding.Name)
+                           if (*xml != *text || controller_->Encoding().Name != encoding.Name ||
+                               encoding.Fault != nullptr)
                                result.Applied.push_back(record);
                        }});
         return result;
     }
 
     std::string Difference(const std::string& before, const std::string& after) const {
-        return UnifiedDiff(before, after, Visible(options_.Arquivo), Visible(options_.Arquivo) + " (corrigido)");
+        return UnifiedDiff(before, after, Visible(options_.Arquivo),
+                           Visible(options_.Arquivo) + " (corrigido)");
     }
     /// The difference of the texts, the corrected one as it will be read.
     std::string TextDifference(const TTissFile& before, const TTissFile& after) const {
@@ -318,13 +338,20 @@ class TCorrection {
                                                       : fmt::format("<{}>: {} -> {}", Visible(record.Element),
                                                                     Visible(CutText(record.Before)),
                                                                     Visible(CutText(record.After))));
+        std::size_t ofStructure = 0;
         for (const TCorrectionRecord& record : result.LeftOut)
-            out << fmt::format("  não corrigido: {}{}: {}.\n", PlaceOf(record),
-                               record.Element.empty()
-                                   ? IndentLines(record.Description, 2)
-                                   : fmt::format("<{}> continua {}", Visible(record.Element),
-                                                 Visible(CutText(record.Before))),
-                               Visible(record.Reason));
+            if (record.Reason == kOfStructure)
+                ++ofStructure;
+            else
+                out << fmt::format("  não corrigido: {}{}: {}.\n", PlaceOf(record),
+                                   record.Element.empty()
+                                       ? IndentLines(record.Description, 2)
+                                       : fmt::format("<{}> continua {}", Visible(record.Element),
+                                                     Visible(CutText(record.Before))),
+                                   Visible(record.Reason));
+        if (ofStructure != 0)
+            out << fmt::format("  não feitas: {} {}.\n", Counted(ofStructure, "correção", "correções"),
+                               kOfStructure);
     }
 
     static std::string PlaceOf(const TCorrectionRecord& record) {

@@ -180,7 +180,7 @@ class TReporter {
     std::string Json(const TValidateArgs& result, const std::string& versao, const TXmlMessages& listed,
                      const std::unordered_set<const TXmlMessage*>& shown) const {
         std::vector<std::size_t> groupOf(listed.size());
-        const std::vector<TMessageGroup> groups = GroupMessages(listed);
+        const std::vector<TMessageGroup> groups = GroupMessages(listed, result.Unlisted);
         for (std::size_t number = 0; number < groups.size(); ++number)
             for (const std::size_t index : groups[number].Messages)
                 groupOf[index] = number + 1;
@@ -226,13 +226,12 @@ class TReporter {
         const std::size_t errors = result.Counts.Failures();
         const std::size_t warnings = result.Counts.Warnings();
         const std::vector<TMessageGroup> groups =
-            detalhar_ ? Ungrouped(listed.size()) : GroupMessages(listed);
+            detalhar_ ? Ungrouped(listed.size()) : GroupMessages(listed, result.Unlisted);
         for (const TMessageGroup& group : groups) {
             const TXmlMessage& first = *listed[group.Messages.front()];
-            text += fmt::format("  {}: {}{}\n",
-                                palette_.Severity(first.MsgType(), SeverityLabel(first.MsgType())),
-                                IndentLines(GroupText(listed, group), 4),
-                                palette_.Dim(Origin(first, group.Messages.size() == 1)));
+            text += fmt::format(
+                "  {}: {}{}\n", palette_.Severity(first.MsgType(), SeverityLabel(first.MsgType())),
+                IndentLines(GroupText(listed, group), 4), palette_.Dim(Origin(first, group.Count == 1)));
             text += Corrections(listed, group);
         }
         if (groups.size() < listed.size())
@@ -252,8 +251,10 @@ class TReporter {
 
     static std::vector<TMessageGroup> Ungrouped(std::size_t count) {
         std::vector<TMessageGroup> groups(count);
-        for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i) {
             groups[i].Messages = {i};
+            groups[i].Count = 1;
+        }
         return groups;
     }
 

@@ -31,7 +31,6 @@ std::uint64_t TSchemaFault::GroupKey() const {
     std::string key = std::to_string(static_cast<int>(Code));
     for (const std::string_view part :
          {std::string_view(Name), Type != nullptr ? std::string_view{} : std::string_view(Parent),
-          std::string_view(Before),
           Code == TSchemaFaultCode::SpaceAround ? std::string_view{} : std::string_view(Bound),
           byValue ? std::string_view(Found) : std::string_view{}})
         key.append(1, '\n').append(part);
@@ -46,7 +45,7 @@ TSchemaFault& TSchemaFaultList::Add(TSchemaFault fault) {
         if (latest_.front().FilePos < firstLeftOut_)
             earlier_.push_back(std::move(latest_.front()));
         else
-            ++further_;
+            LeaveOut(std::move(latest_.front()));
         latest_.pop_front();
         if (earlier_.size() / 2 > limit_)
             KeepFirst();
@@ -63,15 +62,32 @@ void TSchemaFaultList::KeepFirst() {
     if (earlier_.size() <= limit_)
         return;
     firstLeftOut_ = earlier_[limit_].FilePos;
-    further_ += earlier_.size() - limit_;
+    for (std::size_t i = limit_; i < earlier_.size(); ++i)
+        LeaveOut(std::move(earlier_[i]));
     earlier_.resize(limit_);
 }
 
-std::pair<std::vector<TSchemaFault>, std::size_t> TSchemaFaultList::Take() {
+void TSchemaFaultList::LeaveOut(TSchemaFault fault) {
+    const auto [entry, added] = further_.try_emplace(fault.GroupKey());
+    TSchemaFurther& further = entry->second;
+    further.Nodes.push_back(fault.Node);
+    if (!added) {
+        further.SameValue = further.SameValue && fault.Found == further.First.Found;
+        further.SamePlace = further.SamePlace && fault.Before == further.First.Before;
+        if (fault.FilePos >= further.First.FilePos)
+            return;
+    }
+    further.First = std::move(fault);
+}
+
+std::pair<std::vector<TSchemaFault>, std::vector<TSchemaFurther>> TSchemaFaultList::Take() {
     std::move(latest_.begin(), latest_.end(), std::back_inserter(earlier_));
     latest_.clear();
     KeepFirst();
-    return {std::move(earlier_), further_};
+    std::vector<TSchemaFurther> further;
+    for (auto& [key, faults] : further_)
+        further.push_back(std::move(faults));
+    return {std::move(earlier_), std::move(further)};
 }
 
 } // namespace conferix

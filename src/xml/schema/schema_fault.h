@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <limits>
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -76,7 +77,7 @@ enum class TSchemaRemedy : std::uint8_t {
     MoveInto, ///< it goes into another element
     MoveOut,  ///< it goes to its parent's parent
     Unwrap,   ///< its children take its place
-    Remove    ///< it is empty and may be absent
+    Remove    ///< it, or the element around it, is empty and may be absent
 };
 
 /// One fault of a document. Names are local names. Which of the fields are filled depends on the code;
@@ -102,8 +103,10 @@ struct TSchemaFault {
     /// The content in which the node has to find its place, as long as the schema set; null to leave it
     /// there.
     const TSchemaComplexType* Content = nullptr;
-    const TXmlNode* Other = nullptr;         ///< the element into which, or of which, it has to go
+    /// The element into which, or of which, it has to go; the empty one around it that can go instead of it.
+    const TXmlNode* Other = nullptr;
     const TSchemaSimpleType* Type = nullptr; ///< of a value, as long as the schema set
+    bool Optional = false;                   ///< of an empty element: it may be absent
 
     /// The piece of XML or the value that the fault is about, trimmed and short. The document must live.
     std::string SrcText() const;
@@ -112,8 +115,16 @@ struct TSchemaFault {
     std::uint64_t GroupKey() const;
 };
 
+/// The faults of one cause that are not kept.
+struct TSchemaFurther {
+    TSchemaFault First;                 ///< the first of the document
+    std::vector<const TXmlNode*> Nodes; ///< of all of them
+    bool SameValue = true;              ///< false where they differ in the value found
+    bool SamePlace = true;              ///< false where they differ in the element before which they belong
+};
+
 /// The faults of a document as they are found, which is nearly in the order of their places. Of more than are
-/// asked for, the first of the document stay and the others are counted.
+/// asked for, the first of the document stay and of the others the cause and the place.
 class TSchemaFaultList {
   public:
     static constexpr std::size_t kAll = static_cast<std::size_t>(-1);
@@ -125,18 +136,19 @@ class TSchemaFaultList {
     /// The latest faults, as many as are asked for, in the order in which they were found; one that is better
     /// explained by another may be taken out again.
     std::deque<TSchemaFault>& Latest() { return latest_; }
-    /// The first faults in the order of their places, and how many more there were.
-    std::pair<std::vector<TSchemaFault>, std::size_t> Take();
+    /// The first faults in the order of their places, and those that there were beside them.
+    std::pair<std::vector<TSchemaFault>, std::vector<TSchemaFurther>> Take();
 
   private:
     void KeepFirst();
+    void LeaveOut(TSchemaFault fault);
 
     std::size_t limit_;
     std::deque<TSchemaFault> latest_;
     std::vector<TSchemaFault> earlier_; ///< the first ones among those before the latest
     std::int32_t firstLeftOut_ =
-        std::numeric_limits<std::int32_t>::max(); ///< place from which on none is kept
-    std::size_t further_ = 0;
+        std::numeric_limits<std::int32_t>::max();     ///< place from which on none is kept
+    std::map<std::uint64_t, TSchemaFurther> further_; ///< by cause
 };
 
 } // namespace conferix

@@ -271,7 +271,7 @@ std::string EmptyValue(const TSchemaFault& fault) {
     if (fault.Attribute != nullptr)
         return "Preencha o atributo " + Quote(fault.Name) + " de " + Tag(fault.Parent) +
                (hint.empty() ? "" : " (" + hint + ")") + ".";
-    if (fault.Remedy == TSchemaRemedy::Remove)
+    if (fault.Optional)
         return "Preencha " + Tag(fault.Name) + (hint.empty() ? "" : " (" + hint + ")") +
                " ou remova o elemento: não é obrigatório.";
     return "Preencha " + Tag(fault.Name) + ": é obrigatório" + (hint.empty() ? "" : ", " + hint) + ".";

@@ -70,8 +70,8 @@ TIdentifier IdentifierOf(std::string_view name) {
 }
 
 bool IsGuess(TSchemaMisnaming misnaming) {
-    return misnaming == TSchemaMisnaming::Spelling || misnaming == TSchemaMisnaming::SameThing ||
-           misnaming == TSchemaMisnaming::Renamed;
+    return misnaming == TSchemaMisnaming::Spelling || misnaming == TSchemaMisnaming::Content ||
+           misnaming == TSchemaMisnaming::SameThing || misnaming == TSchemaMisnaming::Renamed;
 }
 
 /// The type of an element with child elements, else null.
@@ -102,6 +102,17 @@ bool Resembles(const TSchemaElement& element, const TXmlNode& node) {
             return position.Element != nullptr && position.Element->Name == child.LocalName();
         });
     });
+}
+
+/// True when a container knows every child of an element, which has at least one.
+bool KnowsContentOf(const TSchemaElement& element, const TXmlNode& node) {
+    const TSchemaComplexType* type = ContainerType(&element);
+    return type != nullptr && node.FirstChildTag() != nullptr &&
+           std::ranges::all_of(node.ChildTags(), [type](const TXmlNode& child) {
+               return std::ranges::any_of(type->Automaton.Positions, [&child](const TSchemaPosition& p) {
+                   return p.Element != nullptr && p.Element->Name == child.LocalName();
+               });
+           });
 }
 
 /// The content to be explained: that of an element, or what should stand in an element that is missing.
@@ -437,6 +448,10 @@ class TContentRecovery {
                 taken = TakeIntoSibling(i) ? 1 : 0;
             if (taken == 0)
                 taken = TakeIntoWrapper(i, TWrapping::Possible);
+            if (taken == 0)
+                taken = TakeIntoWrapper(i, TWrapping::Missing, true);
+            if (taken == 0)
+                taken = TakeIntoWrapper(i, TWrapping::Whole, true);
             i += std::max<std::size_t>(1, taken);
         }
     }
@@ -448,6 +463,19 @@ class TContentRecovery {
                items_[first + count].Count == 1 &&
                PositionOf(type, children_[items_[first + count].First].Name.Symbol) != nullptr)
             ++count;
+        return count;
+    }
+
+    /// The same of what one of its children knows; `whole`: only where that is the content of it, or of
+    /// several.
+    std::size_t RunKnownBelow(const TSchemaComplexType& type, std::size_t first, bool whole) const {
+        std::size_t count = 0;
+        for (const TSchemaPosition& position : type.Automaton.Positions) {
+            const TSchemaComplexType* inner = ContainerType(position.Element);
+            const std::size_t run = inner != nullptr ? RunKnownTo(*inner, first) : 0;
+            if (!whole || (run > 1 && IsContent(*inner, position.Max > 1, first, run)))
+                count = std::max(count, run);
+        }
         return count;
     }
 
@@ -489,34 +517,39 @@ class TContentRecovery {
 
     /// Which elements are looked for around some children.
     enum class TWrapping : std::uint8_t {
-        Missing, ///< that have to be here
-        Whole,   ///< that may be here, and of which the children are the content, several at least
-        Possible ///< that may be here
+        Missing,  ///< that have to be here
+        Whole,    ///< that may be here, and of which the children are the content, several at least
+        Possible, ///< that may be here
     };
 
     /// True when the children of some items are the content of an element, or of several where it can repeat.
-    bool IsContent(std::uint32_t wrapper, std::size_t first, std::size_t count) {
-        const TSchemaAutomaton& automaton = ContainerType(automaton_.Positions[wrapper].Element)->Automaton;
+    bool IsContent(const TSchemaComplexType& wrapper, bool repeats, std::size_t first,
+                   std::size_t count) const {
+        const TSchemaAutomaton& automaton = wrapper.Automaton;
         std::optional<std::uint32_t> state = 0;
         for (std::size_t i = first; i < first + count && state; ++i) {
             const std::string_view name = NodeOf(items_[i]).LocalName();
             const auto next = automaton.After(*state, name);
-            const bool again = !next && automaton.Accepting[*state] != 0 && Repeats(wrapper);
+            const bool again = !next && automaton.Accepting[*state] != 0 && repeats;
             state = again ? automaton.After(0, name) : next;
         }
         return state && automaton.Accepting[*state] != 0;
     }
 
     /// Looks for an element of which the children stand here without it; answers how many items it takes.
-    std::size_t TakeIntoWrapper(std::size_t first, TWrapping wrapping) {
+    /// `twice`: for one in which the element around the children is missing too.
+    std::size_t TakeIntoWrapper(std::size_t first, TWrapping wrapping, bool twice = false) {
         TMissing* missing = nullptr;
         std::uint32_t wrapper = kNone;
         std::size_t count = 0;
         bool sure = false;
         const auto consider = [&](std::uint32_t p, TMissing* entry) {
             const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
-            const std::size_t run = type != nullptr ? RunKnownTo(*type, first) : 0;
-            if (wrapping == TWrapping::Whole && (run < 2 || !IsContent(p, first, run)))
+            const bool whole = wrapping == TWrapping::Whole;
+            const std::size_t run = type == nullptr ? 0
+                                    : twice         ? RunKnownBelow(*type, first, whole)
+                                                    : RunKnownTo(*type, first);
+            if (whole && !twice && (run < 2 || !IsContent(*type, Repeats(p), first, run)))
                 return;
             sure = sure && (run < count || p == wrapper);
             if (run <= count || (entry == nullptr && run < 2 && !IsOnlyWrapperOf(p, first)))
@@ -725,8 +758,8 @@ class TContentRecovery {
             fault.Bound = elsewhere ? owner_.Set().NamespaceUri(element.Namespace) : element.Name;
             if (elsewhere)
                 fault.Found = NamespaceOf(node);
-            if (item.Misnaming == TSchemaMisnaming::Spelling ||
-                item.Misnaming == TSchemaMisnaming::SameThing || NamesOf(item.Candidates).size() != 1)
+            if (item.Misnaming == TSchemaMisnaming::Spelling || item.Misnaming == TSchemaMisnaming::Content ||
+                NamesOf(item.Candidates).size() != 1)
                 continue;
             fault.Remedy = TSchemaRemedy::Rename;
             if (item.Position == kNone && !content_.Missing && HasOnePlace(item))
@@ -741,6 +774,7 @@ class TContentRecovery {
         case TSchemaMisnaming::Case:
             return TSchemaFaultCode::WrongCase;
         case TSchemaMisnaming::Spelling:
+        case TSchemaMisnaming::Content:
             return TSchemaFaultCode::Misspelled;
         default:
             return TSchemaFaultCode::RenamedElement;
@@ -1132,6 +1166,17 @@ TSchemaMeaning TSchemaRecovery::FindMeaning(const TSchemaAutomaton& automaton, c
     if (identifier != TIdentifier::None &&
         collect(TSchemaMisnaming::SameThing, [&](const TSchemaElement& element) {
             return IdentifierOf(element.Name) == identifier && Resembles(element, *child.Node);
+        }))
+        return meaning;
+    meaning.Positions.clear();
+    if (std::ranges::none_of(automaton.Positions, holdsIt) &&
+        collect(TSchemaMisnaming::Content,
+                [&](const TSchemaElement& element) {
+                    return KnowsContentOf(element, *child.Node) && relation(element) != TRelation::Distinct;
+                }) &&
+        std::ranges::all_of(meaning.Positions, [&](std::uint32_t position) {
+            return automaton.Positions[position].Element->Name ==
+                   automaton.Positions[meaning.Positions.front()].Element->Name;
         }))
         return meaning;
     return {};

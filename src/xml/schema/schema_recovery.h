@@ -51,6 +51,7 @@ enum class TSchemaMisnaming : std::uint8_t {
     Namespace,
     Case,
     Spelling,  ///< a guess, like those that follow
+    Content,   ///< all that is in it is known to one of the elements expected
     SameThing, ///< another name for what the content model has under its own, as a CNPJ
     Renamed
 };

@@ -32,6 +32,8 @@ struct TFrame {
     std::uint32_t ChildIndex = 0;             ///< of the next child element
     bool Explained = false;       ///< its content does not fit; decisions_ tells how children are judged
     bool ContentReported = false; ///< content where none may stand was reported
+    std::optional<bool>
+        HoldsNothing; ///< no value and no attribute, down to the last element; unknown at first
     /// A namespace in which the element stands by mistake, so that its children may too.
     std::optional<std::uint32_t> Forgiven;
     std::optional<TSchemaScopes::TMark> Mark;
@@ -60,7 +62,7 @@ class TValidation {
         while (!frames_.empty())
             Advance();
         auto [faults, further] = faults_.Take();
-        return {std::move(faults), further};
+        return {std::move(faults), std::move(further)};
     }
 
   private:
@@ -292,6 +294,38 @@ class TValidation {
     static bool IsMissing(TSchemaFaultCode code) {
         return code == TSchemaFaultCode::MissingElement || code == TSchemaFaultCode::MissingSeveral ||
                code == TSchemaFaultCode::MissingChoice;
+    }
+
+    /// The outermost element around the one that is being judged that holds nothing and may be absent, but
+    /// not be empty; null for none. What is in it would otherwise go one by one, up to what it has to have.
+    const TXmlNode* EmptyGroup() {
+        const TXmlNode* group = nullptr;
+        std::size_t explained = decisions_.size();
+        for (std::size_t i = frames_.size() - 1; i > 0; --i) {
+            TFrame& frame = frames_[i];
+            if (!frame.HoldsNothing.has_value())
+                frame.HoldsNothing = HoldsNothing(*frame.Node);
+            if (!*frame.HoldsNothing || frame.Type == nullptr || MayBeEmpty(frame))
+                break;
+            explained -= frame.Explained ? 1 : 0;
+            if (CanGo(frames_[i - 1], explained) && !MayLackSibling(frame, frames_[i - 1]))
+                group = frame.Node;
+        }
+        return group;
+    }
+
+    static bool MayBeEmpty(const TFrame& frame) {
+        const TSchemaAutomaton& automaton = frame.Type->Automaton;
+        return automaton.IsAll ? std::ranges::none_of(automaton.Positions, &TSchemaPosition::Required)
+                               : automaton.Accepting[0] != 0;
+    }
+
+    static bool HoldsNothing(const TXmlNode& element) {
+        for (const TXmlNode* at = &element; at != nullptr; at = at->NextInWalk(&element))
+            if (at->IsTag() ? !at->Attributes().empty() || !IsBlank(at->Value())
+                            : at->Kind() != TXmlNodeKind::xnText || !IsBlank(at->Value()))
+                return false;
+        return true;
     }
 
     /// True when a frame's content is right without the child that is being judged, which holds nothing.
@@ -576,9 +610,12 @@ class TValidation {
         TSchemaFault& fault = Add(found.Code, node, attribute);
         fault.Found = raw;
         fault.Type = &type;
-        if (IsBlank(raw) && attribute == nullptr && node.Attributes().empty() && !frames_.empty() &&
-            CanGo(frames_.back(), decisions_.size()))
-            fault.Remedy = TSchemaRemedy::Remove;
+        if (IsBlank(raw) && attribute == nullptr && node.Attributes().empty() && !frames_.empty()) {
+            fault.Optional = CanGo(frames_.back(), decisions_.size());
+            fault.Other = EmptyGroup();
+            if (fault.Optional || fault.Other != nullptr)
+                fault.Remedy = TSchemaRemedy::Remove;
+        }
         fault.Bound = found.Bound;
         fault.Count = found.Count;
         fault.Limit = found.Limit;

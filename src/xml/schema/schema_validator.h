@@ -11,8 +11,8 @@ namespace conferix {
 
 /// The faults of a document.
 struct TSchemaVerdict {
-    std::vector<TSchemaFault> Faults; ///< in document order
-    std::size_t Further = 0;          ///< number of those after them, which were not kept
+    std::vector<TSchemaFault> Faults;    ///< in document order
+    std::vector<TSchemaFurther> Further; ///< those after them, which were not kept, by cause
 };
 
 /// Judges documents by a schema set. Holds no state of a document, so that one validator may serve several
