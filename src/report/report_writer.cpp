@@ -1,5 +1,6 @@
 #include "report/report_writer.h"
 
+#include "report/html_report.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
 
@@ -23,6 +24,8 @@ std::unique_ptr<IReportWriter> NewReportWriter(std::string_view formato, const T
         return std::make_unique<TJsonReport>(options);
     if (formato == "ndjson")
         return std::make_unique<TNdjsonReport>(options);
+    if (formato == "html")
+        return std::make_unique<THtmlReport>(options);
     return nullptr;
 }
 

@@ -61,7 +61,7 @@ class IReportWriter {
     virtual void End(std::ostream&, const TReportTotals&) {}
 };
 
-/// The writer of a format: texto, json or ndjson; null for any other.
+/// The writer of a format: texto, json, ndjson or html; null for any other.
 std::unique_ptr<IReportWriter> NewReportWriter(std::string_view formato, const TReportOptions& options);
 
 /// The messages that a report lists of a file.

@@ -1,13 +1,13 @@
 #include "app/cli/cli.h"
 
 #include "app/cli/commands.h"
-#include "report/console.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
 #include "model/tiss_exceptions.h"
 #include "platform/file_memory.h"
 #include "platform/platform.h"
+#include "report/console.h"
 #include "schema_model/built_in_folders.h"
 
 #include <CLI/CLI.hpp>
@@ -75,7 +75,8 @@ class TCommandLine {
         Translate(app_);
         app_.require_subcommand(1);
         app_.fallthrough();
-        app_.add_option("--formato", context_.Formato, "texto, json, ndjson (validar) ou markdown (regras)")
+        app_.add_option("--formato", context_.Formato,
+                        "texto ou json; de validar também ndjson ou html; de regras, markdown")
             ->option_text("FORMATO");
         app_.add_option("--esquemas", context_.Esquemas, "Pasta dos schemas XSD")
             ->option_text("PASTA")
@@ -123,7 +124,7 @@ class TCommandLine {
     const TCliContext& Context() const { return context_; }
 
   private:
-    void RequireFormat(std::initializer_list<std::string_view> allowed) const {
+    void RequireFormat(const std::vector<std::string_view>& allowed) const {
         for (const std::string_view format : allowed)
             if (context_.Formato == format)
                 return;
@@ -131,14 +132,14 @@ class TCommandLine {
                                  fmt::join(allowed, " ou ")));
     }
 
-    /// Sets what a command runs; all take text and JSON, some a further format.
-    void OnParsed(CLI::App* command, std::string_view furtherFormat, std::function<int()> run) {
-        command->parse_complete_callback([this, furtherFormat, run = std::move(run)] {
-            run_ = [this, furtherFormat, run] {
-                if (furtherFormat.empty())
-                    RequireFormat({"texto", "json"});
-                else
-                    RequireFormat({"texto", "json", furtherFormat});
+    /// Sets what a command runs; all take text and JSON, some further formats.
+    void OnParsed(CLI::App* command, const std::vector<std::string_view>& furtherFormats,
+                  std::function<int()> run) {
+        std::vector<std::string_view> formats = {"texto", "json"};
+        formats.insert(formats.end(), furtherFormats.begin(), furtherFormats.end());
+        command->parse_complete_callback([this, formats = std::move(formats), run = std::move(run)] {
+            run_ = [this, formats, run] {
+                RequireFormat(formats);
                 return run();
             };
         });
@@ -175,7 +176,7 @@ class TCommandLine {
                          "Arquivos validados ao mesmo tempo; se omitido, um por processador")
             ->option_text("N")
             ->check(CLI::Range(1, 256));
-        OnParsed(command, "ndjson", [this] { return RunValidar(context_, validar_); });
+        OnParsed(command, {"ndjson", "html"}, [this] { return RunValidar(context_, validar_); });
     }
 
     void AddSingleFile(const std::string& name, const std::string& description,
@@ -251,7 +252,7 @@ class TCommandLine {
         command->add_flag("--padrao", regras_.Padrao, "Volta a todas as regras ativas");
         for (const char* change : {"--ativar", "--desativar", "--padrao"})
             explicar->excludes(command->get_option(change));
-        OnParsed(command, "markdown", [this] { return RunRegras(context_, regras_); });
+        OnParsed(command, {"markdown"}, [this] { return RunRegras(context_, regras_); });
     }
 
     /// An option that takes several names, one after the other or with commas.
