@@ -12,8 +12,9 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
+#include <iterator>
 #include <numeric>
+#include <unordered_map>
 #include <utility>
 
 namespace conferix {
@@ -61,14 +62,8 @@ class THtmlFile {
         Verdict();
         Facts();
         Counts();
-        Section("O arquivo como um todo",
-                [](const TXmlMessage&, const TMessageGroup& group) { return group.Guides == 0; });
-        Section("Em várias guias",
-                [](const TXmlMessage&, const TMessageGroup& group) { return group.Guides > 1; });
-        for (const std::string& guide : GuidesAlone())
-            Section("Guia " + HtmlText(guide), [&](const TXmlMessage& first, const TMessageGroup& group) {
-                return group.Guides == 1 && first.NumeroGuia() == guide;
-            });
+        for (const TSection& section : Sections())
+            Write(section);
         Successes();
         if (leftOut_ != 0)
             html_ +=
@@ -134,46 +129,60 @@ class THtmlFile {
         html_ += "</tbody></table>\n";
     }
 
-    /// What concerns the file, though it is said at the first place that met it.
+    /// What concerns the run as a whole, though it is said at the first place that met it.
     static bool IsOfRun(const TXmlMessage& message) { return message.Kind() == TFindingKind::Run; }
+    static bool IsOfFile(const TXmlMessage& first, const TMessageGroup& group) {
+        return IsOfRun(first) || (group.Guides <= 1 && first.NumeroGuia().empty());
+    }
     static bool IsSuccess(const TXmlMessage& message) { return message.MsgType() == TMessageType::mtSuccess; }
 
-    /// Guides that have findings of their own, in the order of those.
-    std::vector<std::string> GuidesAlone() const {
-        std::vector<std::pair<std::int32_t, std::string>> guides;
-        std::set<std::string_view> known;
-        for (const TMessageGroup& group : groups_)
-            if (const TXmlMessage& first = First(group); group.Guides == 1 && !IsSuccess(first) &&
-                                                         !IsOfRun(first) &&
-                                                         known.insert(first.NumeroGuia()).second)
-                guides.emplace_back(first.Line(), first.NumeroGuia());
-        std::ranges::stable_sort(guides, {}, &std::pair<std::int32_t, std::string>::first);
-        std::vector<std::string> names;
-        for (auto& [line, name] : guides)
-            names.push_back(std::move(name));
-        return names;
+    /// Findings under one heading.
+    struct TSection {
+        std::string Title;
+        std::vector<const TMessageGroup*> Groups;
+    };
+
+    /// The file as a whole, what several guides share, then the guides in the order of their first findings.
+    std::vector<TSection> Sections() const {
+        TSection ofFile{"O arquivo como um todo", {}};
+        TSection ofSeveral{"Em várias guias", {}};
+        std::vector<TSection> ofGuides;
+        std::unordered_map<std::string_view, std::size_t> byNumber;
+        for (const TMessageGroup& group : groups_) {
+            const TXmlMessage& first = First(group);
+            if (IsSuccess(first))
+                continue;
+            if (IsOfFile(first, group)) {
+                ofFile.Groups.push_back(&group);
+            } else if (group.Guides > 1) {
+                ofSeveral.Groups.push_back(&group);
+            } else {
+                const auto [guide, added] = byNumber.try_emplace(first.NumeroGuia(), ofGuides.size());
+                if (added)
+                    ofGuides.push_back({"Guia " + HtmlText(first.NumeroGuia()), {}});
+                ofGuides[guide->second].Groups.push_back(&group);
+            }
+        }
+        std::ranges::stable_sort(
+            ofGuides, {}, [this](const TSection& section) { return First(*section.Groups.front()).Line(); });
+        std::vector<TSection> sections = {std::move(ofFile), std::move(ofSeveral)};
+        std::ranges::move(ofGuides, std::back_inserter(sections));
+        return sections;
     }
 
     const TXmlMessage& First(const TMessageGroup& group) const { return *listed_[group.Messages.front()]; }
 
-    void Section(const std::string& title,
-                 const std::function<bool(const TXmlMessage&, const TMessageGroup&)>& belongs) {
-        bool open = false;
-        for (const TMessageGroup& group : groups_) {
-            const TXmlMessage& first = First(group);
-            if (IsSuccess(first) || !belongs(first, group))
-                continue;
-            if (shown_ == kShownFindings) {
-                leftOut_ += group.Messages.size();
-                continue;
-            }
-            if (!std::exchange(open, true))
-                html_ += fmt::format("<section>\n<h3>{}</h3>\n", title);
-            ++shown_;
-            Finding(first, group);
-        }
-        if (open)
-            html_ += "</section>\n";
+    void Write(const TSection& section) {
+        const std::size_t shown = std::min(section.Groups.size(), kShownFindings - shown_);
+        shown_ += shown;
+        for (std::size_t i = shown; i < section.Groups.size(); ++i)
+            leftOut_ += section.Groups[i]->Messages.size();
+        if (shown == 0)
+            return;
+        html_ += fmt::format("<section>\n<h3>{}</h3>\n", section.Title);
+        for (std::size_t i = 0; i < shown; ++i)
+            Finding(First(*section.Groups[i]), *section.Groups[i]);
+        html_ += "</section>\n";
     }
 
     void Finding(const TXmlMessage& first, const TMessageGroup& group) {
@@ -214,8 +223,16 @@ class THtmlFile {
             if (group.Guides != count)
                 places += (places.empty() ? "" : ", ") + CountText(count) + " vezes";
             places += ": ";
-            for (std::size_t i = 0; i < std::min(count, kShownPlaces); ++i)
-                places += (i == 0 ? "" : ", ") + Place(*listed_[group.Messages[i]], group.Guides > 1);
+            const bool linesAlone =
+                group.Guides <= 1 && std::ranges::all_of(group.Messages, [&](std::size_t i) {
+                    return listed_[i]->Item().empty() && listed_[i]->Line() > 0;
+                });
+            places += linesAlone ? "linhas " : "";
+            for (std::size_t i = 0; i < std::min(count, kShownPlaces); ++i) {
+                const TXmlMessage& message = *listed_[group.Messages[i]];
+                places += i == 0 ? "" : ", ";
+                places += linesAlone ? std::to_string(message.Line()) : Place(message, group.Guides > 1);
+            }
             if (count > kShownPlaces)
                 places += fmt::format(" e mais {}", CountText(count - kShownPlaces));
             places += ".";

@@ -149,6 +149,12 @@ TEST(HtmlReport, TellsOfEveryExampleWhatWasFound) {
         AllOf(HasSubstr("Linha 82, coluna 15"),
               HasSubstr("<mark>&lt;ans:quantidadeExecutada&gt;0&lt;/ans:quantidadeExecutada&gt;</mark>"),
               HasSubstr("Escreva quantas vezes o procedimento foi feito")));
+    // What concerns the run is told of the file, though a guide met it first; what is of one cause, once.
+    EXPECT_THAT(Between(report, "O arquivo como um todo", "</section>"), HasSubstr("A tabela 22 da TUSS"));
+    EXPECT_THAT(report, HasSubstr("2 vezes: linhas 85, 98."));
+    EXPECT_THAT(
+        Between(Report({example("monitoramento-1.06.00-com-erros.xml")}), "Em várias guias", "</section>"),
+        HasSubstr("<strong>2 guias</strong>: guia 80000001 (linha 50), guia 80000004 (linha 330)."));
     // The name of a rule stands in a tooltip and in the appendix.
     EXPECT_THAT(Between(report, "<main>", "Apêndice"),
                 AllOf(HasSubstr("title=\"tiss.mensagem.loteguias.spsadt.procedimento.quantidade\""),
