@@ -14,6 +14,7 @@
 #include <array>
 #include <iterator>
 #include <numeric>
+#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -45,10 +46,9 @@ TSeverity SeverityOf(TMessageType type) {
 /// Writes what is found in one file.
 class THtmlFile {
   public:
-    THtmlFile(const TFileResult& file, const TReportOptions& options, std::set<const TRuleText*>& explained)
-        : file_(file), explained_(explained),
-          excerpts_(file.Text != nullptr ? std::string_view(*file.Text) : std::string_view()),
-          listed_(TListedMessages(file.Validation, options).Messages) {
+    THtmlFile(const TFileResult& file, const TReportOptions& options)
+        : file_(file), excerpts_(file.Text != nullptr ? std::string_view(*file.Text) : std::string_view()),
+          listed_(MessagesOf(ListedMessages(file.Validation, options))) {
         if (options.Detalhar) {
             groups_.resize(listed_.size());
             for (std::size_t i = 0; i < listed_.size(); ++i)
@@ -192,7 +192,6 @@ class THtmlFile {
         html_ += fmt::format("<article class=\"achado {}\">\n<h4><span class=\"selo\">{}</span>",
                              severity.Class, severity.Label);
         if (text != nullptr) {
-            explained_.insert(text);
             html_ += " " + Link(*text, *first.Rule());
         }
         html_ += fmt::format("</h4>\n<p class=\"frase\">{}</p>\n", HtmlLines(first.Reason()));
@@ -295,7 +294,6 @@ class THtmlFile {
     }
 
     const TFileResult& file_;
-    std::set<const TRuleText*>& explained_;
     TXmlExcerpts excerpts_;
     TXmlMessages listed_;
     std::vector<TMessageGroup> groups_;
@@ -321,9 +319,8 @@ std::string HtmlAnchor(const TRuleText& text) {
     return fmt::format("regra-{}", &text - TRuleGuide::Instance().Texts().data() + 1);
 }
 
-std::string HtmlFile(const TFileResult& file, const TReportOptions& options,
-                     std::set<const TRuleText*>& explained) {
-    return THtmlFile(file, options, explained).Text();
+std::string HtmlFile(const TFileResult& file, const TReportOptions& options) {
+    return THtmlFile(file, options).Text();
 }
 
 } // namespace conferix

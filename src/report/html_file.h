@@ -3,7 +3,6 @@
 #include "report/report_writer.h"
 #include "report/rule_guide.h"
 
-#include <set>
 #include <string>
 #include <string_view>
 
@@ -18,8 +17,7 @@ std::string_view HtmlVerdictClass(TVerdict verdict);
 std::string HtmlAnchor(const TRuleText& text);
 
 /// What a report tells of one file: verdict, counts, what the file is, and its findings: those of the file,
-/// those of several guides, then guide by guide. `explained`: takes the texts that the appendix has to hold.
-std::string HtmlFile(const TFileResult& file, const TReportOptions& options,
-                     std::set<const TRuleText*>& explained);
+/// those of several guides, then guide by guide.
+std::string HtmlFile(const TFileResult& file, const TReportOptions& options);
 
 } // namespace conferix

@@ -22,11 +22,7 @@ constexpr std::size_t kMostBytes = 32UL * 1024 * 1024; ///< of the texts about f
 } // namespace
 
 std::string THtmlReport::FileText(const TFileResult& file) const {
-    std::set<const TRuleText*> explained;
-    std::string text = HtmlFile(file, options_, explained);
-    const std::lock_guard lock(mutex_);
-    explained_.merge(explained);
-    return text;
+    return HtmlFile(file, options_);
 }
 
 void THtmlReport::AddFile(std::ostream&, const TFileSummary& file, std::string text) {
@@ -35,6 +31,10 @@ void THtmlReport::AddFile(std::ostream&, const TFileSummary& file, std::string t
                            "fora do relatório, que já é grande demais. Valide-o sozinho para vê-lo.</p>\n",
                            HtmlVerdictClass(file.Verdict), HtmlVerdict(file.Verdict));
     size_ += text.size();
+    for (const auto& [name, found] : file.Rules)
+        if (const TRuleText* rule = TRuleGuide::Instance().Find(name);
+            rule != nullptr && found.Counts.Findings() != 0)
+            explained_.insert(rule);
     files_.push_back({file, std::move(text)});
 }
 

@@ -3,7 +3,6 @@
 #include "report/report_writer.h"
 #include "report/rule_guide.h"
 
-#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -32,9 +31,8 @@ class THtmlReport : public IReportWriter {
 
     TReportOptions options_;
     std::vector<TFilePart> files_;
-    std::size_t size_ = 0; ///< bytes of the texts
-    mutable std::mutex mutex_;
-    mutable std::set<const TRuleText*> explained_; ///< gathered while texts are made
+    std::size_t size_ = 0;                 ///< bytes of the texts
+    std::set<const TRuleText*> explained_; ///< of the rules that found something
 };
 
 } // namespace conferix

@@ -69,7 +69,7 @@ TEST(XmlExcerpts, ShowTheLineOfAFindingAndItsNeighbours) {
 std::string Report(const std::vector<TFileResult>& files, const TReportOptions& options = {}) {
     const auto writer = NewReportWriter("html", options);
     std::ostringstream out;
-    TReportTotals totals;
+    TReportTotals totals(false);
     writer->Begin(out);
     for (const TFileResult& file : files) {
         const TFileSummary summary(file);
@@ -130,7 +130,7 @@ TEST(HtmlReport, TellsOfEveryExampleWhatWasFound) {
             files.push_back(validator.ValidateFile(entry.path().string()));
     ASSERT_GT(files.size(), 20U);
     for (const bool all : {false, true}) {
-        const TReportOptions options{.Todas = all, .Detalhar = all, .Colours = false};
+        const TReportOptions options{.Todas = all, .Nivel = {}, .Detalhar = all};
         ExpectSound(Report(files, options));
         for (const TFileResult& file : files)
             ExpectSound(Report({file}, options));

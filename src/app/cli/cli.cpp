@@ -47,6 +47,10 @@ const CLI::Validator& NotEmpty() {
     return validator;
 }
 
+std::string TrimmedName(const std::string& name) {
+    return std::string(TrimXmlSpace(name));
+}
+
 void Translate(CLI::App& app) {
     auto formatter = std::make_shared<CLI::Formatter>();
     formatter->label("Usage", "Uso");
@@ -75,8 +79,9 @@ class TCommandLine {
         Translate(app_);
         app_.require_subcommand(1);
         app_.fallthrough();
-        app_.add_option("--formato", context_.Formato,
-                        "texto ou json; de validar também ndjson ou html; de regras, markdown")
+        app_.add_option(
+                "--formato", context_.Formato,
+                "texto ou json; de validar também ndjson, sarif, junit, csv ou html; de regras, markdown")
             ->option_text("FORMATO");
         app_.add_option("--esquemas", context_.Esquemas, "Pasta dos schemas XSD")
             ->option_text("PASTA")
@@ -159,7 +164,6 @@ class TCommandLine {
             AddCommand(app_, "validar",
                        "Valida arquivos; uma pasta vale por seus *.xml e *.xte e os das suas subpastas");
         command->add_option("arquivos", validar_.Arquivos, "Arquivos ou pastas; - é a entrada padrão")
-            ->required()
             ->option_text("ARQUIVO...")
             ->check(NotEmpty());
         command->add_flag("--todas", validar_.Todas, "Mostra também as mensagens de sucesso e as ocultas");
@@ -167,16 +171,42 @@ class TCommandLine {
                           "De uma pasta, só os arquivos que estão diretamente nela");
         command->add_flag("--detalhar", validar_.Detalhar,
                           "Mostra cada mensagem, sem agrupar as de mesma causa");
-        command->add_option("--desativar", validar_.Desativar, "Desativa uma regra nesta execução")
-            ->option_text("NOME")
+        command
+            ->add_option("--lista", validar_.Lista,
+                         "Valida também os arquivos que este arquivo lista, um por linha ou separados por "
+                         "NUL; - é a entrada padrão")
+            ->option_text("ARQUIVO")
+            ->check(NotEmpty());
+        command->add_option("--saida", validar_.Saida, "Grava o relatório neste arquivo, de uma vez")
+            ->option_text("ARQUIVO")
+            ->check(NotEmpty());
+        command->add_flag("--resumo", validar_.Resumo, "Mostra só uma linha por arquivo");
+        command->add_flag("--silencioso", validar_.Silencioso, "Não mostra nada; vale o código de saída");
+        command->add_flag("--estatisticas", validar_.Estatisticas,
+                          "Mostra também quanto foi encontrado, por regra e por arquivo");
+        command->add_flag("--totais", validar_.Totais, "Com ndjson, termina com uma linha de totais");
+        command
+            ->add_option("--nivel", validar_.Nivel,
+                         "erro, aviso ou informacao: o que é mostrado e leva ao código de saída 1; se "
+                         "omitido, mostra tudo, e só erros levam a ele")
+            ->option_text("NIVEL");
+        command->add_option("--agrupar", validar_.Agrupar, "linha ou regra: como o texto é agrupado")
+            ->option_text("COMO");
+        command
+            ->add_option("--desativar", validar_.Desativar,
+                         "Desativa regras nesta execução; um grupo leva as que estão abaixo dele")
+            ->option_text("NOME,...")
             ->expected(1)
-            ->take_all();
+            ->delimiter(',')
+            ->take_all()
+            ->transform(&TrimmedName);
         command
             ->add_option("--paralelo", validar_.Paralelo,
                          "Arquivos validados ao mesmo tempo; se omitido, um por processador")
             ->option_text("N")
             ->check(CLI::Range(1, 256));
-        OnParsed(command, {"ndjson", "html"}, [this] { return RunValidar(context_, validar_); });
+        OnParsed(command, {"ndjson", "sarif", "junit", "csv", "html"},
+                 [this] { return RunValidar(context_, validar_); });
     }
 
     void AddSingleFile(const std::string& name, const std::string& description,
@@ -262,7 +292,7 @@ class TCommandLine {
             ->option_text("NOME...")
             ->delimiter(',')
             ->take_all()
-            ->transform([](const std::string& name) { return std::string(TrimXmlSpace(name)); });
+            ->transform(&TrimmedName);
     }
 
     void AddProxy() {
