@@ -19,6 +19,11 @@ namespace {
 
 constexpr std::size_t kMostBytes = 32UL * 1024 * 1024; ///< of the texts about files
 
+/// What a file is called in headings.
+std::string NameOfFile(const TFileSummary& file) {
+    return file.Arquivo == "-" ? std::string("Entrada padrão") : HtmlText(file.Arquivo);
+}
+
 } // namespace
 
 std::string THtmlReport::FileText(const TFileResult& file) const {
@@ -39,7 +44,7 @@ void THtmlReport::AddFile(std::ostream&, const TFileSummary& file, std::string t
 }
 
 void THtmlReport::End(std::ostream& out, const TReportTotals& totals) {
-    const std::string title = files_.size() == 1 ? HtmlText(files_.front().Summary.Arquivo)
+    const std::string title = files_.size() == 1 ? NameOfFile(files_.front().Summary)
                                                  : Counted(files_.size(), "arquivo", "arquivos");
     out << "<!DOCTYPE html>\n<html lang=\"pt-BR\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
@@ -55,7 +60,7 @@ void THtmlReport::End(std::ostream& out, const TReportTotals& totals) {
         WriteIndex(out, totals);
     for (std::size_t i = 0; i < files_.size(); ++i)
         out << fmt::format("<article class=\"arquivo\" id=\"arquivo-{}\">\n<h2>{}</h2>\n", i + 1,
-                           HtmlText(files_[i].Summary.Arquivo))
+                           NameOfFile(files_[i].Summary))
             << files_[i].Text << "</article>\n";
     WriteAppendix(out);
     out << "</main>\n<footer>\n<p>O relatório traz trechos dos arquivos, que podem ter dados de "
@@ -75,8 +80,8 @@ void THtmlReport::WriteIndex(std::ostream& out, const TReportTotals& totals) con
         const TFileSummary& file = files_[i].Summary;
         out << fmt::format("<tr><td><a href=\"#arquivo-{}\">{}</a></td><td class=\"{}\">{}</td><td>{}</td>"
                            "<td>{}</td></tr>\n",
-                           i + 1, HtmlText(file.Arquivo), HtmlVerdictClass(file.Verdict),
-                           HtmlVerdict(file.Verdict), file.Counts.Failures(), file.Counts.Warnings());
+                           i + 1, NameOfFile(file), HtmlVerdictClass(file.Verdict), HtmlVerdict(file.Verdict),
+                           file.Counts.Failures(), file.Counts.Warnings());
     }
     out << "</tbody>\n</table>\n</nav>\n";
 }
