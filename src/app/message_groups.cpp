@@ -110,6 +110,16 @@ std::string ItemsOf(const TXmlMessages& messages, const TMessageGroup& group) {
 
 } // namespace
 
+std::vector<TMessageGroup> UngroupedMessages(const TXmlMessages& messages) {
+    std::vector<TMessageGroup> groups(messages.size());
+    for (std::size_t i = 0; i < messages.size(); ++i) {
+        groups[i].Messages = {i};
+        groups[i].Count = 1;
+        groups[i].Guides = messages[i]->NumeroGuia().empty() ? 0 : 1;
+    }
+    return groups;
+}
+
 std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group) {
     const TXmlMessage& first = *messages[group.Messages.front()];
     const std::size_t count = group.Count;

@@ -28,6 +28,9 @@ struct TMessageGroup {
 std::vector<TMessageGroup> GroupMessages(const TXmlMessages& messages,
                                          const std::vector<TUnkeptFindings>& unlisted = {});
 
+/// Each message as a group of its own, in their order.
+std::vector<TMessageGroup> UngroupedMessages(const TXmlMessages& messages);
+
 /// What a user reads of a group, like TXmlMessage::Msg of one finding: "300 guias: ... (linhas 37, 120, 203 e
 /// mais 297)".
 std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group);

@@ -236,18 +236,6 @@ std::string CauseOf(const TSchemaFault& fault) {
     }
 }
 
-/// True for a schema that comes with the program in place of one that is not at hand.
-bool IsApproximation(const std::filesystem::path& file) {
-    static TFileMemory<bool> memory;
-    const std::string name = PathText(file);
-    if (const auto known = memory.Find(name))
-        return *known;
-    const TSeenFile stamp = SeeFile(file);
-    const bool answer = IsSealedApproximation(ReadWholeFile(file));
-    memory.Keep(name, {stamp}, answer);
-    return answer;
-}
-
 /// What tells the guide of a monitoring file that holds a node from the others; empty outside of guides.
 std::string MonitoringGuide(const TXmlNode& node) {
     for (const TXmlNode* at = &node; at != nullptr; at = at->Parent())
@@ -331,6 +319,17 @@ const TXmlNode& VersionPlace(const TXmlNode& root) {
 }
 
 } // namespace
+
+bool IsApproximation(const std::filesystem::path& file) {
+    static TFileMemory<bool> memory;
+    const std::string name = PathText(file);
+    if (const auto known = memory.Find(name))
+        return *known;
+    const TSeenFile stamp = SeeFile(file);
+    const bool answer = IsSealedApproximation(ReadWholeFile(file));
+    memory.Keep(name, {stamp}, answer);
+    return answer;
+}
 
 ESchemaNotFound::ESchemaNotFound(const std::filesystem::path& file)
     : std::runtime_error(fmt::format("Schema file {} not found", PathText(file))), file_(file) {}

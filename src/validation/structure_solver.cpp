@@ -333,6 +333,7 @@ class TValueSolver : public TStructureSolver {
                            QuoteText(lost));
     }
     const TXmlNode* Target() const override { return &Node(); }
+    std::optional<std::string> Replacement() const override { return value_; }
 
   protected:
     /// A value in CDATA sections becomes plain text; comments stay.

@@ -71,9 +71,17 @@ int RunOnFile(const TCliContext& context, const std::string& fileName, const TFi
 
 struct TValidarOptions {
     std::vector<std::string> Arquivos;
-    std::vector<std::string> Desativar;
+    std::string Lista;                  ///< file with further names; "-": the standard input
+    std::vector<std::string> Desativar; ///< rules, and groups of them
+    std::string Nivel;                  ///< erro, aviso or informacao; empty: not given
+    std::string Agrupar;                ///< linha or regra; empty: not given
+    std::string Saida;                  ///< file for the report; empty: the standard output
     bool Todas = false;
-    bool Detalhar = false; ///< every finding by itself
+    bool Detalhar = false;     ///< every finding by itself
+    bool Resumo = false;       ///< a line a file
+    bool Silencioso = false;   ///< only the exit status
+    bool Estatisticas = false; ///< counts by rule and by file
+    bool Totais = false;       ///< a last line about all files
     bool SemSubpastas = false;
     std::optional<unsigned> Paralelo; ///< files at a time; nothing: as many as there are processors
 };
@@ -85,8 +93,10 @@ struct TRegrasOptions {
     std::vector<std::string> Ativar;    ///< names of rules; a group takes the rules below it along
     std::vector<std::string> Desativar; ///< the same
     bool Padrao = false;                ///< every rule on, before the other two
+    std::string Explicar;               ///< name of a rule to be explained, or its end; empty: none
 };
-/// Lists the rules, or switches them and tells what changed.
+/// Lists the rules, explains one, or switches them and tells what changed. Raises EUsage for a name that is
+/// no rule's.
 int RunRegras(const TCliContext& context, const TRegrasOptions& options);
 /// A rule that is to be on or off.
 struct TRuleSwitch {

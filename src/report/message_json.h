@@ -13,8 +13,15 @@ namespace conferix {
 /// Keys keep the order in which they are written.
 using TJson = nlohmann::ordered_json;
 
-/// A message as scripts read it; `shown`: the user is shown it without asking for more.
-TJson MessageJson(const TXmlMessage& message, bool shown);
+/// The version of what the commands print as JSON; raised when a script would have to be changed.
+inline constexpr int kJsonFormatVersion = 1;
+
+/// A message as scripts read it. `number`: 1-based within the file; `shown`: the user is shown it without
+/// asking for more.
+TJson MessageJson(const TXmlMessage& message, std::size_t number, bool shown);
+
+/// How many findings there are of each severity.
+TJson CountsJson(const TMessageCounts& counts);
 
 /// The error with which a command ended: its exit status and what it told of it on standard error, one
 /// sentence each. Every command answers {"erro": this} where JSON is asked for and it fails before it has a
