@@ -47,10 +47,6 @@ const CLI::Validator& NotEmpty() {
     return validator;
 }
 
-std::string TrimmedName(const std::string& name) {
-    return std::string(TrimXmlSpace(name));
-}
-
 void Translate(CLI::App& app) {
     auto formatter = std::make_shared<CLI::Formatter>();
     formatter->label("Usage", "Uso");
@@ -196,9 +192,7 @@ class TCommandLine {
                          "Desativa regras nesta execução; um grupo leva as que estão abaixo dele")
             ->option_text("NOME,...")
             ->expected(1)
-            ->delimiter(',')
-            ->take_all()
-            ->transform(&TrimmedName);
+            ->take_all();
         command
             ->add_option("--paralelo", validar_.Paralelo,
                          "Arquivos validados ao mesmo tempo; se omitido, um por processador")
@@ -291,7 +285,7 @@ class TCommandLine {
             ->option_text("NOME...")
             ->delimiter(',')
             ->take_all()
-            ->transform(&TrimmedName);
+            ->transform([](const std::string& name) { return std::string(TrimXmlSpace(name)); });
     }
 
     void AddProxy() {
