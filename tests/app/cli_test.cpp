@@ -211,7 +211,7 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
         ++count;
     }
     EXPECT_GT(count, 145);
-    EXPECT_THAT(Run({}).Err, HasSubstr("falta o comando"));
+    EXPECT_THAT(Run({}).Err, HasSubstr("conferix: erro: Falta o comando: validar, corrigir, "));
     EXPECT_EQ(ReadTestFile("valido.xml"), source);
     std::filesystem::current_path(before);
 }
