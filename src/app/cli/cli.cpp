@@ -3,13 +3,13 @@
 #include "app/cli/command_help.h"
 #include "app/cli/command_line.h"
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
 #include "model/tiss_exceptions.h"
 #include "platform/file_memory.h"
 #include "platform/platform.h"
+#include "report/console.h"
 #include "schema_model/built_in_folders.h"
 
 #include <fmt/format.h>

@@ -1,11 +1,11 @@
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
-#include "app/cli/message_json.h"
 #include "app/correction_policy.h"
 #include "app/execute_solver.h"
 #include "app/structure_repair.h"
 #include "app/unified_diff.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
 #include "validation/signature.h"
 #include "xml/cut_text.h"
 #include "xml/lower_case.h"
@@ -166,7 +166,7 @@ class TCorrection {
                 continue;
             if (context_.Json()) {
                 TJson entry = {{"numero", i + 1}};
-                entry.update(MessageJson(message, true));
+                entry.update(MessageJson(message, i + 1, true));
                 list.push_back(std::move(entry));
                 continue;
             }

@@ -1,6 +1,6 @@
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
-#include "app/cli/message_json.h"
+#include "report/console.h"
+#include "report/message_json.h"
 #include "validation/hash_calculator.h"
 #include "validator/all_rules.h"
 
@@ -24,7 +24,7 @@ int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
         out << JsonText({{"informado", written},
                          {"iso88591", iso},
                          {"utf8", utf8},
-                         {"mensagem", MessageJson(verdict, shown)}})
+                         {"mensagem", MessageJson(verdict, 1, shown)}})
             << '\n';
     } else {
         const TPalette palette(context.Streams.OutIsTerminal);

@@ -153,7 +153,7 @@ class TParser {
                 Fail(fmt::format("Falta o valor de {}: {} {}.", name, name, option->Placeholder));
             do
                 GiveParts(*option, words_[next_++]);
-            while (option->ManyAtOnce && next_ < words_.size() && !words_[next_].starts_with('-'));
+            while (option->ManyWords && next_ < words_.size() && !words_[next_].starts_with('-'));
         }
     }
 
@@ -194,7 +194,7 @@ class TParser {
     }
 
     void GiveParts(const TParameter& option, const std::string& word) {
-        if (!option.ManyAtOnce)
+        if (!option.Commas)
             return Give(option, word);
         for (const auto part : std::views::split(word, ','))
             Give(option, std::string(TrimXmlSpace(std::string_view(part.begin(), part.end()))));

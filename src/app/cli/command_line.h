@@ -39,7 +39,8 @@ struct TParameter {
     std::function<std::vector<std::string>()> Offers = {}; ///< values that shells offer where any is allowed
     std::optional<std::pair<int, int>> Range = {};         ///< of a number
     bool Required = false;
-    bool ManyAtOnce = false; ///< takes all words up to the next option, and parts of a word between commas
+    bool Commas = false;                    ///< the parts of a word between commas are values
+    bool ManyWords = false;                 ///< takes all words up to the next option
     std::vector<std::string> Excludes = {}; ///< options that do not go with it
     std::string Needs = {};                 ///< an option without which it has no meaning
 

@@ -28,13 +28,15 @@ void AddRegras(TCommand& root) {
          .Description = "Ativa regras, com espaço ou vírgula entre os nomes",
          .To = &options->Ativar,
          .Offers = &RuleNames,
-         .ManyAtOnce = true},
+         .Commas = true,
+         .ManyWords = true},
         {.Name = "--desativar",
          .Placeholder = "NOME...",
          .Description = "Desativa regras, do mesmo modo",
          .To = &options->Desativar,
          .Offers = &RuleNames,
-         .ManyAtOnce = true},
+         .Commas = true,
+         .ManyWords = true},
         {.Name = "--padrao", .Description = "Volta a todas as regras ativas", .To = &options->Padrao},
     };
     command.Formats = {"texto", "json", "markdown"};

@@ -30,9 +30,42 @@ void AddValidar(TCommand& root) {
     command.Arguments = {{.Name = "ARQUIVO...",
                           .Description = "Arquivos ou pastas; - é a entrada padrão",
                           .To = &options->Arquivos,
-                          .Kind = TValueKind::File,
-                          .Required = true}};
+                          .Kind = TValueKind::File}};
     command.Options = {
+        {.Name = "--lista",
+         .Placeholder = "ARQUIVO",
+         .Description =
+             "Valida também os arquivos que este arquivo lista, um por linha ou separados por NUL; - é a "
+             "entrada padrão",
+         .To = &options->Lista,
+         .Kind = TValueKind::File},
+        {.Name = "--saida",
+         .Placeholder = "ARQUIVO",
+         .Description = "Grava o relatório neste arquivo, de uma vez",
+         .To = &options->Saida,
+         .Kind = TValueKind::File},
+        {.Name = "--resumo", .Description = "Mostra só uma linha por arquivo", .To = &options->Resumo},
+        {.Name = "--silencioso",
+         .Description = "Não mostra nada; vale o status de saída",
+         .To = &options->Silencioso},
+        {.Name = "--estatisticas",
+         .Description = "Mostra também quanto foi encontrado, por regra e por arquivo",
+         .To = &options->Estatisticas},
+        {.Name = "--totais",
+         .Description = "No formato ndjson, termina com uma linha de totais",
+         .To = &options->Totais},
+        {.Name = "--nivel",
+         .Placeholder = "NIVEL",
+         .Description =
+             "erro, aviso ou informacao: o que é mostrado e leva ao status 1; se omitida, tudo é mostrado "
+             "e só erros levam a ele",
+         .To = &options->Nivel,
+         .Choices = {"erro", "aviso", "informacao"}},
+        {.Name = "--agrupar",
+         .Placeholder = "COMO",
+         .Description = "linha ou regra: como o texto é agrupado",
+         .To = &options->Agrupar,
+         .Choices = {"linha", "regra"}},
         {.Name = "--todas",
          .Description = "Mostra também as mensagens de sucesso e as ocultas",
          .To = &options->Todas},
@@ -43,17 +76,18 @@ void AddValidar(TCommand& root) {
          .Description = "Mostra cada mensagem, sem agrupar as de mesma causa",
          .To = &options->Detalhar},
         {.Name = "--desativar",
-         .Placeholder = "NOME",
-         .Description = "Desativa uma regra, ou um grupo delas, só nesta execução; pode ser repetida",
+         .Placeholder = "NOME,...",
+         .Description = "Desativa regras só nesta execução; um grupo leva as que estão abaixo dele",
          .To = &options->Desativar,
-         .Offers = &RuleNames},
+         .Offers = &RuleNames,
+         .Commas = true},
         {.Name = "--paralelo",
          .Placeholder = "N",
          .Description = "Arquivos validados ao mesmo tempo; se omitido, um por processador",
          .To = &options->Paralelo,
          .Range = std::pair(1, 256)},
     };
-    command.Formats = {"texto", "json", "ndjson"};
+    command.Formats = {"texto", "json", "ndjson", "sarif", "junit", "csv"};
     command.WhenZero = "todos os arquivos são válidos";
     command.WhenOne = "há arquivo inválido";
     command.Examples = {

@@ -1,0 +1,55 @@
+#include "app/repeated_guides.h"
+
+#include "model/lote_guias.h"
+#include "model/mensagem_tiss.h"
+#include "model/tiss_utils.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+namespace conferix {
+
+std::vector<TBilledGuide> BilledGuides(const TValidateArgs& result) {
+    std::vector<TBilledGuide> guides;
+    const auto* mensagem = dynamic_cast<const IMensagemTiss*>(result.ArquivoTiss.get());
+    if (mensagem == nullptr || mensagem->TipoTransacao() != TEnumTipoTransacaoTiss::tmEnvioLoteGuias)
+        return guides;
+    const TXmlDocument& document = *mensagem->Xml();
+    const std::string provider = fmt::format("{}/{}/{}/", TTissUtils::IdentificacaoPrestadorCnpj(document),
+                                             TTissUtils::IdentificacaoPrestadorCpf(document),
+                                             TTissUtils::IdentificacaoPrestadorCodigoNaOperadora(document));
+    for (const IGuiaTiss& guia : mensagem->LoteGuias().Guias())
+        if (const std::string number(guia.NumeroGuia()); !number.empty())
+            guides.push_back({provider + number, number, static_cast<std::int32_t>(guia.Node()->Line())});
+    return guides;
+}
+
+void TRepeatedGuides::Add(std::size_t file, const std::vector<TBilledGuide>& guides) {
+    for (const TBilledGuide& guide : guides) {
+        TRepeatedGuide::TPlace here{file, guide.Line};
+        const auto [known, added] = billed_.try_emplace(guide.Key, TBilled{guide.Number, here, {}});
+        if (added)
+            continue;
+        TBilled& billed = known->second;
+        if (here < billed.First)
+            std::swap(here, billed.First);
+        billed.Others.push_back(here);
+    }
+}
+
+std::vector<TRepeatedGuide> TRepeatedGuides::Found() const {
+    std::vector<TRepeatedGuide> found;
+    for (const auto& [key, billed] : billed_)
+        for (const TRepeatedGuide::TPlace& other : billed.Others)
+            if (other.File != billed.First.File)
+                found.push_back({billed.Number, billed.First, other});
+    std::ranges::sort(found, {}, [](const TRepeatedGuide& guide) {
+        return std::tuple(guide.First, guide.Again, guide.Number);
+    });
+    return found;
+}
+
+} // namespace conferix
