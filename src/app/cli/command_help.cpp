@@ -14,41 +14,13 @@ namespace {
 constexpr std::size_t kWidth = 80;
 constexpr std::size_t kNames = 24; ///< columns of the names in a list
 
-/// A text in lines of `kWidth` columns, all but the first indented. Empty lines part paragraphs.
-std::string Wrapped(const std::string& text, std::size_t indent) {
-    std::string wrapped;
-    std::size_t column = indent;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        if (!wrapped.empty()) {
-            wrapped += '\n';
-            column = 0;
-        }
-        std::istringstream words(line);
-        for (std::string word; words >> word;) {
-            const std::size_t width = CountCharacters(word);
-            const bool starts = wrapped.empty() || wrapped.back() == '\n';
-            if (!starts && column + 1 + width > kWidth) {
-                wrapped += '\n' + std::string(indent, ' ');
-                column = indent;
-            } else if (!starts) {
-                wrapped += ' ';
-                ++column;
-            }
-            wrapped += word;
-            column += width;
-        }
-    }
-    return wrapped;
-}
-
 /// Names at the left, what they stand for at the right.
 std::string Listed(const std::string& title, const std::vector<TNamedText>& rows) {
     std::string text = rows.empty() ? "" : fmt::format("\n{}:\n", title);
     for (const TNamedText& row : rows) {
         const std::size_t width = CountCharacters(row.Name);
         text += "  " + row.Name;
-        text += width + 2 < kNames ? std::string(kNames - width, ' ') : '\n' + std::string(kNames + 2, ' ');
+        text += width + 2 <= kNames ? std::string(kNames - width, ' ') : '\n' + std::string(kNames + 2, ' ');
         text += Wrapped(row.Text, kNames + 2) + '\n';
     }
     return text;
@@ -113,6 +85,33 @@ std::string CommandMarkdown(const TCommand& root, const TCommand& command) {
 }
 
 } // namespace
+
+std::string Wrapped(const std::string& text, std::size_t indent) {
+    std::string wrapped;
+    std::size_t column = indent;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (!wrapped.empty()) {
+            wrapped += '\n';
+            column = 0;
+        }
+        std::istringstream words(line);
+        for (std::string word; words >> word;) {
+            const std::size_t width = CountCharacters(word);
+            const bool starts = wrapped.empty() || wrapped.back() == '\n';
+            if (!starts && column + 1 + width > kWidth) {
+                wrapped += '\n' + std::string(indent, ' ');
+                column = indent;
+            } else if (!starts) {
+                wrapped += ' ';
+                ++column;
+            }
+            wrapped += word;
+            column += width;
+        }
+    }
+    return wrapped;
+}
 
 std::vector<TNamedText> EnvironmentVariables() {
     return {{"CONFERIX_DADOS", "A pasta de dados; padrão: ~/.local/share/Brenvo/Conferix"},

@@ -19,6 +19,8 @@ std::vector<TNamedText> ProgramFiles();
 /// What the statuses of a command say; those of all commands for the root.
 std::vector<TNamedText> ExitStatuses(const TCommand& root, const TCommand& command);
 
+/// A text in lines of 80 columns, all but the first indented. Empty lines part paragraphs.
+std::string Wrapped(const std::string& text, std::size_t indent);
 /// The names of an option or argument with the placeholder of its value, as "--ajuda, -h, --help".
 std::string NamesOf(const TParameter& parameter);
 /// The values that --formato takes in a command, as a sentence's part; of the root those of most commands.

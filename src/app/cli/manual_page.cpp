@@ -9,7 +9,8 @@ namespace conferix {
 
 namespace {
 
-/// Text as troff is to set it: a dash that is typed stays one, and no line is taken for a request.
+/// Text as troff is to set it: a dash that is typed stays one, and no line is taken for a
+/// request.
 std::string Roff(const std::string& text) {
     std::string roff;
     for (const char c : text) {
@@ -25,18 +26,23 @@ std::string Roff(const std::string& text) {
     return roff;
 }
 
+/// The same in short lines.
+std::string Filled(const std::string& text) {
+    return Roff(Wrapped(text, 0));
+}
+
 std::string Paragraphs(const std::string& text) {
     std::string roff;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);)
-        roff += (line.empty() ? ".PP" : Roff(line)) + '\n';
+        roff += (line.empty() ? ".PP" : Filled(line)) + '\n';
     return roff;
 }
 
 std::string Tagged(const std::vector<TNamedText>& rows) {
     std::string roff;
     for (const TNamedText& row : rows)
-        roff += fmt::format(".TP\n.B {}\n{}\n", Roff(row.Name), Roff(row.Text));
+        roff += fmt::format(".TP\n.B {}\n{}\n", Roff(row.Name), Filled(row.Text));
     return roff;
 }
 
@@ -56,12 +62,12 @@ std::string CommandSection(const TCommand& root, const TCommand& command) {
     if (!command.Formats.empty())
         roff += fmt::format(".TP\n.B \\-\\-formato\n{}.\n",
                             Roff(fmt::format("{}", fmt::join(command.Formats, ", "))));
-    roff += ".PP\nStatus de saída:";
+    std::string statuses = "Status de saída:";
     for (const TNamedText& status : ExitStatuses(root, command))
-        roff += fmt::format("{} {} {}", status.Name == "0" ? "" : ";", status.Name, Roff(status.Text));
-    roff += ".\n.PP\nExemplos:\n";
+        statuses += fmt::format("{} {} {}", status.Name == "0" ? "" : ";", status.Name, status.Text);
+    roff += fmt::format(".PP\n{}.\n.PP\nExemplos:\n", Filled(statuses));
     for (const TExample& example : command.Examples)
-        roff += fmt::format(".TP\n.B {}\n{}\n", Roff(example.Line), Roff(example.Effect));
+        roff += fmt::format(".TP\n.B {}\n{}\n", Roff(example.Line), Filled(example.Effect));
     return roff;
 }
 
@@ -104,7 +110,7 @@ std::string ManualPage(const TCommand& root) {
     roff += ".SH ARQUIVOS\nNa pasta de dados:\n" + Tagged(ProgramFiles());
     roff += ".SH EXEMPLOS\n";
     for (const TExample& example : root.Examples)
-        roff += fmt::format(".TP\n.B {}\n{}\n", Roff(example.Line), Roff(example.Effect));
+        roff += fmt::format(".TP\n.B {}\n{}\n", Roff(example.Line), Filled(example.Effect));
     return roff + ".SH \"VEJA TAMBÉM\"\n.BR conferix\\-desktop (1)\n";
 }
 
