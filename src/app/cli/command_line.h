@@ -20,6 +20,7 @@ enum class TValueKind {
     Text,
     File,   ///< never empty
     Folder, ///< never empty
+    Rule,   ///< never empty
 };
 
 /// Where values go. A bool makes a switch, which takes no value, and so does nothing, for what the parser

@@ -17,12 +17,21 @@ namespace {
 
 void AddRegras(TCommand& root) {
     auto options = std::make_shared<TRegrasOptions>();
-    TCommand command{.Name = "regras", .Summary = "Lista as regras; ativa e desativa"};
+    TCommand command{.Name = "regras", .Summary = "Lista e explica as regras; ativa e desativa"};
     command.Details =
         "As regras saem na ordem em que são aplicadas. Um grupo leva as regras que estão abaixo dele. O "
         "que se ativa ou desativa aqui vale para todas as execuções; para uma só, use validar "
         "--desativar.";
     command.Options = {
+        {.Name = "--explicar",
+         .Placeholder = "NOME",
+         .Description =
+             "Explica uma regra: o que confere, um exemplo que falha, como corrigir; bastam as últimas "
+             "palavras do nome",
+         .To = &options->Explicar,
+         .Kind = TValueKind::Rule,
+         .Offers = &RuleNames,
+         .Excludes = {"--ativar", "--desativar", "--padrao"}},
         {.Name = "--ativar",
          .Placeholder = "NOME...",
          .Description = "Ativa regras, com espaço ou vírgula entre os nomes",
@@ -41,6 +50,7 @@ void AddRegras(TCommand& root) {
     };
     command.Formats = {"texto", "json", "markdown"};
     command.Examples = {{"conferix regras", "mostra as regras e quais estão ativas"},
+                        {"conferix regras --explicar tiss.mensagem.hash", "explica uma regra"},
                         {"conferix regras --desativar tiss.mensagem.loteguias.consulta.sequencial",
                          "deixa de aplicar uma regra"}};
     command.Run = [options](const TCliContext& context) { return RunRegras(context, *options); };
