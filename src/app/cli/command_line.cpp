@@ -121,7 +121,7 @@ class TParser {
         if (at >= last)
             Fail(last == 0 ? fmt::format("O comando \"{}\" não leva argumentos; \"{}\" está a mais.",
                                          command_->Name, word)
-                           : fmt::format("\"{}\" está a mais: o comando é {}.", word, CallOf(*command_)));
+                           : fmt::format("\"{}\" está a mais: o comando é {}", word, CallOf(*command_)));
         ++argument_;
         Give(command_->Arguments[at], word);
     }
@@ -258,7 +258,7 @@ class TParser {
         for (const auto* list : {&command_->Arguments, &command_->Options})
             for (const TParameter& parameter : *list) {
                 if (parameter.Required && !given_.contains(parameter.Name))
-                    Fail(fmt::format("Falta {}: conferix {} {}.",
+                    Fail(fmt::format("Falta {}: conferix {} {}",
                                      parameter.Placeholder.empty()
                                          ? parameter.Name
                                          : parameter.Name + ' ' + parameter.Placeholder,
