@@ -51,12 +51,12 @@ set(CPACK_DEBIAN_COMANDO_PACKAGE_DEPENDS "${carregadas}")
 set(CPACK_DEBIAN_COMANDO_PACKAGE_SUGGESTS conferix-desktop)
 set(CPACK_COMPONENT_COMANDO_DESCRIPTION
 "confere e corrige arquivos XML do padrão TISS
- Aponta todas as falhas de arquivos TISS, com que prestadores, operadoras e a
- ANS trocam dados, em português e com a linha e a guia, e corrige o que pode
- ser calculado.
- .
- Checks XML files of TISS, the standard of Brazilian health-care billing, and
- corrects what can be computed. This package holds the command.")
+Aponta todas as falhas de arquivos TISS, com que prestadores, operadoras e a
+ANS trocam dados, em português e com a linha e a guia, e corrige o que pode
+ser calculado.
+.
+Checks XML files of TISS, the standard of Brazilian health-care billing, and
+corrects what can be computed. This package holds the command.")
 if(CONFERIX_JANELA)
     list(APPEND CPACK_COMPONENTS_ALL janela)
     set(CPACK_DEBIAN_JANELA_PACKAGE_NAME conferix-desktop)
@@ -65,9 +65,9 @@ if(CONFERIX_JANELA)
     set(CPACK_DEBIAN_JANELA_PACKAGE_RECOMMENDS "qt6-translations-l10n")
     set(CPACK_COMPONENT_JANELA_DESCRIPTION
 "confere e corrige arquivos XML do padrão TISS em uma janela
- Abre arquivos TISS, aponta as falhas em português e oferece as correções.
- .
- Checks XML files of TISS, the standard of Brazilian health-care billing, and
- corrects what can be computed. This package holds the window.")
+Abre arquivos TISS, aponta as falhas em português e oferece as correções.
+.
+Checks XML files of TISS, the standard of Brazilian health-care billing, and
+corrects what can be computed. This package holds the window.")
 endif()
 include(CPack)

@@ -91,8 +91,9 @@ std::string FaultOf(const TDocumentKind& kind, const std::string& number) {
     return "os dígitos verificadores não conferem com os outros; veja se algum foi trocado";
 }
 
-constexpr std::string_view kLettersNote = "O CNPJ tem letras, como os novos podem ter. Dos arquivos TISS, só "
-                                          "as mensagens da versão 4.03.00 o aceitam.";
+constexpr std::string_view kLettersNote = "O CNPJ tem letras, como os novos podem ter. Dos schemas do TISS, "
+                                          "só o aceitam os da versão 4.03.00 e os de "
+                                          "monitoramento a partir de 1.05.00.";
 
 } // namespace
 
