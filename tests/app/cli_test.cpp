@@ -1,3 +1,4 @@
+#include "app/cli/command_help.h"
 #include "app/tiss_file.h"
 #include "data/tuss_writer.h"
 #include "support/command_test.h"
@@ -212,7 +213,7 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
         ++count;
     }
     EXPECT_GT(count, 145);
-    EXPECT_THAT(Run({}).Err, HasSubstr("falta o comando"));
+    EXPECT_THAT(Run({}).Err, HasSubstr("conferix: erro: Falta o comando: validar, corrigir, "));
     EXPECT_EQ(ReadTestFile("valido.xml"), source);
     std::filesystem::current_path(before);
 }
@@ -309,6 +310,35 @@ TEST_F(Cli, RulesSwitchedAtOnceLoseNothingAndUnknownOnesStay) {
     const TCommandResult damaged = Run({"regras", "--config", File("config.json")});
     EXPECT_EQ(damaged.Status, kExitUnreadable);
     EXPECT_THAT(damaged.Err, HasSubstr(File("config.json")));
+}
+
+TEST_F(Cli, CommandsAreToldWithExamplesThatCanBeRun) {
+    const std::string docs = ReadTestFile(std::filesystem::path(CONFERIX_FONTE) / "docs/comandos.md");
+    EXPECT_EQ(Run({"ajuda", "--formato", "markdown"}).Out, docs);
+    const std::string page = Run({"ajuda", "--formato", "man"}).Out;
+    std::istringstream in;
+    std::ostringstream out;
+    TCliContext context{{in, out, out}, "texto", {}, {}, {}};
+    TCommand root;
+    AddCommands(root, context);
+    for (const TCommand* command : RunnableCommands(root)) {
+        EXPECT_GE(command->Examples.size(), 2U) << command->Name;
+        for (TParameter option : command->Options)
+            EXPECT_THAT(HelpText(root, *command), HasSubstr("  " + NamesOf(option)));
+        for (const TExample& example : command->Examples) {
+            std::istringstream line(example.Line.substr(example.Line.find("conferix ")));
+            std::vector<std::string> words;
+            for (std::string word; line >> std::quoted(word) && word != "|";)
+                words.push_back(word.substr(0, word.find(')')));
+            words.erase(words.begin());
+            EXPECT_NO_THROW(ParseCommandLine(root, words)) << example.Line;
+            EXPECT_THAT(docs, HasSubstr(example.Line));
+        }
+    }
+    // What a page would take for a request of its own is text.
+    std::istringstream lines(page);
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_THAT(line, testing::MatchesRegex("[^.'].*|[.](\\\\\"|TH|SH|SS|PP|TP|BR?|I)( .*)?")) << line;
 }
 
 TEST_F(Cli, TheListOfRulesInTheDocumentationIsCurrent) {

@@ -69,19 +69,14 @@ void CheckOptions(const TCliContext& context, const TValidarOptions& options) {
 }
 
 TReportOptions ReportOptions(const TCliContext& context, const TValidarOptions& options) {
-    TReportOptions shown{.Todas = options.Todas,
-                         .Nivel = ReportLevelOf(options.Nivel),
-                         .Detalhar = options.Detalhar,
-                         .AgruparPorRegra = options.Agrupar == "regra",
-                         .Resumo = options.Resumo,
-                         .Estatisticas = options.Estatisticas,
-                         .Totais = options.Totais,
-                         .Colours = context.Streams.OutIsTerminal && options.Saida.empty()};
-    if (!options.Nivel.empty() && !shown.Nivel)
-        throw EUsage(fmt::format("o nível \"{}\" não existe; use erro, aviso ou informacao", options.Nivel));
-    if (!options.Agrupar.empty() && options.Agrupar != "linha" && !shown.AgruparPorRegra)
-        throw EUsage(fmt::format("não é possível agrupar por \"{}\"; use linha ou regra", options.Agrupar));
-    return shown;
+    return {.Todas = options.Todas,
+            .Nivel = ReportLevelOf(options.Nivel),
+            .Detalhar = options.Detalhar,
+            .AgruparPorRegra = options.Agrupar == "regra",
+            .Resumo = options.Resumo,
+            .Estatisticas = options.Estatisticas,
+            .Totais = options.Totais,
+            .Colours = context.Streams.OutIsTerminal && options.Saida.empty()};
 }
 
 std::vector<TInput> Inputs(const TCliContext& context, const TValidarOptions& options) {

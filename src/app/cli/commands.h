@@ -118,7 +118,7 @@ struct TProxyOptions {
 /// Shows the proxy settings, or changes those that are given.
 int RunProxy(const TCliContext& context, const TProxyOptions& options);
 
-/// `documento`: "cpf", "cnpj" or "cns". Raises EUsage for any other.
+/// `documento`: "cpf", "cnpj" or "cns"; `valor` with or without punctuation.
 int RunDocumento(const TCliContext& context, const std::string& documento, const std::string& valor);
 int RunEsquemasListar(const TCliContext& context);
 /// `origem`: a folder or a ZIP file as the regulator publishes it.
@@ -165,7 +165,7 @@ struct TProcurarOptions {
 int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& options);
 
 struct TCorrigirOptions {
-    std::string Arquivo;
+    std::vector<std::string> Arquivos;
     int Mensagem = 0; ///< 1-based, in the list that `validar` shows; 0: none chosen
     int Correcao = 0; ///< 1-based, of the message; 0: the first
     bool Todas = false;
