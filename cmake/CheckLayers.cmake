@@ -8,6 +8,7 @@ set(external_headers
     "^CLI/" CLI11::CLI11
     "^SQLiteCpp/" SQLiteCpp
     "^SimpleIni\\.h$" PkgConfig::SIMPLEINI
+    "^boost/" Boost::headers
     "^benchmark/" benchmark::benchmark
     "^csv\\.h$" csv
     "^curl/" curl_headers
