@@ -20,7 +20,7 @@ struct THttpRequest {
     std::string Body;
 };
 
-struct THttpAnswer {
+struct TServiceAnswer {
     unsigned Status = 200;
     std::string ContentType;
     std::string Body;
@@ -39,6 +39,6 @@ class EHttpRefusal : public std::runtime_error {
 
 /// A refusal as clients read it: an object with "status" and the sentence "erro". `retryAfterSeconds`: when
 /// trying again makes sense; 0: the answer does not say.
-THttpAnswer ErrorAnswer(unsigned status, std::string_view text, unsigned retryAfterSeconds = 0);
+TServiceAnswer ErrorAnswer(unsigned status, std::string_view text, unsigned retryAfterSeconds = 0);
 
 } // namespace conferix

@@ -42,7 +42,7 @@ std::string Megabytes(std::size_t bytes) {
     return fmt::format("{:.4g} MB", static_cast<double>(bytes) / (1 << 20));
 }
 
-THttpAnswer AnswerOf(const THttpRoute& route, const THttpRequest& request, std::size_t worker) {
+TServiceAnswer AnswerOf(const THttpRoute& route, const THttpRequest& request, std::size_t worker) {
     try {
         return route.Answer(request, worker);
     } catch (const EHttpRefusal& refusal) {
@@ -287,7 +287,7 @@ void THttpSession::Dispatch() {
         // The connection goes back to its own thread, to end there.
         [self = shared_from_this(), run = run_, route = route_,
          &io = shared_.Io](std::size_t worker) mutable {
-            THttpAnswer answer;
+            TServiceAnswer answer;
             if (!run->Abandoned) {
                 answer = AnswerOf(*route, run->Request, worker);
                 std::string().swap(run->Request.Body);
@@ -301,13 +301,13 @@ void THttpSession::Dispatch() {
         Write(ErrorAnswer(503, kBusy, kRetryBusy), true);
 }
 
-void THttpSession::OnAnswered(const std::shared_ptr<TRun>& run, THttpAnswer answer) {
+void THttpSession::OnAnswered(const std::shared_ptr<TRun>& run, TServiceAnswer answer) {
     if (phase_ == TPhase::Running && run == run_ && !run->Abandoned)
         Write(std::move(answer), parser_->get().keep_alive());
 }
 
 void THttpSession::Refuse(unsigned status, std::string_view text, unsigned retryAfterSeconds) {
-    THttpAnswer answer = ErrorAnswer(status, text, retryAfterSeconds);
+    TServiceAnswer answer = ErrorAnswer(status, text, retryAfterSeconds);
     if (status == 415)
         answer.Headers.emplace_back("Accept-Encoding", "identity");
     if (status == 405)
@@ -318,7 +318,7 @@ void THttpSession::Refuse(unsigned status, std::string_view text, unsigned retry
     Write(std::move(answer), false);
 }
 
-void THttpSession::Write(THttpAnswer answer, bool keepAlive) {
+void THttpSession::Write(TServiceAnswer answer, bool keepAlive) {
     phase_ = TPhase::Writing;
     keepAlive = keepAlive && !shared_.Stopping;
     auto response = std::make_shared<http::response<http::string_body>>();

@@ -1,7 +1,7 @@
 // One connection of the server. Everything here belongs to the thread that serves the connections.
 #pragma once
 
-#include "service/http_server.h"
+#include "service/request_server.h"
 #include "service/run_pool.h"
 
 #include <boost/asio/io_context.hpp>
@@ -82,11 +82,11 @@ class THttpSession : public std::enable_shared_from_this<THttpSession> {
     void ReadSomeOfBody();
     void OnBody(boost::beast::error_code failure);
     void Dispatch();
-    void OnAnswered(const std::shared_ptr<TRun>& run, THttpAnswer answer);
+    void OnAnswered(const std::shared_ptr<TRun>& run, TServiceAnswer answer);
     /// Answers a request that was not read to its end, after which the connection is closed.
     void Refuse(unsigned status, std::string_view text, unsigned retryAfterSeconds = 0);
     void RefuseUnread(boost::beast::error_code failure);
-    void Write(THttpAnswer answer, bool keepAlive);
+    void Write(TServiceAnswer answer, bool keepAlive);
     void OnWritten(boost::beast::error_code failure, bool keepAlive);
     void Tell(unsigned status, std::size_t bytesOut) const;
     /// Lets the client read the answer before the connection goes, whatever it still sends.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/http_server.h"
+#include "service/request_server.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "service/http_server.h"
+#include "service/request_server.h"
 
 #include "service/http_session.h"
 
@@ -46,7 +46,7 @@ std::string ReasonOf(TErrorCode failure) {
 
 } // namespace
 
-class THttpServer::TCore {
+class TRequestServer::TCore {
   public:
     TCore(const std::string& address, std::uint16_t port, const THttpLimits& limits,
           std::vector<THttpRoute> routes, THttpObserver observer)
@@ -201,43 +201,43 @@ class THttpServer::TCore {
     TRunPool pool_;
 };
 
-THttpServer::THttpServer(const std::string& address, std::uint16_t port, const THttpLimits& limits,
-                         std::vector<THttpRoute> routes, THttpObserver observer)
+TRequestServer::TRequestServer(const std::string& address, std::uint16_t port, const THttpLimits& limits,
+                               std::vector<THttpRoute> routes, THttpObserver observer)
     : core_(std::make_unique<TCore>(address, port, limits, std::move(routes), std::move(observer))) {}
 
-THttpServer::~THttpServer() = default;
+TRequestServer::~TRequestServer() = default;
 
-std::string THttpServer::Authority() const {
+std::string TRequestServer::Authority() const {
     const asio::ip::address address = core_->Local().address();
     const std::string host = address.to_string();
     return fmt::format("{}:{}", address.is_v6() ? '[' + host + ']' : host, Port());
 }
 
-std::uint16_t THttpServer::Port() const {
+std::uint16_t TRequestServer::Port() const {
     return core_->Local().port();
 }
 
-bool THttpServer::IsLoopback() const {
+bool TRequestServer::IsLoopback() const {
     return core_->Local().address().is_loopback();
 }
 
-bool THttpServer::Serve() {
+bool TRequestServer::Serve() {
     return core_->Serve();
 }
 
-void THttpServer::Stop() {
+void TRequestServer::Stop() {
     core_->PostStop();
 }
 
-void THttpServer::StopAtSignals() {
+void TRequestServer::StopAtSignals() {
     core_->StopAtSignals();
 }
 
-bool THttpServer::IsStopping() const {
+bool TRequestServer::IsStopping() const {
     return core_->IsStopping();
 }
 
-THttpLoad THttpServer::Load() const {
+THttpLoad TRequestServer::Load() const {
     return core_->Load();
 }
 

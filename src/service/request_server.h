@@ -40,7 +40,7 @@ struct THttpRoute {
     /// `worker`: number of the thread, 0-based, below THttpLimits::Runs. Called by several at a time. What it
     /// raises becomes the answer: an EHttpRefusal as it says, memory that is used up as 503, another failure
     /// as 500.
-    std::function<THttpAnswer(const THttpRequest& request, std::size_t worker)> Answer;
+    std::function<TServiceAnswer(const THttpRequest& request, std::size_t worker)> Answer;
 };
 
 /// What is known of a request once it is answered. Holds nothing that the client wrote.
@@ -74,16 +74,16 @@ class EListenFailed : public std::runtime_error {
 
 /// Serves routes on one address. One thread serves all connections, so that slow clients cost no more than
 /// their memory; THttpLimits::Runs others work on the requests.
-class THttpServer {
+class TRequestServer {
   public:
     /// Listens from here on. `address`: an IP address, or "localhost"; `port` 0: a free one. Raises
     /// EListenFailed.
-    THttpServer(const std::string& address, std::uint16_t port, const THttpLimits& limits,
-                std::vector<THttpRoute> routes, THttpObserver observer);
+    TRequestServer(const std::string& address, std::uint16_t port, const THttpLimits& limits,
+                   std::vector<THttpRoute> routes, THttpObserver observer);
     /// Waits for work that still runs.
-    ~THttpServer();
-    THttpServer(const THttpServer&) = delete;
-    THttpServer& operator=(const THttpServer&) = delete;
+    ~TRequestServer();
+    TRequestServer(const TRequestServer&) = delete;
+    TRequestServer& operator=(const TRequestServer&) = delete;
 
     /// As in an address of the web: "127.0.0.1:8080", "[::1]:8080".
     std::string Authority() const;
