@@ -42,7 +42,7 @@ std::string Megabytes(std::size_t bytes) {
     return fmt::format("{:.4g} MB", static_cast<double>(bytes) / (1 << 20));
 }
 
-TServiceAnswer AnswerOf(const THttpRoute& route, const THttpRequest& request, std::size_t worker) {
+TServiceAnswer AnswerOf(const THttpRoute& route, THttpRequest& request, std::size_t worker) {
     try {
         return route.Answer(request, worker);
     } catch (const EHttpRefusal& refusal) {
@@ -352,6 +352,8 @@ void THttpSession::OnWritten(TErrorCode failure, bool keepAlive) {
         Close();
     else if (keepAlive && !shared_.Stopping)
         BeginRequest();
+    else if (parser_->is_done() && buffer_.size() == 0)
+        Close();
     else
         Linger();
 }
@@ -387,7 +389,9 @@ void THttpSession::Drain() {
 }
 
 void THttpSession::Stop() {
-    if (phase_ == TPhase::Idle)
+    TErrorCode ignored;
+    const bool between = phase_ == TPhase::Idle || (phase_ == TPhase::Head && !parser_->got_some());
+    if (between && socket_.available(ignored) == 0)
         Close();
 }
 

@@ -37,10 +37,10 @@ struct THttpRoute {
     /// Does its work on one of the threads for that, in its turn; else it is answered at once by the thread
     /// that serves all connections, and has to be quick.
     bool IsRun = false;
-    /// `worker`: number of the thread, 0-based, below THttpLimits::Runs. Called by several at a time. What it
-    /// raises becomes the answer: an EHttpRefusal as it says, memory that is used up as 503, another failure
-    /// as 500.
-    std::function<TServiceAnswer(const THttpRequest& request, std::size_t worker)> Answer;
+    /// May use the request up. `worker`: number of the thread, 0-based, below THttpLimits::Runs; several call
+    /// at a time. What it raises becomes the answer: an EHttpRefusal as it says, memory that is used up as
+    /// 503, another failure as 500.
+    std::function<TServiceAnswer(THttpRequest& request, std::size_t worker)> Answer;
 };
 
 /// What is known of a request once it is answered. Holds nothing that the client wrote.

@@ -1,13 +1,13 @@
 #include "app/cli/cli.h"
 
 #include "app/cli/commands.h"
-#include "report/console.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
 #include "model/tiss_exceptions.h"
 #include "platform/file_memory.h"
 #include "platform/platform.h"
+#include "report/console.h"
 #include "schema_model/built_in_folders.h"
 
 #include <CLI/CLI.hpp>
@@ -98,6 +98,7 @@ class TCommandLine {
         AddEsquemas();
         AddTerminologia();
         AddDocumento();
+        AddServir();
     }
 
     int Run(const std::vector<std::string>& words) {
@@ -361,8 +362,34 @@ class TCommandLine {
         OnParsed(command, {}, [this] { return RunDocumento(context_, documento_, valor_); });
     }
 
+    void AddServir() {
+        CLI::App* command = AddCommand(app_, "servir", "Atende pedidos de validação e correção por HTTP");
+        command
+            ->add_option("--endereco", servir_.Endereco, "Endereço IP em que atende; se omitido, 127.0.0.1")
+            ->option_text("IP");
+        const auto number = [command](const std::string& name, auto& value, int least, int most,
+                                      const std::string& description) {
+            command->add_option(name, value, description)->option_text("N")->check(CLI::Range(least, most));
+        };
+        number("--porta", servir_.Porta, 0, 65535, "Porta; se omitida, 8080; 0 é uma livre");
+        number("--corpo-maximo", servir_.CorpoMaximo, 1, 4096,
+               "Maior corpo de uma requisição, em MB; se omitido, 64");
+        number("--memoria", servir_.Memoria, 1, 65536, "Todos os corpos juntos, em MB; se omitido, 256");
+        number("--execucoes", servir_.Execucoes, 1, 256,
+               "Requisições executadas ao mesmo tempo; se omitido, uma por processador");
+        number("--fila", servir_.Fila, 0, 65536, "Requisições que esperam a vez; se omitido, 16");
+        number("--conexoes", servir_.Conexoes, 1, 65536, "Conexões abertas; se omitido, 256");
+        number("--prazo-envio", servir_.PrazoEnvio, 1, 3600,
+               "Segundos para receber um corpo; se omitido, 120");
+        number("--prazo", servir_.Prazo, 1, 3600, "Segundos para responder a uma requisição; se omitido, 60");
+        number("--prazo-parada", servir_.PrazoParada, 1, 3600,
+               "Segundos para terminar o que está em andamento ao parar; se omitido, 25");
+        OnParsed(command, {}, [this] { return RunServir(context_, servir_); });
+    }
+
     TCliContext context_;
     CLI::App app_;
+    TServirOptions servir_;
     TValidarOptions validar_;
     TCorrigirOptions corrigir_;
     TRegrasOptions regras_;

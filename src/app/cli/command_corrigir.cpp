@@ -1,11 +1,11 @@
 #include "app/cli/commands.h"
-#include "report/console.h"
-#include "report/message_json.h"
 #include "app/correction_policy.h"
 #include "app/execute_solver.h"
-#include "app/structure_repair.h"
+#include "app/file_correction.h"
 #include "app/unified_diff.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
 #include "validation/signature.h"
 #include "xml/cut_text.h"
 #include "xml/lower_case.h"
@@ -76,15 +76,12 @@ class TCorrection {
         const std::shared_ptr<const std::string> text = Recode(before);
         const std::vector<std::string> enabled = context_.LoadConfig().EnabledValidations();
 
-        TCorrectionResult result{text, {}, {}};
-        if (options_.Estrutura)
-            result = RepairStructure(*controller_, text, enabled, options_.ComPerdas);
-        if (options_.Todas) {
-            TCorrectionResult all = CorrectAll(*controller_, result.Xml, enabled, ChoiceOf(options_));
-            result = Joined(std::move(result), std::move(all));
-        } else if (!options_.Estrutura) {
+        TCorrectionResult result = CorrectFile(
+            *controller_, text, enabled,
+            {.Estrutura = options_.Estrutura, .ComPerdas = options_.ComPerdas, .Todas = options_.Todas},
+            ChoiceOf(options_));
+        if (!options_.Todas && !options_.Estrutura)
             controller_->Validate(text, enabled);
-        }
         if (Result().ArquivoTiss == nullptr)
             return Refuse();
         if (!options_.Todas && !options_.Estrutura) {
@@ -106,16 +103,6 @@ class TCorrection {
   private:
     const TValidateArgs& Result() const { return controller_->Events().OnValidate.Current(); }
 
-    static TCorrectionResult Joined(TCorrectionResult first, TCorrectionResult second) {
-        const auto append = [](auto& to, auto& from) {
-            to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
-        };
-        append(first.Applied, second.Applied);
-        append(first.LeftOut, second.LeftOut);
-        first.Xml = std::move(second.Xml);
-        return first;
-    }
-
     int Status() const { return StatusOf(Result()); }
 
     /// The text as it is to be written in the encoding that the user asked for, which the controller then
@@ -123,12 +110,9 @@ class TCorrection {
     std::shared_ptr<const std::string> Recode(const TTissFile& before) const {
         if (options_.Codificacao.empty())
             return before.Text();
-        const auto misreading = FindMisreading(*before.Text(), before.Encoding());
-        TXmlRecoding recoding = RecodeXml(
-            misreading ? MeantText(*before.Text(), misreading->Kind) : *before.Text(), options_.Codificacao);
+        TXmlRecoding recoding = HoldInEncoding(*controller_, before, options_.Codificacao);
         for (const auto& replaced : recoding.Replaced)
             context_.Streams.Err << fmt::format("  {}\n", Visible(replaced->Msg()));
-        controller_->SetEncoding(EncodingToWrite(recoding.Text, {}));
         return std::make_shared<const std::string>(std::move(recoding.Text));
     }
 
@@ -198,7 +182,8 @@ class TCorrection {
     }
 
     std::string Difference(const std::string& before, const std::string& after) const {
-        return UnifiedDiff(before, after, Visible(options_.Arquivo), Visible(options_.Arquivo) + " (corrigido)");
+        return UnifiedDiff(before, after, Visible(options_.Arquivo),
+                           Visible(options_.Arquivo) + " (corrigido)");
     }
     /// The difference of the texts, the corrected one as it will be read.
     std::string TextDifference(const TTissFile& before, const TTissFile& after) const {
@@ -292,18 +277,11 @@ class TCorrection {
 
     TJson Report(const TTissFile& before, const TTissFile& after, const TCorrectionResult& result,
                  const std::string& renamed) const {
-        TJson report = {{"arquivo", options_.Arquivo},
-                        {"correcoes", TJson::array()},
-                        {"naoCorrigidas", TJson::array()},
-                        {"valido", VerdictJson(Result())}};
+        TJson report = CorrectionReportJson(options_.Arquivo, result, Result());
         if (!renamed.empty())
             report["nome"] = renamed;
         if (!options_.Codificacao.empty())
             report["codificacao"] = options_.Codificacao;
-        for (const TCorrectionRecord& record : result.Applied)
-            report["correcoes"].push_back(CorrectionJson(record));
-        for (const TCorrectionRecord& record : result.LeftOut)
-            report["naoCorrigidas"].push_back(CorrectionJson(record));
         if (options_.Simular)
             report["diferenca"] = TextDifference(before, after);
         return report;

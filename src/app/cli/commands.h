@@ -168,4 +168,20 @@ struct TCorrigirOptions {
 };
 int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options);
 
+/// Sizes in MB (1,048,576 bytes), times in seconds.
+struct TServirOptions {
+    std::string Endereco = "127.0.0.1";
+    int Porta = 8080; ///< 0: a free one
+    unsigned CorpoMaximo = 64;
+    unsigned Memoria = 256;            ///< of all bodies together
+    std::optional<unsigned> Execucoes; ///< at a time; nothing: as many as there are processors
+    unsigned Fila = 16;
+    unsigned Conexoes = 256;
+    unsigned PrazoEnvio = 120;
+    unsigned Prazo = 60;
+    unsigned PrazoParada = 25;
+};
+/// Serves until it is told to stop by SIGINT or SIGTERM.
+int RunServir(const TCliContext& context, const TServirOptions& options);
+
 } // namespace conferix
