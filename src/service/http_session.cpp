@@ -28,6 +28,8 @@ constexpr unsigned kRetryStopped = 5;
 constexpr std::chrono::milliseconds kLinger{2'000};
 /// What was cancelled ends by itself within this time.
 constexpr std::chrono::milliseconds kCancelled{1'000};
+/// How long a connection that has sent nothing yet is waited for when the server stops.
+constexpr std::chrono::milliseconds kLastMoment{100};
 constexpr std::size_t kReadAtOnce = std::size_t{64} << 10;
 
 constexpr std::string_view kBusy = "O serviço está ocupado; tente de novo em instantes.";
@@ -390,9 +392,10 @@ void THttpSession::Drain() {
 
 void THttpSession::Stop() {
     TErrorCode ignored;
-    const bool between = phase_ == TPhase::Idle || (phase_ == TPhase::Head && !parser_->got_some());
-    if (between && socket_.available(ignored) == 0)
+    if (phase_ == TPhase::Idle && socket_.available(ignored) == 0)
         Close();
+    else if (phase_ == TPhase::Head && !parser_->got_some())
+        Arm(kLastMoment); // what has arrived already is on its way to the parser
 }
 
 void THttpSession::Abort() {

@@ -108,8 +108,8 @@ class TRequestServer::TCore {
         signals_.async_wait([this](TErrorCode failure, int) {
             if (failure)
                 return;
+            AwaitSignal(); // before Stop(), which ends it where nothing is under way
             Stop();
-            AwaitSignal();
         });
     }
 

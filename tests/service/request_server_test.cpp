@@ -1,14 +1,13 @@
 // The server through real connections: what clients send, well or badly, and what comes back.
+#include "service/http_test_client.h"
 #include "service/multipart.h"
 #include "service/request_server.h"
 #include "support/case_file.h"
 
-#include <boost/asio/ip/tcp.hpp>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <iterator>
 #include <mutex>
 #include <thread>
 
@@ -16,10 +15,10 @@ namespace conferix {
 namespace {
 
 using namespace std::chrono_literals;
-using boost::asio::ip::tcp;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
+using tests::TTestClient;
 
 /// Little of everything, so that going beyond it takes little.
 THttpLimits SmallLimits() {
@@ -36,30 +35,6 @@ THttpLimits SmallLimits() {
             .Idle = 300ms,
             .Stop = 10s};
 }
-
-/// A connection of a client.
-class TClient {
-  public:
-    explicit TClient(std::uint16_t port) : stream_("127.0.0.1", std::to_string(port)) {
-        stream_.expires_after(10s);
-    }
-    bool IsConnected() const { return stream_.good(); }
-    TClient& Send(const std::string& text) {
-        stream_ << text << std::flush;
-        return *this;
-    }
-    /// Sends no more; the server sees the end.
-    TClient& End() {
-        boost::system::error_code ignored;
-        stream_.socket().shutdown(tcp::socket::shutdown_send, ignored);
-        return *this;
-    }
-    /// All until the server closes.
-    std::string Answer() { return {std::istreambuf_iterator<char>(stream_), {}}; }
-
-  private:
-    tcp::iostream stream_;
-};
 
 const std::string kSlow =
     "POST /lento HTTP/1.1\r\nHost: a\r\nConnection: close\r\nContent-Length: 1\r\n\r\nx";
@@ -111,7 +86,7 @@ class RequestServer : public testing::Test {
             End();
     }
 
-    TClient Client() const { return TClient(server_->Port()); }
+    TTestClient Client() const { return TTestClient(server_->Port()); }
     std::string Ask(const std::string& text) const { return Client().Send(text).End().Answer(); }
     void AwaitRuns(int count) const {
         while (begun_ < count)
@@ -134,7 +109,7 @@ class RequestServer : public testing::Test {
 TEST_F(RequestServer, AnswersEveryRequestAsTheCasesSay) {
     Begin();
     for (const tests::TCase& c : tests::Cases("service/requests.casos")) {
-        TClient client = Client();
+        TTestClient client = Client();
         for (const auto& [text, repeated] : c.Inputs)
             for (int times = repeated.empty() ? 1 : std::stoi(repeated); times > 0; --times)
                 client.Send(text);
@@ -161,10 +136,10 @@ TEST_F(RequestServer, AnswersEveryRequestAsTheCasesSay) {
 
 TEST_F(RequestServer, TurnsAwayWhatGoesBeyondItsRunsAndConnections) {
     Begin();
-    TClient first = Client();
+    TTestClient first = Client();
     first.Send(kSlow);
     AwaitRuns(1);
-    TClient second = Client();
+    TTestClient second = Client();
     second.Send(kSlow);
     AwaitLoad([](const THttpLoad& load) { return load.Waiting == 1; });
     const std::string third = Ask(kSlow);
@@ -172,7 +147,7 @@ TEST_F(RequestServer, TurnsAwayWhatGoesBeyondItsRunsAndConnections) {
     EXPECT_THAT(third, HasSubstr("Retry-After: 2\r\n"));
     EXPECT_THAT(Ask("GET /rapido?a HTTP/1.1\r\nHost: a\r\n\r\n"), HasSubstr("200 OK"))
         << "is never kept waiting";
-    std::vector<TClient> idle;
+    std::vector<TTestClient> idle;
     for (int i = 0; i < 8; ++i)
         idle.push_back(Client());
     EXPECT_THAT(idle.back().Answer(), StartsWith("HTTP/1.1 503 "));
@@ -185,7 +160,7 @@ TEST_F(RequestServer, TurnsAwayBodiesBeyondWhatItHolds) {
     Begin();
     const std::string half =
         "POST /eco HTTP/1.1\r\nHost: a\r\nContent-Length: 1000\r\n\r\n" + std::string(900, 'x');
-    TClient first = Client();
+    TTestClient first = Client();
     first.Send(half);
     AwaitLoad([](const THttpLoad& load) { return load.HeldBytes == 900; });
     EXPECT_THAT(Client().Send(half).Answer(), StartsWith("HTTP/1.1 503 "));
@@ -205,10 +180,10 @@ TEST_F(RequestServer, EndsARequestWhoseTimeIsOverAndGoesOn) {
 
 TEST_F(RequestServer, FinishesWhatIsUnderWayWhenItStops) {
     Begin();
-    TClient client = Client();
+    TTestClient client = Client();
     client.Send(kSlow);
     AwaitRuns(1);
-    TClient between = Client();
+    TTestClient between = Client();
     between.Send("GET /rapido HTTP/1.1\r\nHost: a\r\n\r\n");
     server_->Stop();
     EXPECT_THAT(between.Answer(), StartsWith("HTTP/1.1 200 "))
@@ -226,7 +201,7 @@ TEST_F(RequestServer, StopsAfterItsTimeWhateverStillRuns) {
     THttpLimits limits = SmallLimits();
     limits.Stop = 100ms;
     Begin(limits);
-    TClient client = Client();
+    TTestClient client = Client();
     client.Send(kSlow);
     AwaitRuns(1);
     server_->Stop();
