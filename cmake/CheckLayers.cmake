@@ -5,7 +5,6 @@ cmake_minimum_required(VERSION 3.23)
 
 # What a header between angle brackets belongs to; one of the targets has to be declared.
 set(external_headers
-    "^CLI/" CLI11::CLI11
     "^SQLiteCpp/" SQLiteCpp
     "^SimpleIni\\.h$" PkgConfig::SIMPLEINI
     "^boost/" Boost::headers

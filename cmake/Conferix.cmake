@@ -59,6 +59,20 @@ function(conferix_test name)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ENVIRONMENT "TZ=America/Sao_Paulo")
 endfunction()
 
+# conferix_install_manual(<page> <component>): a page of section 1, compressed as Debian wants it.
+function(conferix_install_manual page component)
+    get_filename_component(name ${page} NAME)
+    set(compressed ${CMAKE_BINARY_DIR}/share/man/${name}.gz)
+    add_custom_command(
+        OUTPUT ${compressed}
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/share/man
+        COMMAND gzip -9nc ${page} > ${compressed}
+        DEPENDS ${page}
+        COMMENT "Compactando ${name}")
+    add_custom_target(conferix_manual_${component} ALL DEPENDS ${compressed})
+    install(FILES ${compressed} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${component})
+endfunction()
+
 # Every build checks the includes of all units against their declared dependencies.
 function(conferix_check_layers)
     get_property(units GLOBAL PROPERTY CONFERIX_UNITS)

@@ -1,13 +1,14 @@
-# Lido por scripts/rodar, scripts/testar, scripts/conferir e scripts/fuzz: instala o que falta, configura e compila.
+# Lido pelos outros scripts: instala o que falta, configura e compila.
 # Uso: source preparar.sh; preparar <preset> <alvo...>
 
 raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 pacotes_compilar=(g++ cmake ninja-build pkg-config libexpat1-dev libicu-dev libssl-dev libsqlite3-dev
-    libsqlitecpp-dev nlohmann-json3-dev libcli11-dev libfmt-dev libre2-dev libzip-dev libspdlog-dev
+    libsqlitecpp-dev nlohmann-json3-dev libfmt-dev libre2-dev libzip-dev libspdlog-dev
     libsimpleini-dev libcurl4-openssl-dev libcsv-dev nettle-dev libboost-dev)
 pacotes_janela=(qt6-base-dev libqscintilla2-qt6-dev)
-pacotes_testar=(libgtest-dev libgmock-dev libxml2-dev locales patch)
+pacotes_testar=(libgtest-dev libgmock-dev libvalijson-dev libxml2-dev locales patch zsh fish mandoc)
+pacotes_empacotar=(dpkg-dev fakeroot file gzip)
 pacotes_conferir=(clang-format clang-tidy git)
 pacotes_fuzz=(clang libclang-rt-14-dev)
 

@@ -1,5 +1,6 @@
 #include "app/ini_section.h"
 
+#include "data/database_tuss.h"
 #include "platform/platform.h"
 
 #define SI_NO_CONVERSION // texts stay in UTF-8
@@ -16,7 +17,14 @@ struct TIniSection::TIni {
 
 std::filesystem::path TIniSection::DefaultFile() {
     const std::string named = GetEnvironment("CONFERIX_INI");
-    return named.empty() ? ExecutablePath().parent_path() / "Conferix.ini" : PathFromText(named);
+    if (!named.empty())
+        return PathFromText(named);
+    const std::filesystem::path beside = ExecutablePath().parent_path() / "Conferix.ini";
+    // Where the terminology lies elsewhere the program is installed for all users, and its folder is not
+    // theirs.
+    const bool installed = TDatabaseTuss::DeliveredFileName().parent_path() != beside.parent_path();
+    std::error_code ignored;
+    return installed && !std::filesystem::exists(beside, ignored) ? DataFolder() / "Conferix.ini" : beside;
 }
 
 TIniSection::TIniSection(std::filesystem::path file, std::string section)
@@ -53,6 +61,8 @@ void TIniSection::WriteInteger(const std::string& key, int value) {
 void TIniSection::SaveFile() const {
     std::string text;
     ini_->File.Save(text);
+    if (file_.has_parent_path())
+        CreateFolder(file_.parent_path());
     WriteFileAtomically(file_, text);
 }
 

@@ -1,6 +1,7 @@
 #include "data/database_tuss.h"
 
 #include "platform/platform.h"
+#include "platform/share_folder.h"
 
 #include <string>
 
@@ -36,7 +37,10 @@ fs::path DefaultFileName() {
 TDatabaseTuss::TDatabaseTuss(const fs::path& file) : fileName_(file.empty() ? DefaultFileName() : file) {}
 
 fs::path TDatabaseTuss::DeliveredFileName() {
-    return ExecutablePath().parent_path() / "tuss.db";
+    std::error_code ignored;
+    fs::path beside = ExecutablePath().parent_path() / "tuss.db";
+    fs::path shared = ShareFolder() / "tuss.db";
+    return !fs::exists(beside, ignored) && fs::exists(shared, ignored) ? shared : beside;
 }
 
 fs::path TDatabaseTuss::ImportedFileName() {

@@ -15,7 +15,7 @@ class TDatabaseTuss {
     /// is one; else the delivered one.
     explicit TDatabaseTuss(const std::filesystem::path& file = {});
 
-    /// "tuss.db" beside the executable, which is never written to.
+    /// "tuss.db" beside the executable, or in the share folder of an installed program; never written to.
     static std::filesystem::path DeliveredFileName();
     /// "tuss.db" in the data folder, which imports write. Raises EDataFolderUnknown.
     static std::filesystem::path ImportedFileName();

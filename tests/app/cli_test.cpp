@@ -1,3 +1,4 @@
+#include "app/cli/command_help.h"
 #include "app/tiss_file.h"
 #include "data/tuss_writer.h"
 #include "support/command_test.h"
@@ -65,26 +66,26 @@ TEST_F(Cli, JsonTellsEverything) {
     const json files = json::parse(result.Out);
     ASSERT_EQ(files.size(), 2U);
     json first = files[0];
-    EXPECT_THAT(first["mensagens"][0]["id"].get<std::string>(), StartsWith("{"));
-    first["mensagens"][0].erase("id");
+    EXPECT_EQ(Run({"--versao"}).Out, "conferix " + first["versaoPrograma"].get<std::string>() + "\n");
+    first.erase("versaoPrograma");
     const std::string motivo = first["mensagens"][0]["motivo"];
     EXPECT_THAT(motivo, StartsWith("O hash informado no arquivo está válido e de acordo"));
     first["mensagens"][0].erase("motivo");
     EXPECT_EQ(first["mensagens"][0]["texto"], "[Linha: 4] " + motivo);
     first["mensagens"][0].erase("texto");
-    first["mensagens"][1].erase("id");
     const std::string hash = first["mensagens"][0]["origem"];
-    EXPECT_EQ(first,
-              json::parse(R"({"arquivo": ")" + File("acento.xml") + R"(", "xmlValido": true, "valido": true,
+    EXPECT_EQ(first, json::parse(R"({"arquivo": ")" + File("acento.xml") +
+                                 R"(", "xmlValido": true, "valido": true, "versaoFormato": 1,
         "estado": ["sfAberto", "sfValidado", "sfValido"], "tipoArquivo": "taMensagemTISS",
-        "tipoTransacao": "tmEnvioLoteGuias", "versao": "4.01.00", "erros": 0, "avisos": 0, "ocultas": 0, "naoListadas": 0,
+        "tipoTransacao": "tmEnvioLoteGuias", "versao": "4.01.00", "esquemaAproximado": false, "erros": 0, "avisos": 0,
+        "contagens": {"mtFatal": 0, "mtError": 0, "mtWarning": 0, "mtInformation": 1}, "ocultas": 0, "naoListadas": 0,
         "mensagens": [
-        {"tipo": "mtInformation", "validacao": "tiss.mensagem.hash", "linha": 4, "coluna": 75, "posicao": 609, "guia": "",
+        {"id": 1, "tipo": "mtInformation", "validacao": "tiss.mensagem.hash", "linha": 4, "coluna": 75, "posicao": 609, "guia": "",
          "campo": "", "origem": ")" +
-                          hash + R"(", "exibida": true, "grupo": 1, "correcoes": [
+                                 hash + R"(", "exibida": true, "grupo": 1, "correcoes": [
            {"nome": "THashSolver_UTF8", "descricao": "Corrigir Hash com codificação UTF-8"},
            {"nome": "TSanitizeHashSolver", "descricao": "Sanitizar o XML e corrigir Hash. \r\nO processo de sanitização irá remover espaços em branco no início e fim do conteúdo das tags, caracteres invisíveis (CR, LF, tabs, etc) e os acentos dos caracteres."}]},
-        {"tipo": "mtSuccess", "validacao": "", "linha": 0, "coluna": 0, "posicao": 0, "guia": "", "campo": "",
+        {"id": 2, "tipo": "mtSuccess", "validacao": "", "linha": 0, "coluna": 0, "posicao": 0, "guia": "", "campo": "",
          "motivo": "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.",
          "texto": "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.", "origem": "", "exibida": true, "grupo": 2,
          "correcoes": []}]})"))
@@ -211,7 +212,7 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
         ++count;
     }
     EXPECT_GT(count, 145);
-    EXPECT_THAT(Run({}).Err, HasSubstr("falta o comando"));
+    EXPECT_THAT(Run({}).Err, HasSubstr("conferix: erro: Falta o comando: validar, corrigir, "));
     EXPECT_EQ(ReadTestFile("valido.xml"), source);
     std::filesystem::current_path(before);
 }
@@ -307,6 +308,35 @@ TEST_F(Cli, RulesSwitchedAtOnceLoseNothingAndUnknownOnesStay) {
     const TCommandResult damaged = Run({"regras", "--config", File("config.json")});
     EXPECT_EQ(damaged.Status, kExitUnreadable);
     EXPECT_THAT(damaged.Err, HasSubstr(File("config.json")));
+}
+
+TEST_F(Cli, CommandsAreToldWithExamplesThatCanBeRun) {
+    const std::string docs = ReadTestFile(std::filesystem::path(CONFERIX_FONTE) / "docs/comandos.md");
+    EXPECT_EQ(Run({"ajuda", "--formato", "markdown"}).Out, docs);
+    const std::string page = Run({"ajuda", "--formato", "man"}).Out;
+    std::istringstream in;
+    std::ostringstream out;
+    TCliContext context{{in, out, out}, "texto", {}, {}, {}};
+    TCommand root;
+    AddCommands(root, context);
+    for (const TCommand* command : RunnableCommands(root)) {
+        EXPECT_GE(command->Examples.size(), 2U) << command->Name;
+        for (TParameter option : command->Options)
+            EXPECT_THAT(HelpText(root, *command), HasSubstr("  " + NamesOf(option)));
+        for (const TExample& example : command->Examples) {
+            std::istringstream line(example.Line.substr(example.Line.find("conferix ")));
+            std::vector<std::string> words;
+            for (std::string word; line >> std::quoted(word) && word != "|";)
+                words.push_back(word.substr(0, word.find(')')));
+            words.erase(words.begin());
+            EXPECT_NO_THROW(ParseCommandLine(root, words)) << example.Line;
+            EXPECT_THAT(docs, HasSubstr(example.Line));
+        }
+    }
+    // What a page would take for a request of its own is text.
+    std::istringstream lines(page);
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_THAT(line, testing::MatchesRegex("[^.'].*|[.](\\\\\"|TH|SH|SS|PP|TP|BR?|I)( .*)?")) << line;
 }
 
 TEST_F(Cli, TheListOfRulesInTheDocumentationIsCurrent) {

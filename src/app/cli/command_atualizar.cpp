@@ -1,11 +1,11 @@
 #include "app/cli/commands.h"
-#include "report/console.h"
-#include "report/message_json.h"
 #include "app/updater.h"
 #include "data/constantes.h"
 #include "data/database_tuss.h"
 #include "data/import/tuss_importer.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
 
 #include <fmt/format.h>
 

@@ -23,7 +23,7 @@ namespace conferix {
 
 namespace {
 
-void CheckOptions(const TCorrigirOptions& options) {
+void CheckOptions(const TCliContext& context, const TCorrigirOptions& options) {
     const bool corrects =
         options.Todas || options.Estrutura || options.Mensagem != 0 || !options.Codificacao.empty();
     const bool writes = !options.Saida.empty() || options.NoLugar || options.Simular;
@@ -31,8 +31,20 @@ void CheckOptions(const TCorrigirOptions& options) {
         throw EUsage("escolha o que corrigir, com --mensagem N, --estrutura, --todas ou --codificacao");
     if (options.Copia && options.Saida.empty() && !options.NoLugar)
         throw EUsage("--copia guarda o arquivo que é substituído; use com --no-lugar ou --saida ARQUIVO");
-    if (options.NoLugar && options.Arquivo == "-")
+    const bool input = std::ranges::find(options.Arquivos, "-") != options.Arquivos.end();
+    if (options.NoLugar && input)
         throw EUsage("a entrada padrão não pode ser corrigida no lugar; use --saida ARQUIVO");
+    if (options.Arquivos.size() > 1) {
+        if (options.Mensagem != 0)
+            throw EUsage(
+                "--mensagem escolhe uma mensagem de um arquivo; com vários, use --todas ou --estrutura");
+        if (corrects && !options.NoLugar && !options.Simular)
+            throw EUsage("para corrigir vários arquivos, use --no-lugar ou --simular");
+    }
+    if (corrects && !writes && context.Streams.OutIsTerminal && !context.Json())
+        throw EUsage("o arquivo corrigido não é mostrado no terminal; use --simular para ver as diferenças, "
+                     "--no-lugar "
+                     "ou --saida ARQUIVO para gravar, ou redirecione a saída (> ARQUIVO)");
 }
 
 /// The chosen correction where a message has it, else the first.
@@ -68,11 +80,13 @@ std::filesystem::path NameWithHash(const std::filesystem::path& name, const std:
 /// Corrects one file.
 class TCorrection {
   public:
-    TCorrection(const TCliContext& context, const TCorrigirOptions& options)
-        : context_(context), options_(options), controller_(context.NewController()) {}
+    /// The report of JSON is added to `reports`.
+    TCorrection(const TCliContext& context, const TCorrigirOptions& options, std::string file, TJson& reports)
+        : context_(context), options_(options), file_(std::move(file)), reports_(reports),
+          controller_(context.NewController()) {}
 
     int Run(const TTissFile& before) {
-        controller_->Load(options_.Arquivo, before);
+        controller_->Load(file_, before);
         const std::shared_ptr<const std::string> text = Recode(before);
         const std::vector<std::string> enabled = context_.LoadConfig().EnabledValidations();
 
@@ -95,7 +109,7 @@ class TCorrection {
         Write(before, after);
         const std::string renamed = Rename(after);
         if (context_.Json())
-            context_.Streams.Out << JsonText(Report(before, after, result, renamed)) << '\n';
+            reports_.push_back(Report(before, after, result, renamed));
         Summarize(result);
         return Status();
     }
@@ -119,7 +133,7 @@ class TCorrection {
     /// Without a file that was understood there is nothing to correct and nothing to write.
     int Refuse() const {
         for (const auto& message : Result().ValidationMessages)
-            context_.Error(fmt::format("{}: {}", options_.Arquivo, OneLine(message->Msg())));
+            context_.Error(fmt::format("{}: {}", file_, OneLine(message->Msg())));
         return Status();
     }
 
@@ -136,7 +150,7 @@ class TCorrection {
                 continue;
             if (context_.Json()) {
                 TJson entry = {{"numero", i + 1}};
-                entry.update(MessageJson(message, true));
+                entry.update(MessageJson(message, i + 1, true));
                 list.push_back(std::move(entry));
                 continue;
             }
@@ -147,10 +161,13 @@ class TCorrection {
                 text += fmt::format("  correção {}: {}\n", k + 1,
                                     IndentLines(message.Solvers()[k]->Description(), 4));
         }
+        const bool many = options_.Arquivos.size() > 1;
         if (context_.Json())
-            out << JsonText(list) << '\n';
+            reports_.push_back(many ? TJson({{"arquivo", file_}, {"mensagens", std::move(list)}})
+                                    : std::move(list));
         else
-            out << (text.empty() ? "Nenhuma mensagem oferece correção.\n" : text);
+            out << (many ? Visible(file_) + '\n' : "")
+                << (text.empty() ? "Nenhuma mensagem oferece correção.\n" : text);
         return Status();
     }
 
@@ -169,7 +186,7 @@ class TCorrection {
                                      number, Counted(message.Solvers().size(), "correção", "correções")));
         const auto& solver = message.Solvers()[options_.Correcao == 0 ? 0 : options_.Correcao - 1];
         if (const std::string refusal = MisreadRefusal(*solver, messages); !refusal.empty())
-            context_.Warning(fmt::format("{}: {} (--codificacao).", options_.Arquivo, refusal));
+            context_.Warning(fmt::format("{}: {} (--codificacao).", file_, refusal));
         TCorrectionResult result{text, {}, {}};
         const TXmlEncoding encoding = controller_->Encoding();
         ExecuteSolver(*controller_, messages, message.Id(), enabled,
@@ -182,8 +199,7 @@ class TCorrection {
     }
 
     std::string Difference(const std::string& before, const std::string& after) const {
-        return UnifiedDiff(before, after, Visible(options_.Arquivo),
-                           Visible(options_.Arquivo) + " (corrigido)");
+        return UnifiedDiff(before, after, Visible(file_), Visible(file_) + " (corrigido)");
     }
     /// The difference of the texts, the corrected one as it will be read.
     std::string TextDifference(const TTissFile& before, const TTissFile& after) const {
@@ -211,7 +227,7 @@ class TCorrection {
             if (!context_.Json())
                 context_.Streams.Out << after.Bytes();
         } else if (after.Bytes() != before.Bytes()) {
-            const std::filesystem::path file = PathFromText(options_.Arquivo);
+            const std::filesystem::path file = PathFromText(file_);
             try {
                 Replace(after, file);
             } catch (const EFileChanged& error) {
@@ -238,14 +254,13 @@ class TCorrection {
 
     /// The name that the corrected file would have, where its name carries its hash; empty for none.
     std::filesystem::path NewName() const {
-        return NameWithHash(PathFromText(options_.Arquivo).filename(),
-                            std::string(Result().ArquivoTiss->Hash()));
+        return NameWithHash(PathFromText(file_).filename(), std::string(Result().ArquivoTiss->Hash()));
     }
 
     /// Before anything is written: the name that the file is to get must be free.
     void RequireFreeName() const {
         const std::filesystem::path name = NewName();
-        const std::filesystem::path target = PathFromText(options_.Arquivo).parent_path() / name;
+        const std::filesystem::path target = PathFromText(file_).parent_path() / name;
         std::error_code failure;
         if (options_.Renomear && !name.empty() &&
             std::filesystem::exists(std::filesystem::symlink_status(target, failure)))
@@ -258,26 +273,25 @@ class TCorrection {
         const std::filesystem::path name = NewName();
         if (name.empty())
             return {};
-        const std::filesystem::path file = PathFromText(options_.Arquivo);
+        const std::filesystem::path file = PathFromText(file_);
         const std::filesystem::path target = file.parent_path() / name;
         if (!options_.Renomear || after.Bytes() != ReadWholeFile(file)) {
             context_.Warning(
-                fmt::format("{}: o nome do arquivo leva o hash; com o hash corrigido, o nome é {}",
-                            options_.Arquivo, PathText(name)));
+                fmt::format("{}: o nome do arquivo leva o hash; com o hash corrigido, o nome é {}", file_,
+                            PathText(name)));
             return PathText(name);
         }
         std::error_code failure;
         std::filesystem::rename(file, target, failure);
         if (failure)
             throw EFileNotWritten(target, ReasonText(failure));
-        context_.Streams.Err << fmt::format("{}: o arquivo agora se chama {}\n", options_.Arquivo,
-                                            PathText(name));
+        context_.Streams.Err << fmt::format("{}: o arquivo agora se chama {}\n", file_, PathText(name));
         return PathText(name);
     }
 
     TJson Report(const TTissFile& before, const TTissFile& after, const TCorrectionResult& result,
                  const std::string& renamed) const {
-        TJson report = CorrectionReportJson(options_.Arquivo, result, Result());
+        TJson report = CorrectionReportJson(file_, result, Result());
         if (!renamed.empty())
             report["nome"] = renamed;
         if (!options_.Codificacao.empty())
@@ -317,7 +331,7 @@ class TCorrection {
         if (!options_.Codificacao.empty())
             context_.Streams.Err << fmt::format("  codificação: {}\n", options_.Codificacao);
         context_.Streams.Err << fmt::format(
-            "{}: {}; {}.\n", Visible(options_.Arquivo),
+            "{}: {}; {}.\n", Visible(file_),
             corrections == 0
                 ? (options_.Codificacao.empty() ? "nada foi corrigido" : "nada mais foi corrigido")
                 : Counted(corrections, "correção aplicada", "correções aplicadas"),
@@ -325,26 +339,38 @@ class TCorrection {
             : failures == 0    ? "o arquivo está válido"
                                : Counted(failures, "erro permanece", "erros permanecem"));
         if (controller_->Encoding().Fault != nullptr && corrections != 0)
-            context_.Warning(fmt::format("{}: o texto corrigido fica na codificação que o arquivo declara.",
-                                         options_.Arquivo));
+            context_.Warning(
+                fmt::format("{}: o texto corrigido fica na codificação que o arquivo declara.", file_));
         const auto& file = Result().ArquivoTiss;
         if (corrections != 0 && file != nullptr && IsSigned(*file->Xml()))
-            context_.Warning(fmt::format("{}: {}", options_.Arquivo, kSignatureNote));
+            context_.Warning(fmt::format("{}: {}", file_, kSignatureNote));
     }
 
     const TCliContext& context_;
     const TCorrigirOptions& options_;
+    std::string file_;
+    TJson& reports_;
     std::unique_ptr<TValidadorController> controller_;
 };
 
 } // namespace
 
 int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options) {
-    CheckOptions(options);
-    return RunOnFile(
-        context, options.Arquivo,
-        [&](const TTissFile& file) { return TCorrection(context, options).Run(file); },
-        TXmlUndecodable::Guessed);
+    CheckOptions(context, options);
+    TJson reports = TJson::array();
+    int status = kExitValid;
+    for (const std::string& file : options.Arquivos)
+        status = std::max(status, RunOnFile(
+                                      context, file,
+                                      [&](const TTissFile& read) {
+                                          return TCorrection(context, options, file, reports).Run(read);
+                                      },
+                                      TXmlUndecodable::Guessed));
+    if (context.Json() && options.Arquivos.size() > 1)
+        context.Streams.Out << JsonText(reports) << '\n';
+    else if (context.Json() && !reports.empty())
+        context.Streams.Out << JsonText(reports.front()) << '\n';
+    return status;
 }
 
 } // namespace conferix

@@ -1,13 +1,13 @@
 #include "app/cli/command_importar.h"
 
 #include "app/cli/commands.h"
-#include "report/console.h"
-#include "report/message_json.h"
 #include "app/cli/progress.h"
 #include "data/database_tuss.h"
 #include "data/import/tuss_importer.h"
 #include "platform/format_settings.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>

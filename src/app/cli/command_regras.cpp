@@ -1,9 +1,10 @@
 #include "app/application_log.h"
 #include "app/cli/commands.h"
-#include "report/console.h"
-#include "report/rules_json.h"
 #include "app/configuracao_validacoes.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
+#include "report/rules_json.h"
 
 #include <fmt/format.h>
 

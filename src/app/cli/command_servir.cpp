@@ -18,11 +18,11 @@ TTissServerOptions ServerOptions(const TServirOptions& options) {
     server.Port = static_cast<std::uint16_t>(options.Porta);
     server.Version = CONFERIX_VERSAO;
     THttpLimits& limits = server.Limits;
-    limits.BodyBytes = std::size_t{options.CorpoMaximo} << 20;
-    limits.HeldBytes = std::max(limits.BodyBytes, std::size_t{options.Memoria} << 20);
+    limits.BodyBytes = static_cast<std::size_t>(options.CorpoMaximo) << 20;
+    limits.HeldBytes = std::max(limits.BodyBytes, static_cast<std::size_t>(options.Memoria) << 20);
     limits.Runs = options.Execucoes.value_or(std::max(1U, std::thread::hardware_concurrency()));
-    limits.Waiting = options.Fila;
-    limits.Connections = options.Conexoes;
+    limits.Waiting = static_cast<std::size_t>(options.Fila);
+    limits.Connections = static_cast<std::size_t>(options.Conexoes);
     limits.Upload = std::chrono::seconds(options.PrazoEnvio);
     limits.Run = std::chrono::seconds(options.Prazo);
     limits.Stop = std::chrono::seconds(options.PrazoParada);

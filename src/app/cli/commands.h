@@ -69,9 +69,17 @@ int RunOnFile(const TCliContext& context, const std::string& fileName, const TFi
 
 struct TValidarOptions {
     std::vector<std::string> Arquivos;
-    std::vector<std::string> Desativar;
+    std::string Lista;                  ///< file with further names; "-": the standard input
+    std::vector<std::string> Desativar; ///< rules, and groups of them
+    std::string Nivel;                  ///< erro, aviso or informacao; empty: not given
+    std::string Agrupar;                ///< linha or regra; empty: not given
+    std::string Saida;                  ///< file for the report; empty: the standard output
     bool Todas = false;
-    bool Detalhar = false; ///< every finding by itself
+    bool Detalhar = false;     ///< every finding by itself
+    bool Resumo = false;       ///< a line a file
+    bool Silencioso = false;   ///< only the exit status
+    bool Estatisticas = false; ///< counts by rule and by file
+    bool Totais = false;       ///< a last line about all files
     bool SemSubpastas = false;
     std::optional<unsigned> Paralelo; ///< files at a time; nothing: as many as there are processors
 };
@@ -106,7 +114,7 @@ struct TProxyOptions {
 /// Shows the proxy settings, or changes those that are given.
 int RunProxy(const TCliContext& context, const TProxyOptions& options);
 
-/// `documento`: "cpf", "cnpj" or "cns". Raises EUsage for any other.
+/// `documento`: "cpf", "cnpj" or "cns"; `valor` with or without punctuation.
 int RunDocumento(const TCliContext& context, const std::string& documento, const std::string& valor);
 int RunEsquemasListar(const TCliContext& context);
 /// `origem`: a folder or a ZIP file as the regulator publishes it.
@@ -153,7 +161,7 @@ struct TProcurarOptions {
 int RunTerminologiaProcurar(const TCliContext& context, const TProcurarOptions& options);
 
 struct TCorrigirOptions {
-    std::string Arquivo;
+    std::vector<std::string> Arquivos;
     int Mensagem = 0; ///< 1-based, in the list that `validar` shows; 0: none chosen
     int Correcao = 0; ///< 1-based, of the message; 0: the first
     bool Todas = false;
@@ -172,14 +180,14 @@ int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options);
 struct TServirOptions {
     std::string Endereco = "127.0.0.1";
     int Porta = 8080; ///< 0: a free one
-    unsigned CorpoMaximo = 64;
-    unsigned Memoria = 256;            ///< of all bodies together
+    int CorpoMaximo = 64;
+    int Memoria = 256;            ///< of all bodies together
     std::optional<unsigned> Execucoes; ///< at a time; nothing: as many as there are processors
-    unsigned Fila = 16;
-    unsigned Conexoes = 256;
-    unsigned PrazoEnvio = 120;
-    unsigned Prazo = 60;
-    unsigned PrazoParada = 25;
+    int Fila = 16;
+    int Conexoes = 256;
+    int PrazoEnvio = 120;
+    int Prazo = 60;
+    int PrazoParada = 25;
 };
 /// Serves until it is told to stop by SIGINT or SIGTERM.
 int RunServir(const TCliContext& context, const TServirOptions& options);

@@ -76,6 +76,13 @@ TChosenReport ChooseReport(const std::string& formato, const std::string& accept
             std::string(format.MediaType) + (hasCharset ? "; charset=utf-8" : "")};
 }
 
+std::optional<TReportLevel> LevelOf(const std::string& name) {
+    const std::optional<TReportLevel> level = ReportLevelOf(name);
+    if (!name.empty() && !level)
+        throw EHttpRefusal(400, "O nível é erro, aviso ou informacao.");
+    return level;
+}
+
 /// The rules that are on, without those that a client switches off for its request.
 std::vector<std::string> EnabledRules(const TServiceEngine& engine,
                                       const std::vector<std::string>& disabled) {
@@ -162,8 +169,8 @@ class TCorrectionRequest {
 
     static TServiceAnswer Unread(unsigned status, std::string_view text, const TXmlMessages& messages) {
         TJson json = {{"status", status}, {"erro", text}, {"mensagens", TJson::array()}};
-        for (const auto& message : messages)
-            json["mensagens"].push_back(MessageJson(*message, true));
+        for (std::size_t i = 0; i < messages.size(); ++i)
+            json["mensagens"].push_back(MessageJson(*messages[i], i + 1, true));
         return {status, "application/json", JsonText(json) + '\n'};
     }
 
@@ -216,13 +223,16 @@ class TCorrectionRequest {
 
 TServiceAnswer AnswerValidar(THttpRequest& request, const TServiceEngine& engine,
                              const TDBConnectionFactory& terminology, TServiceMetrics& metrics) {
-    TRequestInput input(request, {"arquivo", "desativar", "detalhar", "formato", "todas"});
-    const TReportOptions options{.Todas = input.Flag("todas"), .Detalhar = input.Flag("detalhar")};
+    TRequestInput input(request, {"arquivo", "desativar", "detalhar", "formato", "nivel", "resumo", "todas"});
+    const TReportOptions options{.Todas = input.Flag("todas"),
+                                 .Nivel = LevelOf(input.Text("nivel")),
+                                 .Detalhar = input.Flag("detalhar"),
+                                 .Resumo = input.Flag("resumo")};
     const TChosenReport report = ChooseReport(input.Text("formato"), request.Accept, options);
     TFileValidator validator(engine.Schemas, terminology, EnabledRules(engine, input.List("desativar")));
     validator.SetKeepSuccesses(options.Todas);
     std::ostringstream out;
-    TReportTotals totals;
+    TReportTotals totals(false);
     report.Writer->Begin(out);
     for (std::size_t i = 0; i < input.FileCount(); ++i) {
         const TFileResult file =
@@ -235,7 +245,12 @@ TServiceAnswer AnswerValidar(THttpRequest& request, const TServiceEngine& engine
             throw EHttpRefusal(413, "O relatório seria grande demais; envie menos arquivos de cada vez.");
     }
     report.Writer->End(out, totals);
-    return {200, report.ContentType, std::move(out).str()};
+    TServiceAnswer answer{200, report.ContentType, std::move(out).str()};
+    // A report shows what files say: nothing of that may run or be fetched in the name of the service.
+    if (report.ContentType.starts_with("text/html"))
+        answer.Headers.emplace_back("Content-Security-Policy",
+                                    "default-src 'none'; style-src 'unsafe-inline'; img-src data:");
+    return answer;
 }
 
 TServiceAnswer AnswerCorrigir(THttpRequest& request, const TServiceEngine& engine,

@@ -1,0 +1,268 @@
+// The commands about files, as users are told of them.
+#include "app/cli/command_line.h"
+#include "model/arquivo_tiss_factory.h"
+
+#include <limits>
+#include <memory>
+
+namespace conferix {
+
+namespace {
+
+constexpr const char* kOneFile = "Arquivo XML; - é a entrada padrão";
+
+std::vector<std::string> LotVersions() {
+    std::vector<std::string> versions;
+    for (const TArquivoTissClass& version : TArquivoTissFactory::Classes())
+        if (version.Tipo == TEnumTipoArquivoTiss::taMensagemTISS)
+            versions.emplace_back(version.Versao);
+    return versions;
+}
+
+void AddValidar(TCommand& root) {
+    auto options = std::make_shared<TValidarOptions>();
+    TCommand command{.Name = "validar", .Summary = "Valida arquivos e pastas"};
+    command.Details = "Confere cada arquivo com o schema XSD da sua versão, os prefixos de namespace, o hash "
+                      "do epílogo e as regras "
+                      "de negócio, e mostra todas as falhas de uma vez. Uma pasta vale por seus arquivos "
+                      "*.xml e *.xte e os das "
+                      "suas subpastas. Falhas de mesma causa saem em uma só linha, com a quantidade.";
+    command.Arguments = {{.Name = "ARQUIVO...",
+                          .Description = "Arquivos ou pastas; - é a entrada padrão",
+                          .To = &options->Arquivos,
+                          .Kind = TValueKind::File}};
+    command.Options = {
+        {.Name = "--lista",
+         .Placeholder = "ARQUIVO",
+         .Description =
+             "Valida também os arquivos que este arquivo lista, um por linha ou separados por NUL; - é a "
+             "entrada padrão",
+         .To = &options->Lista,
+         .Kind = TValueKind::File},
+        {.Name = "--saida",
+         .Placeholder = "ARQUIVO",
+         .Description = "Grava o relatório neste arquivo, de uma vez",
+         .To = &options->Saida,
+         .Kind = TValueKind::File},
+        {.Name = "--resumo", .Description = "Mostra só uma linha por arquivo", .To = &options->Resumo},
+        {.Name = "--silencioso",
+         .Description = "Não mostra nada; vale o status de saída",
+         .To = &options->Silencioso},
+        {.Name = "--estatisticas",
+         .Description = "Mostra também quanto foi encontrado, por regra e por arquivo",
+         .To = &options->Estatisticas},
+        {.Name = "--totais",
+         .Description = "No formato ndjson, termina com uma linha de totais",
+         .To = &options->Totais},
+        {.Name = "--nivel",
+         .Placeholder = "NIVEL",
+         .Description =
+             "erro, aviso ou informacao: o que é mostrado e leva ao status 1; se omitida, tudo é mostrado "
+             "e só erros levam a ele",
+         .To = &options->Nivel,
+         .Choices = {"erro", "aviso", "informacao"}},
+        {.Name = "--agrupar",
+         .Placeholder = "COMO",
+         .Description = "linha ou regra: como o texto é agrupado",
+         .To = &options->Agrupar,
+         .Choices = {"linha", "regra"}},
+        {.Name = "--todas",
+         .Description = "Mostra também as mensagens de sucesso e as ocultas",
+         .To = &options->Todas},
+        {.Name = "--sem-subpastas",
+         .Description = "De uma pasta, só os arquivos que estão diretamente nela",
+         .To = &options->SemSubpastas},
+        {.Name = "--detalhar",
+         .Description = "Mostra cada mensagem, sem agrupar as de mesma causa",
+         .To = &options->Detalhar},
+        {.Name = "--desativar",
+         .Placeholder = "NOME,...",
+         .Description = "Desativa regras só nesta execução; um grupo leva as que estão abaixo dele",
+         .To = &options->Desativar,
+         .Offers = &RuleNames,
+         .Commas = true},
+        {.Name = "--paralelo",
+         .Placeholder = "N",
+         .Description = "Arquivos validados ao mesmo tempo; se omitido, um por processador",
+         .To = &options->Paralelo,
+         .Range = std::pair(1, 256)},
+    };
+    command.Formats = {"texto", "json", "ndjson", "sarif", "junit", "csv"};
+    command.WhenZero = "todos os arquivos são válidos";
+    command.WhenOne = "há arquivo inválido";
+    command.Examples = {
+        {"conferix validar lote.xml", "mostra o que há de errado no arquivo"},
+        {"conferix validar enviar/ --formato ndjson",
+         "valida uma pasta e escreve uma linha de JSON por arquivo, assim que cada um termina"}};
+    command.Run = [options](const TCliContext& context) { return RunValidar(context, *options); };
+    root.Commands.push_back(std::move(command));
+}
+
+void AddCorrigir(TCommand& root) {
+    auto options = std::make_shared<TCorrigirOptions>();
+    TCommand command{.Name = "corrigir", .Summary = "Corrige o que pode ser calculado ou consertado"};
+    command.Details = "Sem dizer o que corrigir, mostra as correções que existem. Cada correção é seguida de "
+                      "nova validação; o que "
+                      "deixaria uma conta pior fica como está, e o motivo é dito. O resultado vai para o "
+                      "arquivo de --saida, para o "
+                      "próprio arquivo (--no-lugar) ou, de um só arquivo, para a saída padrão, quando ela "
+                      "não é o terminal.\n\n"
+                      "O que já existe não se perde: um arquivo é trocado de uma vez, e não é gravado se "
+                      "outro programa o mudou.";
+    command.Arguments = {{.Name = "ARQUIVO...",
+                          .Description = "Arquivos XML; - é a entrada padrão",
+                          .To = &options->Arquivos,
+                          .Kind = TValueKind::File,
+                          .Required = true}};
+    command.Options = {
+        {.Name = "--todas",
+         .Description = "Corrige todos os erros que oferecem correção",
+         .To = &options->Todas,
+         .Excludes = {"--mensagem"}},
+        {.Name = "--mensagem",
+         .Placeholder = "N",
+         .Description = "Corrige só a mensagem de número N",
+         .To = &options->Mensagem,
+         .Range = std::pair(1, std::numeric_limits<int>::max())},
+        {.Name = "--correcao",
+         .Placeholder = "K",
+         .Description = "Qual das correções da mensagem; se omitida, a primeira",
+         .To = &options->Correcao,
+         .Range = std::pair(1, std::numeric_limits<int>::max())},
+        {.Name = "--estrutura",
+         .Description =
+             "Conserta a estrutura (nomes, ordem, níveis, formato dos valores) sem perder nada; com "
+             "--todas, antes das outras correções",
+         .To = &options->Estrutura,
+         .Excludes = {"--mensagem"}},
+        {.Name = "--com-perdas",
+         .Description = "Conserta a estrutura também onde algo se perde (elemento removido, texto cortado)",
+         .To = &options->ComPerdas,
+         .Needs = "--estrutura"},
+        {.Name = "--codificacao",
+         .Placeholder = "NOME",
+         .Description = "Grava em ISO-8859-1 ou UTF-8, e declara essa codificação",
+         .To = &options->Codificacao,
+         .Choices = {"ISO-8859-1", "UTF-8"}},
+        {.Name = "--saida",
+         .Placeholder = "ARQUIVO",
+         .Description = "Grava neste arquivo",
+         .To = &options->Saida,
+         .Kind = TValueKind::File},
+        {.Name = "--no-lugar",
+         .Description = "Grava sobre o próprio arquivo",
+         .To = &options->NoLugar,
+         .Excludes = {"--saida"}},
+        {.Name = "--copia",
+         .Description = "Guarda o arquivo substituído como ARQUIVO.bak",
+         .To = &options->Copia},
+        {.Name = "--renomear",
+         .Description = "Dá o nome novo ao arquivo cujo nome leva o hash",
+         .To = &options->Renomear,
+         .Needs = "--no-lugar"},
+        {.Name = "--simular",
+         .Description = "Mostra as diferenças e não grava nada",
+         .To = &options->Simular,
+         .Excludes = {"--saida", "--no-lugar"}},
+    };
+    command.WhenZero = "os arquivos corrigidos são válidos";
+    command.WhenOne = "um arquivo continua inválido depois das correções";
+    command.Examples = {{"conferix corrigir lote.xml --todas --simular", "mostra o que mudaria, sem gravar"},
+                        {"conferix corrigir enviar/*.xml --todas --no-lugar --copia",
+                         "corrige cada arquivo e guarda o que havia em ARQUIVO.bak"}};
+    command.Run = [options](const TCliContext& context) { return RunCorrigir(context, *options); };
+    root.Commands.push_back(std::move(command));
+}
+
+/// A command that does something with one file.
+void AddSingleFile(TCommand& root, TCommand command, int (*run)(const TCliContext&, const std::string&)) {
+    auto file = std::make_shared<std::string>();
+    command.Arguments = {{.Name = "ARQUIVO",
+                          .Description = kOneFile,
+                          .To = file.get(),
+                          .Kind = TValueKind::File,
+                          .Required = true}};
+    command.Run = [file, run](const TCliContext& context) { return run(context, *file); };
+    root.Commands.push_back(std::move(command));
+}
+
+void AddConverter(TCommand& root) {
+    auto options = std::make_shared<TConverterOptions>();
+    TCommand command{.Name = "converter", .Summary = "Converte lotes de guias para outra versão"};
+    command.Details =
+        "Converte passo a passo e diz o que se perdeu, o que falta informar e o que mudou. O hash é "
+        "calculado de novo e o resultado conferido com o schema da nova versão.";
+    command.Arguments = {{.Name = "ARQUIVO...",
+                          .Description = "Arquivos XML; - é a entrada padrão",
+                          .To = &options->Arquivos,
+                          .Kind = TValueKind::File,
+                          .Required = true}};
+    command.Options = {
+        {.Name = "--para",
+         .Placeholder = "VERSAO",
+         .Description = "Versão de destino, como 4.01.00 (conferix versoes ARQUIVO mostra quais)",
+         .To = &options->Para,
+         .Offers = &LotVersions,
+         .Required = true},
+        {.Name = "--regime-atendimento",
+         .Placeholder = "CODIGO",
+         .Description =
+             "01 a 05: regime das guias de consulta e SP/SADT ao passar para 4.00.00; nenhum: será "
+             "informado depois",
+         .To = &options->RegimeAtendimento,
+         .Offers = [] { return std::vector<std::string>{"01", "02", "03", "04", "05", "nenhum"}; }},
+        {.Name = "--saida",
+         .Placeholder = "ARQUIVO",
+         .Description = "Grava neste arquivo",
+         .To = &options->Saida,
+         .Kind = TValueKind::File},
+        {.Name = "--pasta-saida",
+         .Placeholder = "PASTA",
+         .Description = "Grava nesta pasta, com o mesmo nome",
+         .To = &options->PastaSaida,
+         .Kind = TValueKind::Folder,
+         .Excludes = {"--saida"}},
+        {.Name = "--detalhar", .Description = "Mostra cada nota, sem agrupar", .To = &options->Detalhar},
+    };
+    command.WhenZero = "os arquivos foram convertidos, com ou sem notas";
+    command.WhenOne = "um arquivo não pode ser convertido";
+    command.Examples = {{"conferix converter lote.xml --para 4.01.00 --saida novo.xml", "converte um lote"},
+                        {"conferix converter antigos/*.xml --para 4.01.00 --pasta-saida novos",
+                         "converte vários e grava cada um, com o mesmo nome, na pasta"}};
+    command.Run = [options](const TCliContext& context) { return RunConverter(context, *options); };
+    root.Commands.push_back(std::move(command));
+}
+
+} // namespace
+
+void AddFileCommands(TCommand& root) {
+    AddValidar(root);
+    AddCorrigir(root);
+    AddSingleFile(root,
+                  {.Name = "informar",
+                   .Summary = "Mostra o que o arquivo é e contém",
+                   .Details = "Tipo, transação, versão, origem e destino, quantidades e totais.",
+                   .WhenOne = "o arquivo não é um arquivo TISS legível",
+                   .Examples = {{"conferix informar lote.xml", "mostra o que há no arquivo"},
+                                {"conferix informar lote.xml --formato json", "o mesmo, para programas"}}},
+                  &RunInformar);
+    AddSingleFile(root,
+                  {.Name = "hash",
+                   .Summary = "Mostra o hash informado e os calculados",
+                   .WhenZero = "o hash informado está certo",
+                   .WhenOne = "o hash informado está errado, ou o arquivo não é um arquivo TISS legível",
+                   .Examples = {{"conferix hash lote.xml", "compara o hash do epílogo com o do conteúdo"},
+                                {"conferix corrigir lote.xml --todas --no-lugar",
+                                 "corrige o hash, com o que mais puder ser corrigido"}}},
+                  &RunHash);
+    AddConverter(root);
+    AddSingleFile(root,
+                  {.Name = "versoes",
+                   .Summary = "Mostra para quais versões um lote pode ser convertido",
+                   .WhenOne = "o arquivo não pode ser convertido",
+                   .Examples = {{"conferix versoes lote.xml", "mostra as versões anteriores e posteriores"},
+                                {"conferix versoes lote.xml --formato json", "o mesmo, para programas"}}},
+                  &RunVersoes);
+}
+
+} // namespace conferix
