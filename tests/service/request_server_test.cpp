@@ -185,9 +185,12 @@ TEST_F(RequestServer, FinishesWhatIsUnderWayWhenItStops) {
     AwaitRuns(1);
     TTestClient between = Client();
     between.Send("GET /rapido HTTP/1.1\r\nHost: a\r\n\r\n");
+    TTestClient silent = Client();
+    AwaitLoad([](const THttpLoad& load) { return load.Connections == 3; });
     server_->Stop();
     EXPECT_THAT(between.Answer(), StartsWith("HTTP/1.1 200 "))
         << "and closed, since nothing is under way there";
+    EXPECT_THAT(silent.Answer(), IsEmpty());
     while (!server_->IsStopping())
         std::this_thread::sleep_for(1ms);
     EXPECT_FALSE(Client().IsConnected());

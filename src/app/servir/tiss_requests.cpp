@@ -37,8 +37,8 @@ constexpr std::array<TReportFormat, 7> kFormats = {{{"json", "application/json",
                                                     {"html", "text/html", true},
                                                     {"sarif", "application/sarif+json", true},
                                                     {"ndjson", "application/x-ndjson", true},
-                                                    {"csv", "text/csv", true},
                                                     {"texto", "text/plain", true},
+                                                    {"csv", "text/csv", true},
                                                     {"junit", "application/xml", false}}};
 
 constexpr const char* kVerdicts[] = {"valido", "invalido", "nao_verificado"};
