@@ -7,6 +7,7 @@ cmake_minimum_required(VERSION 3.23)
 set(external_headers
     "^SQLiteCpp/" SQLiteCpp
     "^SimpleIni\\.h$" PkgConfig::SIMPLEINI
+    "^boost/" Boost::headers
     "^benchmark/" benchmark::benchmark
     "^csv\\.h$" csv
     "^curl/" curl_headers

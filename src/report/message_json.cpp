@@ -56,6 +56,20 @@ TJson ErrorJson(int status, std::span<const std::string> messages) {
     return {{"status", status}, {"mensagens", std::vector<std::string>(messages.begin(), messages.end())}};
 }
 
+TJson CorrectionReportJson(const std::string& fileName, const TCorrectionResult& result,
+                           const TValidateArgs& corrected) {
+    const auto list = [](const std::vector<TCorrectionRecord>& records) {
+        TJson json = TJson::array();
+        for (const TCorrectionRecord& record : records)
+            json.push_back(CorrectionJson(record));
+        return json;
+    };
+    return {{"arquivo", fileName},
+            {"correcoes", list(result.Applied)},
+            {"naoCorrigidas", list(result.LeftOut)},
+            {"valido", VerdictJson(corrected)}};
+}
+
 std::string JsonText(const TJson& json, int indent) {
     return json.dump(indent, ' ', false, TJson::error_handler_t::replace);
 }

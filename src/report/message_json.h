@@ -54,4 +54,9 @@ class TJsonList {
 /// A correction that was applied or left out: rule, place, element, values, and why it was left out.
 TJson CorrectionJson(const TCorrectionRecord& record);
 
+/// What correcting a file came to: name, corrections, what was left out, verdict of `corrected`, the
+/// validation of the corrected text.
+TJson CorrectionReportJson(const std::string& fileName, const TCorrectionResult& result,
+                           const TValidateArgs& corrected);
+
 } // namespace conferix

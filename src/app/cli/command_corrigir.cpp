@@ -1,8 +1,8 @@
 #include "app/cli/commands.h"
 #include "app/correction_policy.h"
 #include "app/execute_solver.h"
+#include "app/file_correction.h"
 #include "app/message_groups.h"
-#include "app/structure_repair.h"
 #include "app/unified_diff.h"
 #include "platform/platform.h"
 #include "report/console.h"
@@ -79,8 +79,6 @@ std::filesystem::path NameWithHash(const std::filesystem::path& name, const std:
     return PathFromText(stem + PathText(name.extension()));
 }
 
-constexpr const char* kOfStructure = "da estrutura, que só --estrutura faz";
-
 /// Corrects one file.
 class TCorrection {
   public:
@@ -94,17 +92,12 @@ class TCorrection {
         const std::shared_ptr<const std::string> text = Recode(before);
         const std::vector<std::string> enabled = context_.LoadConfig().EnabledValidations();
 
-        TCorrectionResult result{text, {}, {}};
-        if (options_.Estrutura)
-            result = RepairStructure(*controller_, text, enabled, options_.ComPerdas);
-        if (options_.Todas) {
-            TCorrectionResult all = CorrectAll(*controller_, result.Xml, enabled, ChoiceOf(options_));
-            result = Joined(std::move(result), std::move(all));
-            if (!options_.Estrutura)
-                LeaveStructure(result);
-        } else if (!options_.Estrutura) {
+        TCorrectionResult result = CorrectFile(
+            *controller_, text, enabled,
+            {.Estrutura = options_.Estrutura, .ComPerdas = options_.ComPerdas, .Todas = options_.Todas},
+            ChoiceOf(options_));
+        if (!options_.Todas && !options_.Estrutura)
             controller_->Validate(text, enabled);
-        }
         if (Result().ArquivoTiss == nullptr)
             return Refuse();
         if (!options_.Todas && !options_.Estrutura) {
@@ -126,28 +119,6 @@ class TCorrection {
   private:
     const TValidateArgs& Result() const { return controller_->Events().OnValidate.Current(); }
 
-    static TCorrectionResult Joined(TCorrectionResult first, TCorrectionResult second) {
-        const auto append = [](auto& to, auto& from) {
-            to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
-        };
-        append(first.Applied, second.Applied);
-        append(first.LeftOut, second.LeftOut);
-        first.Xml = std::move(second.Xml);
-        return first;
-    }
-
-    /// Lists the corrections of the structure that only --estrutura makes.
-    void LeaveStructure(TCorrectionResult& result) const {
-        for (const auto& message : Result().ValidationMessages)
-            for (const auto& solver : message->Solvers())
-                if (const auto* repair = dynamic_cast<const TStructureSolver*>(solver.get());
-                    repair != nullptr && !repair->WithLoss()) {
-                    result.LeftOut.push_back(RecordOf(message, *repair));
-                    result.LeftOut.back().Reason = kOfStructure;
-                    break;
-                }
-    }
-
     int Status() const { return StatusOf(Result()); }
 
     /// The text as it is to be written in the encoding that the user asked for, which the controller then
@@ -155,12 +126,9 @@ class TCorrection {
     std::shared_ptr<const std::string> Recode(const TTissFile& before) const {
         if (options_.Codificacao.empty())
             return before.Text();
-        const auto misreading = FindMisreading(*before.Text(), before.Encoding());
-        TXmlRecoding recoding = RecodeXml(
-            misreading ? MeantText(*before.Text(), misreading->Kind) : *before.Text(), options_.Codificacao);
+        TXmlRecoding recoding = HoldInEncoding(*controller_, before, options_.Codificacao);
         for (const TMessageGroup& group : GroupMessages(recoding.Replaced))
             context_.Streams.Err << fmt::format("  {}\n", Visible(GroupText(recoding.Replaced, group)));
-        controller_->SetEncoding(EncodingToWrite(recoding.Text, {}));
         return std::make_shared<const std::string>(std::move(recoding.Text));
     }
 
@@ -326,18 +294,11 @@ class TCorrection {
 
     TJson Report(const TTissFile& before, const TTissFile& after, const TCorrectionResult& result,
                  const std::string& renamed) const {
-        TJson report = {{"arquivo", file_},
-                        {"correcoes", TJson::array()},
-                        {"naoCorrigidas", TJson::array()},
-                        {"valido", VerdictJson(Result())}};
+        TJson report = CorrectionReportJson(file_, result, Result());
         if (!renamed.empty())
             report["nome"] = renamed;
         if (!options_.Codificacao.empty())
             report["codificacao"] = options_.Codificacao;
-        for (const TCorrectionRecord& record : result.Applied)
-            report["correcoes"].push_back(CorrectionJson(record));
-        for (const TCorrectionRecord& record : result.LeftOut)
-            report["naoCorrigidas"].push_back(CorrectionJson(record));
         if (options_.Simular)
             report["diferenca"] = TextDifference(before, after);
         return report;

@@ -5,6 +5,7 @@
 #include "report/console.h"
 #include "report/message_json.h"
 #include "report/rule_guide.h"
+#include "report/rules_json.h"
 #include "validator/rule_list.h"
 #include "xml/name_likeness.h"
 
@@ -20,10 +21,6 @@ namespace conferix {
 
 namespace {
 
-bool IsActive(const TConfiguracaoValidacoes& rules, std::size_t node) {
-    return rules.Rules()[node].Rule->Required || rules.Checked(node);
-}
-
 const char* StateText(const TConfiguracaoValidacoes& rules, std::size_t node) {
     if (rules.Rules()[node].Rule->Required)
         return "obrigatória";
@@ -35,14 +32,7 @@ void PrintList(const TCliContext& context, const TConfiguracaoValidacoes& rules)
     std::ostream& out = context.Streams.Out;
     const std::vector<TListedRule>& list = rules.Rules();
     if (context.Json()) {
-        TJson json = TJson::array();
-        for (std::size_t i = 0; i < list.size(); ++i)
-            json.push_back({{"nome", list[i].Rule->Name},
-                            {"descricao", list[i].Rule->Description},
-                            {"obrigatoria", list[i].Rule->Required},
-                            {"ativa", IsActive(rules, i)},
-                            {"profundidade", list[i].Depth}});
-        out << JsonText(json) << '\n';
+        out << JsonText(RulesJson(rules)) << '\n';
     } else if (context.Formato == "markdown") {
         out << "| Regra | Descrição | Situação |\n|---|---|---|\n";
         for (std::size_t i = 0; i < list.size(); ++i)

@@ -180,4 +180,20 @@ struct TCorrigirOptions {
 };
 int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options);
 
+/// Sizes in MB (1,048,576 bytes), times in seconds.
+struct TServirOptions {
+    std::string Endereco = "127.0.0.1";
+    int Porta = 8080; ///< 0: a free one
+    int CorpoMaximo = 64;
+    int Memoria = 256;            ///< of all bodies together
+    std::optional<unsigned> Execucoes; ///< at a time; nothing: as many as there are processors
+    int Fila = 16;
+    int Conexoes = 256;
+    int PrazoEnvio = 120;
+    int Prazo = 60;
+    int PrazoParada = 25;
+};
+/// Serves until it is told to stop by SIGINT or SIGTERM.
+int RunServir(const TCliContext& context, const TServirOptions& options);
+
 } // namespace conferix

@@ -87,7 +87,7 @@ void AddValidar(TCommand& root) {
          .To = &options->Paralelo,
          .Range = std::pair(1, 256)},
     };
-    command.Formats = {"texto", "json", "ndjson", "sarif", "junit", "csv"};
+    command.Formats = {"texto", "json", "ndjson", "sarif", "junit", "csv", "html"};
     command.WhenZero = "todos os arquivos são válidos";
     command.WhenOne = "há arquivo inválido";
     command.Examples = {

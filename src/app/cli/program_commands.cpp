@@ -60,6 +60,51 @@ void AddCompletar(TCommand& root) {
     root.Commands.push_back(std::move(command));
 }
 
+void AddServir(TCommand& root) {
+    auto options = std::make_shared<TServirOptions>();
+    TCommand command{.Name = "servir", .Summary = "Atende pedidos de validação e correção por HTTP"};
+    command.Details =
+        "POST /validar e POST /corrigir recebem arquivos e respondem o mesmo que os comandos; GET /regras, "
+        "/saude e /metricas informam. Não guarda nada entre um pedido e outro. Atende só este computador, se "
+        "--endereco não disser outra coisa. Para com Ctrl+C ou SIGTERM, depois de terminar o que está em "
+        "andamento.";
+    const auto number = [&command](const std::string& name, int& value, int least, int most,
+                                   const std::string& description) {
+        command.Options.push_back({.Name = name,
+                                   .Placeholder = "N",
+                                   .Description = description,
+                                   .To = &value,
+                                   .Range = std::pair(least, most)});
+    };
+    command.Options = {{.Name = "--endereco",
+                        .Placeholder = "IP",
+                        .Description = "Endereço em que atende; se omitido, 127.0.0.1",
+                        .To = &options->Endereco}};
+    number("--porta", options->Porta, 0, 65535, "Porta; se omitida, 8080; 0 é uma livre");
+    number("--corpo-maximo", options->CorpoMaximo, 1, 4096,
+           "Maior corpo de um pedido, em MB; se omitido, 64");
+    number("--memoria", options->Memoria, 1, 65536, "Todos os corpos juntos, em MB; se omitido, 256");
+    command.Options.push_back(
+        {.Name = "--execucoes",
+         .Placeholder = "N",
+         .Description = "Pedidos executados ao mesmo tempo; se omitido, um por processador",
+         .To = &options->Execucoes,
+         .Range = std::pair(1, 256)});
+    number("--fila", options->Fila, 0, 65536, "Pedidos que esperam a vez; se omitido, 16");
+    number("--conexoes", options->Conexoes, 1, 65536, "Conexões abertas; se omitido, 256");
+    number("--prazo-envio", options->PrazoEnvio, 1, 3600, "Segundos para receber um corpo; se omitido, 120");
+    number("--prazo", options->Prazo, 1, 3600, "Segundos para responder a um pedido; se omitido, 60");
+    number("--prazo-parada", options->PrazoParada, 1, 3600,
+           "Segundos para terminar o que está em andamento ao parar; se omitido, 25");
+    command.Formats = {};
+    command.WhenZero = "o serviço parou como foi pedido";
+    command.Examples = {
+        {"conferix servir", "atende em http://127.0.0.1:8080"},
+        {"conferix servir --endereco 0.0.0.0 --execucoes 4", "atende a rede, quatro pedidos ao mesmo tempo"}};
+    command.Run = [options](const TCliContext& context) { return RunServir(context, *options); };
+    root.Commands.push_back(std::move(command));
+}
+
 } // namespace
 
 void AddCommands(TCommand& root, TCliContext& context) {
@@ -93,6 +138,7 @@ void AddCommands(TCommand& root, TCliContext& context) {
     };
     AddFileCommands(root);
     AddDataCommands(root);
+    AddServir(root);
     AddAjuda(root);
     AddCompletar(root);
 }

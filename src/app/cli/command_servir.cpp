@@ -1,0 +1,60 @@
+#include "app/cli/commands.h"
+#include "app/servir/tiss_server.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ostream>
+#include <thread>
+
+namespace conferix {
+
+namespace {
+
+TTissServerOptions ServerOptions(const TServirOptions& options) {
+    TTissServerOptions server;
+    server.Address = options.Endereco;
+    server.Port = static_cast<std::uint16_t>(options.Porta);
+    server.Version = CONFERIX_VERSAO;
+    THttpLimits& limits = server.Limits;
+    limits.BodyBytes = static_cast<std::size_t>(options.CorpoMaximo) << 20;
+    limits.HeldBytes = std::max(limits.BodyBytes, static_cast<std::size_t>(options.Memoria) << 20);
+    limits.Runs = options.Execucoes.value_or(std::max(1U, std::thread::hardware_concurrency()));
+    limits.Waiting = static_cast<std::size_t>(options.Fila);
+    limits.Connections = static_cast<std::size_t>(options.Conexoes);
+    limits.Upload = std::chrono::seconds(options.PrazoEnvio);
+    limits.Run = std::chrono::seconds(options.Prazo);
+    limits.Stop = std::chrono::seconds(options.PrazoParada);
+    return server;
+}
+
+} // namespace
+
+int RunServir(const TCliContext& context, const TServirOptions& options) {
+    static_cast<void>(context.LoadConfig()); // told now, not with each request
+    std::ostream& log = context.Streams.Err;
+    TTissServer service(ServerOptions(options),
+                        {context.Schemas(), [&] { return context.KeptTerminology(); },
+                         [&] { return TConfig::Load(context.ConfigFile()); }},
+                        log);
+    TRequestServer& server = service.Server();
+    if (!server.IsLoopback())
+        context.Warning(
+            fmt::format("o serviço atende outros computadores em {}, sem senha e sem criptografia; ponha "
+                        "à frente dele um proxy que cuide disso",
+                        server.Authority()));
+    server.StopAtSignals();
+    log << fmt::format("conferix: o serviço atende em http://{} (Ctrl+C para)\n", server.Authority())
+        << std::flush;
+    const bool finished = server.Serve();
+    if (!finished) {
+        context.Warning("o que não terminou no prazo de parada foi interrompido");
+        log.flush();
+        std::quick_exit(kExitUnreadable); // waits for nothing
+    }
+    log << "conferix: o serviço parou\n" << std::flush;
+    return kExitValid;
+}
+
+} // namespace conferix

@@ -1,0 +1,32 @@
+// The corrections of a whole file that need no question.
+#pragma once
+
+#include "app/execute_solver.h"
+#include "app/tiss_file.h"
+
+namespace conferix {
+
+/// Why a correction of structure is left out where only the others are asked for.
+inline constexpr const char* kOfStructure = "da estrutura, que só --estrutura faz";
+
+/// What is to be corrected in a file.
+struct TFileCorrections {
+    bool Estrutura = false; ///< first, where it is asked for together with the others
+    bool ComPerdas = false; ///< with the corrections of structure that lose something
+    bool Todas = false;
+};
+
+/// Holds a file, which the controller has open, in another encoding from now on: "ISO-8859-1" or "UTF-8".
+/// Answers its text as it is to be written, where it was misread the one that was meant, and the characters
+/// that the encoding lacks.
+TXmlRecoding HoldInEncoding(TValidadorController& controller, const TTissFile& file,
+                            const std::string& encoding);
+
+/// Corrects the text of the file that the controller has open. Where corrections of structure or all of them
+/// are asked for, the last validation, of the answered text, is the current one of OnValidate; else nothing
+/// is done.
+TCorrectionResult CorrectFile(TValidadorController& controller, const std::shared_ptr<const std::string>& xml,
+                              const std::vector<std::string>& enabledValidations,
+                              const TFileCorrections& what, const TSolverChoice& choose);
+
+} // namespace conferix
