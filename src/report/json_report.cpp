@@ -48,7 +48,7 @@ std::string FileJson(const TFileResult& file, const TReportOptions& options, int
         unlisted += of.Counts.Findings();
     TJson json = Heading();
     json["arquivo"] = result.FileName;
-    if (FindMalformedUtf8(result.FileName) != std::string::npos)
+    if (FindMalformedUtf8(result.FileName) != result.FileName.size())
         json["arquivoCodificado"] = PercentEncoded(result.FileName);
     json["xmlValido"] = result.ValidXml;
     json["valido"] = VerdictJson(result);

@@ -33,11 +33,11 @@ std::vector<TMessageGroup> Ungrouped(std::size_t count) {
 }
 
 /// Column and rule of a message, which its text does not tell.
-std::string Origin(const TXmlMessage& message, bool alone) {
+std::string Origin(const TXmlMessage& message, bool alone, bool withRule) {
     std::string origin;
     if (alone && message.LinePos() != 0)
         origin = fmt::format("coluna {}", message.LinePos());
-    if (const std::string rule = RuleName(message); !rule.empty())
+    if (const std::string rule = RuleName(message); withRule && !rule.empty())
         origin += (origin.empty() ? "" : ", ") + rule;
     return origin.empty() ? origin : " (" + origin + ")";
 }
@@ -55,7 +55,9 @@ std::string CountColumns(const TMessageCounts& counts) {
 /// The findings by rule and by file.
 std::string Statistics(const TReportTotals& totals) {
     const std::string heading = fmt::format(kCountLine, "erros", "avisos", "informações");
-    std::string text = fmt::format("\nPor regra:\n{} {:>9}  regra\n", heading, "arquivos");
+    std::string text;
+    if (!totals.Rules().empty())
+        text = fmt::format("\nPor regra:\n{} {:>9}  regra\n", heading, "arquivos");
     for (const TRuleCounts* of : ByFrequency(totals.Rules()))
         text +=
             fmt::format("{} {:>9}  {}\n", CountColumns(of->Counts), of->Files,
@@ -70,7 +72,8 @@ std::string Statistics(const TReportTotals& totals) {
 } // namespace
 
 /// The corrections of a group: those of its first finding, of which the values may be its own.
-std::string TTextReport::Corrections(const TXmlMessages& listed, const TMessageGroup& group) const {
+std::string TTextReport::Corrections(const TXmlMessages& listed, const TMessageGroup& group,
+                                     std::size_t margin) const {
     std::string text;
     const TXmlMessage& first = *listed[group.Messages.front()];
     for (std::size_t i = 0; i < first.Solvers().size(); ++i) {
@@ -79,46 +82,52 @@ std::string TTextReport::Corrections(const TXmlMessages& listed, const TMessageG
             const auto& solvers = listed[index]->Solvers();
             return i < solvers.size() && solvers[i]->Description() == description;
         });
-        text += palette_.Dim(fmt::format("    correção {}: {}{}", i + 1, IndentLines(description, 6),
+        text += palette_.Dim(fmt::format("{}correção {}: {}{}", std::string(margin, ' '), i + 1,
+                                         IndentLines(description, margin + 2),
                                          same ? "" : " (na primeira; nas outras, o que couber)")) +
                 '\n';
     }
     return text;
 }
 
-std::string TTextReport::GroupLines(const TXmlMessages& listed, const TMessageGroup& group) const {
+std::string TTextReport::GroupLines(const TXmlMessages& listed, const TMessageGroup& group,
+                                    std::size_t margin) const {
     const TXmlMessage& first = *listed[group.Messages.front()];
-    return fmt::format("  {}: {}{}\n", palette_.Severity(first.MsgType(), SeverityLabel(first.MsgType())),
-                       IndentLines(GroupText(listed, group), 4),
-                       palette_.Dim(Origin(first, group.Messages.size() == 1))) +
-           Corrections(listed, group);
+    const std::string origin = Origin(first, group.Messages.size() == 1, !options_.AgruparPorRegra);
+    return fmt::format("{}{}: {}{}\n", std::string(margin, ' '),
+                       palette_.Severity(first.MsgType(), SeverityLabel(first.MsgType())),
+                       IndentLines(GroupText(listed, group), margin + 2), palette_.Dim(origin)) +
+           Corrections(listed, group, margin + 2);
+}
+
+std::string TTextReport::LinesByRule(const TXmlMessages& listed,
+                                     const std::vector<TMessageGroup>& groups) const {
+    std::map<std::string, std::string> ofRule;
+    for (const TMessageGroup& group : groups)
+        ofRule[RuleName(*listed[group.Messages.front()])] += GroupLines(listed, group, 4);
+    std::string text;
+    for (const auto& message : listed) { // in the order in which rules found something first
+        const auto lines = ofRule.extract(RuleName(*message));
+        if (lines.empty())
+            continue;
+        text += message->Rule() == nullptr
+                    ? "  " + palette_.Bold("O arquivo como um todo") + '\n'
+                    : fmt::format("  {}{}\n", palette_.Bold(message->Rule()->Description),
+                                  palette_.Dim(" (" + lines.key() + ")"));
+        text += lines.mapped();
+    }
+    return text;
 }
 
 std::string TTextReport::MessageLines(const TXmlMessages& listed) const {
     const std::vector<TMessageGroup> groups =
         options_.Detalhar ? Ungrouped(listed.size()) : GroupMessages(listed);
     std::string text;
-    if (options_.AgruparPorRegra) {
-        // The rules in the order of their first messages; what comes from none stands by itself.
-        std::vector<std::string> order;
-        std::map<std::string, std::string> ofRule;
-        for (const TMessageGroup& group : groups) {
-            const TXmlMessage& first = *listed[group.Messages.front()];
-            const auto [lines, added] = ofRule.try_emplace(RuleName(first));
-            if (added) {
-                order.push_back(lines->first);
-                if (first.Rule() != nullptr)
-                    lines->second = palette_.Bold(first.Rule()->Description) +
-                                    palette_.Dim(" (" + lines->first + ")") + '\n';
-            }
-            lines->second += GroupLines(listed, group);
-        }
-        for (const std::string& rule : order)
-            text += (rule.empty() ? "" : " ") + ofRule[rule];
-    } else {
+    if (options_.AgruparPorRegra)
+        text = LinesByRule(listed, groups);
+    else
         for (const TMessageGroup& group : groups)
-            text += GroupLines(listed, group);
-    }
+            text += GroupLines(listed, group, 2);
     if (groups.size() < listed.size())
         text +=
             palette_.Dim("  Mensagens de mesma causa estão agrupadas; --detalhar mostra cada uma.") + '\n';

@@ -19,8 +19,11 @@ class TTextReport : public IReportWriter {
     /// The file in a line.
     std::string SummaryLine(const TFileResult& file) const;
     std::string MessageLines(const TXmlMessages& listed) const;
-    std::string GroupLines(const TXmlMessages& listed, const TMessageGroup& group) const;
-    std::string Corrections(const TXmlMessages& listed, const TMessageGroup& group) const;
+    /// The groups below the names of their rules.
+    std::string LinesByRule(const TXmlMessages& listed, const std::vector<TMessageGroup>& groups) const;
+    /// A group, `margin` blanks before each line.
+    std::string GroupLines(const TXmlMessages& listed, const TMessageGroup& group, std::size_t margin) const;
+    std::string Corrections(const TXmlMessages& listed, const TMessageGroup& group, std::size_t margin) const;
 
     TReportOptions options_;
     TPalette palette_;

@@ -153,9 +153,10 @@ TEST_F(Reports, SarifKeepsItsRulesAndItsFixesAreTheCorrections) {
     const TJsonSchema schema(kSource / "tests/report/sarif.schema.json");
     int fixes = 0;
     for (const char* option : {"--detalhar", "--todas"}) {
-        const json log =
-            Validar({"--formato", "sarif", option, "--desativar", "tiss.mensagem.loteguias.spsadt"}, files_)
-                .Json();
+        const json log = Validar({"--formato", "sarif", option, "--desativar",
+                                  "tiss.mensagem.loteguias.spsadt.procedimento"},
+                                 files_)
+                             .Json();
         EXPECT_THAT(schema.Faults(log), IsEmpty());
         const json& run = log["runs"][0];
         std::set<std::string> rules;
@@ -176,22 +177,23 @@ TEST_F(Reports, SarifKeepsItsRulesAndItsFixesAreTheCorrections) {
         if (!file.ends_with("errados.xml") && !file.ends_with("erros.xml"))
             continue;
         const json log = Validar({"--formato", "sarif"}, {file}).Json();
-        for (const json& result : log["runs"][0]["results"])
-            for (const json& fix : result.value("fixes", json::array())) {
-                const std::string id = result["properties"]["id"].dump();
-                json corrections;
-                for (const json& message : Validate(file)["mensagens"])
-                    if (message["id"] == result["properties"]["id"])
-                        corrections = message["correcoes"];
-                for (std::size_t k = 0; k < corrections.size(); ++k) {
-                    if (corrections[k]["descricao"] != fix["description"]["text"])
-                        continue;
-                    const TCommandResult corrected =
-                        Run({"corrigir", file, "--mensagem", id, "--correcao", std::to_string(k + 1)});
-                    EXPECT_EQ(Replaced(ReadTestFile(file), fix), corrected.Out) << file << fix;
-                    ++fixes;
-                }
-            }
+        std::map<json, json> corrections; // by the number of the message
+        const json report = Validate(file);
+        for (const json& message : report["mensagens"])
+            corrections[message["id"]] = message["correcoes"];
+        const std::string text = ReadTestFile(file);
+        for (const json& result : log["runs"][0]["results"]) {
+            const json& id = result["properties"]["id"];
+            const json& offered = corrections[id];
+            for (const json& fix : result.value("fixes", json::array()))
+                for (std::size_t k = 0; k < offered.size(); ++k)
+                    if (offered[k]["descricao"] == fix["description"]["text"]) {
+                        const TCommandResult corrected = Run(
+                            {"corrigir", file, "--mensagem", id.dump(), "--correcao", std::to_string(k + 1)});
+                        EXPECT_EQ(Replaced(text, fix), corrected.Out) << file << fix;
+                        ++fixes;
+                    }
+        }
     }
     EXPECT_GT(fixes, 20);
 }
@@ -288,7 +290,7 @@ TEST_F(Reports, CsvHasARowAMessageAndNoFormulas) {
 
 TEST_F(Reports, WhatIsShownAndWhereIsChosen) {
     const std::string faulty = Example("spsadt-3.05.00-com-erros.xml");
-    const std::string valid = Example("consulta-4.01.00-valido.xml");
+    const std::string valid = Example("odonto-3.05.00-valido.xml");
     const auto statusOf = [this](const std::string& file, const char* level) {
         return Validar({"--silencioso", "--nivel", level}, {file}).Status;
     };
@@ -323,8 +325,8 @@ TEST_F(Reports, WhatIsShownAndWhereIsChosen) {
         EXPECT_EQ(ReadTestFile(File("relatorio")), shown.Out) << format;
     }
     EXPECT_EQ(Validar({"--resumo"}, {faulty, valid, File("nada.xml")}).Out,
-              faulty + ": inválido (" + std::to_string(all["erros"].get<int>()) + " erros)\n" + valid +
-                  ": válido\n" + File("nada.xml") +
+              faulty + ": inválido (" + all["erros"].dump() + " erros, " + all["avisos"].dump() +
+                  " avisos)\n" + valid + ": válido\n" + File("nada.xml") +
                   ": não verificado (o arquivo não existe)\n\n3 arquivos: 1 válido, 1 inválido, 1 não "
                   "verificado.\n");
 
@@ -338,21 +340,23 @@ TEST_F(Reports, WhatIsShownAndWhereIsChosen) {
         return names;
     };
     EXPECT_THAT(listed("\xEF\xBB\xBF" + valid + "\r\n\n" + File("pasta")),
-                testing::ElementsAre("consulta-4.01.00-valido.xml", "a.xml"));
+                testing::ElementsAre("odonto-3.05.00-valido.xml", "a.xml"));
     WriteTestFile(File("a\nb.xml"), "<a/>");
     EXPECT_THAT(listed(File("a\nb.xml") + std::string(1, '\0') + valid),
-                testing::ElementsAre("a\nb.xml", "consulta-4.01.00-valido.xml"));
+                testing::ElementsAre("a\nb.xml", "odonto-3.05.00-valido.xml"));
     EXPECT_EQ(Run({"validar", "--lista", "-"}, "\n").Status, kExitUnreadable);
 
     const std::string byRule = Validar({"--agrupar", "regra", "--estatisticas"}, {faulty}).Out;
-    EXPECT_THAT(byRule, HasSubstr("(tiss.mensagem.schema)\n  erro: "));
+    EXPECT_THAT(byRule, HasSubstr("(tiss.mensagem.schema)\n    erro: "));
     EXPECT_THAT(byRule, HasSubstr("Por arquivo:\n"));
 
     // Groups and commas; a group takes what stands below it.
-    const json off = RunJson({"validar", faulty, "--desativar",
-                              "tiss.mensagem.loteguias.spsadt, tiss.mensagem.loteguias.consulta"})[0];
+    const json off =
+        RunJson({"validar", faulty, "--desativar",
+                 "tiss.mensagem.loteguias.spsadt.procedimento, tiss.mensagem.loteguias.spsadt.despesa"})[0];
     for (const json& message : off["mensagens"])
-        EXPECT_FALSE(message["validacao"].get<std::string>().starts_with("tiss.mensagem.loteguias.spsadt"))
+        EXPECT_FALSE(message["validacao"].get<std::string>().starts_with(
+            "tiss.mensagem.loteguias.spsadt.procedimento"))
             << message;
     EXPECT_GT(off["ocultas"], 0);
 }

@@ -47,10 +47,6 @@ const CLI::Validator& NotEmpty() {
     return validator;
 }
 
-std::string TrimmedName(const std::string& name) {
-    return std::string(TrimXmlSpace(name));
-}
-
 void Translate(CLI::App& app) {
     auto formatter = std::make_shared<CLI::Formatter>();
     formatter->label("Usage", "Uso");
@@ -197,9 +193,8 @@ class TCommandLine {
                          "Desativa regras nesta execução; um grupo leva as que estão abaixo dele")
             ->option_text("NOME,...")
             ->expected(1)
-            ->delimiter(',')
             ->take_all()
-            ->transform(&TrimmedName);
+            ->allow_extra_args(false); // what follows are files
         command
             ->add_option("--paralelo", validar_.Paralelo,
                          "Arquivos validados ao mesmo tempo; se omitido, um por processador")
@@ -292,7 +287,7 @@ class TCommandLine {
             ->option_text("NOME...")
             ->delimiter(',')
             ->take_all()
-            ->transform(&TrimmedName);
+            ->transform([](const std::string& name) { return std::string(TrimXmlSpace(name)); });
     }
 
     void AddProxy() {

@@ -7,6 +7,7 @@
 #include "report/console.h"
 #include "report/report_writer.h"
 #include "xml/cut_text.h"
+#include "xml/xml_node.h"
 
 #include <fmt/format.h>
 
@@ -16,6 +17,7 @@
 #include <new>
 #include <optional>
 #include <ostream>
+#include <ranges>
 #include <sstream>
 #include <system_error>
 #include <thread>
@@ -27,7 +29,11 @@ namespace {
 
 std::vector<std::string> EnabledRules(const TCliContext& context, const std::vector<std::string>& disabled) {
     TConfig config = context.LoadConfig();
-    return disabled.empty() ? config.EnabledValidations() : SwitchRules(config, disabled, false);
+    std::vector<std::string> names;
+    for (const std::string& list : disabled)
+        for (const auto part : std::views::split(list, ','))
+            names.emplace_back(TrimXmlSpace(std::string_view(part.begin(), part.end())));
+    return names.empty() ? config.EnabledValidations() : SwitchRules(config, names, false);
 }
 
 /// Refuses options that say nothing beside others.

@@ -70,7 +70,7 @@ int RunOnFile(const TCliContext& context, const std::string& fileName, const TFi
 struct TValidarOptions {
     std::vector<std::string> Arquivos;
     std::string Lista;                  ///< file with further names; "-": the standard input
-    std::vector<std::string> Desativar; ///< rules, and groups of them
+    std::vector<std::string> Desativar; ///< rules and groups of them, several between commas
     std::string Nivel;                  ///< erro, aviso or informacao; empty: not given
     std::string Agrupar;                ///< linha or regra; empty: not given
     std::string Saida;                  ///< file for the report; empty: the standard output
