@@ -36,10 +36,12 @@ void THtmlReport::AddFile(std::ostream&, const TFileSummary& file, std::string t
                            "fora do relatório, que já é grande demais. Valide-o sozinho para vê-lo.</p>\n",
                            HtmlVerdictClass(file.Verdict), HtmlVerdict(file.Verdict));
     size_ += text.size();
-    for (const auto& [name, found] : file.Rules)
-        if (const TRuleText* rule = TRuleGuide::Instance().Find(name);
-            rule != nullptr && found.Counts.Findings() != 0)
-            explained_.insert(rule);
+    // What a file holds is escaped, so that only our own links read so.
+    constexpr std::string_view kLink = "href=\"#";
+    for (std::size_t at = text.find(kLink); at != std::string::npos; at = text.find(kLink, at)) {
+        at += kLink.size();
+        explained_.insert(text.substr(at, text.find('"', at) - at));
+    }
     files_.push_back({file, std::move(text)});
 }
 
@@ -91,7 +93,7 @@ void THtmlReport::WriteAppendix(std::ostream& out) const {
         return;
     out << "<section class=\"apendice\">\n<h2>Apêndice: as regras que acharam algo</h2>\n";
     for (const TRuleText& text : TRuleGuide::Instance().Texts()) {
-        if (!explained_.contains(&text))
+        if (!explained_.contains(HtmlAnchor(text)))
             continue;
         out << fmt::format("<article id=\"{}\">\n<h3>{}</h3>\n<p>{}</p>\n", HtmlAnchor(text),
                            HtmlText(text.Title), HtmlText(text.ShortText));

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "report/report_writer.h"
-#include "report/rule_guide.h"
 
 #include <set>
 #include <string>
@@ -31,8 +30,8 @@ class THtmlReport : public IReportWriter {
 
     TReportOptions options_;
     std::vector<TFilePart> files_;
-    std::size_t size_ = 0;                 ///< bytes of the texts
-    std::set<const TRuleText*> explained_; ///< of the rules that found something
+    std::size_t size_ = 0;            ///< bytes of the texts
+    std::set<std::string> explained_; ///< anchors of the rules that findings lead to
 };
 
 } // namespace conferix
