@@ -177,22 +177,23 @@ TEST_F(Reports, SarifKeepsItsRulesAndItsFixesAreTheCorrections) {
         if (!file.ends_with("errados.xml") && !file.ends_with("erros.xml"))
             continue;
         const json log = Validar({"--formato", "sarif"}, {file}).Json();
-        for (const json& result : log["runs"][0]["results"])
-            for (const json& fix : result.value("fixes", json::array())) {
-                const std::string id = result["properties"]["id"].dump();
-                json corrections;
-                for (const json& message : Validate(file)["mensagens"])
-                    if (message["id"] == result["properties"]["id"])
-                        corrections = message["correcoes"];
-                for (std::size_t k = 0; k < corrections.size(); ++k) {
-                    if (corrections[k]["descricao"] != fix["description"]["text"])
-                        continue;
-                    const TCommandResult corrected =
-                        Run({"corrigir", file, "--mensagem", id, "--correcao", std::to_string(k + 1)});
-                    EXPECT_EQ(Replaced(ReadTestFile(file), fix), corrected.Out) << file << fix;
-                    ++fixes;
-                }
-            }
+        std::map<json, json> corrections; // by the number of the message
+        const json report = Validate(file);
+        for (const json& message : report["mensagens"])
+            corrections[message["id"]] = message["correcoes"];
+        const std::string text = ReadTestFile(file);
+        for (const json& result : log["runs"][0]["results"]) {
+            const json& id = result["properties"]["id"];
+            const json& offered = corrections[id];
+            for (const json& fix : result.value("fixes", json::array()))
+                for (std::size_t k = 0; k < offered.size(); ++k)
+                    if (offered[k]["descricao"] == fix["description"]["text"]) {
+                        const TCommandResult corrected = Run(
+                            {"corrigir", file, "--mensagem", id.dump(), "--correcao", std::to_string(k + 1)});
+                        EXPECT_EQ(Replaced(text, fix), corrected.Out) << file << fix;
+                        ++fixes;
+                    }
+        }
     }
     EXPECT_GT(fixes, 20);
 }

@@ -192,7 +192,8 @@ class TCommandLine {
                          "Desativa regras nesta execução; um grupo leva as que estão abaixo dele")
             ->option_text("NOME,...")
             ->expected(1)
-            ->take_all();
+            ->take_all()
+            ->allow_extra_args(false); // what follows are files
         command
             ->add_option("--paralelo", validar_.Paralelo,
                          "Arquivos validados ao mesmo tempo; se omitido, um por processador")
