@@ -184,7 +184,7 @@ std::string TSarifReport::FileText(const TFileResult& file) const {
 }
 
 void TSarifReport::AddFile(std::ostream& out, const TFileSummary& file, std::string text) {
-    files_.push_back(file.Arquivo);
+    files_.insert(file.Arquivo);
     if (file.Verdict == TVerdict::NotVerified)
         unverified_.emplace_back(file.Arquivo, file.Obstacle);
     if (text.empty())

@@ -4,7 +4,9 @@
 
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -24,7 +26,7 @@ class TSarifReport : public IReportWriter {
   private:
     TReportOptions options_;
     bool empty_ = true;
-    std::vector<std::string> files_;
+    std::set<std::string> files_;                                 ///< each once, however often it was given
     std::vector<std::pair<std::string, std::string>> unverified_; ///< file, reason
     mutable std::mutex mutex_;
     mutable std::map<std::string, IValidationIdentity> rules_; ///< that results name; null: of no rule

@@ -158,6 +158,7 @@ TEST_F(Reports, SarifKeepsItsRulesAndItsFixesAreTheCorrections) {
                                  files_)
                              .Json();
         EXPECT_THAT(schema.Faults(log), IsEmpty());
+        EXPECT_THAT(schema.Faults(Validar({"--formato", "sarif"}, {files_[0], files_[0]}).Json()), IsEmpty());
         const json& run = log["runs"][0];
         std::set<std::string> rules;
         for (const json& rule : run["tool"]["driver"]["rules"])
