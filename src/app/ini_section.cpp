@@ -11,6 +11,19 @@
 
 namespace conferix {
 
+namespace {
+
+/// Whether a file stands where the program itself makes a folder when it is missing.
+bool IsInDataFolder(const std::filesystem::path& file) {
+    try {
+        return file.parent_path() == DataFolder();
+    } catch (const EDataFolderUnknown&) {
+        return false;
+    }
+}
+
+} // namespace
+
 struct TIniSection::TIni {
     CSimpleIniA File{/*bUtf8=*/true};
 };
@@ -61,7 +74,7 @@ void TIniSection::WriteInteger(const std::string& key, int value) {
 void TIniSection::SaveFile() const {
     std::string text;
     ini_->File.Save(text);
-    if (file_.has_parent_path())
+    if (IsInDataFolder(file_))
         CreateFolder(file_.parent_path());
     WriteFileAtomically(file_, text);
 }

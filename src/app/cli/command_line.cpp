@@ -11,7 +11,6 @@
 #include <charconv>
 #include <filesystem>
 #include <limits>
-#include <ranges>
 #include <set>
 
 namespace conferix {
@@ -196,8 +195,11 @@ class TParser {
     void GiveParts(const TParameter& option, const std::string& word) {
         if (!option.Commas)
             return Give(option, word);
-        for (const auto part : std::views::split(word, ','))
-            Give(option, std::string(TrimXmlSpace(std::string_view(part.begin(), part.end()))));
+        std::size_t start = 0;
+        for (std::size_t comma = 0; comma != std::string::npos; start = comma + 1) {
+            comma = word.find(',', start);
+            Give(option, std::string(TrimXmlSpace(std::string_view(word).substr(start, comma - start))));
+        }
     }
 
     void Give(const TParameter& parameter, const std::string& value) {
