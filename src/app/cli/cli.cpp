@@ -11,6 +11,7 @@
 #include "platform/file_memory.h"
 #include "platform/platform.h"
 #include "report/console.h"
+#include "report/message_json.h"
 #include "schema_model/built_in_folders.h"
 
 #include <fmt/format.h>
