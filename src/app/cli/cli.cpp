@@ -2,13 +2,13 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/console.h"
+#include "app/installation.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
 #include "model/tiss_exceptions.h"
 #include "platform/file_memory.h"
 #include "platform/platform.h"
-#include "schema_model/built_in_folders.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -385,13 +385,7 @@ std::filesystem::path TCliContext::SchemaFolder() const {
 }
 
 TSchemaFolder TCliContext::Schemas() const {
-    if (!Esquemas.empty())
-        return TSchemaFolder(SchemaFolder());
-    try {
-        return TSchemaFolder(SchemaFolder(), BuiltInSchemaFolder());
-    } catch (const EDataFolderUnknown&) {
-        return TSchemaFolder({}, BuiltInSchemaFolder()); // who has no data folder has imported nothing
-    }
+    return Esquemas.empty() ? InstalledSchemas() : TSchemaFolder(SchemaFolder());
 }
 
 TDBConnectionFactory TCliContext::TerminologyFactory() const {
