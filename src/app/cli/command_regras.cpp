@@ -3,7 +3,6 @@
 #include "app/cli/console.h"
 #include "app/cli/message_json.h"
 #include "app/configuracao_validacoes.h"
-#include "platform/platform.h"
 
 #include <fmt/format.h>
 
@@ -79,13 +78,6 @@ void LogSwitches(const std::vector<std::string>& before, const std::vector<std::
         LogRuleSwitched(rule, std::binary_search(after.begin(), after.end(), rule));
 }
 
-/// Keeps others from changing a configuration file, by a file beside it.
-std::unique_ptr<TFileLock> LockFor(const std::filesystem::path& config) {
-    std::filesystem::path lock = std::filesystem::weakly_canonical(config);
-    CreateFolder(lock.parent_path());
-    return std::make_unique<TFileLock>(lock += ".trava", true);
-}
-
 } // namespace
 
 std::vector<std::string> SwitchRules(TConfig& config, const std::vector<std::string>& names, bool on) {
@@ -117,8 +109,7 @@ std::vector<std::string> SwitchRules(TConfig& config, std::vector<TRuleSwitch> s
 
 int RunRegras(const TCliContext& context, const TRegrasOptions& options) {
     const bool changes = options.Padrao || !options.Ativar.empty() || !options.Desativar.empty();
-    // Held from reading to writing, so that two at once lose nothing of each other.
-    const std::unique_ptr<TFileLock> lock = changes ? LockFor(context.ConfigFile()) : nullptr;
+    const std::unique_ptr<TFileLock> lock = changes ? TConfig::Lock(context.ConfigFile()) : nullptr;
     const TConfig before = context.LoadConfig();
     TConfig config = before;
     std::vector<TRuleSwitch> switches;
