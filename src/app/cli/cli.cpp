@@ -1,7 +1,7 @@
 #include "app/cli/cli.h"
 
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
+#include "report/console.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"

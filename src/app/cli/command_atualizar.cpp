@@ -1,11 +1,11 @@
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
-#include "app/cli/message_json.h"
 #include "app/update_importers.h"
 #include "app/updater.h"
 #include "data/constantes.h"
 #include "data/database_tuss.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
 
 #include <fmt/format.h>
 

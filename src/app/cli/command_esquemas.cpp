@@ -1,9 +1,9 @@
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
-#include "app/cli/message_json.h"
 #include "app/schema_import.h"
 #include "app/schema_package.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

@@ -1,8 +1,8 @@
 #include "app/cli/command_importar.h"
 
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
-#include "app/cli/message_json.h"
+#include "report/console.h"
+#include "report/message_json.h"
 #include "app/cli/progress.h"
 #include "app/terminology_state.h"
 #include "data/database_tuss.h"

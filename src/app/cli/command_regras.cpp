@@ -1,7 +1,7 @@
 #include "app/application_log.h"
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
-#include "app/cli/message_json.h"
+#include "report/console.h"
+#include "report/message_json.h"
 #include "app/configuracao_validacoes.h"
 
 #include <fmt/format.h>
