@@ -1,5 +1,5 @@
 #include "app/cli/commands.h"
-#include "app/cli/input_files.h"
+#include "app/input_files.h"
 #include "app/cli/progress.h"
 #include "app/file_validation.h"
 #include "app/repeated_guides.h"
