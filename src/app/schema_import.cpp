@@ -193,6 +193,38 @@ std::vector<TMainSchema> ListSchemas(const TSchemaFolder& folder) {
     return schemas;
 }
 
+std::string TMainSchema::StateText() const {
+    if (Origin == TSchemaOrigin::Missing)
+        return "Não instalado";
+    std::string state = Origin == TSchemaOrigin::Imported ? "Importado" : "Embutido";
+    if (!Failure.empty())
+        state += ", não pode ser usado: " + Failure;
+    else if (Approximate)
+        state += ", aproximado";
+    return state;
+}
+
+bool TSchemaImport::Failed() const {
+    return std::ranges::any_of(Schemas, [](const TMainSchema& schema) { return !schema.Failure.empty(); });
+}
+
+std::string TSchemaImport::Summary() const {
+    std::map<std::string_view, std::string> served;
+    std::string failures;
+    for (const TMainSchema& schema : Schemas) {
+        std::string& versions = served[schema.Kind->Title];
+        if (schema.Failure.empty())
+            versions += (versions.empty() ? "" : ", ") + schema.Versao;
+        else
+            failures += fmt::format("\n{}: {}", schema.FileName, schema.Failure);
+    }
+    std::string text = fmt::format("{} {}.", Files, Files == 1 ? "arquivo instalado" : "arquivos instalados");
+    for (const auto& [kind, versions] : served)
+        if (!versions.empty())
+            text += fmt::format("\n{}: {}", kind, versions);
+    return failures.empty() ? text : text + "\nNão podem ser usados:" + failures;
+}
+
 TSchemaImport ImportSchemas(const std::filesystem::path& source, const std::filesystem::path& target) {
     CreateFolder(target);
     std::error_code ignored;

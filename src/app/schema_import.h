@@ -19,6 +19,9 @@ struct TMainSchema {
     TSchemaOrigin Origin = TSchemaOrigin::Missing;
     bool Approximate = false; ///< built in, for a version whose schemas were never published
     std::string Failure;      ///< why it does not compile; empty when it does
+
+    /// Where it comes from, and whether it can be used.
+    std::string StateText() const;
 };
 
 /// Every version that the program supports, and whatever else is installed, by kind and version; each that is
@@ -29,6 +32,10 @@ std::vector<TMainSchema> ListSchemas(const TSchemaFolder& folder);
 struct TSchemaImport {
     std::size_t Files = 0;            ///< installed
     std::vector<TMainSchema> Schemas; ///< those that the source holds, with what is wrong with them
+
+    bool Failed() const;
+    /// What was installed and what was not, a line a schema that cannot be used.
+    std::string Summary() const;
 };
 
 /// Installs the schemas of a folder, or of a ZIP file as the regulator publishes it, in `target`, which is
