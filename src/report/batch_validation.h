@@ -45,10 +45,10 @@ class TBatchValidation {
     /// Validates the next file, of row Done(). Not once it is Finished.
     void ValidateNext();
 
-    /// The report on the files validated so far, in a format of NewReportWriter. Raises EFileNotRead.
+    /// The report on the files validated so far: json or csv. Raises EFileNotWritten where it could not wait.
     std::string Report(std::string_view formato) const;
     /// The same as a file: in the format that its extension names (*.json, *.csv), else JSON. Raises
-    /// EFileNotRead, EFileNotWritten.
+    /// EFileNotWritten.
     void SaveReport(const std::filesystem::path& file) const;
 
   private:
