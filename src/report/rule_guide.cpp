@@ -146,6 +146,17 @@ void AppendLines(std::string& out, std::string_view text, std::string_view separ
     }
 }
 
+/// Appends what the program says, each of its lines marked as said.
+void AppendQuote(std::string& out, std::string_view text, std::size_t width) {
+    for (;;) {
+        const std::size_t end = text.find("\r\n");
+        AppendWrapped(out, text.substr(0, end), "  > ", width);
+        if (end == std::string_view::npos)
+            return;
+        text.remove_prefix(end + 2);
+    }
+}
+
 } // namespace
 
 std::string WithoutMarks(std::string_view text) {
@@ -228,7 +239,7 @@ std::string TRuleText::PlainText(std::size_t width) const {
                 AppendLines(out, block.Text, "\n", "    ");
                 break;
             case TGuideBlock::TKind::Quote:
-                AppendLines(out, block.Text, "\r\n", "    ");
+                AppendQuote(out, block.Text, width);
                 break;
             }
         }
