@@ -382,10 +382,8 @@ TCorrectionResult CorrectAll(TValidadorController& controller, const std::shared
         result.Applied.insert(result.Applied.begin(), mended.Applied.begin(), mended.Applied.end());
         const std::size_t known = leftAlone.size();
         leftAlone.merge(pass.GuidesMadeWorse());
-        if (leftAlone.size() == known) {
-            LogCorrections(controller.FileName(), result.Applied);
+        if (leftAlone.size() == known)
             return result;
-        }
     }
 }
 

@@ -28,7 +28,8 @@ struct TCorrectionRecord {
 
 /// The record of a correction that is not yet applied.
 TCorrectionRecord RecordOf(std::shared_ptr<const TXmlMessage> message, const ISolver& solver);
-/// Notes in the log how often which corrections were applied.
+/// Notes in the log how often which corrections were applied: for who applies those of CorrectAll or
+/// RepairStructure, which may be a preview.
 void LogCorrections(const std::string& fileName, const std::vector<TCorrectionRecord>& records);
 
 /// What the caller adds to a correction.

@@ -1,8 +1,8 @@
 #include "app/cli/cli.h"
 
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
 #include "app/installation.h"
+#include "report/console.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
@@ -239,10 +239,18 @@ class TCommandLine {
     void AddRegras() {
         CLI::App* command =
             AddCommand(app_, "regras", "Lista as regras na ordem em que são aplicadas; ativa e desativa");
+        CLI::Option* explicar =
+            command
+                ->add_option("--explicar", regras_.Explicar,
+                             "Explica uma regra: o que confere, um exemplo que falha, como corrigir")
+                ->option_text("NOME")
+                ->check(NotEmpty());
         AddNames(*command, "--ativar", regras_.Ativar,
                  "Ativa regras; um grupo leva as que estão abaixo dele");
         AddNames(*command, "--desativar", regras_.Desativar, "Desativa regras, do mesmo modo");
         command->add_flag("--padrao", regras_.Padrao, "Volta a todas as regras ativas");
+        for (const char* change : {"--ativar", "--desativar", "--padrao"})
+            explicar->excludes(command->get_option(change));
         OnParsed(command, "markdown", [this] { return RunRegras(context_, regras_); });
     }
 

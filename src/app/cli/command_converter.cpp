@@ -1,6 +1,6 @@
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
-#include "app/cli/message_json.h"
+#include "report/console.h"
+#include "report/message_json.h"
 #include "app/lote_conversion.h"
 #include "convert/version_converter.h"
 #include "platform/platform.h"

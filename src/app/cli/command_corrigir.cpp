@@ -1,6 +1,6 @@
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
-#include "app/cli/message_json.h"
+#include "report/console.h"
+#include "report/message_json.h"
 #include "app/correction_policy.h"
 #include "app/execute_solver.h"
 #include "app/structure_repair.h"
@@ -94,6 +94,8 @@ class TCorrection {
                 return List();
         }
         const TTissFile after = before.WithText(result.Xml, controller_->Encoding());
+        if ((options_.Todas || options_.Estrutura) && !options_.Simular)
+            LogCorrections(options_.Arquivo, result.Applied);
         RequireFreeName();
         Write(before, after);
         const std::string renamed = Rename(after);

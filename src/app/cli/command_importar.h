@@ -1,7 +1,7 @@
 // What several commands of the terminology show of its imports.
 #pragma once
 
-#include "app/cli/message_json.h"
+#include "report/message_json.h"
 #include "data/import/tuss_importer.h"
 
 #include <iosfwd>

@@ -1,6 +1,6 @@
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
-#include "app/cli/message_json.h"
+#include "report/console.h"
+#include "report/message_json.h"
 #include "platform/utf8.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "app/cli/command_procurar.h"
 
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
+#include "report/console.h"
 #include "data/database_tuss.h"
 #include "platform/platform.h"
 #include "rules/tuss_validation.h"

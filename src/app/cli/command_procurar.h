@@ -1,7 +1,7 @@
 // How terms are listed.
 #pragma once
 
-#include "app/cli/message_json.h"
+#include "report/message_json.h"
 #include "data/tuss_search.h"
 
 #include <iosfwd>

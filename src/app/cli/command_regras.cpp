@@ -1,9 +1,11 @@
 #include "app/application_log.h"
 #include "app/cli/commands.h"
-#include "app/cli/console.h"
-#include "app/cli/message_json.h"
 #include "app/configuracao_validacoes.h"
-#include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
+#include "report/rule_guide.h"
+#include "validator/rule_list.h"
+#include "xml/name_likeness.h"
 
 #include <fmt/format.h>
 
@@ -79,11 +81,83 @@ void LogSwitches(const std::vector<std::string>& before, const std::vector<std::
         LogRuleSwitched(rule, std::binary_search(after.begin(), after.end(), rule));
 }
 
-/// Keeps others from changing a configuration file, by a file beside it.
-std::unique_ptr<TFileLock> LockFor(const std::filesystem::path& config) {
-    std::filesystem::path lock = std::filesystem::weakly_canonical(config);
-    CreateFolder(lock.parent_path());
-    return std::make_unique<TFileLock>(lock += ".trava", true);
+/// Whether `end` is a name, or its last parts.
+bool EndsName(std::string_view name, std::string_view end) {
+    return name == end ||
+           (name.size() > end.size() && name.ends_with(end) && name[name.size() - end.size() - 1] == '.');
+}
+
+/// The rule that the user names, by its whole name or an end of it that leaves no doubt which text is meant.
+/// Raises EUsage, with the names that may have been meant.
+std::size_t RuleNamed(const std::vector<TListedRule>& rules, const std::string& name) {
+    constexpr std::size_t kSlips = 3;
+    constexpr std::size_t kOffered = 6;
+    if (const std::optional<std::size_t> exact = FindRule(rules, name))
+        return *exact;
+    std::vector<std::size_t> ending;
+    std::vector<std::pair<std::size_t, std::string>> alike;
+    const TRuleGuide& guide = TRuleGuide::Instance();
+    for (std::size_t i = 0; i < rules.size(); ++i) {
+        const std::string& rule = rules[i].Rule->Name;
+        if (EndsName(rule, name))
+            ending.push_back(i);
+        // A slip in a short name is one in the end of a long one, too.
+        const std::size_t parts = static_cast<std::size_t>(std::ranges::count(name, '.')) + 1;
+        std::size_t begin = rule.size();
+        for (std::size_t part = 0; part < parts && begin != std::string::npos && begin != 0; ++part)
+            begin = rule.rfind('.', begin - 1);
+        const std::size_t slips =
+            EditDistance(rule.substr(begin == std::string::npos ? 0 : begin + 1), name, kSlips);
+        if (slips <= std::min(kSlips, name.size() / 3))
+            alike.emplace_back(slips, rule);
+    }
+    const bool sameText = !ending.empty() && std::ranges::all_of(ending, [&](std::size_t rule) {
+        return guide.Find(rules[rule].Rule->Name) == guide.Find(rules[ending.front()].Rule->Name);
+    });
+    if (sameText)
+        return ending.front();
+    std::string meant;
+    if (!ending.empty()) {
+        for (const std::size_t rule : ending)
+            meant += (meant.empty() ? "" : ", ") + rules[rule].Rule->Name;
+        throw EUsage(fmt::format("\"{}\" termina o nome de várias regras: {}", Visible(name), meant));
+    }
+    std::ranges::sort(alike);
+    for (std::size_t i = 0; i < std::min(alike.size(), kOffered); ++i)
+        meant += fmt::format("{}\"{}\"", i == 0 ? " Você quis dizer " : " ou ", alike[i].second);
+    throw EUsage(fmt::format("a regra \"{}\" não existe.{}", Visible(name),
+                             meant.empty() ? " \"conferix regras\" mostra a lista." : meant + "?"));
+}
+
+/// What a rule checks, what fails and how to mend it; of a group, also which rules stand right below it.
+void PrintExplanation(const TCliContext& context, const std::string& name) {
+    const std::vector<TListedRule> rules = ListRules();
+    const std::size_t rule = RuleNamed(rules, name);
+    const std::size_t end = EndOfGroup(rules, rule);
+    const TRuleGuide& guide = TRuleGuide::Instance();
+    const TRuleText& text = *guide.Find(rules[rule].Rule->Name);
+    std::ostream& out = context.Streams.Out;
+    if (context.Json()) {
+        TJson json = {{"nome", rules[rule].Rule->Name}, {"descricao", rules[rule].Rule->Description},
+                      {"titulo", text.Title},           {"resumo", text.ShortText},
+                      {"regras", text.Rules},           {"abaixo", TJson::array()},
+                      {"exemplos", TJson::array()},     {"markdown", text.MarkdownBody()}};
+        for (std::size_t i = rule + 1; i < end; ++i)
+            if (rules[i].Depth == rules[rule].Depth + 1)
+                json["abaixo"].push_back(rules[i].Rule->Name);
+        for (const TRuleExample& example : text.Examples())
+            json["exemplos"].push_back({{"xml", example.Xml}, {"mensagens", example.Messages}});
+        out << JsonText(json) << '\n';
+        return;
+    }
+    out << (context.Formato == "markdown" ? text.Markdown() : text.PlainText());
+    if (end == rule + 1)
+        return;
+    out << (context.Formato == "markdown" ? "\n### Regras do grupo\n\n" : "\nRegras do grupo\n");
+    for (std::size_t i = rule + 1; i < end; ++i)
+        if (rules[i].Depth == rules[rule].Depth + 1)
+            out << fmt::format(fmt::runtime(context.Formato == "markdown" ? "- `{}`: {}\n" : "  {}  {}\n"),
+                               rules[i].Rule->Name, guide.Find(rules[i].Rule->Name)->Title);
 }
 
 } // namespace
@@ -116,9 +190,12 @@ std::vector<std::string> SwitchRules(TConfig& config, std::vector<TRuleSwitch> s
 }
 
 int RunRegras(const TCliContext& context, const TRegrasOptions& options) {
+    if (!options.Explicar.empty()) {
+        PrintExplanation(context, options.Explicar);
+        return kExitValid;
+    }
     const bool changes = options.Padrao || !options.Ativar.empty() || !options.Desativar.empty();
-    // Held from reading to writing, so that two at once lose nothing of each other.
-    const std::unique_ptr<TFileLock> lock = changes ? LockFor(context.ConfigFile()) : nullptr;
+    const std::unique_ptr<TFileLock> lock = changes ? TConfig::Lock(context.ConfigFile()) : nullptr;
     const TConfig before = context.LoadConfig();
     TConfig config = before;
     std::vector<TRuleSwitch> switches;

@@ -83,8 +83,10 @@ struct TRegrasOptions {
     std::vector<std::string> Ativar;    ///< names of rules; a group takes the rules below it along
     std::vector<std::string> Desativar; ///< the same
     bool Padrao = false;                ///< every rule on, before the other two
+    std::string Explicar;               ///< name of a rule to be explained, or its end; empty: none
 };
-/// Lists the rules, or switches them and tells what changed.
+/// Lists the rules, explains one, or switches them and tells what changed. Raises EUsage for a name that is
+/// no rule's.
 int RunRegras(const TCliContext& context, const TRegrasOptions& options);
 /// A rule that is to be on or off.
 struct TRuleSwitch {

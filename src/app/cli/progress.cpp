@@ -1,6 +1,6 @@
 #include "app/cli/progress.h"
 
-#include "app/cli/console.h"
+#include "report/console.h"
 
 #include <fmt/format.h>
 

@@ -1,13 +1,19 @@
 #include "app/desktop/document_tab.h"
 
+#include "app/config.h"
+#include "app/conversion_choice.h"
+#include "app/desktop/background.h"
+#include "app/desktop/correction_dialog.h"
+#include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/dialogs/solver_select.h"
+#include "app/desktop/dialogs/version_converter_dialogs.h"
 #include "app/desktop/information_panel.h"
-#include "app/desktop/message_panel.h"
 #include "app/desktop/notice_bar.h"
 #include "app/desktop/questions.h"
 #include "app/desktop/search_bar.h"
-#include "app/desktop/text.h"
 #include "app/desktop/theme.h"
 #include "app/desktop/xml_editor.h"
+#include "app/installation.h"
 #include "app/line_layout.h"
 #include "model/tiss_kinds.h"
 
@@ -18,6 +24,7 @@
 #include <QFileSystemWatcher>
 #include <QLocale>
 #include <QSplitter>
+#include <QTabWidget>
 #include <QTimer>
 #include <QTreeView>
 
@@ -42,8 +49,8 @@ TDocumentTab::TDocumentTab(const std::shared_ptr<IValidadorController>& controll
     : QWidget(parent), session_(new TFileSession(controller, fileName, this)), manager_(manager),
       notices_(new TNoticeBar), editor_(new TXmlEditor), search_(new TSearchBar(editor_)),
       messages_(new TMessagePanel(QStringLiteral("Mensagens da validação"))),
-      informations_(new TInformationPanel), typing_(new QTimer(this)),
-      watcher_(new QFileSystemWatcher(this)) {
+      informations_(new TInformationPanel), typing_(new QTimer(this)), watcher_(new QFileSystemWatcher(this)),
+      lists_(new QTabWidget) {
     BuildViews();
     Subscribe();
     typing_->setSingleShot(true);
@@ -53,6 +60,7 @@ TDocumentTab::TDocumentTab(const std::shared_ptr<IValidadorController>& controll
     connect(session_, &TFileSession::ReadDone, this, &TDocumentTab::ShowRead);
     connect(session_, &TFileSession::ReadFailed, this, &TDocumentTab::Unreadable);
     connect(session_, &TFileSession::NotValidated, this, [this](const QString& reason) {
+        messages_->ShowNothing({});
         notices_->Show(QStringLiteral("configuracao"),
                        QStringLiteral("O arquivo não foi validado. ") + reason);
     });
@@ -64,12 +72,13 @@ TDocumentTab::TDocumentTab(const std::shared_ptr<IValidadorController>& controll
             const TXmlMessage& found = *messages_->Messages()[message];
             return SeverityName(found.MsgType()) + QStringLiteral(": ") + ReasonOf(found);
         });
+        GoBackToPlace();
     });
     connect(messages_, &TMessagePanel::Selected, this, &TDocumentTab::SelectPlace);
     connect(messages_, &TMessagePanel::Activated, this, &TDocumentTab::ActivatePlace);
     connect(messages_, &TMessagePanel::CorrectionWanted, this,
             [this](std::size_t message, std::size_t solver) { Correct(message, solver); });
-    connect(messages_, &TMessagePanel::RuleCorrectionWanted, this, &TDocumentTab::RuleCorrectionWanted);
+    connect(messages_, &TMessagePanel::RuleCorrectionWanted, this, &TDocumentTab::CorrectAll);
     connect(messages_, &TMessagePanel::RuleSwitchWanted, this, &TDocumentTab::RuleSwitchWanted);
     connect(messages_, &TMessagePanel::HelpWanted, this, &TDocumentTab::HelpWanted);
 }
@@ -94,7 +103,11 @@ void TDocumentTab::BuildViews() {
     columns_->setSizes({1000, 330});
     rows_ = new QSplitter(Qt::Vertical);
     rows_->addWidget(columns_);
-    rows_->addWidget(messages_);
+    lists_->setDocumentMode(true);
+    lists_->setTabBarAutoHide(true);
+    lists_->setAccessibleName(QStringLiteral("Listas de mensagens"));
+    lists_->addTab(messages_, QStringLiteral("Mensagens"));
+    rows_->addWidget(lists_);
     rows_->setStretchFactor(0, 1);
     rows_->setSizes({400, 280});
     rows_->setChildrenCollapsible(false);
@@ -162,10 +175,10 @@ void TDocumentTab::ShowAsItCame() {
     StopValidation();
     editor_->SetEditable(false);
     try {
-        const TTissFile file = TTissFile::Read(PathFromText(Utf8(FileName())), TXmlUndecodable::Guessed);
+        const TTissFile file = TTissFile::Read(PathFromText(FromQt(FileName())), TXmlUndecodable::Guessed);
         editor_->Load(std::make_shared<const std::string>(WrapLines(*file.Text(), kWrapWidth)), false);
     } catch (const std::runtime_error& error) {
-        ShowError(this, Q(error.what()));
+        ShowError(this, ToQt(error.what()));
     }
     notices_->Show(
         QStringLiteral("formatado"),
@@ -208,7 +221,8 @@ void TDocumentTab::ShowResult(const TValidateArgs& result) {
     editor_->SetEditable(true);
     wasJudged_ = result.Verified;
     wasValid_ = result.FileStateFlags.Contains(TFileStateFlag::sfValido);
-    kind_ = result.ArquivoTiss != nullptr ? Q(KindOf(result.ArquivoTiss->TipoArquivo()).Title) : QString();
+    kind_ = result.ArquivoTiss != nullptr ? ToQt(KindOf(result.ArquivoTiss->TipoArquivo()).Title) : QString();
+    result_ = result;
     messages_->ShowMessages(result.ValidationMessages);
     informations_->ShowInformations(result.ArquivoTiss != nullptr ? result.ArquivoTiss->Informations()
                                                                   : TInformations{});
@@ -219,6 +233,8 @@ void TDocumentTab::OnEdited() {
     if (!session_->IsOpen())
         return;
     edited_ = true;
+    if (correcting_) // what follows is told by who corrects
+        return;
     if (session_->IsValidating())
         Controller().StopValidation();
     Controller().Modify();
@@ -227,7 +243,29 @@ void TDocumentTab::OnEdited() {
     emit Changed();
 }
 
+bool TDocumentTab::IsUpToDate() {
+    if (session_->IsValidating() || asItCame_ || !session_->IsOpen())
+        return false;
+    if (!edited_ && result_)
+        return true;
+    Validate(); // corrections are made to the text that was judged
+    return false;
+}
+
+void TDocumentTab::GoBackToPlace() {
+    if (!back_ || session_->IsValidating())
+        return;
+    const TPlaceBefore place = *std::exchange(back_, std::nullopt);
+    goingBack_ = true;
+    messages_->Restore(place.Row);
+    goingBack_ = false;
+    if (place.Line > 0)
+        editor_->GoTo(place.Line, place.LinePos);
+}
+
 void TDocumentTab::SelectPlace(std::size_t message) {
+    if (goingBack_)
+        return;
     const TXmlMessage& found = *messages_->Messages()[message];
     if (const int line = editor_->Places().LineOf(message); line > 0 && !asItCame_)
         editor_->GoTo(line, found.LinePos());
@@ -282,10 +320,118 @@ void TDocumentTab::GoToMessage(bool next) {
     SelectPlace(message);
 }
 
-void TDocumentTab::Correct(std::size_t /*message*/, std::optional<std::size_t> /*solver*/) {}
+void TDocumentTab::Correct(std::size_t message, std::optional<std::size_t> solver) {
+    if (!IsUpToDate())
+        return;
+    const TXmlMessages all = messages_->Messages(); // the list is renewed on the way
+    const TXmlMessage& chosen = *all[message];
+    const TPlaceBefore place{messages_->Focus(), chosen.Line(), chosen.LinePos()};
+    const TSolverChoice choose =
+        solver ? TSolverChoice([solver](const auto&) { return solver; }) : TFSolverSelect::ChoiceBy(this);
+    TSolverHandlers handlers{choose,
+                             [this, &place](const TCorrectionRecord&, const TXmlPtr& xml) {
+                                 back_ = place;
+                                 correcting_ = true;
+                                 editor_->ReplaceBy(xml);
+                                 correcting_ = false;
+                                 messages_->ShowNothing({});
+                             },
+                             [this](const TXmlPtr&) { Validate(); }};
+    ExecuteSolver(Controller(), all, chosen.Id(), {}, handlers);
+}
 
-void TDocumentTab::TakeText(const std::shared_ptr<const std::string>& text) {
+void TDocumentTab::CorrectAll(const QString& rule) {
+    if (!IsUpToDate())
+        return;
+    const auto ofSchema = [](const QString& name) { return name.endsWith(QLatin1String(".schema")); };
+    TCorrectionRequest request;
+    request.Rule = FromQt(rule);
+    request.Structure = ofSchema(rule);
+    try {
+        TFCorrectionPreview dialog(
+            [file = TTissFile(editor_->Snapshot(), Controller().Encoding()),
+             enabled = EnabledRules()](const TCorrectionRequest& wanted) {
+                return PreviewCorrections(file, InstalledSchemas(), InstalledTerminology(), enabled, wanted);
+            },
+            request, this);
+        if (dialog.exec() != QDialog::Accepted)
+            return;
+        const TCorrectionPreview& preview = *dialog.Preview();
+        if (*preview.Before != *editor_->Snapshot())
+            return;
+        back_ = TPlaceBefore{messages_->Focus(), editor_->CurrentLine(), editor_->CurrentLinePos()};
+        LogCorrections(FromQt(FileName()), preview.Applied);
+        Controller().SetEncoding(preview.Encoding);
+        TakeText(preview.After);
+    } catch (const EInvalidConfig& error) {
+        ShowError(this, ToQt(error.what()));
+    }
+}
+
+void TDocumentTab::Convert() {
+    if (!IsUpToDate())
+        return;
+    if (result_->ArquivoTiss == nullptr) {
+        ShowError(
+            this,
+            QStringLiteral(
+                "Só um lote de guias que foi lido pode ser convertido. Corrija antes os erros da lista."));
+        return;
+    }
+    const auto request = AskConversion(this, *result_->ArquivoTiss);
+    if (!request)
+        return;
+    editor_->SetEditable(false);
+    RunBeside(
+        this,
+        // A tree of its own: the one of the messages belongs to the user interface.
+        [file = TTissFile(editor_->Snapshot(), Controller().Encoding()), wanted = *request] {
+            return ConvertLote(*file.Load(), wanted.Target, wanted.Options, InstalledSchemas());
+        },
+        [this](TOutcome<TConvertedLote> lote) {
+            editor_->SetEditable(true);
+            try {
+                ShowConverted(lote.Take());
+            } catch (const std::exception& error) {
+                ShowError(this, ToQt(error.what()));
+            }
+        });
+}
+
+void TDocumentTab::ShowConverted(const TConvertedLote& lote) {
+    if (notes_ == nullptr) {
+        notes_ = new TMessagePanel(QStringLiteral("Notas da conversão"));
+        connect(notes_, &TMessagePanel::Selected, this, [this](std::size_t note) {
+            const TXmlMessage& found = *notes_->Messages()[note];
+            if (found.Line() > 0)
+                editor_->GoTo(found.Line(), found.LinePos());
+        });
+        connect(notes_, &TMessagePanel::Activated, this, [this] {
+            editor_->setFocus();
+            editor_->IgnoreEnter(kSecondEnter);
+        });
+        lists_->addTab(notes_, QString());
+    }
+    const TXmlMessages notes = MessagesOf(lote);
+    lists_->setTabText(1, QStringLiteral("Conversão %1 → %2: %3 notas")
+                              .arg(ToQt(lote.From), ToQt(lote.To), QLocale().toString(notes.size())));
+    notes_->ShowMessages(notes);
+    TakeText(std::make_shared<const std::string>(lote.Xml));
+    if (!notes.empty())
+        lists_->setCurrentIndex(1);
+}
+
+std::optional<TFileResult> TDocumentTab::Result() const {
+    if (!result_ || edited_ || session_->IsValidating())
+        return std::nullopt;
+    return TFileResult{*result_, Controller().VersaoTiss(), editor_->Snapshot(), {}};
+}
+
+void TDocumentTab::TakeText(const TXmlPtr& text) {
+    correcting_ = true;
     editor_->ReplaceBy(text);
+    correcting_ = false;
+    messages_->ShowNothing({});
     Controller().Modify();
     Validate();
 }
@@ -311,16 +457,17 @@ bool TDocumentTab::SaveAs() {
 bool TDocumentTab::SaveTo(const QString& fileName) {
     const QString before = FileName();
     try {
-        if (fileName != before && manager_.Contains(Utf8(fileName))) {
+        if (fileName != before && manager_.Contains(FromQt(fileName))) {
             ShowError(this, QStringLiteral("\"%1\" está aberto em outra aba. Feche-a antes.").arg(fileName));
             return false;
         }
         session_->Save(editor_->Snapshot(), fileName);
     } catch (const EFileChanged& error) {
-        const int answer = Ask(
-            this, QStringLiteral("Salvar"),
-            Q(error.what()) + QStringLiteral("\n\nSubstituir o que está no disco pelo texto desta janela?"),
-            {QStringLiteral("Salvar &como..."), QStringLiteral("&Substituir")});
+        const int answer =
+            Ask(this, QStringLiteral("Salvar"),
+                ToQt(error.what()) +
+                    QStringLiteral("\n\nSubstituir o que está no disco pelo texto desta janela?"),
+                {QStringLiteral("Salvar &como..."), QStringLiteral("&Substituir")});
         if (answer == 0)
             return SaveAs();
         if (answer != 1)
@@ -328,10 +475,10 @@ bool TDocumentTab::SaveTo(const QString& fileName) {
         Controller().AcceptChangeOnDisk();
         return SaveTo(fileName);
     } catch (const std::runtime_error& error) { // EFileNotWritten, EXmlEncoding
-        ShowError(this, Q(error.what()));
+        ShowError(this, ToQt(error.what()));
         return false;
     }
-    manager_.UpdateFileName(Utf8(before), Utf8(fileName));
+    manager_.UpdateFileName(FromQt(before), FromQt(fileName));
     notices_->Hide(QStringLiteral("disco"));
     emit Changed();
     return true;
@@ -343,7 +490,8 @@ bool TDocumentTab::SaveWithEncoding(const QString& encoding) {
     try {
         const auto text = editor_->Snapshot();
         const auto misread = FindMisreading(*text, Controller().Encoding());
-        TXmlRecoding recoding = RecodeXml(misread ? MeantText(*text, misread->Kind) : *text, Utf8(encoding));
+        TXmlRecoding recoding =
+            RecodeXml(misread ? MeantText(*text, misread->Kind) : *text, FromQt(encoding));
         Controller().SetEncoding(EncodingToWrite(recoding.Text, {}));
         const std::size_t replaced = recoding.Replaced.size();
         TakeText(std::make_shared<const std::string>(std::move(recoding.Text)));
@@ -353,7 +501,7 @@ bool TDocumentTab::SaveWithEncoding(const QString& encoding) {
                 QStringLiteral("%1 caracteres não existem em %2 e foram gravados como referências numéricas.")
                     .arg(QLocale().toString(replaced), encoding));
     } catch (const EXmlEncoding& error) {
-        ShowError(this, Q(error.what()));
+        ShowError(this, ToQt(error.what()));
         return false;
     }
     return Save();
@@ -399,7 +547,7 @@ void TDocumentTab::CheckDisk() {
                    {{QStringLiteral("&Recarregar"), [this] {
                          if (!Controller().Modified() ||
                              AskYesNo(this, QStringLiteral("Recarregar"),
-                                      QStringLiteral("As alterações feitas aqui se perdem. Confirma?")))
+                                      "As alterações feitas aqui se perdem. Confirma?"))
                              Reload();
                      }}});
 }
@@ -452,12 +600,12 @@ QString TDocumentTab::KindText() const {
 }
 
 QString TDocumentTab::VersionText() const {
-    const QString version = Q(Controller().VersaoTiss());
+    const QString version = ToQt(Controller().VersaoTiss());
     return version.isEmpty() ? version : QStringLiteral("versão ") + version;
 }
 
 QString TDocumentTab::EncodingText() const {
-    return session_->IsOpen() ? Q(Controller().Encoding().Name) : QString();
+    return session_->IsOpen() ? ToQt(Controller().Encoding().Name) : QString();
 }
 
 QString TDocumentTab::PositionText() const {

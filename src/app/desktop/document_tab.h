@@ -3,6 +3,9 @@
 
 #include "app/controller_manager.h"
 #include "app/desktop/file_session.h"
+#include "app/desktop/message_panel.h"
+#include "app/file_validation.h"
+#include "app/lote_conversion.h"
 
 #include <QWidget>
 
@@ -11,12 +14,12 @@
 
 class QFileSystemWatcher;
 class QSplitter;
+class QTabWidget;
 class QTimer;
 
 namespace conferix {
 
 class TInformationPanel;
-class TMessagePanel;
 class TNoticeBar;
 class TSearchBar;
 class TXmlEditor;
@@ -26,6 +29,8 @@ class TDocumentTab : public QWidget {
     Q_OBJECT
 
   public:
+    using TXmlPtr = std::shared_ptr<const std::string>;
+
     TDocumentTab(const std::shared_ptr<IValidadorController>& controller, const QString& fileName,
                  TControllerManager& manager, QWidget* parent = nullptr);
     ~TDocumentTab() override;
@@ -57,8 +62,14 @@ class TDocumentTab : public QWidget {
     std::optional<std::size_t> MessageAtCaret() const;
     /// Corrects one message; asks which way where it offers several.
     void Correct(std::size_t message, std::optional<std::size_t> solver = std::nullopt);
+    /// Shows what would be corrected, of one rule or (empty) of all, and does it when the user agrees.
+    void CorrectAll(const QString& rule);
+    /// Asks for a version and converts the lot to it.
+    void Convert();
+    /// What the last validation found, for reports; nothing while there is none of the text as it is.
+    std::optional<TFileResult> Result() const;
     /// Puts a corrected or converted text into the editor and validates it.
-    void TakeText(const std::shared_ptr<const std::string>& text);
+    void TakeText(const TXmlPtr& text);
     /// Whether the file was changed by others meanwhile; tells the user.
     void CheckDisk();
     /// Moves the keyboard to the next part of the tab, or the previous one.
@@ -81,7 +92,6 @@ class TDocumentTab : public QWidget {
     void Unreadable(const QString& reason);
     void FileSaved();
     void Validated(const conferix::TValidateArgs& result);
-    void RuleCorrectionWanted(const QString& rule);
     void RuleSwitchWanted(const QString& rule);
     void HelpWanted(const QString& rule);
 
@@ -93,6 +103,10 @@ class TDocumentTab : public QWidget {
     void OnEdited();
     void OnClose(TFileCloseArgs& args);
     void ShowAsItCame();
+    /// True where the messages are about the text as it is; else it is validated anew.
+    bool IsUpToDate();
+    void GoBackToPlace();
+    void ShowConverted(const TConvertedLote& lote);
     void SelectPlace(std::size_t message);
     void ActivatePlace(std::size_t message);
     bool SaveTo(const QString& fileName);
@@ -110,7 +124,19 @@ class TDocumentTab : public QWidget {
     QTimer* typing_;
     QFileSystemWatcher* watcher_;
     std::vector<std::function<void()>> unsubscribe_;
+    QTabWidget* lists_;
+    TMessagePanel* notes_ = nullptr; ///< of the last conversion
     TReadFile read_;
+    /// Where the user was when a correction was made.
+    struct TPlaceBefore {
+        std::optional<TMessagePanel::TFocus> Row;
+        int Line;
+        int LinePos;
+    };
+    std::optional<TPlaceBefore> back_;
+    bool goingBack_ = false;
+    bool correcting_ = false; ///< the text is being replaced by the program
+    std::optional<TValidateArgs> result_;
     bool edited_ = false;    ///< since the last validation ended
     bool reloading_ = false; ///< the file is closed only to be read again
     bool asItCame_ = false;  ///< shown in its own lines, for reading alone

@@ -2,7 +2,7 @@
 
 #include "app/config.h"
 #include "app/desktop/background.h"
-#include "app/desktop/text.h"
+#include "app/desktop/dialogs/dialog_parts.h"
 #include "app/line_layout.h"
 #include "platform/platform.h"
 
@@ -54,13 +54,13 @@ TFileSession::TFileSession(std::shared_ptr<IValidadorController> controller, QSt
 void TFileSession::Read() {
     reading_ = true;
     RunBeside(
-        this, [name = Utf8(fileName_)] { return ReadForShowing(name); },
+        this, [name = FromQt(fileName_)] { return ReadForShowing(name); },
         [this](TOutcome<TReadFile> outcome) {
             reading_ = false;
             try {
                 emit ReadDone(outcome.Take());
             } catch (const EFile& error) {
-                emit ReadFailed(Q(error.what()));
+                emit ReadFailed(ToQt(error.what()));
             } catch (const std::bad_alloc&) {
                 emit ReadFailed(QString::fromUtf8(kOutOfMemory));
             }
@@ -69,7 +69,7 @@ void TFileSession::Read() {
 
 void TFileSession::Open(const TReadFile& read) {
     if (read.File)
-        controller_->Load(Utf8(fileName_), *read.File);
+        controller_->Load(FromQt(fileName_), *read.File);
 }
 
 void TFileSession::Validate(const TXmlPtr& text) {
@@ -77,7 +77,7 @@ void TFileSession::Validate(const TXmlPtr& text) {
     try {
         enabled = EnabledRules();
     } catch (const EInvalidConfig& error) {
-        emit NotValidated(Q(error.what()));
+        emit NotValidated(ToQt(error.what()));
         return;
     }
     RunBeside(
@@ -92,7 +92,7 @@ void TFileSession::Validate(const TXmlPtr& text) {
 }
 
 void TFileSession::Save(const TXmlPtr& text, const QString& fileName) {
-    controller_->SaveAs(*text, Utf8(fileName));
+    controller_->SaveAs(*text, FromQt(fileName));
     fileName_ = fileName;
 }
 

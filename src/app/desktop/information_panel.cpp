@@ -1,6 +1,6 @@
 #include "app/desktop/information_panel.h"
 
-#include "app/desktop/text.h"
+#include "app/desktop/dialogs/dialog_parts.h"
 
 #include <QHeaderView>
 
@@ -21,14 +21,14 @@ TInformationPanel::TInformationPanel(QWidget* parent) : QTreeWidget(parent) {
 void TInformationPanel::ShowInformations(const TInformations& groups) {
     clear();
     for (const TInformationGroup& group : groups) {
-        auto* top = new QTreeWidgetItem(this, {Q(group.Titulo)});
+        auto* top = new QTreeWidgetItem(this, {ToQt(group.Titulo)});
         QFont bold = font();
         bold.setBold(true);
         top->setFont(0, bold);
         top->setFirstColumnSpanned(true);
         for (const auto& [label, value] : group.Linhas) {
-            auto* row = new QTreeWidgetItem(top, {Q(label), Q(value)});
-            row->setToolTip(1, Q(value));
+            auto* row = new QTreeWidgetItem(top, {ToQt(label), ToQt(value)});
+            row->setToolTip(1, ToQt(value));
         }
         top->setExpanded(true);
     }

@@ -1,8 +1,8 @@
 #include "app/desktop/main_window.h"
 
+#include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/document_tab.h"
 #include "app/desktop/questions.h"
-#include "app/desktop/text.h"
 #include "app/desktop/theme.h"
 #include "app/desktop/welcome_page.h"
 #include "app/desktop/xml_editor.h"
@@ -40,7 +40,11 @@ constexpr qsizetype kManyFiles = 20;
 
 } // namespace
 
-TMainWindow::TMainWindow() : pages_(new QStackedWidget), tabs_(new QTabWidget), welcome_(new TWelcomePage) {
+TMainWindow::TMainWindow()
+    : pages_(new QStackedWidget), tabs_(new QTabWidget), welcome_(new TWelcomePage),
+      history_(std::make_unique<TFileHistory>(TDatabase(), [this](const std::string& reason) {
+          statusBar()->showMessage(ToQt(reason), 20'000);
+      })) {
     setWindowTitle(QStringLiteral("Conferix"));
     setWindowIcon(IconOf(QStringLiteral("conferix")));
     setAcceptDrops(true);
@@ -108,7 +112,7 @@ void TMainWindow::OpenFiles(const QStringList& names) {
             ShowError(this, QStringLiteral("A pasta \"%1\" não contém arquivos *.xml nem *.xte.").arg(name));
         if (found.size() <= kManyFiles ||
             AskYesNo(this, QStringLiteral("Abrir pasta"),
-                     QStringLiteral("A pasta tem %1 arquivos. Abrir todos?").arg(found.size())))
+                     FromQt(QStringLiteral("A pasta tem %1 arquivos. Abrir todos?").arg(found.size()))))
             files += found;
     }
     for (const QString& file : files)
@@ -127,7 +131,7 @@ void TMainWindow::OpenFile(const QString& name) {
         return ShowError(this, QStringLiteral("O arquivo \"%1\" não existe.").arg(path));
     auto controller = std::make_shared<TValidadorController>(InstalledTerminology());
     controller->SetSchemaFolder(InstalledSchemas());
-    controllers_.AddController(Utf8(path), controller);
+    controllers_.AddController(FromQt(path), controller);
 }
 
 void TMainWindow::OnController(TControllerOperation operation, const std::string& fileName,
@@ -135,7 +139,7 @@ void TMainWindow::OnController(TControllerOperation operation, const std::string
     const int index = IndexOf(*controller);
     switch (operation) {
     case TControllerOperation::coAdded:
-        return AddTab(Q(fileName), controller);
+        return AddTab(ToQt(fileName), controller);
     case TControllerOperation::coRemoved:
         if (QWidget* tab = tabs_->widget(index)) {
             tabs_->removeTab(index);
@@ -156,9 +160,17 @@ void TMainWindow::AddTab(const QString& fileName, const TControllerManager::TCon
         tab->RestoreState(QSettings().value(QStringLiteral("aba")).toByteArray());
     connect(tab, &TDocumentTab::Changed, this, [this, tab] { UpdateTab(tab); });
     connect(tab, &TDocumentTab::Unreadable, this, [this, tab](const QString& reason) {
-        controllers_.RemoveController(Utf8(tab->FileName()));
+        history_->Forget(FromQt(tab->FileName()));
+        controllers_.RemoveController(FromQt(tab->FileName()));
         ShowError(this, reason);
     });
+    connect(tab, &TDocumentTab::Validated, this,
+            [this, tab](const TValidateArgs& result) { NoteValidated(*tab, result); });
+    connect(tab, &TDocumentTab::FileSaved, this,
+            [this, tab] { history_->NoteOpened(FromQt(tab->FileName())); });
+    connect(tab, &TDocumentTab::RuleSwitchWanted, this, &TMainWindow::ShowRules);
+    connect(tab, &TDocumentTab::HelpWanted, this, &TMainWindow::ShowHelp);
+    history_->NoteOpened(FromQt(fileName));
     tabs_->setCurrentIndex(tabs_->addTab(tab, QFileInfo(fileName).fileName()));
     tab->Load();
     UpdateTab(tab);
@@ -171,7 +183,7 @@ void TMainWindow::CloseTab(int index) {
         return;
     SaveLayout();
     if (tab->Close())
-        controllers_.RemoveController(Utf8(tab->FileName()));
+        controllers_.RemoveController(FromQt(tab->FileName()));
 }
 
 void TMainWindow::UpdateTab(TDocumentTab* tab) {

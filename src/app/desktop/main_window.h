@@ -1,11 +1,18 @@
 #pragma once
 
 #include "app/controller_manager.h"
+#include "app/desktop/dialogs/configuracoes_dialog.h"
+#include "app/file_validation.h"
+#include "data/file_history.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
+#include <functional>
+#include <memory>
 #include <vector>
 
+class QDockWidget;
 class QLabel;
 class QStackedWidget;
 class QTabWidget;
@@ -13,6 +20,7 @@ class QTabWidget;
 namespace conferix {
 
 class TDocumentTab;
+class TRuleHelp;
 class TWelcomePage;
 
 /// The window of conferix-desktop: a tab a file, and what can be done with them.
@@ -63,6 +71,18 @@ class TMainWindow : public QMainWindow {
     void UpdateActions();
     void ChooseFiles();
     void GoToLine();
+    void OpenFolder();
+    void OpenExample();
+    void FillRecentFiles();
+    void NoteValidated(const TDocumentTab& tab, const TValidateArgs& result);
+    void ValidateFolder();
+    void ShowRules(const QString& rule);
+    void ShowSettings(TSettingsPage page);
+    void ShowHistory();
+    void ShowHelp(const QString& rule);
+    /// Does something with what the current tab's validation found; tells where there is nothing.
+    void WithResult(const std::function<void(const TFileResult&)>& action);
+    void ValidateAll();
     void ShowAbout();
     void SaveLayout() const;
     void RestoreLayout();
@@ -73,6 +93,10 @@ class TMainWindow : public QMainWindow {
     TWelcomePage* welcome_;
     QMenu* menu_ = nullptr; ///< being built
     std::vector<std::pair<QAction*, TNeeds>> actions_;
+    std::unique_ptr<TFileHistory> history_;
+    QMenu* recent_ = nullptr;
+    QPointer<QDockWidget> helpDock_;
+    TRuleHelp* help_ = nullptr;
     QLabel* state_ = nullptr;
     QLabel* kind_ = nullptr;
     QLabel* encoding_ = nullptr;

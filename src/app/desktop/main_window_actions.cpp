@@ -1,14 +1,17 @@
 // The menus, tool bar and keys of the main window.
 #include "app/desktop/main_window.h"
 
+#include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/dialogs/proxy_settings_dialog.h"
+#include "app/desktop/dialogs/report_print.h"
 #include "app/desktop/document_tab.h"
 #include "app/desktop/information_panel.h"
 #include "app/desktop/message_panel.h"
 #include "app/desktop/questions.h"
 #include "app/desktop/search_bar.h"
-#include "app/desktop/text.h"
 #include "app/desktop/theme.h"
 #include "app/desktop/xml_editor.h"
+#include "validation/identity.h"
 
 #include <QAction>
 #include <QFileDialog>
@@ -75,10 +78,13 @@ void TMainWindow::BuildMenus() {
 void TMainWindow::BuildFileMenu() {
     menu_ = menuBar()->addMenu(QStringLiteral("&Arquivo"));
     Add("abrir", QStringLiteral("&Abrir..."), QKeySequence::Open, TNeeds::Nothing, &TMainWindow::ChooseFiles);
-    AddForTab("recarregar", QStringLiteral("&Recarregar"), {}, [this](TDocumentTab& tab) {
+    recent_ = menu_->addMenu(QStringLiteral("Abrir &recentes"));
+    recent_->setObjectName(QStringLiteral("recentes"));
+    connect(recent_, &QMenu::aboutToShow, this, &TMainWindow::FillRecentFiles);
+    Add("abrirPasta", QStringLiteral("Abrir &pasta..."), {}, TNeeds::Nothing, &TMainWindow::OpenFolder);
+    AddForTab("recarregar", QStringLiteral("Recarre&gar"), {}, [this](TDocumentTab& tab) {
         if (!tab.Controller().Modified() ||
-            AskYesNo(this, QStringLiteral("Recarregar"),
-                     QStringLiteral("As alterações feitas aqui se perdem. Confirma?")))
+            AskYesNo(this, QStringLiteral("Recarregar"), "As alterações feitas aqui se perdem. Confirma?"))
             tab.Reload();
     });
     menu_->addSeparator();
@@ -91,6 +97,13 @@ void TMainWindow::BuildFileMenu() {
         AddForTab(encoding, QString::fromLatin1(encoding), {},
                   [name = QString::fromLatin1(encoding)](TDocumentTab& tab) { tab.SaveWithEncoding(name); });
     menu_ = file;
+    menu_->addSeparator();
+    Add("imprimir", QStringLiteral("&Imprimir o relatório..."), QKeySequence::Print, TNeeds::OpenFile,
+        [this] { WithResult([this](const TFileResult& result) { PrintReport(this, result); }); });
+    Add("pdf", QStringLiteral("Relatório em P&DF..."), {}, TNeeds::OpenFile,
+        [this] { WithResult([this](const TFileResult& result) { AskAndSaveReportPdf(this, result); }); });
+    Add("historico", QStringLiteral("&Histórico de validações..."), {}, TNeeds::Nothing,
+        &TMainWindow::ShowHistory);
     menu_->addSeparator();
     Add("fechar", QStringLiteral("&Fechar"), QKeySequence(QStringLiteral("Ctrl+W")), TNeeds::Tab,
         [this] { CloseTab(tabs_->currentIndex()); });
@@ -193,11 +206,32 @@ void TMainWindow::BuildValidationMenu() {
 
 void TMainWindow::BuildSettingsMenu() {
     menu_ = menuBar()->addMenu(QStringLiteral("&Configurações"));
+    Add("regras", QStringLiteral("&Ativar/Desativar Validações..."), {}, TNeeds::Nothing,
+        [this] { ShowRules({}); });
+    menu_->addSeparator();
+    Add("terminologia", QStringLiteral("&Terminologia..."), {}, TNeeds::Nothing,
+        [this] { ShowSettings(TSettingsPage::Terminologia); });
+    Add("schemas", QStringLiteral("&Schemas..."), {}, TNeeds::Nothing,
+        [this] { ShowSettings(TSettingsPage::Schemas); });
+    Add("atualizacoes", QStringLiteral("Verificar a&tualizações..."), {}, TNeeds::Nothing,
+        [this] { ShowSettings(TSettingsPage::Atualizacoes); });
+    menu_->addSeparator();
+    Add("proxy", QStringLiteral("Configurações de &Proxy..."), {}, TNeeds::Nothing,
+        [this] { TFProxySettings::Abrir(this); });
 }
 
 void TMainWindow::BuildHelpMenu() {
     menu_ = menuBar()->addMenu(QStringLiteral("Aj&uda"));
-    Add("exemplo", QStringLiteral("Abrir um &exemplo"), {}, TNeeds::Nothing, [] {});
+    Add("ajudaRegra", QStringLiteral("Ajuda sobre a &regra"), QKeySequence(QStringLiteral("F1")),
+        TNeeds::Nothing, [this] {
+            const TDocumentTab* tab = CurrentTab();
+            const auto message = tab != nullptr ? tab->MessageAtCaret() : std::nullopt;
+            const TValidationIdentity* rule =
+                message ? tab->Messages()->Messages()[*message]->Rule() : nullptr;
+            ShowHelp(rule != nullptr ? ToQt(rule->Name) : QString());
+        });
+    Add("exemplo", QStringLiteral("Abrir um &exemplo"), {}, TNeeds::Nothing, &TMainWindow::OpenExample);
+    menu_->addSeparator();
     Add("sobre", QStringLiteral("&Sobre o Conferix"), {}, TNeeds::Nothing, &TMainWindow::ShowAbout);
 }
 
@@ -220,7 +254,5 @@ void TMainWindow::GoToLine() {
     tab->Editor()->GoTo(line, 1);
     tab->Editor()->setFocus();
 }
-
-void TMainWindow::ShowAbout() {}
 
 } // namespace conferix

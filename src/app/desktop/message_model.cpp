@@ -1,6 +1,6 @@
 #include "app/desktop/message_model.h"
 
-#include "app/desktop/text.h"
+#include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/theme.h"
 #include "validation/identity.h"
 #include "validation/solver.h"
@@ -22,7 +22,7 @@ QString OneLine(QString text) {
 }
 
 QString RuleOf(const TXmlMessage& message) {
-    return message.Rule() != nullptr ? Q(message.Rule()->Description) : QString();
+    return message.Rule() != nullptr ? ToQt(message.Rule()->Description) : QString();
 }
 
 QString NumberOf(std::int32_t line) {
@@ -32,8 +32,8 @@ QString NumberOf(std::int32_t line) {
 } // namespace
 
 QString ReasonOf(const TXmlMessage& message) {
-    const QString reason = Q(message.Reason());
-    return message.Item().empty() ? reason : Q(message.Item()) + QStringLiteral(": ") + reason;
+    const QString reason = ToQt(message.Reason());
+    return message.Item().empty() ? reason : ToQt(message.Item()) + QStringLiteral(": ") + reason;
 }
 
 TMessageModel::TMessageModel(QObject* parent) : QAbstractItemModel(parent) {}
@@ -127,13 +127,13 @@ QString TMessageModel::TextOf(const QModelIndex& index) const {
     case TMessageColumn::Line:
         return NumberOf(message.Line());
     case TMessageColumn::Guide:
-        return group ? QString() : Q(message.NumeroGuia());
+        return group ? QString() : ToQt(message.NumeroGuia());
     case TMessageColumn::Field:
-        return Q(message.Campo());
+        return ToQt(message.Campo());
     case TMessageColumn::Rule:
         return RuleOf(message);
     case TMessageColumn::Text:
-        return OneLine(group ? Q(table_.GroupText(static_cast<std::size_t>(index.row())))
+        return OneLine(group ? ToQt(table_.GroupText(static_cast<std::size_t>(index.row())))
                              : ReasonOf(message));
     case TMessageColumn::Corrections:
         return message.Solvers().empty() ? QString() : QLocale().toString(message.Solvers().size());
@@ -180,12 +180,8 @@ QVariant TMessageModel::headerData(int section, Qt::Orientation orientation, int
 
 QString TMessageModel::LineOf(std::size_t message) const {
     const TXmlMessage& found = *table_.Messages()[message];
-    QStringList cells = {SeverityName(found.MsgType()),
-                         NumberOf(found.Line()),
-                         Q(found.NumeroGuia()),
-                         Q(found.Campo()),
-                         RuleOf(found),
-                         OneLine(ReasonOf(found))};
+    QStringList cells = {SeverityName(found.MsgType()), NumberOf(found.Line()), ToQt(found.NumeroGuia()),
+                         ToQt(found.Campo()),           RuleOf(found),          OneLine(ReasonOf(found))};
     return cells.join(QLatin1Char('\t'));
 }
 

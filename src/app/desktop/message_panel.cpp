@@ -1,7 +1,7 @@
 #include "app/desktop/message_panel.h"
 
 #include "app/desktop/background.h"
-#include "app/desktop/text.h"
+#include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/theme.h"
 #include "validation/identity.h"
 #include "validation/solver.h"
@@ -45,7 +45,7 @@ const std::array<TShownSeverity, 3>& ShownSeverities() {
 }
 
 QString RuleName(const TXmlMessage& message) {
-    return message.Rule() != nullptr ? Q(message.Rule()->Name) : QString();
+    return message.Rule() != nullptr ? ToQt(message.Rule()->Name) : QString();
 }
 
 } // namespace
@@ -205,14 +205,14 @@ void TMessagePanel::Fill(std::shared_ptr<const TMessageDigest> digest) {
     }
     rule_->addItem(QStringLiteral("Todas as regras"), QString());
     for (const TValidationIdentity* rule : digest->Rules())
-        rule_->addItem(Q(rule->Description), Q(rule->Name));
+        rule_->addItem(ToQt(rule->Description), ToQt(rule->Name));
     guide_->addItem(QStringLiteral("Todas as guias"), QString());
     QStringList guides;
     for (const std::string& guide : digest->Guides())
-        guides << Q(guide);
+        guides << ToQt(guide);
     guide_->addItems(guides);
-    rule_->setCurrentIndex(std::max(0, rule_->findData(Q(filter.Rule))));
-    guide_->setCurrentIndex(filter.Guide.empty() ? 0 : std::max(0, guide_->findText(Q(filter.Guide))));
+    rule_->setCurrentIndex(std::max(0, rule_->findData(ToQt(filter.Rule))));
+    guide_->setCurrentIndex(filter.Guide.empty() ? 0 : std::max(0, guide_->findText(ToQt(filter.Guide))));
     for (QComboBox* box : {rule_, guide_})
         box->blockSignals(false);
     UpdateCounts();
@@ -239,10 +239,10 @@ void TMessagePanel::ApplyFilter() {
     for (std::size_t i = 0; i < severities_.size(); ++i)
         for (const TMessageType type : ShownSeverities()[i].second)
             filter.Hidden[static_cast<std::size_t>(type)] = !severities_[i]->isChecked();
-    filter.Rule = Utf8(rule_->currentData().toString());
+    filter.Rule = FromQt(rule_->currentData().toString());
     if (guide_->currentIndex() > 0)
-        filter.Guide = Utf8(guide_->currentText());
-    filter.Text = Utf8(text_->text());
+        filter.Guide = FromQt(guide_->currentText());
+    filter.Text = FromQt(text_->text());
     filter.Left = left_;
     if (filter == model_->Table().Filter())
         return;
@@ -304,16 +304,16 @@ void TMessagePanel::ShowDetails() {
     }
     const TXmlMessage& message = *Messages()[*current];
     QString text = QStringLiteral("<p><b>%1</b>").arg(SeverityName(message.MsgType()));
-    if (const QString place = Q(message.Place()); !place.isEmpty())
+    if (const QString place = ToQt(message.Place()); !place.isEmpty())
         text += QLatin1Char(' ') + place.toHtmlEscaped();
     text += QStringLiteral("<br/>") +
             ReasonOf(message).toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br/>"));
     if (message.Rule() != nullptr)
         text += QStringLiteral("<br/><i>%1</i> (%2)")
-                    .arg(Q(message.Rule()->Description).toHtmlEscaped(), RuleName(message));
+                    .arg(ToQt(message.Rule()->Description).toHtmlEscaped(), RuleName(message));
     details_->setHtml(text + QStringLiteral("</p>"));
     for (std::size_t i = 0; i < std::min(message.Solvers().size(), kMostButtons); ++i) {
-        const QString description = Q(message.Solvers()[i]->Description()).trimmed();
+        const QString description = ToQt(message.Solvers()[i]->Description()).trimmed();
         auto* button = new QPushButton(
             fontMetrics().elidedText(QString(description).replace(QLatin1Char('&'), QStringLiteral("&&")),
                                      Qt::ElideMiddle, 60 * fontMetrics().averageCharWidth()));
@@ -339,7 +339,7 @@ void TMessagePanel::ShowMenu(const QPoint& place) {
         const TXmlMessage& message = *Messages()[*current];
         for (std::size_t i = 0; i < message.Solvers().size(); ++i)
             menu.addAction(IconOf(QStringLiteral("corrigir")),
-                           Q(message.Solvers()[i]->Description())
+                           ToQt(message.Solvers()[i]->Description())
                                .trimmed()
                                .replace(QLatin1Char('&'), QStringLiteral("&&")),
                            this, [this, message = *current, i] { emit CorrectionWanted(message, i); });

@@ -1,6 +1,6 @@
-#include "app/cli/message_json.h"
+#include "report/message_json.h"
 
-#include "app/cli/console.h"
+#include "report/console.h"
 #include "validation/solver.h"
 #include "validation/validation_message.h"
 

@@ -1,4 +1,4 @@
-#include "app/cli/console.h"
+#include "report/console.h"
 
 #include "platform/format_settings.h"
 #include "platform/platform.h"

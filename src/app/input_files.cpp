@@ -1,0 +1,73 @@
+#include "app/input_files.h"
+
+#include "platform/platform.h"
+#include "xml/lower_case.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace conferix {
+
+namespace {
+
+bool HasTissExtension(const std::filesystem::path& file) {
+    const std::string extension = LowerCase(file.extension().string());
+    return extension == ".xml" || extension == ".xte";
+}
+
+/// The files of a folder, and what could not be searched. Links are followed, each folder is searched once.
+std::vector<TInput> SearchFolder(const std::string& name, bool withSubfolders) {
+    std::vector<TInput> found;
+    std::set<std::filesystem::path> searched;
+    std::vector<std::filesystem::path> pending = {PathFromText(name)};
+    while (!pending.empty()) {
+        const std::filesystem::path folder = std::move(pending.back());
+        pending.pop_back();
+        std::error_code failure;
+        const std::filesystem::path place = std::filesystem::weakly_canonical(folder, failure);
+        if (!searched.insert(failure ? folder : place).second)
+            continue;
+        for (auto entry = std::filesystem::directory_iterator(folder, failure);
+             !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
+            std::error_code unreachable; // told when the file is read
+            if (entry->is_directory(unreachable)) {
+                if (withSubfolders)
+                    pending.push_back(entry->path());
+            } else if (HasTissExtension(entry->path())) {
+                found.push_back({PathText(entry->path()), {}});
+            } else if (unreachable || (entry->is_symlink(unreachable) && !entry->exists(unreachable))) {
+                // It may be a folder of files that nobody would miss.
+                found.push_back({PathText(entry->path()),
+                                 "a ligação leva a um lugar que não existe ou não pode ser lido"});
+            }
+        }
+        if (failure)
+            found.push_back({PathText(folder), ReasonText(failure)});
+    }
+    if (found.empty())
+        found.push_back({name, "a pasta não contém arquivos *.xml nem *.xte"});
+    std::ranges::sort(found, {}, &TInput::Name);
+    return found;
+}
+
+} // namespace
+
+std::vector<TInput> ExpandFolders(const std::vector<std::string>& names, bool withSubfolders) {
+    std::vector<TInput> inputs;
+    for (const std::string& name : names) {
+        std::error_code failure;
+        if (name == "-" || !std::filesystem::is_directory(PathFromText(name), failure)) {
+            inputs.push_back({name, {}});
+            continue;
+        }
+        std::vector<TInput> found = SearchFolder(name, withSubfolders);
+        std::ranges::move(found, std::back_inserter(inputs));
+    }
+    return inputs;
+}
+
+} // namespace conferix

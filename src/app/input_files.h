@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace conferix {
+
+/// A file to validate, or what stands for something that no file came of.
+struct TInput {
+    std::string Name;    ///< "-": the standard input
+    std::string Failure; ///< why it cannot be validated; empty for a file
+};
+
+/// What names of the command line stand for: a folder for its *.xml and *.xte files in order of their names,
+/// with those of its subfolders on request.
+std::vector<TInput> ExpandFolders(const std::vector<std::string>& names, bool withSubfolders);
+
+} // namespace conferix

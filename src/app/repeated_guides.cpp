@@ -1,0 +1,45 @@
+#include "app/repeated_guides.h"
+
+#include "model/lote_guias.h"
+#include "model/mensagem_tiss.h"
+#include "model/tiss_utils.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace conferix {
+
+std::vector<TBilledGuide> BilledGuides(const TValidateArgs& result) {
+    std::vector<TBilledGuide> guides;
+    const auto* mensagem = dynamic_cast<const IMensagemTiss*>(result.ArquivoTiss.get());
+    if (mensagem == nullptr || mensagem->TipoTransacao() != TEnumTipoTransacaoTiss::tmEnvioLoteGuias)
+        return guides;
+    const TXmlDocument& document = *mensagem->Xml();
+    const std::string provider = fmt::format("{}/{}/{}/", TTissUtils::IdentificacaoPrestadorCnpj(document),
+                                             TTissUtils::IdentificacaoPrestadorCpf(document),
+                                             TTissUtils::IdentificacaoPrestadorCodigoNaOperadora(document));
+    for (const IGuiaTiss& guia : mensagem->LoteGuias().Guias())
+        if (const std::string number(guia.NumeroGuia()); !number.empty())
+            guides.push_back({provider + number, number, static_cast<std::int32_t>(guia.Node()->Line())});
+    return guides;
+}
+
+void TRepeatedGuides::Add(std::size_t file, const std::vector<TBilledGuide>& guides) {
+    for (const TBilledGuide& guide : guides) {
+        const TRepeatedGuide::TPlace here{file, guide.Line};
+        const auto [known, added] = billed_.try_emplace(guide.Key, here);
+        if (!added && known->second.File != file)
+            repeated_.push_back({guide.Number, std::min(known->second, here), std::max(known->second, here)});
+    }
+}
+
+std::vector<TRepeatedGuide> TRepeatedGuides::Found() const {
+    std::vector<TRepeatedGuide> found = repeated_;
+    std::ranges::sort(found, {},
+                      [](const TRepeatedGuide& guide) { return std::pair(guide.First, guide.Again); });
+    return found;
+}
+
+} // namespace conferix

@@ -1,0 +1,51 @@
+// Guides that are billed in two files; a second bill is refused.
+#pragma once
+
+#include "app/validator_events.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace conferix {
+
+/// A guide of a lot, to be found again in other files.
+struct TBilledGuide {
+    std::string Key; ///< provider and number
+    std::string Number;
+    std::int32_t Line;
+};
+
+/// The guides of a lot of guides; none of any other file.
+std::vector<TBilledGuide> BilledGuides(const TValidateArgs& result);
+
+/// A guide of one provider that is in two files.
+struct TRepeatedGuide {
+    struct TPlace {
+        std::size_t File; ///< the number that it was added with
+        std::int32_t Line;
+
+        auto operator<=>(const TPlace&) const = default;
+    };
+
+    std::string Number;
+    TPlace First;
+    TPlace Again;
+};
+
+/// Finds the guides that are in more than one of several files.
+class TRepeatedGuides {
+  public:
+    /// Files may come in any order.
+    void Add(std::size_t file, const std::vector<TBilledGuide>& guides);
+    /// What was found, in the order of the files and lines.
+    std::vector<TRepeatedGuide> Found() const;
+
+  private:
+    std::unordered_map<std::string, TRepeatedGuide::TPlace> billed_; ///< by provider and number
+    std::vector<TRepeatedGuide> repeated_;
+};
+
+} // namespace conferix
