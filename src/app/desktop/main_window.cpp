@@ -35,6 +35,15 @@ QStringList FilesOf(const QString& folder) {
     return files;
 }
 
+/// What the window remembers from one start to the next.
+std::unique_ptr<QSettings> Settings() {
+    try {
+        return std::make_unique<QSettings>(ToQt(PathText(DataFolder() / "janela.ini")), QSettings::IniFormat);
+    } catch (const EDataFolderUnknown&) {
+        return std::make_unique<QSettings>(QStringLiteral("Brenvo"), QStringLiteral("Conferix"));
+    }
+}
+
 /// A folder of more files is not opened without asking.
 constexpr qsizetype kManyFiles = 20;
 
@@ -157,7 +166,7 @@ void TMainWindow::AddTab(const QString& fileName, const TControllerManager::TCon
     if (const TDocumentTab* other = CurrentTab())
         tab->RestoreState(other->SaveState());
     else
-        tab->RestoreState(QSettings().value(QStringLiteral("aba")).toByteArray());
+        tab->RestoreState(Settings()->value(QStringLiteral("aba")).toByteArray());
     connect(tab, &TDocumentTab::Changed, this, [this, tab] { UpdateTab(tab); });
     connect(tab, &TDocumentTab::Unreadable, this, [this, tab](const QString& reason) {
         history_->Forget(FromQt(tab->FileName()));
@@ -259,18 +268,18 @@ void TMainWindow::changeEvent(QEvent* event) {
 }
 
 void TMainWindow::SaveLayout() const {
-    QSettings settings;
-    settings.setValue(QStringLiteral("janela"), saveGeometry());
-    settings.setValue(QStringLiteral("barras"), saveState());
+    const auto settings = Settings();
+    settings->setValue(QStringLiteral("janela"), saveGeometry());
+    settings->setValue(QStringLiteral("barras"), saveState());
     if (const TDocumentTab* tab = CurrentTab())
-        settings.setValue(QStringLiteral("aba"), tab->SaveState());
+        settings->setValue(QStringLiteral("aba"), tab->SaveState());
 }
 
 void TMainWindow::RestoreLayout() {
-    const QSettings settings;
-    if (!restoreGeometry(settings.value(QStringLiteral("janela")).toByteArray()))
+    const auto settings = Settings();
+    if (!restoreGeometry(settings->value(QStringLiteral("janela")).toByteArray()))
         resize(1280, 720);
-    restoreState(settings.value(QStringLiteral("barras")).toByteArray());
+    restoreState(settings->value(QStringLiteral("barras")).toByteArray());
 }
 
 } // namespace conferix
