@@ -200,6 +200,7 @@ class RunBeside : public testing::Test {
     }
     const TTemporaryFolder folder_;
     const TEnvironment dados_{"CONFERIX_DADOS", (folder_ / "dados").string()};
+    const TEnvironment tuss_{"CONFERIX_TUSS", CONFERIX_TUSS_DB};
     TValidadorController controller_;
     std::vector<std::size_t> told_;
     const std::shared_ptr<const std::string> text_ =

@@ -189,6 +189,7 @@ void TDocumentTab::ShowAsItCame() {
 }
 
 void TDocumentTab::Reload() {
+    result_.reset();
     if (session_->IsOpen()) {
         reloading_ = true;
         Controller().CloseFile();
@@ -212,6 +213,7 @@ void TDocumentTab::Validate() {
 void TDocumentTab::StopValidation() {
     if (!session_->IsValidating())
         return;
+    result_.reset();
     Controller().StopValidation();
     editor_->SetEditable(!asItCame_);
     messages_->ShowNothing(QStringLiteral("A validação foi interrompida. Pressione F5 para validar."));

@@ -202,6 +202,13 @@ void TMainWindow::BuildValidationMenu() {
                   if (const auto message = tab.MessageAtCaret())
                       tab.Correct(*message);
               });
+    AddForTab("corrigirTudo", QStringLiteral("Corrigir &tudo..."),
+              QKeySequence(QStringLiteral("Ctrl+Shift+C")), [](TDocumentTab& tab) { tab.CorrectAll({}); });
+    AddForTab("converter", QStringLiteral("Converter versã&o..."), {},
+              [](TDocumentTab& tab) { tab.Convert(); });
+    menu_->addSeparator();
+    Add("validarPasta", QStringLiteral("Vali&dar pasta..."), {}, TNeeds::Nothing,
+        &TMainWindow::ValidateFolder);
 }
 
 void TMainWindow::BuildSettingsMenu() {

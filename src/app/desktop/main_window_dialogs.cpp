@@ -25,6 +25,8 @@ namespace conferix {
 
 namespace {
 
+constexpr QSize kHelpSize(860, 560);
+
 /// A file with faults that comes with the program, beside its other shared files or in its source; empty
 /// where there is none.
 QString ExampleFile() {
@@ -138,6 +140,8 @@ void TMainWindow::ShowHelp(const QString& rule) {
         helpDock_->setObjectName(QStringLiteral("ajuda"));
         helpDock_->setWidget(help_);
         addDockWidget(Qt::RightDockWidgetArea, helpDock_);
+        helpDock_->setFloating(true); // beside the text there is seldom room for it
+        helpDock_->resize(kHelpSize);
     }
     helpDock_->show();
     helpDock_->raise();

@@ -141,8 +141,9 @@ void TMessagePanel::BuildFilters(QHBoxLayout* row) {
         auto* box = new QComboBox;
         box->setObjectName(QString::fromLatin1(name));
         box->setAccessibleName(QString::fromUtf8(accessible));
+        box->setAccessibleDescription(box->accessibleName()); // a combo box tells its value for a name
         box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-        box->setMinimumContentsLength(14);
+        box->setMinimumContentsLength(10);
         row->addWidget(box, 1);
         return box;
     };
@@ -153,6 +154,7 @@ void TMessagePanel::BuildFilters(QHBoxLayout* row) {
     text_->setAccessibleName(QStringLiteral("Filtrar por texto"));
     text_->setPlaceholderText(QStringLiteral("Filtrar por texto"));
     text_->setClearButtonEnabled(true);
+    text_->setMinimumWidth(fontMetrics().horizontalAdvance(text_->placeholderText()) + 40);
     row->addWidget(text_, 2);
     grouping_ = combo("agrupar", "Agrupar mensagens");
     grouping_->addItem(QStringLiteral("Agrupar por causa"), static_cast<int>(TMessageGrouping::Cause));

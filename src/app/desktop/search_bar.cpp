@@ -35,9 +35,6 @@ TSearchBar::TSearchBar(TXmlEditor* editor, QWidget* parent)
     search->addWidget(text_, 1);
     button(search, QStringLiteral("&Anterior"), &TSearchBar::FindPrevious);
     button(search, QStringLiteral("&Próxima"), &TSearchBar::FindNext);
-    search->addWidget(matchCase_);
-    search->addWidget(wholeWord_);
-    search->addWidget(result_);
     auto* close = new QToolButton;
     close->setAutoRaise(true);
     close->setIcon(IconOf(QStringLiteral("fechar")));
@@ -50,6 +47,11 @@ TSearchBar::TSearchBar(TXmlEditor* editor, QWidget* parent)
     });
     search->addWidget(close);
     rows->addLayout(search);
+    auto* options = new QHBoxLayout;
+    options->addWidget(matchCase_);
+    options->addWidget(wholeWord_);
+    options->addWidget(result_, 1);
+    rows->addLayout(options);
     auto* replace = new QHBoxLayout(replacing_);
     replace->setContentsMargins(0, 0, 0, 0);
     replace->addWidget(by_, 1);

@@ -77,6 +77,9 @@ TXmlEditor::TXmlEditor(QWidget* parent)
     indicatorDefine(DashesIndicator, 1);
     indicatorDefine(DotsIndicator, 2);
     indicatorDefine(StraightBoxIndicator, kTagIndicator);
+    Send(SCI_INDICSETALPHA, kTagIndicator, 50);
+    Send(SCI_INDICSETOUTLINEALPHA, kTagIndicator, 160);
+    Send(SCI_INDICSETUNDER, kTagIndicator, 1);
     ApplyTheme();
 
     loadTimer_->setSingleShot(true);
@@ -137,8 +140,9 @@ void TXmlEditor::ApplyTheme() {
         setMarkerBackgroundColor(colors.Margin, kFirstMark + static_cast<int>(mark));
         setIndicatorForegroundColor(color, static_cast<int>(mark));
     }
-    setIndicatorForegroundColor(colors.MatchingTag, kTagIndicator);
-    setMarginWidth(kSymbols, QStringLiteral("0!"));
+    Send(SCI_INDICSETFORE, kTagIndicator,
+         colors.MatchingTag.red() | colors.MatchingTag.green() << 8 | colors.MatchingTag.blue() << 16);
+    setMarginWidth(kSymbols, QStringLiteral("000"));
 }
 
 void TXmlEditor::changeEvent(QEvent* event) {

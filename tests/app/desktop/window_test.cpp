@@ -32,7 +32,8 @@ const char* const kFaulty = "spsadt-3.05.00-valores-errados.xml";
 
 class Window : public TDialogTest {
   protected:
-    Window() : window_(std::make_unique<TMainWindow>()) {
+    Window() {
+        window_ = std::make_unique<TMainWindow>();
         window_->resize(1280, 720);
         window_->show();
     }
@@ -70,10 +71,11 @@ class Window : public TDialogTest {
     int Tabs() const { return window_->findChild<QTabWidget*>(QStringLiteral("arquivos"))->count(); }
     std::string Text() const { return *Tab().Editor()->Snapshot(); }
     const TXmlMessages& Messages() const { return Tab().Messages()->Messages(); }
-    /// The first message with so many corrections.
-    std::size_t MessageWith(std::size_t corrections) const {
-        const auto found = std::ranges::find_if(
-            Messages(), [&](const auto& message) { return message->Solvers().size() == corrections; });
+    /// The first message with a correction that is accepted.
+    std::size_t MessageWith(const std::function<bool(const TXmlMessage&)>& accepts) const {
+        const auto found = std::ranges::find_if(Messages(), [&](const auto& message) {
+            return !message->Solvers().empty() && accepts(*message);
+        });
         EXPECT_NE(found, Messages().end());
         return static_cast<std::size_t>(found - Messages().begin());
     }
@@ -87,11 +89,14 @@ class Window : public TDialogTest {
         for (const QString& name : names)
             urls << QUrl::fromLocalFile(name);
         data.setUrls(urls);
+        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(window_.get(), &enter);
         QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(window_.get(), &drop);
         QCoreApplication::processEvents();
     }
 
+    const TEnvironment tuss_{"CONFERIX_TUSS", CONFERIX_TUSS_DB};
     std::unique_ptr<TMainWindow> window_;
 };
 
@@ -116,7 +121,9 @@ TEST_F(Window, WalksFromMessageToPlaceAndCorrectsOneInOneStep) {
     EXPECT_LE(tab.Editor()->CurrentLine(), lines[2]);
 
     // Enter leads into the editor; a second one at once changes nothing.
-    const std::size_t wrong = MessageWith(1);
+    const std::size_t wrong = MessageWith([](const TXmlMessage& message) {
+        return dynamic_cast<const TUpdateNodeValueSolver*>(message.Solvers().front().get()) != nullptr;
+    });
     const TXmlMessage& message = *Messages()[wrong];
     const int line = message.Line();
     const std::string value =
@@ -126,39 +133,44 @@ TEST_F(Window, WalksFromMessageToPlaceAndCorrectsOneInOneStep) {
     QTest::keyClick(tab.Messages()->List(), Qt::Key_Return);
     QTest::keyClick(tab.Editor(), Qt::Key_Return);
     EXPECT_EQ(tab.Editor()->CurrentLine(), line);
-    EXPECT_EQ(Text(), before);
+    EXPECT_TRUE(Text() == before);
 
     const auto row = tab.Messages()->Focus();
     const std::size_t count = Messages().size();
     Do("corrigir");
     WaitForVerdict();
-    EXPECT_NE(Text(), before);
+    EXPECT_TRUE(Text() != before);
     EXPECT_THAT(FromQt(tab.Editor()->text(line - 1)), HasSubstr(">" + value + "<"));
     EXPECT_LT(Messages().size(), count);
     EXPECT_EQ(tab.Editor()->CurrentLine(), line);
     EXPECT_EQ(tab.Messages()->Focus()->Place, row->Place);
     EXPECT_EQ(StatusOf("estado"), "Modificado, Inválido");
-    EXPECT_EQ(Bytes(), ReadWholeFile(Example(kFaulty))) << "nothing is written before it is saved";
+    EXPECT_TRUE(Bytes() == ReadWholeFile(Example(kFaulty))) << "nothing is written before it is saved";
 
     Do("desfazer");
-    EXPECT_EQ(Text(), before);
+    EXPECT_TRUE(Text() == before);
     EXPECT_EQ(StatusOf("estado"), "Modificado, Inválido antes da alteração");
     WaitForVerdict(); // by itself, after a pause
     EXPECT_EQ(Messages().size(), count);
 }
 
 TEST_F(Window, ChoosesAmongCorrectionsAndCancels) {
-    TDocumentTab& tab = Open(Copy(kFaulty));
+    std::string bytes = ReadWholeFile(Example("odonto-3.05.00-valido.xml")); // letters beyond ASCII
+    const std::size_t hash = bytes.find(":hash>") + 6;
+    bytes.replace(hash, bytes.find('<', hash) - hash, std::string(32, '0'));
+    Write("lote.xml", bytes);
+    TDocumentTab& tab = Open(folder_ / "lote.xml");
     const std::string before = Text();
-    tab.Messages()->Select(MessageWith(3));
+    tab.Messages()->Select(
+        MessageWith([](const TXmlMessage& message) { return message.Solvers().size() == 3; }));
     Visit([](QDialog& dialog) { Press(dialog, "Cancelar"); });
     Do("corrigir");
-    EXPECT_EQ(Text(), before);
+    EXPECT_TRUE(Text() == before);
     EXPECT_EQ(StatusOf("estado"), "Inválido");
     Visit([](QDialog& dialog) { Press(dialog, "OK"); });
     Do("corrigir");
     WaitForVerdict();
-    EXPECT_NE(Text(), before);
+    EXPECT_TRUE(Text() != before);
 }
 
 TEST_F(Window, CorrectsAllAfterALookAtTheDifferenceAndSaves) {
@@ -174,24 +186,26 @@ TEST_F(Window, CorrectsAllAfterALookAtTheDifferenceAndSaves) {
         Press(dialog, "Cancelar");
     });
     Do("corrigirTudo");
-    EXPECT_EQ(Text(), before);
+    EXPECT_TRUE(Text() == before);
 
     // What is not ticked stays as it is.
     std::string kept;
     Visit([&](QDialog& dialog) {
         auto* const corrections = ready(dialog);
-        kept = FromQt(corrections->index(0, TCorrectionModel::kBefore).data().toString());
         const int rows = corrections->rowCount();
-        corrections->setData(corrections->index(0, 0), Qt::Unchecked, Qt::CheckStateRole);
+        int row = 0; // of a value
+        while (corrections->index(row, TCorrectionModel::kBefore).data().toString().isEmpty())
+            ++row;
+        kept = FromQt(corrections->index(row, TCorrectionModel::kBefore).data().toString());
+        corrections->setData(corrections->index(row, 0), Qt::Unchecked, Qt::CheckStateRole);
         ready(dialog);
-        EXPECT_EQ(corrections->index(0, 0).data(Qt::CheckStateRole), Qt::Unchecked);
         EXPECT_LE(corrections->rowCount(), rows + 1);
         Press(dialog, "Corrigir");
     });
     Do("corrigirTudo");
     WaitForVerdict();
-    EXPECT_NE(Text(), before);
-    EXPECT_THAT(Text(), HasSubstr(">" + kept + "<"));
+    EXPECT_TRUE(Text() != before);
+    EXPECT_NE(Text().find(">" + kept + "<"), std::string::npos);
     EXPECT_EQ(StatusOf("estado"), "Modificado, Inválido");
 
     Visit([&](QDialog& dialog) {
@@ -203,10 +217,10 @@ TEST_F(Window, CorrectsAllAfterALookAtTheDifferenceAndSaves) {
     EXPECT_EQ(StatusOf("estado"), "Modificado, Válido");
     Do("salvar");
     EXPECT_EQ(StatusOf("estado"), "Válido");
+    EXPECT_FALSE(Bytes() == ReadWholeFile(Example(kFaulty)));
     Do("recarregar");
     WaitForVerdict();
     EXPECT_EQ(StatusOf("estado"), "Válido");
-    EXPECT_NE(Bytes(), ReadWholeFile(Example(kFaulty)));
     // One step each.
     EXPECT_FALSE(tab.Editor()->isUndoAvailable());
 }
@@ -223,14 +237,14 @@ TEST_F(Window, AsksBeforeChangesAreLost) {
     Answer({"Descartar"});
     Do("fechar");
     EXPECT_EQ(Tabs(), 0);
-    EXPECT_EQ(Bytes(), original);
+    EXPECT_TRUE(Bytes() == original);
     EXPECT_THAT(TakeTold(), testing::Each(HasSubstr("\"lote.xml\" foi alterado. Salvar as alterações?")));
 
     Open(folder_ / "lote.xml");
     Type(" ");
     Answer({"Salvar"});
     EXPECT_TRUE(window_->close());
-    EXPECT_EQ(Bytes(), " " + original);
+    EXPECT_TRUE(Bytes() == " " + original);
 }
 
 TEST_F(Window, TakesFilesThatAreDropped) {
@@ -261,7 +275,7 @@ TEST_F(Window, NeverOverwritesWhatOthersChanged) {
     EXPECT_TRUE(tab.Controller().Modified());
     Answer({"Substituir"});
     Do("salvar");
-    EXPECT_EQ(Bytes(), " " + ReadWholeFile(Example(kFaulty)));
+    EXPECT_TRUE(Bytes() == " " + ReadWholeFile(Example(kFaulty)));
     EXPECT_FALSE(tab.Controller().Modified());
 
     Write("lote.xml", "<terceiro/>");
@@ -282,7 +296,7 @@ TEST_F(Window, ShowsFilesThatAreHardToShow) {
     EXPECT_FALSE(tab.Controller().Modified());
     const std::size_t findings = Messages().size();
     Do("fechar"); // asks nothing
-    EXPECT_EQ(ReadWholeFile(folder_ / "linha.xml"), oneLine);
+    EXPECT_TRUE(ReadWholeFile(folder_ / "linha.xml") == oneLine);
 
     Open(Copy(kFaulty));
     EXPECT_EQ(Messages().size(), findings) << "line breaks change no finding";
@@ -304,7 +318,7 @@ TEST_F(Window, FiltersSortsAndGroupsMessages) {
     const std::size_t all = Messages().size();
     EXPECT_EQ(table.ShownCount(), all);
     EXPECT_LE(table.RowCount(), all);
-    Find<QComboBox>(panel, "Agrupar mensagens").setCurrentIndex(2);
+    panel.findChild<QComboBox*>(QStringLiteral("agrupar"))->setCurrentIndex(2);
     EXPECT_EQ(table.RowCount(), all);
     panel.List()->sortByColumn(static_cast<int>(TMessageColumn::Line), Qt::DescendingOrder);
     for (std::size_t i = 1; i < all; ++i)
