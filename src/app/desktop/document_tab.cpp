@@ -81,6 +81,7 @@ TDocumentTab::TDocumentTab(const std::shared_ptr<IValidadorController>& controll
     connect(messages_, &TMessagePanel::RuleCorrectionWanted, this, &TDocumentTab::CorrectAll);
     connect(messages_, &TMessagePanel::RuleSwitchWanted, this, &TDocumentTab::RuleSwitchWanted);
     connect(messages_, &TMessagePanel::HelpWanted, this, &TDocumentTab::HelpWanted);
+    connect(messages_, &TMessagePanel::SettingsWanted, this, &TDocumentTab::SettingsWanted);
 }
 
 TDocumentTab::~TDocumentTab() {

@@ -94,6 +94,7 @@ class TDocumentTab : public QWidget {
     void Validated(const conferix::TValidateArgs& result);
     void RuleSwitchWanted(const QString& rule);
     void HelpWanted(const QString& rule);
+    void SettingsWanted();
 
   private:
     void BuildViews();

@@ -179,6 +179,7 @@ void TMainWindow::AddTab(const QString& fileName, const TControllerManager::TCon
             [this, tab] { history_->NoteOpened(FromQt(tab->FileName())); });
     connect(tab, &TDocumentTab::RuleSwitchWanted, this, &TMainWindow::ShowRules);
     connect(tab, &TDocumentTab::HelpWanted, this, &TMainWindow::ShowHelp);
+    connect(tab, &TDocumentTab::SettingsWanted, this, [this] { ShowSettings(TSettingsPage::Terminologia); });
     history_->NoteOpened(FromQt(fileName));
     tabs_->setCurrentIndex(tabs_->addTab(tab, QFileInfo(fileName).fileName()));
     tab->Load();

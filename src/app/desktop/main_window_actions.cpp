@@ -78,7 +78,7 @@ void TMainWindow::BuildMenus() {
 void TMainWindow::BuildFileMenu() {
     menu_ = menuBar()->addMenu(QStringLiteral("&Arquivo"));
     Add("abrir", QStringLiteral("&Abrir..."), QKeySequence::Open, TNeeds::Nothing, &TMainWindow::ChooseFiles);
-    recent_ = menu_->addMenu(QStringLiteral("Abrir &recentes"));
+    recent_ = menu_->addMenu(QStringLiteral("Abrir rece&ntes"));
     recent_->setObjectName(QStringLiteral("recentes"));
     connect(recent_, &QMenu::aboutToShow, this, &TMainWindow::FillRecentFiles);
     Add("abrirPasta", QStringLiteral("Abrir &pasta..."), {}, TNeeds::Nothing, &TMainWindow::OpenFolder);
@@ -100,7 +100,7 @@ void TMainWindow::BuildFileMenu() {
     menu_->addSeparator();
     Add("imprimir", QStringLiteral("&Imprimir o relatório..."), QKeySequence::Print, TNeeds::OpenFile,
         [this] { WithResult([this](const TFileResult& result) { PrintReport(this, result); }); });
-    Add("pdf", QStringLiteral("Relatório em P&DF..."), {}, TNeeds::OpenFile,
+    Add("pdf", QStringLiteral("Relatório &em PDF..."), {}, TNeeds::OpenFile,
         [this] { WithResult([this](const TFileResult& result) { AskAndSaveReportPdf(this, result); }); });
     Add("historico", QStringLiteral("&Histórico de validações..."), {}, TNeeds::Nothing,
         &TMainWindow::ShowHistory);
@@ -220,7 +220,7 @@ void TMainWindow::BuildSettingsMenu() {
         [this] { ShowSettings(TSettingsPage::Terminologia); });
     Add("schemas", QStringLiteral("&Schemas..."), {}, TNeeds::Nothing,
         [this] { ShowSettings(TSettingsPage::Schemas); });
-    Add("atualizacoes", QStringLiteral("Verificar a&tualizações..."), {}, TNeeds::Nothing,
+    Add("atualizacoes", QStringLiteral("Verificar atuali&zações..."), {}, TNeeds::Nothing,
         [this] { ShowSettings(TSettingsPage::Atualizacoes); });
     menu_->addSeparator();
     Add("proxy", QStringLiteral("Configurações de &Proxy..."), {}, TNeeds::Nothing,

@@ -314,6 +314,11 @@ void TMessagePanel::ShowDetails() {
         text += QStringLiteral("<br/><i>%1</i> (%2)")
                     .arg(ToQt(message.Rule()->Description).toHtmlEscaped(), RuleName(message));
     details_->setHtml(text + QStringLiteral("</p>"));
+    if (message.Kind() == TFindingKind::Run && message.MsgType() == TMessageType::mtWarning) {
+        auto* button = new QPushButton(QStringLiteral("Terminologia e schemas..."));
+        connect(button, &QPushButton::clicked, this, &TMessagePanel::SettingsWanted);
+        buttons_->insertWidget(0, button);
+    }
     for (std::size_t i = 0; i < std::min(message.Solvers().size(), kMostButtons); ++i) {
         const QString description = ToQt(message.Solvers()[i]->Description()).trimmed();
         auto* button = new QPushButton(

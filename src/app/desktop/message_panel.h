@@ -69,6 +69,8 @@ class TMessagePanel : public QWidget {
     void RuleCorrectionWanted(const QString& rule);
     void RuleSwitchWanted(const QString& rule);
     void HelpWanted(const QString& rule);
+    /// The user wants to install what could not be judged by.
+    void SettingsWanted();
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
