@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QLibraryInfo>
+#include <QPalette>
 #include <QTranslator>
 
 #include <cstdio>
@@ -32,6 +33,12 @@ int main(int argc, char* argv[]) {
     QApplication::setOrganizationName(QStringLiteral("Brenvo"));
     QApplication::setApplicationName(QStringLiteral("Conferix"));
     QApplication::setDesktopFileName(QStringLiteral("conferix"));
+    // Some themes leave the hints in empty fields as dark as their ground.
+    QPalette hints;
+    QColor hint = QApplication::palette().color(QPalette::Text);
+    hint.setAlphaF(0.6F);
+    hints.setColor(QPalette::PlaceholderText, hint);
+    QApplication::setPalette(hints);
     QTranslator qt;
     QTranslator editor;
     if (qt.load(QStringLiteral("qtbase_pt_BR"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))

@@ -7,6 +7,8 @@
 
 #include <QEvent>
 #include <QFontDatabase>
+#include <QFontMetrics>
+#include <QImage>
 #include <QKeyEvent>
 #include <QTimer>
 #include <QToolTip>
@@ -15,6 +17,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace conferix {
 
@@ -69,10 +72,6 @@ TXmlEditor::TXmlEditor(QWidget* parent)
     Send(SCI_SETSCROLLWIDTH, 1);
     Send(SCI_SETSCROLLWIDTHTRACKING, 1);
     Send(SCI_SETMOUSEDWELLTIME, 400);
-    // Shapes tell the severities apart, colours come on top.
-    Send(SCI_MARKERDEFINE, kFirstMark, static_cast<long>(SC_MARK_CHARACTER + 'x'));
-    Send(SCI_MARKERDEFINE, kFirstMark + 1, static_cast<long>(SC_MARK_CHARACTER + '!'));
-    Send(SCI_MARKERDEFINE, kFirstMark + 2, static_cast<long>(SC_MARK_CHARACTER + 'i'));
     indicatorDefine(SquiggleIndicator, 0);
     indicatorDefine(DashesIndicator, 1);
     indicatorDefine(DotsIndicator, 2);
@@ -134,15 +133,20 @@ void TXmlEditor::ApplyTheme() {
     setMarginsBackgroundColor(colors.Margin);
     setMarginsForegroundColor(colors.MarginText);
     setFoldMarginColors(colors.Margin, colors.Margin);
+    const int markSize = QFontMetrics(font).height() - 2;
+    const qreal ratio = devicePixelRatioF();
     for (std::size_t mark = 0; mark < kMarkTypes.size(); ++mark) {
         const QColor color = SeverityColor(kMarkTypes[mark], palette());
-        setMarkerForegroundColor(color, kFirstMark + static_cast<int>(mark));
-        setMarkerBackgroundColor(colors.Margin, kFirstMark + static_cast<int>(mark));
+        // Shapes tell the severities apart, colours come on top.
+        QImage icon = SeverityIcon(kMarkTypes[mark]).pixmap(QSize(markSize, markSize), ratio).toImage();
+        icon.setDevicePixelRatio(1);
+        Send(SCI_RGBAIMAGESETSCALE, std::lround(100 * ratio));
+        markerDefine(icon, kFirstMark + static_cast<int>(mark));
         setIndicatorForegroundColor(color, static_cast<int>(mark));
     }
     Send(SCI_INDICSETFORE, kTagIndicator,
          colors.MatchingTag.red() | colors.MatchingTag.green() << 8 | colors.MatchingTag.blue() << 16);
-    setMarginWidth(kSymbols, QStringLiteral("000"));
+    setMarginWidth(kSymbols, markSize + 4);
 }
 
 void TXmlEditor::changeEvent(QEvent* event) {
