@@ -482,6 +482,7 @@ bool TDocumentTab::SaveTo(const QString& fileName) {
         return false;
     }
     manager_.UpdateFileName(FromQt(before), FromQt(fileName));
+    Watch();
     notices_->Hide(QStringLiteral("disco"));
     emit Changed();
     return true;

@@ -46,8 +46,13 @@ int main(int argc, char* argv[]) {
     if (editor.load(QStringLiteral("qscintilla_pt_br"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QApplication::installTranslator(&editor);
     conferix::RemoveTemporaryFilesAtSignals();
-    conferix::TMainWindow window;
-    window.show();
-    window.OpenFiles(QApplication::arguments().mid(1));
-    return QApplication::exec();
+    try {
+        conferix::TMainWindow window;
+        window.show();
+        window.OpenFiles(QApplication::arguments().mid(1));
+        return QApplication::exec();
+    } catch (const conferix::EDataFolderUnknown& error) {
+        std::fprintf(stderr, "conferix: erro: %s\n", error.what());
+        return 3;
+    }
 }

@@ -10,6 +10,7 @@
 #include <QFontMetrics>
 #include <QImage>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QTimer>
 #include <QToolTip>
 
@@ -163,6 +164,10 @@ void TXmlEditor::keyPressEvent(QKeyEvent* event) {
     if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && !enterIgnored_.hasExpired())
         return;
     QsciScintilla::keyPressEvent(event);
+}
+
+bool TXmlEditor::canInsertFromMimeData(const QMimeData* source) const {
+    return !source->hasUrls() && QsciScintilla::canInsertFromMimeData(source);
 }
 
 void TXmlEditor::Load(TXmlPtr text, bool highlighted) {

@@ -90,7 +90,8 @@ class Window : public TDialogTest {
             urls << QUrl::fromLocalFile(name);
         data.setUrls(urls);
         QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(window_.get(), &enter);
+        // On the text of a file, where there is one: it must not take the names for its own.
+        QApplication::sendEvent(Tabs() == 0 ? window_.get() : Tab().Editor()->viewport(), &enter);
         QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(window_.get(), &drop);
         QCoreApplication::processEvents();
