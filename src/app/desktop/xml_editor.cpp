@@ -10,7 +10,6 @@
 #include <QFontMetrics>
 #include <QImage>
 #include <QKeyEvent>
-#include <QMimeData>
 #include <QTimer>
 #include <QToolTip>
 
@@ -58,6 +57,8 @@ long TXmlEditor::SendText(unsigned message, std::string_view text) const {
 TXmlEditor::TXmlEditor(QWidget* parent)
     : QsciScintilla(parent), loadTimer_(new QTimer(this)), markTimer_(new QTimer(this)) {
     setAccessibleName(QStringLiteral("Texto do arquivo"));
+    setAcceptDrops(false); // files that are dropped are for the window to open
+    viewport()->setAcceptDrops(false);
     setUtf8(true);
     setEolMode(EolUnix);
     setIndentationsUseTabs(false);
@@ -164,10 +165,6 @@ void TXmlEditor::keyPressEvent(QKeyEvent* event) {
     if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && !enterIgnored_.hasExpired())
         return;
     QsciScintilla::keyPressEvent(event);
-}
-
-bool TXmlEditor::canInsertFromMimeData(const QMimeData* source) const {
-    return !source->hasUrls() && QsciScintilla::canInsertFromMimeData(source);
 }
 
 void TXmlEditor::Load(TXmlPtr text, bool highlighted) {

@@ -67,8 +67,6 @@ class TXmlEditor : public QsciScintilla {
   protected:
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    /// Files that are dropped are for the window to open.
-    bool canInsertFromMimeData(const QMimeData* source) const override;
 
   private:
     /// A call of the editing component; what takes a text gets it by SendText.
