@@ -1,6 +1,5 @@
 #include "app/config.h"
 
-#include "platform/platform.h"
 #include "validator/rule_list.h"
 
 #include <fmt/format.h>
@@ -68,6 +67,12 @@ TConfig TConfig::Load(const std::filesystem::path& file) {
 
 std::vector<std::string> TConfig::GetEnabledValidations(const std::filesystem::path& file) {
     return Load(file).enabled_;
+}
+
+std::unique_ptr<TFileLock> TConfig::Lock(const std::filesystem::path& file) {
+    std::filesystem::path lock = std::filesystem::weakly_canonical(file);
+    CreateFolder(lock.parent_path());
+    return std::make_unique<TFileLock>(lock += ".trava", true);
 }
 
 void TConfig::Save(const std::filesystem::path& file) const {

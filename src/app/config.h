@@ -1,6 +1,9 @@
 #pragma once
 
+#include "platform/platform.h"
+
 #include <filesystem>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -24,6 +27,11 @@ class TConfig {
 
     /// "config.json" in the data folder, which is not created.
     static std::filesystem::path DefaultFile();
+
+    /// Keeps others from changing a configuration file as long as the answer lives: held from reading to
+    /// writing, so that of two at once neither loses what the other changed. Raises EFolderNotCreated,
+    /// EFileNotWritten.
+    static std::unique_ptr<TFileLock> Lock(const std::filesystem::path& file);
 
     /// Writes the file in one step; its folder is made when it is missing. What the program does not know of
     /// the file that was read stays as it was. Raises EFileNotWritten, EFolderNotCreated.

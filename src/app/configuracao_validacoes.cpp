@@ -49,7 +49,7 @@ std::vector<std::size_t> TConfiguracaoValidacoes::SetChecked(std::size_t node, b
         else
             config_.Disable(rule.Name);
         changed.push_back(i);
-        changed_ = true;
+        switches_[rule.Name] = checked;
         if (onSwitch_)
             onSwitch_(rule.Name, checked);
     }
@@ -63,6 +63,18 @@ std::vector<std::size_t> TConfiguracaoValidacoes::SetChecked(const std::string& 
             fmt::format("a regra \"{}\" não existe; {}\"conferix regras\" mostra as que existem", name,
                         RuleMeant(rules_, name)));
     return SetChecked(*node, checked);
+}
+
+void TConfiguracaoValidacoes::SaveTo(const std::filesystem::path& file) const {
+    const std::unique_ptr<TFileLock> lock = TConfig::Lock(file);
+    TConfig present = TConfig::Load(file);
+    for (const auto& [name, on] : switches_) {
+        if (on)
+            present.Enable(name);
+        else
+            present.Disable(name);
+    }
+    present.Save(file);
 }
 
 } // namespace conferix

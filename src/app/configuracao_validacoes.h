@@ -4,7 +4,9 @@
 #include "validator/rule_list.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -49,14 +51,17 @@ class TConfiguracaoValidacoes {
     std::vector<std::size_t> SetChecked(const std::string& name, bool checked);
 
     /// True once a node has changed: closing without saving asks kQuestion then, and "Não" stays.
-    bool Changed() const { return changed_; }
+    bool Changed() const { return !switches_.empty(); }
     const TConfig& Config() const { return config_; }
+    /// Writes the switches to a file, into what stands there now: what others have switched meanwhile stays.
+    /// Raises EInvalidConfig, EFile.
+    void SaveTo(const std::filesystem::path& file) const;
 
   private:
     TConfig config_;
     TOnSwitch onSwitch_;
     std::vector<TListedRule> rules_;
-    bool changed_ = false;
+    std::map<std::string, bool> switches_; ///< the last of each rule that was switched
 };
 
 } // namespace conferix

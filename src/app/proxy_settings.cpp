@@ -43,6 +43,19 @@ std::string_view TProxySettings::CheckPort(std::string_view port) {
     return digits && inRange ? std::string_view() : kInvalidPort;
 }
 
+std::string_view TProxySettings::Take(TProxyMode mode, const std::string& server, const std::string& port) {
+    const std::string_view wrongPort = CheckPort(port);
+    if (mode == TProxyMode::Manual) {
+        const std::string_view wrongServer = CheckServer(server);
+        if (!wrongServer.empty() || !wrongPort.empty())
+            return wrongServer.empty() ? wrongPort : wrongServer;
+    }
+    Mode = mode;
+    Server = server;
+    Port = wrongPort.empty() ? std::stoi(port) : 0;
+    return {};
+}
+
 std::string_view TProxySettings::Check() const {
     if (Mode != TProxyMode::Manual)
         return {};

@@ -38,6 +38,9 @@ class TProxySettings : public TIniSection {
     static std::string_view CheckPort(std::string_view port);
     /// The port as its field shows it; empty for 0.
     static std::string PortText(int port) { return port > 0 ? std::to_string(port) : std::string(); }
+    /// Takes over what was typed. Answers what keeps it from being used, and then has taken nothing; empty
+    /// otherwise. Server and port matter to the manual mode alone; others keep them for later.
+    std::string_view Take(TProxyMode mode, const std::string& server, const std::string& port);
     /// What keeps the settings from being used: of the manual mode, its server and port; empty otherwise.
     std::string_view Check() const;
 };

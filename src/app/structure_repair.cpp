@@ -237,7 +237,6 @@ TCorrectionResult RepairStructure(TValidadorController& controller, const TXmlPt
     TCorrectionResult result = TStructureRun(controller, xml, withLoss).Run();
     if (!result.Applied.empty())
         controller.Modify();
-    LogCorrections(controller.FileName(), result.Applied);
     controller.Validate(result.Xml, enabledValidations);
     return result;
 }

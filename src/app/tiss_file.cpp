@@ -62,7 +62,8 @@ std::filesystem::path TTissFile::WriteBeside(const std::filesystem::path& file) 
     std::filesystem::path beside = file;
     beside += ".conferix-novo";
     std::error_code unreadable;
-    for (int number = 2; std::filesystem::exists(std::filesystem::symlink_status(beside, unreadable)); ++number)
+    for (int number = 2; std::filesystem::exists(std::filesystem::symlink_status(beside, unreadable));
+         ++number)
         (beside = file) += ".conferix-novo-" + std::to_string(number);
     WriteCopyAtomically(beside, Bytes(), file);
     return beside;

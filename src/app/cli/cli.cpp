@@ -3,6 +3,7 @@
 #include "app/cli/command_help.h"
 #include "app/cli/command_line.h"
 #include "app/cli/commands.h"
+#include "app/installation.h"
 #include "app/message_groups.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
@@ -12,7 +13,6 @@
 #include "platform/platform.h"
 #include "report/console.h"
 #include "report/message_json.h"
-#include "schema_model/built_in_folders.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -28,13 +28,7 @@ std::filesystem::path TCliContext::SchemaFolder() const {
 }
 
 TSchemaFolder TCliContext::Schemas() const {
-    if (!Esquemas.empty())
-        return TSchemaFolder(SchemaFolder());
-    try {
-        return TSchemaFolder(SchemaFolder(), BuiltInSchemaFolder());
-    } catch (const EDataFolderUnknown&) {
-        return TSchemaFolder({}, BuiltInSchemaFolder()); // who has no data folder has imported nothing
-    }
+    return Esquemas.empty() ? InstalledSchemas() : TSchemaFolder(SchemaFolder());
 }
 
 TDBConnectionFactory TCliContext::TerminologyFactory() const {

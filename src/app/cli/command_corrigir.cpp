@@ -107,6 +107,8 @@ class TCorrection {
                 return List();
         }
         const TTissFile after = before.WithText(result.Xml, controller_->Encoding());
+        if ((options_.Todas || options_.Estrutura) && !options_.Simular)
+            LogCorrections(options_.Arquivo, result.Applied);
         RequireFreeName();
         Write(before, after);
         const std::string renamed = Rename(after);

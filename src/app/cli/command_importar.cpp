@@ -2,6 +2,7 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/progress.h"
+#include "app/terminology_state.h"
 #include "data/database_tuss.h"
 #include "data/import/tuss_importer.h"
 #include "platform/format_settings.h"
@@ -9,13 +10,11 @@
 #include "report/console.h"
 #include "report/message_json.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <atomic>
 #include <csignal>
-#include <ctime>
 #include <ostream>
 
 namespace conferix {
@@ -139,12 +138,6 @@ TImportReport ImportWithProgress(const TCliContext& context, TImportOptions impo
 return ImportTerminology(import);
 } // namespace
 
-/// Whether rules look codes up in a table; the others serve the search only.
-bool IsJudged(std::string_view table) {
-    constexpr std::string_view kJudged[] = {"18", "19", "20", "22", "63", "64", "87"};
-    return std::find(std::begin(kJudged), std::end(kJudged), table) != std::end(kJudged);
-}
-
 } // namespace conferix
 
 int RunTerminologiaImportar(const TCliContext& context, const TImportarOptions& options) {
@@ -179,17 +172,14 @@ int RunTerminologiaRestaurar(const TCliContext& context) {
 }
 
 std::vector<std::string> OldImports(const std::vector<TTableImport>& imports) {
-    constexpr std::time_t kSixMonths = std::time_t(183) * 24 * 60 * 60;
-    const std::time_t then = std::time(nullptr) - kSixMonths;
-    const std::string limit = fmt::format("{:%Y-%m-%d}", *std::localtime(&then));
     std::vector<std::string> warnings;
     for (const TTableImport& import : imports)
-        if (IsJudged(import.Tabela) && import.Time.substr(0, limit.size()) < limit)
+        if (IsOldImport(import))
             warnings.push_back(
                 fmt::format("A importação mais recente da tabela {} é de {}, há mais de seis meses. "
                             "Importe a publicação atual da ANS: conferix terminologia importar "
                             "ARQUIVO.",
-                            import.Tabela, import.Time.substr(0, limit.size())));
+                            import.Tabela, import.Time.substr(0, std::string_view("AAAA-MM-DD").size())));
     return warnings;
 }
 

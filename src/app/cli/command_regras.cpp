@@ -1,7 +1,6 @@
 #include "app/application_log.h"
 #include "app/cli/commands.h"
 #include "app/configuracao_validacoes.h"
-#include "platform/platform.h"
 #include "report/console.h"
 #include "report/message_json.h"
 #include "report/rule_guide.h"
@@ -151,13 +150,6 @@ void PrintExplanation(const TCliContext& context, const std::string& name) {
                                rules[i].Rule->Name, guide.Find(rules[i].Rule->Name)->Title);
 }
 
-/// Keeps others from changing a configuration file, by a file beside it.
-std::unique_ptr<TFileLock> LockFor(const std::filesystem::path& config) {
-    std::filesystem::path lock = std::filesystem::weakly_canonical(config);
-    CreateFolder(lock.parent_path());
-    return std::make_unique<TFileLock>(lock += ".trava", true);
-}
-
 } // namespace
 
 std::vector<std::string> SwitchRules(TConfig& config, const std::vector<std::string>& names, bool on) {
@@ -193,8 +185,7 @@ int RunRegras(const TCliContext& context, const TRegrasOptions& options) {
         return kExitValid;
     }
     const bool changes = options.Padrao || !options.Ativar.empty() || !options.Desativar.empty();
-    // Held from reading to writing, so that two at once lose nothing of each other.
-    const std::unique_ptr<TFileLock> lock = changes ? LockFor(context.ConfigFile()) : nullptr;
+    const std::unique_ptr<TFileLock> lock = changes ? TConfig::Lock(context.ConfigFile()) : nullptr;
     const TConfig before = context.LoadConfig();
     TConfig config = before;
     std::vector<TRuleSwitch> switches;

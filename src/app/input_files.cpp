@@ -1,4 +1,4 @@
-#include "app/cli/input_files.h"
+#include "app/input_files.h"
 
 #include "platform/platform.h"
 #include "xml/lower_case.h"

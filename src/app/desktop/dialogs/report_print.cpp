@@ -1,0 +1,128 @@
+#include "app/desktop/dialogs/report_print.h"
+
+#include "app/desktop/dialogs/dialog_parts.h"
+#include "platform/platform.h"
+#include "report/report_writer.h"
+
+#include <QBuffer>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QPageLayout>
+#include <QPdfWriter>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QTextDocument>
+
+#include <sstream>
+
+namespace conferix {
+
+namespace {
+
+constexpr qreal kMarginMm = 15;
+constexpr int kPdfDpi = 300;
+constexpr int kFontPoints = 9;
+
+/// What of the report's own style a text document can show, for paper.
+const auto kStyle = QStringLiteral(
+    "h1 { font-size: 15pt; } h2 { font-size: 13pt; margin-top: 14pt; }"
+    "h3 { font-size: 11pt; margin-top: 12pt; } h4 { font-size: 9.5pt; margin-top: 8pt; margin-bottom: 2pt; }"
+    "p { margin-top: 2pt; margin-bottom: 2pt; } a { color: #000000; text-decoration: none; }"
+    "code, pre { font-family: 'Liberation Mono', 'DejaVu Sans Mono', monospace; font-size: 8pt; }"
+    "pre { background-color: #f2f2f2; margin-top: 2pt; margin-bottom: 4pt; white-space: pre-wrap; }"
+    "th { font-weight: bold; text-align: left; padding-right: 10pt; } td { padding-right: 10pt; }"
+    "mark { background-color: #dddddd; text-decoration: underline; }"
+    ".veredito { font-size: 12pt; font-weight: bold; } .selo { font-weight: bold; }"
+    ".numero { color: #555555; } .lugar, .nomes { color: #444444; }"
+    ".invalido { color: #8c1d18; } .valido { color: #14512a; } .naoverificado { color: #5c3b00; }");
+
+/// The text between two marks, marks included, taken out.
+void Remove(QString& text, const QString& first, const QString& last) {
+    const qsizetype start = text.indexOf(first);
+    const qsizetype end = start < 0 ? -1 : text.indexOf(last, start);
+    if (end >= 0)
+        text.remove(start, end + last.size() - start);
+}
+
+QPageLayout Page() {
+    return {QPageSize(QPageSize::A4), QPageLayout::Portrait,
+            QMarginsF(kMarginMm, kMarginMm, kMarginMm, kMarginMm), QPageLayout::Millimeter};
+}
+
+} // namespace
+
+std::unique_ptr<QTextDocument> PrintableReport(std::string_view html) {
+    QString text = ToQt(html);
+    Remove(text, QStringLiteral("<style>"), QStringLiteral("</style>"));
+    auto document = std::make_unique<QTextDocument>();
+    QFont font(QStringLiteral("sans-serif"), kFontPoints);
+    font.setStyleHint(QFont::SansSerif);
+    document->setDefaultFont(font);
+    document->setDefaultStyleSheet(kStyle);
+    document->setHtml(text);
+    return document;
+}
+
+std::unique_ptr<QTextDocument> PrintableReport(const TFileResult& file) {
+    const std::unique_ptr<IReportWriter> writer = NewReportWriter("html", {});
+    std::ostringstream out;
+    TReportTotals totals;
+    const TFileSummary summary(file);
+    totals.Add(summary);
+    writer->Begin(out);
+    writer->AddFile(out, summary, writer->FileText(file));
+    writer->End(out, totals);
+    auto document = PrintableReport(out.str());
+    document->setMetaInformation(QTextDocument::DocumentTitle,
+                                 QStringLiteral("Validação de ") +
+                                     QFileInfo(ToQt(file.Validation.FileName)).fileName());
+    return document;
+}
+
+void PrintReport(QWidget* owner, const TFileResult& file) {
+    const std::unique_ptr<QTextDocument> document = PrintableReport(file);
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setPageLayout(Page());
+    printer.setDocName(document->metaInformation(QTextDocument::DocumentTitle));
+    QPrintPreviewDialog preview(&printer, owner);
+    preview.setWindowTitle(QStringLiteral("Imprimir relatório"));
+    QObject::connect(&preview, &QPrintPreviewDialog::paintRequested,
+                     [&](QPrinter* paper) { document->print(paper); });
+    preview.exec();
+}
+
+void SaveReportPdf(const TFileResult& file, const std::filesystem::path& pdf) {
+    const std::unique_ptr<QTextDocument> document = PrintableReport(file);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    {
+        QPdfWriter writer(&buffer);
+        writer.setPageLayout(Page());
+        writer.setResolution(kPdfDpi);
+        writer.setTitle(document->metaInformation(QTextDocument::DocumentTitle));
+        writer.setCreator(QStringLiteral("Conferix"));
+        document->print(&writer);
+    } // what is missing is written at its end
+    WriteFileAtomically(pdf, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
+}
+
+bool AskAndSaveReportPdf(QWidget* owner, const TFileResult& file) {
+    const QString title = QStringLiteral("Salvar relatório em PDF");
+    const QFileInfo source(ToQt(file.Validation.FileName));
+    QFileDialog dialog(owner, title, source.path(), QStringLiteral("PDF (*.pdf)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(QStringLiteral("pdf"));
+    dialog.selectFile(source.completeBaseName() + QStringLiteral(".pdf"));
+    if (dialog.exec() != QDialog::Accepted)
+        return false;
+    try {
+        SaveReportPdf(file, PathFromText(FromQt(dialog.selectedFiles().front())));
+        return true;
+    } catch (const EFileNotWritten& error) {
+        ShowFailure(owner, title, error.what());
+    }
+    return false;
+}
+
+} // namespace conferix

@@ -1,0 +1,149 @@
+// The tab of one file.
+#pragma once
+
+#include "app/controller_manager.h"
+#include "app/desktop/file_session.h"
+#include "app/desktop/message_panel.h"
+#include "app/file_validation.h"
+#include "app/lote_conversion.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <vector>
+
+class QFileSystemWatcher;
+class QSplitter;
+class QTabWidget;
+class QTimer;
+
+namespace conferix {
+
+class TInformationPanel;
+class TNoticeBar;
+class TSearchBar;
+class TXmlEditor;
+
+/// Editor, messages and information of one file, as its controller tells of it.
+class TDocumentTab : public QWidget {
+    Q_OBJECT
+
+  public:
+    using TXmlPtr = std::shared_ptr<const std::string>;
+
+    TDocumentTab(const std::shared_ptr<IValidadorController>& controller, const QString& fileName,
+                 TControllerManager& manager, QWidget* parent = nullptr);
+    ~TDocumentTab() override;
+
+    const QString& FileName() const { return session_->FileName(); }
+    IValidadorController& Controller() const { return session_->Controller(); }
+    TFileSession& Session() const { return *session_; }
+    TXmlEditor* Editor() const { return editor_; }
+    TMessagePanel* Messages() const { return messages_; }
+    TInformationPanel* Informations() const { return informations_; }
+    TSearchBar* Search() const { return search_; }
+    TNoticeBar* Notices() const { return notices_; }
+
+    void Load() { session_->Read(); }
+    void Reload();
+    void Validate();
+    void StopValidation();
+    /// False where nothing was saved: the user was told why, or chose so.
+    bool Save();
+    bool SaveAs();
+    /// Writes the file in another encoding, and declares it.
+    bool SaveWithEncoding(const QString& encoding);
+    /// Asks on the way whether changes are to be saved; true once the file is closed.
+    bool Close();
+    void Format();
+    /// Goes to the next message after the caret, or the previous one before it.
+    void GoToMessage(bool next);
+    /// Index of the message at the caret, else of the selected one.
+    std::optional<std::size_t> MessageAtCaret() const;
+    /// Corrects one message; asks which way where it offers several.
+    void Correct(std::size_t message, std::optional<std::size_t> solver = std::nullopt);
+    /// Shows what would be corrected, of one rule or (empty) of all, and does it when the user agrees.
+    void CorrectAll(const QString& rule);
+    /// Asks for a version and converts the lot to it.
+    void Convert();
+    /// What the last validation found, for reports; nothing while there is none of the text as it is.
+    std::optional<TFileResult> Result() const;
+    /// Puts a corrected or converted text into the editor and validates it.
+    void TakeText(const TXmlPtr& text);
+    /// Whether the file was changed by others meanwhile; tells the user.
+    void CheckDisk();
+    /// Moves the keyboard to the next part of the tab, or the previous one.
+    void GoRound(bool forwards);
+
+    QString StateText() const;
+    QString KindText() const;
+    QString VersionText() const;
+    QString EncodingText() const;
+    QString PositionText() const;
+    QIcon StateIcon() const;
+
+    QByteArray SaveState() const;
+    void RestoreState(const QByteArray& state);
+
+  signals:
+    /// Something of what the window tells of the file is another.
+    void Changed();
+    /// The file could not be read; the tab is of no use.
+    void Unreadable(const QString& reason);
+    void FileSaved();
+    void Validated(const conferix::TValidateArgs& result);
+    void RuleSwitchWanted(const QString& rule);
+    void HelpWanted(const QString& rule);
+    void SettingsWanted();
+
+  private:
+    void BuildViews();
+    void Subscribe();
+    void ShowRead(const TReadFile& read);
+    void ShowResult(const TValidateArgs& result);
+    void OnEdited();
+    void OnClose(TFileCloseArgs& args);
+    void ShowAsItCame();
+    /// True where the messages are about the text as it is; else it is validated anew.
+    bool IsUpToDate();
+    void GoBackToPlace();
+    void ShowConverted(const TConvertedLote& lote);
+    void SelectPlace(std::size_t message);
+    void ActivatePlace(std::size_t message);
+    bool SaveTo(const QString& fileName);
+    void Watch();
+
+    TFileSession* session_;
+    TControllerManager& manager_;
+    TNoticeBar* notices_;
+    TXmlEditor* editor_;
+    TSearchBar* search_;
+    TMessagePanel* messages_;
+    TInformationPanel* informations_;
+    QSplitter* columns_ = nullptr;
+    QSplitter* rows_ = nullptr;
+    QTimer* typing_;
+    QFileSystemWatcher* watcher_;
+    std::vector<std::function<void()>> unsubscribe_;
+    QTabWidget* lists_;
+    TMessagePanel* notes_ = nullptr; ///< of the last conversion
+    TReadFile read_;
+    /// Where the user was when a correction was made.
+    struct TPlaceBefore {
+        std::optional<TMessagePanel::TFocus> Row;
+        int Line;
+        int LinePos;
+    };
+    std::optional<TPlaceBefore> back_;
+    bool goingBack_ = false;
+    bool correcting_ = false; ///< the text is being replaced by the program
+    std::optional<TValidateArgs> result_;
+    bool edited_ = false;    ///< since the last validation ended
+    bool reloading_ = false; ///< the file is closed only to be read again
+    bool asItCame_ = false;  ///< shown in its own lines, for reading alone
+    bool wasValid_ = false;
+    bool wasJudged_ = false;
+    QString kind_;
+};
+
+} // namespace conferix

@@ -1,0 +1,175 @@
+// What the main window opens beside its files: dialogs, help, reports.
+#include "app/desktop/main_window.h"
+
+#include "app/desktop/dialogs/batch_dialog.h"
+#include "app/desktop/dialogs/configuracao_validacoes_dialog.h"
+#include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/dialogs/history_dialog.h"
+#include "app/desktop/dialogs/rule_help.h"
+#include "app/desktop/document_tab.h"
+#include "app/desktop/file_session.h"
+#include "app/desktop/questions.h"
+#include "app/installation.h"
+#include "app/program_versions.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QDockWidget>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMessageBox>
+#include <QTabWidget>
+
+namespace conferix {
+
+namespace {
+
+constexpr QSize kHelpSize(860, 560);
+
+/// A file with faults that comes with the program, beside its other shared files or in its source; empty
+/// where there is none.
+QString ExampleFile() {
+    const QDir program(QApplication::applicationDirPath());
+    for (const char* folder : {"../share/conferix/exemplos", "../../../exemplos"}) {
+        const QFileInfo example(program.filePath(QString::fromLatin1(folder)) +
+                                QStringLiteral("/spsadt-3.05.00-valores-errados.xml"));
+        if (example.exists())
+            return example.canonicalFilePath();
+    }
+    return {};
+}
+
+} // namespace
+
+void TMainWindow::OpenFolder() {
+    const QString folder = QFileDialog::getExistingDirectory(this, QStringLiteral("Abrir pasta"));
+    if (!folder.isEmpty())
+        OpenFiles({folder});
+}
+
+void TMainWindow::OpenExample() {
+    const QString example = ExampleFile();
+    if (example.isEmpty())
+        ShowError(this, QStringLiteral("O exemplo não está instalado."));
+    else
+        OpenFiles({example});
+}
+
+void TMainWindow::FillRecentFiles() {
+    recent_->clear();
+    for (const std::string& file : history_->RecentFiles()) {
+        const QString name = ToQt(file);
+        recent_->addAction(QString(name).replace(QLatin1Char('&'), QStringLiteral("&&")), this, [this, name] {
+            if (!QFileInfo::exists(name))
+                history_->Forget(FromQt(name));
+            OpenFiles({name});
+        });
+    }
+    if (recent_->isEmpty())
+        recent_->addAction(QStringLiteral("Nenhum arquivo"))->setEnabled(false);
+}
+
+void TMainWindow::NoteValidated(const TDocumentTab& tab, const TValidateArgs& result) {
+    TValidationRecord record;
+    record.File = FromQt(tab.FileName());
+    record.Versao = tab.Controller().VersaoTiss();
+    if (result.Verified)
+        record.Valid = result.Counts.Failures() == 0;
+    record.Errors = static_cast<std::int64_t>(result.Counts.Failures());
+    record.Warnings = static_cast<std::int64_t>(result.Counts.Warnings());
+    history_->NoteValidated(record);
+}
+
+void TMainWindow::ValidateFolder() {
+    const QString folder = QFileDialog::getExistingDirectory(this, QStringLiteral("Validar pasta"));
+    if (folder.isEmpty())
+        return;
+    try {
+        auto batch = std::make_unique<TBatchValidation>(
+            TFileValidator(InstalledSchemas(), InstalledTerminology(), EnabledRules()),
+            ExpandFolders({FromQt(folder)}, true));
+        auto* dialog = new TFBatchValidation(std::move(batch), this);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        connect(dialog, &TFBatchValidation::OpenRequested, this,
+                [this](const QString& file) { OpenFiles({file}); });
+        connect(dialog, &TFBatchValidation::Validated, this, [this, dialog](std::size_t row) {
+            const TBatchRow& done = dialog->Batch().Rows()[row];
+            TValidationRecord record;
+            record.File = done.File;
+            record.Versao = done.Versao;
+            if (done.Verdict && *done.Verdict != TVerdict::NotVerified)
+                record.Valid = *done.Verdict == TVerdict::Valid;
+            record.Errors = static_cast<std::int64_t>(done.Errors);
+            record.Warnings = static_cast<std::int64_t>(done.Warnings);
+            history_->NoteValidated(record);
+        });
+        dialog->show();
+        dialog->Start();
+    } catch (const std::exception& error) {
+        ShowError(this, ToQt(error.what()));
+    }
+}
+
+void TMainWindow::ValidateAll() {
+    for (int index = 0; index < tabs_->count(); ++index)
+        qobject_cast<TDocumentTab*>(tabs_->widget(index))->Validate();
+}
+
+void TMainWindow::ShowRules(const QString& rule) {
+    if (TFConfiguracaoValidacoes::Abrir(this, FromQt(rule)))
+        ValidateAll();
+}
+
+void TMainWindow::ShowSettings(TSettingsPage page) {
+    if (TFConfiguracoes::Abrir(this, page))
+        ValidateAll();
+}
+
+void TMainWindow::ShowHistory() {
+    TFHistory dialog(*history_, this);
+    dialog.exec();
+    if (!dialog.Chosen().isEmpty())
+        OpenFiles({dialog.Chosen()});
+}
+
+void TMainWindow::ShowHelp(const QString& rule) {
+    if (helpDock_ == nullptr) {
+        help_ = new TRuleHelp;
+        helpDock_ = new QDockWidget(help_->windowTitle(), this);
+        helpDock_->setObjectName(QStringLiteral("ajuda"));
+        helpDock_->setWidget(help_);
+        addDockWidget(Qt::RightDockWidgetArea, helpDock_);
+        helpDock_->setFloating(true); // beside the text there is seldom room for it
+        helpDock_->resize(kHelpSize);
+    }
+    helpDock_->show();
+    helpDock_->raise();
+    if (!rule.isEmpty() && !help_->ShowRule(FromQt(rule)))
+        ShowError(this, QStringLiteral("Não há texto sobre a regra %1.").arg(rule));
+}
+
+void TMainWindow::WithResult(const std::function<void(const TFileResult&)>& action) {
+    const TDocumentTab* tab = CurrentTab();
+    const auto result = tab != nullptr ? tab->Result() : std::nullopt;
+    if (result)
+        action(*result);
+    else
+        ShowError(this, QStringLiteral("Valide o arquivo antes (F5)."));
+}
+
+void TMainWindow::ShowAbout() {
+    QString text = QStringLiteral("Conferix %1\n\n").arg(QStringLiteral(CONFERIX_VERSAO));
+    for (const auto& [what, which] : ProgramVersions(InstalledSchemas()))
+        text += ToQt(what) + QStringLiteral(": ") + ToQt(which) + QLatin1Char('\n');
+    text += QStringLiteral("\nConfere arquivos XML do padrão TISS.\nLicença: GPL-3.0-or-later. Ajuda: %1")
+                .arg(QLatin1String(kSupportAddress));
+    QMessageBox box(QMessageBox::NoIcon, QStringLiteral("Sobre o Conferix"), text, QMessageBox::NoButton,
+                    this);
+    box.setIconPixmap(windowIcon().pixmap(QSize(64, 64), devicePixelRatioF()));
+    box.setTextFormat(Qt::PlainText);
+    box.addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+    box.exec();
+}
+
+} // namespace conferix

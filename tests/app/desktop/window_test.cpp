@@ -1,0 +1,397 @@
+#include "app/desktop/correction_dialog.h"
+#include "app/desktop/document_tab.h"
+#include "app/desktop/main_window.h"
+#include "app/desktop/message_panel.h"
+#include "app/desktop/notice_bar.h"
+#include "app/desktop/xml_editor.h"
+#include "app/dialogs/dialog_test.h"
+#include "platform/platform.h"
+#include "validation/solver.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDropEvent>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTreeView>
+
+#include <algorithm>
+#include <memory>
+
+namespace conferix {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+const char* const kFaulty = "spsadt-3.05.00-valores-errados.xml";
+
+class Window : public TDialogTest {
+  protected:
+    Window() {
+        window_ = std::make_unique<TMainWindow>();
+        window_->resize(1280, 720);
+        window_->show();
+    }
+
+    /// A copy of an example, which tests may change.
+    std::string Copy(const std::string& example, const std::string& name = "lote.xml") const {
+        std::filesystem::copy_file(Example(example), folder_ / name);
+        return folder_ / name;
+    }
+    void Write(const std::string& name, const std::string& bytes) const {
+        WriteFileAtomically(folder_ / name, bytes);
+    }
+    std::string Bytes(const std::string& name = "lote.xml") const { return ReadWholeFile(folder_ / name); }
+
+    TDocumentTab& Open(const std::string& name) {
+        window_->OpenFiles({ToQt(name)});
+        WaitForVerdict();
+        return Tab();
+    }
+    TDocumentTab& Tab() const { return *window_->CurrentTab(); }
+    void WaitForVerdict() const {
+        Wait([&] { return Tab().Result().has_value() && !Tab().Editor()->IsLoading(); });
+    }
+    /// An action as the user finds it in the menus.
+    void Do(const char* name) const {
+        auto* const action = window_->findChild<QAction*>(QString::fromLatin1(name));
+        ASSERT_NE(action, nullptr) << name;
+        ASSERT_TRUE(action->isEnabled()) << name;
+        action->trigger();
+        QCoreApplication::processEvents();
+    }
+    std::string StatusOf(const char* label) const {
+        return FromQt(window_->findChild<QLabel*>(QString::fromLatin1(label))->text());
+    }
+    int Tabs() const { return window_->findChild<QTabWidget*>(QStringLiteral("arquivos"))->count(); }
+    std::string Text() const { return *Tab().Editor()->Snapshot(); }
+    const TXmlMessages& Messages() const { return Tab().Messages()->Messages(); }
+    /// The first message with a correction that is accepted.
+    std::size_t MessageWith(const std::function<bool(const TXmlMessage&)>& accepts) const {
+        const auto found = std::ranges::find_if(Messages(), [&](const auto& message) {
+            return !message->Solvers().empty() && accepts(*message);
+        });
+        EXPECT_NE(found, Messages().end());
+        return static_cast<std::size_t>(found - Messages().begin());
+    }
+    void Type(const char* text) const {
+        Tab().Editor()->setFocus();
+        QTest::keyClicks(Tab().Editor()->viewport(), QString::fromUtf8(text));
+    }
+    void Drop(const QStringList& names) const {
+        QMimeData data;
+        QList<QUrl> urls;
+        for (const QString& name : names)
+            urls << QUrl::fromLocalFile(name);
+        data.setUrls(urls);
+        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        // On the text of a file, where there is one: it must not take the names for its own.
+        QApplication::sendEvent(Tabs() == 0 ? window_.get() : Tab().Editor()->viewport(), &enter);
+        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(window_.get(), &drop);
+        QCoreApplication::processEvents();
+    }
+
+    const TEnvironment tuss_{"CONFERIX_TUSS", CONFERIX_TUSS_DB};
+    std::unique_ptr<TMainWindow> window_;
+};
+
+TEST_F(Window, WalksFromMessageToPlaceAndCorrectsOneInOneStep) {
+    TDocumentTab& tab = Open(Copy(kFaulty));
+    const std::string before = Text();
+    EXPECT_EQ(StatusOf("estado"), "Inválido");
+    EXPECT_THAT(StatusOf("tipo"), HasSubstr("versão 3.05.00"));
+    EXPECT_EQ(StatusOf("codificacao"), "windows-1252");
+
+    // From message to place by key, forwards in the order of the text, and back.
+    std::vector<int> lines;
+    tab.Editor()->GoTo(1, 1);
+    for (int i = 0; i < 3; ++i) {
+        Do("proximaMensagem");
+        lines.push_back(tab.Editor()->CurrentLine());
+        EXPECT_EQ(tab.Editor()->CurrentLine(), Messages()[*tab.Messages()->Current()]->Line());
+        EXPECT_EQ(tab.Editor()->CurrentLinePos(), Messages()[*tab.Messages()->Current()]->LinePos());
+    }
+    EXPECT_TRUE(std::ranges::is_sorted(lines));
+    Do("mensagemAnterior");
+    EXPECT_LE(tab.Editor()->CurrentLine(), lines[2]);
+
+    // Enter leads into the editor; a second one at once changes nothing.
+    const std::size_t wrong = MessageWith([](const TXmlMessage& message) {
+        return dynamic_cast<const TUpdateNodeValueSolver*>(message.Solvers().front().get()) != nullptr;
+    });
+    const TXmlMessage& message = *Messages()[wrong];
+    const int line = message.Line();
+    const std::string value =
+        dynamic_cast<const TUpdateNodeValueSolver&>(*message.Solvers().front()).NewValue();
+    tab.Messages()->Select(wrong);
+    tab.Messages()->List()->setFocus();
+    QTest::keyClick(tab.Messages()->List(), Qt::Key_Return);
+    QTest::keyClick(tab.Editor(), Qt::Key_Return);
+    EXPECT_EQ(tab.Editor()->CurrentLine(), line);
+    EXPECT_TRUE(Text() == before);
+
+    const auto row = tab.Messages()->Focus();
+    const std::size_t count = Messages().size();
+    Do("corrigir");
+    WaitForVerdict();
+    EXPECT_TRUE(Text() != before);
+    EXPECT_THAT(FromQt(tab.Editor()->text(line - 1)), HasSubstr(">" + value + "<"));
+    EXPECT_LT(Messages().size(), count);
+    EXPECT_EQ(tab.Editor()->CurrentLine(), line);
+    EXPECT_EQ(tab.Messages()->Focus()->Place, row->Place);
+    EXPECT_EQ(StatusOf("estado"), "Modificado, Inválido");
+    EXPECT_TRUE(Bytes() == ReadWholeFile(Example(kFaulty))) << "nothing is written before it is saved";
+
+    Do("desfazer");
+    EXPECT_TRUE(Text() == before);
+    EXPECT_EQ(StatusOf("estado"), "Modificado, Inválido antes da alteração");
+    WaitForVerdict(); // by itself, after a pause
+    EXPECT_EQ(Messages().size(), count);
+}
+
+TEST_F(Window, ChoosesAmongCorrectionsAndCancels) {
+    std::string bytes = ReadWholeFile(Example("odonto-3.05.00-valido.xml")); // letters beyond ASCII
+    const std::size_t hash = bytes.find(":hash>") + 6;
+    bytes.replace(hash, bytes.find('<', hash) - hash, std::string(32, '0'));
+    Write("lote.xml", bytes);
+    TDocumentTab& tab = Open(folder_ / "lote.xml");
+    const std::string before = Text();
+    tab.Messages()->Select(
+        MessageWith([](const TXmlMessage& message) { return message.Solvers().size() == 3; }));
+    Visit([](QDialog& dialog) { Press(dialog, "Cancelar"); });
+    Do("corrigir");
+    EXPECT_TRUE(Text() == before);
+    EXPECT_EQ(StatusOf("estado"), "Inválido");
+    Visit([](QDialog& dialog) { Press(dialog, "OK"); });
+    Do("corrigir");
+    WaitForVerdict();
+    EXPECT_TRUE(Text() != before);
+}
+
+TEST_F(Window, CorrectsAllAfterALookAtTheDifferenceAndSaves) {
+    TDocumentTab& tab = Open(Copy(kFaulty));
+    const std::string before = Text();
+    const auto ready = [](QDialog& dialog) {
+        Wait([&] { return Find<QPushButton>(dialog, "Corrigir").isEnabled(); });
+        EXPECT_GT(Find<QTableView>(dialog, "Diferenças no texto").model()->rowCount(), 0);
+        return Find<QTableView>(dialog, "Correções").model();
+    };
+    Visit([&](QDialog& dialog) {
+        ready(dialog);
+        Press(dialog, "Cancelar");
+    });
+    Do("corrigirTudo");
+    EXPECT_TRUE(Text() == before);
+
+    // What is not ticked stays as it is.
+    std::string kept;
+    Visit([&](QDialog& dialog) {
+        auto* const corrections = ready(dialog);
+        const int rows = corrections->rowCount();
+        int row = 0; // of a value
+        while (corrections->index(row, TCorrectionModel::kBefore).data().toString().isEmpty())
+            ++row;
+        kept = FromQt(corrections->index(row, TCorrectionModel::kBefore).data().toString());
+        corrections->setData(corrections->index(row, 0), Qt::Unchecked, Qt::CheckStateRole);
+        ready(dialog);
+        EXPECT_LE(corrections->rowCount(), rows + 1);
+        Press(dialog, "Corrigir");
+    });
+    Do("corrigirTudo");
+    WaitForVerdict();
+    EXPECT_TRUE(Text() != before);
+    EXPECT_NE(Text().find(">" + kept + "<"), std::string::npos);
+    EXPECT_EQ(StatusOf("estado"), "Modificado, Inválido");
+
+    Visit([&](QDialog& dialog) {
+        ready(dialog);
+        Press(dialog, "Corrigir");
+    });
+    Do("corrigirTudo");
+    WaitForVerdict();
+    EXPECT_EQ(StatusOf("estado"), "Modificado, Válido");
+    Do("salvar");
+    EXPECT_EQ(StatusOf("estado"), "Válido");
+    EXPECT_FALSE(Bytes() == ReadWholeFile(Example(kFaulty)));
+    Do("recarregar");
+    WaitForVerdict();
+    EXPECT_EQ(StatusOf("estado"), "Válido");
+    // One step each.
+    EXPECT_FALSE(tab.Editor()->isUndoAvailable());
+}
+
+TEST_F(Window, AsksBeforeChangesAreLost) {
+    Open(Copy(kFaulty));
+    const std::string original = Bytes();
+    Type("<!-- a -->");
+    Answer({"Cancelar"});
+    Do("fechar");
+    EXPECT_EQ(Tabs(), 1);
+    Answer({"Cancelar"});
+    EXPECT_FALSE(window_->close());
+    Answer({"Descartar"});
+    Do("fechar");
+    EXPECT_EQ(Tabs(), 0);
+    EXPECT_TRUE(Bytes() == original);
+    EXPECT_THAT(TakeTold(), testing::Each(HasSubstr("\"lote.xml\" foi alterado. Salvar as alterações?")));
+
+    Open(folder_ / "lote.xml");
+    Type(" ");
+    Answer({"Salvar"});
+    EXPECT_TRUE(window_->close());
+    EXPECT_TRUE(Bytes() == " " + original);
+}
+
+TEST_F(Window, TakesFilesThatAreDropped) {
+    const QStringList names = {ToQt(Copy(kFaulty, "a.xml")),
+                               ToQt(Copy("monitoramento-1.06.00-valido.xml", "b.xml")),
+                               ToQt(Copy("odonto-3.05.00-com-erros.xml", "c.xml"))};
+    Drop(names);
+    EXPECT_EQ(Tabs(), 3);
+    WaitForVerdict();
+    Drop({names[1], ToQt(folder_.Path().string())}); // again, and the folder of all
+    EXPECT_EQ(Tabs(), 3);
+    EXPECT_EQ(window_->Controllers().Count(), 3U);
+    Answer({"OK"});
+    Drop({ToQt((folder_ / "nenhum.xml").string())});
+    EXPECT_EQ(Tabs(), 3);
+    EXPECT_THAT(TakeTold(), ElementsAre(HasSubstr("nenhum.xml\" não existe.")));
+    EXPECT_TRUE(window_->close());
+}
+
+TEST_F(Window, NeverOverwritesWhatOthersChanged) {
+    const TDocumentTab& tab = Open(Copy(kFaulty));
+    Type(" ");
+    Write("lote.xml", "<outro/>");
+    Wait([&] { return tab.Notices()->IsShown(QStringLiteral("disco")); });
+    Answer({"Cancelar"});
+    Do("salvar");
+    EXPECT_EQ(Bytes(), "<outro/>");
+    EXPECT_TRUE(tab.Controller().Modified());
+    Answer({"Substituir"});
+    Do("salvar");
+    EXPECT_TRUE(Bytes() == " " + ReadWholeFile(Example(kFaulty)));
+    EXPECT_FALSE(tab.Controller().Modified());
+
+    Write("lote.xml", "<terceiro/>");
+    Wait([&] { return tab.Notices()->IsShown(QStringLiteral("disco")); });
+    Press(tab, "Recarregar");
+    Wait([&] { return Text() == "<terceiro/>"; });
+}
+
+TEST_F(Window, ShowsFilesThatAreHardToShow) {
+    std::string oneLine = ReadWholeFile(Example(kFaulty));
+    std::erase(oneLine, '\n');
+    while (oneLine.size() < 50'000)
+        oneLine.insert(oneLine.find("<ans:cabecalho"), "<!-- " + std::string(900, 'x') + " -->");
+    Write("linha.xml", oneLine);
+    const TDocumentTab& tab = Open(folder_ / "linha.xml");
+    EXPECT_TRUE(tab.Notices()->IsShown(QStringLiteral("formatado")));
+    EXPECT_GT(tab.Editor()->LineCount(), 200);
+    EXPECT_FALSE(tab.Controller().Modified());
+    const std::size_t findings = Messages().size();
+    Do("fechar"); // asks nothing
+    EXPECT_TRUE(ReadWholeFile(folder_ / "linha.xml") == oneLine);
+
+    Open(Copy(kFaulty));
+    EXPECT_EQ(Messages().size(), findings) << "line breaks change no finding";
+    Do("fechar");
+
+    Write("bytes.xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a>\xC3\xA7 \xE7\xFF</a>\n");
+    window_->OpenFiles({ToQt((folder_ / "bytes.xml").string())});
+    Wait([&] { return !Messages().empty(); });
+    EXPECT_EQ(Messages().front()->Line(), 2);
+    EXPECT_TRUE(Tab().Editor()->isReadOnly());
+    EXPECT_FALSE(window_->findChild<QAction*>(QStringLiteral("salvar"))->isEnabled());
+    EXPECT_TRUE(window_->close());
+}
+
+TEST_F(Window, FiltersSortsAndGroupsMessages) {
+    TDocumentTab& tab = Open(Copy("monitoramento-1.06.00-com-erros.xml"));
+    const TMessageTable& table = tab.Messages()->Model().Table();
+    const auto& panel = *tab.Messages();
+    const std::size_t all = Messages().size();
+    EXPECT_EQ(table.ShownCount(), all);
+    EXPECT_LE(table.RowCount(), all);
+    panel.findChild<QComboBox*>(QStringLiteral("agrupar"))->setCurrentIndex(2);
+    EXPECT_EQ(table.RowCount(), all);
+    panel.List()->sortByColumn(static_cast<int>(TMessageColumn::Line), Qt::DescendingOrder);
+    for (std::size_t i = 1; i < all; ++i)
+        EXPECT_GE(Messages()[table.Shown(i - 1)]->Line(), Messages()[table.Shown(i)]->Line());
+    Find<QLineEdit>(panel, "Filtrar por texto").setText(QStringLiteral("CÓDIGO"));
+    Wait([&] { return table.ShownCount() < all; });
+    EXPECT_GT(table.ShownCount(), 0U);
+    for (std::size_t i = 0; i < table.ShownCount(); ++i)
+        EXPECT_THAT(SearchText(Messages()[table.Shown(i)]->Reason()) + table.Digest().Key(table.Shown(i)),
+                    HasSubstr("codigo"));
+    // Hiding is of now alone.
+    panel.List()->selectAll();
+    tab.Messages()->HideSelected();
+    EXPECT_EQ(table.ShownCount(), 0U);
+    tab.Messages()->ShowHidden();
+    EXPECT_GT(table.ShownCount(), 0U);
+    EXPECT_EQ(Messages().size(), all);
+}
+
+TEST_F(Window, StopsAValidation) {
+    const TDocumentTab& tab = Open(Copy(kFaulty));
+    Do("validar");
+    ASSERT_TRUE(tab.Session().IsValidating());
+    Do("parar");
+    EXPECT_EQ(StatusOf("estado"), "Não validado");
+    EXPECT_TRUE(Messages().empty());
+    QTest::qWait(300); // what was running tells nothing any more
+    EXPECT_EQ(StatusOf("estado"), "Não validado");
+    EXPECT_FALSE(tab.Editor()->isReadOnly());
+}
+
+/// The controls of a window that somebody who does not see it has to tell apart.
+TEST_F(Window, EveryControlHasANameAndEveryActionAKeyOrAMenu) {
+    Open(Copy(kFaulty));
+    Do("substituir");
+    for (const QWidget* control : window_->findChildren<QWidget*>()) {
+        const bool counts = control->focusPolicy() != Qt::NoFocus && control->isVisible() &&
+                            !control->objectName().startsWith(QLatin1String("qt_")) &&
+                            control->focusProxy() == nullptr;
+        if (counts && qobject_cast<const QTabBar*>(control) == nullptr &&
+            qobject_cast<const QMenuBar*>(control) == nullptr) {
+            EXPECT_FALSE(NameOf(*control).isEmpty())
+                << control->metaObject()->className() << " " << FromQt(control->objectName()) << " in "
+                << control->parentWidget()->metaObject()->className();
+        }
+    }
+    QMap<QKeySequence, QString> keys;
+    for (const QAction* menu : window_->menuBar()->actions()) {
+        QSet<QChar> marks;
+        for (const QAction* action : menu->menu()->actions()) {
+            if (action->isSeparator())
+                continue;
+            const qsizetype mark = action->text().indexOf(QLatin1Char('&'));
+            ASSERT_GE(mark, 0) << FromQt(action->text());
+            const QChar letter = action->text()[mark + 1].toLower();
+            EXPECT_FALSE(marks.contains(letter)) << FromQt(menu->text() + action->text());
+            marks.insert(letter);
+            if (!action->shortcut().isEmpty()) {
+                EXPECT_EQ(keys.value(action->shortcut()), QString()) << FromQt(action->text());
+            }
+            keys.insert(action->shortcut(), action->shortcut().isEmpty() ? QString() : action->text());
+        }
+    }
+    // Round the parts of a tab by key alone, and back to where it began.
+    Tab().Editor()->setFocus();
+    const QWidget* const first = QApplication::focusWidget();
+    int steps = 0;
+    do
+        Do("proximaParte");
+    while (QApplication::focusWidget() != first && ++steps < 10);
+    EXPECT_EQ(steps, 3);
+}
+
+} // namespace
+} // namespace conferix
