@@ -7,7 +7,7 @@ pacotes_compilar=(g++ cmake ninja-build pkg-config libexpat1-dev libicu-dev libs
     libsqlitecpp-dev nlohmann-json3-dev libcli11-dev libfmt-dev libre2-dev libzip-dev libspdlog-dev
     libsimpleini-dev libcurl4-openssl-dev libcsv-dev nettle-dev)
 pacotes_janela=(qt6-base-dev libqscintilla2-qt6-dev)
-pacotes_testar=(libgtest-dev libgmock-dev libxml2-dev locales patch)
+pacotes_testar=(libgtest-dev libgmock-dev libvalijson-dev libxml2-dev locales patch)
 pacotes_conferir=(clang-format clang-tidy git)
 pacotes_fuzz=(clang libclang-rt-14-dev)
 

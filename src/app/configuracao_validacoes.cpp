@@ -1,8 +1,29 @@
 #include "app/configuracao_validacoes.h"
 
+#include "xml/name_likeness.h"
+
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <string_view>
+
 namespace conferix {
+
+namespace {
+
+/// A question for the rule that a name is nearest to; empty where none is near.
+std::string RuleMeant(const std::vector<TListedRule>& rules, std::string_view name) {
+    std::size_t least = std::min<std::size_t>(4, name.size() / 3 + 1);
+    std::string_view nearest;
+    for (const TListedRule& rule : rules)
+        if (const std::size_t slips = EditDistance(rule.Rule->Name, name, least); slips < least) {
+            least = slips;
+            nearest = rule.Rule->Name;
+        }
+    return nearest.empty() ? std::string() : fmt::format("você quis dizer \"{}\"? ", nearest);
+}
+
+} // namespace
 
 TConfiguracaoValidacoes::TConfiguracaoValidacoes(TConfig config, TOnSwitch onSwitch)
     : config_(std::move(config)), onSwitch_(std::move(onSwitch)), rules_(ListRules()) {}
@@ -39,7 +60,8 @@ std::vector<std::size_t> TConfiguracaoValidacoes::SetChecked(const std::string& 
     const std::optional<std::size_t> node = Find(name);
     if (!node)
         throw ERuleNotSwitched(
-            fmt::format("a regra \"{}\" não existe; \"conferix regras\" mostra as que existem", name));
+            fmt::format("a regra \"{}\" não existe; {}\"conferix regras\" mostra as que existem", name,
+                        RuleMeant(rules_, name)));
     return SetChecked(*node, checked);
 }
 

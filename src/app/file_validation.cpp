@@ -29,6 +29,12 @@ TVerdict VerdictOf(const TValidateArgs& result) {
     return result.FileStateFlags.Contains(TFileStateFlag::sfValido) ? TVerdict::Valid : TVerdict::Invalid;
 }
 
+std::string TFileResult::Obstacle() const {
+    if (!Failure.empty() || Validation.Verified || Validation.AllMessages.empty())
+        return Failure;
+    return Validation.AllMessages.back()->Reason(); // the failure that ended the run
+}
+
 TFileResult UnreadableFile(const std::string& name, const std::string& reason) {
     TFileResult result = Unopened(name, std::make_shared<TXmlMessage>(TMessageType::mtFatal, reason), false);
     result.Failure = reason;

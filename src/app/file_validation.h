@@ -25,6 +25,8 @@ struct TFileResult {
     std::string Failure;                     ///< why it could not be validated; empty for one that was
 
     TVerdict Verdict() const { return VerdictOf(Validation); }
+    /// What kept a file from being verified, whether or not it could be read; empty for a verified one.
+    std::string Obstacle() const;
 };
 
 /// The result of an input that could not be validated, so that it is missing in no report.

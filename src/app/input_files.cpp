@@ -56,6 +56,23 @@ std::vector<TInput> SearchFolder(const std::string& name, bool withSubfolders) {
 
 } // namespace
 
+std::vector<std::string> NamesInList(std::string_view list) {
+    if (list.starts_with("\xEF\xBB\xBF"))
+        list.remove_prefix(3);
+    const bool lines = list.find('\0') == std::string_view::npos;
+    std::vector<std::string> names;
+    while (!list.empty()) {
+        const std::size_t end = std::min(list.find(lines ? '\n' : '\0'), list.size());
+        std::string_view name = list.substr(0, end);
+        list.remove_prefix(std::min(end + 1, list.size()));
+        if (lines && name.ends_with('\r'))
+            name.remove_suffix(1);
+        if (!name.empty())
+            names.push_back(name == "-" ? "./-" : std::string(name));
+    }
+    return names;
+}
+
 std::vector<TInput> ExpandFolders(const std::vector<std::string>& names, bool withSubfolders) {
     std::vector<TInput> inputs;
     for (const std::string& name : names) {

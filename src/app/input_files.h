@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace conferix {
@@ -10,6 +11,10 @@ struct TInput {
     std::string Name;    ///< "-": the standard input
     std::string Failure; ///< why it cannot be validated; empty for a file
 };
+
+/// The names in a list, each in a line of its own; where the list has NUL characters, between these. Empty
+/// names are none.
+std::vector<std::string> NamesInList(std::string_view list);
 
 /// What names of the command line stand for: a folder for its *.xml and *.xte files in order of their names,
 /// with those of its subfolders on request.

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace conferix {
@@ -28,17 +29,26 @@ std::vector<TBilledGuide> BilledGuides(const TValidateArgs& result) {
 
 void TRepeatedGuides::Add(std::size_t file, const std::vector<TBilledGuide>& guides) {
     for (const TBilledGuide& guide : guides) {
-        const TRepeatedGuide::TPlace here{file, guide.Line};
-        const auto [known, added] = billed_.try_emplace(guide.Key, here);
-        if (!added && known->second.File != file)
-            repeated_.push_back({guide.Number, std::min(known->second, here), std::max(known->second, here)});
+        TRepeatedGuide::TPlace here{file, guide.Line};
+        const auto [known, added] = billed_.try_emplace(guide.Key, TBilled{guide.Number, here, {}});
+        if (added)
+            continue;
+        TBilled& billed = known->second;
+        if (here < billed.First)
+            std::swap(here, billed.First);
+        billed.Others.push_back(here);
     }
 }
 
 std::vector<TRepeatedGuide> TRepeatedGuides::Found() const {
-    std::vector<TRepeatedGuide> found = repeated_;
-    std::ranges::sort(found, {},
-                      [](const TRepeatedGuide& guide) { return std::pair(guide.First, guide.Again); });
+    std::vector<TRepeatedGuide> found;
+    for (const auto& [key, billed] : billed_)
+        for (const TRepeatedGuide::TPlace& other : billed.Others)
+            if (other.File != billed.First.File)
+                found.push_back({billed.Number, billed.First, other});
+    std::ranges::sort(found, {}, [](const TRepeatedGuide& guide) {
+        return std::tuple(guide.First, guide.Again, guide.Number);
+    });
     return found;
 }
 

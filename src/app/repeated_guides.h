@@ -40,12 +40,17 @@ class TRepeatedGuides {
   public:
     /// Files may come in any order.
     void Add(std::size_t file, const std::vector<TBilledGuide>& guides);
-    /// What was found, in the order of the files and lines.
+    /// What was found, each beside its first place, in the order of the files and lines.
     std::vector<TRepeatedGuide> Found() const;
 
   private:
-    std::unordered_map<std::string, TRepeatedGuide::TPlace> billed_; ///< by provider and number
-    std::vector<TRepeatedGuide> repeated_;
+    struct TBilled {
+        std::string Number;
+        TRepeatedGuide::TPlace First;
+        std::vector<TRepeatedGuide::TPlace> Others;
+    };
+
+    std::unordered_map<std::string, TBilled> billed_; ///< by provider and number
 };
 
 } // namespace conferix

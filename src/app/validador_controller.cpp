@@ -339,6 +339,7 @@ TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>
     result.CountedSuccesses = validator.CountedSuccesses();
     result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());
     result.Unlisted = validator.Unkept();
+    result.ApproximateSchema = IsApproximation(schema);
     return result;
 }
 

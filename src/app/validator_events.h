@@ -53,6 +53,8 @@ struct TValidateArgs : TValidatorArgs {
     std::size_t HiddenCount = 0; ///< of what is hidden, likewise
     /// What goes beyond the limits of the lists, a rule an entry.
     std::vector<TUnkeptFindings> Unlisted;
+    /// The schema is one that comes with the program in place of one that is not at hand.
+    bool ApproximateSchema = false;
     bool OutOfMemory = false; ///< the run could not be finished, and so nothing is known of the file
     /// What it found right and only counted, a rule each.
     std::vector<TCountedSuccesses> CountedSuccesses;

@@ -2,6 +2,8 @@
 
 #include "app/message_groups.h"
 #include "model/tiss_kinds.h"
+#include "platform/utf8.h"
+#include "report/file_uri.h"
 #include "report/message_json.h"
 
 #include <ostream>
@@ -20,31 +22,57 @@ std::vector<std::size_t> GroupNumbers(const TXmlMessages& messages) {
     return numbers;
 }
 
+/// What was found by rules, those that found most first.
+TJson RulesJson(const TCountsByRule& rules, bool withFiles) {
+    TJson json = TJson::array();
+    for (const TRuleCounts* of : ByFrequency(rules)) {
+        TJson rule = {{"validacao", of->Rule != nullptr ? of->Rule->Name : std::string()},
+                      {"contagens", CountsJson(of->Counts)}};
+        if (withFiles)
+            rule["arquivos"] = of->Files;
+        json.push_back(std::move(rule));
+    }
+    return json;
+}
+
+/// What every object begins with.
+TJson Heading() {
+    return {{"versaoFormato", kJsonFormatVersion}, {"versaoPrograma", CONFERIX_VERSAO}};
+}
+
 std::string FileJson(const TFileResult& file, const TReportOptions& options, int indent) {
     const TValidateArgs& result = file.Validation;
-    const TListedMessages listed(result, options);
-    const std::vector<std::size_t> groups = GroupNumbers(listed.Messages);
     const IArquivoTiss* arquivo = result.ArquivoTiss.get();
     std::size_t unlisted = 0;
     for (const TUnkeptFindings& of : result.Unlisted)
         unlisted += of.Counts.Findings();
-    const TJson json = {
-        {"arquivo", result.FileName},
-        {"xmlValido", result.ValidXml},
-        {"valido", VerdictJson(result)},
-        {"estado", result.FileStateFlags.Names()},
-        {"tipoArquivo", arquivo != nullptr ? NameOf(arquivo->TipoArquivo()) : std::string_view{}},
-        {"tipoTransacao", arquivo != nullptr ? NameOf(arquivo->TipoTransacao()) : std::string_view{}},
-        {"versao", file.Versao},
-        {"erros", result.Counts.Failures()},
-        {"avisos", result.Counts.Warnings()},
-        {"ocultas", result.HiddenCount},
-        {"naoListadas", unlisted},
-        {"mensagens", TJson::array()}};
+    TJson json = Heading();
+    json["arquivo"] = result.FileName;
+    if (FindMalformedUtf8(result.FileName) != std::string::npos)
+        json["arquivoCodificado"] = PercentEncoded(result.FileName);
+    json["xmlValido"] = result.ValidXml;
+    json["valido"] = VerdictJson(result);
+    json["estado"] = result.FileStateFlags.Names();
+    json["tipoArquivo"] = arquivo != nullptr ? NameOf(arquivo->TipoArquivo()) : std::string_view{};
+    json["tipoTransacao"] = arquivo != nullptr ? NameOf(arquivo->TipoTransacao()) : std::string_view{};
+    json["versao"] = file.Versao;
+    json["esquemaAproximado"] = result.ApproximateSchema;
+    json["erros"] = result.Counts.Failures();
+    json["avisos"] = result.Counts.Warnings();
+    json["contagens"] = CountsJson(result.Counts);
+    json["ocultas"] = result.HiddenCount;
+    json["naoListadas"] = unlisted;
+    if (options.Estatisticas)
+        json["regras"] = RulesJson(TFileSummary(file).Rules, false);
+    if (options.Resumo)
+        return JsonText(json, indent);
+    json["mensagens"] = TJson::array();
     // The list goes in message by message: all of them as one value would take many times their text.
     TJsonList list(JsonText(json, indent), indent);
-    for (std::size_t i = 0; i < listed.Messages.size(); ++i) {
-        TJson message = MessageJson(*listed.Messages[i], listed.Shown[i]);
+    const std::vector<TListedMessage> listed = ListedMessages(result, options);
+    const std::vector<std::size_t> groups = GroupNumbers(MessagesOf(listed));
+    for (std::size_t i = 0; i < listed.size(); ++i) {
+        TJson message = MessageJson(*listed[i].Message, listed[i].Number, listed[i].Shown);
         message["grupo"] = groups[i];
         list.Add(message);
     }
@@ -76,6 +104,21 @@ std::string TNdjsonReport::FileText(const TFileResult& file) const {
 
 void TNdjsonReport::AddFile(std::ostream& out, const TFileSummary&, std::string text) {
     out << text << '\n' << std::flush;
+}
+
+void TNdjsonReport::End(std::ostream& out, const TReportTotals& totals) {
+    if (!options_.Totais)
+        return;
+    TJson sums = {{"arquivos", totals.Files()},
+                  {"validos", totals.Of(TVerdict::Valid)},
+                  {"invalidos", totals.Of(TVerdict::Invalid)},
+                  {"naoVerificados", totals.Of(TVerdict::NotVerified)},
+                  {"contagens", CountsJson(totals.Counts())}};
+    if (options_.Estatisticas)
+        sums["regras"] = RulesJson(totals.Rules(), true);
+    TJson line = Heading();
+    line["totais"] = std::move(sums);
+    out << JsonText(line, -1) << '\n';
 }
 
 } // namespace conferix

@@ -27,6 +27,7 @@ class TNdjsonReport : public IReportWriter {
     bool KeepsOrder() const override { return false; }
     std::string FileText(const TFileResult& file) const override;
     void AddFile(std::ostream& out, const TFileSummary& file, std::string text) override;
+    void End(std::ostream& out, const TReportTotals& totals) override;
 
   private:
     TReportOptions options_;

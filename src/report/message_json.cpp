@@ -6,11 +6,11 @@
 
 namespace conferix {
 
-TJson MessageJson(const TXmlMessage& message, bool shown) {
+TJson MessageJson(const TXmlMessage& message, std::size_t number, bool shown) {
     TJson corrections = TJson::array();
     for (const auto& solver : message.Solvers())
         corrections.push_back({{"nome", solver->Name()}, {"descricao", solver->Description()}});
-    return {{"id", message.Id()},
+    return {{"id", number},
             {"tipo", NameOf(message.MsgType())},
             {"validacao", RuleName(message)},
             {"linha", message.Line()},
@@ -23,6 +23,14 @@ TJson MessageJson(const TXmlMessage& message, bool shown) {
             {"origem", message.SrcText()},
             {"exibida", shown},
             {"correcoes", std::move(corrections)}};
+}
+
+TJson CountsJson(const TMessageCounts& counts) {
+    TJson json;
+    for (const TMessageType type :
+         {TMessageType::mtFatal, TMessageType::mtError, TMessageType::mtWarning, TMessageType::mtInformation})
+        json[NameOf(type)] = counts.Of(type);
+    return json;
 }
 
 TJson VerdictJson(const TValidateArgs& result) {

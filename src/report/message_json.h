@@ -12,8 +12,15 @@ namespace conferix {
 /// Keys keep the order in which they are written.
 using TJson = nlohmann::ordered_json;
 
-/// A message as scripts read it; `shown`: the user is shown it without asking for more.
-TJson MessageJson(const TXmlMessage& message, bool shown);
+/// The version of what the commands print as JSON; raised when a script would have to be changed.
+inline constexpr int kJsonFormatVersion = 1;
+
+/// A message as scripts read it. `number`: 1-based within the file; `shown`: the user is shown it without
+/// asking for more.
+TJson MessageJson(const TXmlMessage& message, std::size_t number, bool shown);
+
+/// How many findings there are of each severity.
+TJson CountsJson(const TMessageCounts& counts);
 
 /// The text of a JSON value; bytes that are no UTF-8 (in file names) are replaced. `indent` -1: one line.
 std::string JsonText(const TJson& json, int indent = 2);

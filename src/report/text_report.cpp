@@ -1,12 +1,14 @@
 #include "report/text_report.h"
 
 #include "model/tiss_kinds.h"
+#include "platform/format_settings.h"
 #include "validation/solver.h"
 #include "validation/validation_message.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <ostream>
 
 namespace conferix {
@@ -40,6 +42,31 @@ std::string Origin(const TXmlMessage& message, bool alone) {
     return origin.empty() ? origin : " (" + origin + ")";
 }
 
+constexpr const char* kCountLine = "{:>9} {:>9} {:>12}";
+
+std::string CountColumns(const TMessageCounts& counts) {
+    const auto number = [](std::size_t count) {
+        return TFormatSettings::Regional().Count(static_cast<std::int64_t>(count));
+    };
+    return fmt::format(kCountLine, number(counts.Failures()), number(counts.Warnings()),
+                       number(counts.Of(TMessageType::mtInformation)));
+}
+
+/// The findings by rule and by file.
+std::string Statistics(const TReportTotals& totals) {
+    const std::string heading = fmt::format(kCountLine, "erros", "avisos", "informações");
+    std::string text = fmt::format("\nPor regra:\n{} {:>9}  regra\n", heading, "arquivos");
+    for (const TRuleCounts* of : ByFrequency(totals.Rules()))
+        text +=
+            fmt::format("{} {:>9}  {}\n", CountColumns(of->Counts), of->Files,
+                        of->Rule != nullptr ? fmt::format("{} ({})", of->Rule->Name, of->Rule->Description)
+                                            : "leitura e identificação do arquivo");
+    text += fmt::format("\nPor arquivo:\n{}  arquivo\n", heading);
+    for (const TFileSummary& file : totals.Summaries())
+        text += fmt::format("{}  {}\n", CountColumns(file.Counts), Visible(file.Arquivo));
+    return text;
+}
+
 } // namespace
 
 /// The corrections of a group: those of its first finding, of which the values may be its own.
@@ -59,23 +86,75 @@ std::string TTextReport::Corrections(const TXmlMessages& listed, const TMessageG
     return text;
 }
 
-std::string TTextReport::FileText(const TFileResult& file) const {
-    const TValidateArgs& result = file.Validation;
-    const TXmlMessages listed = TListedMessages(result, options_).Messages;
-    std::string text = palette_.Bold(Visible(result.FileName)) + '\n' + Kind(file);
+std::string TTextReport::GroupLines(const TXmlMessages& listed, const TMessageGroup& group) const {
+    const TXmlMessage& first = *listed[group.Messages.front()];
+    return fmt::format("  {}: {}{}\n", palette_.Severity(first.MsgType(), SeverityLabel(first.MsgType())),
+                       IndentLines(GroupText(listed, group), 4),
+                       palette_.Dim(Origin(first, group.Messages.size() == 1))) +
+           Corrections(listed, group);
+}
+
+std::string TTextReport::MessageLines(const TXmlMessages& listed) const {
     const std::vector<TMessageGroup> groups =
         options_.Detalhar ? Ungrouped(listed.size()) : GroupMessages(listed);
-    for (const TMessageGroup& group : groups) {
-        const TXmlMessage& first = *listed[group.Messages.front()];
-        text +=
-            fmt::format("  {}: {}{}\n", palette_.Severity(first.MsgType(), SeverityLabel(first.MsgType())),
-                        IndentLines(GroupText(listed, group), 4),
-                        palette_.Dim(Origin(first, group.Messages.size() == 1)));
-        text += Corrections(listed, group);
+    std::string text;
+    if (options_.AgruparPorRegra) {
+        // The rules in the order of their first messages; what comes from none stands by itself.
+        std::vector<std::string> order;
+        std::map<std::string, std::string> ofRule;
+        for (const TMessageGroup& group : groups) {
+            const TXmlMessage& first = *listed[group.Messages.front()];
+            const auto [lines, added] = ofRule.try_emplace(RuleName(first));
+            if (added) {
+                order.push_back(lines->first);
+                if (first.Rule() != nullptr)
+                    lines->second = palette_.Bold(first.Rule()->Description) +
+                                    palette_.Dim(" (" + lines->first + ")") + '\n';
+            }
+            lines->second += GroupLines(listed, group);
+        }
+        for (const std::string& rule : order)
+            text += (rule.empty() ? "" : " ") + ofRule[rule];
+    } else {
+        for (const TMessageGroup& group : groups)
+            text += GroupLines(listed, group);
     }
     if (groups.size() < listed.size())
         text +=
             palette_.Dim("  Mensagens de mesma causa estão agrupadas; --detalhar mostra cada uma.") + '\n';
+    return text;
+}
+
+std::string TTextReport::SummaryLine(const TFileResult& file) const {
+    const TValidateArgs& result = file.Validation;
+    std::string text = palette_.Bold(Visible(result.FileName)) + ": ";
+    switch (file.Verdict()) {
+    case TVerdict::Valid:
+        text += palette_.Severity(TMessageType::mtSuccess, "válido");
+        break;
+    case TVerdict::Invalid:
+        text += palette_.Severity(TMessageType::mtError, "inválido");
+        break;
+    case TVerdict::NotVerified:
+        text += palette_.Severity(TMessageType::mtError, "não verificado");
+        if (!file.Failure.empty())
+            return text + fmt::format(" ({})\n", IndentLines(OneLine(file.Failure), 0));
+        break;
+    }
+    std::string counts;
+    if (const std::size_t errors = result.Counts.Failures(); errors != 0)
+        counts = Counted(errors, "erro", "erros");
+    if (const std::size_t warnings = result.Counts.Warnings(); warnings != 0)
+        counts += (counts.empty() ? "" : ", ") + Counted(warnings, "aviso", "avisos");
+    return text + (counts.empty() ? "\n" : " (" + counts + ")\n");
+}
+
+std::string TTextReport::FileText(const TFileResult& file) const {
+    if (options_.Resumo)
+        return SummaryLine(file);
+    const TValidateArgs& result = file.Validation;
+    std::string text = palette_.Bold(Visible(result.FileName)) + '\n' + Kind(file) +
+                       MessageLines(MessagesOf(ListedMessages(result, options_)));
     const std::size_t errors = result.Counts.Failures();
     const std::size_t warnings = result.Counts.Warnings();
     if (!result.Verified) {
@@ -91,11 +170,13 @@ std::string TTextReport::FileText(const TFileResult& file) const {
 }
 
 void TTextReport::AddFile(std::ostream& out, const TFileSummary&, std::string text) {
-    out << (empty_ ? "" : "\n") << text << std::flush;
+    out << (empty_ || options_.Resumo ? "" : "\n") << text << std::flush;
     empty_ = false;
 }
 
 void TTextReport::End(std::ostream& out, const TReportTotals& totals) {
+    if (options_.Estatisticas)
+        out << Statistics(totals);
     if (totals.Files() < 2)
         return;
     out << fmt::format("\n{}: {}, {}", Counted(totals.Files(), "arquivo", "arquivos"),

@@ -16,6 +16,10 @@ class TTextReport : public IReportWriter {
     void End(std::ostream& out, const TReportTotals& totals) override;
 
   private:
+    /// The file in a line.
+    std::string SummaryLine(const TFileResult& file) const;
+    std::string MessageLines(const TXmlMessages& listed) const;
+    std::string GroupLines(const TXmlMessages& listed, const TMessageGroup& group) const;
     std::string Corrections(const TXmlMessages& listed, const TMessageGroup& group) const;
 
     TReportOptions options_;

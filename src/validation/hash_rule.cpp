@@ -79,6 +79,10 @@ void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
         Success(place, fmt::format("O hash \"{}\" informado no arquivo está válido.", written));
 }
 
+std::optional<std::string> THashSolver::Replacement() const {
+    return sanitize_ ? std::nullopt : std::optional(THashCalculator::Calculate(*File()->Xml(), encoding_));
+}
+
 void THashSolver::Solve() {
     TXmlDocument& document = *File()->Xml();
     if (sanitize_)

@@ -24,6 +24,7 @@ class THashSolver : public TAbstractSolver {
     THashSolver(std::shared_ptr<const IArquivoTiss> file, THashEncoding encoding, bool sanitize)
         : TAbstractSolver(std::move(file)), encoding_(encoding), sanitize_(sanitize) {}
     const TXmlNode* Target() const override { return File()->HashNode(); }
+    std::optional<std::string> Replacement() const override;
     void Solve() override;
 
   private:

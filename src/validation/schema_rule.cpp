@@ -236,7 +236,16 @@ std::string CauseOf(const TSchemaFault& fault) {
     }
 }
 
-/// True for a schema that comes with the program in place of one that is not at hand.
+/// Where the header names the version; the root when it does not.
+const TXmlNode& VersionPlace(const TXmlNode& root) {
+    for (const char* path : {"cabecalho/Padrao", "cabecalho/versaoPadrao"})
+        if (const TXmlNode* node = root.Find(path))
+            return *node;
+    return root;
+}
+
+} // namespace
+
 bool IsApproximation(const std::filesystem::path& file) {
     static TFileMemory<bool> memory;
     const std::string name = PathText(file);
@@ -247,16 +256,6 @@ bool IsApproximation(const std::filesystem::path& file) {
     memory.Keep(name, {stamp}, answer);
     return answer;
 }
-
-/// Where the header names the version; the root when it does not.
-const TXmlNode& VersionPlace(const TXmlNode& root) {
-    for (const char* path : {"cabecalho/Padrao", "cabecalho/versaoPadrao"})
-        if (const TXmlNode* node = root.Find(path))
-            return *node;
-    return root;
-}
-
-} // namespace
 
 ESchemaNotFound::ESchemaNotFound(const std::filesystem::path& file)
     : std::runtime_error(fmt::format("Schema file {} not found", PathText(file))), file_(file) {}

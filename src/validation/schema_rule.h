@@ -17,6 +17,9 @@ class ESchemaNotFound : public std::runtime_error {
     std::filesystem::path file_;
 };
 
+/// True for a schema that comes with the program in place of one that is not at hand. Raises EFileNotRead.
+bool IsApproximation(const std::filesystem::path& schemaFile);
+
 /// Checks the whole document against the schema of its kind and version; reports every fault at its place.
 /// Raises ESchemaNotFound, and ESchemaInvalido for a set that cannot be loaded.
 class TXmlSchemaValidation : public TValidation {

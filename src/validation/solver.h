@@ -24,6 +24,8 @@ class ISolver {
     virtual std::string Description() const = 0;
     /// The one element whose value it changes; null for a correction of the document as a whole.
     virtual const TXmlNode* Target() const { return nullptr; }
+    /// The text that it gives Target(), where that is known without solving and nothing else changes.
+    virtual std::optional<std::string> Replacement() const { return std::nullopt; }
     /// How the file is to be held after a correction of its encoding; null for any other correction.
     virtual const TXmlEncoding* Encoding() const { return nullptr; }
     /// Changes the document tree.
@@ -65,6 +67,7 @@ class TUpdateNodeValueSolver : public TAbstractSolver {
     const std::string& NewValue() const { return newValue_; }
     const std::optional<TComputation>& Computation() const { return computation_; }
     const TXmlNode* Target() const override { return &node_; }
+    std::optional<std::string> Replacement() const override { return newValue_; }
     std::string Name() const override { return "TUpdateNodeValueSolver"; }
     std::string Description() const override;
     void Solve() override;

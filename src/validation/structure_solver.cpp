@@ -332,6 +332,7 @@ class TValueSolver : public TStructureSolver {
                            QuoteText(lost));
     }
     const TXmlNode* Target() const override { return &Node(); }
+    std::optional<std::string> Replacement() const override { return value_; }
 
   protected:
     void Mend() override { Node().SetValue(value_); }

@@ -65,26 +65,26 @@ TEST_F(Cli, JsonTellsEverything) {
     const json files = json::parse(result.Out);
     ASSERT_EQ(files.size(), 2U);
     json first = files[0];
-    EXPECT_THAT(first["mensagens"][0]["id"].get<std::string>(), StartsWith("{"));
-    first["mensagens"][0].erase("id");
+    EXPECT_EQ(Run({"--versao"}).Out, "conferix " + first["versaoPrograma"].get<std::string>() + "\n");
+    first.erase("versaoPrograma");
     const std::string motivo = first["mensagens"][0]["motivo"];
     EXPECT_THAT(motivo, StartsWith("O hash informado no arquivo está válido e de acordo"));
     first["mensagens"][0].erase("motivo");
     EXPECT_EQ(first["mensagens"][0]["texto"], "[Linha: 4] " + motivo);
     first["mensagens"][0].erase("texto");
-    first["mensagens"][1].erase("id");
     const std::string hash = first["mensagens"][0]["origem"];
-    EXPECT_EQ(first,
-              json::parse(R"({"arquivo": ")" + File("acento.xml") + R"(", "xmlValido": true, "valido": true,
+    EXPECT_EQ(first, json::parse(R"({"arquivo": ")" + File("acento.xml") +
+                                 R"(", "xmlValido": true, "valido": true, "versaoFormato": 1,
         "estado": ["sfAberto", "sfValidado", "sfValido"], "tipoArquivo": "taMensagemTISS",
-        "tipoTransacao": "tmEnvioLoteGuias", "versao": "4.01.00", "erros": 0, "avisos": 0, "ocultas": 0, "naoListadas": 0,
+        "tipoTransacao": "tmEnvioLoteGuias", "versao": "4.01.00", "esquemaAproximado": false, "erros": 0, "avisos": 0,
+        "contagens": {"mtFatal": 0, "mtError": 0, "mtWarning": 0, "mtInformation": 1}, "ocultas": 0, "naoListadas": 0,
         "mensagens": [
-        {"tipo": "mtInformation", "validacao": "tiss.mensagem.hash", "linha": 4, "coluna": 75, "posicao": 609, "guia": "",
+        {"id": 1, "tipo": "mtInformation", "validacao": "tiss.mensagem.hash", "linha": 4, "coluna": 75, "posicao": 609, "guia": "",
          "campo": "", "origem": ")" +
-                          hash + R"(", "exibida": true, "grupo": 1, "correcoes": [
+                                 hash + R"(", "exibida": true, "grupo": 1, "correcoes": [
            {"nome": "THashSolver_UTF8", "descricao": "Corrigir Hash com codificação UTF-8"},
            {"nome": "TSanitizeHashSolver", "descricao": "Sanitizar o XML e corrigir Hash. \r\nO processo de sanitização irá remover espaços em branco no início e fim do conteúdo das tags, caracteres invisíveis (CR, LF, tabs, etc) e os acentos dos caracteres."}]},
-        {"tipo": "mtSuccess", "validacao": "", "linha": 0, "coluna": 0, "posicao": 0, "guia": "", "campo": "",
+        {"id": 2, "tipo": "mtSuccess", "validacao": "", "linha": 0, "coluna": 0, "posicao": 0, "guia": "", "campo": "",
          "motivo": "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.",
          "texto": "Arquivo válido!\r\nNenhum erro foi encontrado no arquivo.", "origem": "", "exibida": true, "grupo": 2,
          "correcoes": []}]})"))

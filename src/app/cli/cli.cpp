@@ -1,13 +1,13 @@
 #include "app/cli/cli.h"
 
 #include "app/cli/commands.h"
-#include "report/console.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
 #include "model/tiss_exceptions.h"
 #include "platform/file_memory.h"
 #include "platform/platform.h"
+#include "report/console.h"
 #include "schema_model/built_in_folders.h"
 
 #include <CLI/CLI.hpp>
@@ -47,6 +47,10 @@ const CLI::Validator& NotEmpty() {
     return validator;
 }
 
+std::string TrimmedName(const std::string& name) {
+    return std::string(TrimXmlSpace(name));
+}
+
 void Translate(CLI::App& app) {
     auto formatter = std::make_shared<CLI::Formatter>();
     formatter->label("Usage", "Uso");
@@ -75,7 +79,8 @@ class TCommandLine {
         Translate(app_);
         app_.require_subcommand(1);
         app_.fallthrough();
-        app_.add_option("--formato", context_.Formato, "texto, json, ndjson (validar) ou markdown (regras)")
+        app_.add_option("--formato", context_.Formato,
+                        "texto ou json; de validar também ndjson, sarif, junit ou csv; de regras, markdown")
             ->option_text("FORMATO");
         app_.add_option("--esquemas", context_.Esquemas, "Pasta dos schemas XSD")
             ->option_text("PASTA")
@@ -123,7 +128,7 @@ class TCommandLine {
     const TCliContext& Context() const { return context_; }
 
   private:
-    void RequireFormat(std::initializer_list<std::string_view> allowed) const {
+    void RequireFormat(const std::vector<std::string_view>& allowed) const {
         for (const std::string_view format : allowed)
             if (context_.Formato == format)
                 return;
@@ -131,14 +136,14 @@ class TCommandLine {
                                  fmt::join(allowed, " ou ")));
     }
 
-    /// Sets what a command runs; all take text and JSON, some a further format.
-    void OnParsed(CLI::App* command, std::string_view furtherFormat, std::function<int()> run) {
-        command->parse_complete_callback([this, furtherFormat, run = std::move(run)] {
-            run_ = [this, furtherFormat, run] {
-                if (furtherFormat.empty())
-                    RequireFormat({"texto", "json"});
-                else
-                    RequireFormat({"texto", "json", furtherFormat});
+    /// Sets what a command runs; all take text and JSON, some further formats.
+    void OnParsed(CLI::App* command, const std::vector<std::string_view>& furtherFormats,
+                  std::function<int()> run) {
+        std::vector<std::string_view> formats = {"texto", "json"};
+        formats.insert(formats.end(), furtherFormats.begin(), furtherFormats.end());
+        command->parse_complete_callback([this, formats = std::move(formats), run = std::move(run)] {
+            run_ = [this, formats, run] {
+                RequireFormat(formats);
                 return run();
             };
         });
@@ -158,7 +163,6 @@ class TCommandLine {
             AddCommand(app_, "validar",
                        "Valida arquivos; uma pasta vale por seus *.xml e *.xte e os das suas subpastas");
         command->add_option("arquivos", validar_.Arquivos, "Arquivos ou pastas; - é a entrada padrão")
-            ->required()
             ->option_text("ARQUIVO...")
             ->check(NotEmpty());
         command->add_flag("--todas", validar_.Todas, "Mostra também as mensagens de sucesso e as ocultas");
@@ -166,16 +170,42 @@ class TCommandLine {
                           "De uma pasta, só os arquivos que estão diretamente nela");
         command->add_flag("--detalhar", validar_.Detalhar,
                           "Mostra cada mensagem, sem agrupar as de mesma causa");
-        command->add_option("--desativar", validar_.Desativar, "Desativa uma regra nesta execução")
-            ->option_text("NOME")
+        command
+            ->add_option("--lista", validar_.Lista,
+                         "Valida também os arquivos que este arquivo lista, um por linha ou separados por "
+                         "NUL; - é a entrada padrão")
+            ->option_text("ARQUIVO")
+            ->check(NotEmpty());
+        command->add_option("--saida", validar_.Saida, "Grava o relatório neste arquivo, de uma vez")
+            ->option_text("ARQUIVO")
+            ->check(NotEmpty());
+        command->add_flag("--resumo", validar_.Resumo, "Mostra só uma linha por arquivo");
+        command->add_flag("--silencioso", validar_.Silencioso, "Não mostra nada; vale o código de saída");
+        command->add_flag("--estatisticas", validar_.Estatisticas,
+                          "Mostra também quanto foi encontrado, por regra e por arquivo");
+        command->add_flag("--totais", validar_.Totais, "Com ndjson, termina com uma linha de totais");
+        command
+            ->add_option("--nivel", validar_.Nivel,
+                         "erro, aviso ou informacao: o que é mostrado e leva ao código de saída 1; se "
+                         "omitido, mostra tudo, e só erros levam a ele")
+            ->option_text("NIVEL");
+        command->add_option("--agrupar", validar_.Agrupar, "linha ou regra: como o texto é agrupado")
+            ->option_text("COMO");
+        command
+            ->add_option("--desativar", validar_.Desativar,
+                         "Desativa regras nesta execução; um grupo leva as que estão abaixo dele")
+            ->option_text("NOME,...")
             ->expected(1)
-            ->take_all();
+            ->delimiter(',')
+            ->take_all()
+            ->transform(&TrimmedName);
         command
             ->add_option("--paralelo", validar_.Paralelo,
                          "Arquivos validados ao mesmo tempo; se omitido, um por processador")
             ->option_text("N")
             ->check(CLI::Range(1, 256));
-        OnParsed(command, "ndjson", [this] { return RunValidar(context_, validar_); });
+        OnParsed(command, {"ndjson", "sarif", "junit", "csv"},
+                 [this] { return RunValidar(context_, validar_); });
     }
 
     void AddSingleFile(const std::string& name, const std::string& description,
@@ -251,7 +281,7 @@ class TCommandLine {
         command->add_flag("--padrao", regras_.Padrao, "Volta a todas as regras ativas");
         for (const char* change : {"--ativar", "--desativar", "--padrao"})
             explicar->excludes(command->get_option(change));
-        OnParsed(command, "markdown", [this] { return RunRegras(context_, regras_); });
+        OnParsed(command, {"markdown"}, [this] { return RunRegras(context_, regras_); });
     }
 
     /// An option that takes several names, one after the other or with commas.
@@ -261,7 +291,7 @@ class TCommandLine {
             ->option_text("NOME...")
             ->delimiter(',')
             ->take_all()
-            ->transform([](const std::string& name) { return std::string(TrimXmlSpace(name)); });
+            ->transform(&TrimmedName);
     }
 
     void AddProxy() {

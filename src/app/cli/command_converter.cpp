@@ -1,9 +1,9 @@
 #include "app/cli/commands.h"
-#include "report/console.h"
-#include "report/message_json.h"
 #include "app/lote_conversion.h"
 #include "convert/version_converter.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

@@ -1,11 +1,11 @@
 #include "app/cli/commands.h"
-#include "report/console.h"
-#include "report/message_json.h"
 #include "app/correction_policy.h"
 #include "app/execute_solver.h"
 #include "app/structure_repair.h"
 #include "app/unified_diff.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
 #include "validation/signature.h"
 #include "xml/cut_text.h"
 #include "xml/lower_case.h"
@@ -152,7 +152,7 @@ class TCorrection {
                 continue;
             if (context_.Json()) {
                 TJson entry = {{"numero", i + 1}};
-                entry.update(MessageJson(message, true));
+                entry.update(MessageJson(message, i + 1, true));
                 list.push_back(std::move(entry));
                 continue;
             }
@@ -198,7 +198,8 @@ class TCorrection {
     }
 
     std::string Difference(const std::string& before, const std::string& after) const {
-        return UnifiedDiff(before, after, Visible(options_.Arquivo), Visible(options_.Arquivo) + " (corrigido)");
+        return UnifiedDiff(before, after, Visible(options_.Arquivo),
+                           Visible(options_.Arquivo) + " (corrigido)");
     }
     /// The difference of the texts, the corrected one as it will be read.
     std::string TextDifference(const TTissFile& before, const TTissFile& after) const {

@@ -24,7 +24,7 @@ int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
         out << JsonText({{"informado", written},
                          {"iso88591", iso},
                          {"utf8", utf8},
-                         {"mensagem", MessageJson(verdict, shown)}})
+                         {"mensagem", MessageJson(verdict, 1, shown)}})
             << '\n';
     } else {
         const TPalette palette(context.Streams.OutIsTerminal);

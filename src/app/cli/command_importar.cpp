@@ -1,14 +1,14 @@
 #include "app/cli/command_importar.h"
 
 #include "app/cli/commands.h"
-#include "report/console.h"
-#include "report/message_json.h"
 #include "app/cli/progress.h"
 #include "app/terminology_state.h"
 #include "data/database_tuss.h"
 #include "data/import/tuss_importer.h"
 #include "platform/format_settings.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
 
 #include <fmt/format.h>
 

@@ -1,8 +1,8 @@
 // What several commands of the terminology show of its imports.
 #pragma once
 
-#include "report/message_json.h"
 #include "data/import/tuss_importer.h"
+#include "report/message_json.h"
 
 #include <iosfwd>
 #include <string>

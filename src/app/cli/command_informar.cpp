@@ -1,7 +1,7 @@
 #include "app/cli/commands.h"
+#include "platform/utf8.h"
 #include "report/console.h"
 #include "report/message_json.h"
-#include "platform/utf8.h"
 
 #include <algorithm>
 #include <ostream>

@@ -1,9 +1,9 @@
 #include "app/cli/command_procurar.h"
 
 #include "app/cli/commands.h"
-#include "report/console.h"
 #include "data/database_tuss.h"
 #include "platform/platform.h"
+#include "report/console.h"
 #include "rules/tuss_validation.h"
 
 #include <fmt/format.h>

@@ -1,8 +1,8 @@
 // How terms are listed.
 #pragma once
 
-#include "report/message_json.h"
 #include "data/tuss_search.h"
+#include "report/message_json.h"
 
 #include <iosfwd>
 #include <vector>

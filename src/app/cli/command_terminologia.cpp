@@ -1,11 +1,11 @@
 #include "app/cli/command_importar.h"
 #include "app/cli/command_procurar.h"
 #include "app/cli/commands.h"
-#include "report/console.h"
-#include "report/message_json.h"
 #include "data/database_tuss.h"
 #include "platform/format_settings.h"
 #include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
 #include "rules/tuss_validation.h"
 
 #include <fmt/format.h>

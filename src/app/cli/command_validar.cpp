@@ -16,6 +16,7 @@
 #include <new>
 #include <optional>
 #include <ostream>
+#include <sstream>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -27,6 +28,80 @@ namespace {
 std::vector<std::string> EnabledRules(const TCliContext& context, const std::vector<std::string>& disabled) {
     TConfig config = context.LoadConfig();
     return disabled.empty() ? config.EnabledValidations() : SwitchRules(config, disabled, false);
+}
+
+/// Refuses options that say nothing beside others.
+void CheckOptions(const TCliContext& context, const TValidarOptions& options) {
+    const bool text = context.Formato == "texto";
+    const bool ndjson = context.Formato == "ndjson";
+    const bool counts = text || ndjson || context.Json();
+    const bool hidden = options.Silencioso && options.Saida.empty();
+    const std::pair<bool, const char*> refusals[] = {
+        {options.Arquivos.empty() && options.Lista.empty(),
+         "falta o que validar: nomes de arquivos ou pastas, ou --lista ARQUIVO"},
+        {options.Lista == "-" && std::ranges::count(options.Arquivos, "-") != 0,
+         "a entrada padrão não pode ser ao mesmo tempo a lista e um dos arquivos"},
+        {std::ranges::count(options.Arquivos, "-") > 1, "a entrada padrão só pode ser lida uma vez"},
+        {hidden && !text, "--silencioso não mostra nada; com --formato, use --saida ARQUIVO"},
+        {hidden && (options.Resumo || options.Estatisticas || options.Todas || options.Detalhar ||
+                    !options.Agrupar.empty()),
+         "--silencioso não mostra nada; não combina com --resumo, --estatisticas, --todas, --detalhar nem "
+         "--agrupar"},
+        {options.Resumo && !counts, "--resumo só existe em texto, json e ndjson"},
+        {options.Resumo && (options.Todas || options.Detalhar || !options.Agrupar.empty()),
+         "--resumo não mostra mensagens; não combina com --todas, --detalhar nem --agrupar"},
+        {options.Estatisticas && !counts, "--estatisticas só existe em texto, json e ndjson"},
+        {options.Totais && !ndjson, "--totais é a última linha do formato ndjson; use --formato ndjson"},
+        {!options.Agrupar.empty() && !text, "--agrupar só existe em texto"},
+        {options.Todas && !options.Nivel.empty(),
+         "--todas mostra todas as mensagens e --nivel só algumas; use uma das duas"},
+    };
+    for (const auto& [refused, reason] : refusals)
+        if (refused)
+            throw EUsage(reason);
+}
+
+TReportOptions ReportOptions(const TCliContext& context, const TValidarOptions& options) {
+    TReportOptions shown{.Todas = options.Todas,
+                         .Nivel = ReportLevelOf(options.Nivel),
+                         .Detalhar = options.Detalhar,
+                         .AgruparPorRegra = options.Agrupar == "regra",
+                         .Resumo = options.Resumo,
+                         .Estatisticas = options.Estatisticas,
+                         .Totais = options.Totais,
+                         .Colours = context.Streams.OutIsTerminal && options.Saida.empty()};
+    if (!options.Nivel.empty() && !shown.Nivel)
+        throw EUsage(fmt::format("o nível \"{}\" não existe; use erro, aviso ou informacao", options.Nivel));
+    if (!options.Agrupar.empty() && options.Agrupar != "linha" && !shown.AgruparPorRegra)
+        throw EUsage(fmt::format("não é possível agrupar por \"{}\"; use linha ou regra", options.Agrupar));
+    return shown;
+}
+
+std::vector<TInput> Inputs(const TCliContext& context, const TValidarOptions& options) {
+    std::vector<std::string> names = options.Arquivos;
+    if (!options.Lista.empty()) {
+        const std::vector<std::string> listed =
+            NamesInList(options.Lista == "-" ? ReadWholeStream(context.Streams.In, options.Lista)
+                                             : ReadWholeFile(PathFromText(options.Lista)));
+        names.insert(names.end(), listed.begin(), listed.end());
+    }
+    std::vector<TInput> inputs = ExpandFolders(names, !options.SemSubpastas);
+    if (inputs.empty())
+        inputs.push_back({options.Lista, "a lista não contém nomes de arquivos"});
+    return inputs;
+}
+
+/// Refuses a report that could not be written at the end, or would replace what it tells of.
+void CheckOutput(const std::string& saida, const std::vector<TInput>& inputs) {
+    const std::filesystem::path file = PathFromText(saida);
+    std::error_code failure;
+    if (const auto folder = file.parent_path();
+        !folder.empty() && !std::filesystem::is_directory(folder, failure))
+        throw EFileNotWritten(file, "a pasta não existe");
+    for (const TInput& input : inputs)
+        if (std::filesystem::equivalent(file, PathFromText(input.Name), failure))
+            throw EUsage(
+                fmt::format("o relatório substituiria um dos arquivos que são validados: {}", saida));
 }
 
 TFileResult Validate(const TCliContext& context, const TFileValidator& validator, const TInput& input) {
@@ -49,11 +124,13 @@ struct TFileReport {
 /// Tells what came of the files: as they end, or in their order.
 class TReportOutput {
   public:
-    TReportOutput(const TCliContext& context, IReportWriter& writer, const std::vector<TInput>& inputs)
-        : context_(context), writer_(writer), inputs_(inputs),
-          progress_(context.Streams.Err, context.Streams.ErrIsTerminal, inputs.size()),
-          waiting_(inputs.size()) {
-        writer_.Begin(context.Streams.Out);
+    /// `quiet`: besides the report, only failures are told. `statistics`: TReportTotals takes it.
+    TReportOutput(const TCliContext& context, std::ostream& out, IReportWriter& writer,
+                  const std::vector<TInput>& inputs, bool quiet, bool statistics)
+        : context_(context), out_(out), writer_(writer), inputs_(inputs), quiet_(quiet),
+          progress_(context.Streams.Err, context.Streams.ErrIsTerminal && !quiet, inputs.size()),
+          waiting_(inputs.size()), totals_(statistics) {
+        writer_.Begin(out_);
     }
 
     TProgressBar& Progress() { return progress_; }
@@ -76,14 +153,21 @@ class TReportOutput {
         }
     }
 
-    /// Ends the report and answers the exit status.
-    int Finish() {
+    /// Ends the report.
+    void Finish() {
         progress_.Clear();
-        writer_.End(context_.Streams.Out, totals_);
-        TellRepeated();
+        writer_.End(out_, totals_);
+        if (!quiet_)
+            TellRepeated();
+    }
+
+    int Status(TReportLevel failing) const {
         if (totals_.Of(TVerdict::NotVerified) != 0)
             return kExitUnreadable;
-        return totals_.Of(TVerdict::Invalid) != 0 ? kExitInvalid : kExitValid;
+        bool failed = totals_.Of(TVerdict::Invalid) != 0;
+        for (const TMessageType type : {TMessageType::mtWarning, TMessageType::mtInformation})
+            failed = failed || (Reaches(type, failing) && totals_.Counts().Of(type) != 0);
+        return failed ? kExitInvalid : kExitValid;
     }
 
   private:
@@ -110,10 +194,10 @@ class TReportOutput {
     void Print(TFileReport report) {
         progress_.Clear();
         totals_.Add(report.Summary);
-        writer_.AddFile(context_.Streams.Out, report.Summary, std::move(report.Text));
+        writer_.AddFile(out_, report.Summary, std::move(report.Text));
         if (!report.Summary.Failure.empty())
             context_.Error(fmt::format("{}: {}", report.Summary.Arquivo, report.Summary.Failure));
-        if (!report.MissingSchema.empty() && !advised_) {
+        if (!report.MissingSchema.empty() && !advised_ && !quiet_) {
             advised_ = true;
             context_.Warning(fmt::format(
                 "o schema \"{}\" foi procurado na pasta \"{}\". Para instalar os schemas publicados "
@@ -123,8 +207,10 @@ class TReportOutput {
     }
 
     const TCliContext& context_;
+    std::ostream& out_;
     IReportWriter& writer_;
     const std::vector<TInput>& inputs_;
+    bool quiet_;
     std::mutex mutex_;
     TProgressBar progress_;
     std::vector<std::optional<TFileReport>> waiting_;
@@ -137,7 +223,11 @@ class TReportOutput {
 } // namespace
 
 int RunValidar(const TCliContext& context, const TValidarOptions& options) {
-    std::vector<TInput> inputs = ExpandFolders(options.Arquivos, !options.SemSubpastas);
+    CheckOptions(context, options);
+    const TReportOptions shown = ReportOptions(context, options);
+    std::vector<TInput> inputs = Inputs(context, options);
+    if (!options.Saida.empty())
+        CheckOutput(options.Saida, inputs);
     std::vector<std::string> enabled;
     try {
         enabled = EnabledRules(context, options.Desativar);
@@ -146,10 +236,11 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
         for (TInput& input : inputs)
             input.Failure = "as regras ativas não puderam ser lidas";
     }
-    const TReportOptions shown{
-        .Todas = options.Todas, .Detalhar = options.Detalhar, .Colours = context.Streams.OutIsTerminal};
+    std::ostringstream report;
+    std::ostream nowhere(nullptr);
+    std::ostream& out = !options.Saida.empty() ? report : options.Silencioso ? nowhere : context.Streams.Out;
     const std::unique_ptr<IReportWriter> writer = NewReportWriter(context.Formato, shown);
-    TReportOutput output(context, *writer, inputs);
+    TReportOutput output(context, out, *writer, inputs, options.Silencioso, options.Estatisticas);
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
         TFileValidator validator(context.Schemas(), context.KeptTerminology(), enabled);
@@ -176,7 +267,10 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
     }
     work();
     threads.clear(); // waits for them
-    return output.Finish();
+    output.Finish();
+    if (!options.Saida.empty())
+        WriteFileAtomically(PathFromText(options.Saida), report.view());
+    return output.Status(shown.FailingLevel());
 }
 
 } // namespace conferix

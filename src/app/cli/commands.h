@@ -69,9 +69,17 @@ int RunOnFile(const TCliContext& context, const std::string& fileName, const TFi
 
 struct TValidarOptions {
     std::vector<std::string> Arquivos;
-    std::vector<std::string> Desativar;
+    std::string Lista;                  ///< file with further names; "-": the standard input
+    std::vector<std::string> Desativar; ///< rules, and groups of them
+    std::string Nivel;                  ///< erro, aviso or informacao; empty: not given
+    std::string Agrupar;                ///< linha or regra; empty: not given
+    std::string Saida;                  ///< file for the report; empty: the standard output
     bool Todas = false;
-    bool Detalhar = false; ///< every finding by itself
+    bool Detalhar = false;     ///< every finding by itself
+    bool Resumo = false;       ///< a line a file
+    bool Silencioso = false;   ///< only the exit status
+    bool Estatisticas = false; ///< counts by rule and by file
+    bool Totais = false;       ///< a last line about all files
     bool SemSubpastas = false;
     std::optional<unsigned> Paralelo; ///< files at a time; nothing: as many as there are processors
 };

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "report/report_writer.h"
+
+namespace conferix {
+
+/// A table for spreadsheets set up for Brazil: UTF-8 with byte-order mark, semicolons, a row a message, a row
+/// for a file without any. A text that a spreadsheet would take for a formula, a date or a number, and by
+/// that change, stands behind an apostrophe.
+class TCsvReport : public IReportWriter {
+  public:
+    explicit TCsvReport(const TReportOptions& options) : options_(options) {}
+
+    void Begin(std::ostream& out) override;
+    std::string FileText(const TFileResult& file) const override;
+    void AddFile(std::ostream& out, const TFileSummary& file, std::string text) override;
+
+  private:
+    TReportOptions options_;
+};
+
+} // namespace conferix

@@ -1,0 +1,219 @@
+#include "report/sarif_report.h"
+
+#include "report/file_uri.h"
+#include "report/message_json.h"
+#include "report/rule_guide.h"
+#include "validation/solver.h"
+#include "validation/validation_message.h"
+#include "xml/xml_position.h"
+#include "xml/xml_writer.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+#include <ostream>
+#include <utility>
+
+namespace conferix {
+
+namespace {
+
+/// Stands for a rule where a message comes from none: viewers expect one.
+constexpr const char* kReadingRule = "conferix.leitura";
+
+/// A text with the line breaks that viewers know.
+TJson Message(std::string_view text) {
+    std::string plain(text);
+    std::erase(plain, '\r');
+    return {{"text", plain}};
+}
+
+/// What is said of the file as a whole stands at its beginning: viewers show nothing without a line.
+TJson Location(const TXmlMessage& message, const std::string& uri) {
+    TJson region = {{"startLine", std::max(message.Line(), 1)}};
+    if (message.Line() > 0 && message.LinePos() > 0)
+        region["startColumn"] = message.LinePos();
+    return {{"physicalLocation", {{"artifactLocation", {{"uri", uri}}}, {"region", std::move(region)}}}};
+}
+
+const char* LevelOf(TMessageType type) {
+    switch (type) {
+    case TMessageType::mtError:
+    case TMessageType::mtFatal:
+        return "error";
+    case TMessageType::mtWarning:
+        return "warning";
+    case TMessageType::mtInformation:
+        return "note";
+    case TMessageType::mtSuccess:
+        break;
+    }
+    return "none";
+}
+
+/// Where the text between the tags of an element stands; nothing for one that holds more than plain text.
+std::optional<TJson> ContentRegion(const TXmlNode& element, std::string_view document) {
+    const std::string_view source =
+        document.substr(element.ByteStart(), element.ByteEnd() - element.ByteStart());
+    char quote = 0;
+    std::size_t begin = 0;
+    for (; begin < source.size() && (quote != 0 || source[begin] != '>'); ++begin)
+        if (quote == 0 && (source[begin] == '"' || source[begin] == '\''))
+            quote = source[begin];
+        else if (source[begin] == quote)
+            quote = 0;
+    const std::size_t end = source.find('<', ++begin);
+    if (end == std::string_view::npos || source.substr(end, 2) != "</")
+        return std::nullopt;
+    TPositionCounter counter(source);
+    const auto place = [&](std::size_t offset) {
+        const TXmlPlace inside = counter.PlaceOf(offset);
+        return std::pair(element.Line() + inside.Line - 1,
+                         inside.Line == 1 ? element.LinePos() + inside.LinePos - 1 : inside.LinePos);
+    };
+    const auto [startLine, startColumn] = place(begin);
+    const auto [endLine, endColumn] = place(end);
+    return TJson{{"startLine", startLine},
+                 {"startColumn", startColumn},
+                 {"endLine", endLine},
+                 {"endColumn", endColumn}};
+}
+
+/// The corrections that put one text in the place of another.
+TJson Fixes(const TXmlMessage& message, const IArquivoTiss& file, const std::string& uri) {
+    TJson fixes = TJson::array();
+    for (const auto& solver : message.Solvers()) {
+        const TXmlNode* target = solver->Target();
+        if (target == nullptr || target->ByteEnd() == 0)
+            continue;
+        const std::optional<std::string> text = solver->Replacement();
+        const std::optional<TJson> region = ContentRegion(*target, file.Xml()->Text());
+        if (!text || !region)
+            continue;
+        const TJson replacement = {{"deletedRegion", *region},
+                                   {"insertedContent", {{"text", EscapeXml(*text, false)}}}};
+        const TJson change = {{"artifactLocation", {{"uri", uri}}},
+                              {"replacements", TJson::array({replacement})}};
+        fixes.push_back(
+            {{"description", Message(solver->Description())}, {"artifactChanges", TJson::array({change})}});
+    }
+    return fixes;
+}
+
+TJson Result(const TListedMessage& listed, const TValidateArgs& file, const std::string& uri) {
+    const TXmlMessage& message = *listed.Message;
+    const std::string rule = RuleName(message);
+    TJson result = {{"ruleId", rule.empty() ? kReadingRule : rule}};
+    if (message.MsgType() == TMessageType::mtSuccess)
+        result["kind"] = "pass";
+    result["level"] = LevelOf(message.MsgType());
+    result["message"] = Message(TextWithoutLine(message));
+    result["locations"] = TJson::array({Location(message, uri)});
+    if (file.ArquivoTiss != nullptr)
+        if (TJson fixes = Fixes(message, *file.ArquivoTiss, uri); !fixes.empty())
+            result["fixes"] = std::move(fixes);
+    if (!listed.Shown && message.MsgType() != TMessageType::mtSuccess)
+        result["suppressions"] =
+            TJson::array({TJson{{"kind", "external"}, {"justification", "A regra está desativada."}}});
+    TJson properties = {{"id", listed.Number}};
+    if (!message.NumeroGuia().empty())
+        properties["guia"] = message.NumeroGuia();
+    if (!message.Campo().empty())
+        properties["campo"] = message.Campo();
+    result["properties"] = std::move(properties);
+    return result;
+}
+
+TJson RuleDescriptor(const std::string& name, const IValidationIdentity& rule) {
+    TJson json = {{"id", name}};
+    if (rule == nullptr) {
+        json["shortDescription"] = Message("Leitura e identificação do arquivo");
+        json["help"] =
+            Message("O que se diz do arquivo como um todo, antes de qualquer regra: se pôde ser lido, "
+                    "se é XML e se é do padrão TISS.");
+        return json;
+    }
+    json["shortDescription"] = Message(rule->Description);
+    if (const TRuleText* text = TRuleGuide::Instance().Find(name)) {
+        json["fullDescription"] = Message(text->ShortText);
+        json["help"] = Message(text->PlainText());
+        json["help"]["markdown"] = text->MarkdownBody();
+    }
+    return json;
+}
+
+TJson Artifact(const std::string& file) {
+    return {{"location", {{"uri", FileUri(file)}}}, {"roles", TJson::array({"analysisTarget"})}};
+}
+
+/// An array, each value in a line of its own.
+void PutArray(std::ostream& out, const std::vector<TJson>& values) {
+    out << '[';
+    for (std::size_t i = 0; i < values.size(); ++i)
+        out << (i == 0 ? "\n" : ",\n") << JsonText(values[i], -1);
+    out << (values.empty() ? "]" : "\n]");
+}
+
+} // namespace
+
+void TSarifReport::Begin(std::ostream& out) {
+    out << "{\n\"$schema\": \"https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/"
+           "sarif-schema-2.1.0.json\",\n\"version\": \"2.1.0\",\n\"runs\": [{\n"
+           "\"columnKind\": \"unicodeCodePoints\",\n"
+           "\"newlineSequences\": [\"\\r\\n\", \"\\n\", \"\\r\"],\n\"results\": [";
+}
+
+std::string TSarifReport::FileText(const TFileResult& file) const {
+    std::string text;
+    if (!file.Failure.empty())
+        return text;
+    const std::string uri = FileUri(file.Validation.FileName);
+    std::map<std::string, IValidationIdentity> rules;
+    for (const TListedMessage& listed : ListedMessages(file.Validation, options_)) {
+        const TXmlMessage& message = *listed.Message;
+        if (message.MsgType() == TMessageType::mtSuccess && message.Rule() == nullptr)
+            continue; // a run without results says that all is well
+        TJson result = Result(listed, file.Validation, uri);
+        rules.emplace(result["ruleId"], message.SharedRule());
+        text += (text.empty() ? "" : ",\n") + JsonText(result, -1);
+    }
+    const std::lock_guard lock(mutex_);
+    rules_.merge(rules);
+    return text;
+}
+
+void TSarifReport::AddFile(std::ostream& out, const TFileSummary& file, std::string text) {
+    files_.push_back(file.Arquivo);
+    if (file.Verdict == TVerdict::NotVerified)
+        unverified_.emplace_back(file.Arquivo, file.Obstacle);
+    if (text.empty())
+        return;
+    out << (empty_ ? "\n" : ",\n") << text << std::flush;
+    empty_ = false;
+}
+
+void TSarifReport::End(std::ostream& out, const TReportTotals&) {
+    out << (empty_ ? "],\n" : "\n],\n") << "\"artifacts\": ";
+    std::vector<TJson> artifacts;
+    for (const std::string& file : files_)
+        artifacts.push_back(Artifact(file));
+    PutArray(out, artifacts);
+    TJson invocation = {{"executionSuccessful", unverified_.empty()},
+                        {"toolExecutionNotifications", TJson::array()}};
+    for (const auto& [file, reason] : unverified_) {
+        const TJson location = {{"physicalLocation", {{"artifactLocation", {{"uri", FileUri(file)}}}}}};
+        invocation["toolExecutionNotifications"].push_back(
+            {{"level", "error"}, {"message", Message(reason)}, {"locations", TJson::array({location})}});
+    }
+    out << ",\n\"invocations\": [" << JsonText(invocation, -1) << "],\n\"tool\": {\"driver\": {\n"
+        << "\"name\": \"Conferix\",\n\"version\": \"" CONFERIX_VERSAO
+           "\",\n\"semanticVersion\": \"" CONFERIX_VERSAO "\",\n\"language\": \"pt-BR\",\n\"rules\": ";
+    std::vector<TJson> rules;
+    for (const auto& [name, rule] : rules_)
+        rules.push_back(RuleDescriptor(name, rule));
+    PutArray(out, rules);
+    out << "\n}}\n}]\n}\n";
+}
+
+} // namespace conferix
