@@ -50,7 +50,8 @@ struct TBatch {
 /// depend on each other, so that they are corrected together; those of another rule may, and wait for the
 /// next validation. `leftOut`: takes the others.
 std::vector<TBatch> BatchesOf(const TXmlMessages& messages, const TSolverChoice& choose,
-                              const TCorrectionPolicy& policy, std::vector<TCorrectionRecord>& leftOut) {
+                              const TCorrectionFilter& admits, const TCorrectionPolicy& policy,
+                              std::vector<TCorrectionRecord>& leftOut) {
     std::vector<TBatch> batches;
     for (const auto& message : messages) {
         if (!message->IsFailure())
@@ -58,7 +59,7 @@ std::vector<TBatch> BatchesOf(const TXmlMessages& messages, const TSolverChoice&
         std::vector<TSolverPtr> solvers = message->Solvers();
         std::erase_if(solvers, IsOfStructure);
         TPicked picked{message, PickSolver(solvers, choose)};
-        if (picked.Solver == nullptr)
+        if (picked.Solver == nullptr || (admits && !admits(*message, *picked.Solver)))
             continue;
         if (std::string refusal = policy.Refusal(*picked.Solver); !refusal.empty()) {
             leftOut.push_back(RecordOf(picked.Message, *picked.Solver));
@@ -157,8 +158,10 @@ TErrorKey KeyOf(const TFindingMap::TEntry& entry) {
 class TCorrectionPass {
   public:
     TCorrectionPass(TValidadorController& controller, const std::vector<std::string>& enabledValidations,
-                    const TSolverChoice& choose, const std::set<TTagNumber>& leftAlone)
-        : controller_(controller), enabled_(enabledValidations), choose_(choose), leftAlone_(leftAlone) {}
+                    const TSolverChoice& choose, const TCorrectionFilter& admits,
+                    const std::set<TTagNumber>& leftAlone)
+        : controller_(controller), enabled_(enabledValidations), choose_(choose), admits_(admits),
+          leftAlone_(leftAlone) {}
 
     TCorrectionResult Run(TXmlPtr xml) {
         TCorrectionTrail::TState state{std::move(xml), 0};
@@ -222,7 +225,7 @@ class TCorrectionPass {
         const std::shared_ptr<const IArquivoTiss> file = File();
         const TCorrectionPolicy policy(*file->Xml(), messages, leftAlone_);
         result_.LeftOut.clear();
-        for (const TBatch& batch : BatchesOf(messages, choose_, policy, result_.LeftOut)) {
+        for (const TBatch& batch : BatchesOf(messages, choose_, admits_, policy, result_.LeftOut)) {
             if (trail_.IsGivenUp(batch.Rule)) {
                 for (const TPicked& picked : batch.Corrections) {
                     result_.LeftOut.push_back(RecordOf(picked.Message, *picked.Solver));
@@ -268,6 +271,7 @@ class TCorrectionPass {
     TValidadorController& controller_;
     const std::vector<std::string>& enabled_;
     const TSolverChoice& choose_;
+    const TCorrectionFilter& admits_;
     const std::set<TTagNumber>& leftAlone_;
     TCorrectionTrail trail_;
     TCorrectionResult result_;
@@ -295,7 +299,7 @@ class TUnlimitedFindings {
 /// Corrects the encoding of a file whose bytes are no text in the one that it declares.
 TCorrectionResult MendEncoding(TValidadorController& controller, const TXmlPtr& xml,
                                const std::vector<std::string>& enabledValidations,
-                               const TSolverChoice& choose) {
+                               const TSolverChoice& choose, const TCorrectionFilter& admits) {
     TCorrectionResult result{xml, {}, {}};
     if (controller.Encoding().Fault == nullptr)
         return result;
@@ -305,7 +309,7 @@ TCorrectionResult MendEncoding(TValidadorController& controller, const TXmlPtr& 
         return result;
     for (const auto& message : found.ValidationMessages) {
         const TSolverPtr solver = message->IsFailure() ? PickSolver(message->Solvers(), choose) : nullptr;
-        if (solver == nullptr || solver->Encoding() == nullptr)
+        if (solver == nullptr || solver->Encoding() == nullptr || (admits && !admits(*message, *solver)))
             continue;
         result.Xml = std::make_shared<const std::string>(solver->SolvedXml());
         result.Applied.push_back(RecordOf(message, *solver));
@@ -359,18 +363,21 @@ bool ExecuteSolver(TValidadorController& controller, const TXmlMessages& message
     LogCorrections(controller.FileName(), {record});
     handlers.Corrected(record, xml);
     controller.Modify();
-    controller.Validate(xml, enabledValidations);
+    if (handlers.Validate)
+        handlers.Validate(xml);
+    else
+        controller.Validate(xml, enabledValidations);
     return true;
 }
 
 TCorrectionResult CorrectAll(TValidadorController& controller, const std::shared_ptr<const std::string>& xml,
-                             const std::vector<std::string>& enabledValidations,
-                             const TSolverChoice& choose) {
+                             const std::vector<std::string>& enabledValidations, const TSolverChoice& choose,
+                             const TCorrectionFilter& admits) {
     const TUnlimitedFindings unlimited(controller);
     std::set<TTagNumber> leftAlone;
-    const TCorrectionResult mended = MendEncoding(controller, xml, enabledValidations, choose);
+    const TCorrectionResult mended = MendEncoding(controller, xml, enabledValidations, choose, admits);
     for (;;) {
-        TCorrectionPass pass(controller, enabledValidations, choose, leftAlone);
+        TCorrectionPass pass(controller, enabledValidations, choose, admits, leftAlone);
         TCorrectionResult result = pass.Run(mended.Xml);
         result.Applied.insert(result.Applied.begin(), mended.Applied.begin(), mended.Applied.end());
         const std::size_t known = leftAlone.size();

@@ -37,6 +37,8 @@ struct TSolverHandlers {
     /// Takes over the corrected text, before it is validated.
     std::function<void(const TCorrectionRecord& record, const std::shared_ptr<const std::string>& xml)>
         Corrected;
+    /// Validates the corrected text; where it is empty, the controller does so before the call returns.
+    std::function<void(const std::shared_ptr<const std::string>& xml)> Validate = {};
 };
 
 /// Corrects one message of a list, found by its identifier: solves, hands out the corrected text, marks the
@@ -54,15 +56,20 @@ struct TCorrectionResult {
     std::vector<TCorrectionRecord> LeftOut; ///< of the errors that remain
 };
 
+/// True for a correction that may be applied.
+using TCorrectionFilter = std::function<bool(const TXmlMessage& message, const ISolver& solver)>;
+
 /// Corrects the shown errors of a text one rule after the other, in the order of the messages, and validates
 /// anew after each rule, until no error offers a correction or none changes anything. Corrections of
 /// structure (RepairStructure) are left as they are. The last validation, of the answered text, is the
-/// current one of OnValidate. A choice that cancels leaves its error as it is.
+/// current one of OnValidate. A choice that cancels leaves its error as it is, and so does `admits`, where it
+/// is given, with a correction that it refuses.
 ///
 /// No bill becomes worse: an amount is left as it is where what it is computed from is missing, misnamed,
 /// repeated or itself in error, where it would become negative, zero or no number, where rules demand
 /// different values, and in guides where correcting it would leave an error that was not there before.
 TCorrectionResult CorrectAll(TValidadorController& controller, const std::shared_ptr<const std::string>& xml,
-                             const std::vector<std::string>& enabledValidations, const TSolverChoice& choose);
+                             const std::vector<std::string>& enabledValidations, const TSolverChoice& choose,
+                             const TCorrectionFilter& admits = {});
 
 } // namespace conferix

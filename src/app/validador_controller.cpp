@@ -246,6 +246,14 @@ void TValidadorController::SaveAs(const std::string& xml, const std::string& fil
     NotifyState();
 }
 
+bool TValidadorController::ChangedOnDisk() const {
+    return origin_.Stamp && StampOf(origin_.File) != origin_.Stamp;
+}
+
+void TValidadorController::AcceptChangeOnDisk() {
+    origin_ = TFileOrigin::Of(origin_.File);
+}
+
 void TValidadorController::CloseFile() {
     RequireFile("Não é possível alterar o Xml, pois não tem arquivo carregado.");
     if (closing_)
@@ -268,39 +276,85 @@ void TValidadorController::Validate(std::string xml, const std::vector<std::stri
 
 void TValidadorController::Validate(std::shared_ptr<const std::string> xml,
                                     const std::vector<std::string>& enabledValidations) {
-    RequireFile("Para validar um XML, é necessário ter um arquivo carregado.");
-    const unsigned opening = openings_;
-    const unsigned validation = ++validations_;
-    std::optional<TValidateArgs> failure = Attempt([&] {
-        BeginValidation();
-        if (openings_ == opening && validations_ == validation)
-            Post(Run(xml), enabledValidations);
-    });
-    // Posting a failure may fail for the observer that failed before; that is not posted once more.
-    const auto postFailure = [&] {
-        if (failure && openings_ == opening && validations_ == validation)
-            Attempt([&] { Post(std::move(*failure), enabledValidations); });
-    };
-    postFailure();
-    flags_.Exclude(TFileStateFlag::sfValidando);
-    const bool failedBefore = failure.has_value();
-    failure = Attempt([this] { NotifyState(); });
-    if (failure && !failedBefore) {
-        postFailure();
-        Attempt([this] { NotifyState(); });
-    }
+    const std::unique_ptr<TValidationRun> run = BeginValidation(std::move(xml));
+    if (IsCurrent(*run))
+        run->Run();
+    Finish(*run, enabledValidations);
 }
 
-void TValidadorController::BeginValidation() {
+std::unique_ptr<TValidationRun>
+TValidadorController::BeginValidation(std::shared_ptr<const std::string> xml) {
+    std::unique_ptr<TValidationRun> run = NewRun(std::move(xml));
+    TellBegin(*run);
+    return run;
+}
+
+void TValidadorController::EndValidation(std::unique_ptr<TValidationRun> run,
+                                         const std::vector<std::string>& enabledValidations) {
+    if (IsCurrent(*run))
+        Finish(*run, enabledValidations);
+}
+
+void TValidadorController::StopValidation() {
+    if (!flags_.Contains(TFileStateFlag::sfValidando))
+        return;
+    ++validations_;
+    flags_.Exclude(TFileStateFlag::sfValidando);
+    NotifyState();
+}
+
+std::unique_ptr<TValidationRun> TValidadorController::NewRun(std::shared_ptr<const std::string> xml) {
+    RequireFile("Para validar um XML, é necessário ter um arquivo carregado.");
+    std::unique_ptr<TValidationRun> run(new TValidationRun(terminology_));
+    run->xml_ = std::move(xml);
+    run->encoding_ = encoding_;
+    run->schemas_ = schemas_;
+    run->limits_ = limits_;
+    run->keepSuccesses_ = keepSuccesses_;
+    run->opening_ = openings_;
+    run->validation_ = ++validations_;
+    return run;
+}
+
+void TValidadorController::TellBegin(TValidationRun& run) {
     versaoTiss_.clear();
     flags_.Include(TFileStateFlag::sfValidando);
     flags_.Exclude(TFileStateFlag::sfValidado);
     flags_.Exclude(TFileStateFlag::sfValido);
     flags_.Exclude(TFileStateFlag::sfInvalido);
-    NotifyState();
+    if (auto failure = Attempt([this] { NotifyState(); })) {
+        run.result_ = std::move(*failure);
+        run.failedBefore_ = true;
+    }
 }
 
-TValidateArgs TValidadorController::Read(const TTissFile& file) const {
+void TValidadorController::Finish(TValidationRun& run, const std::vector<std::string>& enabledValidations) {
+    // A failure of an observer is posted in its turn; that of one who fails again is not.
+    std::optional<TValidateArgs> failure;
+    bool failed = run.failedBefore_;
+    if (IsCurrent(run)) {
+        versaoTiss_ = run.versao_;
+        failure = Attempt([&] { Post(std::move(run.result_), enabledValidations); });
+    }
+    const auto postFailure = [&] {
+        if (failure && IsCurrent(run))
+            Attempt([&] { Post(std::move(*failure), enabledValidations); });
+    };
+    if (!failed)
+        postFailure();
+    failed = failed || failure.has_value();
+    flags_.Exclude(TFileStateFlag::sfValidando);
+    failure = Attempt([this] { NotifyState(); });
+    if (failure && !failed) {
+        postFailure();
+        Attempt([this] { NotifyState(); });
+    }
+}
+
+namespace {
+
+/// Parses and identifies a text; no loaded file where the parser refuses it.
+TValidateArgs ReadText(const TTissFile& file) {
     TValidateArgs result;
     TXmlParseResult parsed = file.Parse();
     const TXmlMessages encoding = file.EncodingFaults();
@@ -321,36 +375,45 @@ TValidateArgs TValidadorController::Read(const TTissFile& file) const {
     return result;
 }
 
-std::filesystem::path TValidadorController::SchemaOf(const IArquivoTiss& arquivo) const {
-    return schemas_.Locate(SchemaFileName(arquivo.TipoArquivo(), arquivo.Versao()));
+std::filesystem::path SchemaOf(const TSchemaFolder& schemas, const IArquivoTiss& arquivo) {
+    return schemas.Locate(SchemaFileName(arquivo.TipoArquivo(), arquivo.Versao()));
 }
 
-TValidateArgs TValidadorController::Run(const std::shared_ptr<const std::string>& xml) {
-    TValidateArgs result = Read(TTissFile(xml, encoding_));
-    if (result.ArquivoTiss == nullptr)
-        return result;
-    versaoTiss_ = result.ArquivoTiss->Versao();
-    const std::filesystem::path schema = SchemaOf(*result.ArquivoTiss);
-    TTissValidator validator(result.ArquivoTiss, schema, terminology_.CreateConnection());
-    validator.LimitFindings(limits_.OfRule);
-    if (!keepSuccesses_)
-        validator.CountSuccesses();
-    const TValidationMessages messages = validator.Validate();
-    result.CountedSuccesses = validator.CountedSuccesses();
-    result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());
-    result.Unlisted = validator.Unkept();
-    result.ApproximateSchema = IsApproximation(schema);
-    return result;
+} // namespace
+
+void TValidationRun::Run() {
+    if (failedBefore_)
+        return;
+    if (auto failure = Attempt([this] { Judge(); }))
+        result_ = std::move(*failure);
+}
+
+void TValidationRun::Judge() {
+    TValidateArgs result = ReadText(TTissFile(std::move(xml_), encoding_));
+    if (result.ArquivoTiss != nullptr) {
+        versao_ = result.ArquivoTiss->Versao();
+        const std::filesystem::path schema = SchemaOf(schemas_, *result.ArquivoTiss);
+        TTissValidator validator(result.ArquivoTiss, schema, terminology_.CreateConnection());
+        validator.LimitFindings(limits_.OfRule);
+        if (!keepSuccesses_)
+            validator.CountSuccesses();
+        const TValidationMessages messages = validator.Validate();
+        result.CountedSuccesses = validator.CountedSuccesses();
+        result.AllMessages.insert(result.AllMessages.end(), messages.begin(), messages.end());
+        result.Unlisted = validator.Unkept();
+        result.ApproximateSchema = IsApproximation(schema);
+    }
+    result_ = std::move(result);
 }
 
 TValidateArgs TValidadorController::ValidateSchema(const std::shared_ptr<const std::string>& xml) const {
     TValidateArgs result;
     if (auto failure = Attempt([&] {
-            result = Read(TTissFile(xml, encoding_));
+            result = ReadText(TTissFile(xml, encoding_));
             if (result.ArquivoTiss == nullptr)
                 return;
             const TValidationMessages messages =
-                TTissValidator::ValidateSchema(*result.ArquivoTiss, SchemaOf(*result.ArquivoTiss));
+                TTissValidator::ValidateSchema(*result.ArquivoTiss, SchemaOf(schemas_, *result.ArquivoTiss));
             result.AllMessages.assign(messages.begin(), messages.end());
         }))
         return std::move(*failure);

@@ -45,6 +45,31 @@ class EFileNotLoaded : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// A validation that has begun, and the work that it takes: it needs nothing of the controller, so that it
+/// may happen in another thread while the controller waits.
+class TValidationRun {
+  public:
+    /// Reads, identifies and judges the text; a failure becomes a message of the result. To be called once.
+    void Run();
+
+  private:
+    friend class TValidadorController;
+    explicit TValidationRun(TDBConnectionFactory terminology) : terminology_(std::move(terminology)) {}
+    void Judge();
+
+    std::shared_ptr<const std::string> xml_;
+    TXmlEncoding encoding_;
+    TSchemaFolder schemas_;
+    TDBConnectionFactory terminology_;
+    TFindingLimits limits_;
+    bool keepSuccesses_ = true;
+    unsigned opening_ = 0;
+    unsigned validation_ = 0;
+    bool failedBefore_ = false; ///< an observer failed when the validation began: nothing is to be run
+    std::string versao_;
+    TValidateArgs result_;
+};
+
 /// One open TISS file: its name, state and version; opens, saves, closes and validates it, and tells its
 /// observers of each. For one thread.
 ///
@@ -94,6 +119,11 @@ class TValidadorController {
     /// The same under another name, which the controller takes over.
     void SaveAs(const std::string& xml, const std::string& fileName);
 
+    /// True where the file is no longer what was read or saved last: Save refuses to replace it then.
+    bool ChangedOnDisk() const;
+    /// Takes the file as it is now for the one that Save may replace: the user knows of the change.
+    void AcceptChangeOnDisk();
+
     /// How the file is held, and will be saved.
     const TXmlEncoding& Encoding() const { return encoding_; }
     /// Holds the file in another way from now on: after a correction of its encoding.
@@ -105,6 +135,14 @@ class TValidadorController {
     /// raised. `enabledValidations`: names of the rules that are switched on. Raises EFileNotLoaded.
     void Validate(std::shared_ptr<const std::string> xml, const std::vector<std::string>& enabledValidations);
     void Validate(std::string xml, const std::vector<std::string>& enabledValidations);
+    /// The same in three steps: this one marks the file as being validated and tells so; Run of what it
+    /// answers does the work, in any thread; EndValidation tells the result. Raises EFileNotLoaded.
+    std::unique_ptr<TValidationRun> BeginValidation(std::shared_ptr<const std::string> xml);
+    /// Nothing happens after a newer validation, a stop, or when the file was closed meanwhile.
+    void EndValidation(std::unique_ptr<TValidationRun> run,
+                       const std::vector<std::string>& enabledValidations);
+    /// Gives up the validation that is running: the file ends as not validated, and no result is told.
+    void StopValidation();
     /// Judges a text by its schema alone, or by the parser where that refuses it. Nobody is told, and no
     /// state changes; a failure on the way becomes a message of the result, which then has no loaded file.
     TValidateArgs ValidateSchema(const std::shared_ptr<const std::string>& xml) const;
@@ -112,11 +150,14 @@ class TValidadorController {
   private:
     void RequireFile(const char* reason) const;
     void NotifyState();
-    void BeginValidation();
-    TValidateArgs Run(const std::shared_ptr<const std::string>& xml);
-    /// Parses and identifies a text; no loaded file where the parser refuses it.
-    TValidateArgs Read(const TTissFile& file) const;
-    std::filesystem::path SchemaOf(const IArquivoTiss& arquivo) const;
+    std::unique_ptr<TValidationRun> NewRun(std::shared_ptr<const std::string> xml);
+    bool IsCurrent(const TValidationRun& run) const {
+        return openings_ == run.opening_ && validations_ == run.validation_;
+    }
+    /// Tells that a run begins; what fails there is its result.
+    void TellBegin(TValidationRun& run);
+    /// Posts what a run found, where it is the current one, and tells the end of the validation.
+    void Finish(TValidationRun& run, const std::vector<std::string>& enabledValidations);
     void Post(TValidateArgs result, const std::vector<std::string>& enabledValidations);
     /// Splits what was found into what is shown and what is hidden.
     void List(TValidateArgs& result, const std::vector<std::string>& enabledValidations) const;

@@ -1,6 +1,7 @@
 #include "app/cli/cli.h"
 
 #include "app/cli/commands.h"
+#include "app/installation.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
@@ -8,7 +9,6 @@
 #include "platform/file_memory.h"
 #include "platform/platform.h"
 #include "report/console.h"
-#include "schema_model/built_in_folders.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -423,13 +423,7 @@ std::filesystem::path TCliContext::SchemaFolder() const {
 }
 
 TSchemaFolder TCliContext::Schemas() const {
-    if (!Esquemas.empty())
-        return TSchemaFolder(SchemaFolder());
-    try {
-        return TSchemaFolder(SchemaFolder(), BuiltInSchemaFolder());
-    } catch (const EDataFolderUnknown&) {
-        return TSchemaFolder({}, BuiltInSchemaFolder()); // who has no data folder has imported nothing
-    }
+    return Esquemas.empty() ? InstalledSchemas() : TSchemaFolder(SchemaFolder());
 }
 
 TDBConnectionFactory TCliContext::TerminologyFactory() const {

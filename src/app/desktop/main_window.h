@@ -1,15 +1,82 @@
 #pragma once
 
+#include "app/controller_manager.h"
+
 #include <QMainWindow>
+
+#include <vector>
+
+class QLabel;
+class QStackedWidget;
+class QTabWidget;
 
 namespace conferix {
 
-/// The window of conferix-desktop.
+class TDocumentTab;
+class TWelcomePage;
+
+/// The window of conferix-desktop: a tab a file, and what can be done with them.
 class TMainWindow : public QMainWindow {
     Q_OBJECT
 
   public:
     TMainWindow();
+    ~TMainWindow() override;
+
+    /// Opens files, and those of folders; one that is open already comes to the front.
+    void OpenFiles(const QStringList& names);
+    TDocumentTab* CurrentTab() const;
+    TControllerManager& Controllers() { return controllers_; }
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+  private:
+    /// When an action can be used.
+    enum class TNeeds { Nothing, Tab, OpenFile };
+    void BuildMenus();
+    void BuildFileMenu();
+    void BuildEditMenu();
+    void BuildViewMenu();
+    void BuildValidationMenu();
+    void BuildSettingsMenu();
+    void BuildHelpMenu();
+    void BuildStatusBar();
+    /// An action of the menu that is being built. `name`: for finding it again.
+    template<class Slot>
+    QAction* Add(const char* name, const QString& text, const QKeySequence& keys, TNeeds needs, Slot slot);
+    /// The same for something that is done with the current tab.
+    QAction* AddForTab(const char* name, const QString& text, const QKeySequence& keys,
+                       std::function<void(TDocumentTab&)> action, TNeeds needs = TNeeds::OpenFile);
+
+    void OpenFile(const QString& name);
+    void OnController(TControllerOperation operation, const std::string& fileName,
+                      const TControllerManager::TControllerPtr& controller);
+    void AddTab(const QString& fileName, const TControllerManager::TControllerPtr& controller);
+    int IndexOf(const IValidadorController& controller) const;
+    TDocumentTab* TabAt(int index) const;
+    void CloseTab(int index);
+    void UpdateTab(TDocumentTab* tab);
+    void UpdateActions();
+    void ChooseFiles();
+    void GoToLine();
+    void ShowAbout();
+    void SaveLayout() const;
+    void RestoreLayout();
+
+    TControllerManager controllers_;
+    QStackedWidget* pages_;
+    QTabWidget* tabs_;
+    TWelcomePage* welcome_;
+    QMenu* menu_ = nullptr; ///< being built
+    std::vector<std::pair<QAction*, TNeeds>> actions_;
+    QLabel* state_ = nullptr;
+    QLabel* kind_ = nullptr;
+    QLabel* encoding_ = nullptr;
+    QLabel* position_ = nullptr;
 };
 
 } // namespace conferix

@@ -1,0 +1,488 @@
+#include "app/desktop/document_tab.h"
+
+#include "app/desktop/information_panel.h"
+#include "app/desktop/message_panel.h"
+#include "app/desktop/notice_bar.h"
+#include "app/desktop/questions.h"
+#include "app/desktop/search_bar.h"
+#include "app/desktop/text.h"
+#include "app/desktop/theme.h"
+#include "app/desktop/xml_editor.h"
+#include "app/line_layout.h"
+#include "model/tiss_kinds.h"
+
+#include <QBoxLayout>
+#include <QDataStream>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFileSystemWatcher>
+#include <QLocale>
+#include <QSplitter>
+#include <QTimer>
+#include <QTreeView>
+
+#include <algorithm>
+
+namespace conferix {
+
+namespace {
+
+/// Texts up to this are validated again while they are edited, after a pause.
+constexpr std::size_t kValidatedWhileTyping = 2'000'000;
+constexpr int kTypingPause = 1'000;
+/// A second Enter that follows a first by less does nothing: it was meant for the list.
+constexpr int kSecondEnter = 400;
+/// Width of the lines of a text that is shown as it came.
+constexpr std::size_t kWrapWidth = 200;
+
+} // namespace
+
+TDocumentTab::TDocumentTab(const std::shared_ptr<IValidadorController>& controller, const QString& fileName,
+                           TControllerManager& manager, QWidget* parent)
+    : QWidget(parent), session_(new TFileSession(controller, fileName, this)), manager_(manager),
+      notices_(new TNoticeBar), editor_(new TXmlEditor), search_(new TSearchBar(editor_)),
+      messages_(new TMessagePanel(QStringLiteral("Mensagens da validação"))),
+      informations_(new TInformationPanel), typing_(new QTimer(this)),
+      watcher_(new QFileSystemWatcher(this)) {
+    BuildViews();
+    Subscribe();
+    typing_->setSingleShot(true);
+    typing_->setInterval(kTypingPause);
+    connect(typing_, &QTimer::timeout, this, &TDocumentTab::Validate);
+    connect(watcher_, &QFileSystemWatcher::fileChanged, this, &TDocumentTab::CheckDisk);
+    connect(session_, &TFileSession::ReadDone, this, &TDocumentTab::ShowRead);
+    connect(session_, &TFileSession::ReadFailed, this, &TDocumentTab::Unreadable);
+    connect(session_, &TFileSession::NotValidated, this, [this](const QString& reason) {
+        notices_->Show(QStringLiteral("configuracao"),
+                       QStringLiteral("O arquivo não foi validado. ") + reason);
+    });
+    connect(editor_, &TXmlEditor::Edited, this, &TDocumentTab::OnEdited);
+    connect(editor_, &TXmlEditor::Moved, this, &TDocumentTab::Changed);
+    connect(editor_, &TXmlEditor::Loaded, this, &TDocumentTab::Changed);
+    connect(messages_, &TMessagePanel::Shown, this, [this] {
+        editor_->SetPlaces(messages_->Messages(), [this](std::size_t message) {
+            const TXmlMessage& found = *messages_->Messages()[message];
+            return SeverityName(found.MsgType()) + QStringLiteral(": ") + ReasonOf(found);
+        });
+    });
+    connect(messages_, &TMessagePanel::Selected, this, &TDocumentTab::SelectPlace);
+    connect(messages_, &TMessagePanel::Activated, this, &TDocumentTab::ActivatePlace);
+    connect(messages_, &TMessagePanel::CorrectionWanted, this,
+            [this](std::size_t message, std::size_t solver) { Correct(message, solver); });
+    connect(messages_, &TMessagePanel::RuleCorrectionWanted, this, &TDocumentTab::RuleCorrectionWanted);
+    connect(messages_, &TMessagePanel::RuleSwitchWanted, this, &TDocumentTab::RuleSwitchWanted);
+    connect(messages_, &TMessagePanel::HelpWanted, this, &TDocumentTab::HelpWanted);
+}
+
+TDocumentTab::~TDocumentTab() {
+    for (const auto& unsubscribe : unsubscribe_)
+        unsubscribe();
+}
+
+void TDocumentTab::BuildViews() {
+    auto* text = new QWidget;
+    auto* textRows = new QVBoxLayout(text);
+    textRows->setContentsMargins(0, 0, 0, 0);
+    textRows->setSpacing(0);
+    textRows->addWidget(notices_);
+    textRows->addWidget(editor_, 1);
+    textRows->addWidget(search_);
+    columns_ = new QSplitter(Qt::Horizontal);
+    columns_->addWidget(text);
+    columns_->addWidget(informations_);
+    columns_->setStretchFactor(0, 1);
+    columns_->setSizes({1000, 330});
+    rows_ = new QSplitter(Qt::Vertical);
+    rows_->addWidget(columns_);
+    rows_->addWidget(messages_);
+    rows_->setStretchFactor(0, 1);
+    rows_->setSizes({400, 280});
+    rows_->setChildrenCollapsible(false);
+    auto* all = new QVBoxLayout(this);
+    all->setContentsMargins(4, 4, 4, 0);
+    all->addWidget(rows_);
+}
+
+void TDocumentTab::Subscribe() {
+    const auto subscribe = [this](auto& event, auto observer) {
+        const int number = event.Subscribe(std::move(observer));
+        unsubscribe_.push_back(
+            [&event, number, controller = session_->SharedController()] { event.Unsubscribe(number); });
+    };
+    TValidatorEvents& events = Controller().Events();
+    subscribe(events.OnStateChange, [this](const TStateChangeArgs&) { emit Changed(); });
+    subscribe(events.OnFileOpen, [this](const TFileOpenArgs&) {
+        editor_->Load(read_.Shown, read_.Highlighted);
+        Watch();
+    });
+    subscribe(events.OnFileSave, [this](const TFileSaveArgs&) {
+        Watch();
+        emit FileSaved();
+    });
+    subscribe(events.OnFileClose, [this](TFileCloseArgs& args) { OnClose(args); });
+    subscribe(events.OnValidate, [this](const TValidateArgs& result) { ShowResult(result); });
+}
+
+void TDocumentTab::ShowRead(const TReadFile& read) {
+    read_ = read;
+    edited_ = false;
+    asItCame_ = false;
+    for (const char* notice : {"disco", "formatado"})
+        notices_->Hide(QString::fromLatin1(notice));
+    if (!read.File) {
+        editor_->SetEditable(false);
+        editor_->Load(read.Shown, false);
+        notices_->Show(
+            QStringLiteral("codificacao"),
+            QStringLiteral("Este arquivo tem bytes que não são texto na codificação declarada. Ele é "
+                           "mostrado só para leitura; o lugar está na lista de mensagens."));
+        messages_->ShowMessages({read.Fault});
+        emit Changed();
+        return;
+    }
+    editor_->SetEditable(true);
+    session_->Open(read);
+    if (read.Formatted)
+        notices_->Show(
+            QStringLiteral("formatado"),
+            QStringLiteral(
+                "O arquivo tem linhas muito longas e é mostrado com quebras de linha, que não mudam "
+                "nenhum valor nem o hash. O arquivo só muda se for salvo."),
+            {{QStringLiteral("Mostrar como veio"), [this] { ShowAsItCame(); }}});
+    read_.File.reset(); // the controller has what it needs, and the bytes need memory
+    Validate();
+}
+
+void TDocumentTab::ShowAsItCame() {
+    if (Controller().Modified()) {
+        ShowError(this, QStringLiteral("O texto foi alterado. Salve ou recarregue o arquivo antes."));
+        return;
+    }
+    asItCame_ = true;
+    StopValidation();
+    editor_->SetEditable(false);
+    try {
+        const TTissFile file = TTissFile::Read(PathFromText(Utf8(FileName())), TXmlUndecodable::Guessed);
+        editor_->Load(std::make_shared<const std::string>(WrapLines(*file.Text(), kWrapWidth)), false);
+    } catch (const std::runtime_error& error) {
+        ShowError(this, Q(error.what()));
+    }
+    notices_->Show(
+        QStringLiteral("formatado"),
+        QStringLiteral("O arquivo como veio, só para leitura: as linhas longas continuam na linha de baixo."),
+        {{QStringLiteral("Formatar"), [this] { Reload(); }}});
+    messages_->ShowNothing(QStringLiteral("Formate o arquivo para validá-lo."));
+    emit Changed();
+}
+
+void TDocumentTab::Reload() {
+    if (session_->IsOpen()) {
+        reloading_ = true;
+        Controller().CloseFile();
+        reloading_ = false;
+    }
+    session_->Read();
+}
+
+void TDocumentTab::Validate() {
+    typing_->stop();
+    if (!session_->IsOpen() || asItCame_)
+        return;
+    notices_->Hide(QStringLiteral("configuracao"));
+    edited_ = false;
+    const std::shared_ptr<const std::string> text = editor_->Snapshot();
+    if (text->size() > kValidatedWhileTyping)
+        editor_->SetEditable(false);
+    session_->Validate(text);
+}
+
+void TDocumentTab::StopValidation() {
+    if (!session_->IsValidating())
+        return;
+    Controller().StopValidation();
+    editor_->SetEditable(!asItCame_);
+    messages_->ShowNothing(QStringLiteral("A validação foi interrompida. Pressione F5 para validar."));
+}
+
+void TDocumentTab::ShowResult(const TValidateArgs& result) {
+    editor_->SetEditable(true);
+    wasJudged_ = result.Verified;
+    wasValid_ = result.FileStateFlags.Contains(TFileStateFlag::sfValido);
+    kind_ = result.ArquivoTiss != nullptr ? Q(KindOf(result.ArquivoTiss->TipoArquivo()).Title) : QString();
+    messages_->ShowMessages(result.ValidationMessages);
+    informations_->ShowInformations(result.ArquivoTiss != nullptr ? result.ArquivoTiss->Informations()
+                                                                  : TInformations{});
+    emit Validated(result);
+}
+
+void TDocumentTab::OnEdited() {
+    if (!session_->IsOpen())
+        return;
+    edited_ = true;
+    if (session_->IsValidating())
+        Controller().StopValidation();
+    Controller().Modify();
+    if (editor_->length() <= static_cast<int>(kValidatedWhileTyping))
+        typing_->start();
+    emit Changed();
+}
+
+void TDocumentTab::SelectPlace(std::size_t message) {
+    const TXmlMessage& found = *messages_->Messages()[message];
+    if (const int line = editor_->Places().LineOf(message); line > 0 && !asItCame_)
+        editor_->GoTo(line, found.LinePos());
+}
+
+void TDocumentTab::ActivatePlace(std::size_t message) {
+    SelectPlace(message);
+    editor_->setFocus();
+    editor_->IgnoreEnter(kSecondEnter);
+}
+
+std::optional<std::size_t> TDocumentTab::MessageAtCaret() const {
+    const auto [first, last] = editor_->Places().OnLines(editor_->CurrentLine(), editor_->CurrentLine());
+    const auto current = messages_->Current();
+    for (std::size_t i = first; i < last; ++i)
+        if (editor_->Places().All()[i].Message == current)
+            return current;
+    if (editor_->hasFocus() && first < last)
+        return editor_->Places().All()[first].Message;
+    return current;
+}
+
+void TDocumentTab::GoToMessage(bool next) {
+    const auto& places = editor_->Places().All();
+    const auto shown = [this](const TMessagePlace& place) {
+        return messages_->Model().Table().Find(place.Message).has_value();
+    };
+    const int line = editor_->CurrentLine();
+    const int linePos = editor_->CurrentLinePos();
+    const auto after = [&](const TMessagePlace& place) {
+        return place.Line != line ? place.Line > line : place.LinePos > linePos;
+    };
+    const auto before = [&](const TMessagePlace& place) {
+        return place.Line != line ? place.Line < line : place.LinePos < linePos;
+    };
+    const TMessagePlace* target = nullptr;
+    if (next) {
+        for (auto place = std::find_if(places.begin(), places.end(), after);
+             place != places.end() && target == nullptr; ++place)
+            if (shown(*place))
+                target = &*place;
+    } else {
+        for (auto place = std::find_if(places.rbegin(), places.rend(), before);
+             place != places.rend() && target == nullptr; ++place)
+            if (shown(*place))
+                target = &*place;
+    }
+    if (target == nullptr)
+        return;
+    const std::size_t message = target->Message;
+    messages_->Select(message);
+    SelectPlace(message);
+}
+
+void TDocumentTab::Correct(std::size_t /*message*/, std::optional<std::size_t> /*solver*/) {}
+
+void TDocumentTab::TakeText(const std::shared_ptr<const std::string>& text) {
+    editor_->ReplaceBy(text);
+    Controller().Modify();
+    Validate();
+}
+
+void TDocumentTab::Format() {
+    if (session_->IsOpen() && !asItCame_)
+        TakeText(std::make_shared<const std::string>(FormatXml(*editor_->Snapshot())));
+}
+
+bool TDocumentTab::Save() {
+    return session_->IsOpen() && SaveTo(FileName());
+}
+
+bool TDocumentTab::SaveAs() {
+    if (!session_->IsOpen())
+        return false;
+    const QString name =
+        QFileDialog::getSaveFileName(this, QStringLiteral("Salvar como"), FileName(),
+                                     QStringLiteral("Arquivos TISS (*.xml *.xte);;Todos os arquivos (*)"));
+    return !name.isEmpty() && SaveTo(name);
+}
+
+bool TDocumentTab::SaveTo(const QString& fileName) {
+    const QString before = FileName();
+    try {
+        if (fileName != before && manager_.Contains(Utf8(fileName))) {
+            ShowError(this, QStringLiteral("\"%1\" está aberto em outra aba. Feche-a antes.").arg(fileName));
+            return false;
+        }
+        session_->Save(editor_->Snapshot(), fileName);
+    } catch (const EFileChanged& error) {
+        const int answer = Ask(
+            this, QStringLiteral("Salvar"),
+            Q(error.what()) + QStringLiteral("\n\nSubstituir o que está no disco pelo texto desta janela?"),
+            {QStringLiteral("Salvar &como..."), QStringLiteral("&Substituir")});
+        if (answer == 0)
+            return SaveAs();
+        if (answer != 1)
+            return false;
+        Controller().AcceptChangeOnDisk();
+        return SaveTo(fileName);
+    } catch (const std::runtime_error& error) { // EFileNotWritten, EXmlEncoding
+        ShowError(this, Q(error.what()));
+        return false;
+    }
+    manager_.UpdateFileName(Utf8(before), Utf8(fileName));
+    notices_->Hide(QStringLiteral("disco"));
+    emit Changed();
+    return true;
+}
+
+bool TDocumentTab::SaveWithEncoding(const QString& encoding) {
+    if (!session_->IsOpen() || asItCame_)
+        return false;
+    try {
+        const auto text = editor_->Snapshot();
+        const auto misread = FindMisreading(*text, Controller().Encoding());
+        TXmlRecoding recoding = RecodeXml(misread ? MeantText(*text, misread->Kind) : *text, Utf8(encoding));
+        Controller().SetEncoding(EncodingToWrite(recoding.Text, {}));
+        const std::size_t replaced = recoding.Replaced.size();
+        TakeText(std::make_shared<const std::string>(std::move(recoding.Text)));
+        if (replaced != 0)
+            notices_->Show(
+                QStringLiteral("recodificado"),
+                QStringLiteral("%1 caracteres não existem em %2 e foram gravados como referências numéricas.")
+                    .arg(QLocale().toString(replaced), encoding));
+    } catch (const EXmlEncoding& error) {
+        ShowError(this, Q(error.what()));
+        return false;
+    }
+    return Save();
+}
+
+bool TDocumentTab::Close() {
+    if (!session_->IsOpen())
+        return true;
+    Controller().CloseFile();
+    return !session_->IsOpen();
+}
+
+void TDocumentTab::OnClose(TFileCloseArgs& args) {
+    if (reloading_ || !Controller().Modified())
+        return;
+    const int answer = Ask(
+        this, QStringLiteral("Fechar"),
+        QStringLiteral("\"%1\" foi alterado. Salvar as alterações?").arg(QFileInfo(FileName()).fileName()),
+        {QStringLiteral("&Salvar"), QStringLiteral("&Descartar")});
+    if (answer < 0 || (answer == 0 && !Save()))
+        args.CanClose = false;
+}
+
+void TDocumentTab::Watch() {
+    if (!watcher_->files().isEmpty())
+        watcher_->removePaths(watcher_->files());
+    watcher_->addPath(FileName());
+}
+
+void TDocumentTab::CheckDisk() {
+    if (!session_->IsOpen() || session_->IsReading())
+        return;
+    if (!Controller().ChangedOnDisk()) {
+        Watch(); // a file that was replaced is another one to watch
+        return;
+    }
+    if (notices_->IsShown(QStringLiteral("disco")))
+        return;
+    const QString what = QFileInfo::exists(FileName())
+                             ? QStringLiteral("O arquivo foi alterado por outro programa.")
+                             : QStringLiteral("O arquivo foi removido do disco.");
+    notices_->Show(QStringLiteral("disco"), what + QStringLiteral(" Nada é gravado sobre ele sem perguntar."),
+                   {{QStringLiteral("&Recarregar"), [this] {
+                         if (!Controller().Modified() ||
+                             AskYesNo(this, QStringLiteral("Recarregar"),
+                                      QStringLiteral("As alterações feitas aqui se perdem. Confirma?")))
+                             Reload();
+                     }}});
+}
+
+void TDocumentTab::GoRound(bool forwards) {
+    const std::vector<QWidget*> parts = {editor_, messages_->List(), messages_->Details(), informations_};
+    std::vector<QWidget*> there;
+    std::ranges::copy_if(parts, std::back_inserter(there),
+                         [](const QWidget* part) { return part->isVisible(); });
+    const auto at = std::ranges::find_if(there, [](const QWidget* part) { return part->hasFocus(); });
+    const std::size_t count = there.size();
+    const auto index = static_cast<std::size_t>(at - there.begin());
+    if (count != 0)
+        there[at == there.end() ? 0 : (index + (forwards ? 1 : count - 1)) % count]->setFocus(
+            Qt::TabFocusReason);
+}
+
+QString TDocumentTab::StateText() const {
+    const TFileStateFlags flags = Controller().FileStateFlags();
+    QStringList states;
+    if (session_->IsReading() || editor_->IsLoading())
+        states << QStringLiteral("Abrindo...");
+    if (flags.Contains(TFileStateFlag::sfModificado))
+        states << QStringLiteral("Modificado");
+    if (flags.Contains(TFileStateFlag::sfValidando))
+        states << QStringLiteral("Validando...");
+    else if (flags.Contains(TFileStateFlag::sfValidado))
+        states << (!wasJudged_ ? QStringLiteral("Não verificado")
+                   : wasValid_ ? QStringLiteral("Válido")
+                               : QStringLiteral("Inválido")) +
+                      (edited_ ? QStringLiteral(" antes da alteração") : QString());
+    else if (flags.Contains(TFileStateFlag::sfAberto))
+        states << QStringLiteral("Não validado");
+    return states.join(QStringLiteral(", "));
+}
+
+QIcon TDocumentTab::StateIcon() const {
+    const TFileStateFlags flags = Controller().FileStateFlags();
+    if (flags.Contains(TFileStateFlag::sfValidando))
+        return IconOf(QStringLiteral("espera"));
+    if (!flags.Contains(TFileStateFlag::sfValidado))
+        return IconOf(QStringLiteral("arquivo"));
+    if (!wasJudged_)
+        return SeverityIcon(TMessageType::mtWarning);
+    return SeverityIcon(wasValid_ ? TMessageType::mtSuccess : TMessageType::mtError);
+}
+
+QString TDocumentTab::KindText() const {
+    return kind_;
+}
+
+QString TDocumentTab::VersionText() const {
+    const QString version = Q(Controller().VersaoTiss());
+    return version.isEmpty() ? version : QStringLiteral("versão ") + version;
+}
+
+QString TDocumentTab::EncodingText() const {
+    return session_->IsOpen() ? Q(Controller().Encoding().Name) : QString();
+}
+
+QString TDocumentTab::PositionText() const {
+    return QStringLiteral("linha %1, coluna %2")
+        .arg(QLocale().toString(editor_->CurrentLine()), QLocale().toString(editor_->CurrentLinePos()));
+}
+
+QByteArray TDocumentTab::SaveState() const {
+    QByteArray state;
+    QDataStream stream(&state, QIODevice::WriteOnly);
+    stream << columns_->saveState() << rows_->saveState() << messages_->SaveState();
+    return state;
+}
+
+void TDocumentTab::RestoreState(const QByteArray& state) {
+    QDataStream stream(state);
+    QByteArray columns;
+    QByteArray rows;
+    QByteArray list;
+    stream >> columns >> rows >> list;
+    if (stream.status() != QDataStream::Ok)
+        return;
+    columns_->restoreState(columns);
+    rows_->restoreState(rows);
+    messages_->RestoreState(list);
+}
+
+} // namespace conferix

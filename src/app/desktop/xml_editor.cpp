@@ -1,0 +1,434 @@
+#include "app/desktop/xml_editor.h"
+
+#include "app/desktop/theme.h"
+#include "app/line_layout.h"
+#include "app/text_changes.h"
+#include "app/xml_tags.h"
+
+#include <QEvent>
+#include <QFontDatabase>
+#include <QKeyEvent>
+#include <QTimer>
+#include <QToolTip>
+
+#include <Qsci/qscilexerxml.h>
+
+#include <algorithm>
+#include <array>
+
+namespace conferix {
+
+namespace {
+
+constexpr int kNumbers = 0;
+constexpr int kSymbols = 1;
+constexpr int kFolds = 2;
+constexpr int kTagIndicator = 4; ///< those before it mark messages, by severity
+constexpr int kFirstMark = 8;    ///< likewise
+/// Bytes handed to the editor at a time while a text is loaded.
+constexpr std::size_t kPiece = 2U << 20U;
+/// Bytes on either side of the caret in which the tag is looked for that belongs to the one at the caret.
+constexpr long kTagReach = 200'000;
+constexpr long kMarkReach = 2'000;
+
+/// 0: what makes a file invalid, 1: warnings, 2: the rest.
+int MarkOf(TMessageType type) {
+    if (type == TMessageType::mtError || type == TMessageType::mtFatal)
+        return 0;
+    return type == TMessageType::mtWarning ? 1 : 2;
+}
+
+constexpr std::array kMarkTypes = {TMessageType::mtError, TMessageType::mtWarning,
+                                   TMessageType::mtInformation};
+
+} // namespace
+
+long TXmlEditor::Send(unsigned message, long first, long second) const {
+    return SendScintilla(message, static_cast<unsigned long>(first), second);
+}
+
+long TXmlEditor::SendText(unsigned message, std::string_view text) const {
+    return SendScintilla(message, static_cast<uintptr_t>(text.size()), text.data());
+}
+
+TXmlEditor::TXmlEditor(QWidget* parent)
+    : QsciScintilla(parent), loadTimer_(new QTimer(this)), markTimer_(new QTimer(this)) {
+    setAccessibleName(QStringLiteral("Texto do arquivo"));
+    setUtf8(true);
+    setEolMode(EolUnix);
+    setIndentationsUseTabs(false);
+    setTabWidth(2);
+    setFolding(PlainFoldStyle, kFolds);
+    setCaretLineVisible(true);
+    setMarginLineNumbers(kNumbers, true);
+    setMarginType(kSymbols, SymbolMargin);
+    setMarginSensitivity(kSymbols, false);
+    setMarginMarkerMask(kSymbols, 7 << kFirstMark);
+    Send(SCI_SETIDLESTYLING, static_cast<long>(SC_IDLESTYLING_ALL));
+    Send(SCI_SETLAYOUTCACHE, static_cast<long>(SC_CACHE_PAGE));
+    Send(SCI_SETSCROLLWIDTH, 1);
+    Send(SCI_SETSCROLLWIDTHTRACKING, 1);
+    Send(SCI_SETMOUSEDWELLTIME, 400);
+    // Shapes tell the severities apart, colours come on top.
+    Send(SCI_MARKERDEFINE, kFirstMark, static_cast<long>(SC_MARK_CHARACTER + 'x'));
+    Send(SCI_MARKERDEFINE, kFirstMark + 1, static_cast<long>(SC_MARK_CHARACTER + '!'));
+    Send(SCI_MARKERDEFINE, kFirstMark + 2, static_cast<long>(SC_MARK_CHARACTER + 'i'));
+    indicatorDefine(SquiggleIndicator, 0);
+    indicatorDefine(DashesIndicator, 1);
+    indicatorDefine(DotsIndicator, 2);
+    indicatorDefine(StraightBoxIndicator, kTagIndicator);
+    ApplyTheme();
+
+    loadTimer_->setSingleShot(true);
+    markTimer_->setSingleShot(true);
+    connect(loadTimer_, &QTimer::timeout, this, &TXmlEditor::LoadMore);
+    connect(markTimer_, &QTimer::timeout, this, &TXmlEditor::PlaceMarks);
+    connect(this, &QsciScintillaBase::SCN_MODIFIED, this,
+            [this](int position, int kind, const char*, int, int linesAdded) {
+                OnModified(position, kind, linesAdded);
+            });
+    connect(this, &QsciScintillaBase::SCN_UPDATEUI, this, &TXmlEditor::OnUpdated);
+    connect(this, &QsciScintillaBase::SCN_DWELLSTART, this, &TXmlEditor::ShowTip);
+    connect(this, &QsciScintillaBase::SCN_DWELLEND, this, [] { QToolTip::hideText(); });
+}
+
+void TXmlEditor::ApplyTheme() {
+    const TThemeColors colors = ColorsOf(palette());
+    const QColor ground = palette().color(QPalette::Base);
+    const QColor text = palette().color(QPalette::Text);
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPointSizeF(std::max(font.pointSizeF(), QFont().pointSizeF()));
+    setFont(font);
+    setColor(text);
+    setPaper(ground);
+    Send(SCI_STYLECLEARALL);
+    if (QsciLexer* lexer = this->lexer()) {
+        lexer->setDefaultFont(font);
+        lexer->setDefaultPaper(ground);
+        lexer->setDefaultColor(text);
+        for (int style = 0; style < 128; ++style) {
+            lexer->setFont(font, style);
+            lexer->setPaper(ground, style);
+            lexer->setColor(text, style);
+        }
+        const auto color = [&](const QColor& with, std::initializer_list<int> styles) {
+            for (const int style : styles)
+                lexer->setColor(with, style);
+        };
+        color(colors.Tag, {QsciLexerXML::Tag, QsciLexerXML::UnknownTag, QsciLexerXML::XMLTagEnd,
+                           QsciLexerXML::XMLStart, QsciLexerXML::XMLEnd});
+        color(colors.Attribute, {QsciLexerXML::Attribute, QsciLexerXML::UnknownAttribute});
+        color(colors.Value, {QsciLexerXML::HTMLDoubleQuotedString, QsciLexerXML::HTMLSingleQuotedString,
+                             QsciLexerXML::HTMLValue, QsciLexerXML::HTMLNumber, QsciLexerXML::OtherInTag});
+        color(colors.Comment, {QsciLexerXML::HTMLComment});
+        color(colors.Entity, {QsciLexerXML::Entity, QsciLexerXML::CDATA});
+    }
+    setCaretForegroundColor(text);
+    setCaretLineBackgroundColor(colors.CurrentLine);
+    setSelectionBackgroundColor(palette().color(QPalette::Highlight));
+    setSelectionForegroundColor(palette().color(QPalette::HighlightedText));
+    setMarginsFont(font);
+    setMarginsBackgroundColor(colors.Margin);
+    setMarginsForegroundColor(colors.MarginText);
+    setFoldMarginColors(colors.Margin, colors.Margin);
+    for (std::size_t mark = 0; mark < kMarkTypes.size(); ++mark) {
+        const QColor color = SeverityColor(kMarkTypes[mark], palette());
+        setMarkerForegroundColor(color, kFirstMark + static_cast<int>(mark));
+        setMarkerBackgroundColor(colors.Margin, kFirstMark + static_cast<int>(mark));
+        setIndicatorForegroundColor(color, static_cast<int>(mark));
+    }
+    setIndicatorForegroundColor(colors.MatchingTag, kTagIndicator);
+    setMarginWidth(kSymbols, QStringLiteral("0!"));
+}
+
+void TXmlEditor::changeEvent(QEvent* event) {
+    QsciScintilla::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        ApplyTheme();
+}
+
+void TXmlEditor::IgnoreEnter(int duration) {
+    enterIgnored_ = QDeadlineTimer(duration);
+}
+
+void TXmlEditor::keyPressEvent(QKeyEvent* event) {
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && !enterIgnored_.hasExpired())
+        return;
+    QsciScintilla::keyPressEvent(event);
+}
+
+void TXmlEditor::Load(TXmlPtr text, bool highlighted) {
+    SetPlaces({}, {});
+    Send(SCI_SETREADONLY, 0);
+    Send(SCI_SETUNDOCOLLECTION, 0);
+    Send(SCI_CLEARALL);
+    if (highlighted != (lexer() != nullptr)) {
+        setLexer(highlighted ? new QsciLexerXML(this) : nullptr);
+        ApplyTheme();
+    }
+    setEolMode(text->find("\r\n") != std::string::npos ? EolWindows : EolUnix);
+    Send(SCI_ALLOCATE, static_cast<long>(text->size() + 4096));
+    setMarginWidth(kNumbers, QString(3 + QString::number(std::count(text->begin(), text->end(), '\n')).size(),
+                                     QLatin1Char('9')));
+    loading_ = std::move(text);
+    loaded_ = 0;
+    LoadMore();
+}
+
+void TXmlEditor::LoadMore() {
+    const std::size_t size = std::min(kPiece, loading_->size() - loaded_);
+    Send(SCI_SETREADONLY, 0);
+    SendText(SCI_APPENDTEXT, {loading_->data() + loaded_, size});
+    loaded_ += size;
+    if (loaded_ < loading_->size()) {
+        Send(SCI_SETREADONLY, 1);
+        loadTimer_->start(0);
+        return;
+    }
+    Send(SCI_SETUNDOCOLLECTION, 1);
+    Send(SCI_EMPTYUNDOBUFFER);
+    Send(SCI_SETSAVEPOINT);
+    snapshot_ = std::move(loading_);
+    loading_ = nullptr;
+    SetEditable(editable_);
+    emit Loaded();
+}
+
+void TXmlEditor::SetEditable(bool editable) {
+    editable_ = editable;
+    Send(SCI_SETREADONLY, editable && !IsLoading() ? 0 : 1);
+}
+
+TXmlEditor::TXmlPtr TXmlEditor::Snapshot() const {
+    if (IsLoading())
+        return loading_;
+    if (snapshot_ == nullptr) {
+        const auto size = static_cast<std::size_t>(Send(SCI_GETLENGTH));
+        auto text = std::make_shared<std::string>(size, '\0');
+        SendScintilla(SCI_GETTEXT, static_cast<unsigned long>(size + 1), static_cast<void*>(text->data()));
+        snapshot_ = std::move(text);
+    }
+    return snapshot_;
+}
+
+void TXmlEditor::ReplaceBy(const TXmlPtr& text) {
+    const TXmlPtr before = Snapshot();
+    const std::vector<TTextEdit> edits = FindEdits(*before, *text);
+    if (edits.empty())
+        return;
+    Send(SCI_SETREADONLY, 0);
+    Send(SCI_BEGINUNDOACTION);
+    for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
+        Send(SCI_SETTARGETRANGE, static_cast<long>(edit->Start), static_cast<long>(edit->End));
+        SendText(SCI_REPLACETARGET, edit->Text);
+    }
+    Send(SCI_ENDUNDOACTION);
+    SetEditable(editable_);
+    snapshot_ = text;
+}
+
+void TXmlEditor::OnModified(int position, int kind, int linesAdded) {
+    if ((kind & (SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT)) == 0)
+        return;
+    snapshot_ = nullptr;
+    if (IsLoading() || Send(SCI_GETUNDOCOLLECTION) == 0)
+        return;
+    if (linesAdded != 0) {
+        const auto line = static_cast<int>(Send(SCI_LINEFROMPOSITION, position));
+        places_.LinesChanged(line + 1, linesAdded);
+        for (auto& [mark, markedLine] : marked_)
+            if (markedLine > line)
+                markedLine = std::max(line, markedLine + linesAdded);
+    }
+    markTimer_->start(0);
+    emit Edited();
+}
+
+void TXmlEditor::OnUpdated(int what) {
+    if ((what & (SC_UPDATE_V_SCROLL | SC_UPDATE_SELECTION | SC_UPDATE_CONTENT)) == 0)
+        return;
+    if ((what & SC_UPDATE_V_SCROLL) != 0)
+        markTimer_->start(0);
+    if ((what & SC_UPDATE_SELECTION) != 0) {
+        MarkMatchingTags();
+        emit Moved();
+    }
+}
+
+void TXmlEditor::SetPlaces(const TXmlMessages& messages, std::function<QString(std::size_t)> textOf) {
+    places_ = TMessagePlaces(messages);
+    textOf_ = std::move(textOf);
+    markTimer_->start(0);
+}
+
+void TXmlEditor::PlaceMarks() {
+    for (const auto& [mark, line] : marked_)
+        Send(SCI_MARKERDELETE, line, mark);
+    marked_.clear();
+    const long length = Send(SCI_GETLENGTH);
+    for (std::size_t mark = 0; mark < kMarkTypes.size(); ++mark) {
+        Send(SCI_SETINDICATORCURRENT, static_cast<long>(mark));
+        Send(SCI_INDICATORCLEARRANGE, 0, length);
+    }
+    const long top = Send(SCI_GETFIRSTVISIBLELINE);
+    const long bottom = top + Send(SCI_LINESONSCREEN) + 1;
+    const auto [first, last] = places_.OnLines(static_cast<int>(Send(SCI_DOCLINEFROMVISIBLE, top)) + 1,
+                                               static_cast<int>(Send(SCI_DOCLINEFROMVISIBLE, bottom)) + 1);
+    constexpr std::size_t kMostOnScreen = 2'000; // a line may hold any number of them
+    for (std::size_t i = first; i < std::min(last, first + kMostOnScreen); ++i) {
+        const TMessagePlace& place = places_.All()[i];
+        const int mark = MarkOf(place.Type);
+        Send(SCI_MARKERADD, place.Line - 1, kFirstMark + mark);
+        marked_.emplace_back(kFirstMark + mark, place.Line - 1);
+        const long position = PositionOf(place.Line, place.LinePos);
+        const auto [text, start] = Around(position, kMarkReach);
+        const TTextRange range = MarkedRange(text, static_cast<std::size_t>(position - start));
+        Send(SCI_SETINDICATORCURRENT, mark);
+        Send(SCI_INDICATORFILLRANGE, start + static_cast<long>(range.Start),
+             static_cast<long>(range.End - range.Start));
+    }
+}
+
+void TXmlEditor::MarkMatchingTags() {
+    Send(SCI_SETINDICATORCURRENT, kTagIndicator);
+    Send(SCI_INDICATORCLEARRANGE, 0, Send(SCI_GETLENGTH));
+    const long caret = Send(SCI_GETCURRENTPOS);
+    const auto [text, start] = Around(caret, kTagReach);
+    const auto tags = MatchTags(text, static_cast<std::size_t>(caret - start));
+    if (!tags)
+        return;
+    for (const TTextRange& range : {tags->first, tags->second})
+        Send(SCI_INDICATORFILLRANGE, start + static_cast<long>(range.Start),
+             static_cast<long>(range.End - range.Start));
+}
+
+bool TXmlEditor::GoToMatchingTag() {
+    const long caret = Send(SCI_GETCURRENTPOS);
+    const auto [text, start] = Around(caret, Send(SCI_GETLENGTH));
+    const auto tags = MatchTags(text, static_cast<std::size_t>(caret - start));
+    if (!tags)
+        return false;
+    const long place = start + static_cast<long>(tags->second.Start);
+    SelectRange(place, place);
+    return true;
+}
+
+void TXmlEditor::ShowTip(int position, int x, int y) {
+    if (!textOf_)
+        return;
+    if (position < 0) // over the margin
+        position = static_cast<int>(Send(SCI_POSITIONFROMPOINT, x, y));
+    const int line = static_cast<int>(Send(SCI_LINEFROMPOSITION, position)) + 1;
+    const auto [first, last] = places_.OnLines(line, line);
+    constexpr std::size_t kMostInTip = 5;
+    QStringList texts;
+    for (std::size_t i = first; i < std::min(last, first + kMostInTip); ++i)
+        texts << textOf_(places_.All()[i].Message);
+    if (last - first > kMostInTip)
+        texts << QStringLiteral("e mais %1 nesta linha").arg(last - first - kMostInTip);
+    if (!texts.isEmpty())
+        QToolTip::showText(viewport()->mapToGlobal(QPoint(x, y)), texts.join(QStringLiteral("\n\n")),
+                           viewport());
+}
+
+long TXmlEditor::PositionOf(int line, int linePos) const {
+    const long start = Send(SCI_POSITIONFROMLINE, line - 1);
+    const long end = Send(SCI_GETLINEENDPOSITION, line - 1);
+    if (start < 0)
+        return Send(SCI_GETLENGTH);
+    const long position = Send(SCI_POSITIONRELATIVE, start, std::max(linePos - 1, 0));
+    return position < start || position > end ? end : position;
+}
+
+std::pair<std::string, long> TXmlEditor::Around(long position, long reach) const {
+    const long start = std::max(0L, position - reach);
+    const long end = std::min(Send(SCI_GETLENGTH), position + reach);
+    std::string text(static_cast<std::size_t>(end - start), '\0');
+    SendScintilla(SCI_GETTEXTRANGE, start, end, text.data());
+    return {std::move(text), start};
+}
+
+void TXmlEditor::SelectRange(long start, long end) {
+    const long line = Send(SCI_LINEFROMPOSITION, end);
+    Send(SCI_ENSUREVISIBLEENFORCEPOLICY, line);
+    Send(SCI_SETSEL, start, end);
+    const long visible = Send(SCI_VISIBLEFROMDOCLINE, line);
+    const long screen = Send(SCI_LINESONSCREEN);
+    const long top = Send(SCI_GETFIRSTVISIBLELINE);
+    if (visible < top + 2 || visible > top + screen - 3)
+        Send(SCI_SETFIRSTVISIBLELINE, std::max(0L, visible - screen / 3));
+    Send(SCI_SCROLLCARET);
+    Send(SCI_CHOOSECARETX);
+}
+
+void TXmlEditor::GoTo(int line, int linePos) {
+    const long position = PositionOf(std::clamp(line, 1, LineCount()), linePos);
+    SelectRange(position, position);
+}
+
+int TXmlEditor::CurrentLine() const {
+    return static_cast<int>(Send(SCI_LINEFROMPOSITION, Send(SCI_GETCURRENTPOS))) + 1;
+}
+
+int TXmlEditor::CurrentLinePos() const {
+    const long caret = Send(SCI_GETCURRENTPOS);
+    const long start = Send(SCI_POSITIONFROMLINE, Send(SCI_LINEFROMPOSITION, caret));
+    return static_cast<int>(Send(SCI_COUNTCHARACTERS, start, caret)) + 1;
+}
+
+int TXmlEditor::LineCount() const {
+    return static_cast<int>(Send(SCI_GETLINECOUNT));
+}
+
+long TXmlEditor::FindFrom(long start, long end, const QByteArray& text, bool matchCase,
+                          bool wholeWord) const {
+    Send(SCI_SETSEARCHFLAGS,
+         static_cast<long>((matchCase ? SCFIND_MATCHCASE : 0) | (wholeWord ? SCFIND_WHOLEWORD : 0)));
+    Send(SCI_SETTARGETRANGE, start, end);
+    return SendText(SCI_SEARCHINTARGET, {text.constData(), static_cast<std::size_t>(text.size())});
+}
+
+bool TXmlEditor::Find(const QString& text, bool backwards, bool matchCase, bool wholeWord) {
+    const QByteArray wanted = text.toUtf8();
+    if (wanted.isEmpty())
+        return false;
+    const long length = Send(SCI_GETLENGTH);
+    const long from = Send(backwards ? SCI_GETSELECTIONSTART : SCI_GETSELECTIONEND);
+    long found = FindFrom(from, backwards ? 0 : length, wanted, matchCase, wholeWord);
+    if (found < 0)
+        found = FindFrom(backwards ? length : 0, backwards ? from : length, wanted, matchCase, wholeWord);
+    if (found < 0)
+        return false;
+    SelectRange(found, Send(SCI_GETTARGETEND));
+    return true;
+}
+
+bool TXmlEditor::ReplaceFound(const QString& text, const QString& by, bool matchCase, bool wholeWord) {
+    const QByteArray wanted = text.toUtf8();
+    const long start = Send(SCI_GETSELECTIONSTART);
+    const long end = Send(SCI_GETSELECTIONEND);
+    if (!wanted.isEmpty() && start != end && !isReadOnly() &&
+        FindFrom(start, end, wanted, matchCase, wholeWord) == start && Send(SCI_GETTARGETEND) == end) {
+        const QByteArray with = by.toUtf8();
+        SendText(SCI_REPLACETARGET, {with.constData(), static_cast<std::size_t>(with.size())});
+        SelectRange(start + with.size(), start + with.size());
+    }
+    return Find(text, false, matchCase, wholeWord);
+}
+
+int TXmlEditor::ReplaceAll(const QString& text, const QString& by, bool matchCase, bool wholeWord) {
+    const QByteArray wanted = text.toUtf8();
+    const QByteArray with = by.toUtf8();
+    if (wanted.isEmpty() || isReadOnly())
+        return 0;
+    int count = 0;
+    Send(SCI_BEGINUNDOACTION);
+    for (long at = 0; (at = FindFrom(at, Send(SCI_GETLENGTH), wanted, matchCase, wholeWord)) >= 0; ++count) {
+        SendText(SCI_REPLACETARGET, {with.constData(), static_cast<std::size_t>(with.size())});
+        at += with.size();
+    }
+    Send(SCI_ENDUNDOACTION);
+    return count;
+}
+
+} // namespace conferix

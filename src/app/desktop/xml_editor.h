@@ -1,0 +1,100 @@
+// The editor of a file's text.
+#pragma once
+
+#include "app/message_places.h"
+
+#include <QDeadlineTimer>
+#include <Qsci/qsciscintilla.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class QTimer;
+
+namespace conferix {
+
+/// Shows and edits an XML text; marks the places of messages. Lines and columns are 1-based, in characters.
+class TXmlEditor : public QsciScintilla {
+    Q_OBJECT
+
+  public:
+    using TXmlPtr = std::shared_ptr<const std::string>;
+
+    explicit TXmlEditor(QWidget* parent = nullptr);
+
+    /// Shows another text, a part at a time; Loaded is told at the end. The user cannot undo it.
+    /// `highlighted`: not for texts of enormous lines.
+    void Load(TXmlPtr text, bool highlighted);
+    bool IsLoading() const { return loading_ != nullptr; }
+    /// The text as it is now; the same object as long as nobody edits it.
+    TXmlPtr Snapshot() const;
+    /// Makes the text another one in one step that the user can undo; only what differs is replaced, so that
+    /// place and folds stay.
+    void ReplaceBy(const TXmlPtr& text);
+    /// Whether the user may edit; nobody can while a text is loaded.
+    void SetEditable(bool editable);
+
+    /// Marks the places of messages from now on. `textOf`: what a tooltip tells of a message.
+    void SetPlaces(const TXmlMessages& messages, std::function<QString(std::size_t message)> textOf);
+    const TMessagePlaces& Places() const { return places_; }
+
+    /// Puts the caret at a place and shows it with lines around it; unfolds what hides it.
+    void GoTo(int line, int linePos);
+    int CurrentLine() const;
+    int CurrentLinePos() const;
+    int LineCount() const;
+
+    /// Searches from the selection on, round the end; false for what is not there.
+    bool Find(const QString& text, bool backwards, bool matchCase, bool wholeWord);
+    /// Replaces the selection where it is what was searched, then searches on.
+    bool ReplaceFound(const QString& text, const QString& by, bool matchCase, bool wholeWord);
+    /// Replaces all in one step; answers how many.
+    int ReplaceAll(const QString& text, const QString& by, bool matchCase, bool wholeWord);
+    /// Ignores the Enter key for a while, in milliseconds.
+    void IgnoreEnter(int duration);
+    /// Puts the caret at the tag that belongs to the one at the caret.
+    bool GoToMatchingTag();
+
+  signals:
+    /// The user, an undo or a correction changed the text.
+    void Edited();
+    void Loaded();
+    void Moved();
+
+  protected:
+    void changeEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    /// A call of the editing component; what takes a text gets it by SendText.
+    long Send(unsigned message, long first = 0, long second = 0) const;
+    long SendText(unsigned message, std::string_view text) const;
+    void ApplyTheme();
+    void LoadMore();
+    void OnModified(int position, int kind, int linesAdded);
+    void OnUpdated(int what);
+    void PlaceMarks();
+    void MarkMatchingTags();
+    void ShowTip(int position, int x, int y);
+    long PositionOf(int line, int linePos) const;
+    /// A part of the text around a place, and the position at which it starts.
+    std::pair<std::string, long> Around(long position, long reach) const;
+    void SelectRange(long start, long end);
+    long FindFrom(long start, long end, const QByteArray& text, bool matchCase, bool wholeWord) const;
+
+    mutable TXmlPtr snapshot_;
+    TXmlPtr loading_;
+    std::size_t loaded_ = 0; ///< bytes
+    bool editable_ = true;
+    TMessagePlaces places_;
+    std::function<QString(std::size_t)> textOf_;
+    std::vector<std::pair<int, int>> marked_; ///< marker and 0-based line of what is marked
+    QDeadlineTimer enterIgnored_;
+    QTimer* loadTimer_;
+    QTimer* markTimer_;
+};
+
+} // namespace conferix
