@@ -1,6 +1,7 @@
 #include "report/report_writer.h"
 
 #include "report/csv_report.h"
+#include "report/html_report.h"
 #include "report/json_report.h"
 #include "report/junit_report.h"
 #include "report/sarif_report.h"
@@ -101,6 +102,8 @@ std::unique_ptr<IReportWriter> NewReportWriter(std::string_view formato, const T
         return std::make_unique<TJunitReport>(options);
     if (formato == "csv")
         return std::make_unique<TCsvReport>(options);
+    if (formato == "html")
+        return std::make_unique<THtmlReport>(options);
     return nullptr;
 }
 

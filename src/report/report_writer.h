@@ -106,7 +106,7 @@ class IReportWriter {
     virtual void End(std::ostream&, const TReportTotals&) {}
 };
 
-/// The writer of a format: texto, json, ndjson, sarif, junit or csv; null for any other.
+/// The writer of a format: texto, json, ndjson, sarif, junit, csv or html; null for any other.
 std::unique_ptr<IReportWriter> NewReportWriter(std::string_view formato, const TReportOptions& options);
 
 /// A message in a report.

@@ -80,7 +80,7 @@ class TCommandLine {
         app_.require_subcommand(1);
         app_.fallthrough();
         app_.add_option("--formato", context_.Formato,
-                        "texto ou json; de validar também ndjson, sarif, junit ou csv; de regras, markdown")
+                        "texto ou json; de validar também ndjson, sarif, junit, csv ou html; de regras, markdown")
             ->option_text("FORMATO");
         app_.add_option("--esquemas", context_.Esquemas, "Pasta dos schemas XSD")
             ->option_text("PASTA")
@@ -204,7 +204,7 @@ class TCommandLine {
                          "Arquivos validados ao mesmo tempo; se omitido, um por processador")
             ->option_text("N")
             ->check(CLI::Range(1, 256));
-        OnParsed(command, {"ndjson", "sarif", "junit", "csv"},
+        OnParsed(command, {"ndjson", "sarif", "junit", "csv", "html"},
                  [this] { return RunValidar(context_, validar_); });
     }
 
