@@ -66,7 +66,7 @@ class TBatchValidation {
     std::vector<TInput> inputs_;
     std::vector<TBatchRow> rows_;
     std::size_t done_ = 0;
-    TReportTotals totals_;
+    TReportTotals totals_{false};
     std::vector<TFileSummary> summaries_;
     std::vector<std::unique_ptr<TSpool>> spools_; ///< one a format
     TRepeatedGuides repeated_;

@@ -4,6 +4,7 @@
 #include "app/desktop/dialogs/report_print.h"
 #include "app/desktop/dialogs/rule_help.h"
 #include "app/dialogs/dialog_test.h"
+#include "app/missing_data.h"
 #include "data/tuss_connection.h"
 #include "report/rule_search.h"
 #include "schema_model/built_in_folders.h"
@@ -71,6 +72,7 @@ TEST_F(FBatchValidation, ValidatesAFolderFileByFileAndOpensARow) {
     TFBatchValidation dialog(Batch((folder_ / "falta.xml").string()));
     QSignalSpy opened(&dialog, &TFBatchValidation::OpenRequested);
     dialog.show();
+    ExpectNames(dialog);
     auto& table = Find<QTableView>(dialog, "Arquivos");
     EXPECT_THAT(Rows(*table.model(), {0, 1}), Contains("1.xml|Na fila"));
     EXPECT_FALSE(Find<QPushButton>(dialog, "Salvar relatório...").isEnabled());
@@ -107,6 +109,8 @@ TEST_F(FBatchValidation, SavesTheReportOfWhatIsDone) {
     Wait([&] { return dialog.Batch().Done() == 2; });
     dialog.Stop();
     ASSERT_TRUE(dialog.SaveReport(folder_ / "r.json"));
+    ASSERT_TRUE(dialog.SaveReport(folder_ / "r.csv"));
+    EXPECT_THAT(ReadTestFile(folder_ / "r.csv"), AllOf(HasSubstr("2.xml"), HasSubstr("10000003")));
     const auto report = nlohmann::json::parse(ReadTestFile(folder_ / "r.json"));
     ASSERT_EQ(report.size(), dialog.Batch().Done());
     EXPECT_EQ(report[0]["valido"], true);
@@ -144,6 +148,29 @@ TEST_F(FReport, HoldsTheFindingsGuideByGuideAndBecomesAPdf) {
     EXPECT_THROW(SaveReportPdf(result, folder_ / "falta/r.pdf"), EFileNotWritten);
 }
 
+TEST_F(FReport, MessagesTellWhereWhatIsMissingIsImported) {
+    const struct {
+        const char* File;
+        TMissingData Missing;
+        std::size_t Least;
+    } cases[] = {{"consulta-4.01.00-com-erros.xml", TMissingData::Terminology, 1},
+                 {"monitoramento-1.06.00-valido.xml", TMissingData::Terminology, 2},
+                 {"spsadt-2.02.03-valido.xml", TMissingData::Schema, 1}};
+    for (const auto& c : cases) {
+        std::size_t count = 0;
+        for (const auto& message :
+             Validator().ValidateFile(Example(c.File).string()).Validation.ValidationMessages) {
+            const TMissingData missing = MissingDataOf(*message);
+            count += missing == c.Missing ? 1 : 0;
+            EXPECT_EQ(missing == TMissingData::Nothing,
+                      message->Reason().find("instalada") == std::string::npos &&
+                          message->Reason().find("importe-o") == std::string::npos)
+                << message->Reason();
+        }
+        EXPECT_GE(count, c.Least) << c.File;
+    }
+}
+
 class FRuleHelp : public TDialogTest {
   protected:
     static std::vector<std::string> Titles(const TRuleHelp& help) {
@@ -159,6 +186,7 @@ class FRuleHelp : public TDialogTest {
 TEST_F(FRuleHelp, ShowsThePageOfEachRuleAndFindsItByWords) {
     TRuleHelp help;
     help.show();
+    ExpectNames(help);
     EXPECT_EQ(help.Shown(), nullptr);
     const std::size_t all = Titles(help).size();
     EXPECT_EQ(all, TRuleGuide::Instance().Texts().size());
@@ -191,6 +219,7 @@ TEST_F(FHistory, ListsValidationsAndForgetsThemOnRequest) {
     history.NoteValidated({"/lotes/b.xml", "", "", std::nullopt, 0, 0});
     TFHistory dialog(history);
     dialog.show();
+    ExpectNames(dialog);
     const auto& table = *dialog.findChild<QTableWidget*>();
     ASSERT_EQ(table.rowCount(), 2);
     QStringList cells;

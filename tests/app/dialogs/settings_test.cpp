@@ -102,6 +102,7 @@ TEST_F(FConfiguracoes, ImportsTerminologyThatIsDroppedAndFindsItsTerms) {
                       Contains("87|Tabelas de terminologia|Não instalada|")));
     EXPECT_THAT(LabelsOf(page), HasSubstr("Não instaladas: 63, 87, municípios."));
 
+    ExpectNames(dialog);
     const auto search = [&](const char* words) {
         Find<QLineEdit>(page, "Procurar termos").setText(words);
         QTest::qWait(200);
@@ -109,6 +110,8 @@ TEST_F(FConfiguracoes, ImportsTerminologyThatIsDroppedAndFindsItsTerms) {
     };
     EXPECT_THAT(search("avaliacao CONSULT"), Contains(HasSubstr("22|")));
     EXPECT_THAT(search("22900099"), ElementsAre(HasSubstr("22|22900099|")));
+    EXPECT_THAT(search("av"), IsEmpty());
+    EXPECT_THAT(LabelsOf(page), HasSubstr("ao menos 3 letras"));
     EXPECT_THAT(search("nenhuma destas"), IsEmpty());
     EXPECT_THAT(LabelsOf(page), HasSubstr("Nenhum termo encontrado."));
     auto& tables = Find<QComboBox>(page, "Tabela em que procurar");

@@ -11,6 +11,7 @@
 #include <QPdfWriter>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
+#include <QRegularExpression>
 #include <QTextDocument>
 
 #include <sstream>
@@ -44,6 +45,31 @@ void Remove(QString& text, const QString& first, const QString& last) {
         text.remove(start, end + last.size() - start);
 }
 
+/// What stands in the report for its own style, put as a text document knows it: lines of an excerpt end in
+/// line breaks, labels and values are the cells of a table, a finding is a framed cell.
+void TranslateLayout(QString& text) {
+    const struct {
+        const char* From;
+        const char* To;
+    } kParts[] = {
+        {"</span></span><span class=\"linha", "</span></span>\n<span class=\"linha"},
+        {"class=\"numero\">▶ ", "class=\"numero\">&gt; "},
+        {"</span><span class=\"codigo\">", "</span>  <span class=\"codigo\">"},
+        {"<dl>", "<table cellspacing=\"0\" cellpadding=\"2\">"},
+        {"<div><dt>", "<tr><td class=\"nomes\">"},
+        {"</dt><dd>", "</td><td>"},
+        {"</dd></div>", "</td></tr>"},
+        {"</dl>", "</table>"},
+    };
+    for (const auto& part : kParts)
+        text.replace(QString::fromUtf8(part.From), QString::fromUtf8(part.To));
+    static const QRegularExpression finding(
+        QStringLiteral("<article class=\"(achado[^\"]*)\">(.*?)</article>"),
+        QRegularExpression::DotMatchesEverythingOption);
+    text.replace(finding, QStringLiteral("<table class=\"\\1\" width=\"100%\" border=\"1\" cellspacing=\"0\" "
+                                         "cellpadding=\"5\"><tr><td>\\2</td></tr></table><p></p>"));
+}
+
 QPageLayout Page() {
     return {QPageSize(QPageSize::A4), QPageLayout::Portrait,
             QMarginsF(kMarginMm, kMarginMm, kMarginMm, kMarginMm), QPageLayout::Millimeter};
@@ -54,6 +80,7 @@ QPageLayout Page() {
 std::unique_ptr<QTextDocument> PrintableReport(std::string_view html) {
     QString text = ToQt(html);
     Remove(text, QStringLiteral("<style>"), QStringLiteral("</style>"));
+    TranslateLayout(text);
     auto document = std::make_unique<QTextDocument>();
     QFont font(QStringLiteral("sans-serif"), kFontPoints);
     font.setStyleHint(QFont::SansSerif);
@@ -66,7 +93,7 @@ std::unique_ptr<QTextDocument> PrintableReport(std::string_view html) {
 std::unique_ptr<QTextDocument> PrintableReport(const TFileResult& file) {
     const std::unique_ptr<IReportWriter> writer = NewReportWriter("html", {});
     std::ostringstream out;
-    TReportTotals totals;
+    TReportTotals totals(false);
     const TFileSummary summary(file);
     totals.Add(summary);
     writer->Begin(out);
