@@ -53,7 +53,9 @@ class TDialogTest : public testing::Test {
     template<class Control>
     static Control& Find(const QWidget& in, const char* name) {
         for (Control* control : in.findChildren<Control*>())
-            if (NameOf(*control) == QString::fromUtf8(name))
+            // A combo box answers what it shows as its name.
+            if (NameOf(*control) == QString::fromUtf8(name) ||
+                control->accessibleName() == QString::fromUtf8(name))
                 return *control;
         ADD_FAILURE() << "no " << name;
         std::abort();

@@ -90,10 +90,14 @@ TEST_F(FBatchValidation, ValidatesAFolderFileByFileAndOpensARow) {
                 ElementsAre("1.xml|Válido|4.01.00|0|1", "2.xml|Inválido|4.01.00|6|1", "4.xml|Inválido||1|0",
                             "3.XML|Válido|4.01.00|0|1", "falta.xml|Não verificado||1|0"));
     EXPECT_THAT(Rows(*table.model(), {6}),
-                ElementsAre("", "", "", HasSubstr("está também em 1.xml, linha"), "o arquivo não existe"));
+                ElementsAre("", "Guia 10000001 está também em 1.xml, linha 27, e mais 2", "",
+                            HasSubstr("está também em 1.xml, linha"), "o arquivo não existe"));
     EXPECT_EQ(dialog.findChild<QLabel*>()->text(), "5 arquivos: 2 válidos, 2 inválidos, 1 não verificado");
     table.sortByColumn(TBatchModel::kErrors, Qt::DescendingOrder);
     table.setCurrentIndex(table.model()->index(0, 0));
+    dialog.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    table.setFocus();
     QTest::keyClick(&table, Qt::Key_Return);
     ASSERT_EQ(opened.size(), 1);
     EXPECT_EQ(opened[0][0].toString(), ToQt((folder_ / "lotes/2.xml").string()));
@@ -139,7 +143,7 @@ TEST_F(FReport, HoldsTheFindingsGuideByGuideAndBecomesAPdf) {
     const std::string text = FromQt(PrintableReport(result)->toPlainText());
     EXPECT_THAT(text, AllOf(HasSubstr("consulta-4.01.00-com-erros.xml"), HasSubstr("10000002"),
                             HasSubstr("porém o esperado é 180.01"), HasSubstr("Alterar o valor para 180.01"),
-                            Not(HasSubstr("font-size"))));
+                            Not(HasSubstr("font-size")), Not(HasSubstr("exemplos/"))));
     EXPECT_LT(text.find("10000001"), text.find("10000003"));
     SaveReportPdf(result, folder_ / "r.pdf");
     const std::string pdf = ReadTestFile(folder_ / "r.pdf");
@@ -149,17 +153,22 @@ TEST_F(FReport, HoldsTheFindingsGuideByGuideAndBecomesAPdf) {
 }
 
 TEST_F(FReport, MessagesTellWhereWhatIsMissingIsImported) {
+    // A version of which no schema was published.
+    std::string approximate = ReadTestFile(Example("spsadt-3.05.00-valido.xml"));
+    for (std::size_t at = 0; (at = approximate.find("3.05.00")) != std::string::npos;)
+        approximate.replace(at, 7, "3.03.00");
+    WriteTestFile(folder_ / "aproximado.xml", approximate);
     const struct {
-        const char* File;
+        std::filesystem::path File;
         TMissingData Missing;
         std::size_t Least;
-    } cases[] = {{"consulta-4.01.00-com-erros.xml", TMissingData::Terminology, 1},
-                 {"monitoramento-1.06.00-valido.xml", TMissingData::Terminology, 2},
-                 {"spsadt-2.02.03-valido.xml", TMissingData::Schema, 1}};
+    } cases[] = {{Example("consulta-4.01.00-com-erros.xml"), TMissingData::Terminology, 1},
+                 {Example("monitoramento-1.06.00-valido.xml"), TMissingData::Terminology, 2},
+                 {folder_ / "aproximado.xml", TMissingData::Schema, 1}};
     for (const auto& c : cases) {
         std::size_t count = 0;
-        for (const auto& message :
-             Validator().ValidateFile(Example(c.File).string()).Validation.ValidationMessages) {
+        const TFileResult result = Validator().ValidateFile(c.File.string());
+        for (const auto& message : result.Validation.ValidationMessages) {
             const TMissingData missing = MissingDataOf(*message);
             count += missing == c.Missing ? 1 : 0;
             EXPECT_EQ(missing == TMissingData::Nothing,

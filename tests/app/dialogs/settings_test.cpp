@@ -92,7 +92,8 @@ TEST_F(FConfiguracoes, ImportsTerminologyThatIsDroppedAndFindsItsTerms) {
                     HasSubstr("Sem terminologia, não foi usado: "));
         Press(result, "Fechar");
     });
-    Drop(page, {Example("terminologia")});
+    WriteTestFile(folder_ / "leia.csv", "a;b\n1;2\n");
+    Drop(page, {Example("terminologia"), folder_ / "leia.csv"});
     EXPECT_FALSE(Button(page, "Importar arquivos...").isEnabled()) << "one import at a time";
     Wait([&] { return dialog.HasChanged(); });
     WaitFor(page.Work());

@@ -17,7 +17,7 @@ namespace conferix {
 
 namespace {
 
-constexpr QSize kSize(860, 620);
+constexpr QSize kSize(980, 640);
 const auto kTitle = QStringLiteral("Configurações");
 
 } // namespace

@@ -20,14 +20,15 @@ namespace conferix {
 
 namespace {
 
-constexpr qreal kMarginMm = 15;
 constexpr int kPdfDpi = 300;
+constexpr QSize kPreviewSize(900, 680);
 constexpr int kFontPoints = 9;
 
 /// What of the report's own style a text document can show, for paper.
 const auto kStyle = QStringLiteral(
     "h1 { font-size: 15pt; } h2 { font-size: 13pt; margin-top: 14pt; }"
-    "h3 { font-size: 11pt; margin-top: 12pt; } h4 { font-size: 9.5pt; margin-top: 8pt; margin-bottom: 2pt; }"
+    "h3 { font-size: 11pt; margin-top: 12pt; margin-bottom: 3pt; } h4 { font-size: 9.5pt; margin-top: 8pt; "
+    "margin-bottom: 2pt; }"
     "p { margin-top: 2pt; margin-bottom: 2pt; } a { color: #000000; text-decoration: none; }"
     "code, pre { font-family: 'Liberation Mono', 'DejaVu Sans Mono', monospace; font-size: 8pt; }"
     "pre { background-color: #f2f2f2; margin-top: 2pt; margin-bottom: 4pt; white-space: pre-wrap; }"
@@ -71,8 +72,8 @@ void TranslateLayout(QString& text) {
 }
 
 QPageLayout Page() {
-    return {QPageSize(QPageSize::A4), QPageLayout::Portrait,
-            QMarginsF(kMarginMm, kMarginMm, kMarginMm, kMarginMm), QPageLayout::Millimeter};
+    return {QPageSize(QPageSize::A4), QPageLayout::Portrait, QMarginsF(),
+            QPageLayout::Millimeter}; // printing a text document leaves two centimetres
 }
 
 } // namespace
@@ -94,7 +95,9 @@ std::unique_ptr<QTextDocument> PrintableReport(const TFileResult& file) {
     const std::unique_ptr<IReportWriter> writer = NewReportWriter("html", {});
     std::ostringstream out;
     TReportTotals totals(false);
-    const TFileSummary summary(file);
+    TFileSummary summary(file);
+    // Where the file lies is nobody's business who gets the report.
+    summary.Arquivo = FromQt(QFileInfo(ToQt(summary.Arquivo)).fileName());
     totals.Add(summary);
     writer->Begin(out);
     writer->AddFile(out, summary, writer->FileText(file));
@@ -112,6 +115,7 @@ void PrintReport(QWidget* owner, const TFileResult& file) {
     printer.setPageLayout(Page());
     printer.setDocName(document->metaInformation(QTextDocument::DocumentTitle));
     QPrintPreviewDialog preview(&printer, owner);
+    preview.resize(kPreviewSize);
     preview.setWindowTitle(QStringLiteral("Imprimir relatório"));
     QObject::connect(&preview, &QPrintPreviewDialog::paintRequested,
                      [&](QPrinter* paper) { document->print(paper); });
