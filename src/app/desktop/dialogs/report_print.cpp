@@ -56,6 +56,7 @@ void TranslateLayout(QString& text) {
         {"</span></span><span class=\"linha", "</span></span>\n<span class=\"linha"},
         {"class=\"numero\">▶ ", "class=\"numero\">&gt; "},
         {"</span><span class=\"codigo\">", "</span>  <span class=\"codigo\">"},
+        {"</span> <a href", "</span>: <a href"},
         {"<dl>", "<table cellspacing=\"0\" cellpadding=\"2\">"},
         {"<div><dt>", "<tr><td class=\"nomes\">"},
         {"</dt><dd>", "</td><td>"},
