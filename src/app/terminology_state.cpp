@@ -2,6 +2,7 @@
 
 #include "data/database_tuss.h"
 #include "data/import/recognizer.h"
+#include "data/plain_text.h"
 #include "data/tuss_connection.h"
 #include "platform/format_settings.h"
 #include "platform/platform.h"
@@ -104,7 +105,13 @@ std::string NotesOf(const TImportReport& report) {
 
 TFoundTerms SearchTerminology(const std::string& text, const std::string& table, std::size_t limit) {
     const TTussSearch search(TDatabaseTuss().DatabaseFileName());
+    constexpr std::size_t kFewestLetters = 3; // fewer stand at the beginning of half of all terms
     TFoundTerms found;
+    if (PlainText(text).size() < kFewestLetters) {
+        found.Note =
+            fmt::format("Escreva ao menos {} letras da descrição, ou o código inteiro.", kFewestLetters);
+        return found;
+    }
     if (text.find_first_not_of("0123456789") == std::string::npos) {
         found.Terms = search.Similar({}, text);
         std::erase_if(found.Terms, [&](const auto& term) { return !table.empty() && term.Tabela != table; });

@@ -1,5 +1,7 @@
 #include "report/batch_validation.h"
 
+#include "app/config.h"
+#include "app/installation.h"
 #include "model/tiss_kinds.h"
 #include "platform/platform.h"
 
@@ -85,6 +87,25 @@ std::string_view TBatchRow::VerdictText() const {
         return "Não verificado";
     }
     return "";
+}
+
+TValidationRecord TBatchRow::Record() const {
+    TValidationRecord record{File,
+                             {},
+                             Versao,
+                             std::nullopt,
+                             static_cast<std::int64_t>(Errors),
+                             static_cast<std::int64_t>(Warnings)};
+    if (Verdict && *Verdict != TVerdict::NotVerified)
+        record.Valid = *Verdict == TVerdict::Valid;
+    return record;
+}
+
+std::unique_ptr<TBatchValidation> TBatchValidation::OfInstalled(const std::vector<std::string>& names) {
+    return std::make_unique<TBatchValidation>(
+        TFileValidator(InstalledSchemas(), InstalledTerminology(),
+                       TConfig::GetEnabledValidations(TConfig::DefaultFile())),
+        ExpandFolders(names, true));
 }
 
 TBatchValidation::TBatchValidation(TFileValidator validator, std::vector<TInput> inputs)

@@ -4,6 +4,7 @@
 #include "app/file_validation.h"
 #include "app/input_files.h"
 #include "app/repeated_guides.h"
+#include "data/file_history.h"
 #include "report/report_writer.h"
 
 #include <cstddef>
@@ -26,6 +27,8 @@ struct TBatchRow {
     std::string Note; ///< why it could not be judged, and guides that another file holds as well
 
     std::string_view VerdictText() const;
+    /// What the history keeps of a validated file.
+    TValidationRecord Record() const;
 };
 
 /// Validates files, each when it is asked to; who shows them lives on between two of them. Reports are made
@@ -33,6 +36,9 @@ struct TBatchRow {
 class TBatchValidation {
   public:
     TBatchValidation(TFileValidator validator, std::vector<TInput> inputs);
+    /// Files and folders, with their subfolders, by the installed schemas and terminology and the rules that
+    /// are switched on. Raises EInvalidConfig.
+    static std::unique_ptr<TBatchValidation> OfInstalled(const std::vector<std::string>& names);
     ~TBatchValidation();
     TBatchValidation(const TBatchValidation&) = delete;
     TBatchValidation& operator=(const TBatchValidation&) = delete;
@@ -60,7 +66,7 @@ class TBatchValidation {
     std::vector<TInput> inputs_;
     std::vector<TBatchRow> rows_;
     std::size_t done_ = 0;
-    TReportTotals totals_;
+    TReportTotals totals_{false};
     std::vector<TFileSummary> summaries_;
     std::vector<std::unique_ptr<TSpool>> spools_; ///< one a format
     TRepeatedGuides repeated_;

@@ -53,7 +53,9 @@ class TDialogTest : public testing::Test {
     template<class Control>
     static Control& Find(const QWidget& in, const char* name) {
         for (Control* control : in.findChildren<Control*>())
-            if (NameOf(*control) == QString::fromUtf8(name))
+            // A combo box answers what it shows as its name.
+            if (NameOf(*control) == QString::fromUtf8(name) ||
+                control->accessibleName() == QString::fromUtf8(name))
                 return *control;
         ADD_FAILURE() << "no " << name;
         std::abort();
@@ -66,6 +68,19 @@ class TDialogTest : public testing::Test {
         QAccessibleInterface* const seen =
             QAccessible::queryAccessibleInterface(const_cast<QWidget*>(&control));
         return seen->text(QAccessible::Name);
+    }
+    /// What Tab reaches in a window has a name for who cannot see it.
+    static void ExpectNames(const QWidget& window) {
+        int reached = 0;
+        for (const QWidget* control : window.findChildren<QWidget*>()) {
+            if ((control->focusPolicy() & Qt::TabFocus) == 0 || !control->isVisible() ||
+                control->focusProxy() != nullptr)
+                continue;
+            ++reached;
+            EXPECT_FALSE(NameOf(*control).isEmpty())
+                << FromQt(window.windowTitle()) << ": " << control->metaObject()->className();
+        }
+        EXPECT_GT(reached, 1);
     }
     /// Waits until something holds; fails where it does not come to that.
     static void Wait(const std::function<bool()>& holds) { EXPECT_TRUE(QTest::qWaitFor(holds, 20'000)); }
@@ -103,7 +118,7 @@ class TDialogTest : public testing::Test {
         }
     }
 
-    QObject timers_; ///< ends with the test
+    QObject timers_;                ///< ends with the test
     const QWidget* seen_ = nullptr; ///< the dialog that is being visited
     std::vector<QString> answers_;
     std::vector<std::function<void(QDialog&)>> visits_;

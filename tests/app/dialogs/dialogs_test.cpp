@@ -59,6 +59,7 @@ TEST_F(FSolverSelect, OffersTheCorrectionsInOrderWithTheFirstChosen) {
     TFSolverSelect dialog(solvers);
     dialog.show();
     EXPECT_EQ(dialog.windowTitle(), "Confirmação");
+    ExpectNames(dialog);
     EXPECT_EQ(dialog.size(), QSize(482, 217));
     EXPECT_EQ(dialog.minimumSize(), dialog.maximumSize()) << "a fixed border";
     EXPECT_FALSE(dialog.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
@@ -129,6 +130,7 @@ TEST_F(FConfiguracaoValidacoes, RefusesWhatIsRequiredAndSavesTheRest) {
     Answer({"OK"});
     Visit([&](QDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Ativar/Desativar Validações");
+        ExpectNames(dialog);
         EXPECT_EQ(dialog.findChild<QLabel*>()->text(),
                   "Marque as validações que você deseja ativar e desmarque as que você deseja desativar.");
         EXPECT_EQ(Tree(dialog).currentIndex().data().toString(), ToQt(description)) << "preselected";
@@ -213,6 +215,7 @@ TEST_F(FProxySettings, ShowsWhatIsStoredAndRefusesKeys) {
     TFProxySettings dialog{TProxySettings()};
     dialog.show();
     EXPECT_EQ(dialog.windowTitle(), "Configurações de Proxy");
+    ExpectNames(dialog);
     Find<QGroupBox>(dialog, "Configuração de proxy para acesso à internet");
     EXPECT_THAT(ChoicesOf(dialog),
                 ElementsAre("Conexão direta com a internet", "Detecção automática das configurações de proxy",
@@ -337,6 +340,7 @@ TEST_F(FVersionConverter, AsksForTheRegimeWhereVersion4BeginsToDemandIt) {
     Visit(select);
     Visit([](QDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Regime de Atendimento");
+        ExpectNames(dialog);
         EXPECT_THAT(FromQt(dialog.findChild<QLabel*>()->text()), HasSubstr("tabela 76"));
         auto& regimes = Find<QComboBox>(dialog, "Valor do Regime de Atendimento");
         QStringList offered;

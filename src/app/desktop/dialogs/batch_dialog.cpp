@@ -19,12 +19,16 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <array>
+
 namespace conferix {
 
 namespace {
 
-constexpr QSize kSize(900, 520);
-constexpr int kFileWidth = 240;
+constexpr QSize kSize(1080, 560);
+constexpr int kRowGap = 8; ///< above and below the text of a row, together
+/// Width of the columns before the last, in letters.
+constexpr std::array<int, TBatchModel::kNote> kLetters = {38, 20, 10, 38, 10, 10};
 const auto kTitle = QStringLiteral("Validar vários arquivos");
 
 /// The sign of a verdict, which its text says as well.
@@ -125,11 +129,14 @@ TFBatchValidation::TFBatchValidation(std::unique_ptr<TBatchValidation> batch, QW
     table_->setAlternatingRowColors(true);
     table_->setWordWrap(false);
     table_->verticalHeader()->hide();
+    table_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRowGap);
     table_->horizontalHeader()->setHighlightSections(false);
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
     table_->setSortingEnabled(true);
-    table_->setColumnWidth(TBatchModel::kFile, kFileWidth);
+    const int letter = fontMetrics().averageCharWidth();
+    for (int column = 0; column < TBatchModel::kNote; ++column)
+        table_->setColumnWidth(column, kLetters[static_cast<std::size_t>(column)] * letter);
     shown_->setAccessibleName(QStringLiteral("Mostrar"));
     shown_->addItem(QStringLiteral("Todos"), QString());
     for (const char* verdict : {"Inválido", "Não verificado", "Válido"})

@@ -6,6 +6,12 @@
 
 namespace conferix {
 
+namespace {
+
+constexpr int kRowGap = 8; ///< above and below the text of a row, together
+
+} // namespace
+
 TCellTable::TCellTable(const QString& name, const QStringList& columns, int wide, QWidget* parent)
     : QTableWidget(parent) {
     setAccessibleName(name);
@@ -18,6 +24,7 @@ TCellTable::TCellTable(const QString& name, const QStringList& columns, int wide
     setAlternatingRowColors(true);
     setWordWrap(false);
     verticalHeader()->hide();
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRowGap);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     horizontalHeader()->setSectionResizeMode(wide, QHeaderView::Stretch);

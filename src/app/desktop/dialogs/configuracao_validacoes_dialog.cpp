@@ -46,7 +46,6 @@ TFConfiguracaoValidacoes::TFConfiguracaoValidacoes(TConfig config, std::filesyst
     resize(kSize);
     const QModelIndex first = model_->IndexOf(rules_.Find(name).value_or(0));
     tree_->setCurrentIndex(first);
-    tree_->scrollTo(first, QAbstractItemView::PositionAtCenter);
     tree_->setFocus();
 }
 
@@ -59,6 +58,12 @@ bool TFConfiguracaoValidacoes::Abrir(QWidget* owner, std::string_view name,
         ShowFailure(owner, ToQt(TConfiguracaoValidacoes::kTitle), error.what());
     }
     return false;
+}
+
+void TFConfiguracaoValidacoes::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    // Before, the tree has no height in which a row could be the middle one.
+    tree_->scrollTo(tree_->currentIndex(), QAbstractItemView::PositionAtCenter);
 }
 
 void TFConfiguracaoValidacoes::accept() {

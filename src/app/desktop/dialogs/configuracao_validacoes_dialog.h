@@ -32,6 +32,9 @@ class TFConfiguracaoValidacoes : public QDialog {
     /// Ends without saving, unless there are changes that the user does not want to lose.
     void reject() override;
 
+  protected:
+    void showEvent(QShowEvent* event) override;
+
   private:
     TConfiguracaoValidacoes rules_;
     std::filesystem::path file_;

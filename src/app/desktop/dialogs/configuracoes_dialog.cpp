@@ -9,6 +9,7 @@
 
 #include <QHBoxLayout>
 #include <QPushButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -16,7 +17,7 @@ namespace conferix {
 
 namespace {
 
-constexpr QSize kSize(860, 620);
+constexpr QSize kSize(980, 640);
 const auto kTitle = QStringLiteral("Configurações");
 
 } // namespace
@@ -29,6 +30,7 @@ TFConfiguracoes::TFConfiguracoes(TSettingsPage page, QWidget* owner)
     pages->addTab(terminologia_, QStringLiteral("&Terminologia"));
     pages->addTab(schemas_, QStringLiteral("&Schemas"));
     pages->addTab(atualizacoes_, QStringLiteral("&Atualizações"));
+    pages->tabBar()->setAccessibleName(QStringLiteral("Páginas"));
     pages->setCurrentIndex(static_cast<int>(page));
     auto* const close = new QPushButton(QStringLiteral("Fechar"), this);
     close->setAutoDefault(false);
@@ -57,6 +59,8 @@ TFConfiguracoes::TFConfiguracoes(TSettingsPage page, QWidget* owner)
 bool TFConfiguracoes::Abrir(QWidget* owner, TSettingsPage page) {
     try {
         TFConfiguracoes dialog(page, owner);
+        if (page == TSettingsPage::Atualizacoes && !TUpdateSettings().Address.empty())
+            dialog.Atualizacoes().Check(); // that is what the user came for
         dialog.exec();
         return dialog.HasChanged();
     } catch (const EFileNotRead& error) { // Conferix.ini

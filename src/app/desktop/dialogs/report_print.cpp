@@ -11,6 +11,7 @@
 #include <QPdfWriter>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
+#include <QRegularExpression>
 #include <QTextDocument>
 
 #include <sstream>
@@ -19,14 +20,15 @@ namespace conferix {
 
 namespace {
 
-constexpr qreal kMarginMm = 15;
 constexpr int kPdfDpi = 300;
+constexpr QSize kPreviewSize(900, 680);
 constexpr int kFontPoints = 9;
 
 /// What of the report's own style a text document can show, for paper.
 const auto kStyle = QStringLiteral(
     "h1 { font-size: 15pt; } h2 { font-size: 13pt; margin-top: 14pt; }"
-    "h3 { font-size: 11pt; margin-top: 12pt; } h4 { font-size: 9.5pt; margin-top: 8pt; margin-bottom: 2pt; }"
+    "h3 { font-size: 11pt; margin-top: 12pt; margin-bottom: 3pt; } h4 { font-size: 9.5pt; margin-top: 8pt; "
+    "margin-bottom: 2pt; }"
     "p { margin-top: 2pt; margin-bottom: 2pt; } a { color: #000000; text-decoration: none; }"
     "code, pre { font-family: 'Liberation Mono', 'DejaVu Sans Mono', monospace; font-size: 8pt; }"
     "pre { background-color: #f2f2f2; margin-top: 2pt; margin-bottom: 4pt; white-space: pre-wrap; }"
@@ -44,9 +46,35 @@ void Remove(QString& text, const QString& first, const QString& last) {
         text.remove(start, end + last.size() - start);
 }
 
+/// What stands in the report for its own style, put as a text document knows it: lines of an excerpt end in
+/// line breaks, labels and values are the cells of a table, a finding is a framed cell.
+void TranslateLayout(QString& text) {
+    const struct {
+        const char* From;
+        const char* To;
+    } kParts[] = {
+        {"</span></span><span class=\"linha", "</span></span>\n<span class=\"linha"},
+        {"class=\"numero\">▶ ", "class=\"numero\">&gt; "},
+        {"</span><span class=\"codigo\">", "</span>  <span class=\"codigo\">"},
+        {"</span> <a href", "</span>: <a href"},
+        {"<dl>", "<table cellspacing=\"0\" cellpadding=\"2\">"},
+        {"<div><dt>", "<tr><td class=\"nomes\">"},
+        {"</dt><dd>", "</td><td>"},
+        {"</dd></div>", "</td></tr>"},
+        {"</dl>", "</table>"},
+    };
+    for (const auto& part : kParts)
+        text.replace(QString::fromUtf8(part.From), QString::fromUtf8(part.To));
+    static const QRegularExpression finding(
+        QStringLiteral("<article class=\"(achado[^\"]*)\">(.*?)</article>"),
+        QRegularExpression::DotMatchesEverythingOption);
+    text.replace(finding, QStringLiteral("<table class=\"\\1\" width=\"100%\" border=\"1\" cellspacing=\"0\" "
+                                         "cellpadding=\"5\"><tr><td>\\2</td></tr></table><p></p>"));
+}
+
 QPageLayout Page() {
-    return {QPageSize(QPageSize::A4), QPageLayout::Portrait,
-            QMarginsF(kMarginMm, kMarginMm, kMarginMm, kMarginMm), QPageLayout::Millimeter};
+    return {QPageSize(QPageSize::A4), QPageLayout::Portrait, QMarginsF(),
+            QPageLayout::Millimeter}; // printing a text document leaves two centimetres
 }
 
 } // namespace
@@ -54,6 +82,7 @@ QPageLayout Page() {
 std::unique_ptr<QTextDocument> PrintableReport(std::string_view html) {
     QString text = ToQt(html);
     Remove(text, QStringLiteral("<style>"), QStringLiteral("</style>"));
+    TranslateLayout(text);
     auto document = std::make_unique<QTextDocument>();
     QFont font(QStringLiteral("sans-serif"), kFontPoints);
     font.setStyleHint(QFont::SansSerif);
@@ -66,8 +95,10 @@ std::unique_ptr<QTextDocument> PrintableReport(std::string_view html) {
 std::unique_ptr<QTextDocument> PrintableReport(const TFileResult& file) {
     const std::unique_ptr<IReportWriter> writer = NewReportWriter("html", {});
     std::ostringstream out;
-    TReportTotals totals;
-    const TFileSummary summary(file);
+    TReportTotals totals(false);
+    TFileSummary summary(file);
+    // Where the file lies is nobody's business who gets the report.
+    summary.Arquivo = FromQt(QFileInfo(ToQt(summary.Arquivo)).fileName());
     totals.Add(summary);
     writer->Begin(out);
     writer->AddFile(out, summary, writer->FileText(file));
@@ -85,6 +116,7 @@ void PrintReport(QWidget* owner, const TFileResult& file) {
     printer.setPageLayout(Page());
     printer.setDocName(document->metaInformation(QTextDocument::DocumentTitle));
     QPrintPreviewDialog preview(&printer, owner);
+    preview.resize(kPreviewSize);
     preview.setWindowTitle(QStringLiteral("Imprimir relatório"));
     QObject::connect(&preview, &QPrintPreviewDialog::paintRequested,
                      [&](QPrinter* paper) { document->print(paper); });

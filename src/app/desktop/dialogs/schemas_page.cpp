@@ -3,9 +3,9 @@
 #include "app/desktop/dialogs/cell_table.h"
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/dialogs/work_bar.h"
+#include "app/installation.h"
 #include "data/constantes.h"
 #include "platform/platform.h"
-#include "schema_model/built_in_folders.h"
 
 #include <QDateTime>
 #include <QDragEnterEvent>
@@ -25,10 +25,6 @@ namespace conferix {
 namespace {
 
 const auto kTitle = QStringLiteral("Schemas");
-
-TSchemaFolder Folder() {
-    return TSchemaFolder(TConstantes::SchemaTissDirectory(), BuiltInSchemaFolder());
-}
 
 } // namespace
 
@@ -87,7 +83,7 @@ void TSchemasPage::Refresh() {
     const auto schemas = std::make_shared<std::vector<TMainSchema>>();
     work_->Run(
         TWorkKind::Reading, QStringLiteral("Lendo os schemas..."),
-        [schemas](const TWork&) { *schemas = ListSchemas(Folder()); },
+        [schemas](const TWork&) { *schemas = ListSchemas(InstalledSchemas()); },
         [this, schemas](const std::exception_ptr& failure) {
             if (failure != nullptr) {
                 folder_->setText(ReasonOf(failure));
@@ -99,7 +95,7 @@ void TSchemasPage::Refresh() {
 }
 
 void TSchemasPage::ShowSchemas() {
-    const QString folder = ToQt(PathText(Folder().Folder()));
+    const QString folder = ToQt(PathText(InstalledSchemas().Folder()));
     folder_->setText(QStringLiteral("Pasta dos schemas importados: ") + folder);
     std::vector<QStringList> rows;
     for (const TMainSchema& schema : schemas_) {
@@ -160,7 +156,7 @@ void TSchemasPage::GoBack() {
                       " serão removidos, e voltam a valer os que vieram com o programa. Confirma?"))
         return;
     try {
-        RemoveSchemas(Folder(), schema.Versao);
+        RemoveSchemas(InstalledSchemas(), schema.Versao);
         emit Changed();
     } catch (const std::exception& error) {
         ShowFailure(this, kTitle, error.what());

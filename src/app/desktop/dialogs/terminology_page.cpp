@@ -64,7 +64,7 @@ TTerminologyPage::TTerminologyPage(QWidget* parent)
       tables_(
           new TCellTable(QStringLiteral("Tabelas da terminologia"),
                          {QStringLiteral("Tabela"), QStringLiteral("Descrição"), QStringLiteral("Situação"),
-                          QStringLiteral("Termos"), QStringLiteral("Vigência mais recente"),
+                          QStringLiteral("Termos"), QStringLiteral("Início mais recente"),
                           QStringLiteral("Importada em"), QStringLiteral("Arquivo")},
                          6, this)),
       importFiles_(new QPushButton(QStringLiteral("&Importar arquivos..."), this)),
@@ -89,6 +89,7 @@ TTerminologyPage::TTerminologyPage(QWidget* parent)
     words_->setPlaceholderText(QStringLiteral("Palavras da descrição, ou um código"));
     words_->setClearButtonEnabled(true);
     words_->setAccessibleName(QStringLiteral("Procurar termos"));
+    table_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     table_->setAccessibleName(QStringLiteral("Tabela em que procurar"));
     found_->setTextFormat(Qt::PlainText);
 

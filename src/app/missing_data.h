@@ -1,0 +1,15 @@
+#pragma once
+
+#include "xml/xml_message.h"
+
+#include <cstdint>
+
+namespace conferix {
+
+/// What is not installed that a validation would have needed.
+enum class TMissingData : std::uint8_t { Nothing, Terminology, Schema };
+
+/// What a message says is missing, so that the user can be led to where it is imported.
+TMissingData MissingDataOf(const TXmlMessage& message);
+
+} // namespace conferix
