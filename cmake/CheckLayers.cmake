@@ -5,6 +5,8 @@ cmake_minimum_required(VERSION 3.23)
 
 # What a header between angle brackets belongs to; one of the targets has to be declared.
 set(external_headers
+    "^Q[A-Z][A-Za-z]+$" Qt6::Widgets
+    "^Qsci/" qscintilla
     "^SQLiteCpp/" SQLiteCpp
     "^SimpleIni\\.h$" PkgConfig::SIMPLEINI
     "^boost/" Boost::headers

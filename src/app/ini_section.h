@@ -10,8 +10,8 @@ namespace conferix {
 /// know stay as they are when the file is written.
 class TIniSection {
   public:
-    /// "Conferix.ini" beside the executable, or in the data folder where the program is installed for all users;
-    /// CONFERIX_INI names another file.
+    /// "Conferix.ini" beside the executable, or in the data folder where the program is installed for all
+    /// users; CONFERIX_INI names another file.
     static std::filesystem::path DefaultFile();
 
     const std::filesystem::path& FileName() const { return file_; }

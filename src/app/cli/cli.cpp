@@ -85,7 +85,7 @@ std::unique_ptr<TValidadorController> TCliContext::NewController(TDBConnectionFa
 }
 
 void TCliContext::Error(const std::string& text) const {
-    Errors->push_back(text);
+    Told->Errors.push_back(text);
     Streams.Err << "conferix: erro: " << Visible(text) << std::endl;
 }
 
@@ -219,8 +219,10 @@ int RunCli(const std::vector<std::string>& words, TCliStreams given) {
         context.Error(error.what());
     }
     const std::string format = AskedFormat(words);
-    if (status != kExitValid && !noted.Any() && (format == "json" || format == "ndjson"))
-        out << JsonText({{"erro", ErrorJson(status, *context.Errors)}}, format == "json" ? 2 : -1) << '\n';
+    if (status != kExitValid && !noted.Any() && !context.Told->Answered &&
+        (format == "json" || format == "ndjson"))
+        out << JsonText({{"erro", ErrorJson(status, context.Told->Errors)}}, format == "json" ? 2 : -1)
+            << '\n';
     out.flush();
     if (!out) {
         context.Error("a saída não pôde ser gravada");

@@ -108,7 +108,7 @@ class TConverterCommand {
 
   private:
     int Convert(const std::string& name) {
-        const std::size_t told = context_.Errors->size();
+        const std::size_t told = context_.Told->Errors.size();
         const int status = RunOnFile(context_, name, [&](const TTissFile& file) {
             const TConvertedLote lote =
                 ConvertLote(*file.Load(), options_.Para, conversion_, context_.Schemas());
@@ -117,8 +117,8 @@ class TConverterCommand {
             return kExitValid;
         });
         if (context_.Json() && status != kExitValid && options_.Arquivos.size() > 1)
-            reports_.push_back(
-                {{"arquivo", name}, {"erro", ErrorJson(status, std::span(*context_.Errors).subspan(told))}});
+            reports_.push_back({{"arquivo", name},
+                                {"erro", ErrorJson(status, std::span(context_.Told->Errors).subspan(told))}});
         return status;
     }
 

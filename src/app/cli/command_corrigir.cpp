@@ -108,7 +108,7 @@ class TCorrection {
         }
         const TTissFile after = before.WithText(result.Xml, controller_->Encoding());
         if ((options_.Todas || options_.Estrutura) && !options_.Simular)
-            LogCorrections(options_.Arquivo, result.Applied);
+            LogCorrections(file_, result.Applied);
         RequireFreeName();
         Write(before, after);
         const std::string renamed = Rename(after);

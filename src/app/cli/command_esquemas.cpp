@@ -1,5 +1,4 @@
 #include "app/cli/commands.h"
-#include "app/schema_folder.h"
 #include "app/schema_import.h"
 #include "app/schema_package.h"
 #include "platform/platform.h"

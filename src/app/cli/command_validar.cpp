@@ -275,6 +275,7 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
     output.Finish();
     if (!options.Saida.empty())
         WriteFileAtomically(PathFromText(options.Saida), report.view());
+    context.Told->Answered = true;
     return output.Status(shown.FailingLevel());
 }
 

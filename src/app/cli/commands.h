@@ -23,6 +23,12 @@ class EUsage : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// What a run has told.
+struct TTold {
+    std::vector<std::string> Errors; ///< by TCliContext::Error, in that order
+    bool Answered = false;           ///< elsewhere than on standard output, or nowhere as the user wished
+};
+
 /// Options common to all commands, and the streams.
 struct TCliContext {
     TCliStreams Streams;
@@ -30,8 +36,7 @@ struct TCliContext {
     std::string Esquemas;     ///< folder; empty: the one in the data folder
     std::string Terminologia; ///< file; empty: the one delivered with the program
     std::string Config;       ///< file; empty: the one in the data folder
-    /// What Error() told, in that order.
-    std::shared_ptr<std::vector<std::string>> Errors = std::make_shared<std::vector<std::string>>();
+    std::shared_ptr<TTold> Told = std::make_shared<TTold>();
 
     bool Json() const { return Formato == "json"; }
     std::filesystem::path SchemaFolder() const;
@@ -185,7 +190,7 @@ struct TServirOptions {
     std::string Endereco = "127.0.0.1";
     int Porta = 8080; ///< 0: a free one
     int CorpoMaximo = 64;
-    int Memoria = 256;            ///< of all bodies together
+    int Memoria = 256;                 ///< of all bodies together
     std::optional<unsigned> Execucoes; ///< at a time; nothing: as many as there are processors
     int Fila = 16;
     int Conexoes = 256;

@@ -44,10 +44,6 @@ const std::array<TShownSeverity, 3>& ShownSeverities() {
     return kShown;
 }
 
-QString RuleName(const TXmlMessage& message) {
-    return message.Rule() != nullptr ? ToQt(message.Rule()->Name) : QString();
-}
-
 } // namespace
 
 TMessagePanel::TMessagePanel(const QString& name, QWidget* parent)
@@ -312,7 +308,7 @@ void TMessagePanel::ShowDetails() {
             ReasonOf(message).toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br/>"));
     if (message.Rule() != nullptr)
         text += QStringLiteral("<br/><i>%1</i> (%2)")
-                    .arg(ToQt(message.Rule()->Description).toHtmlEscaped(), RuleName(message));
+                    .arg(ToQt(message.Rule()->Description).toHtmlEscaped(), ToQt(RuleName(message)));
     details_->setHtml(text + QStringLiteral("</p>"));
     if (message.Kind() == TFindingKind::Run && message.MsgType() == TMessageType::mtWarning) {
         auto* button = new QPushButton(QStringLiteral("Terminologia e schemas..."));
@@ -350,7 +346,7 @@ void TMessagePanel::ShowMenu(const QPoint& place) {
                                .trimmed()
                                .replace(QLatin1Char('&'), QStringLiteral("&&")),
                            this, [this, message = *current, i] { emit CorrectionWanted(message, i); });
-        const QString rule = RuleName(message);
+        const QString rule = ToQt(RuleName(message));
         const auto ofRule = [&](const QString& text, void (TMessagePanel::*wanted)(const QString&),
                                 bool enabled) {
             menu.addAction(text, this, [this, rule, wanted] { emit(this->*wanted)(rule); })
