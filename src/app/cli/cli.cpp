@@ -172,7 +172,7 @@ class TNotedOutput : public std::streambuf {
 std::string AskedFormat(const std::vector<std::string>& words) {
     constexpr std::string_view kOption = "--formato";
     std::string format;
-    for (std::size_t i = 0; i < words.size(); ++i)
+    for (std::size_t i = 0; i < words.size() && words[i] != "--"; ++i)
         if (words[i] == kOption && i + 1 < words.size())
             format = words[i + 1];
         else if (words[i].starts_with(std::string(kOption) + "="))

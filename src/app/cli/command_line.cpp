@@ -94,7 +94,8 @@ class TParser {
     }
 
     bool AsksForHelp() const {
-        return std::ranges::any_of(words_, [this](const std::string& word) {
+        const auto arguments = std::ranges::find(words_, "--"); // what follows is no option
+        return std::any_of(words_.begin(), arguments, [this](const std::string& word) {
             const TParameter* option = root_.FindOption(word);
             return option != nullptr && option->Name == "--ajuda";
         });
