@@ -13,9 +13,9 @@ namespace conferix {
 
 /// One validation; nothing of what the file says stands in it.
 struct TValidationRecord {
-    std::string File;   ///< path
-    std::string Time;   ///< YYYY-MM-DD HH:MM:SS, local time; set by the history
-    std::string Versao; ///< of the standard; empty where the file was not identified
+    std::string File;          ///< path
+    std::string Time;          ///< YYYY-MM-DD HH:MM:SS, local time; set by the history
+    std::string Versao;        ///< of the standard; empty where the file was not identified
     std::optional<bool> Valid; ///< nothing where something other than the file kept it from being judged
     std::int64_t Errors = 0;
     std::int64_t Warnings = 0;

@@ -49,8 +49,8 @@ class THtmlFile {
     THtmlFile(const TFileResult& file, const TReportOptions& options)
         : file_(file), excerpts_(file.Text != nullptr ? std::string_view(*file.Text) : std::string_view()),
           listed_(MessagesOf(ListedMessages(file.Validation, options))) {
-        groups_ = options.Detalhar ? UngroupedMessages(listed_)
-                                   : GroupMessages(listed_, file.Validation.Unlisted);
+        groups_ =
+            options.Detalhar ? UngroupedMessages(listed_) : GroupMessages(listed_, file.Validation.Unlisted);
     }
 
     std::string Text() {

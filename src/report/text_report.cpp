@@ -156,8 +156,7 @@ std::string TTextReport::FileText(const TFileResult& file) const {
     if (options_.Resumo)
         return SummaryLine(file);
     const TValidateArgs& result = file.Validation;
-    std::string text = palette_.Bold(Visible(result.FileName)) + '\n' + Kind(file) +
-                       MessageLines(result);
+    std::string text = palette_.Bold(Visible(result.FileName)) + '\n' + Kind(file) + MessageLines(result);
     const std::size_t errors = result.Counts.Failures();
     const std::size_t warnings = result.Counts.Warnings();
     if (!result.Verified) {
