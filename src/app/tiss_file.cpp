@@ -59,12 +59,7 @@ void TTissFile::Write(const std::filesystem::path& file, const std::filesystem::
 }
 
 std::filesystem::path TTissFile::WriteBeside(const std::filesystem::path& file) const {
-    std::filesystem::path beside = file;
-    beside += ".conferix-novo";
-    std::error_code unreadable;
-    for (int number = 2; std::filesystem::exists(std::filesystem::symlink_status(beside, unreadable));
-         ++number)
-        (beside = file) += ".conferix-novo-" + std::to_string(number);
+    const std::filesystem::path beside = FreeName(file, ".conferix-novo");
     WriteCopyAtomically(beside, Bytes(), file);
     return beside;
 }

@@ -215,6 +215,16 @@ void WriteFileAtomically(const fs::path& file, std::string_view bytes,
         });
 }
 
+fs::path FreeName(const fs::path& file, const std::string& suffix) {
+    fs::path free = file;
+    free += suffix;
+    std::error_code unreadable;
+    for (int number = 2; fs::exists(fs::symlink_status(free, unreadable)); ++number) {
+        (free = file) += suffix + '-' + std::to_string(number);
+    }
+    return free;
+}
+
 void WriteCopyAtomically(const fs::path& file, std::string_view bytes, const fs::path& original) {
     Replace(
         file, bytes, std::nullopt,

@@ -33,8 +33,10 @@ void CheckOptions(const TCliContext& context, const TCorrigirOptions& options) {
         throw EUsage("escolha o que corrigir, com --mensagem N, --estrutura, --todas ou --codificacao");
     if (options.Copia && options.Saida.empty() && !options.NoLugar)
         throw EUsage("--copia guarda o arquivo que é substituído; use com --no-lugar ou --saida ARQUIVO");
-    const bool input = std::ranges::find(options.Arquivos, "-") != options.Arquivos.end();
-    if (options.NoLugar && input)
+    const auto inputs = std::ranges::count(options.Arquivos, "-");
+    if (inputs > 1)
+        throw EUsage("a entrada padrão só pode ser lida uma vez");
+    if (options.NoLugar && inputs != 0)
         throw EUsage("a entrada padrão não pode ser corrigida no lugar; use --saida ARQUIVO");
     if (options.Arquivos.size() > 1) {
         if (options.Mensagem != 0)
@@ -251,10 +253,7 @@ class TCorrection {
     }
 
     void Replace(const TTissFile& after, const std::filesystem::path& file) const {
-        std::filesystem::path copy;
-        if (options_.Copia)
-            (copy = file) += ".bak";
-        after.Write(file, copy);
+        after.Write(file, options_.Copia ? FreeName(file, ".bak") : std::filesystem::path());
     }
 
     /// The name that the corrected file would have, where its name carries its hash; empty for none.

@@ -59,7 +59,7 @@ const TCommand& ChildOf(const TCommand& group, bool top, const std::string& word
     std::error_code ignored;
     if (hint.empty() && top && std::filesystem::exists(PathFromText(word), ignored))
         hint = fmt::format(" Para validar esse arquivo: conferix validar {}", word);
-    else if (hint.empty() && !top)
+    else if (hint.empty() && !top && group.IsGroup())
         hint = fmt::format(" Use {}.", Enumerated(WordsOf(group)));
     throw ECommandLine(top ? fmt::format("Comando desconhecido: \"{}\".{}", word, hint)
                            : fmt::format("Comando desconhecido de \"{}\": \"{}\".{}", group.Name, word, hint),

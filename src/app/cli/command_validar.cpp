@@ -44,6 +44,7 @@ void CheckOptions(const TCliContext& context, const TValidarOptions& options) {
     const bool counts = text || ndjson || context.Json();
     const bool hidden = options.Silencioso && options.Saida.empty();
     const std::pair<bool, const char*> refusals[] = {
+        {options.Saida == "-", "sem --saida, o relatório já vai para a saída padrão"},
         {options.Arquivos.empty() && options.Lista.empty(),
          "falta o que validar: nomes de arquivos ou pastas, ou --lista ARQUIVO"},
         {options.Lista == "-" && std::ranges::count(options.Arquivos, "-") != 0,

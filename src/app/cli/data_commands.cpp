@@ -51,7 +51,7 @@ void AddRegras(TCommand& root) {
     command.Formats = {"texto", "json", "markdown"};
     command.Examples = {{"conferix regras", "mostra as regras e quais estão ativas"},
                         {"conferix regras --explicar tiss.mensagem.hash", "explica uma regra"},
-                        {"conferix regras --desativar tiss.mensagem.loteguias.consulta.sequencial",
+                        {"conferix regras --desativar tiss.mensagem.loteguias.spsadt.sequencial",
                          "deixa de aplicar uma regra"}};
     command.Run = [options](const TCliContext& context) { return RunRegras(context, *options); };
     root.Commands.push_back(std::move(command));

@@ -89,7 +89,7 @@ void AddValidar(TCommand& root) {
     };
     command.Formats = {"texto", "json", "ndjson", "sarif", "junit", "csv", "html"};
     command.WhenZero = "todos os arquivos são válidos";
-    command.WhenOne = "há arquivo inválido";
+    command.WhenOne = "há arquivo inválido, ou mensagem que --nivel faz contar";
     command.Examples = {
         {"conferix validar lote.xml", "mostra o que há de errado no arquivo"},
         {"conferix validar enviar/ --formato ndjson",
@@ -154,7 +154,7 @@ void AddCorrigir(TCommand& root) {
          .To = &options->NoLugar,
          .Excludes = {"--saida"}},
         {.Name = "--copia",
-         .Description = "Guarda o arquivo substituído como ARQUIVO.bak",
+         .Description = "Guarda o arquivo substituído como ARQUIVO.bak (se já existe, ARQUIVO.bak-2, e assim por diante)",
          .To = &options->Copia},
         {.Name = "--renomear",
          .Description = "Dá o nome novo ao arquivo cujo nome leva o hash",
