@@ -59,7 +59,7 @@ void TTissFile::Write(const std::filesystem::path& file, const std::filesystem::
 }
 
 std::filesystem::path TTissFile::WriteBeside(const std::filesystem::path& file) const {
-    const std::filesystem::path beside = FreeName(file, ".conferix-novo");
+    std::filesystem::path beside = FreeName(file, ".conferix-novo");
     WriteCopyAtomically(beside, Bytes(), file);
     return beside;
 }

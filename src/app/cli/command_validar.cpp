@@ -17,7 +17,6 @@
 #include <new>
 #include <optional>
 #include <ostream>
-#include <ranges>
 #include <set>
 #include <sstream>
 #include <system_error>
@@ -31,9 +30,8 @@ namespace {
 std::vector<std::string> EnabledRules(const TCliContext& context, const std::vector<std::string>& disabled) {
     TConfig config = context.LoadConfig();
     std::vector<std::string> names;
-    for (const std::string& list : disabled)
-        for (const auto part : std::views::split(list, ','))
-            names.emplace_back(TrimXmlSpace(std::string_view(part.begin(), part.end())));
+    for (const std::string& name : disabled)
+        names.emplace_back(TrimXmlSpace(name));
     return names.empty() ? config.EnabledValidations() : SwitchRules(config, names, false);
 }
 
