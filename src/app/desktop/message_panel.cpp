@@ -193,7 +193,7 @@ void TMessagePanel::ShowNothing(const QString& why) {
     nothing_->setVisible(!why.isEmpty());
 }
 
-void TMessagePanel::Fill(std::shared_ptr<const TMessageDigest> digest) {
+void TMessagePanel::Fill(const std::shared_ptr<const TMessageDigest>& digest) {
     left_.clear();
     model_->SetDigest(digest);
     const TMessageFilter& filter = model_->Table().Filter();

@@ -77,7 +77,7 @@ class TMessagePanel : public QWidget {
     void changeEvent(QEvent* event) override;
 
   private:
-    void Fill(std::shared_ptr<const TMessageDigest> digest);
+    void Fill(const std::shared_ptr<const TMessageDigest>& digest);
     void BuildFilters(QHBoxLayout* row);
     void ApplyFilter();
     void UpdateCounts();

@@ -186,7 +186,9 @@ TFBatchValidation::TFBatchValidation(std::unique_ptr<TBatchValidation> batch, QW
     table_->setFocus();
 }
 
-TFBatchValidation::~TFBatchValidation() = default;
+TFBatchValidation::~TFBatchValidation() {
+    hide(); // while there is something to show: the base class would do it later
+}
 
 bool TFBatchValidation::Running() const {
     return next_->isActive();
