@@ -30,6 +30,7 @@ namespace {
 std::vector<std::string> EnabledRules(const TCliContext& context, const std::vector<std::string>& disabled) {
     TConfig config = context.LoadConfig();
     std::vector<std::string> names;
+    names.reserve(disabled.size());
     for (const std::string& name : disabled)
         names.emplace_back(TrimXmlSpace(name));
     return names.empty() ? config.EnabledValidations() : SwitchRules(config, names, false);
