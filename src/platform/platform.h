@@ -126,8 +126,8 @@ void WriteFileAtomically(const std::filesystem::path& file, std::string_view byt
 /// A name that no file has: that of `file` with `suffix` at its end, or with "-2", "-3"... after that.
 std::filesystem::path FreeName(const std::filesystem::path& file, const std::string& suffix);
 
-/// The same as WriteFileAtomically for a copy of another file, which is as accessible as that one: to its owner alone where that one
-/// is gone or others own it.
+/// The same as WriteFileAtomically for a copy of another file, which is as accessible as that one: to its
+/// owner alone where that one is gone or others own it.
 void WriteCopyAtomically(const std::filesystem::path& file, std::string_view bytes,
                          const std::filesystem::path& original);
 

@@ -154,7 +154,8 @@ void AddCorrigir(TCommand& root) {
          .To = &options->NoLugar,
          .Excludes = {"--saida"}},
         {.Name = "--copia",
-         .Description = "Guarda o arquivo substituído como ARQUIVO.bak (se já existe, ARQUIVO.bak-2, e assim por diante)",
+         .Description = "Guarda o arquivo substituído como ARQUIVO.bak (se já existe, ARQUIVO.bak-2, e assim "
+                        "por diante)",
          .To = &options->Copia},
         {.Name = "--renomear",
          .Description = "Dá o nome novo ao arquivo cujo nome leva o hash",
