@@ -72,8 +72,7 @@ function(conferix_test name)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     target_compile_definitions(${name} PRIVATE CONFERIX_FONTE="${CMAKE_SOURCE_DIR}")
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/test_bin)
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES
-        ENVIRONMENT "TZ=America/Sao_Paulo;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp")
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ENVIRONMENT TZ=America/Sao_Paulo)
 endfunction()
 
 # conferix_install_manual(<page> <component>): a page of section 1, compressed as Debian wants it.
