@@ -4,12 +4,12 @@ target_include_directories(conferix_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 target_compile_options(conferix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 # GCC 12 warns of overlaps in the concatenation of string literals that are none.
 target_compile_options(conferix_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
-if(CONFERIX_SANITIZE OR CONFERIX_FUZZ)
+if(CONFERIX_SANITIZE)
     target_compile_options(conferix_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
                                                       -fno-omit-frame-pointer)
     target_link_options(conferix_options INTERFACE -fsanitize=address,undefined)
 endif()
-if(CONFERIX_FUZZ)
+if(CONFERIX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     # In all libraries: the fuzzer goes by what it sees of the paths through them.
     target_compile_options(conferix_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()

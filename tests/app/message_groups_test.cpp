@@ -9,7 +9,7 @@ namespace {
 /// A rule that says what it is told.
 class TSayingRule : public TValidation {
   public:
-    TSayingRule() { SetIdentity(std::make_shared<TValidationIdentity>("r", "R", true)); }
+    TSayingRule() { SetIdentity(std::make_shared<TValidationIdentity>(TValidationIdentity{"r", "R", true})); }
 };
 
 struct TFound {

@@ -285,7 +285,9 @@ TEST_F(Reports, CsvHasARowAMessageAndNoFormulas) {
         std::string xml = source;
         ReplaceAll(xml, ">10000001<", fmt::format(">{}<", guide));
         const auto table = Rows(Run({"validar", "-", "--formato", "csv"}, xml).Out);
-        EXPECT_TRUE(std::ranges::any_of(table, [&](const auto& row) { return row[5] == cell; })) << guide;
+        EXPECT_TRUE(std::ranges::any_of(table, [&wanted = cell](const auto& row) {
+            return row[5] == wanted;
+        })) << guide;
     }
 }
 

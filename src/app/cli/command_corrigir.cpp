@@ -187,10 +187,12 @@ class TCorrection {
         const TXmlMessage& message = *messages[number - 1];
         if (message.Solvers().empty())
             throw EUsage(fmt::format("a mensagem {} não oferece correção", number));
-        if (static_cast<std::size_t>(options_.Correcao) > message.Solvers().size())
+        const std::size_t correction =
+            options_.Correcao == 0 ? 1 : static_cast<std::size_t>(options_.Correcao);
+        if (correction > message.Solvers().size())
             throw EUsage(fmt::format("a correção {} não existe; a mensagem {} oferece {}", options_.Correcao,
                                      number, Counted(message.Solvers().size(), "correção", "correções")));
-        const auto& solver = message.Solvers()[options_.Correcao == 0 ? 0 : options_.Correcao - 1];
+        const auto& solver = message.Solvers()[correction - 1];
         if (const std::string refusal = MisreadRefusal(*solver, messages); !refusal.empty())
             context_.Warning(fmt::format("{}: {} (--codificacao).", file_, refusal));
         TCorrectionResult result{text, {}, {}};
