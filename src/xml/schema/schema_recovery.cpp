@@ -156,18 +156,25 @@ class TContentRecovery {
     void MakeItems() {
         for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
             bySymbol_[automaton_.Positions[p].Symbol()].push_back(p);
+        NoteNamesakes();
         items_.reserve(children_.size()); // growing step by step would hold millions twice
         const TXmlName* last = nullptr;
         for (std::uint32_t i = 0; i < children_.size(); ++i) {
             const TSchemaName& name = children_[i].Name;
             const TXmlName* written = &children_[i].Node->Name();
-            if (written == last && children_[i - 1].Name == name && IsOneItem(items_.back(), name)) {
+            const bool namesake = IsNamesake(children_[i]);
+            if (written == last && children_[i - 1].Name == name && IsOneItem(items_.back(), name) &&
+                namesake == IsNamesake(children_[i - 1])) {
                 ++items_.back().Count;
                 continue;
             }
             last = written;
             TItem item;
             item.First = i;
+            if (namesake) {
+                items_.push_back(std::move(item));
+                continue;
+            }
             item.Candidates = CandidatesFor(name);
             if (item.Candidates.empty()) {
                 const TSchemaMeaning& meaning = owner_.MeaningOf(automaton_, children_[i], content_.Forgiven);
@@ -176,6 +183,36 @@ class TContentRecovery {
             }
             items_.push_back(std::move(item));
         }
+    }
+
+    /// Notes the names of which some children can be what the model has under that name and others cannot:
+    /// the total of an item, a value, beside the totals of the guide, a container.
+    void NoteNamesakes() {
+        std::map<const TXmlName*, std::pair<bool, bool>> kinds; // some can, some cannot
+        for (const TSchemaChild& child : children_) {
+            auto& [can, cannot] = kinds[&child.Node->Name()];
+            (IsOfOtherKind(child) ? cannot : can) = true;
+        }
+        for (const auto& [name, kind] : kinds)
+            if (kind.first && kind.second)
+                namesakes_.insert(name);
+    }
+
+    /// True for a child that has a value where the model has a container, or the reverse.
+    bool IsOfOtherKind(const TSchemaChild& child) const {
+        const auto known = bySymbol_.find(child.Name.Symbol);
+        const TSchemaElement* element =
+            known != bySymbol_.end() ? automaton_.Positions[known->second.front()].Element : nullptr;
+        if (element == nullptr)
+            return false;
+        const bool holdsElements = child.Node->FirstChildTag() != nullptr;
+        return ContainerType(element) == nullptr
+                   ? holdsElements && element->ComplexType == nullptr
+                   : !holdsElements && !TrimXmlSpace(child.Node->Value()).empty();
+    }
+
+    bool IsNamesake(const TSchemaChild& child) const {
+        return namesakes_.count(&child.Node->Name()) != 0 && IsOfOtherKind(child);
     }
 
     /// True when another child of the same name joins an item: where one position takes them all, and where
@@ -1020,6 +1057,7 @@ class TContentRecovery {
     std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> bySymbol_; ///< positions
     /// By symbol and namespace, wildcards included; only of models that have some.
     std::map<std::pair<std::uint32_t, std::uint32_t>, std::vector<std::uint32_t>> withWildcards_;
+    std::set<const TXmlName*> namesakes_;
     std::vector<TItem> items_;
     std::vector<TMissing> missing_;
     std::vector<TOutOfOrder> outOfOrder_;
