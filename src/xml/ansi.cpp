@@ -70,21 +70,28 @@ bool IsUsual(UChar32 c) {
     return kUsual.find(static_cast<char32_t>(c)) != std::u32string_view::npos;
 }
 
-/// True of a usual character whose second byte in UTF-8 may follow "Ã" in a text of Windows-1252: a space
-/// that does not break, a closing quotation mark.
-bool MayBeMeantAsItReads(UChar32 c) {
-    return c == U'à' || c == U'Ô';
+/// True of a usual character whose bytes, behind a text, may be meant as they read in Windows-1252: "Ã" at
+/// the end of a word with a space that does not break, or with a quotation mark that closes what one opened.
+bool MayBeMeantAsItReads(UChar32 c, std::string_view before) {
+    if (c == U'à')
+        return !before.empty() && (static_cast<unsigned char>(before.back()) >= 0x80 ||
+                                   u_isalpha(static_cast<unsigned char>(before.back())) != 0);
+    const std::size_t value = before.rfind('>');
+    return c == U'Ô' &&
+           before.substr(value == std::string_view::npos ? 0 : value).find("“") != std::string_view::npos;
 }
 
-TWriting WritingOf(const TRun& run) {
+/// `before`: the text before the run.
+TWriting WritingOf(const TRun& run, std::string_view before) {
     TWriting writing = TWriting::Utf8;
     for (std::size_t at = 0; at < run.Bytes.size();) {
+        const bool first = at == 0;
         const UChar32 c = NextCharacter(run.Bytes, at);
         if (c < 0x80) // not UTF-8, or none of Windows-1252
             return TWriting::NoUtf8;
         if (u_isalpha(c) != 0 && ByteOf(c) == 0)
             writing = TWriting::Utf8WithOtherLetters;
-        else if (writing == TWriting::Utf8 && IsUsual(c) && !MayBeMeantAsItReads(c))
+        else if (writing == TWriting::Utf8 && IsUsual(c) && !(first && MayBeMeantAsItReads(c, before)))
             writing = TWriting::UsualUtf8;
     }
     return writing;
@@ -143,7 +150,7 @@ std::optional<TUtf8AsAnsi> FindUtf8AsAnsi(std::string_view text) {
     std::size_t misread = 0;
     std::size_t kept = 0;
     for (TRun run = TRun::From(text, 0); run.Size > 0; run = TRun::From(text, run.End())) {
-        const TWriting writing = WritingOf(run);
+        const TWriting writing = WritingOf(run, text.substr(0, run.At));
         if ((writing == TWriting::Utf8 || writing == TWriting::UsualUtf8) && ++misread == 1)
             found.First = run.At;
         if (writing == TWriting::UsualUtf8)

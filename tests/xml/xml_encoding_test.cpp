@@ -116,6 +116,10 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
     for (const char* sound :
          {"\xC3\xA3α", "Concei\xE7\xE3o", "Č", "\xE7\xE3o \x93MANH\xC3\x94", "L\xC3\xA0 \xE9 \xE7 \xFA"})
         EXPECT_FALSE(FindMisreading(DecodeXml(head + sound).Text, {"windows-1252", false, nullptr})) << sound;
+    for (const char* misread :
+         {"VOV\xC3\x94 \xE9 \xE7 \xFA", "ida \xC3\xA0 rua \xE9 \xE7 \xFA", "\xE9 \xE7 n\xC2\xBA"})
+        EXPECT_TRUE(FindMisreading(DecodeXml(head + misread).Text, {"windows-1252", false, nullptr}))
+            << misread;
     // Most letters decide; what is no UTF-8 is kept as it reads.
     for (const auto& [written, meant] : {std::pair{"é é ã Fran\xE7ois", "é é ã François"},
                                          {"Č é \x81", "Č é \xC2\x81"},

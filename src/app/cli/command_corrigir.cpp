@@ -148,6 +148,11 @@ class TCorrection {
     int Refuse() const {
         for (const auto& message : Result().ValidationMessages)
             context_.Error(fmt::format("{}: {}", file_, OneLine(message->Msg())));
+        const auto offered = static_cast<std::size_t>(std::ranges::count_if(
+            Result().ValidationMessages, [](const auto& message) { return !message->Solvers().empty(); }));
+        if (options_.Todas && !options_.Estrutura && offered != 0)
+            context_.Streams.Err << fmt::format("  não feitas: {} {}.\n",
+                                                Counted(offered, "correção", "correções"), kOfStructure);
         return Status();
     }
 
