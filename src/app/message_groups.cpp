@@ -74,7 +74,10 @@ std::vector<TMessageGroup> GroupMessages(const TXmlMessages& messages,
         if (const auto more = further.find(index); more != further.end()) {
             const TUnkeptGroup& counted = *more->second;
             group.Count += counted.Count;
-            group.UnlistedLines = counted.Lines;
+            // The first of them may be in the line of the last that is listed.
+            const bool sameLine = counted.Lines > 0 && counted.First->Line() > 0 &&
+                                  counted.First->Line() == messages[group.Messages.back()]->Line();
+            group.UnlistedLines = counted.Lines - (sameLine ? 1 : 0);
             guides.insert(counted.Guides.begin(), counted.Guides.end());
             compare(*counted.First);
             group.SameReason = group.SameReason && counted.SameReason;
@@ -142,12 +145,10 @@ std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group) 
     for (const std::size_t i : group.Messages)
         if (messages[i]->Line() > 0 && (lines.empty() || lines.back() != messages[i]->Line()))
             lines.push_back(messages[i]->Line());
-    std::size_t further = group.UnlistedLines;
-    std::string notes = lines.size() == 1 ? ItemsOf(messages, group) : std::string();
-    if (!notes.empty()) {
+    const std::size_t further = group.UnlistedLines;
+    std::string notes = lines.size() == 1 && further == 0 ? ItemsOf(messages, group) : std::string();
+    if (!notes.empty())
         lines.clear();
-        further = 0;
-    }
     const std::size_t all = lines.size() + further;
     for (std::size_t i = 0; i < std::min(lines.size(), kShownPlaces); ++i)
         notes += (i == 0         ? all == 1 ? "linha " : "linhas "
