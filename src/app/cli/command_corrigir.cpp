@@ -138,8 +138,11 @@ class TCorrection {
 
     /// Without a file that was understood there is nothing to correct and nothing to write.
     int Refuse() const {
-        for (const auto& message : Result().ValidationMessages)
-            context_.Error(fmt::format("{}: {}", file_, OneLine(message->Msg())));
+        if (!Result().MissingSchema.empty())
+            context_.Error(fmt::format("{}: {}", file_, MissingSchemaText(Result().MissingSchema)));
+        else
+            for (const auto& message : Result().ValidationMessages)
+                context_.Error(fmt::format("{}: {}", file_, OneLine(message->Msg())));
         return Status();
     }
 
