@@ -19,10 +19,15 @@ bool IsOfTheFile(const TXmlMessage& message) {
            message.Kind() == TFindingKind::Misread;
 }
 
-void Arrange(const TXmlMessages& messages, std::vector<TMessageGroup>& groups) {
+/// How many messages stand before those of rules.
+std::size_t Lead(const TXmlMessages& messages) {
     const auto firstOfRule =
         std::ranges::find_if(messages, [](const auto& message) { return message->Rule() != nullptr; });
-    const auto lead = static_cast<std::size_t>(firstOfRule - messages.begin());
+    return static_cast<std::size_t>(firstOfRule - messages.begin());
+}
+
+void Arrange(const TXmlMessages& messages, std::vector<TMessageGroup>& groups) {
+    const std::size_t lead = Lead(messages);
     const auto rank = [&](const TMessageGroup& group) {
         const std::size_t first = group.Messages.front();
         const bool ofFile = first < lead || IsOfTheFile(*messages[first]);
@@ -121,6 +126,20 @@ std::vector<TMessageGroup> UngroupedMessages(const TXmlMessages& messages) {
         groups[i].Guides = messages[i]->NumeroGuia().empty() ? 0 : 1;
     }
     return groups;
+}
+
+void SortByLine(const TXmlMessages& messages, std::vector<TMessageGroup>& groups) {
+    enum TPart { OfFile, OfSeveral, Alone, AfterRules };
+    const std::size_t lead = Lead(messages);
+    std::ranges::stable_sort(groups, {}, [&](const TMessageGroup& group) {
+        const std::size_t index = group.Messages.front();
+        const TXmlMessage& first = *messages[index];
+        const TPart part = index < lead || IsOfTheFile(first) ? OfFile
+                           : group.Count > 1                  ? OfSeveral
+                           : first.Rule() != nullptr          ? Alone
+                                                              : AfterRules;
+        return part == Alone ? std::tuple(part, first.Line(), first.LinePos()) : std::tuple(part, 0, 0);
+    });
 }
 
 std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group) {

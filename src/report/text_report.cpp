@@ -133,8 +133,9 @@ std::string TTextReport::LinesByRule(const TXmlMessages& listed,
 
 std::string TTextReport::MessageLines(const TValidateArgs& result) const {
     const TXmlMessages listed = MessagesOf(ListedMessages(result, options_));
-    const std::vector<TMessageGroup> groups =
+    std::vector<TMessageGroup> groups =
         options_.Detalhar ? UngroupedMessages(listed) : GroupMessages(listed, result.Unlisted);
+    SortByLine(listed, groups);
     std::string text;
     if (options_.AgruparPorRegra)
         text = LinesByRule(listed, groups);

@@ -146,8 +146,11 @@ class TCorrection {
 
     /// Without a file that was understood there is nothing to correct and nothing to write.
     int Refuse() const {
-        for (const auto& message : Result().ValidationMessages)
-            context_.Error(fmt::format("{}: {}", file_, OneLine(message->Msg())));
+        if (!Result().MissingSchema.empty())
+            context_.Error(fmt::format("{}: {}", file_, MissingSchemaText(Result().MissingSchema)));
+        else
+            for (const auto& message : Result().ValidationMessages)
+                context_.Error(fmt::format("{}: {}", file_, OneLine(message->Msg())));
         const auto offered = static_cast<std::size_t>(std::ranges::count_if(
             Result().ValidationMessages, [](const auto& message) { return !message->Solvers().empty(); }));
         if (options_.Todas && !options_.Estrutura && offered != 0)
