@@ -119,5 +119,7 @@ void AddFileCommands(TCommand& root);
 void AddDataCommands(TCommand& root);
 /// What can be switched on and off.
 std::vector<std::string> RuleNames();
+/// The forms that can be printed.
+std::vector<std::string> FormNames();
 
 } // namespace conferix
