@@ -23,8 +23,9 @@ constexpr float kPadding = 0.7F;
 constexpr float kTopPadding = 0.35F;
 constexpr float kValueHeight = 2.4F; ///< what a label leaves to the value at least
 constexpr float kTallBox = 9;        ///< from here on values begin at the top
+constexpr int kMostPlaces = 20;      ///< longer texts are written freely
 constexpr float kWidestComb = 4;
-constexpr float kNarrowestComb = 1.5F;
+constexpr float kNarrowestComb = 1;
 constexpr float kCombHeight = 1.8F;
 
 constexpr std::uint8_t kBarGround = 204;
@@ -155,9 +156,12 @@ class TGeometer {
                 if (!box.Versions.Contains(version_))
                     continue;
                 const TPaperRect frame{x, bandTop, width, table.Height};
-                if (band == 0)
+                if (band == 0) {
+                    TTextStyle head = kHeadLabel;
+                    head.Across = IsNumber(box.Format) ? TAcross::Right : TAcross::Left;
                     AddText(*form_, Inside({x, top, width, kTableHead}), LabelOf(box.Number, box.Label, "-"),
-                            kHeadLabel);
+                            head);
+                }
                 placed.Columns.push_back(Column(box, frame, band > 0));
                 x += width;
             }
@@ -266,6 +270,8 @@ class TGeometer {
             pattern = "0";
             break;
         default:
+            if (box.Size > kMostPlaces)
+                return;
             pattern.assign(static_cast<std::size_t>(box.Size), '0');
             if (box.Format == TFormFormat::Money || box.Format == TFormFormat::Factor)
                 pattern.insert(pattern.size() > 2 ? pattern.size() - 2 : 0, ",");
@@ -273,8 +279,8 @@ class TGeometer {
         if (pattern.empty())
             return;
         const float width = std::min(kWidestComb, value.Width / static_cast<float>(pattern.size()));
-        if (width < kNarrowestComb * (value.Height < 3 ? 0.6F : 1.0F))
-            return; // long texts are written freely
+        if (width < kNarrowestComb)
+            return;
         const float bottom = value.Bottom() - 0.2F;
         const float top = bottom - std::min(kCombHeight, value.Height - 0.4F);
         for (std::size_t i = 0; i < pattern.size(); ++i) {

@@ -62,7 +62,7 @@ class TFormReader {
         if (form_->Guides.empty())
             Fail("falta dizer de que guia é o formulário: guia consulta");
         if (form_->Variants.empty())
-            Fail("o formulário não tem nenhum leiaute: leiaute 3.00.00-3.05.00");
+            Fail("o formulário não tem nenhum leiaute, como: leiaute 3.00.00-3.05.00 retrato");
         return form_;
     }
 
@@ -141,6 +141,8 @@ class TFormReader {
     }
 
     TFormPath Path(std::string_view text) const {
+        if (text == ".") // the item itself
+            return {};
         TFormPath path = Split(text, '/');
         if (std::ranges::any_of(path, [](const std::string& step) { return step.empty(); }))
             Fail(fmt::format("\"{}\" não é um caminho, como dadosBeneficiario/numeroCarteira", text));
@@ -184,7 +186,7 @@ class TFormReader {
 
     TFormVariant& Variant() {
         if (form_->Variants.empty())
-            Fail("antes vem o leiaute, como: leiaute 3.00.00-3.05.00");
+            Fail("antes vem o leiaute, como: leiaute 3.00.00-3.05.00 retrato");
         return form_->Variants.back();
     }
     template<class Block>
