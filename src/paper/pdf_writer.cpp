@@ -27,6 +27,9 @@ enum TFixedObject : std::uint32_t {
 };
 
 constexpr std::size_t kPagesOfGroup = 64;
+// Pages are some kilobytes: larger tables would only take longer to clear for each.
+constexpr int kWindowBits = 13;
+constexpr int kMemoryLevel = 6;
 constexpr std::size_t kKeptDrawings = 64; ///< beyond them, those that are gone are forgotten
 
 /// Appends millimetres as points with two decimals and a blank.
@@ -164,7 +167,8 @@ void AppendDrawing(std::string& to, const TDrawing& drawing, float pageHeight) {
 class TPdfWriter::TDeflater {
   public:
     TDeflater() {
-        if (deflateInit(&stream_, Z_BEST_SPEED) != Z_OK)
+        if (deflateInit2(&stream_, Z_BEST_SPEED, Z_DEFLATED, kWindowBits, kMemoryLevel, Z_DEFAULT_STRATEGY) !=
+            Z_OK)
             throw std::bad_alloc();
     }
     TDeflater(const TDeflater&) = delete;

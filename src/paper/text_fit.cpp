@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -35,9 +36,13 @@ std::string Simplified(std::string_view text) {
 }
 
 bool IsSimple(std::string_view text) {
-    return text.find_first_of("\t\r\n") == std::string_view::npos &&
-           text.find("  ") == std::string_view::npos &&
-           (text.empty() || (text.front() != ' ' && text.back() != ' '));
+    char before = ' '; // so that a blank at the beginning counts as a second one
+    for (const char c : text) {
+        if (c == '\t' || c == '\r' || c == '\n' || (c == ' ' && before == ' '))
+            return false;
+        before = c;
+    }
+    return text.empty() || before != ' ';
 }
 
 /// Bytes of the beginning of a text that fit into a width; at least one character.
@@ -82,8 +87,8 @@ std::size_t LinesIn(float height, float size) {
     return more > 0 ? static_cast<std::size_t>(more) + 1 : 1;
 }
 
-void AddLines(TDrawing& drawing, const TPaperRect& area, const std::vector<std::string_view>& lines,
-              float size, const TTextStyle& style) {
+void AddLines(TDrawing& drawing, const TPaperRect& area, std::span<const std::string_view> lines, float size,
+              const TTextStyle& style) {
     const float height = HeightOf(lines.size(), size);
     float top = area.Y;
     if (style.Down == TDown::Bottom)
@@ -122,7 +127,7 @@ bool AddText(TDrawing& drawing, const TPaperRect& area, std::string_view text, c
     while (single > style.OneLine && width * single > area.Width)
         single -= kSizeStep;
     if (width * single <= area.Width) {
-        AddLines(drawing, area, {text}, single, style);
+        AddLines(drawing, area, {&text, 1}, single, style);
         return true;
     }
     for (size = std::min(size, style.OneLine); size > style.Smallest; size -= kSizeStep) {
