@@ -95,15 +95,22 @@ std::optional<TFoundTerm> TTussSearch::Find(const std::string& table, const std:
     if (isTerm && found.FimVigencia && found.InicioVigencia && *found.InicioVigencia > *found.FimVigencia) {
         found.FimVigencia.reset(); // it came back
     }
-    if (hasDescriptions_) {
-        SQLite::Statement text(*database_, "SELECT TERMO FROM TB_TUSS_TERMO WHERE TABELA = ? AND CODIGO = ?");
-        text.bind(1, table);
-        text.bind(2, code);
-        if (text.executeStep()) {
-            found.Termo = text.getColumn(0).getString();
-        }
-    }
+    found.Termo = Description(table, code);
     return found;
+}
+
+std::string TTussSearch::Description(std::string_view table, std::string_view code) const {
+    if (!hasDescriptions_) {
+        return {};
+    }
+    try {
+        SQLite::Statement text(*database_, "SELECT TERMO FROM TB_TUSS_TERMO WHERE TABELA = ? AND CODIGO = ?");
+        text.bind(1, std::string(table));
+        text.bind(2, std::string(code));
+        return text.executeStep() ? text.getColumn(0).getString() : std::string();
+    } catch (const SQLite::Exception& error) {
+        throw ETerminologyNotRead(file_, SqliteReason(error));
+    }
 }
 
 std::vector<TFoundTerm> TTussSearch::Search(std::string_view text, const std::string& table,

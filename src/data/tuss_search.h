@@ -50,6 +50,9 @@ class TTussSearch {
     /// then the same code in other tables. Terms in force come first; at most five.
     std::vector<TFoundTerm> Similar(const std::string& table, const std::string& code) const;
 
+    /// What a code of a table stands for; empty where no publication told it.
+    std::string Description(std::string_view table, std::string_view code) const;
+
   private:
     std::optional<TFoundTerm> Find(const std::string& table, const std::string& code) const;
 

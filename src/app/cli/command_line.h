@@ -129,5 +129,7 @@ void AddFileCommands(TCommand& root);
 void AddDataCommands(TCommand& root);
 /// What can be switched on and off.
 std::vector<TOffer> RuleOffers();
+/// The forms that can be printed.
+std::vector<TOffer> FormOffers();
 
 } // namespace conferix

@@ -188,6 +188,19 @@ struct TCorrigirOptions {
 };
 int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options);
 
+struct TImprimirOptions {
+    std::vector<std::string> Arquivos;
+    std::vector<std::string> Guias; ///< numbers; empty: all
+    std::string Formulario;         ///< empty: all that a guide has
+    std::string EmBranco;           ///< form to be printed empty, in place of files
+    std::string Versao;             ///< of the empty form; empty: the newest
+    std::string Saida;              ///< file; "-" or empty: the standard output
+    bool ComDescricao = false;
+    bool SemAviso = false; ///< does not validate, and does not tell how many errors there are
+};
+/// Prints guides as PDF.
+int RunImprimir(const TCliContext& context, const TImprimirOptions& options);
+
 /// Sizes in MB (1,048,576 bytes), times in seconds.
 struct TServirOptions {
     std::string Endereco = "127.0.0.1";

@@ -234,6 +234,67 @@ void AddConverter(TCommand& root) {
     root.Commands.push_back(std::move(command));
 }
 
+void AddImprimir(TCommand& root) {
+    auto options = std::make_shared<TImprimirOptions>();
+    TCommand command{.Name = "imprimir",
+                     .Summary = "Imprime as guias de lotes nos formulários do padrão, em PDF"};
+    command.Details =
+        "Cada guia sai no formulário da versão do arquivo, caixa por caixa, pronta para assinar; o que não "
+        "cabe em "
+        "uma folha continua em outra, e o anexo de outras despesas vem atrás da sua guia. Um arquivo com "
+        "erros "
+        "também é impresso, com a quantidade de erros abaixo da moldura.\n\n"
+        "Um formulário da pasta \"formularios\" da pasta de dados vale no lugar do que vem com o programa.";
+    command.Arguments = {{.Name = "ARQUIVO...",
+                          .Description = "Arquivos XML; - é a entrada padrão",
+                          .To = &options->Arquivos,
+                          .Kind = TValueKind::File}};
+    command.Options = {
+        {.Name = "--guia",
+         .Placeholder = "NUMERO,...",
+         .Description = "Só as guias com estes números, do prestador ou da operadora",
+         .To = &options->Guias,
+         .Commas = true},
+        {.Name = "--formulario",
+         .Placeholder = "NOME",
+         .Description = "Só este formulário, como spsadt ou outras_despesas",
+         .To = &options->Formulario,
+         .Offers = &FormOffers},
+        {.Name = "--saida",
+         .Placeholder = "ARQUIVO",
+         .Description = "Grava o PDF neste arquivo; - é a saída padrão",
+         .To = &options->Saida,
+         .Kind = TValueKind::File},
+        {.Name = "--com-descricao",
+         .Description = "Põe ao lado de cada código o que ele quer dizer",
+         .To = &options->ComDescricao},
+        {.Name = "--sem-aviso",
+         .Description = "Não valida o arquivo e não diz quantos erros ele tem",
+         .To = &options->SemAviso},
+        {.Name = "--em-branco",
+         .Placeholder = "NOME",
+         .Description = "Imprime este formulário vazio, para preencher à mão",
+         .To = &options->EmBranco,
+         .Offers = &FormOffers,
+         .Excludes = {"--guia", "--formulario", "--com-descricao", "--sem-aviso"}},
+        {.Name = "--versao",
+         .Placeholder = "VERSAO",
+         .Description = "Versão do formulário de --em-branco, como 3.05.00; se omitida, a mais nova",
+         .To = &options->Versao,
+         .Offers = &LotVersions,
+         .Needs = "--em-branco"},
+    };
+    command.WhenZero = "o PDF está gravado";
+    command.WhenOne = "um arquivo não tem guias, não é um arquivo TISS legível ou não tem a guia pedida";
+    command.Examples = {
+        {"conferix imprimir lote.xml --saida guias.pdf", "imprime todas as guias do lote"},
+        {"conferix imprimir lote.xml --guia 1001,1002 --saida duas.pdf", "imprime só duas guias"},
+        {"conferix imprimir --em-branco consulta --saida consulta.pdf",
+         "imprime uma guia de consulta vazia"}};
+    command.Run = [options](const TCliContext& context) { return RunImprimir(context, *options); };
+    root.Commands.push_back(std::move(command));
+}
+
 } // namespace
 
 void AddFileCommands(TCommand& root) {
@@ -257,6 +318,7 @@ void AddFileCommands(TCommand& root) {
                                  "corrige o hash, com o que mais puder ser corrigido"}}},
                   &RunHash);
     AddConverter(root);
+    AddImprimir(root);
     AddSingleFile(root,
                   {.Name = "versoes",
                    .Summary = "Mostra para quais versões um lote pode ser convertido",

@@ -1,0 +1,251 @@
+#include "app/cli/commands.h"
+#include "data/database_tuss.h"
+#include "data/tuss_search.h"
+#include "forms/domain_terms.h"
+#include "forms/form_printer.h"
+#include "model/arquivo_tiss_factory.h"
+#include "model/mensagem_tiss.h"
+#include "paper/pdf_writer.h"
+#include "platform/platform.h"
+#include "report/console.h"
+#include "report/message_json.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <memory>
+#include <ostream>
+#include <set>
+#include <sstream>
+
+namespace conferix {
+
+namespace {
+
+/// The kinds of guide as templates name them, in the order of TEnumTipoGuia.
+constexpr std::array<std::string_view, kTiposGuia> kKinds = {"consulta", "spsadt", "resumo_internacao",
+                                                             "honorarios", "tratamento_odontologico"};
+
+void CheckOptions(const TCliContext& context, const TImprimirOptions& options) {
+    const bool blank = !options.EmBranco.empty();
+    const bool toOutput = options.Saida.empty() || options.Saida == "-";
+    const std::pair<bool, const char*> refusals[] = {
+        {!blank && options.Arquivos.empty(),
+         "falta o que imprimir: nomes de arquivos, ou --em-branco FORMULARIO"},
+        {blank && !options.Arquivos.empty(),
+         "--em-branco imprime um formulário sem guia; não combina com arquivos"},
+        {std::ranges::count(options.Arquivos, "-") > 1, "a entrada padrão só pode ser lida uma vez"},
+        {context.Json() && toOutput, "com --formato json, diga onde gravar o PDF: --saida ARQUIVO"},
+        {toOutput && context.Streams.OutIsTerminal,
+         "o PDF não é mostrado no terminal; use --saida ARQUIVO ou redirecione a saída (> ARQUIVO)"},
+    };
+    for (const auto& [refused, reason] : refusals)
+        if (refused)
+            throw EUsage(reason);
+    std::error_code missing;
+    for (const std::string& file : options.Arquivos)
+        if (!toOutput && file != "-" &&
+            std::filesystem::equivalent(PathFromText(options.Saida), PathFromText(file), missing))
+            throw EUsage(fmt::format("a saída é o próprio \"{}\"; escolha outro arquivo", file));
+}
+
+const TFormTemplate& FormNamed(const TFormSet& forms, const std::string& name) {
+    const auto found = std::ranges::find_if(forms, [&](const auto& form) { return form->Name == name; });
+    if (found != forms.end())
+        return **found;
+    std::vector<std::string_view> names;
+    for (const auto& form : forms)
+        names.push_back(form->Name);
+    throw EUsage(fmt::format("o formulário \"{}\" não existe; escolha {}", name, fmt::join(names, ", ")));
+}
+
+/// What codes stand for: in the domain tables, else in the terminology.
+TTermText TermsOf(const TCliContext& context) {
+    struct TKnown {
+        explicit TKnown(const std::filesystem::path& terminology) : Terminology(terminology) {}
+        TDomainTerms Domains = TDomainTerms::Installed();
+        TTussSearch Terminology;
+        std::map<std::pair<std::string, std::string>, std::string> Found; ///< the same codes come again
+    };
+    auto known =
+        std::make_shared<TKnown>(TDatabaseTuss(PathFromText(context.Terminologia)).DatabaseFileName());
+    return [known](std::string_view table, std::string_view code) {
+        const auto [entry, isNew] = known->Found.try_emplace({std::string(table), std::string(code)});
+        if (isNew) {
+            entry->second = known->Domains.Find(table, code);
+            if (entry->second.empty())
+                entry->second = known->Terminology.Description(table, code);
+        }
+        return entry->second;
+    };
+}
+
+/// Prints files into one document.
+class TPrinting {
+  public:
+    TPrinting(const TCliContext& context, const TImprimirOptions& options)
+        : context_(context), options_(options), wanted_(options.Guias.begin(), options.Guias.end()),
+          printer_(InstalledForms(), {.Only = options.Formulario,
+                                      .Terms = options.ComDescricao ? TermsOf(context) : TTermText(),
+                                      .Errors = {}}),
+          pdf_(bytes_, options.EmBranco.empty() ? "Guias TISS" : "Formulário TISS") {
+        for (const std::string& name : {options.Formulario, options.EmBranco})
+            if (!name.empty())
+                FormNamed(printer_.Forms(), name);
+    }
+
+    int Run() {
+        int status = kExitValid;
+        if (!options_.EmBranco.empty())
+            PrintBlank();
+        for (const std::string& name : options_.Arquivos)
+            status =
+                std::max(status, RunOnFile(
+                                     context_, name, [&](const TTissFile& file) { return Print(name, file); },
+                                     TXmlUndecodable::Guessed));
+        for (const std::string& number : wanted_)
+            if (!printed_.contains(number)) {
+                context_.Error(fmt::format("nenhum dos arquivos tem a guia {}", number));
+                status = std::max<int>(status, kExitInvalid);
+            }
+        if (pages_ == 0) {
+            if (status == kExitValid)
+                context_.Error("não há nada a imprimir: nenhuma guia tem o formulário pedido");
+            return std::max<int>(status, kExitInvalid);
+        }
+        pdf_.Finish();
+        Write();
+        return status;
+    }
+
+  private:
+    void PrintBlank() {
+        const TFormTemplate& form = FormNamed(printer_.Forms(), options_.EmBranco);
+        std::string version = options_.Versao;
+        if (version.empty())
+            for (const TArquivoTissClass& known : TArquivoTissFactory::Classes())
+                if (known.Tipo == TEnumTipoArquivoTiss::taMensagemTISS)
+                    version = std::max(version, std::string(known.Versao));
+        const TFormVariant* variant = form.VariantFor(version);
+        if (variant == nullptr)
+            throw EUsage(fmt::format("o formulário \"{}\" não existe na versão {}", form.Name, version));
+        printer_.PrintBlank(form, *variant, version,
+                            [&](const TFormPage& page) { pdf_.AddPage(page.Paper); });
+        pages_ = 1;
+    }
+
+    int Print(const std::string& name, const TTissFile& file) {
+        std::optional<std::size_t> errors;
+        const std::shared_ptr<const IArquivoTiss> loaded = Load(name, file, errors);
+        const auto* message = dynamic_cast<const TMensagemTiss*>(loaded.get());
+        const std::vector<TFormGuide> guides =
+            message != nullptr ? Guides(*message) : std::vector<TFormGuide>();
+        if (guides.empty() && wanted_.empty()) {
+            context_.Error(
+                fmt::format("{}: o arquivo não tem guias a imprimir; são impressos lotes de guias", name));
+            return kExitInvalid;
+        }
+        printer_.SetErrors(errors);
+        const TFormGuide* last = nullptr;
+        const std::size_t pages = printer_.Print(guides, loaded->Versao(), [&](const TFormPage& page) {
+            if (page.Sheet == 1) {
+                const bool below = page.Guide == last;
+                pdf_.AddBookmark(below ? page.Form->Title
+                                       : fmt::format("{} - {}", page.Guide->Number, page.Form->Title),
+                                 below ? 1 : 0);
+                last = page.Guide;
+            }
+            pdf_.AddPage(page.Paper);
+        });
+        pages_ += pages;
+        guides_ += guides.size();
+        files_.push_back({{"arquivo", name},
+                          {"guias", guides.size()},
+                          {"paginas", pages},
+                          {"erros", errors ? TJson(*errors) : TJson(nullptr)}});
+        return kExitValid;
+    }
+
+    /// The file, judged first unless nobody wants to know what is wrong with it.
+    std::shared_ptr<const IArquivoTiss> Load(const std::string& name, const TTissFile& file,
+                                             std::optional<std::size_t>& errors) const {
+        if (options_.SemAviso)
+            return file.Load();
+        TValidateArgs result;
+        const auto controller = context_.NewController();
+        controller->SetKeepSuccesses(false);
+        controller->Events().OnValidate.Subscribe([&](TValidateArgs& validation) { result = validation; });
+        controller->Load(name, file);
+        controller->Validate(file.Text(), context_.LoadConfig().EnabledValidations());
+        if (result.Verified)
+            errors = result.Counts.Failures();
+        else
+            context_.Warning(fmt::format("{}: o arquivo não pôde ser conferido; as guias são impressas sem a "
+                                         "quantidade de erros",
+                                         name));
+        return result.ArquivoTiss != nullptr ? result.ArquivoTiss : file.Load();
+    }
+
+    /// The guides to be printed.
+    std::vector<TFormGuide> Guides(const TMensagemTiss& message) {
+        std::vector<TFormGuide> guides;
+        for (const TGuiaTissBase& guia : message.LoteGuias().GuiasTiss().EmOrdemDoDocumento()) {
+            const std::string number(guia.NumeroMostrado());
+            const std::string other(ValueOf(guia.Node()->FirstDescendant("numeroGuiaOperadora")));
+            if (!wanted_.empty()) {
+                if (!wanted_.contains(number) && !wanted_.contains(other))
+                    continue;
+                printed_.insert({number, other});
+            }
+            guides.push_back({guia.Node(), kKinds[static_cast<std::size_t>(guia.TipoGuia())], number});
+        }
+        return guides;
+    }
+
+    void Write() {
+        const std::string bytes = std::move(bytes_).str();
+        if (options_.Saida.empty() || options_.Saida == "-")
+            context_.Streams.Out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        else
+            WriteFileAtomically(PathFromText(options_.Saida), bytes);
+        if (context_.Json()) {
+            context_.Streams.Out
+                << JsonText({{"saida", options_.Saida}, {"paginas", pages_}, {"arquivos", files_}}) << '\n';
+            return;
+        }
+        const std::string pages = Counted(pages_, "página", "páginas");
+        context_.Streams.Err << (options_.EmBranco.empty()
+                                     ? fmt::format("{}, {}.\n", Counted(guides_, "guia", "guias"), pages)
+                                     : pages + ".\n");
+    }
+
+    const TCliContext& context_;
+    const TImprimirOptions& options_;
+    std::set<std::string> wanted_;  ///< numbers of guides; empty: all
+    std::set<std::string> printed_; ///< numbers that were found
+    TFormPrinter printer_;
+    std::ostringstream bytes_;
+    TPdfWriter pdf_;
+    std::size_t pages_ = 0;
+    std::size_t guides_ = 0;
+    TJson files_ = TJson::array();
+};
+
+} // namespace
+
+std::vector<TOffer> FormOffers() {
+    std::vector<TOffer> offers;
+    for (const auto& form : InstalledForms())
+        offers.push_back({form->Name, form->Title});
+    return offers;
+}
+
+int RunImprimir(const TCliContext& context, const TImprimirOptions& options) {
+    CheckOptions(context, options);
+    return TPrinting(context, options).Run();
+}
+
+} // namespace conferix

@@ -1,0 +1,292 @@
+#include "forms/form_printer.h"
+
+#include "forms/form_values.h"
+#include "model/money.h"
+#include "paper/text_fit.h"
+#include "platform/format_settings.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace conferix {
+
+namespace {
+
+constexpr TTextStyle kSheet{TPaperFace::Regular, 7, 7, 5, TAcross::Right, TDown::Bottom};
+constexpr TTextStyle kFooterLeft{TPaperFace::Regular, 6.5F, 6, 5, TAcross::Left, TDown::Top};
+constexpr TTextStyle kFooterRight{TPaperFace::Regular, 6.5F, 6, 5, TAcross::Right, TDown::Top};
+constexpr float kFooterShare = 0.5F;
+
+const TXmlNode* Step(const TXmlNode& node, const std::string& step) {
+    return step == ".." ? node.Parent() : node.Child(step);
+}
+
+const TXmlNode* First(const TXmlNode& from, std::span<const std::string> path) {
+    const TXmlNode* node = &from;
+    for (const std::string& step : path) {
+        node = Step(*node, step);
+        if (node == nullptr)
+            return nullptr;
+    }
+    return node;
+}
+
+/// Every node at a path, in document order.
+void Collect(const TXmlNode& from, std::span<const std::string> path, std::vector<const TXmlNode*>& nodes) {
+    if (path.empty()) {
+        nodes.push_back(&from);
+        return;
+    }
+    if (path.front() == "..") {
+        if (from.Parent() != nullptr)
+            Collect(*from.Parent(), path.subspan(1), nodes);
+        return;
+    }
+    for (const TXmlNode& child : from.ChildTags())
+        if (child.LocalName() == path.front())
+            Collect(child, path.subspan(1), nodes);
+}
+
+std::vector<const TXmlNode*> All(const TXmlNode& from, const TFormPath& path) {
+    std::vector<const TXmlNode*> nodes;
+    if (!path.empty())
+        Collect(from, path, nodes);
+    return nodes;
+}
+
+/// Text of an element without child elements.
+std::string TextOf(const TXmlNode& node) {
+    if (node.FirstChildTag() != nullptr)
+        return {};
+    return node.FirstChild() != nullptr ? node.TextWithCData() : std::string(node.Value());
+}
+
+/// The place among the siblings of its name, from 1 on.
+std::size_t PositionOf(const TXmlNode& node) {
+    std::size_t position = 0;
+    if (node.Parent() != nullptr)
+        for (const TXmlNode& sibling : node.Parent()->ChildTags()) {
+            position += sibling.LocalName() == node.LocalName() ? 1 : 0;
+            if (&sibling == &node)
+                break;
+        }
+    return position;
+}
+
+std::string SumOf(const TFormBox& box, const TXmlNode& node) {
+    long double sum = 0;
+    bool any = false;
+    for (const TFormPath& path : box.Paths)
+        if (const TXmlNode* part = First(node, path); part != nullptr)
+            if (const auto value = ParseDecimal(TextOf(*part))) {
+                sum += *value;
+                any = true;
+            }
+    return any ? TFormatSettings::Messages().Money(RoundMoney(sum)) : std::string();
+}
+
+} // namespace
+
+/// A guide on one of its forms.
+struct TFormPrinter::TJob {
+    const TFormGuide* Guide;
+    const TFormTemplate* Form;
+    const TFormGeometry* Geometry;
+    std::size_t Pages;
+};
+
+const TFormGeometry& TFormPrinter::Geometry(const TFormTemplate& form, const TFormVariant& variant,
+                                            std::string_view version) {
+    const auto key = std::pair(&variant, std::string(version));
+    const auto found = geometries_.find(key);
+    return found != geometries_.end()
+               ? found->second
+               : geometries_.emplace(key, LayOutForm(form, variant, version, false)).first->second;
+}
+
+std::vector<TFormPrinter::TJob> TFormPrinter::Jobs(std::span<const TFormGuide> guides,
+                                                   std::string_view version) {
+    std::vector<TJob> jobs;
+    for (const TFormGuide& guide : guides)
+        for (const auto& form : forms_) {
+            const TFormVariant* variant = form->VariantFor(version);
+            if (variant == nullptr || (!options_.Only.empty() && form->Name != options_.Only) ||
+                std::ranges::find(form->Guides, guide.Kind) == form->Guides.end() ||
+                (form->IsAnnex() && First(*guide.Node, form->Needs) == nullptr))
+                continue;
+            const TFormGeometry& geometry = Geometry(*form, *variant, version);
+            std::size_t pages = 1;
+            for (const TPlacedTable& placed : geometry.Tables) {
+                const auto lines = static_cast<std::size_t>(placed.Table->Lines);
+                pages = std::max(pages, (All(*guide.Node, placed.Table->Items).size() + lines - 1) / lines);
+            }
+            jobs.push_back({&guide, form.get(), &geometry, pages});
+        }
+    return jobs;
+}
+
+std::size_t TFormPrinter::Print(std::span<const TFormGuide> guides, std::string_view version,
+                                const TFormSink& sink) {
+    const std::vector<TJob> jobs = Jobs(guides, version);
+    std::size_t pages = 0;
+    for (const TJob& job : jobs)
+        pages += job.Pages;
+    std::size_t before = 0;
+    for (const TJob& job : jobs) {
+        PrintJob(job, before, pages, sink);
+        before += job.Pages;
+    }
+    return pages;
+}
+
+void TFormPrinter::PrintBlank(const TFormTemplate& form, const TFormVariant& variant,
+                              std::string_view version, const TFormSink& sink) {
+    const TFormGeometry geometry = LayOutForm(form, variant, version, true);
+    TFormPage page;
+    page.Paper = {geometry.Width, geometry.Height, {geometry.Form}, {}};
+    page.Form = &form;
+    page.Sheet = 1;
+    sink(page);
+}
+
+void TFormPrinter::PrintJob(const TJob& job, std::size_t before, std::size_t pages, const TFormSink& sink) {
+    const TFormGeometry& geometry = *job.Geometry;
+    const TXmlNode& guide = *job.Guide->Node;
+    // What all pages of a guide have in common is drawn once.
+    auto head = std::make_shared<TDrawing>();
+    std::vector<TFormPlace> headPlaces;
+    AddValues(geometry.Boxes, guide, false, *head, headPlaces);
+    std::vector<std::vector<const TXmlNode*>> rows;
+    for (const TPlacedTable& placed : geometry.Tables)
+        rows.push_back(All(guide, placed.Table->Items));
+    TFormPage page;
+    page.Paper = {geometry.Width, geometry.Height, {geometry.Form}, {}};
+    if (job.Pages > 1)
+        page.Paper.Common.push_back(head);
+    page.Guide = job.Guide;
+    page.Form = job.Form;
+    for (page.Sheet = 1; page.Sheet <= job.Pages; ++page.Sheet) {
+        page.Paper.Own.Clear();
+        page.Places = headPlaces;
+        if (job.Pages == 1)
+            page.Paper.Own = std::move(*head);
+        else
+            AddText(page.Paper.Own, geometry.Sheet, fmt::format("Folha {}/{}", page.Sheet, job.Pages),
+                    kSheet);
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            const TPlacedTable& placed = geometry.Tables[i];
+            AddLines(placed, rows[i], (page.Sheet - 1) * static_cast<std::size_t>(placed.Table->Lines), page);
+        }
+        if (page.Sheet == job.Pages)
+            AddValues(geometry.Boxes, guide, true, page.Paper.Own, page.Places);
+        AddFooter(geometry, before + page.Sheet, pages, page.Paper.Own);
+        sink(page);
+    }
+}
+
+void TFormPrinter::AddValues(const std::vector<TPlacedBox>& boxes, const TXmlNode& guide, bool lastPage,
+                             TDrawing& drawing, std::vector<TFormPlace>& places) const {
+    for (const TPlacedBox& placed : boxes) {
+        if (placed.LastPage != lastPage)
+            continue;
+        const auto [text, node] = ValueOfBox(*placed.Box, guide);
+        AddText(drawing, placed.Value, text, placed.Style);
+        if (node != nullptr)
+            places.push_back({placed.Box, placed.Frame, node});
+    }
+}
+
+void TFormPrinter::AddLines(const TPlacedTable& placed, std::span<const TXmlNode* const> rows,
+                            std::size_t first, TFormPage& page) const {
+    if (placed.Table->Items.empty())
+        return;
+    for (std::size_t line = 0; line < static_cast<std::size_t>(placed.Table->Lines); ++line) {
+        const TXmlNode* row = first + line < rows.size() ? rows[first + line] : nullptr;
+        const float down = static_cast<float>(line) * placed.ItemHeight;
+        for (const TPlacedBox& column : placed.Columns) {
+            const bool numbering = column.Box->Format == TFormFormat::Line && column.Box->Label.empty();
+            if (row == nullptr && !numbering)
+                continue;
+            std::pair<std::string, const TXmlNode*> value;
+            if (row != nullptr)
+                value = ValueOfBox(*column.Box, *row);
+            if (numbering) {
+                if (value.second == nullptr) // no number in the file: that of the line
+                    value.first = std::to_string(first + line + 1);
+                value.first += " -";
+            }
+            TPaperRect area = column.Value;
+            area.Y += down;
+            AddText(page.Paper.Own, area, value.first, column.Style);
+            if (value.second != nullptr) {
+                TPaperRect frame = column.Frame;
+                frame.Y += down;
+                page.Places.push_back({column.Box, frame, value.second});
+            }
+        }
+    }
+}
+
+void TFormPrinter::AddFooter(const TFormGeometry& geometry, std::size_t number, std::size_t pages,
+                             TDrawing& drawing) const {
+    TPaperRect half = geometry.Footer;
+    half.Width *= kFooterShare;
+    if (options_.Errors.value_or(0) > 0)
+        AddText(drawing, half, fmt::format("Contém erros: {}", *options_.Errors), kFooterLeft);
+    half.X += half.Width;
+    AddText(drawing, half, fmt::format("Página {} de {}", number, pages), kFooterRight);
+}
+
+std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox& box,
+                                                                 const TXmlNode& node) const {
+    if (box.Combination == TFormCombination::Sum)
+        return {FormatFormValue(box.Format, SumOf(box, node)), nullptr};
+    std::string text;
+    const TXmlNode* found = nullptr;
+    const auto shown = [&](const TXmlNode& value) {
+        std::string shownText = FormatFormValue(box.Format, TextOf(value));
+        if (options_.Terms && !shownText.empty())
+            for (const std::string& table : box.Codes)
+                if (const std::string term = options_.Terms(table, shownText); !term.empty())
+                    return shownText + " - " + term;
+        return shownText;
+    };
+    for (const TFormPath& path : box.Paths) {
+        if (box.Occurrence == 1) {
+            if (const TXmlNode* part = First(node, path); part != nullptr) {
+                const std::string partText = shown(*part);
+                text += (text.empty() || partText.empty() ? "" : " - ") + partText;
+                found = found != nullptr ? found : part;
+            }
+        } else {
+            const auto nodes = All(node, path);
+            const auto wanted = static_cast<std::size_t>(box.Occurrence);
+            if (wanted == 0)
+                for (const TXmlNode* value : nodes) {
+                    text += (text.empty() ? "" : "; ") + shown(*value);
+                    found = found != nullptr ? found : value;
+                }
+            else if (nodes.size() >= wanted)
+                text = shown(*(found = nodes[wanted - 1]));
+        }
+        if (found != nullptr && box.Combination == TFormCombination::First)
+            break;
+    }
+    if (box.Format == TFormFormat::Line && found != nullptr && found->FirstChildTag() != nullptr)
+        text = std::to_string(PositionOf(*found));
+    if (found == nullptr && box.Format == TFormFormat::Line && !box.Label.empty() && !box.Paths.empty()) {
+        const TFormPath& path = box.Paths.front(); // the item that the line belongs to goes by its place
+        if (const TXmlNode* item = First(node, std::span(path).first(path.size() - 1)); item != nullptr)
+            text = std::to_string(PositionOf(*item));
+    }
+    if (text.empty() && options_.Terms && box.Term.size() == 2) {
+        const TXmlNode* table = First(node, box.Term[0]);
+        const TXmlNode* code = First(node, box.Term[1]);
+        if (table != nullptr && code != nullptr)
+            text = options_.Terms(TextOf(*table), TextOf(*code));
+    }
+    return {std::move(text), found};
+}
+
+} // namespace conferix

@@ -1,0 +1,91 @@
+// Guides on their forms, page by page.
+#pragma once
+
+#include "forms/form_geometry.h"
+#include "forms/form_template.h"
+#include "paper/drawing.h"
+#include "xml/xml_node.h"
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace conferix {
+
+/// A guide to be printed.
+struct TFormGuide {
+    const TXmlNode* Node;
+    std::string_view Kind; ///< as templates name it, "spsadt"
+    std::string Number;    ///< by which people know it
+};
+
+/// Where a value came to stand.
+struct TFormPlace {
+    const TFormBox* Box;
+    TPaperRect Frame;
+    const TXmlNode* Node; ///< of the value
+};
+
+/// A printed page; valid until the next one is made.
+struct TFormPage {
+    TPaperPage Paper;
+    std::vector<TFormPlace> Places;    ///< of the page's values
+    const TFormGuide* Guide = nullptr; ///< null on an empty form
+    const TFormTemplate* Form = nullptr;
+    std::size_t Sheet = 0; ///< of the guide's pages of this form, from 1 on
+};
+using TFormSink = std::function<void(const TFormPage&)>;
+
+/// What a code of a table stands for; empty where it is not known.
+using TTermText = std::function<std::string(std::string_view table, std::string_view code)>;
+
+struct TFormOptions {
+    std::string Only;                  ///< name of a form; empty: all that a guide has
+    TTermText Terms;                   ///< codes are printed with their text, where given
+    std::optional<std::size_t> Errors; ///< told below the frame, unless 0
+};
+
+/// Prints guides. For one thread.
+class TFormPrinter {
+  public:
+    TFormPrinter(TFormSet forms, TFormOptions options)
+        : forms_(std::move(forms)), options_(std::move(options)) {}
+
+    const TFormSet& Forms() const { return forms_; }
+    void SetErrors(std::optional<std::size_t> errors) { options_.Errors = errors; }
+
+    /// Prints guides of one file one after another, each with its annexes, and hands over each page; answers
+    /// how many there are. Raises EInvalidForm.
+    std::size_t Print(std::span<const TFormGuide> guides, std::string_view version, const TFormSink& sink);
+    /// Prints an empty form to be filled in by hand. Raises EInvalidForm.
+    void PrintBlank(const TFormTemplate& form, const TFormVariant& variant, std::string_view version,
+                    const TFormSink& sink);
+
+  private:
+    struct TJob;
+
+    const TFormGeometry& Geometry(const TFormTemplate& form, const TFormVariant& variant,
+                                  std::string_view version);
+    std::vector<TJob> Jobs(std::span<const TFormGuide> guides, std::string_view version);
+    void PrintJob(const TJob& job, std::size_t before, std::size_t pages, const TFormSink& sink);
+    void AddValues(const std::vector<TPlacedBox>& boxes, const TXmlNode& guide, bool lastPage,
+                   TDrawing& drawing, std::vector<TFormPlace>& places) const;
+    void AddLines(const TPlacedTable& placed, std::span<const TXmlNode* const> rows, std::size_t first,
+                  TFormPage& page) const;
+    void AddFooter(const TFormGeometry& geometry, std::size_t number, std::size_t pages,
+                   TDrawing& drawing) const;
+    /// The text of a box, and the node that it comes from.
+    std::pair<std::string, const TXmlNode*> ValueOfBox(const TFormBox& box, const TXmlNode& node) const;
+
+    TFormSet forms_;
+    TFormOptions options_;
+    std::map<std::pair<const TFormVariant*, std::string>, TFormGeometry> geometries_;
+};
+
+} // namespace conferix

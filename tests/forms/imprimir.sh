@@ -1,0 +1,35 @@
+#!/bin/bash
+# Prints the examples and reads the PDF with other programs. Usage: imprimir.sh CONFERIX EXEMPLOS
+set -u
+conferix=$1 exemplos=$2
+for programa in qpdf pdftotext pdfinfo; do
+    command -v "$programa" >/dev/null || { echo "$programa não está instalado: não executado"; exit 77; }
+done
+pasta=$(mktemp -d)
+trap 'rm -rf "$pasta"' EXIT
+export CONFERIX_DADOS=$pasta/dados
+falhas=0
+falhou() {
+    echo "FALHOU: $*"
+    falhas=$((falhas + 1))
+}
+
+for arquivo in "$exemplos"/{consulta,spsadt,internacao,honorarios,odonto}-*-valido.xml; do
+    pdf=$pasta/guias.pdf
+    "$conferix" imprimir "$arquivo" --saida "$pdf" 2>/dev/null || falhou "imprimir $arquivo"
+    qpdf --check "$pdf" >"$pasta/qpdf" 2>&1 || falhou "qpdf: $arquivo: $(cat "$pasta/qpdf")"
+    pdftotext -layout "$pdf" "$pasta/texto"
+    # Numbers of guides, cards, codes and all other texts without blanks are found as they stand in the file.
+    grep -oE '<ans:(numeroGuiaPrestador|numeroCarteira|codigoProcedimento|codigo|senha|CNES)>[^<]+' "$arquivo" | sed 's/.*>//' | sort -u |
+        while read -r valor; do
+            grep -qF -- "$valor" "$pasta/texto" || echo "$arquivo: $valor"
+        done >"$pasta/ausentes"
+    [ ! -s "$pasta/ausentes" ] || falhou "não estão no texto: $(cat "$pasta/ausentes")"
+    grep -q 'Beneficiário' "$pasta/texto" || falhou "acentos: $arquivo"
+    [ "$(pdfinfo "$pdf" | sed -n 's/^Pages: *//p')" = "$(grep -c 'Página [0-9]* de' "$pasta/texto")" ] || falhou "páginas: $arquivo"
+done
+for formulario in consulta spsadt outras_despesas resumo_internacao honorarios tratamento_odontologico; do
+    "$conferix" imprimir --em-branco "$formulario" --saida "$pasta/vazio.pdf" 2>/dev/null
+    qpdf --check "$pasta/vazio.pdf" >"$pasta/qpdf" 2>&1 || falhou "$formulario: $(cat "$pasta/qpdf")"
+done
+exit $((falhas > 0))

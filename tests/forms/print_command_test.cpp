@@ -1,0 +1,143 @@
+#include "forms/pdf_text.h"
+#include "support/command_test.h"
+
+#include <gmock/gmock.h>
+
+namespace conferix {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class Imprimir : public TCommandTest {
+  protected:
+    Imprimir() { options_ = {"--terminologia", CONFERIX_TUSS_DB}; }
+
+    /// Prints and answers the texts of the PDF, in Windows-1252.
+    std::string Texts(std::vector<std::string> words, int status = kExitValid) const {
+        words.insert(words.begin(), "imprimir");
+        const TCommandResult result = Run(std::move(words));
+        EXPECT_EQ(result.Status, status) << result.Err;
+        return PdfTexts(result.Out);
+    }
+    static std::size_t Pages(const std::string& texts) {
+        std::size_t pages = 0;
+        for (std::size_t at = 0; (at = texts.find("P\xE1gina ", at)) != std::string::npos; ++at)
+            ++pages;
+        return pages;
+    }
+    std::string spsadt_ = Example("spsadt-3.05.00-valido.xml").string();
+    std::string consultas_ = Example("consulta-4.01.00-com-erros.xml").string();
+};
+
+TEST_F(Imprimir, PrintsGuidesWithTheirAnnexes) {
+    const std::string texts = Texts({spsadt_});
+    EXPECT_EQ(Pages(texts), 3U);
+    for (const char* text :
+         {"2 - N\xBA Guia no Prestador\n", "20000001\n", "13/09/2021\n",
+          "HEMOGRAMA COM CONTAGEM DE PLAQUETAS\n", "18,40\n", "44,65\n",
+          "ANEXO DE OUTRAS DESPESAS (para Guia de SP/SADT e Resumo de Interna\xE7\xE3o)\n"})
+        EXPECT_THAT(texts, HasSubstr(text));
+    EXPECT_THAT(texts, Not(HasSubstr("Cont\xE9m erros")));
+    const std::string annex = Texts({spsadt_, "--formulario", "outras_despesas"});
+    EXPECT_EQ(Pages(annex), 1U);
+}
+
+TEST_F(Imprimir, TellsOfErrorsUnlessAskedNotTo) {
+    const std::size_t errors = ErrorsOf(Validate(consultas_)).size();
+    EXPECT_THAT(Texts({consultas_}), HasSubstr(fmt::format("Cont\xE9m erros: {}\n", errors)));
+    EXPECT_THAT(Texts({consultas_, "--sem-aviso"}), Not(HasSubstr("Cont\xE9m")));
+}
+
+TEST_F(Imprimir, ChoosesGuidesAndDescribesCodes) {
+    const std::string one = Texts({consultas_, "--guia", "10000002", "--com-descricao"});
+    EXPECT_EQ(Pages(one), 1U);
+    EXPECT_THAT(one, HasSubstr("10000002\n"));
+    EXPECT_THAT(one, HasSubstr("9 - N\xE3o acidente\n"));
+    EXPECT_EQ(Pages(Texts({consultas_, "--guia", "10000002,77"}, kExitInvalid)), 1U);
+}
+
+TEST_F(Imprimir, SaysWhatIsWrong) {
+    const std::string all =
+        "consulta, honorarios, resumo_internacao, spsadt, tratamento_odontologico, outras_despesas";
+    const struct {
+        std::vector<std::string> Words;
+        int Status;
+        std::string Error;
+    } cases[] = {
+        {{}, kExitUsage, "falta o que imprimir: nomes de arquivos, ou --em-branco FORMULARIO"},
+        {{spsadt_, "--em-branco", "consulta"},
+         kExitUsage,
+         "--em-branco imprime um formulário sem guia; não combina com arquivos"},
+        {{spsadt_, "--formulario", "recibo"},
+         kExitUsage,
+         "o formulário \"recibo\" não existe; escolha " + all},
+        {{"--em-branco", "consulta", "--versao", "1.00.00"},
+         kExitUsage,
+         "o formulário \"consulta\" não existe na versão 1.00.00"},
+        {{spsadt_, "--saida", spsadt_},
+         kExitUsage,
+         fmt::format("a saída é o próprio \"{}\"; escolha outro arquivo", spsadt_)},
+        {{spsadt_, "--formato", "json"},
+         kExitUsage,
+         "com --formato json, diga onde gravar o PDF: --saida ARQUIVO"},
+        {{spsadt_, "--guia", "77"}, kExitInvalid, "nenhum dos arquivos tem a guia 77"},
+        {{spsadt_, "--formulario", "consulta"},
+         kExitInvalid,
+         "não há nada a imprimir: nenhuma guia tem o formulário pedido"},
+        {{Example("monitoramento-1.06.00-valido.xml").string()},
+         kExitInvalid,
+         "o arquivo não tem guias a imprimir; são impressos lotes de guias"},
+        {{File("nenhum.xml")}, kExitUnreadable, "nenhum.xml: "},
+        {{spsadt_, "--saida", File("pasta/guias.pdf")}, kExitUnreadable, "guias.pdf"},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> words = c.Words;
+        words.insert(words.begin(), "imprimir");
+        const TCommandResult result = Run(words);
+        EXPECT_EQ(result.Status, c.Status) << c.Error;
+        EXPECT_THAT(result.Err, HasSubstr(c.Error));
+        EXPECT_THAT(result.Out, Not(HasSubstr("%PDF")));
+    }
+}
+
+TEST_F(Imprimir, WritesAFileAndTellsWhatIsInIt) {
+    const nlohmann::json told = RunJson({"imprimir", spsadt_, consultas_, "--saida", File("guias.pdf")});
+    EXPECT_EQ(told["paginas"], 6);
+    EXPECT_EQ(told["arquivos"][0],
+              nlohmann::json({{"arquivo", spsadt_}, {"guias", 2}, {"paginas", 3}, {"erros", 0}}));
+    EXPECT_EQ(told["arquivos"][1]["guias"], 3);
+    EXPECT_EQ(Pages(PdfTexts(ReadTestFile(File("guias.pdf")))), 6U);
+}
+
+TEST_F(Imprimir, UsesTheTemplatesOfTheDataFolder) {
+    const std::string empty = Texts({"--em-branco", "consulta"});
+    EXPECT_THAT(empty, HasSubstr("26 - Nome Social\n"));
+    EXPECT_EQ(Pages(empty), 0U);
+    EXPECT_THAT(Texts({"--em-branco", "consulta", "--versao", "3.05.00"}),
+                HasSubstr("8 - Cart\xE3o Nacional de Sa\xFA"
+                          "de\n"));
+    std::filesystem::create_directories(File("dados/formularios"));
+    WriteTestFile(File("dados/formularios/consulta.txt"),
+                  "guia consulta\nleiaute 3.00.00- retrato\ntitulo \"CONSULTA DA CLÍNICA\"\noperadora "
+                  "\"Saúde & Cia.\"\nlinha\n"
+                  "  caixa 1 \"Carteira\" 50 valor=dadosBeneficiario/numeroCarteira\n");
+    const std::string own = Texts({consultas_});
+    EXPECT_THAT(own, HasSubstr("CONSULTA DA CL\xCDNICA\n"));
+    EXPECT_THAT(own, HasSubstr("Sa\xFA"
+                               "de & Cia.\n"));
+    EXPECT_EQ(Pages(own), 3U);
+    WriteTestFile(File("dados/formularios/consulta.txt"),
+                  "guia consulta\nleiaute 3.00.00- retrato\nlinha altura=300\n");
+    EXPECT_THAT(Run({"imprimir", consultas_}).Err,
+                HasSubstr("consulta.txt, linha 3: \"300\" não é um número de 4 a 200"));
+    WriteTestFile(File("dados/formularios/consulta.txt"),
+                  "guia consulta\nleiaute 3.00.00- paisagem\nlinha altura=200\n");
+    const TCommandResult high = Run({"imprimir", consultas_});
+    EXPECT_EQ(high.Status, kExitUnreadable);
+    EXPECT_THAT(high.Err,
+                HasSubstr("consulta.txt, linha 2: o leiaute tem 212 mm de altura; na folha cabem 197 mm"));
+}
+
+} // namespace
+} // namespace conferix
