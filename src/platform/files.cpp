@@ -2,6 +2,7 @@
 #include "platform/format_settings.h"
 #include "platform/large_pages.h"
 #include "platform/platform.h"
+#include "platform/system_calls.h"
 #include "platform/temporary_file.h"
 
 #include <algorithm>
@@ -19,6 +20,7 @@ constexpr std::size_t kFirstBlock = 65536;
 constexpr int kMaxLinks = 40;
 
 const std::string kIsFolder = "é uma pasta, não um arquivo";
+const std::string kIsDevice = "é o nome de um dispositivo do Windows, não o de um arquivo";
 const std::string kNoMemory = "memória insuficiente";
 
 // The file that a chain of symbolic links ends in, whether or not it exists.
@@ -79,6 +81,9 @@ void Replace(const fs::path& file, std::string_view bytes, const std::optional<T
     const fs::file_status status = fs::status(file, ignored);
     if (fs::is_directory(status)) {
         throw EFileNotWritten(file, kIsFolder);
+    }
+    if (NamesDevice(file)) {
+        throw EFileNotWritten(file, kIsDevice);
     }
     try {
         if (fs::exists(status) && !fs::is_regular_file(status)) {
@@ -167,6 +172,9 @@ std::string ReadWholeFile(const fs::path& file, std::uintmax_t limit, std::optio
     std::error_code ignored;
     if (fs::is_directory(file, ignored)) {
         throw EFileNotRead(file, kIsFolder);
+    }
+    if (NamesDevice(file)) {
+        throw EFileNotRead(file, kIsDevice);
     }
     try {
         return ReadAll(file, limit, stamp);
