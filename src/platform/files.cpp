@@ -2,7 +2,7 @@
 #include "platform/format_settings.h"
 #include "platform/large_pages.h"
 #include "platform/platform.h"
-#include "platform/system_calls.h"
+#include "platform/portable_name.h"
 #include "platform/temporary_file.h"
 
 #include <algorithm>
@@ -20,7 +20,6 @@ constexpr std::size_t kFirstBlock = 65536;
 constexpr int kMaxLinks = 40;
 
 const std::string kIsFolder = "é uma pasta, não um arquivo";
-const std::string kIsDevice = "é o nome de um dispositivo do Windows, não o de um arquivo";
 const std::string kNoMemory = "memória insuficiente";
 
 // The file that a chain of symbolic links ends in, whether or not it exists.
@@ -83,7 +82,7 @@ void Replace(const fs::path& file, std::string_view bytes, const std::optional<T
         throw EFileNotWritten(file, kIsFolder);
     }
     if (NamesDevice(file)) {
-        throw EFileNotWritten(file, kIsDevice);
+        throw EFileNotWritten(file, kDeviceReason);
     }
     try {
         if (fs::exists(status) && !fs::is_regular_file(status)) {
@@ -174,7 +173,7 @@ std::string ReadWholeFile(const fs::path& file, std::uintmax_t limit, std::optio
         throw EFileNotRead(file, kIsFolder);
     }
     if (NamesDevice(file)) {
-        throw EFileNotRead(file, kIsDevice);
+        throw EFileNotRead(file, kDeviceReason);
     }
     try {
         return ReadAll(file, limit, stamp);

@@ -1,6 +1,7 @@
 // The calls of POSIX systems: folders, environment, terminal, locale, libraries.
 #include "platform/large_pages.h"
 #include "platform/platform.h"
+#include "platform/portable_name.h"
 #include "platform/program.h"
 #include "platform/shared_library.h"
 #include "platform/system_calls.h"

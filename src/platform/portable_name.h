@@ -1,6 +1,7 @@
-// Names of files that come from others, in packages and in schemas.
+// Names that some system takes for more than those of files.
 #pragma once
 
+#include <filesystem>
 #include <string_view>
 
 namespace conferix {
@@ -17,5 +18,11 @@ bool LeavesFolder(std::string_view path);
 
 /// Whether all names of a path, with either separator, are portable.
 bool IsPortablePath(std::string_view path);
+
+/// Whether a path names a device and no file on the system that runs the program, as "C:\\pasta\\nul.xml"
+/// does on Windows. Reading it would wait for ever, and writing it would lose the text.
+bool NamesDevice(const std::filesystem::path& file);
+/// What the user is told of such a path.
+inline constexpr const char* kDeviceReason = "é o nome de um dispositivo do Windows, não o de um arquivo";
 
 } // namespace conferix

@@ -9,9 +9,6 @@
 
 namespace conferix {
 
-/// Whether a path names a device and no file, as "C:\\pasta\\nul.xml" does on Windows.
-bool NamesDevice(const std::filesystem::path& file);
-
 /// The folder of the user's application data; empty where nothing tells it.
 std::filesystem::path UserDataFolder();
 
