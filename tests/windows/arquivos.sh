@@ -6,7 +6,7 @@ raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 programa=$(realpath "${1:-$raiz/build/windows/bin/conferix.exe}")
 area=$(mktemp -d)
 trap 'rm -rf "$area"' EXIT
-export CONFERIX_DADOS=$area/dados NO_COLOR=1
+export CONFERIX_DADOS=$area/dados NO_COLOR=1 LC_ALL=pt_BR.UTF-8 # de onde o Wine toma a codificação dos nomes
 cd "$area"
 falhas=0
 

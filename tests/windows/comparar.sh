@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Executa todos os exemplos em todos os comandos com o programa para Windows, no Wine, e com o do Linux: saída, erros, status
-# e arquivos gravados têm de ser iguais byte a byte. Só as identidades das mensagens, a hora e o nome da pasta são outros.
+# e arquivos gravados têm de ser iguais byte a byte. Só as identidades das mensagens, a hora e a pasta dos dados são outras.
 # Uso: tests/windows/comparar.sh [conferix do Linux] [conferix.exe]
 set -euo pipefail
 raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -9,12 +9,12 @@ windows=$(realpath "${2:-$raiz/build/windows/bin/conferix.exe}")
 executar=$raiz/scripts/windows/executar
 area=$(mktemp -d)
 trap 'rm -rf "$area"' EXIT
-# As duas separam os milhares como em pt-BR, que vale onde o país não é conhecido.
-export LC_ALL=C TZ=America/Sao_Paulo NO_COLOR=1
+# O Wine toma da localidade o país e a codificação dos nomes de arquivos.
+export LC_ALL=pt_BR.UTF-8 TZ=America/Sao_Paulo NO_COLOR=1
 casos=0 diferencas=0
 
 em_linux() { CONFERIX_DADOS=$area/linux/dados "$linux" "$@"; }
-em_windows() { CONFERIX_DADOS=dados "$executar" "$windows" "$@"; }
+em_windows() { CONFERIX_DADOS=../dados "$executar" "$windows" "$@"; }
 
 # Na pasta de cada um, que tem os mesmos arquivos; a saída vai para ../saida.
 um_lado() { # <linux|windows> <entrada> <argumentos...>
@@ -24,7 +24,8 @@ um_lado() { # <linux|windows> <entrada> <argumentos...>
     echo "$status" >"$area/$lado/status"
     sed -i -E 's/\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\}/{id}/g
         s/[0-9]{2}\/[0-9]{2}\/[0-9]{4} [0-9]{2}:[0-9]{2}(:[0-9]{2})?/HORA/g
-        s/[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:.]+(Z|[-+][0-9:]+)?/HORA/g' "$area/$lado/saida" "$area/$lado/erros"
+        s/[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:.]+(Z|[-+][0-9:]+)?/HORA/g
+        s/^(Pasta dos schemas: ).*/\1PASTA/' "$area/$lado/saida" "$area/$lado/erros"
 }
 
 comparar() { # <entrada> <argumentos...>
