@@ -21,6 +21,10 @@ foreach(pacote IN LISTS pacotes)
             COMPONENT ${componente})
 endforeach()
 
+# The documents, and what they lead to, beside each other as in the source.
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/conferix COMPONENT comando)
+install(DIRECTORY docs exemplos implantacao DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/conferix COMPONENT comando)
+
 # The libraries that are loaded while the program runs are in no list of the linker.
 set(carregadas "")
 foreach(biblioteca IN ITEMS ${CURL_LIBRARY} ${ZIP_LIBRARY})

@@ -30,10 +30,10 @@ nlohmann::ordered_json ParseConfig(const std::string& text, const std::filesyste
 
 } // namespace
 
-EInvalidConfig::EInvalidConfig(const std::filesystem::path& file, const std::string& reason)
-    : std::runtime_error(
-          fmt::format("O arquivo de configuração \"{}\" não pôde ser lido: {}. Corrija ou remova o arquivo.",
-                      PathText(file), reason)) {}
+EInvalidConfig::EInvalidConfig(const std::filesystem::path& file, const std::string& reason,
+                               const std::string& advice)
+    : std::runtime_error(fmt::format("O arquivo de configuração \"{}\" não pôde ser lido: {}. {}",
+                                     PathText(file), reason, advice)) {}
 
 std::filesystem::path TConfig::DefaultFile() {
     return DataFolder() / "config.json";

@@ -13,7 +13,8 @@ namespace conferix {
 /// The configuration file cannot be read; the text names it.
 class EInvalidConfig : public std::runtime_error {
   public:
-    EInvalidConfig(const std::filesystem::path& file, const std::string& reason);
+    EInvalidConfig(const std::filesystem::path& file, const std::string& reason,
+                   const std::string& advice = "Corrija ou remova o arquivo.");
 };
 
 /// Which rules are switched on ("config.json").

@@ -46,6 +46,17 @@ const TXmlNode* BranchOf(const TXmlNode& ancestor, const TXmlNode& node) {
     return at;
 }
 
+/// Of what the total of an item is made of, what is no number: nobody knows whether the total is right. Null
+/// for none, and for other amounts.
+const TXmlNode* UnreadableFactor(const TXmlNode& amount) {
+    if (amount.LocalName() != "valorTotal")
+        return nullptr;
+    for (const TXmlNode& sibling : amount.Parent()->ChildTags())
+        if (IsAmount(sibling) && sibling.FirstChildTag() == nullptr && !ParseDecimal(sibling.Value()))
+            return &sibling;
+    return nullptr;
+}
+
 std::string At(const TXmlMessage& message) {
     return message.Line() > 0 ? fmt::format(" (linha {})", message.Line()) : std::string();
 }
@@ -154,6 +165,12 @@ std::string TCorrectionPolicy::OwnRefusal(const TUpdateNodeValueSolver& solver) 
         if (const TXmlMessage* finding = FindingOf(*operand))
             return fmt::format("<{}>, de que o valor depende, está errado{}", CutText(operand->LocalName()),
                                At(*finding));
+    for (const TXmlNode* operand : solver.Computation()->Operands)
+        if (const TXmlNode* factor = UnreadableFactor(*operand)) {
+            const TXmlMessage* finding = findings_.At(*factor);
+            return fmt::format("<{}>, de que o valor depende, não pode ser lido{}",
+                               CutText(factor->LocalName()), finding != nullptr ? At(*finding) : "");
+        }
     return solver.Computation()->Amount ? AmountRefusal(solver) : std::string();
 }
 

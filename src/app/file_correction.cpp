@@ -2,6 +2,7 @@
 
 #include "app/correction_policy.h"
 #include "app/structure_repair.h"
+#include "validation/readability.h"
 #include "validation/structure_solver.h"
 
 #include <iterator>
@@ -23,20 +24,27 @@ void LeaveStructure(const TXmlMessages& messages, TCorrectionResult& result) {
             }
 }
 
-} // namespace
+struct TObstacle {
+    std::shared_ptr<const TXmlMessage> Message;
+    std::shared_ptr<ISolver> Solver;
+};
 
-TXmlRecoding HoldInEncoding(TValidadorController& controller, const TTissFile& file,
-                            const std::string& encoding) {
-    const auto misreading = FindMisreading(*file.Text(), file.Encoding());
-    TXmlRecoding recoding =
-        RecodeXml(misreading ? MeantText(*file.Text(), misreading->Kind) : *file.Text(), encoding);
-    controller.SetEncoding(EncodingToWrite(recoding.Text, {}));
-    return recoding;
+/// What has to be corrected before a file can be judged, as the last validation says; null for nothing.
+TObstacle ObstacleOf(const TValidateArgs& found, const TFileCorrections& what) {
+    if (found.ArquivoTiss != nullptr)
+        return {};
+    for (const auto& message : found.ValidationMessages)
+        for (const auto& solver : message->Solvers())
+            if (const auto* first = dynamic_cast<const TReadabilitySolver*>(solver.get());
+                first != nullptr && (what.Estrutura || !first->IsOfStructure()))
+                return {message, solver};
+    return {};
 }
 
-TCorrectionResult CorrectFile(TValidadorController& controller, const std::shared_ptr<const std::string>& xml,
-                              const std::vector<std::string>& enabledValidations,
-                              const TFileCorrections& what, const TSolverChoice& choose) {
+TCorrectionResult CorrectReadable(TValidadorController& controller,
+                                  const std::shared_ptr<const std::string>& xml,
+                                  const std::vector<std::string>& enabledValidations,
+                                  const TFileCorrections& what, const TSolverChoice& choose) {
     TCorrectionResult result{xml, {}, {}};
     if (what.Estrutura)
         result = RepairStructure(controller, xml, enabledValidations, what.ComPerdas);
@@ -51,6 +59,42 @@ TCorrectionResult CorrectFile(TValidadorController& controller, const std::share
     result.Xml = std::move(all.Xml);
     if (!what.Estrutura)
         LeaveStructure(controller.Events().OnValidate.Current().ValidationMessages, result);
+    return result;
+}
+
+} // namespace
+
+TXmlRecoding HoldInEncoding(TValidadorController& controller, const TTissFile& file,
+                            const std::string& encoding) {
+    const auto misreading = FindMisreading(*file.Text(), file.Encoding());
+    const std::string_view text = FromDeclaration(*file.Text());
+    TXmlRecoding recoding =
+        RecodeXml(misreading ? MeantText(text, misreading->Kind) : std::string(text), encoding);
+    controller.SetEncoding(EncodingToWrite(recoding.Text, {}));
+    return recoding;
+}
+
+TCorrectionResult CorrectFile(TValidadorController& controller, const std::shared_ptr<const std::string>& xml,
+                              const std::vector<std::string>& enabledValidations,
+                              const TFileCorrections& what, const TSolverChoice& choose) {
+    if (!what.Estrutura && !what.Todas)
+        return {xml, {}, {}};
+    // Behind what keeps a file from being read there may be what keeps it from being identified.
+    constexpr int kObstacles = 2;
+    std::vector<TCorrectionRecord> first;
+    TCorrectionResult result = CorrectReadable(controller, xml, enabledValidations, what, choose);
+    for (int i = 0; i < kObstacles; ++i) {
+        const TObstacle obstacle = ObstacleOf(controller.Events().OnValidate.Current(), what);
+        if (obstacle.Solver == nullptr)
+            break;
+        first.push_back(RecordOf(obstacle.Message, *obstacle.Solver));
+        controller.Modify();
+        result =
+            CorrectReadable(controller, std::make_shared<const std::string>(obstacle.Solver->SolvedXml()),
+                            enabledValidations, what, choose);
+    }
+    result.Applied.insert(result.Applied.begin(), std::make_move_iterator(first.begin()),
+                          std::make_move_iterator(first.end()));
     return result;
 }
 

@@ -72,6 +72,11 @@ TFileResult TFileValidator::Run(const std::string& name, const std::function<std
         else
             controller.Load(name, TTissFile((*read)(), TXmlUndecodable::Guessed));
         controller.Validate(result.Text, enabled_);
+        result.ValidateSchema = [this, text = result.Text] {
+            TValidadorController judge(terminology_);
+            judge.SetSchemaFolder(schemas_);
+            return judge.ValidateSchema(text);
+        };
         return result;
     } catch (const EFileNotFound&) {
         return UnreadableFile(name, "o arquivo não existe");

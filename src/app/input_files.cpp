@@ -67,7 +67,7 @@ std::vector<std::string> NamesInList(std::string_view list) {
         list.remove_prefix(std::min(end + 1, list.size()));
         if (lines && name.ends_with('\r'))
             name.remove_suffix(1);
-        if (!name.empty())
+        if (lines ? name.find_first_not_of(" \t") != std::string_view::npos : !name.empty())
             names.push_back(name == "-" ? "./-" : std::string(name));
     }
     return names;
@@ -84,6 +84,10 @@ std::vector<TInput> ExpandFolders(const std::vector<std::string>& names, bool wi
         std::vector<TInput> found = SearchFolder(name, withSubfolders);
         std::ranges::move(found, std::back_inserter(inputs));
     }
+    std::set<std::filesystem::path> seen;
+    std::erase_if(inputs, [&](const TInput& input) {
+        return !seen.insert(PathFromText(input.Name).lexically_normal()).second;
+    });
     return inputs;
 }
 

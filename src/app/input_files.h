@@ -13,11 +13,11 @@ struct TInput {
 };
 
 /// The names in a list, each in a line of its own; where the list has NUL characters, between these. Empty
-/// names are none.
+/// names and lines of blanks are none.
 std::vector<std::string> NamesInList(std::string_view list);
 
 /// What names of the command line stand for: a folder for its *.xml and *.xte files in order of their names,
-/// with those of its subfolders on request.
+/// with those of its subfolders on request. Each file comes once, at the first place where it is named.
 std::vector<TInput> ExpandFolders(const std::vector<std::string>& names, bool withSubfolders);
 
 } // namespace conferix

@@ -19,10 +19,15 @@ bool IsOfTheFile(const TXmlMessage& message) {
            message.Kind() == TFindingKind::Misread;
 }
 
-void Arrange(const TXmlMessages& messages, std::vector<TMessageGroup>& groups) {
+/// How many messages stand before those of rules.
+std::size_t Lead(const TXmlMessages& messages) {
     const auto firstOfRule =
         std::ranges::find_if(messages, [](const auto& message) { return message->Rule() != nullptr; });
-    const auto lead = static_cast<std::size_t>(firstOfRule - messages.begin());
+    return static_cast<std::size_t>(firstOfRule - messages.begin());
+}
+
+void Arrange(const TXmlMessages& messages, std::vector<TMessageGroup>& groups) {
+    const std::size_t lead = Lead(messages);
     const auto rank = [&](const TMessageGroup& group) {
         const std::size_t first = group.Messages.front();
         const bool ofFile = first < lead || IsOfTheFile(*messages[first]);
@@ -74,7 +79,10 @@ std::vector<TMessageGroup> GroupMessages(const TXmlMessages& messages,
         if (const auto more = further.find(index); more != further.end()) {
             const TUnkeptGroup& counted = *more->second;
             group.Count += counted.Count;
-            group.UnlistedLines = counted.Lines;
+            // The first of them may be in the line of the last that is listed.
+            const bool sameLine = counted.Lines > 0 && counted.First->Line() > 0 &&
+                                  counted.First->Line() == messages[group.Messages.back()]->Line();
+            group.UnlistedLines = counted.Lines - (sameLine ? 1 : 0);
             guides.insert(counted.Guides.begin(), counted.Guides.end());
             compare(*counted.First);
             group.SameReason = group.SameReason && counted.SameReason;
@@ -120,6 +128,20 @@ std::vector<TMessageGroup> UngroupedMessages(const TXmlMessages& messages) {
     return groups;
 }
 
+void SortByLine(const TXmlMessages& messages, std::vector<TMessageGroup>& groups) {
+    enum TPart { OfFile, OfSeveral, Alone, AfterRules };
+    const std::size_t lead = Lead(messages);
+    std::ranges::stable_sort(groups, {}, [&](const TMessageGroup& group) {
+        const std::size_t index = group.Messages.front();
+        const TXmlMessage& first = *messages[index];
+        const TPart part = index < lead || IsOfTheFile(first) ? OfFile
+                           : group.Count > 1                  ? OfSeveral
+                           : first.Rule() != nullptr          ? Alone
+                                                              : AfterRules;
+        return part == Alone ? std::tuple(part, first.Line(), first.LinePos()) : std::tuple(part, 0, 0);
+    });
+}
+
 std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group) {
     const TXmlMessage& first = *messages[group.Messages.front()];
     const std::size_t count = group.Count;
@@ -142,12 +164,10 @@ std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group) 
     for (const std::size_t i : group.Messages)
         if (messages[i]->Line() > 0 && (lines.empty() || lines.back() != messages[i]->Line()))
             lines.push_back(messages[i]->Line());
-    std::size_t further = group.UnlistedLines;
-    std::string notes = lines.size() == 1 ? ItemsOf(messages, group) : std::string();
-    if (!notes.empty()) {
+    const std::size_t further = group.UnlistedLines;
+    std::string notes = lines.size() == 1 && further == 0 ? ItemsOf(messages, group) : std::string();
+    if (!notes.empty())
         lines.clear();
-        further = 0;
-    }
     const std::size_t all = lines.size() + further;
     for (std::size_t i = 0; i < std::min(lines.size(), kShownPlaces); ++i)
         notes += (i == 0         ? all == 1 ? "linha " : "linhas "

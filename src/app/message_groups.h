@@ -31,6 +31,10 @@ std::vector<TMessageGroup> GroupMessages(const TXmlMessages& messages,
 /// Each message as a group of its own, in their order.
 std::vector<TMessageGroup> UngroupedMessages(const TXmlMessages& messages);
 
+/// Puts groups into the order in which a file is gone through: what concerns it as a whole, the groups of
+/// several findings, the findings that stand alone by their lines, and what is said after all rules.
+void SortByLine(const TXmlMessages& messages, std::vector<TMessageGroup>& groups);
+
 /// What a user reads of a group, like TXmlMessage::Msg of one finding: "300 guias: ... (linhas 37, 120, 203 e
 /// mais 297)".
 std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group);

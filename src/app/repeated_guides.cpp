@@ -3,6 +3,7 @@
 #include "model/lote_guias.h"
 #include "model/mensagem_tiss.h"
 #include "model/tiss_utils.h"
+#include "xml/cut_text.h"
 
 #include <fmt/format.h>
 
@@ -25,6 +26,20 @@ std::vector<TBilledGuide> BilledGuides(const TValidateArgs& result) {
         if (const std::string number(guia.NumeroGuia()); !number.empty())
             guides.push_back({provider + number, number, static_cast<std::int32_t>(guia.Node()->Line())});
     return guides;
+}
+
+std::vector<std::string> RepeatedGuideTexts(const std::vector<TRepeatedGuide>& repeated,
+                                            const std::vector<std::string>& names) {
+    constexpr std::size_t kTold = 50;
+    std::vector<std::string> texts;
+    for (std::size_t i = 0; i < std::min(repeated.size(), kTold); ++i)
+        texts.push_back(fmt::format("{}: Guia {} está também em {}, linha {}", names[repeated[i].First.File],
+                                    CutText(repeated[i].Number), names[repeated[i].Again.File],
+                                    repeated[i].Again.Line));
+    if (repeated.size() > kTold)
+        texts.push_back(fmt::format("e mais {} {} em dois arquivos", repeated.size() - kTold,
+                                    repeated.size() == kTold + 1 ? "guia" : "guias"));
+    return texts;
 }
 
 void TRepeatedGuides::Add(std::size_t file, const std::vector<TBilledGuide>& guides) {

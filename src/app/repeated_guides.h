@@ -35,6 +35,11 @@ struct TRepeatedGuide {
     TPlace Again;
 };
 
+/// What the user is told of them, a sentence each; of many the first ones, and how many more there are.
+/// `names`: of the files, by their numbers.
+std::vector<std::string> RepeatedGuideTexts(const std::vector<TRepeatedGuide>& repeated,
+                                            const std::vector<std::string>& names);
+
 /// Finds the guides that are in more than one of several files.
 class TRepeatedGuides {
   public:

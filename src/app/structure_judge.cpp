@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <unordered_set>
 
 namespace conferix {
 
@@ -42,16 +43,18 @@ TStructureJudge::TStructureJudge(const TValidadorController& controller, TXmlPtr
 
 const std::vector<TStructureJudge::TPicked>& TStructureJudge::Fresh() {
     if (used_)
-        checked_ = controller_.ValidateSchema(xml_);
+        checked_ = controller_.ValidateStructure(xml_);
     else if (!picked_.empty())
         return picked_;
     used_ = false;
     picked_.clear();
+    std::unordered_set<const TXmlNode*> targets; // two findings may demand the same value
     for (const auto& message : checked_.AllMessages)
         for (const auto& solver : message->Solvers())
             if (auto repair = std::dynamic_pointer_cast<TStructureSolver>(solver);
                 repair != nullptr && admits_(*message, *repair)) {
-                picked_.push_back({message, std::move(repair)});
+                if (repair->Target() == nullptr || targets.insert(repair->Target()).second)
+                    picked_.push_back({message, std::move(repair)});
                 break;
             }
     return picked_;
@@ -134,7 +137,7 @@ TStructureJudge::TVerdict TStructureJudge::Try(const std::vector<std::size_t>& c
         if (const TXmlNode* target = picked[chosen[i]].Solver->Target())
             verdict.Records[i].After = target->Value();
     verdict.Xml = std::make_shared<const std::string>(WriteXml(tree));
-    verdict.Checked = controller_.ValidateSchema(verdict.Xml);
+    verdict.Checked = controller_.ValidateStructure(verdict.Xml);
     Compare(Count(verdict.Checked, tree, scopes), chosen, verdict);
     return verdict;
 }

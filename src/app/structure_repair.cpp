@@ -125,7 +125,7 @@ class TStageRepair {
 class TStructureRun {
   public:
     TStructureRun(const TValidadorController& controller, TXmlPtr xml, bool withLoss)
-        : controller_(controller), withLoss_(withLoss), checked_(controller.ValidateSchema(xml)) {
+        : controller_(controller), withLoss_(withLoss), checked_(controller.ValidateStructure(xml)) {
         result_.Xml = std::move(xml);
     }
 

@@ -8,6 +8,7 @@
 #include "model/web_services.h"
 #include "platform/format_settings.h"
 #include "platform/platform.h"
+#include "validation/readability.h"
 #include "validation/schema_rule.h"
 #include "validator/tiss_validator.h"
 #include "xml/schema/schema_set.h"
@@ -384,6 +385,7 @@ TValidateArgs ReadText(const TTissFile& file) {
     result.ValidXml = parsed.Messages.empty() && file.Encoding().Fault == nullptr;
     if (parsed.Document == nullptr) {
         result.AllMessages = std::move(parsed.Messages);
+        result.AllMessages.front() = WithDeclarationFirst(result.AllMessages.front(), file.Text());
         result.AllMessages.insert(result.AllMessages.end(), encoding.begin(), encoding.end());
         return result;
     }
@@ -391,7 +393,8 @@ TValidateArgs ReadText(const TTissFile& file) {
     try {
         result.ArquivoTiss = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
     } catch (const ETissException& error) {
-        result.AllMessages.push_back(UserError(error));
+        result.AllMessages.push_back(WithIdentifyingNames(UserError(error), parsed.Document));
+        result.Unidentified = parsed.Document;
         if (std::string hint = WebServiceHint(*parsed.Document); !hint.empty())
             result.AllMessages.push_back(TXmlMessage::CreateInfo(std::move(hint)));
     }
@@ -429,14 +432,14 @@ void TValidationRun::Judge() {
     result_ = std::move(result);
 }
 
-TValidateArgs TValidadorController::ValidateSchema(const std::shared_ptr<const std::string>& xml) const {
+TValidateArgs TValidadorController::ValidateStructure(const std::shared_ptr<const std::string>& xml) const {
     TValidateArgs result;
     if (auto failure = Attempt([&] {
             result = ReadText(TTissFile(xml, encoding_));
             if (result.ArquivoTiss == nullptr)
                 return;
-            const TValidationMessages messages =
-                TTissValidator::ValidateSchema(*result.ArquivoTiss, SchemaOf(schemas_, *result.ArquivoTiss));
+            const TValidationMessages messages = TTissValidator::ValidateStructure(
+                *result.ArquivoTiss, SchemaOf(schemas_, *result.ArquivoTiss));
             result.AllMessages.assign(messages.begin(), messages.end());
         }))
         return std::move(*failure);

@@ -144,9 +144,10 @@ class TValidadorController {
                        const std::vector<std::string>& enabledValidations);
     /// Gives up the validation that is running: the file ends as not validated, and no result is told.
     void StopValidation();
-    /// Judges a text by its schema alone, or by the parser where that refuses it. Nobody is told, and no
+    /// Judges a text by the rules whose findings corrections of structure mend (its schema, numbers of
+    /// documents), or by the parser where that refuses it. Nobody is told, and no
     /// state changes; a failure on the way becomes a message of the result, which then has no loaded file.
-    TValidateArgs ValidateSchema(const std::shared_ptr<const std::string>& xml) const;
+    TValidateArgs ValidateStructure(const std::shared_ptr<const std::string>& xml) const;
 
   private:
     void RequireFile(const char* reason) const;

@@ -44,7 +44,9 @@ struct TValidateArgs : TValidatorArgs {
     /// the program.
     bool Verified = true;
     std::shared_ptr<const IArquivoTiss> ArquivoTiss; ///< none when the text did not parse
-    TXmlMessages ValidationMessages;                 ///< the messages to show
+    /// The document, where it was read but is no file of a known kind and version.
+    std::shared_ptr<const TXmlDocument> Unidentified;
+    TXmlMessages ValidationMessages; ///< the messages to show
     /// The messages of switched-off rules, in their order.
     TXmlMessages HiddenMessages;
     /// All that the run found and listed, shown or not, in the order in which it was found.

@@ -51,6 +51,7 @@ class THtmlFile {
           listed_(MessagesOf(ListedMessages(file.Validation, options))) {
         groups_ =
             options.Detalhar ? UngroupedMessages(listed_) : GroupMessages(listed_, file.Validation.Unlisted);
+        SortByLine(listed_, groups_);
     }
 
     std::string Text() {

@@ -85,7 +85,14 @@ void THtmlReport::WriteIndex(std::ostream& out, const TReportTotals& totals) con
                            i + 1, NameOfFile(file), HtmlVerdictClass(file.Verdict), HtmlVerdict(file.Verdict),
                            file.Counts.Failures(), file.Counts.Warnings());
     }
-    out << "</tbody>\n</table>\n</nav>\n";
+    out << "</tbody>\n</table>\n";
+    if (!totals.Notes().empty()) {
+        out << "<h3>Guias que estão em mais de um arquivo</h3>\n<ul>\n";
+        for (const std::string& note : totals.Notes())
+            out << "<li>" << HtmlText(note) << "</li>\n";
+        out << "</ul>\n";
+    }
+    out << "</nav>\n";
 }
 
 void THtmlReport::WriteAppendix(std::ostream& out) const {

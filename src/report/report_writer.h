@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -77,6 +78,9 @@ class TReportTotals {
     const TCountsByRule& Rules() const { return rules_; }
     /// In the order in which they were added.
     const std::vector<TFileSummary>& Summaries() const { return summaries_; }
+    /// A sentence about several of the files, as that a guide is in two of them.
+    void Note(std::string sentence) { notes_.push_back(std::move(sentence)); }
+    const std::vector<std::string>& Notes() const { return notes_; }
 
   private:
     bool statistics_;
@@ -85,6 +89,7 @@ class TReportTotals {
     TMessageCounts counts_;
     TCountsByRule rules_;
     std::vector<TFileSummary> summaries_;
+    std::vector<std::string> notes_;
 };
 
 /// A report on files in one format: Begin, AddFile for each, End. A file's text is made apart from its place

@@ -3,15 +3,12 @@
 #include "report/file_uri.h"
 #include "report/message_json.h"
 #include "report/rule_guide.h"
-#include "validation/solver.h"
+#include "report/sarif_fixes.h"
 #include "validation/validation_message.h"
-#include "xml/xml_position.h"
-#include "xml/xml_writer.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <optional>
 #include <ostream>
 #include <utility>
 
@@ -21,13 +18,6 @@ namespace {
 
 /// Stands for a rule where a message comes from none: viewers expect one.
 constexpr const char* kReadingRule = "conferix.leitura";
-
-/// A text with the line breaks that viewers know.
-TJson Message(std::string_view text) {
-    std::string plain(text);
-    std::erase(plain, '\r');
-    return {{"text", plain}};
-}
 
 /// What is said of the file as a whole stands at its beginning: viewers show nothing without a line.
 TJson Location(const TXmlMessage& message, const std::string& uri) {
@@ -52,67 +42,17 @@ const char* LevelOf(TMessageType type) {
     return "none";
 }
 
-/// Where the text between the tags of an element stands; nothing for one that holds more than plain text.
-std::optional<TJson> ContentRegion(const TXmlNode& element, std::string_view document) {
-    const std::string_view source =
-        document.substr(element.ByteStart(), element.ByteEnd() - element.ByteStart());
-    char quote = 0;
-    std::size_t begin = 0;
-    for (; begin < source.size() && (quote != 0 || source[begin] != '>'); ++begin)
-        if (quote == 0 && (source[begin] == '"' || source[begin] == '\''))
-            quote = source[begin];
-        else if (source[begin] == quote)
-            quote = 0;
-    const std::size_t end = source.find('<', ++begin);
-    if (end == std::string_view::npos || source.substr(end, 2) != "</")
-        return std::nullopt;
-    TPositionCounter counter(source);
-    const auto place = [&](std::size_t offset) {
-        const TXmlPlace inside = counter.PlaceOf(offset);
-        return std::pair(element.Line() + inside.Line - 1,
-                         inside.Line == 1 ? element.LinePos() + inside.LinePos - 1 : inside.LinePos);
-    };
-    const auto [startLine, startColumn] = place(begin);
-    const auto [endLine, endColumn] = place(end);
-    return TJson{{"startLine", startLine},
-                 {"startColumn", startColumn},
-                 {"endLine", endLine},
-                 {"endColumn", endColumn}};
-}
-
-/// The corrections that put one text in the place of another.
-TJson Fixes(const TXmlMessage& message, const IArquivoTiss& file, const std::string& uri) {
-    TJson fixes = TJson::array();
-    for (const auto& solver : message.Solvers()) {
-        const TXmlNode* target = solver->Target();
-        if (target == nullptr || target->ByteEnd() == 0)
-            continue;
-        const std::optional<std::string> text = solver->Replacement();
-        const std::optional<TJson> region = ContentRegion(*target, file.Xml()->Text());
-        if (!text || !region)
-            continue;
-        const TJson replacement = {{"deletedRegion", *region},
-                                   {"insertedContent", {{"text", EscapeXml(*text, false)}}}};
-        const TJson change = {{"artifactLocation", {{"uri", uri}}},
-                              {"replacements", TJson::array({replacement})}};
-        fixes.push_back(
-            {{"description", Message(solver->Description())}, {"artifactChanges", TJson::array({change})}});
-    }
-    return fixes;
-}
-
-TJson Result(const TListedMessage& listed, const TValidateArgs& file, const std::string& uri) {
+TJson Result(const TListedMessage& listed, TSarifFixes& corrections, const std::string& uri) {
     const TXmlMessage& message = *listed.Message;
     const std::string rule = RuleName(message);
     TJson result = {{"ruleId", rule.empty() ? kReadingRule : rule}};
     if (message.MsgType() == TMessageType::mtSuccess)
         result["kind"] = "pass";
     result["level"] = LevelOf(message.MsgType());
-    result["message"] = Message(TextWithoutLine(message));
+    result["message"] = SarifMessage(TextWithoutLine(message));
     result["locations"] = TJson::array({Location(message, uri)});
-    if (file.ArquivoTiss != nullptr)
-        if (TJson fixes = Fixes(message, *file.ArquivoTiss, uri); !fixes.empty())
-            result["fixes"] = std::move(fixes);
+    if (TJson fixes = corrections.Of(message); !fixes.empty())
+        result["fixes"] = std::move(fixes);
     if (!listed.Shown && message.MsgType() != TMessageType::mtSuccess)
         result["suppressions"] =
             TJson::array({TJson{{"kind", "external"}, {"justification", "A regra está desativada."}}});
@@ -128,16 +68,16 @@ TJson Result(const TListedMessage& listed, const TValidateArgs& file, const std:
 TJson RuleDescriptor(const std::string& name, const IValidationIdentity& rule) {
     TJson json = {{"id", name}};
     if (rule == nullptr) {
-        json["shortDescription"] = Message("Leitura e identificação do arquivo");
+        json["shortDescription"] = SarifMessage("Leitura e identificação do arquivo");
         json["help"] =
-            Message("O que se diz do arquivo como um todo, antes de qualquer regra: se pôde ser lido, "
-                    "se é XML e se é do padrão TISS.");
+            SarifMessage("O que se diz do arquivo como um todo, antes de qualquer regra: se pôde ser lido, "
+                         "se é XML e se é do padrão TISS.");
         return json;
     }
-    json["shortDescription"] = Message(rule->Description);
+    json["shortDescription"] = SarifMessage(rule->Description);
     if (const TRuleText* text = TRuleGuide::Instance().Find(name)) {
-        json["fullDescription"] = Message(text->ShortText);
-        json["help"] = Message(text->PlainText());
+        json["fullDescription"] = SarifMessage(text->ShortText);
+        json["help"] = SarifMessage(text->PlainText());
         json["help"]["markdown"] = text->MarkdownBody();
     }
     return json;
@@ -169,12 +109,13 @@ std::string TSarifReport::FileText(const TFileResult& file) const {
     if (!file.Failure.empty())
         return text;
     const std::string uri = FileUri(file.Validation.FileName);
+    TSarifFixes fixes(file, uri);
     std::map<std::string, IValidationIdentity> rules;
     for (const TListedMessage& listed : ListedMessages(file.Validation, options_)) {
         const TXmlMessage& message = *listed.Message;
         if (message.MsgType() == TMessageType::mtSuccess && message.Rule() == nullptr)
             continue; // a run without results says that all is well
-        TJson result = Result(listed, file.Validation, uri);
+        TJson result = Result(listed, fixes, uri);
         rules.emplace(result["ruleId"], message.SharedRule());
         text += (text.empty() ? "" : ",\n") + JsonText(result, -1);
     }
@@ -204,7 +145,7 @@ void TSarifReport::End(std::ostream& out, const TReportTotals&) {
     for (const auto& [file, reason] : unverified_) {
         const TJson location = {{"physicalLocation", {{"artifactLocation", {{"uri", FileUri(file)}}}}}};
         invocation["toolExecutionNotifications"].push_back(
-            {{"level", "error"}, {"message", Message(reason)}, {"locations", TJson::array({location})}});
+            {{"level", "error"}, {"message", SarifMessage(reason)}, {"locations", TJson::array({location})}});
     }
     out << ",\n\"invocations\": [" << JsonText(invocation, -1) << "],\n\"tool\": {\"driver\": {\n"
         << "\"name\": \"Conferix\",\n\"version\": \"" CONFERIX_VERSAO

@@ -12,7 +12,7 @@
 namespace conferix {
 
 /// SARIF 2.1.0: a run with a result a message, the rules that found something with their texts, and the
-/// corrections that only change a value as replacements. What kept a file from being verified is a
+/// corrections as replacements. What kept a file from being verified is a
 /// notification of the run.
 class TSarifReport : public IReportWriter {
   public:

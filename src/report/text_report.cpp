@@ -1,5 +1,6 @@
 #include "report/text_report.h"
 
+#include "model/tiss_exceptions.h"
 #include "model/tiss_kinds.h"
 #include "platform/format_settings.h"
 #include "validation/solver.h"
@@ -15,14 +16,32 @@ namespace conferix {
 
 namespace {
 
+std::string Heading(TEnumTipoArquivoTiss tipo, std::string_view transacao, std::string_view versao) {
+    return fmt::format("  {}, {}, {}\n", KindOf(tipo).Title,
+                       transacao.empty() ? "transação não informada" : Visible(transacao),
+                       versao.empty() ? "versão não informada" : "versão " + Visible(versao));
+}
+
+/// What a file is, also where its version is missing or unknown; empty for no file of the standard.
 std::string Kind(const TFileResult& file) {
-    const IArquivoTiss* arquivo = file.Validation.ArquivoTiss.get();
-    if (arquivo == nullptr)
+    if (const IArquivoTiss* arquivo = file.Validation.ArquivoTiss.get())
+        return Heading(arquivo->TipoArquivo(), arquivo->TextoTipoTransacao(), file.Versao);
+    const TXmlDocument* document = file.Validation.Unidentified.get();
+    if (document == nullptr)
         return {};
-    const std::string transacao = Visible(arquivo->TextoTipoTransacao());
-    return fmt::format("  {}, {}, {}\n", KindOf(arquivo->TipoArquivo()).Title,
-                       transacao.empty() ? "transação não informada" : transacao,
-                       file.Versao.empty() ? "versão não informada" : "versão " + Visible(file.Versao));
+    std::string versao;
+    try {
+        const TEnumTipoArquivoTiss tipo = TArquivoTissBase::GetTipoArquivoTiss(*document);
+        try {
+            versao = TArquivoTissBase::GetVersaoTissDetectada(*document);
+        } catch (const ETissVersionNotFound&) { // told as an error too
+        }
+        return Heading(tipo,
+                       ValueOf(document->Element()->Find("cabecalho/identificacaoTransacao/tipoTransacao")),
+                       versao);
+    } catch (const EInvalidTissFile&) { // likewise
+        return {};
+    }
 }
 
 /// Column and rule of a message, which its text does not tell.
@@ -114,8 +133,9 @@ std::string TTextReport::LinesByRule(const TXmlMessages& listed,
 
 std::string TTextReport::MessageLines(const TValidateArgs& result) const {
     const TXmlMessages listed = MessagesOf(ListedMessages(result, options_));
-    const std::vector<TMessageGroup> groups =
+    std::vector<TMessageGroup> groups =
         options_.Detalhar ? UngroupedMessages(listed) : GroupMessages(listed, result.Unlisted);
+    SortByLine(listed, groups);
     std::string text;
     if (options_.AgruparPorRegra)
         text = LinesByRule(listed, groups);

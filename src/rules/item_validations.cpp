@@ -130,9 +130,9 @@ void TItensValorTotalValidation::CheckItem(const TItemGuia& item) {
     const std::optional<double> quantidade = item.QuantidadeExecutada().Number();
     const std::optional<double> unitario = item.ValorUnitario().Number();
     const std::optional<double> total = field.Number();
-    if (!quantidade || !unitario || !total)
-        return;
     const std::optional<double> fator = item.ReducaoAcrescimo().Number();
+    if (!quantidade || !unitario || !total || (item.ReducaoAcrescimo().Present() && !fator))
+        return;
     const double expected = RoundMoney(static_cast<long double>(fator.value_or(1)) * *quantidade * *unitario);
     const bool negative = *total < 0;
     const bool wrong = !SameMoney(*total, expected);

@@ -1,8 +1,11 @@
 #include "rules/totalizer_validations.h"
 
 #include "model/money.h"
+#include "platform/format_settings.h"
 
 #include <fmt/format.h>
+
+#include <algorithm>
 
 namespace conferix {
 
@@ -88,6 +91,11 @@ void TCategoriaDespesa::AppendItems(const IOutrasDespesas& despesas,
 
 namespace {
 
+bool AreNumbers(const std::vector<const TXmlNode*>& amounts) {
+    return std::ranges::all_of(
+        amounts, [](const TXmlNode* amount) { return ParseDecimal(ValueOf(amount)).has_value(); });
+}
+
 void AppendItems(const IProcedimentosExecutados& procedimentos, std::vector<const TXmlNode*>& nodes) {
     for (const TProcedimentoExecutado& procedimento : procedimentos.Procedimentos())
         if (const TXmlField total = procedimento.ValorTotal(); total.Present())
@@ -103,11 +111,15 @@ void TTotalizadorValidation::CheckTotal(const IGuiaTiss& guia, const TXmlField& 
     if (!found) {
         if (!texts.Absent.empty())
             Success(nullptr, texts.Absent);
-    } else if (SameMoney(*found, expected)) {
+        return;
+    }
+    TComputation computation{guia.Node(), {}};
+    items(computation.Operands);
+    if (!AreNumbers(computation.Operands)) // the schema rule tells; nobody knows the sum
+        return;
+    if (SameMoney(*found, expected)) {
         Success(total.Node(), texts.Correct);
     } else {
-        TComputation computation{guia.Node(), {}};
-        items(computation.Operands);
         CorrectableError(*total.Node(),
                          fmt::format(fmt::runtime(texts.Wrong), MoneyText(*found), MoneyText(expected)),
                          MoneyText(expected), std::move(computation));

@@ -22,7 +22,8 @@ class TTotalizadorValidation : public TGuiaTissValidation {
     using TGuiaTissValidation::TGuiaTissValidation;
 
   protected:
-    /// `items`: adds the elements that were summed up to the list that it is given.
+    /// Says nothing of a sum with an amount that is no number. `items`: adds the elements that were summed up
+    /// to the list that it is given.
     void CheckTotal(const IGuiaTiss& guia, const TXmlField& total, double expected, const TTotalTexts& texts,
                     const std::function<void(std::vector<const TXmlNode*>&)>& items);
     /// Guides declare totals by category, and of fees, from this version on.

@@ -29,7 +29,7 @@ asio::ip::address AddressOf(const std::string& text) {
     TErrorCode failure;
     asio::ip::address address = asio::ip::make_address(text == "localhost" ? "127.0.0.1" : text, failure);
     if (failure)
-        throw EListenFailed(
+        throw EInvalidAddress(
             fmt::format("\"{}\" não é um endereço IP; use, por exemplo, 127.0.0.1 ou 0.0.0.0", text));
     return address;
 }

@@ -72,12 +72,18 @@ class EListenFailed : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// What was given as an address is none, on no machine.
+class EInvalidAddress : public EListenFailed {
+  public:
+    using EListenFailed::EListenFailed;
+};
+
 /// Serves routes on one address. One thread serves all connections, so that slow clients cost no more than
 /// their memory; THttpLimits::Runs others work on the requests.
 class TRequestServer {
   public:
     /// Listens from here on. `address`: an IP address, or "localhost"; `port` 0: a free one. Raises
-    /// EListenFailed.
+    /// EListenFailed, and EInvalidAddress.
     TRequestServer(const std::string& address, std::uint16_t port, const THttpLimits& limits,
                    std::vector<THttpRoute> routes, THttpObserver observer);
     /// Waits for work that still runs.

@@ -65,12 +65,16 @@ std::shared_ptr<TXmlMessage> Utf8AsAnsi(const TXmlMisreading& misreading, const 
     const bool whole = misreading.Kept.empty();
     auto message = TXmlMessage::CreateWarn(
         fmt::format(
-            "O arquivo declara a codificação {0}, mas foi gravado {1}em UTF-8: lê-se {2} onde deve estar "
-            "{3}.{4}{5} Grave o arquivo em {0}, ou {6}.",
-            misreading.Declared, whole ? "" : "quase todo ", QuoteText(misreading.Read),
-            QuoteText(misreading.Meant),
+            "O arquivo declara a codificação {0}, mas {1} em UTF-8: lê-se {2} onde deve estar {3}.{4}{5} "
+            "Grave o arquivo em {0}, ou {6}.",
+            misreading.Declared,
+            whole               ? "foi gravado"
+            : misreading.Partly ? "uma parte dele foi gravada"
+                                : "foi gravado quase todo",
+            QuoteText(misreading.Read), QuoteText(misreading.Meant),
             whole ? std::string()
-                  : fmt::format(" Só algumas letras estão mesmo em {}, como as de {} na linha {}.",
+                  : fmt::format(" {} estão mesmo em {}, como as de {} na linha {}.",
+                                misreading.Partly ? "Outras letras" : "Só algumas letras",
                                 misreading.Declared, QuoteText(misreading.Kept), misreading.KeptLine),
             HashSentence(*meant), whole ? "declare encoding=\"UTF-8\"" : "todo ele em UTF-8"),
         CutText(misreading.Read), misreading.Place.Line, misreading.Place.LinePos, misreading.Place.FilePos);
@@ -87,10 +91,18 @@ std::shared_ptr<TXmlMessage> Guessed(const TXmlMisreading& misreading, const TXm
                                      const TTextPtr& text) {
     const TXmlMessage& fault = *encoding.Fault;
     const bool isUtf8 = encoding.Name == kUtf8;
-    auto message =
-        TXmlMessage::CreateError(fmt::format("{} Foi lido em {}: {}.", fault.Reason(), isUtf8 ? kUtf8 : kIso,
-                                             QuoteText(misreading.Read)),
-                                 CutText(misreading.Read), fault.Line(), fault.LinePos(), fault.FilePos());
+    auto message = TXmlMessage::CreateError(
+        encoding.Mixed
+            ? fmt::format("{} Outras letras estão em UTF-8. Cada uma foi lida na codificação em que está.",
+                          fault.Reason())
+            : fmt::format("{} Foi lido em {}: {}.", fault.Reason(), isUtf8 ? kUtf8 : kIso,
+                          QuoteText(misreading.Read)),
+        CutText(misreading.Read), fault.Line(), fault.LinePos(), fault.FilePos());
+    if (encoding.Mixed) {
+        Offer(*message, "Gravar em UTF-8", text, kUtf8);
+        Offer(*message, "Gravar em ISO-8859-1", text, kIso);
+        return message;
+    }
     if (EncodingToWrite(*text, {}).Name == encoding.Name) {
         // The bytes are what the declaration says; only the mark before them is wrong.
         Offer(*message, "Gravar em ISO-8859-1, sem a marca", text, kIso);

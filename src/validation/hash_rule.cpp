@@ -25,26 +25,22 @@ void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
     const TXmlDocument& document = *file->Xml();
     const auto [hashIso, hashUtf8] = THashCalculator::CalculateBoth(document);
     const TXmlNode* hash = file->HashNode();
-    // A missing epilogue is the schema's matter, and told once.
-    if (hash == nullptr && file->EpilogoNode() == nullptr)
+    // A missing hash or epilogue is the schema's matter, and told once.
+    if (hash == nullptr)
         return;
-    const TXmlNode* place = hash != nullptr ? hash : file->EpilogoNode();
     const std::string written = CutText(file->Hash(), kShownFound);
     const std::string found = LowerCase(file->Hash());
 
-    // Without a hash element there is nowhere to write the right value.
-    const bool solvable = hash != nullptr;
     if (hashIso == hashUtf8) {
         if (found != hashIso) {
             auto& error = Error(
-                place, fmt::format("O hash \"{}\" informado no arquivo está inválido. O esperado é \"{}\".",
-                                   written, hashIso));
-            if (solvable)
-                error.AddSolver(std::make_shared<THashSolver_ISO88591>(file));
+                hash, fmt::format("O hash \"{}\" informado no arquivo está inválido. O esperado é \"{}\".",
+                                  written, hashIso));
+            error.AddSolver(std::make_shared<THashSolver_ISO88591>(file));
         }
     } else if (found == hashIso) {
         auto& information = Information(
-            place,
+            hash,
             fmt::format("O hash informado no arquivo está válido e de acordo com a codificação padronizada "
                         "pelo TISS/ANS (ISO-8859-1). Entretanto, algumas operadoras podem calculá-lo "
                         "utilizando uma outra codificação (UTF-8) e recusar o seu arquivo. Caso isso ocorra, "
@@ -55,7 +51,7 @@ void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
         information.AddSolver(std::make_shared<TSanitizeHashSolver>(file));
     } else if (found == hashUtf8) {
         auto& warning = Warning(
-            place,
+            hash,
             fmt::format("O hash informado no arquivo está válido, porém utilizando a codificação UTF-8. O "
                         "padrão TISS orienta que o cálculo seja feito utilizando-se a codificação "
                         "ISO-8859-1. Portanto, caso a operadora recuse o seu arquivo, altere o Hash para "
@@ -66,17 +62,15 @@ void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
         warning.AddSolver(std::make_shared<TSanitizeHashSolver>(file));
     } else {
         auto& error =
-            Error(place, fmt::format("O hash \"{}\" informado no arquivo está inválido. O esperado é \"{}\" "
-                                     "(recomendado) ou \"{}\" (UTF-8).",
-                                     written, hashIso, hashUtf8));
-        if (solvable) {
-            error.AddSolver(std::make_shared<THashSolver_ISO88591>(file));
-            error.AddSolver(std::make_shared<THashSolver_UTF8>(file));
-            error.AddSolver(std::make_shared<TSanitizeHashSolver>(file));
-        }
+            Error(hash, fmt::format("O hash \"{}\" informado no arquivo está inválido. O esperado é \"{}\" "
+                                    "(recomendado) ou \"{}\" (UTF-8).",
+                                    written, hashIso, hashUtf8));
+        error.AddSolver(std::make_shared<THashSolver_ISO88591>(file));
+        error.AddSolver(std::make_shared<THashSolver_UTF8>(file));
+        error.AddSolver(std::make_shared<TSanitizeHashSolver>(file));
     }
     if (FoundNothing())
-        Success(place, fmt::format("O hash \"{}\" informado no arquivo está válido.", written));
+        Success(hash, fmt::format("O hash \"{}\" informado no arquivo está válido.", written));
 }
 
 std::optional<std::string> THashSolver::Replacement() const {

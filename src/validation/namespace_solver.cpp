@@ -209,16 +209,17 @@ class TNamespaceRepair {
             const TXmlName& name = attribute.Name();
             if (name.Prefix.empty() || name.Prefix == "xmlns" || name.Prefix == "xml")
                 continue;
-            NotePrefix(tag, name.Prefix, scope);
+            NotePrefix(tag, name.Prefix, scope, TNamespaceSolver::IsOfSchemaInstance(name));
             const std::size_t colon = attribute.Value().find(':');
             if (name.Local == "type" && colon != std::string_view::npos) // xsi:type="ans:ct_guia"
-                NotePrefix(tag, attribute.Value().substr(0, colon), scope);
+                NotePrefix(tag, attribute.Value().substr(0, colon), scope, false);
         }
     }
 
-    void NotePrefix(const TXmlNode& tag, std::string_view prefix, const TNamespaceScope& scope) {
+    void NotePrefix(const TXmlNode& tag, std::string_view prefix, const TNamespaceScope& scope,
+                    bool ofSchemaInstance) {
         const auto uri = scope.Of(prefix);
-        if (!uri && prefix != "xsi")
+        if (!uri && !ofSchemaInstance)
             return;
         uses_.push_back({&tag, prefix, uri.value_or(kSchemaInstance)});
         used_.emplace(prefix, uses_.back().Namespace);
@@ -305,6 +306,11 @@ class TNamespaceRepair {
 };
 
 } // namespace
+
+bool TNamespaceSolver::IsOfSchemaInstance(const TXmlName& attribute) {
+    return attribute.Prefix == "xsi" || attribute.Local == "schemaLocation" ||
+           attribute.Local == "noNamespaceSchemaLocation";
+}
 
 void TNamespaceSolver::Solve() {
     if (solved_)

@@ -13,6 +13,9 @@ class TNamespaceSolver : public TAbstractSolver {
     std::string Name() const override { return "TNamespaceSolver"; }
     std::string Description() const override { return "Corrigir namespaces. "; }
     void Solve() override;
+    /// True of the names of attributes that it declares the prefix of, since that can stand for one namespace
+    /// only: xsi:schemaLocation, whatever its prefix, and whatever has the prefix xsi.
+    static bool IsOfSchemaInstance(const TXmlName& attribute);
 
   private:
     bool solved_ = false;

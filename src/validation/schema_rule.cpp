@@ -318,6 +318,14 @@ const TXmlNode& VersionPlace(const TXmlNode& root) {
     return root;
 }
 
+std::shared_ptr<const TSchemaSet> LoadSchema(const std::filesystem::path& file) {
+    try {
+        return TSchemaSet::Load(file);
+    } catch (const ESchemaInvalido& error) { // files of the same name are in several folders
+        throw ESchemaInvalido(error, file.parent_path());
+    }
+}
+
 } // namespace
 
 bool IsApproximation(const std::filesystem::path& file) {
@@ -357,7 +365,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(schemaFile_, ignored))
         throw ESchemaNotFound(schemaFile_);
-    const auto schema = TSchemaSet::Load(schemaFile_);
+    const auto schema = LoadSchema(schemaFile_);
     const TOtherVersions others(schemaFile_);
     const TXmlDocument& document = *file.Xml();
     auto [faults, further] = TSchemaValidator(*schema, &others).Judge(document, RoomForFindings());

@@ -7,6 +7,7 @@
 #include "validation/value_repair.h"
 #include "xml/cut_text.h"
 #include "xml/schema/schema_set.h"
+#include "xml/xml_writer.h"
 
 #include <fmt/format.h>
 
@@ -359,6 +360,14 @@ bool IsSignedContent(const TXmlNode& node) {
     return false;
 }
 
+/// True when the correction of the namespaces makes an undeclared prefix, which a tag or its attributes have,
+/// superfluous or known.
+bool CanBeDeclared(const TXmlNode& tag, std::string_view prefix) {
+    return std::ranges::all_of(tag.Attributes(), [prefix](const TXmlAttribute& attribute) {
+        return attribute.Name().Prefix != prefix || TNamespaceSolver::IsOfSchemaInstance(attribute.Name());
+    });
+}
+
 /// The beginning of a text that its type admits; nothing for what is no text of several words.
 std::optional<std::string> CutToLimit(const TSchemaFault& fault) {
     std::string_view text = fault.Found;
@@ -379,6 +388,15 @@ void TStructureSolver::Solve() {
     if (!solved_ && node_.Parent() != nullptr)
         Mend();
     solved_ = true;
+}
+
+std::string TStructureSolver::SolvedXml() {
+    Solve();
+    return WriteXml(*document_);
+}
+
+std::shared_ptr<TStructureSolver> MakeValueRepair(TXmlNode& node, std::string value) {
+    return std::make_shared<TValueSolver>(nullptr, node, TStage::Values, std::move(value));
 }
 
 std::vector<std::shared_ptr<TStructureSolver>>
@@ -419,7 +437,7 @@ StructureSolversOf(const TSchemaFault& fault, const TFilePtr& file, const TSchem
         break;
     }
     const bool root = fault.Code == TSchemaFaultCode::WrongNamespace && node.Parent()->Parent() == nullptr;
-    if (root || fault.Code == TSchemaFaultCode::UndeclaredPrefix)
+    if (root || (fault.Code == TSchemaFaultCode::UndeclaredPrefix && CanBeDeclared(node, fault.Found)))
         add(std::make_shared<TAllNamespacesSolver>(file, node));
     if (fault.Code == TSchemaFaultCode::UnknownElement)
         add(std::make_shared<TRemoveSolver>(file, node, TStage::Losses));

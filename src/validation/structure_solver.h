@@ -2,9 +2,12 @@
 #pragma once
 
 #include "validation/solver.h"
+#include "xml/xml_document.h"
+#include "xml/xml_node.h"
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace conferix {
@@ -22,23 +25,29 @@ class TStructureSolver : public TAbstractSolver {
                                          TStage::Losses};
 
     TStructureSolver(std::shared_ptr<const IArquivoTiss> file, TXmlNode& node, TStage stage)
-        : TAbstractSolver(std::move(file)), node_(node), stage_(stage) {}
+        : TAbstractSolver(std::move(file)), document_(node.Document().shared_from_this()), node_(node),
+          stage_(stage) {}
     TStage Stage() const { return stage_; }
     /// True where something of the document is lost; the description says what.
     bool WithLoss() const { return stage_ == TStage::Losses; }
     /// The elements of which it changes the content or the name; what else becomes wrong by it, is in them.
     virtual std::vector<const TXmlNode*> Scope() const;
     void Solve() final;
+    std::string SolvedXml() final;
 
   protected:
     TXmlNode& Node() const { return node_; }
     virtual void Mend() = 0;
 
   private:
+    std::shared_ptr<TXmlDocument> document_;
     TXmlNode& node_;
     TStage stage_;
     bool solved_ = false;
 };
+
+/// Writes the value of an element as it should be written; means the same.
+std::shared_ptr<TStructureSolver> MakeValueRepair(TXmlNode& node, std::string value);
 
 /// The corrections of a fault, those without loss first; none where nothing is sure. `schema`: the set by
 /// which it was found.

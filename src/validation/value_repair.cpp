@@ -213,6 +213,15 @@ void AddTexts(const TSchemaSimpleType& type, std::string_view text, std::set<std
 
 } // namespace
 
+std::optional<std::string> DigitsOfDocument(std::string_view text) {
+    text = TrimBlanks(text);
+    std::string digits;
+    std::ranges::copy_if(text, std::back_inserter(digits),
+                         [](char c) { return !IsPunctuation(c) && c != ' '; });
+    return AllDigits(digits) && digits.size() != text.size() ? std::optional(std::move(digits))
+                                                             : std::nullopt;
+}
+
 std::optional<std::string> RepairedValue(const TSchemaSimpleType& type, std::string_view raw) {
     const std::string_view text = TrimBlanks(raw);
     if (text.empty())

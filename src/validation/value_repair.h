@@ -15,4 +15,8 @@ struct TSchemaSimpleType;
 /// could be read in another way, or where the type does not admit the result.
 std::optional<std::string> RepairedValue(const TSchemaSimpleType& type, std::string_view raw);
 
+/// The digits of a document's number that was written with points, hyphens, slashes or blanks; nothing for
+/// one that has anything else, or none of them.
+std::optional<std::string> DigitsOfDocument(std::string_view text);
+
 } // namespace conferix

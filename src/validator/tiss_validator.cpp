@@ -7,6 +7,10 @@ namespace conferix {
 
 namespace {
 
+constexpr std::string_view kGuiaMonitoramento = "tiss.monitoramento.loteguias.guia";
+/// CPF or CNPJ of the provider, health card of the beneficiary, CNPJ of a supplier.
+constexpr std::string_view kFieldsWithDocuments[] = {"014", "016", "075"};
+
 void CollectUnkept(const TValidation& rule, std::vector<TUnkeptFindings>& unkept) {
     if (rule.Unkept().Findings() != 0)
         unkept.push_back({rule.Identity(), rule.Unkept(), rule.UnkeptGroups()});
@@ -61,14 +65,25 @@ TValidationMessages TTissValidator::Validate() {
     return messages;
 }
 
-TValidationMessages TTissValidator::ValidateSchema(const IArquivoTiss& arquivo,
-                                                   const std::filesystem::path& schemaFile) {
-    const auto rule =
-        AllRules().MakeValidation(RuleOfKind(arquivo.TipoArquivo(), "schema"),
-                                  NewRunContext(std::string(arquivo.Versao()), schemaFile, nullptr));
-    rule->LimitFindings(kAllFindings);
-    arquivo.Accept(*rule);
-    return rule->ValidationMessages();
+TValidationMessages TTissValidator::ValidateStructure(const IArquivoTiss& arquivo,
+                                                      const std::filesystem::path& schemaFile) {
+    const TRunContextPtr run = NewRunContext(std::string(arquivo.Versao()), schemaFile, nullptr);
+    const TRuleTable& rules = AllRules();
+    std::vector<std::shared_ptr<TValidation>> judging = {
+        rules.MakeValidation(RuleOfKind(arquivo.TipoArquivo(), "schema"), run)};
+    if (arquivo.TipoArquivo() == TEnumTipoArquivoTiss::taMonitoramento) {
+        judging.push_back(rules.MakeAlone(std::string(kGuiaMonitoramento), run));
+        for (const std::string_view field : kFieldsWithDocuments)
+            judging.back()->AddValidation(
+                rules.MakeAlone(std::string(kGuiaMonitoramento).append(".campo").append(field), run));
+    }
+    TValidationMessages messages;
+    for (const auto& rule : judging) {
+        rule->LimitFindings(kAllFindings);
+        arquivo.Accept(*rule);
+        messages.insert(messages.end(), rule->ValidationMessages().begin(), rule->ValidationMessages().end());
+    }
+    return messages;
 }
 
 void TTissValidator::LimitFindings(std::size_t keptOfRule) {

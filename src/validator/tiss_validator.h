@@ -33,9 +33,10 @@ class TTissValidator {
     /// All findings, in pre-order of the tree of rules. Lets pass what a rule raises (ESchemaNotFound,
     /// ESchemaInvalido, terminology errors).
     TValidationMessages Validate();
-    /// All findings of the schema rule alone, however many. Raises what the rule does.
-    static TValidationMessages ValidateSchema(const IArquivoTiss& arquivo,
-                                              const std::filesystem::path& schemaFile);
+    /// All findings that corrections of structure mend, however many: those of the schema rule and, of a
+    /// monitoring file, those of the rules about numbers of documents. Raises what the rules do.
+    static TValidationMessages ValidateStructure(const IArquivoTiss& arquivo,
+                                                 const std::filesystem::path& schemaFile);
     /// Limits the findings that Validate keeps of each rule.
     void LimitFindings(std::size_t keptOfRule);
     /// What Validate found beyond them: the rules and the numbers of their findings, in the order of the

@@ -18,8 +18,6 @@ constexpr std::array<char16_t, 32> kSpecials = {
     0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x8D,   0x017D, 0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
-/// So many letters tell what a text was written in.
-constexpr std::size_t kRunsJudged = 20'000;
 /// One letter that is no UTF-8 is a slip among so many that are.
 constexpr std::size_t kSlip = 3;
 
@@ -59,18 +57,68 @@ struct TRun {
     std::size_t End() const { return At + Size; }
 };
 
-enum class TWriting { Utf8, Utf8WithOtherLetters, NoUtf8 };
+enum class TWriting {
+    Utf8,
+    UsualUtf8, ///< letters of Portuguese whose bytes, read as Windows-1252, nobody writes side by side
+    Utf8WithOtherLetters,
+    NoUtf8
+};
 
-TWriting WritingOf(const TRun& run) {
+/// Letters and signs beyond ASCII that are usual in Portuguese.
+bool IsUsual(UChar32 c) {
+    constexpr std::u32string_view kUsual = U"áàâãéêíóôõúüçñÁÀÂÃÉÊÍÓÔÕÚÜÇÑªº°";
+    return kUsual.find(static_cast<char32_t>(c)) != std::u32string_view::npos;
+}
+
+/// True of a usual character whose bytes, behind a text, may be meant as they read in Windows-1252: "Ã" at
+/// the end of a word with a space that does not break, or with a quotation mark that closes what one opened.
+bool MayBeMeantAsItReads(UChar32 c, std::string_view before) {
+    if (c == U'à')
+        return !before.empty() && (static_cast<unsigned char>(before.back()) >= 0x80 ||
+                                   u_isalpha(static_cast<unsigned char>(before.back())) != 0);
+    const std::size_t value = before.rfind('>');
+    return c == U'Ô' &&
+           before.substr(value == std::string_view::npos ? 0 : value).find("“") != std::string_view::npos;
+}
+
+/// `before`: the text before the run.
+TWriting WritingOf(const TRun& run, std::string_view before) {
     TWriting writing = TWriting::Utf8;
     for (std::size_t at = 0; at < run.Bytes.size();) {
+        const bool first = at == 0;
         const UChar32 c = NextCharacter(run.Bytes, at);
         if (c < 0x80) // not UTF-8, or none of Windows-1252
             return TWriting::NoUtf8;
         if (u_isalpha(c) != 0 && ByteOf(c) == 0)
             writing = TWriting::Utf8WithOtherLetters;
+        else if (writing == TWriting::Utf8 && IsUsual(c) && !(first && MayBeMeantAsItReads(c, before)))
+            writing = TWriting::UsualUtf8;
     }
     return writing;
+}
+
+/// True where only blanks stand between a place and the end of a value.
+bool EndsValue(std::string_view bytes, std::size_t at) {
+    const std::size_t next = bytes.find_first_not_of(" \t\r\n", at);
+    return next == std::string_view::npos ||
+           std::string_view("<\"'").find(bytes[next]) != std::string_view::npos;
+}
+
+/// True of a byte that is no UTF-8 where it is certain what it stands for in Windows-1252: a usual letter
+/// that cannot be what was left of a letter of UTF-8 which was cut with its value.
+bool IsUsualByte(std::string_view bytes, std::size_t at) {
+    const auto byte = static_cast<unsigned char>(bytes[at]);
+    if (byte < 0xA0 || !IsUsual(byte))
+        return false;
+    if (byte < 0xC0) { // the second half of a letter, or "1º"
+        const auto before = static_cast<unsigned char>(at > 0 ? bytes[at - 1] : ' ');
+        return before < 0x80 && u_isalnum(before) != 0;
+    }
+    const bool begins = byte == 0xC2 || byte == 0xC3 || byte == 0xE2; // usual letters and signs
+    if (!begins)
+        return true;
+    const bool goesOn = at + 1 < bytes.size() && (static_cast<unsigned char>(bytes[at + 1]) & 0xC0U) == 0x80;
+    return !goesOn && !EndsValue(bytes, at + 1);
 }
 
 } // namespace
@@ -98,18 +146,22 @@ std::string AnsiToUtf8(std::string_view bytes) {
 
 std::optional<TUtf8AsAnsi> FindUtf8AsAnsi(std::string_view text) {
     TUtf8AsAnsi found;
+    std::size_t certain = TUtf8AsAnsi::kNone;
     std::size_t misread = 0;
     std::size_t kept = 0;
-    TRun run = TRun::From(text, 0);
-    for (std::size_t runs = 0; run.Size > 0 && runs < kRunsJudged;
-         ++runs, run = TRun::From(text, run.End())) {
-        const TWriting writing = WritingOf(run);
-        if (writing == TWriting::Utf8 && ++misread == 1)
+    for (TRun run = TRun::From(text, 0); run.Size > 0; run = TRun::From(text, run.End())) {
+        const TWriting writing = WritingOf(run, text.substr(0, run.At));
+        if ((writing == TWriting::Utf8 || writing == TWriting::UsualUtf8) && ++misread == 1)
             found.First = run.At;
+        if (writing == TWriting::UsualUtf8)
+            certain = std::min(certain, run.At);
         if (writing == TWriting::NoUtf8 && ++kept == 1)
             found.Kept = run.At;
     }
-    return misread > 0 && misread >= kept * kSlip ? std::optional(found) : std::nullopt;
+    found.Mostly = misread > 0 && misread >= kept * kSlip;
+    if (certain != TUtf8AsAnsi::kNone)
+        found.First = certain;
+    return found.Mostly || certain != TUtf8AsAnsi::kNone ? std::optional(found) : std::nullopt;
 }
 
 std::string MeantAsUtf8(std::string_view text) {
@@ -132,6 +184,25 @@ std::string MeantAsUtf8(std::string_view text) {
     }
     meant.append(text, done);
     return meant;
+}
+
+TMixedText ReadMixed(std::string_view bytes) {
+    TMixedText mixed;
+    mixed.Text.reserve(bytes.size() + bytes.size() / 8);
+    std::size_t done = 0; // before it all is taken over
+    for (std::size_t at = FindNonAscii(bytes); at < bytes.size(); at += FindNonAscii(bytes.substr(at))) {
+        const std::size_t start = at;
+        if (NextCharacter(bytes, at) >= 0)
+            continue;
+        at = start + 1;
+        if (!IsUsualByte(bytes, start))
+            mixed.Unknown.push_back(start);
+        mixed.Text.append(bytes, done, start - done);
+        mixed.Text += AnsiToUtf8(bytes.substr(start, 1));
+        done = at;
+    }
+    mixed.Text.append(bytes, done);
+    return mixed;
 }
 
 } // namespace conferix

@@ -437,14 +437,15 @@ EXmlEncoding::EXmlEncoding(TXmlMessages messages)
 
 namespace {
 
-/// The XML declaration of a text, without the space before it and the mark that ends it; empty for none.
+bool BeginsWithDeclaration(std::string_view text) {
+    return text.starts_with("<?xml") && text.size() >= 6 && IsXmlSpace(text[5]);
+}
+
+/// The XML declaration of a text, without the mark that ends it; empty for none.
 std::string_view DeclarationOf(std::string_view text) {
     // White space before the declaration is a fault of its own, which the parser tells.
-    while (!text.empty() && IsXmlSpace(text.front()))
-        text.remove_prefix(1);
-    if (!text.starts_with("<?xml") || text.size() < 6 || !IsXmlSpace(text[5]))
-        return {};
-    return text.substr(0, text.find("?>"));
+    text = FromDeclaration(text);
+    return BeginsWithDeclaration(text) ? text.substr(0, text.find("?>")) : std::string_view();
 }
 
 /// The value of a pseudo-attribute of a declaration; a null view without it.
@@ -472,6 +473,13 @@ bool IsEncodingName(std::string_view name) {
 
 } // namespace
 
+std::string_view FromDeclaration(std::string_view text) {
+    std::string_view rest = text;
+    while (!rest.empty() && IsXmlSpace(rest.front()))
+        rest.remove_prefix(1);
+    return BeginsWithDeclaration(rest) ? rest : text;
+}
+
 std::string_view DeclaredEncoding(std::string_view text) {
     return DeclaredValue(DeclarationOf(text), "encoding");
 }
@@ -496,13 +504,38 @@ std::string DeclareEncoding(std::string_view text, std::string_view encoding) {
 
 namespace {
 
+/// The same fault, with the bytes that keep it from being mended.
+std::shared_ptr<const TXmlMessage> Unmendable(const TXmlMessage& fault, std::string_view bytes,
+                                              const std::vector<std::size_t>& unknown) {
+    constexpr std::size_t kNamed = 5;
+    TPositionCounter position(bytes);
+    std::string named;
+    for (std::size_t i = 0; i < std::min(unknown.size(), kNamed); ++i)
+        named +=
+            fmt::format("{}{:02X} na linha {}", i == 0 ? "" : ", ",
+                        static_cast<unsigned char>(bytes[unknown[i]]), position.PlaceOf(unknown[i]).Line);
+    if (unknown.size() > kNamed)
+        named += fmt::format(" e mais {}", unknown.size() - kNamed);
+    return TXmlMessage::CreateError(
+        fmt::format("{} Nenhuma correção é oferecida, porque não se sabe que {}: {}. Escreva de novo o texto "
+                    "ali.",
+                    fault.Reason(), unknown.size() == 1 ? "letra é este byte" : "letras são estes bytes",
+                    named),
+        fault.SrcText(), fault.Line(), fault.LinePos(), fault.FilePos());
+}
+
 /// Bytes that are no text in the declared encoding, in the one that they seem to be in.
 TXmlText Guess(std::string& bytes, std::shared_ptr<const TXmlMessage> fault, TXmlUndecodable undecodable) {
-    if (undecodable == TXmlUndecodable::Guessed && FindMalformedUtf8(bytes) == bytes.size())
+    if (undecodable == TXmlUndecodable::Refused)
+        throw EXmlEncoding(std::move(fault));
+    if (FindMalformedUtf8(bytes) == bytes.size())
         return {std::move(bytes), {"UTF-8", false, std::move(fault)}};
-    if (undecodable == TXmlUndecodable::Guessed && IsPlainlyAnsi(bytes))
+    if (IsPlainlyAnsi(bytes))
         return {AnsiToUtf8(bytes), {kAnsi, false, std::move(fault)}};
-    throw EXmlEncoding(std::move(fault));
+    TMixedText mixed = ReadMixed(bytes);
+    if (!mixed.Unknown.empty())
+        throw EXmlEncoding(Unmendable(*fault, bytes, mixed.Unknown));
+    return {std::move(mixed.Text), {"UTF-8", false, std::move(fault), true}};
 }
 
 } // namespace
@@ -632,9 +665,14 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
     const std::string_view declared = DeclaredEncoding(text);
     const auto found = [&](TXmlMisreading::TKind kind, std::size_t at) {
         const std::string word(at < text.size() ? WordAt(text, at) : std::string_view{});
-        return TXmlMisreading{
-            kind, std::string(declared), word, MeantText(word, kind), TPositionCounter(text).PlaceOf(at), {},
-            0};
+        return TXmlMisreading{kind,
+                              std::string(declared),
+                              word,
+                              MeantText(word, kind),
+                              TPositionCounter(text).PlaceOf(at),
+                              {},
+                              0,
+                              false};
     };
     if (encoding.Fault != nullptr)
         return found(TXmlMisreading::TKind::Guessed, FindNonAscii(text));
@@ -653,6 +691,7 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
         misreading.Kept = MeantAsUtf8(WordAt(text, letters->Kept));
         misreading.KeptLine = TPositionCounter(text).PlaceOf(letters->Kept).Line;
     }
+    misreading.Partly = !letters->Mostly;
     return misreading;
 }
 

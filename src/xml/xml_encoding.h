@@ -19,6 +19,7 @@ struct TXmlEncoding {
     /// Why the bytes are no text in the encoding that the file declares, where they were read in another
     /// one all the same; null else.
     std::shared_ptr<const TXmlMessage> Fault;
+    bool Mixed = false; ///< with a Fault: letters in UTF-8 stand beside others in Windows-1252
 };
 
 /// What becomes of bytes that are no text in the declared encoding.
@@ -26,7 +27,7 @@ enum class TXmlUndecodable {
     Refused,
     /// Read as what they seem to be, with TXmlEncoding::Fault, where that is beyond doubt: as Windows-1252
     /// where UTF-8 is declared (or nothing, or a mark says so) and none of the letters is UTF-8, as either
-    /// where ASCII is.
+    /// where ASCII is; each as what it is where letters of both stand side by side, all of them usual.
     Guessed
 };
 
@@ -75,6 +76,7 @@ struct TXmlMisreading {
     TXmlPlace Place;           ///< of its first such letter
     std::string Kept;          ///< the first word that was read as it was meant all the same; empty for none
     std::int32_t KeptLine = 0; ///< 1-based
+    bool Partly = false;       ///< what was misread is not most of it
 };
 std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEncoding& encoding);
 /// The text that was meant, of a file that was misread.
@@ -104,6 +106,9 @@ std::string EncodeAnsi(std::string_view text);
 /// The encoding that the XML declaration of a text names, also when white space stands before it; empty
 /// without one.
 std::string_view DeclaredEncoding(std::string_view text);
+/// The text from its XML declaration on, without the white space before it; the whole text where no
+/// declaration begins it.
+std::string_view FromDeclaration(std::string_view text);
 /// The version of XML that the declaration of a text names; empty without one.
 std::string_view DeclaredVersion(std::string_view text);
 /// The same text with a declaration that names an encoding.

@@ -45,6 +45,10 @@ expect() {
     done
 }
 [[ "${missing:-}" == *fish* ]] && fish=
+if [ -n "${fish-fish}" ]; then # rules come with what they check
+    told=$(fish --no-config -c 'source conferix.fish; complete -C "conferix validar --desativar tiss.mensagem.ha"')
+    [[ "$told" == *$'tiss.mensagem.hash\tHash'* ]] || { echo "fish: $told"; exit 1; }
+fi
 expect 'conferix val' validar - corrigir
 expect 'conferix terminologia ' importar consultar - validar
 expect 'conferix validar --sem' --sem-subpastas - --saida
@@ -56,6 +60,8 @@ expect 'conferix regras --desativar tiss.mensagem.h' tiss.mensagem.hash
 expect 'conferix converter lote.xml --para 4.0' 4.01.00
 expect 'conferix documento ' cpf cnpj cns - lote.xml
 expect 'conferix hash lot' lote.xml
+expect 'conferix ajuda term' terminologia - validar
+expect 'conferix ajuda terminologia ' importar consultar - validar
 expect 'conferix validar lote.xml --esquemas lot' lotes - lote.xml
 
 if [[ "${missing:-}" != *zsh* ]]; then

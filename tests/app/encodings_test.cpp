@@ -35,6 +35,8 @@ std::string Written(const std::string& text, const std::string& encoding) {
     const std::size_t last = text.rfind('\xC3');
     if (encoding == "UTF-8 sem a última letra")
         return text.substr(0, last) + Latin1(text.substr(last, 2)) + text.substr(last + 2);
+    if (encoding == "ISO-8859-1 com a última letra em UTF-8")
+        return Latin1(text.substr(0, last)) + text.substr(last, 2) + Latin1(text.substr(last + 2));
     return encoding == "ISO-8859-1" ? Latin1(text) : text;
 }
 
@@ -95,6 +97,12 @@ TEST_F(Encodings, KeepTheHashOfTextsThatWereMisread) {
     EXPECT_NE(Run({"corrigir", "-", "--mensagem", "2", "--simular"}, text)
                   .Err.find("aviso: -: o arquivo foi gravado em outra codificação"),
               std::string::npos);
+    // Nothing is read of a text behind an empty line, but its encoding can be mended.
+    EXPECT_EQ(Corrected("\n" + text, {"--mensagem", "1"}), text);
+    EXPECT_EQ(Corrected("\n" + text, {"--mensagem", "2"}), "\n" + Latin1(text));
+    std::string utf8 = text;
+    utf8.replace(utf8.find("ISO-8859-1"), 10, "UTF-8");
+    EXPECT_EQ(Corrected("\n" + text, {"--codificacao", "UTF-8"}), utf8);
     // With the encoding mended first, it is the hash of the text that was meant.
     EXPECT_EQ(Corrected(text, {"--codificacao", "ISO-8859-1", "--todas"}), Latin1(Lot("ISO-8859-1")));
 }

@@ -9,7 +9,7 @@ namespace {
 /// A rule that says what it is told.
 class TSayingRule : public TValidation {
   public:
-    TSayingRule() { SetIdentity(std::make_shared<TValidationIdentity>("r", "R", true)); }
+    TSayingRule() { SetIdentity(std::make_shared<TValidationIdentity>(TValidationIdentity{"r", "R", true})); }
 };
 
 struct TFound {
@@ -74,6 +74,24 @@ TEST(MessageGroups, TellOneCauseOnce) {
     // One cause in several places.
     EXPECT_EQ(Told({{"1", 1, "x antes de a", false, "", "x"}, {"2", 2, "x antes de b", false, "", "x"}}),
               (TTold{"2 guias: x antes de a (linhas 1 e 2; o lugar varia)"}));
+}
+
+TEST(MessageGroups, AreGoneThroughByLine) {
+    const TSayingRule rule;
+    TXmlMessages messages = MessagesOf(rule, {{"", 0, "codificação", true},
+                                              {"1", 9, "b"},
+                                              {"1", 8, "x"},
+                                              {"1", 3, "a"},
+                                              {"2", 30, "x"},
+                                              {"1", 0, "sem linha"}});
+    messages.push_back(std::make_shared<TXmlMessage>(TMessageType::mtSuccess, "veredito"));
+    std::vector<TMessageGroup> groups = GroupMessages(messages);
+    SortByLine(messages, groups);
+    std::string told;
+    for (const TMessageGroup& group : groups)
+        told += GroupText(messages, group) + '\n';
+    EXPECT_EQ(told, "codificação\n2 guias: x (linhas 8 e 30)\n[Guia: 1] sem linha\n[Linha: 3] [Guia: 1] a\n"
+                    "[Linha: 9] [Guia: 1] b\nveredito\n");
 }
 
 TEST(MessageGroups, LookThroughAmountsAndDatesButNotCodes) {

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <deque>
 #include <mutex>
 #include <thread>
 
@@ -147,9 +148,9 @@ TEST_F(RequestServer, TurnsAwayWhatGoesBeyondItsRunsAndConnections) {
     EXPECT_THAT(third, HasSubstr("Retry-After: 2\r\n"));
     EXPECT_THAT(Ask("GET /rapido?a HTTP/1.1\r\nHost: a\r\n\r\n"), HasSubstr("200 OK"))
         << "is never kept waiting";
-    std::vector<TTestClient> idle;
+    std::deque<TTestClient> idle;
     for (int i = 0; i < 8; ++i)
-        idle.push_back(Client());
+        idle.emplace_back(server_->Port());
     EXPECT_THAT(idle.back().Answer(), StartsWith("HTTP/1.1 503 "));
     released_ = true;
     EXPECT_THAT(first.Answer(), HasSubstr("terminou x"));

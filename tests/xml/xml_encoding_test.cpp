@@ -94,16 +94,38 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
             EXPECT_THAT(error.what(), HasSubstr("ISO-8859-1"));
         }
     }
-    // Letters of one encoding or the other, not all of either: nothing is guessed.
-    for (const char* mixed : {"<a>Concei\xE7\xE3o ção</a>", "<a>\x81</a>", "\xEF\xBB\xBF<a>\xE9 ção</a>"})
-        EXPECT_THROW(DecodeXml(mixed, TXmlUndecodable::Guessed), EXmlEncoding) << mixed;
-    for (const char* sound : {"Conceição \xE3", "\xC3\xA3α", "Concei\xE7\xE3o", "é é \xE7", "Č"})
+    // Letters of one encoding and of the other: guessed where each byte can be one letter only.
+    for (const auto& [bytes, text] : {std::pair{"<a>Concei\xE7\xE3o ção</a>", "<a>Conceição ção</a>"},
+                                      {"\xEF\xBB\xBF<a>\xE9 ção</a>", "<a>é ção</a>"},
+                                      {"<a>ção JO\xC3O n\xBA 1\xAA IRM\xC3 IN\xCAS C\xC2MARA</a>",
+                                       "<a>ção JOÃO nº 1ª IRMÃ INÊS CÂMARA</a>"}})
+        EXPECT_EQ(DecodeXml(bytes, TXmlUndecodable::Guessed).Text, text);
+    for (const auto& [bytes, unknown] :
+         {std::pair{"<a>\x81</a>", "que letra é este byte: 81 na linha 1. "},
+          {"<a>ção\nMANH\xC3</a>", "C3 na linha 2. "},
+          {"ção \xE9 \xA7\n\xE2\x80\nx\xA9",
+           "que letras são estes bytes: A7 na linha 1, E2 na linha 2, 80 na linha 2, "
+           "A9 na linha 3. "}}) {
+        try {
+            DecodeXml(bytes, TXmlUndecodable::Guessed);
+            ADD_FAILURE() << bytes;
+        } catch (const EXmlEncoding& error) {
+            EXPECT_THAT(error.what(), HasSubstr(unknown));
+        }
+    }
+    for (const char* sound :
+         {"\xC3\xA3α", "Concei\xE7\xE3o", "Č", "\xE7\xE3o \x93MANH\xC3\x94", "L\xC3\xA0 \xE9 \xE7 \xFA"})
         EXPECT_FALSE(FindMisreading(DecodeXml(head + sound).Text, {"windows-1252", false, nullptr})) << sound;
+    for (const char* misread :
+         {"VOV\xC3\x94 \xE9 \xE7 \xFA", "ida \xC3\xA0 rua \xE9 \xE7 \xFA", "\xE9 \xE7 n\xC2\xBA"})
+        EXPECT_TRUE(FindMisreading(DecodeXml(head + misread).Text, {"windows-1252", false, nullptr}))
+            << misread;
     // Most letters decide; what is no UTF-8 is kept as it reads.
     for (const auto& [written, meant] : {std::pair{"é é ã Fran\xE7ois", "é é ã François"},
                                          {"Č é \x81", "Č é \xC2\x81"},
                                          {"é à \xE7ã é", "é à çã é"},
-                                         {"é – 😀", "é – 😀"}}) {
+                                         {"é – 😀", "é – 😀"},
+                                         {"\xE9 \xC3O \xF3 \xFA \xE1 \xED \xF5", "é ÃO ó ú á í õ"}}) {
         const std::string text = DecodeXml(head + written + " á ó ú").Text;
         const auto misreading = FindMisreading(text, {"windows-1252", false, nullptr});
         ASSERT_TRUE(misreading) << meant;

@@ -13,6 +13,7 @@
 #include "platform/platform.h"
 #include "report/console.h"
 #include "report/message_json.h"
+#include "validation/schema_rule.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -56,7 +57,11 @@ std::filesystem::path TCliContext::ConfigFile() const {
     std::filesystem::path file = PathFromText(Config);
     std::error_code ignored;
     if (!std::filesystem::exists(file, ignored))
-        throw EInvalidConfig(file, "o arquivo não existe"); // a mistyped name must not switch rules on
+        throw EInvalidConfig( // a mistyped name must not switch rules on
+            file, "o arquivo não existe",
+            fmt::format("Confira o nome de --config, ou crie o arquivo com todas as regras ativas: conferix "
+                        "regras --padrao --config {}",
+                        PathText(file)));
     return file;
 }
 
@@ -99,6 +104,12 @@ TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName, 
     return TTissFile(ReadWholeStream(context.Streams.In, fileName), undecodable);
 }
 
+std::string MissingSchemaText(const std::filesystem::path& schema) {
+    return fmt::format("o schema \"{}\" não está na pasta \"{}\"; para instalar os schemas publicados pela "
+                       "ANS: conferix esquemas importar PASTA",
+                       PathText(schema.filename()), PathText(schema.parent_path()));
+}
+
 int StatusOf(const TValidateArgs& result) {
     if (!result.Verified)
         return kExitUnreadable;
@@ -135,6 +146,8 @@ int RunOnFile(const TCliContext& context, const std::string& fileName, const TFi
         return fail(kExitInvalid, error.what());
     } catch (const EUsage&) {
         throw;
+    } catch (const ESchemaNotFound& error) {
+        context.Error(fmt::format("{}: {}", fileName, MissingSchemaText(error.File())));
     } catch (const EFile& error) { // names its file, which may be another
         context.Error(error.what());
     } catch (const std::exception& error) {

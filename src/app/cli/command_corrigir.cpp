@@ -1,4 +1,5 @@
 #include "app/cli/commands.h"
+#include "app/cli/correction_list.h"
 #include "app/correction_policy.h"
 #include "app/execute_solver.h"
 #include "app/file_correction.h"
@@ -100,7 +101,7 @@ class TCorrection {
             ChoiceOf(options_));
         if (!options_.Todas && !options_.Estrutura)
             controller_->Validate(text, enabled);
-        if (Result().ArquivoTiss == nullptr)
+        if (Result().ArquivoTiss == nullptr && !OffersSingleCorrections())
             return Refuse();
         if (!options_.Todas && !options_.Estrutura) {
             if (options_.Mensagem != 0)
@@ -136,10 +137,25 @@ class TCorrection {
         return std::make_shared<const std::string>(std::move(recoding.Text));
     }
 
+    /// True where a single correction, or the list of them, is asked for and the file offers some.
+    bool OffersSingleCorrections() const {
+        return !options_.Todas && !options_.Estrutura && options_.Codificacao.empty() &&
+               std::ranges::any_of(Result().ValidationMessages,
+                                   [](const auto& message) { return !message->Solvers().empty(); });
+    }
+
     /// Without a file that was understood there is nothing to correct and nothing to write.
     int Refuse() const {
-        for (const auto& message : Result().ValidationMessages)
-            context_.Error(fmt::format("{}: {}", file_, OneLine(message->Msg())));
+        if (!Result().MissingSchema.empty())
+            context_.Error(fmt::format("{}: {}", file_, MissingSchemaText(Result().MissingSchema)));
+        else
+            for (const auto& message : Result().ValidationMessages)
+                context_.Error(fmt::format("{}: {}", file_, OneLine(message->Msg())));
+        const auto offered = static_cast<std::size_t>(std::ranges::count_if(
+            Result().ValidationMessages, [](const auto& message) { return !message->Solvers().empty(); }));
+        if (options_.Todas && !options_.Estrutura && offered != 0)
+            context_.Streams.Err << fmt::format("  não feitas: {} {}.\n",
+                                                Counted(offered, "correção", "correções"), kOfStructure);
         return Status();
     }
 
@@ -187,10 +203,12 @@ class TCorrection {
         const TXmlMessage& message = *messages[number - 1];
         if (message.Solvers().empty())
             throw EUsage(fmt::format("a mensagem {} não oferece correção", number));
-        if (static_cast<std::size_t>(options_.Correcao) > message.Solvers().size())
+        const std::size_t correction =
+            options_.Correcao == 0 ? 1 : static_cast<std::size_t>(options_.Correcao);
+        if (correction > message.Solvers().size())
             throw EUsage(fmt::format("a correção {} não existe; a mensagem {} oferece {}", options_.Correcao,
                                      number, Counted(message.Solvers().size(), "correção", "correções")));
-        const auto& solver = message.Solvers()[options_.Correcao == 0 ? 0 : options_.Correcao - 1];
+        const auto& solver = message.Solvers()[correction - 1];
         if (const std::string refusal = MisreadRefusal(*solver, messages); !refusal.empty())
             context_.Warning(fmt::format("{}: {} (--codificacao).", file_, refusal));
         TCorrectionResult result{text, {}, {}};
@@ -258,7 +276,9 @@ class TCorrection {
 
     /// The name that the corrected file would have, where its name carries its hash; empty for none.
     std::filesystem::path NewName() const {
-        return NameWithHash(PathFromText(file_).filename(), std::string(Result().ArquivoTiss->Hash()));
+        const auto& file = Result().ArquivoTiss;
+        return file == nullptr ? std::filesystem::path()
+                               : NameWithHash(PathFromText(file_).filename(), std::string(file->Hash()));
     }
 
     /// Before anything is written: the name that the file is to get must be free.
@@ -305,38 +325,25 @@ class TCorrection {
         return report;
     }
 
-    /// Each change with its place, its old and new value, then what was left as it is and why.
-    void ListChanges(const TCorrectionResult& result) const {
-        std::ostream& out = context_.Streams.Err;
-        for (const TCorrectionRecord& record : result.Applied)
-            out << fmt::format("  {}{}\n", PlaceOf(record),
-                               record.Element.empty() ? IndentLines(record.Description, 2)
-                                                      : fmt::format("<{}>: {} -> {}", Visible(record.Element),
-                                                                    Visible(CutText(record.Before)),
-                                                                    Visible(CutText(record.After))));
-        std::size_t ofStructure = 0;
-        for (const TCorrectionRecord& record : result.LeftOut)
-            if (record.Reason == kOfStructure)
-                ++ofStructure;
-            else
-                out << fmt::format("  não corrigido: {}{}: {}.\n", PlaceOf(record),
-                                   record.Element.empty()
-                                       ? IndentLines(record.Description, 2)
-                                       : fmt::format("<{}> continua {}", Visible(record.Element),
-                                                     Visible(CutText(record.Before))),
-                                   Visible(record.Reason));
-        if (ofStructure != 0)
-            out << fmt::format("  não feitas: {} {}.\n", Counted(ofStructure, "correção", "correções"),
-                               kOfStructure);
-    }
-
-    static std::string PlaceOf(const TCorrectionRecord& record) {
-        const std::string place = Visible(record.Message->Place());
-        return place.empty() ? place : place + " ";
+    /// Errors of the schema for which there is no correction, so that nobody waits for it.
+    void TellWithoutCorrection() const {
+        const auto& messages = Result().ValidationMessages;
+        const auto count = static_cast<std::size_t>(
+            std::ranges::count_if(messages, [](const std::shared_ptr<const TXmlMessage>& message) {
+                return message->IsFailure() && RuleName(*message).ends_with(".schema") &&
+                       message->Solvers().empty();
+            }));
+        if (count != 0)
+            context_.Streams.Err << fmt::format("  sem correção: {}, em que falta um dado, há mais de uma "
+                                                "leitura possível ou um valor de uma "
+                                                "só palavra é longo demais.\n",
+                                                Counted(count, "erro do schema", "erros do schema"));
     }
 
     void Summarize(const TCorrectionResult& result) const {
-        ListChanges(result);
+        ListCorrections(context_.Streams.Err, result);
+        if (options_.Estrutura)
+            TellWithoutCorrection();
         const std::size_t corrections = result.Applied.size();
         const std::size_t failures = Result().Counts.Failures();
         if (!options_.Codificacao.empty())

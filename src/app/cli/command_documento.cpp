@@ -71,10 +71,10 @@ bool HasRightCheckDigits(const std::string& number) {
 /// Why a number is none of its kind, as a sentence's part; empty when it is one.
 std::string FaultOf(const TDocumentKind& kind, const std::string& number) {
     const bool letters = HasLetters(kind, number);
-    const std::size_t free = letters ? number.size() - std::min(number.size(), kCheckDigits) : 0;
     if (number.empty())
         return "não há nenhum dígito";
-    for (std::size_t i = free; i < number.size(); ++i)
+    const std::size_t free = letters && number.size() == kind.Length ? kind.Length - kCheckDigits : 0;
+    for (std::size_t i = free; i < number.size() && letters == (free != 0); ++i)
         if (!IsDigit(number[i]))
             return fmt::format("o caractere \"{}\" não é um dígito",
                                Visible(std::string_view(number).substr(
@@ -95,6 +95,19 @@ constexpr std::string_view kLettersNote = "O CNPJ tem letras, como os novos pode
                                           "só o aceitam os da versão 4.03.00 e os de "
                                           "monitoramento a partir de 1.05.00.";
 
+constexpr std::string_view kFirstDigitNote = "Os dígitos verificadores conferem, mas o CNS de uma pessoa "
+                                             "começa com 1, 2, 7, 8 ou 9.";
+
+/// What is to be known of a number beyond its digits; empty for nothing.
+std::string_view NoteOn(const TDocumentKind& kind, const std::string& number, bool isValid) {
+    if (HasLetters(kind, number))
+        return kLettersNote;
+    const bool isCns = kind.Name == "cns";
+    return isCns && isValid && std::string_view("12789").find(number.front()) == std::string_view::npos
+               ? kFirstDigitNote
+               : "";
+}
+
 } // namespace
 
 int RunDocumento(const TCliContext& context, const std::string& documento, const std::string& valor) {
@@ -102,7 +115,7 @@ int RunDocumento(const TCliContext& context, const std::string& documento, const
         *std::ranges::find_if(kKinds, [&](const TDocumentKind& k) { return k.Name == documento; });
     const std::string number = Bare(valor);
     const std::string fault = FaultOf(kind, number);
-    const std::string_view note = HasLetters(kind, number) ? kLettersNote : "";
+    const std::string_view note = NoteOn(kind, number, fault.empty());
     std::ostream& out = context.Streams.Out;
     if (context.Json()) {
         out << JsonText({{"documento", documento},

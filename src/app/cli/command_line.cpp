@@ -342,6 +342,13 @@ const TCommand& CommandOf(const TCommand& root, const std::vector<std::string>& 
     return *command;
 }
 
+std::vector<TOffer> CommandOffers(const TCommand& group) {
+    std::vector<TOffer> offers;
+    for (const TCommand& command : group.Commands)
+        offers.push_back({std::string(command.Word()), command.Summary});
+    return offers;
+}
+
 std::vector<const TCommand*> RunnableCommands(const TCommand& root) {
     std::vector<const TCommand*> list;
     AppendRunnable(root, list);

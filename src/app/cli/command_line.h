@@ -21,6 +21,13 @@ enum class TValueKind {
     File,   ///< never empty
     Folder, ///< never empty
     Rule,   ///< never empty
+    Command,
+};
+
+/// A value that shells offer.
+struct TOffer {
+    std::string Value;
+    std::string Description = {}; ///< a line; may be empty
 };
 
 /// Where values go. A bool makes a switch, which takes no value, and so does nothing, for what the parser
@@ -37,8 +44,8 @@ struct TParameter {
     TValueKind Kind = TValueKind::Text;
     std::vector<std::string> OtherNames = {};
     std::vector<std::string> Choices = {}; ///< the values that there are, in any case of letters; empty: any
-    std::function<std::vector<std::string>()> Offers = {}; ///< values that shells offer where any is allowed
-    std::optional<std::pair<int, int>> Range = {};         ///< of a number
+    std::function<std::vector<TOffer>()> Offers = {}; ///< values that shells offer where any is allowed
+    std::optional<std::pair<int, int>> Range = {};    ///< of a number
     bool Required = false;
     bool Commas = false;                    ///< the parts of a word between commas are values
     bool ManyWords = false;                 ///< takes all words up to the next option
@@ -111,6 +118,9 @@ const TCommand& CommandOf(const TCommand& root, const std::vector<std::string>& 
 /// The commands that can be run, in the order of the help.
 std::vector<const TCommand*> RunnableCommands(const TCommand& root);
 
+/// The words that may follow those of a group, with their summaries.
+std::vector<TOffer> CommandOffers(const TCommand& group);
+
 /// Makes a command the root of all that the program knows; values go to the context and to what the commands
 /// hold. `root` and `context` stay where they are.
 void AddCommands(TCommand& root, TCliContext& context);
@@ -118,6 +128,6 @@ void AddCommands(TCommand& root, TCliContext& context);
 void AddFileCommands(TCommand& root);
 void AddDataCommands(TCommand& root);
 /// What can be switched on and off.
-std::vector<std::string> RuleNames();
+std::vector<TOffer> RuleOffers();
 
 } // namespace conferix

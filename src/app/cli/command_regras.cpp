@@ -1,12 +1,16 @@
 #include "app/application_log.h"
 #include "app/cli/commands.h"
 #include "app/configuracao_validacoes.h"
+#include "platform/platform.h"
 #include "report/console.h"
 #include "report/message_json.h"
 #include "report/rule_guide.h"
+#include "report/rule_search.h"
 #include "report/rules_json.h"
 #include "validator/rule_list.h"
+#include "xml/lower_case.h"
 #include "xml/name_likeness.h"
+#include "xml/xml_node.h"
 
 #include <fmt/format.h>
 
@@ -71,6 +75,20 @@ void LogSwitches(const std::vector<std::string>& before, const std::vector<std::
         LogRuleSwitched(rule, std::binary_search(after.begin(), after.end(), rule));
 }
 
+/// Makes the configuration file that the user named, where there is none.
+void CreateNamedConfig(const TCliContext& context) {
+    const std::filesystem::path file = PathFromText(context.Config);
+    std::error_code ignored;
+    if (file.empty() || std::filesystem::exists(file, ignored))
+        return;
+    TConfig config;
+    config.SetDefaultInitialConfig();
+    config.Save(file);
+    if (context.Formato == "texto")
+        context.Streams.Out << fmt::format("Configuração criada em {}, com todas as regras ativas.\n",
+                                           Visible(context.Config));
+}
+
 /// Whether `end` is a name, or its last parts.
 bool EndsName(std::string_view name, std::string_view end) {
     return name == end ||
@@ -79,7 +97,8 @@ bool EndsName(std::string_view name, std::string_view end) {
 
 /// The rule that the user names, by its whole name or an end of it that leaves no doubt which text is meant.
 /// Raises EUsage, with the names that may have been meant.
-std::size_t RuleNamed(const std::vector<TListedRule>& rules, const std::string& name) {
+std::size_t RuleNamed(const std::vector<TListedRule>& rules, const std::string& given) {
+    const std::string name = LowerCase(TrimXmlSpace(given)); // as the names of rules are written
     constexpr std::size_t kSlips = 3;
     constexpr std::size_t kOffered = 6;
     if (const std::optional<std::size_t> exact = FindRule(rules, name))
@@ -110,12 +129,15 @@ std::size_t RuleNamed(const std::vector<TListedRule>& rules, const std::string& 
     if (!ending.empty()) {
         for (const std::size_t rule : ending)
             meant += (meant.empty() ? "" : ", ") + rules[rule].Rule->Name;
-        throw EUsage(fmt::format("\"{}\" termina o nome de várias regras: {}", Visible(name), meant));
+        throw EUsage(fmt::format("\"{}\" termina o nome de várias regras: {}", Visible(given), meant));
     }
+    if (alike.empty()) // it may be words of what the rule is about
+        for (const TRuleText* text : SearchRuleTexts(guide, given))
+            alike.emplace_back(alike.size(), text->Rules.front());
     std::ranges::sort(alike);
     for (std::size_t i = 0; i < std::min(alike.size(), kOffered); ++i)
         meant += fmt::format("{}\"{}\"", i == 0 ? " Você quis dizer " : " ou ", alike[i].second);
-    throw EUsage(fmt::format("a regra \"{}\" não existe.{}", Visible(name),
+    throw EUsage(fmt::format("a regra \"{}\" não existe.{}", Visible(given),
                              meant.empty() ? " \"conferix regras\" mostra a lista." : meant + "?"));
 }
 
@@ -185,6 +207,8 @@ int RunRegras(const TCliContext& context, const TRegrasOptions& options) {
         return kExitValid;
     }
     const bool changes = options.Padrao || !options.Ativar.empty() || !options.Desativar.empty();
+    if (options.Padrao)
+        CreateNamedConfig(context);
     const std::unique_ptr<TFileLock> lock = changes ? TConfig::Lock(context.ConfigFile()) : nullptr;
     const TConfig before = context.LoadConfig();
     TConfig config = before;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 #include <ostream>
 #include <thread>
 
@@ -19,7 +20,13 @@ TTissServerOptions ServerOptions(const TServirOptions& options) {
     server.Version = CONFERIX_VERSAO;
     THttpLimits& limits = server.Limits;
     limits.BodyBytes = static_cast<std::size_t>(options.CorpoMaximo) << 20;
-    limits.HeldBytes = std::max(limits.BodyBytes, static_cast<std::size_t>(options.Memoria) << 20);
+    limits.HeldBytes = options.Memoria ? static_cast<std::size_t>(*options.Memoria) << 20
+                                       : std::max(limits.BodyBytes, limits.HeldBytes);
+    if (limits.HeldBytes < limits.BodyBytes)
+        throw EUsage(
+            fmt::format("--memoria {} não comporta um corpo de --corpo-maximo {}; aumente a primeira "
+                        "ou diminua a segunda",
+                        *options.Memoria, options.CorpoMaximo));
     limits.Runs = options.Execucoes.value_or(std::max(1U, std::thread::hardware_concurrency()));
     limits.Waiting = static_cast<std::size_t>(options.Fila);
     limits.Connections = static_cast<std::size_t>(options.Conexoes);
@@ -29,16 +36,27 @@ TTissServerOptions ServerOptions(const TServirOptions& options) {
     return server;
 }
 
+/// The service, listening.
+std::unique_ptr<TTissServer> Listening(const TTissServerOptions& options, const TServiceEngine& engine,
+                                       std::ostream& log) {
+    try {
+        return std::make_unique<TTissServer>(options, engine, log);
+    } catch (const EInvalidAddress& error) {
+        throw EUsage(error.what());
+    }
+}
+
 } // namespace
 
 int RunServir(const TCliContext& context, const TServirOptions& options) {
     static_cast<void>(context.LoadConfig()); // told now, not with each request
     std::ostream& log = context.Streams.Err;
-    TTissServer service(ServerOptions(options),
-                        {context.Schemas(), [&] { return context.KeptTerminology(); },
-                         [&] { return TConfig::Load(context.ConfigFile()); }},
-                        log);
-    TRequestServer& server = service.Server();
+    const std::unique_ptr<TTissServer> service =
+        Listening(ServerOptions(options),
+                  {context.Schemas(), [&] { return context.KeptTerminology(); },
+                   [&] { return TConfig::Load(context.ConfigFile()); }},
+                  log);
+    TRequestServer& server = service->Server();
     if (!server.IsLoopback())
         context.Warning(
             fmt::format("o serviço atende outros computadores em {}, sem senha e sem criptografia; ponha "

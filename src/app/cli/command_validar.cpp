@@ -6,7 +6,6 @@
 #include "platform/platform.h"
 #include "report/console.h"
 #include "report/report_writer.h"
-#include "xml/cut_text.h"
 #include "xml/xml_node.h"
 
 #include <fmt/format.h>
@@ -119,7 +118,7 @@ TFileResult Validate(const TCliContext& context, const TFileValidator& validator
 struct TFileReport {
     TFileSummary Summary;
     std::string Text;
-    std::filesystem::path MissingSchema; ///< the user is told how to install it
+    std::filesystem::path MissingSchema; ///< empty where none is missing
     std::vector<TBilledGuide> Guides;    ///< kept where several files are validated
 };
 
@@ -158,9 +157,13 @@ class TReportOutput {
     /// Ends the report.
     void Finish() {
         progress_.Clear();
+        const std::vector<std::string> repeated = RepeatedGuides();
+        for (const std::string& text : repeated)
+            totals_.Note(text);
         writer_.End(out_, totals_);
         if (!quiet_)
-            TellRepeated();
+            for (const std::string& text : repeated)
+                context_.Warning(text);
     }
 
     int Status(TReportLevel failing) const {
@@ -174,23 +177,17 @@ class TReportOutput {
 
   private:
     /// Guides of one provider that are in two files; a second bill is refused.
-    void TellRepeated() const {
-        constexpr std::size_t kTold = 50;
+    std::vector<std::string> RepeatedGuides() const {
         std::vector<TRepeatedGuide> repeated = repeated_.Found();
         std::erase_if(repeated, [&](const TRepeatedGuide& guide) { // one file under two names
             std::error_code failure;
             return std::filesystem::equivalent(PathFromText(inputs_[guide.First.File].Name),
                                                PathFromText(inputs_[guide.Again.File].Name), failure);
         });
-        for (std::size_t i = 0; i < std::min(repeated.size(), kTold); ++i) {
-            const TRepeatedGuide& guide = repeated[i];
-            context_.Warning(fmt::format("{}: Guia {} está também em {}, linha {}",
-                                         inputs_[guide.First.File].Name, CutText(guide.Number),
-                                         inputs_[guide.Again.File].Name, guide.Again.Line));
-        }
-        if (repeated.size() > kTold)
-            context_.Warning(
-                fmt::format("e mais {} em dois arquivos", Counted(repeated.size() - kTold, "guia", "guias")));
+        std::vector<std::string> names;
+        for (const TInput& input : inputs_)
+            names.push_back(input.Name);
+        return RepeatedGuideTexts(repeated, names);
     }
 
     void Print(TFileReport report) {
@@ -200,14 +197,8 @@ class TReportOutput {
         if (!report.Summary.Failure.empty())
             context_.Error(fmt::format("{}: {}", report.Summary.Arquivo, report.Summary.Failure));
         else if (!report.Summary.Obstacle.empty() && obstacles_.insert(report.Summary.Obstacle).second)
-            context_.Error(OneLine(report.Summary.Obstacle));
-        if (!report.MissingSchema.empty() && !advised_ && !quiet_) {
-            advised_ = true;
-            context_.Warning(fmt::format(
-                "o schema \"{}\" foi procurado na pasta \"{}\". Para instalar os schemas publicados "
-                "pela ANS: conferix esquemas importar PASTA",
-                PathText(report.MissingSchema.filename()), PathText(report.MissingSchema.parent_path())));
-        }
+            context_.Error(report.MissingSchema.empty() ? OneLine(report.Summary.Obstacle)
+                                                        : MissingSchemaText(report.MissingSchema));
     }
 
     const TCliContext& context_;
@@ -220,7 +211,6 @@ class TReportOutput {
     std::vector<std::optional<TFileReport>> waiting_;
     std::size_t next_ = 0;
     TReportTotals totals_;
-    bool advised_ = false;
     std::set<std::string> obstacles_; ///< told
     TRepeatedGuides repeated_;
 };

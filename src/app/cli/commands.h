@@ -60,6 +60,9 @@ struct TCliContext {
     void Warning(const std::string& text) const;
 };
 
+/// What a user is told of a schema file that does not exist, with what to do.
+std::string MissingSchemaText(const std::filesystem::path& schema);
+
 /// The exit status that the result of a validation asks for.
 int StatusOf(const TValidateArgs& result);
 
@@ -190,7 +193,7 @@ struct TServirOptions {
     std::string Endereco = "127.0.0.1";
     int Porta = 8080; ///< 0: a free one
     int CorpoMaximo = 64;
-    int Memoria = 256;                 ///< of all bodies together
+    std::optional<unsigned> Memoria;   ///< of all bodies together; nothing: 256, or one body
     std::optional<unsigned> Execucoes; ///< at a time; nothing: as many as there are processors
     int Fila = 16;
     int Conexoes = 256;

@@ -4,7 +4,6 @@
 #include "app/cli/command_help.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 
@@ -12,28 +11,43 @@ namespace conferix {
 
 namespace {
 
-std::string OwnName(const TCommand& root, const TCommand& command) {
-    return &command == &root ? "" : command.Name;
-}
-
-/// The root, the groups and the commands.
-void AppendAll(const TCommand& command, std::vector<const TCommand*>& list) {
-    list.push_back(&command);
-    for (const TCommand& child : command.Commands)
-        AppendAll(child, list);
-}
-
-std::vector<const TCommand*> AllOf(const TCommand& root) {
-    std::vector<const TCommand*> list;
-    AppendAll(root, list);
-    return list;
-}
+/// A point in a command line.
+struct TPlace {
+    std::string Words;          ///< that lead there, as "terminologia importar"; empty for the beginning
+    const TCommand* Command;    ///< of which the options may follow
+    std::vector<TOffer> Next;   ///< words that may follow; empty where any may
+    const TParameter* Argument; ///< for which a word would stand; null for none
+};
 
 /// The values that a shell offers for an option or argument of a command.
-std::vector<std::string> ValuesOf(const TParameter& parameter, const TCommand& command) {
-    if (parameter.Name == "--formato")
-        return command.Formats;
-    return parameter.Offers ? parameter.Offers() : parameter.Choices;
+std::vector<TOffer> ValuesOf(const TParameter& parameter, const TCommand& command) {
+    if (parameter.Offers)
+        return parameter.Offers();
+    std::vector<TOffer> offers;
+    for (const std::string& value : parameter.Name == "--formato" ? command.Formats : parameter.Choices)
+        offers.push_back({value});
+    return offers;
+}
+
+/// The places of a command and of those below it.
+void AppendPlaces(const TCommand& root, const TCommand& command, std::vector<TPlace>& places) {
+    const TParameter* argument = command.Arguments.empty() ? nullptr : &command.Arguments.front();
+    const std::string words = &command == &root ? "" : command.Name;
+    places.push_back({words, &command,
+                      argument != nullptr ? ValuesOf(*argument, command) : CommandOffers(command), argument});
+    for (const TCommand& child : command.Commands)
+        AppendPlaces(root, child, places);
+    if (argument == nullptr || argument->Kind != TValueKind::Command)
+        return;
+    for (const TCommand& named : root.Commands) // the words of a command follow, which may be two
+        if (named.IsGroup())
+            places.push_back({words + ' ' + named.Name, &command, CommandOffers(named), argument});
+}
+
+std::vector<TPlace> PlacesOf(const TCommand& root) {
+    std::vector<TPlace> places;
+    AppendPlaces(root, root, places);
+    return places;
 }
 
 /// The options of a command, then those of all commands.
@@ -66,18 +80,24 @@ std::string Quoted(const std::string& text, bool fish = false) {
     return quoted + "'";
 }
 
-std::string Joined(const std::vector<std::string>& words) {
-    return fmt::format("{}", fmt::join(words, " "));
+std::string Joined(const std::vector<TOffer>& offers) {
+    std::string text;
+    for (const TOffer& offer : offers)
+        text += (text.empty() ? "" : " ") + offer.Value;
+    return text;
 }
 
-/// Branches that follow the words from command to command; `format` takes what was and what comes.
+/// Branches that follow the words from place to place; `format` takes what was and what comes.
 std::string Steps(const TCommand& root, std::string_view format) {
     std::string text;
-    for (const TCommand* group : AllOf(root))
-        for (const TCommand& child : group->Commands)
-            text += fmt::format(fmt::runtime(format),
-                                Quoted(OwnName(root, *group) + ' ' + std::string(child.Word())),
-                                Quoted(child.Name));
+    for (const TPlace& place : PlacesOf(root)) {
+        if (place.Words.empty())
+            continue;
+        const std::size_t blank = place.Words.rfind(' ');
+        text += fmt::format(fmt::runtime(format),
+                            Quoted(blank == std::string::npos ? ' ' + place.Words : place.Words),
+                            Quoted(place.Words));
+    }
     return text;
 }
 
@@ -85,7 +105,7 @@ std::string Steps(const TCommand& root, std::string_view format) {
 using TCompletion = std::string (*)(const TParameter&, const TCommand&);
 
 std::string BashValue(const TParameter& parameter, const TCommand& command) {
-    if (const std::vector<std::string> values = ValuesOf(parameter, command); !values.empty())
+    if (const std::vector<TOffer> values = ValuesOf(parameter, command); !values.empty())
         return fmt::format("valores={}", Quoted(Joined(values)));
     return parameter.Kind == TValueKind::File     ? "arquivos=-f"
            : parameter.Kind == TValueKind::Folder ? "arquivos=-d"
@@ -93,7 +113,7 @@ std::string BashValue(const TParameter& parameter, const TCommand& command) {
 }
 
 std::string ZshValue(const TParameter& parameter, const TCommand& command) {
-    if (const std::vector<std::string> values = ValuesOf(parameter, command); !values.empty())
+    if (const std::vector<TOffer> values = ValuesOf(parameter, command); !values.empty())
         return fmt::format("compadd -- {}", Joined(values));
     return parameter.Kind == TValueKind::File     ? "_files"
            : parameter.Kind == TValueKind::Folder ? "_files -/"
@@ -103,11 +123,11 @@ std::string ZshValue(const TParameter& parameter, const TCommand& command) {
 /// Branches for the word after an option that takes a value; `end` closes each.
 std::string ValueBranches(const TCommand& root, TCompletion complete, std::string_view end) {
     std::string text;
-    for (const TCommand* command : AllOf(root))
-        for (const TParameter* option : OptionsOf(root, *command))
+    for (const TPlace& place : PlacesOf(root))
+        for (const TParameter* option : OptionsOf(root, *place.Command))
             if (!option->IsSwitch())
-                text += fmt::format("    {}) {}{} ;;\n", Quoted(OwnName(root, *command) + ' ' + option->Name),
-                                    complete(*option, *command), end);
+                text += fmt::format("    {}) {}{} ;;\n", Quoted(place.Words + ' ' + option->Name),
+                                    complete(*option, *place.Command), end);
     return text;
 }
 
@@ -130,20 +150,19 @@ std::string BashScript(const TCommand& root) {
         "    done\n"
         "    case \"$comando $anterior\" in\n" +
         ValueBranches(root, &BashValue, "") + "    *)\n        case \"$comando\" in\n";
-    for (const TCommand* command : AllOf(root)) {
-        std::vector<std::string> options;
-        for (const TParameter* option : OptionsOf(root, *command))
+    for (const TPlace& place : PlacesOf(root)) {
+        std::vector<TOffer> options;
+        for (const TParameter* option : OptionsOf(root, *place.Command))
             for (const std::string& name : NamesOfAll(*option))
-                options.push_back(name);
-        std::vector<std::string> words;
-        for (const TCommand& child : command->Commands)
-            words.emplace_back(child.Word());
-        std::string plain = words.empty() ? "return" : fmt::format("valores={}", Quoted(Joined(words)));
-        if (!command->Arguments.empty())
-            plain = BashValue(command->Arguments.front(), *command);
+                options.push_back({name});
+        std::string plain = "return";
+        if (!place.Next.empty())
+            plain = fmt::format("valores={}", Quoted(Joined(place.Next)));
+        else if (place.Argument != nullptr)
+            plain = BashValue(*place.Argument, *place.Command);
         text +=
             fmt::format("        {})\n            if [[ $atual == -* ]]; then valores={}; else {}; fi ;;\n",
-                        Quoted(OwnName(root, *command)), Quoted(Joined(options)), plain);
+                        Quoted(place.Words), Quoted(Joined(options)), plain);
     }
     return text + "        esac ;;\n"
                   "    esac\n"
@@ -159,10 +178,11 @@ std::string BashScript(const TCommand& root) {
 }
 
 /// Names with what they stand for, as zsh's _describe takes them.
-std::string Describes(const std::string& title, const char* how, const std::vector<TNamedText>& rows) {
-    std::string text = fmt::format("        lista=(\n");
-    for (const TNamedText& row : rows)
-        text += fmt::format("            {}\n", Quoted(row.Name + ':' + row.Text));
+std::string Describes(const std::string& title, const char* how, const std::vector<TOffer>& rows) {
+    std::string text = "        lista=(\n";
+    for (const TOffer& row : rows)
+        text += fmt::format("            {}\n",
+                            Quoted(row.Description.empty() ? row.Value : row.Value + ':' + row.Description));
     return text + fmt::format("        )\n        _describe{} {} lista\n", how, Quoted(title));
 }
 
@@ -184,25 +204,22 @@ std::string ZshScript(const TCommand& root) {
                        "    case \"$comando $anterior\" in\n";
     text += ValueBranches(root, &ZshValue, "; return");
     text += "    esac\n    if [[ $PREFIX == -* ]]; then\n        case \"$comando\" in\n";
-    for (const TCommand* command : AllOf(root)) {
-        std::vector<TNamedText> rows;
-        for (const TParameter* option : OptionsOf(root, *command))
+    for (const TPlace& place : PlacesOf(root)) {
+        std::vector<TOffer> rows;
+        for (const TParameter* option : OptionsOf(root, *place.Command))
             for (const std::string& name : NamesOfAll(*option))
-                rows.push_back({name, DescriptionOf(*option, *command)});
-        text += fmt::format("        {})\n{}        ;;\n", Quoted(OwnName(root, *command)),
-                            Describes("opção", " -o", rows));
+                rows.push_back({name, DescriptionOf(*option, *place.Command)});
+        text +=
+            fmt::format("        {})\n{}        ;;\n", Quoted(place.Words), Describes("opção", " -o", rows));
     }
     text += "        esac\n        return\n    fi\n    case \"$comando\" in\n";
-    for (const TCommand* command : AllOf(root)) {
-        std::vector<TNamedText> rows;
-        for (const TCommand& child : command->Commands)
-            rows.push_back({std::string(child.Word()), child.Summary});
-        if (!rows.empty())
-            text += fmt::format("    {})\n{}    ;;\n", Quoted(OwnName(root, *command)),
-                                Describes("comando", "", rows));
-        else if (!command->Arguments.empty())
-            text += fmt::format("    {}) {} ;;\n", Quoted(command->Name),
-                                ZshValue(command->Arguments.front(), *command));
+    for (const TPlace& place : PlacesOf(root)) {
+        if (!place.Next.empty())
+            text += fmt::format("    {})\n{}    ;;\n", Quoted(place.Words),
+                                Describes(place.Command->IsGroup() ? "comando" : "valor", "", place.Next));
+        else if (place.Argument != nullptr)
+            text += fmt::format("    {}) {} ;;\n", Quoted(place.Words),
+                                ZshValue(*place.Argument, *place.Command));
     }
     return text + "    esac\n"
                   "}\n"
@@ -213,10 +230,19 @@ std::string ZshScript(const TCommand& root) {
                   "fi\n";
 }
 
+/// A list of values as fish's complete takes it: the descriptions are parted by tabs.
+std::string FishList(const std::vector<TOffer>& offers) {
+    std::string text;
+    for (const TOffer& offer : offers)
+        text += (text.empty() ? "" : " ") + offer.Value +
+                (offer.Description.empty() ? "" : "\\t" + Quoted(offer.Description, true));
+    return Quoted(text, true);
+}
+
 /// What fish's complete is to offer for a value.
 std::string FishValue(const TParameter& parameter, const TCommand& command) {
-    if (const std::vector<std::string> values = ValuesOf(parameter, command); !values.empty())
-        return fmt::format("-x -a {}", Quoted(Joined(values), true));
+    if (const std::vector<TOffer> values = ValuesOf(parameter, command); !values.empty())
+        return "-x -a " + FishList(values);
     return parameter.Kind == TValueKind::File     ? "-r -F"
            : parameter.Kind == TValueKind::Folder ? "-x -a '(__fish_complete_directories)'"
                                                   : "-x";
@@ -235,26 +261,19 @@ std::string FishScript(const TCommand& root) {
         "    test \"$comando\" = \"$argv\"\n"
         "end\n"
         "complete -c conferix -f\n";
-    for (const TCommand* command : AllOf(root)) {
-        const std::string own = OwnName(root, *command);
-        const std::string line = fmt::format("complete -c conferix -n \"__conferix_em '{}'\"", own);
-        for (const TCommand& child : command->Commands)
-            text += fmt::format("{} -a {} -d {}\n", line, child.Word(), Quoted(child.Summary, true));
-        if (!command->Arguments.empty()) {
-            const TParameter& argument = command->Arguments.front();
-            const std::vector<std::string> values = ValuesOf(argument, *command);
-            if (!values.empty())
-                text += fmt::format("{} -a {}\n", line, Quoted(Joined(values), true));
-            else if (argument.Kind != TValueKind::Text)
-                text += line + " -F\n";
-        }
-        for (const TParameter* option : OptionsOf(root, *command)) {
+    for (const TPlace& place : PlacesOf(root)) {
+        const std::string line = fmt::format("complete -c conferix -n \"__conferix_em '{}'\"", place.Words);
+        if (!place.Next.empty())
+            text += fmt::format("{} -a {}\n", line, FishList(place.Next));
+        else if (place.Argument != nullptr && place.Argument->Kind != TValueKind::Text)
+            text += line + " -F\n";
+        for (const TParameter* option : OptionsOf(root, *place.Command)) {
             std::string names;
             for (const std::string& name : NamesOfAll(*option))
                 names += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
             text += fmt::format("{}{} {}-d {}\n", line, names,
-                                option->IsSwitch() ? "" : FishValue(*option, *command) + ' ',
-                                Quoted(DescriptionOf(*option, *command), true));
+                                option->IsSwitch() ? "" : FishValue(*option, *place.Command) + ' ',
+                                Quoted(DescriptionOf(*option, *place.Command), true));
         }
     }
     return text;

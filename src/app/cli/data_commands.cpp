@@ -6,11 +6,11 @@
 
 namespace conferix {
 
-std::vector<std::string> RuleNames() {
-    std::vector<std::string> names;
+std::vector<TOffer> RuleOffers() {
+    std::vector<TOffer> offers;
     for (const TListedRule& rule : ListRules())
-        names.push_back(rule.Rule->Name);
-    return names;
+        offers.push_back({rule.Rule->Name, rule.Rule->Description});
+    return offers;
 }
 
 namespace {
@@ -30,20 +30,20 @@ void AddRegras(TCommand& root) {
              "palavras do nome",
          .To = &options->Explicar,
          .Kind = TValueKind::Rule,
-         .Offers = &RuleNames,
+         .Offers = &RuleOffers,
          .Excludes = {"--ativar", "--desativar", "--padrao"}},
         {.Name = "--ativar",
          .Placeholder = "NOME...",
          .Description = "Ativa regras, com espaço ou vírgula entre os nomes",
          .To = &options->Ativar,
-         .Offers = &RuleNames,
+         .Offers = &RuleOffers,
          .Commas = true,
          .ManyWords = true},
         {.Name = "--desativar",
          .Placeholder = "NOME...",
          .Description = "Desativa regras, do mesmo modo",
          .To = &options->Desativar,
-         .Offers = &RuleNames,
+         .Offers = &RuleOffers,
          .Commas = true,
          .ManyWords = true},
         {.Name = "--padrao", .Description = "Volta a todas as regras ativas", .To = &options->Padrao},
@@ -136,7 +136,7 @@ TCommand MakeConsultar() {
          .Placeholder = "T",
          .Description = "Número da tabela da TUSS",
          .To = &options->Tabela,
-         .Offers = [] { return std::vector<std::string>{"18", "19", "20", "22", "63", "64", "87"}; },
+         .Offers = [] { return std::vector<TOffer>{{"18"}, {"19"}, {"20"}, {"22"}, {"63"}, {"64"}, {"87"}}; },
          .Required = true},
         {.Name = "--codigo",
          .Placeholder = "C",
@@ -204,7 +204,7 @@ TCommand MakeProcurar() {
          .To = &options->Tabela,
          .Offers =
              [] {
-                 return std::vector<std::string>{"18", "19", "20", "22"};
+                 return std::vector<TOffer>{{"18"}, {"19"}, {"20"}, {"22"}};
              }},
         {.Name = "--data",
          .Placeholder = "AAAA-MM-DD",

@@ -11,11 +11,11 @@ namespace {
 
 constexpr const char* kOneFile = "Arquivo XML; - é a entrada padrão";
 
-std::vector<std::string> LotVersions() {
-    std::vector<std::string> versions;
+std::vector<TOffer> LotVersions() {
+    std::vector<TOffer> versions;
     for (const TArquivoTissClass& version : TArquivoTissFactory::Classes())
         if (version.Tipo == TEnumTipoArquivoTiss::taMensagemTISS)
-            versions.emplace_back(version.Versao);
+            versions.push_back({std::string(version.Versao)});
     return versions;
 }
 
@@ -79,7 +79,7 @@ void AddValidar(TCommand& root) {
          .Placeholder = "NOME,...",
          .Description = "Desativa regras só nesta execução; um grupo leva as que estão abaixo dele",
          .To = &options->Desativar,
-         .Offers = &RuleNames,
+         .Offers = &RuleOffers,
          .Commas = true},
         {.Name = "--paralelo",
          .Placeholder = "N",
@@ -211,7 +211,7 @@ void AddConverter(TCommand& root) {
              "01 a 05: regime das guias de consulta e SP/SADT ao passar para 4.00.00; nenhum: será "
              "informado depois",
          .To = &options->RegimeAtendimento,
-         .Offers = [] { return std::vector<std::string>{"01", "02", "03", "04", "05", "nenhum"}; }},
+         .Offers = [] { return std::vector<TOffer>{{"01"}, {"02"}, {"03"}, {"04"}, {"05"}, {"nenhum"}}; }},
         {.Name = "--saida",
          .Placeholder = "ARQUIVO",
          .Description = "Grava neste arquivo",

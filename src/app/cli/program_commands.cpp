@@ -18,12 +18,8 @@ void AddAjuda(TCommand& root) {
     command.Arguments = {{.Name = "COMANDO...",
                           .Description = "O comando, como terminologia importar",
                           .To = words.get(),
-                          .Offers = [&root] {
-                              std::vector<std::string> names;
-                              for (const TCommand& other : root.Commands)
-                                  names.push_back(other.Name);
-                              return names;
-                          }}};
+                          .Kind = TValueKind::Command,
+                          .Offers = [&root] { return CommandOffers(root); }}};
     command.Formats = {"texto", "markdown", "man"};
     command.Examples = {{"conferix ajuda corrigir", "mostra as opções do comando corrigir"},
                         {"conferix ajuda --formato man", "escreve a página de manual"}};
@@ -83,7 +79,12 @@ void AddServir(TCommand& root) {
     number("--porta", options->Porta, 0, 65535, "Porta; se omitida, 8080; 0 é uma livre");
     number("--corpo-maximo", options->CorpoMaximo, 1, 4096,
            "Maior corpo de um pedido, em MB; se omitido, 64");
-    number("--memoria", options->Memoria, 1, 65536, "Todos os corpos juntos, em MB; se omitido, 256");
+    command.Options.push_back(
+        {.Name = "--memoria",
+         .Placeholder = "N",
+         .Description = "Todos os corpos juntos, em MB, ao menos --corpo-maximo; se omitido, 256",
+         .To = &options->Memoria,
+         .Range = std::pair(1, 65536)});
     command.Options.push_back(
         {.Name = "--execucoes",
          .Placeholder = "N",

@@ -34,7 +34,7 @@ void TNoticeBar::Show(const QString& key, const QString& text, const std::vector
     row->addWidget(label, 1);
     for (const auto& [caption, action] : buttons) {
         auto* button = new QPushButton(caption);
-        connect(button, &QPushButton::clicked, this, [this, key, action] {
+        connect(button, &QPushButton::clicked, this, [this, key, action = action] {
             Hide(key);
             action();
         });

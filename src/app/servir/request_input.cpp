@@ -1,6 +1,7 @@
 #include "app/servir/request_input.h"
 
 #include "service/media_type.h"
+#include "xml/xml_node.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -43,6 +44,9 @@ TRequestInput::TRequestInput(THttpRequest& request, std::initializer_list<std::s
     } else if (request.Body.empty()) {
         throw EHttpRefusal(400, "O corpo da requisição está vazio; envie o arquivo XML.");
     }
+    if (!parts_.empty() && parameters_.contains("arquivo"))
+        throw EHttpRefusal(400, "O parâmetro \"arquivo\" dá nome a um corpo XML; em um formulário, cada "
+                                "arquivo tem o seu (filename).");
     for (const auto& [name, value] : parameters_)
         if (std::ranges::find(allowed, name) == allowed.end())
             throw EHttpRefusal(400, fmt::format("O parâmetro \"{}\" não existe aqui; há {}.", name,
@@ -90,9 +94,9 @@ std::vector<std::string> TRequestInput::List(std::string_view parameter) const {
     std::vector<std::string> values;
     const std::string text = Text(parameter);
     for (std::string_view rest = text; !rest.empty();) {
-        const std::string_view value = rest.substr(0, rest.find(','));
-        rest.remove_prefix(std::min(rest.size(), value.size() + 1));
-        if (!value.empty())
+        const std::string_view part = rest.substr(0, rest.find(','));
+        rest.remove_prefix(std::min(rest.size(), part.size() + 1));
+        if (const std::string_view value = TrimXmlSpace(part); !value.empty())
             values.emplace_back(value);
     }
     return values;

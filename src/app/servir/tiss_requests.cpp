@@ -2,6 +2,7 @@
 
 #include "app/configuracao_validacoes.h"
 #include "app/file_correction.h"
+#include "app/repeated_guides.h"
 #include "app/servir/request_input.h"
 #include "app/unified_diff.h"
 #include "app/validador_controller.h"
@@ -44,6 +45,7 @@ constexpr std::array<TReportFormat, 7> kFormats = {{{"json", "application/json",
 constexpr const char* kVerdicts[] = {"valido", "invalido", "nao_verificado"};
 
 struct TChosenReport {
+    std::string_view Name;
     std::unique_ptr<IReportWriter> Writer;
     std::string ContentType;
 };
@@ -72,7 +74,7 @@ TChosenReport ChooseReport(const std::string& formato, const std::string& accept
             406, fmt::format("Nenhum formato do cabeçalho Accept existe; há {}.", fmt::join(types, ", ")));
     const TReportFormat& format = offered[*chosen];
     const bool hasCharset = format.MediaType.starts_with("text/");
-    return {NewReportWriter(format.Name, options),
+    return {format.Name, NewReportWriter(format.Name, options),
             std::string(format.MediaType) + (hasCharset ? "; charset=utf-8" : "")};
 }
 
@@ -81,6 +83,18 @@ std::optional<TReportLevel> LevelOf(const std::string& name) {
     if (!name.empty() && !level)
         throw EHttpRefusal(400, "O nível é erro, aviso ou informacao.");
     return level;
+}
+
+/// Refuses parameters that say nothing beside others, as the command does with its options.
+void CheckParameters(const TReportOptions& options, std::string_view formato) {
+    if (options.Todas && options.Nivel)
+        throw EHttpRefusal(400,
+                           "\"todas\" mostra todas as mensagens e \"nivel\" só algumas; use um dos dois.");
+    if (options.Resumo && (options.Todas || options.Detalhar))
+        throw EHttpRefusal(400,
+                           "\"resumo\" não mostra mensagens; não combina com \"todas\" nem \"detalhar\".");
+    if (options.Resumo && formato != "texto" && formato != "json" && formato != "ndjson")
+        throw EHttpRefusal(400, "\"resumo\" só existe em texto, json e ndjson.");
 }
 
 /// The rules that are on, without those that a client switches off for its request.
@@ -114,8 +128,13 @@ class TCorrectionRequest {
                 400, "Diga o que corrigir: /corrigir?todas, ?estrutura ou ?codificacao=ISO-8859-1.");
         if (what_.ComPerdas && !what_.Estrutura)
             throw EHttpRefusal(400, "\"perdas\" vale só com \"estrutura\".");
-        const std::array<std::string_view, 2> offered = {"application/xml", "application/json"};
-        wantsReport_ = PreferredType(request.Accept, offered) == std::size_t{1};
+        constexpr std::array<std::string_view, 3> kOffered = {"application/xml", "text/xml",
+                                                              "application/json"};
+        const std::optional<std::size_t> chosen = PreferredType(request.Accept, kOffered);
+        if (!chosen)
+            throw EHttpRefusal(406, fmt::format("Nenhum formato do cabeçalho Accept existe aqui; há {}.",
+                                                fmt::join(kOffered, ", ")));
+        contentType_ = kOffered[*chosen];
     }
 
     TServiceAnswer Run(TServiceMetrics& metrics) {
@@ -140,7 +159,8 @@ class TCorrectionRequest {
         metrics.CountVerdict(kVerdicts[static_cast<std::size_t>(VerdictOf(Validation()))]);
         metrics.CountCorrections(result.Applied.size());
         const TTissFile after = before.WithText(result.Xml, controller_.Encoding());
-        return wantsReport_ ? Report(before, after, result) : File(after, result, replaced);
+        return contentType_ == "application/json" ? Report(before, after, result)
+                                                  : File(after, result, replaced);
     }
 
   private:
@@ -187,7 +207,7 @@ class TCorrectionRequest {
     TServiceAnswer File(const TTissFile& after, const TCorrectionResult& result, std::size_t replaced) {
         constexpr const char* kValid[] = {"sim", "nao", "nao-verificado"};
         return {200,
-                "application/xml",
+                contentType_,
                 after.Bytes(),
                 {{"Content-Disposition", fmt::format("attachment; filename=\"{}\"", DownloadName())},
                  {"Conferix-Valido", kValid[static_cast<std::size_t>(VerdictOf(Validation()))]},
@@ -216,7 +236,7 @@ class TCorrectionRequest {
     TFileCorrections what_;
     std::string codificacao_;
     TValidadorController controller_;
-    bool wantsReport_ = false;
+    std::string contentType_; ///< of the answer: JSON tells of the corrections, XML is the corrected file
 };
 
 } // namespace
@@ -229,14 +249,18 @@ TServiceAnswer AnswerValidar(THttpRequest& request, const TServiceEngine& engine
                                  .Detalhar = input.Flag("detalhar"),
                                  .Resumo = input.Flag("resumo")};
     const TChosenReport report = ChooseReport(input.Text("formato"), request.Accept, options);
+    CheckParameters(options, report.Name);
     TFileValidator validator(engine.Schemas, terminology, EnabledRules(engine, input.List("desativar")));
     validator.SetKeepSuccesses(options.Todas);
     std::ostringstream out;
     TReportTotals totals(false);
+    TRepeatedGuides repeated;
+    std::vector<std::string> names;
     report.Writer->Begin(out);
     for (std::size_t i = 0; i < input.FileCount(); ++i) {
-        const TFileResult file =
-            validator.ValidateBytes(input.FileName(i), [&] { return input.TakeBytes(i); });
+        names.push_back(input.FileName(i));
+        const TFileResult file = validator.ValidateBytes(names.back(), [&] { return input.TakeBytes(i); });
+        repeated.Add(i, BilledGuides(file.Validation));
         metrics.CountVerdict(kVerdicts[static_cast<std::size_t>(file.Verdict())]);
         const TFileSummary summary(file);
         totals.Add(summary);
@@ -244,6 +268,8 @@ TServiceAnswer AnswerValidar(THttpRequest& request, const TServiceEngine& engine
         if (static_cast<std::size_t>(out.tellp()) > engine.AnswerBytes)
             throw EHttpRefusal(413, "O relatório seria grande demais; envie menos arquivos de cada vez.");
     }
+    for (const std::string& text : RepeatedGuideTexts(repeated.Found(), names))
+        totals.Note(text);
     report.Writer->End(out, totals);
     TServiceAnswer answer{200, report.ContentType, std::move(out).str()};
     // A report shows what files say: nothing of that may run or be fetched in the name of the service.

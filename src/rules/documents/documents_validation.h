@@ -1,9 +1,14 @@
 // Check digits of the identity numbers that TISS files carry.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 namespace conferix {
+
+inline constexpr std::size_t kCpfDigits = 11;
+inline constexpr std::size_t kCnpjDigits = 14;
+inline constexpr std::size_t kCnsDigits = 15;
 
 /// Tells whether a number is a valid CPF, CNPJ or CNS. Each function judges the text exactly as it stands in
 /// the file: punctuation and blanks make it invalid. None raises.

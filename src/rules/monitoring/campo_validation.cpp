@@ -1,6 +1,8 @@
 #include "rules/monitoring/campo_validation.h"
 
 #include "rules/monitoring/guia_reader.h"
+#include "validation/structure_solver.h"
+#include "validation/value_repair.h"
 
 namespace conferix {
 
@@ -14,6 +16,13 @@ void TCampoValidation::Visit(const IGuiaMonitoramento& guia) {
     TGuiaFields fields;
     TGuiaReader().Read(guia, fields);
     Check(fields);
+}
+
+void TCampoValidation::DocumentError(const TXmlField& number, std::string text,
+                                     bool (*isValid)(std::string_view), std::size_t size) {
+    TValidationMessage& message = Error(number.Node(), std::move(text));
+    if (auto digits = DigitsOfDocument(number.Text()); digits && digits->size() == size && isValid(*digits))
+        message.AddSolver(MakeValueRepair(*number.Node(), std::move(*digits)));
 }
 
 void TCampoValidation::Check(const TGuiaFields& guia) {

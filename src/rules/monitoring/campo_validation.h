@@ -4,9 +4,11 @@
 #include "rules/monitoring/guia_fields.h"
 #include "rules/run_rule.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace conferix {
 
@@ -42,6 +44,10 @@ class TCampoValidation : public TGuiaMonitoramentoBaseValidation {
     void Visit(const IGuiaMonitoramento& guia) override;
 
     using TValidation::Error; // for the check
+    /// Adds an error at the number of a document; where the number is valid but for its punctuation, with the
+    /// correction that takes that away. `size`: of the bare number.
+    void DocumentError(const TXmlField& number, std::string text, bool (*isValid)(std::string_view),
+                       std::size_t size);
 
   protected:
     std::shared_ptr<TValidationMessage> NewMessage(TMessageType type, std::string text,

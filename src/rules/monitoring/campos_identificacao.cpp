@@ -40,14 +40,15 @@ void CheckDocumentoExecutante(TCampoValidation& campo, const TGuiaFields& guia) 
         return;
     const std::string_view kind = guia.IdentificadorExecutante.Text();
     const std::string_view number = guia.CodigoCNPJ_CPF.Text();
-    std::string_view invalid;
-    if (kind == "1" && !TDocumentsValidation::IsValidCnpj(number))
-        invalid = "CNPJ";
-    else if (kind == "2" && !TDocumentsValidation::IsValidCpf(number))
-        invalid = "CPF";
-    if (!invalid.empty())
-        campo.Error(guia.CodigoCNPJ_CPF.Node(),
-                    fmt::format("O {} informado do prestador executante está inválido.", invalid));
+    const bool cnpj = kind == "1";
+    if (!cnpj && kind != "2")
+        return;
+    const auto isValid = cnpj ? TDocumentsValidation::IsValidCnpj : TDocumentsValidation::IsValidCpf;
+    if (!isValid(number))
+        campo.DocumentError(
+            guia.CodigoCNPJ_CPF,
+            fmt::format("O {} informado do prestador executante está inválido.", cnpj ? "CNPJ" : "CPF"),
+            isValid, cnpj ? kCnpjDigits : kCpfDigits);
 }
 
 void CheckMunicipioExecutante(TCampoValidation& campo, const TGuiaFields& guia) {
@@ -58,8 +59,9 @@ void CheckMunicipioExecutante(TCampoValidation& campo, const TGuiaFields& guia) 
 void CheckCartaoNacionalSaude(TCampoValidation& campo, const TGuiaFields& guia) {
     const TXmlField& card = guia.NumeroCartaoNacionalSaude;
     if (card.Present() && !TDocumentsValidation::IsValidCNS(card.Text()))
-        campo.Error(card.Node(),
-                    fmt::format("O número do cartão nacional de saúde \"{}\" está inválido.", card.Shown()));
+        campo.DocumentError(
+            card, fmt::format("O número do cartão nacional de saúde \"{}\" está inválido.", card.Shown()),
+            TDocumentsValidation::IsValidCNS, kCnsDigits);
 }
 
 void CheckSexo(TCampoValidation& campo, const TGuiaFields& guia) {

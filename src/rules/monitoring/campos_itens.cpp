@@ -141,10 +141,11 @@ void TNumeroDeItem::operator()(TCampoValidation& campo, const TGuiaFields& guia)
 void CheckCnpjFornecedor(TCampoValidation& campo, const TGuiaFields& guia) {
     for (const TItemFields& item : guia.Itens)
         if (item.CNPJFornecedor.Present() && !TDocumentsValidation::IsValidCnpj(item.CNPJFornecedor.Text()))
-            campo.Error(
-                item.CNPJFornecedor.Node(),
+            campo.DocumentError(
+                item.CNPJFornecedor,
                 fmt::format("O CNPJ do fornecedor do item assistencial está inválido. Valor encontrado: {}.",
-                            item.CNPJFornecedor.Shown()));
+                            item.CNPJFornecedor.Shown()),
+                TDocumentsValidation::IsValidCnpj, kCnpjDigits);
 }
 
 namespace {

@@ -42,15 +42,23 @@ std::string CorrectionText(double value) {
     return text;
 }
 
-/// An error, with its correction, at a total that differs from what is expected. `summands` adds the elements
-/// that were summed up to the list that it is given.
+/// An error, with its correction, at a total that differs from what is expected. `summands` calls what it is
+/// given with each number that was summed up; where one of them is unreadable, nobody knows the sum.
 template<class Summands>
 void CheckTotal(TCampoValidation& campo, const TGuiaFields& guia, const TNumberField& total, double expected,
                 std::string_view different, Summands&& summands) {
     if (!total.Value || SameMoney(*total.Value, expected))
         return;
     TComputation computation{guia.Guia.Node(), {}};
-    summands(computation.Operands);
+    bool readable = true;
+    summands([&](const TNumberField& number) {
+        if (!number.Field.Present())
+            return;
+        readable = readable && number.Value.has_value();
+        computation.Operands.push_back(number.Field.Node());
+    });
+    if (!readable)
+        return;
     campo.CorrectableError(*total.Field.Node(),
                            fmt::format(fmt::runtime(different), MoneyText(*total.Value), MoneyText(expected)),
                            CorrectionText(expected), std::move(computation));
@@ -65,12 +73,10 @@ void TTotalNaoNegativo::operator()(TCampoValidation& campo, const TGuiaFields& g
 }
 
 void TSomaDosItens::operator()(TCampoValidation& campo, const TGuiaFields& guia) const {
-    CheckTotal(campo, guia, guia.*Total, guia.SumOfItens(Parcela), Different,
-               [&](std::vector<const TXmlNode*>& nodes) {
-                   for (const TItemFields& item : guia.Itens)
-                       if (const TXmlField& field = (item.*Parcela).Field; field.Present())
-                           nodes.push_back(field.Node());
-               });
+    CheckTotal(campo, guia, guia.*Total, guia.SumOfItens(Parcela), Different, [&](auto&& add) {
+        for (const TItemFields& item : guia.Itens)
+            add(item.*Parcela);
+    });
 }
 
 void CheckValorPagoGuia(TCampoValidation& campo, const TGuiaFields& guia) {
@@ -84,10 +90,9 @@ void CheckValorPagoGuia(TCampoValidation& campo, const TGuiaFields& guia) {
     for (const auto total : kPaidTotals)
         sum += (guia.*total).Value.value_or(0);
     CheckTotal(campo, guia, guia.ValorPagoGuia, static_cast<double>(sum), kDifferentFromTotals,
-               [&](std::vector<const TXmlNode*>& nodes) {
+               [&](auto&& add) {
                    for (const auto total : kPaidTotals)
-                       if (const TXmlField& field = (guia.*total).Field; field.Present())
-                           nodes.push_back(field.Node());
+                       add(guia.*total);
                });
     kSoma(campo, guia);
 }

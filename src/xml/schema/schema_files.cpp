@@ -91,6 +91,9 @@ ESchemaInvalido::ESchemaInvalido(const std::string& file, std::int32_t line, con
     : std::runtime_error("Esquema " + file + (line > 0 ? ", linha " + std::to_string(line) : std::string()) +
                          ": " + reason) {}
 
+ESchemaInvalido::ESchemaInvalido(const ESchemaInvalido& error, const std::filesystem::path& folder)
+    : std::runtime_error(std::string(error.what()) + " (pasta " + PathText(folder) + ")") {}
+
 TSchemaFile::TSchemaFile(const std::filesystem::path& path) : path_(path), name_(FileName(path)) {
     try {
         TXmlText text = DecodeXml(ReadBytes(path, name_));

@@ -244,8 +244,12 @@ std::string ShortList(const std::vector<std::string>& codes) {
 
 /// What a value of a type looks like, in few words; empty where there is little to say.
 std::string ValueHint(const TSchemaSimpleType& type) {
-    if (!type.Facets.Codes.empty())
-        return ShortList(type.Facets.Codes);
+    if (const auto& codes = type.Facets.Codes; !codes.empty()) {
+        const std::string list = ShortList(codes);
+        return list.empty() ? "um dos " + std::to_string(codes.size()) + " códigos da lista, por exemplo " +
+                                  CutText(codes.front())
+                            : list;
+    }
     for (const TSchemaPattern& pattern : type.Facets.Patterns)
         for (const auto& [known, words] : kPatternWords)
             if (pattern.Text == known)
@@ -262,8 +266,16 @@ std::string ValueHint(const TSchemaSimpleType& type) {
     default:
         break;
     }
-    const auto& length = type.Facets.Length;
-    return length ? Number(*length, "caractere", "caracteres") : std::string();
+    const TSchemaFacets& facets = type.Facets;
+    if (facets.Length)
+        return Number(*facets.Length, "caractere", "caracteres");
+    if (!facets.MaxLength)
+        return {};
+    const std::string most = Number(*facets.MaxLength, "caractere", "caracteres");
+    const std::uint32_t least = facets.MinLength.value_or(0);
+    if (least == *facets.MaxLength)
+        return most;
+    return least > 1 ? "de " + std::to_string(least) + " a " + most : "até " + most;
 }
 
 std::string EmptyValue(const TSchemaFault& fault) {

@@ -461,6 +461,8 @@ void TSchemaReader::ReadOccurs(const TSchemaFile& file, const TXmlNode& node,
         return;
     }
     const auto [end, error] = std::from_chars(max.data(), max.data() + max.size(), particle.Max);
+    if (error == std::errc::result_out_of_range && end == max.data() + max.size())
+        file.Fail(node, "maxOccurs=" + Quoted(max) + " não é suportado");
     if (error != std::errc() || end != max.data() + max.size() || particle.Max == kSchemaUnbounded)
         file.Fail(node, "valor inválido de maxOccurs: " + Quoted(max));
     if (particle.Max == 0 && particle.Required)

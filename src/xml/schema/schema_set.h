@@ -18,6 +18,8 @@ class ESchemaInvalido : public std::runtime_error {
   public:
     /// Line 1-based; 0 when the file as a whole is meant.
     ESchemaInvalido(const std::string& file, std::int32_t line, const std::string& reason);
+    /// The same fault, with the folder of the file.
+    ESchemaInvalido(const ESchemaInvalido& error, const std::filesystem::path& folder);
 };
 
 /// A schema with all it includes and imports, compiled. Immutable, so that threads may share it.

@@ -34,7 +34,7 @@ TEST(TSchemaLoad, DeepDeclarationsAreRefused) {
     for (const std::string& declarations : {"<xs:complexType name='a'>" + Repeated("<xs:sequence>", 5000) +
                                                 Repeated("</xs:sequence>", 5000) + "</xs:complexType>",
                                             chain + "<xs:element name='v' type='t:t4999'/>"})
-        EXPECT_EQ(TextOf<ESchemaInvalido>([&] { LoadDeclarations(declarations); }),
+        EXPECT_EQ(TextOf<ESchemaInvalido>([&declared = declarations] { LoadDeclarations(declared); }),
                   "Esquema teste.xsd, linha 2: declarações aninhadas ou derivadas fundo demais");
 }
 
@@ -68,7 +68,7 @@ TEST(TSchemaLoad, TypesThatRepeatOneAnotherAreBounded) {
          "os tipos do esquema, juntos, são complexos demais"},
         {Extensions(2, attributes), "o tipo tem atributos demais"}};
     for (const auto& [declarations, reason] : refused)
-        EXPECT_EQ(TextOf<ESchemaInvalido>([&] { LoadDeclarations(declarations); }),
+        EXPECT_EQ(TextOf<ESchemaInvalido>([&declared = declarations] { LoadDeclarations(declared); }),
                   std::string("Esquema teste.xsd, linha 2: ") + reason);
 }
 
