@@ -15,13 +15,18 @@ if(CONFERIX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
 endif()
 
 # conferix_loaded_library(<name> <header>): a library that is loaded while the program runs. Its headers are <name>_headers;
-# CONFERIX_LIB<NAME> is the name under which programs find it, as libcurl.so.4, which is not that of developers.
+# CONFERIX_LIB<NAME> is the name under which programs find it, as libcurl.so.4, which is not that of developers. Programs for
+# Windows hold it, since no system brings it along: there <name>_headers brings the library as well.
 function(conferix_loaded_library name header)
     string(TOUPPER ${name} upper)
     find_library(${upper}_LIBRARY ${name} REQUIRED)
     find_path(${upper}_INCLUDE_DIR ${header} REQUIRED)
     add_library(${name}_headers INTERFACE IMPORTED GLOBAL)
     target_include_directories(${name}_headers INTERFACE ${${upper}_INCLUDE_DIR})
+    if(WIN32)
+        target_link_libraries(${name}_headers INTERFACE ${${upper}_LIBRARY} ${ARGN})
+        return()
+    endif()
     get_filename_component(file ${${upper}_LIBRARY} REALPATH)
     get_filename_component(file ${file} NAME)
     string(REGEX REPLACE "(\\.so\\.[0-9]+)\\..*" "\\1" file ${file})

@@ -3,6 +3,7 @@
 #include "data/import/zip_library.h"
 #include "model/tiss_kinds.h"
 #include "platform/platform.h"
+#include "platform/portable_name.h"
 #include "xml/schema/schema_files.h"
 
 #include <unicode/ucnv.h>
@@ -48,21 +49,6 @@ std::string NameText(zip_t& archive, zip_uint64_t index, const std::string& raw)
     return U_SUCCESS(status) ? std::string(text.data(), static_cast<std::size_t>(length)) : "?";
 }
 
-/// True for a path that could end outside of the folder into which it is unpacked.
-bool Leaves(std::string_view name) {
-    constexpr std::string_view kSeparators = "/\\";
-    if (name.empty() || kSeparators.find(name.front()) != std::string_view::npos ||
-        (name.size() > 1 && name[1] == ':'))
-        return true;
-    while (!name.empty()) {
-        const std::size_t length = std::min(name.find_first_of(kSeparators), name.size());
-        if (name.substr(0, length) == "..")
-            return true;
-        name.remove_prefix(std::min(length + 1, name.size()));
-    }
-    return false;
-}
-
 class TPackageReader {
   public:
     explicit TPackageReader(const std::filesystem::path& file)
@@ -95,8 +81,11 @@ class TPackageReader {
     void ReadEntry(zip_uint64_t index) {
         const char* raw = TZipLibrary::Get().GetName(archive_.get(), index, ZIP_FL_ENC_RAW);
         const std::string name = raw != nullptr ? raw : "";
-        if (Leaves(name))
+        if (LeavesFolder(name))
             Fail("o pacote contém um caminho que sai da pasta: \"" + NameText(*archive_, index, name) + "\"");
+        if (!IsPortablePath(name))
+            Fail("o pacote contém um nome que não é o de um arquivo no Windows: \"" +
+                 NameText(*archive_, index, name) + "\"");
         if (IsLink(index))
             Fail("o pacote contém um atalho: \"" + NameText(*archive_, index, name) + "\"");
         const std::size_t slash = name.find_last_of("/\\");

@@ -9,9 +9,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace conferix {
 
+/// The last error of the system in this thread.
+std::error_code LastError();
 /// Raises the last error of the system as std::system_error.
 [[noreturn]] void ThrowLastError();
 
@@ -32,7 +35,7 @@ class TDescriptor {
     static int OpenForReading(const std::filesystem::path& file);
     /// Waits some seconds for somebody to read from a pipe; then raises EFileNotWritten.
     static int OpenForWriting(const std::filesystem::path& file);
-    /// A new file for its owner alone; negative, with errno, when there is one of that name.
+    /// A new file for its owner alone; negative, with LastError(), when there is one of that name.
     static int CreateNew(const std::filesystem::path& file);
     static int OpenForLocking(const std::filesystem::path& file);
 
@@ -45,12 +48,16 @@ class TDescriptor {
     std::size_t ReadFirst(char* to, std::size_t count, const std::filesystem::path& file) const;
     /// The number of bytes read, 0 at the end.
     std::size_t Read(char* to, std::size_t count) const;
+    /// The number of bytes written, at least one of those given.
+    std::size_t Write(std::string_view bytes) const;
     void WriteAll(std::string_view bytes) const;
     /// Returns when all is on disk.
     void Flush() const;
     void Release() noexcept;
     /// Network file systems report a failed write no earlier than here.
     void Close();
+    /// Closes the file where an open one cannot be renamed.
+    void ReleaseForRenaming();
     /// False when another holds the file and `wait` is off.
     bool LockWhole(bool wait) const;
     /// False once the file has lost its name, where the system can tell.
@@ -69,6 +76,12 @@ void TakeUsualRights(const TDescriptor& descriptor);
 /// Raises EFileNotWritten, in the name of `file`, for a file that must not be replaced: write-protected, or
 /// with further names that would go on naming the old content.
 void CheckReplaceable(const std::filesystem::path& target, const std::filesystem::path& file);
+/// Why a file with further names is not replaced.
+inline constexpr const char* kOtherNames =
+    "o arquivo tem outros nomes (ligações físicas), que continuariam com o conteúdo "
+    "antigo; grave com outro nome";
+/// Removes a file unless a living process holds it locked.
+void RemoveIfUnheld(const std::filesystem::path& file);
 /// Puts a file in the place of another, and the folder on disk.
 void RenameDurably(const std::filesystem::path& from, const std::filesystem::path& to, bool replaces);
 

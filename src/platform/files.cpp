@@ -2,6 +2,7 @@
 #include "platform/format_settings.h"
 #include "platform/large_pages.h"
 #include "platform/platform.h"
+#include "platform/portable_name.h"
 #include "platform/temporary_file.h"
 
 #include <algorithm>
@@ -79,6 +80,9 @@ void Replace(const fs::path& file, std::string_view bytes, const std::optional<T
     const fs::file_status status = fs::status(file, ignored);
     if (fs::is_directory(status)) {
         throw EFileNotWritten(file, kIsFolder);
+    }
+    if (NamesDevice(file)) {
+        throw EFileNotWritten(file, kDeviceReason);
     }
     try {
         if (fs::exists(status) && !fs::is_regular_file(status)) {
@@ -167,6 +171,9 @@ std::string ReadWholeFile(const fs::path& file, std::uintmax_t limit, std::optio
     std::error_code ignored;
     if (fs::is_directory(file, ignored)) {
         throw EFileNotRead(file, kIsFolder);
+    }
+    if (NamesDevice(file)) {
+        throw EFileNotRead(file, kDeviceReason);
     }
     try {
         return ReadAll(file, limit, stamp);

@@ -1,11 +1,12 @@
 #include "platform/temporary_file.h"
 
+#include "platform/system_calls.h"
+
+#include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <map>
 #include <mutex>
 #include <random>
@@ -14,44 +15,37 @@
 #include <utility>
 #include <vector>
 
-#if !defined(_WIN32)
-#include <fcntl.h>
-#include <unistd.h>
-#endif
-
 namespace conferix {
 
 namespace fs = std::filesystem;
 
 namespace {
 
+using TNameChar = fs::path::value_type;
+
 constexpr int kMaxNameAttempts = 1000;
 constexpr std::string_view kStart = ".conferix-";
 constexpr std::string_view kEnd = ".tmp";
 
 // Names of the files that a signal removes; those beyond are left to the next save.
-std::array<std::atomic<char*>, 64> registeredNames;
-static_assert(std::atomic<char*>::is_always_lock_free); // a signal handler reads them
+std::array<std::atomic<TNameChar*>, 64> registeredNames;
+static_assert(std::atomic<TNameChar*>::is_always_lock_free); // a signal handler reads them
 
 // Calls nothing but what a signal handler may.
 void RemoveRegistered() {
-    for (std::atomic<char*>& name : registeredNames) {
-        if (const char* path = name.exchange(nullptr)) {
-#if defined(_WIN32)
-            std::remove(path);
-#else
-            ::unlink(path);
-#endif
+    for (std::atomic<TNameChar*>& name : registeredNames) {
+        if (const TNameChar* path = name.exchange(nullptr)) {
+            RemoveNow(path);
         }
     }
 }
 
-std::atomic<char*>* Register(const fs::path& path) {
-    const std::string text = path.string();
-    char* copy = new char[text.size() + 1];
-    std::memcpy(copy, text.c_str(), text.size() + 1);
-    for (std::atomic<char*>& name : registeredNames) {
-        char* free = nullptr;
+std::atomic<TNameChar*>* Register(const fs::path& path) {
+    const fs::path::string_type& text = path.native();
+    auto* copy = new TNameChar[text.size() + 1];
+    std::copy_n(text.c_str(), text.size() + 1, copy);
+    for (std::atomic<TNameChar*>& name : registeredNames) {
+        TNameChar* free = nullptr;
         if (name.compare_exchange_strong(free, copy)) {
             return &name;
         }
@@ -67,7 +61,8 @@ std::string NewName() {
     return std::string(kStart) + std::to_string(ProcessId()) + "-" + number.data() + std::string(kEnd);
 }
 
-bool IsTemporaryName(const std::string& name) {
+bool IsTemporaryName(const fs::path& file) {
+    const std::string name = PathText(file);
     return name.starts_with(kStart) && name.ends_with(kEnd);
 }
 
@@ -79,28 +74,6 @@ bool TryLock(const TDescriptor& descriptor, bool wait) {
         return false;
     }
 }
-
-#if defined(_WIN32)
-
-void RemoveIfStale(const fs::path& file) {
-    std::error_code openByAnother;
-    fs::remove(file, openByAnother);
-}
-
-#else
-
-void RemoveIfStale(const fs::path& file) {
-    const int descriptor = ::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0) {
-        return;
-    }
-    const TDescriptor held(descriptor);
-    if (TryLock(held, false)) {
-        ::unlink(file.c_str());
-    }
-}
-
-#endif
 
 // Raised again, the signal ends the process as it would have.
 extern "C" void CleanUpAndEnd(int signal) {
@@ -139,9 +112,7 @@ TTemporaryFile::~TTemporaryFile() {
 }
 
 void TTemporaryFile::RenameTo(const fs::path& target, bool replaces) {
-#if defined(_WIN32)
-    descriptor_.Close(); // an open file cannot be renamed
-#endif
+    descriptor_.ReleaseForRenaming();
     RenameDurably(path_, target, replaces);
     path_.clear();
     Forget();
@@ -159,16 +130,14 @@ int TTemporaryFile::Create(const fs::path& target) {
             if (created.HasName()) {
                 return created.Give();
             }
-        } else if (errno != EEXIST) {
-            const int failure = errno;
+        } else if (const std::error_code failure = LastError(); failure != std::errc::file_exists) {
             path_.clear();
             Forget();
-            errno = failure;
-            break;
+            throw std::system_error(failure);
         }
         Forget();
     }
-    return -1;
+    throw std::system_error(std::make_error_code(std::errc::file_exists));
 }
 
 void TTemporaryFile::Forget() {
@@ -186,31 +155,14 @@ void TTemporaryFile::RemoveStale(const fs::path& folder) {
     }
     for (auto entry = fs::directory_iterator(place, unreadable);
          !unreadable && entry != fs::directory_iterator(); entry.increment(unreadable)) {
-        if (IsTemporaryName(entry->path().filename().string()) && entry->is_regular_file(unreadable)) {
-            RemoveIfStale(entry->path());
+        if (IsTemporaryName(entry->path().filename()) && entry->is_regular_file(unreadable)) {
+            RemoveIfUnheld(entry->path());
         }
     }
 }
 
 void RemoveTemporaryFilesAtSignals() {
-#if defined(_WIN32)
-    for (const int signal : {SIGINT, SIGTERM}) {
-        std::signal(signal, &CleanUpAndEnd);
-    }
-#else
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-        struct sigaction before = {};
-        ::sigaction(signal, nullptr, &before);
-        if (before.sa_handler == SIG_IGN) {
-            continue; // as nohup asks for
-        }
-        struct sigaction handler = {};
-        handler.sa_handler = &CleanUpAndEnd;
-        ::sigaction(signal, &handler, nullptr);
-    }
-    // The write that passes the limit fails instead, which is told like any other failure.
-    std::signal(SIGXFSZ, SIG_IGN);
-#endif
+    HandleEndingSignals(&CleanUpAndEnd);
 }
 
 } // namespace conferix

@@ -30,7 +30,7 @@ class TTemporaryFile {
     void Forget();
 
     std::filesystem::path path_;
-    std::atomic<char*>* registered_ = nullptr; ///< where a signal finds the name
+    std::atomic<std::filesystem::path::value_type*>* registered_ = nullptr; ///< where a signal finds the name
     TDescriptor descriptor_;
 };
 

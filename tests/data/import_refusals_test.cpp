@@ -142,6 +142,8 @@ TEST_F(ImportRefusals, PackagesThatAreDangerous) {
     } cases[] = {
         {"leaves the folder", {{"../Tabela 22.csv", csv}}, "sai da pasta"},
         {"absolute", {{"/Tabela 22.csv", csv}}, "sai da pasta"},
+        {"device", {{"LPT1/Tabela 22.csv", csv}}, "não é o de um arquivo no Windows"},
+        {"stream", {{"Tabela 22.csv:b.csv", csv}}, "não é o de um arquivo no Windows"},
         {"link", {{"Tabela 22.csv", "/etc/passwd", true}}, "contém um atalho"},
         {"too many", many, "arquivos demais"},
         {"nested", {{"dentro.zip", nested}}, "há pacotes demais"},

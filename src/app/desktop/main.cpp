@@ -1,6 +1,7 @@
 #include "app/desktop/main_window.h"
 
 #include "platform/platform.h"
+#include "platform/program.h"
 
 #include <QApplication>
 #include <QLibraryInfo>
@@ -9,23 +10,8 @@
 
 #include <cstdio>
 
-namespace {
-
-/// True where windows can be shown; without a display Qt would end the program.
-bool HasDisplay() {
-#if defined(_WIN32) || defined(__APPLE__)
-    return true;
-#else
-    using conferix::GetEnvironment;
-    return !GetEnvironment("QT_QPA_PLATFORM").empty() || !GetEnvironment("DISPLAY").empty() ||
-           !GetEnvironment("WAYLAND_DISPLAY").empty();
-#endif
-}
-
-} // namespace
-
 int main(int argc, char* argv[]) {
-    if (!HasDisplay()) {
+    if (!conferix::HasDisplay()) {
         std::fputs("conferix: erro: não há tela em que abrir a janela; use o comando conferix.\n", stderr);
         return 3;
     }

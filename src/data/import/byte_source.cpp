@@ -1,6 +1,7 @@
 #include "data/import/byte_source.h"
 
 #include "data/import/import_errors.h"
+#include "platform/portable_name.h"
 
 #include <unicode/ucnv.h>
 
@@ -14,6 +15,9 @@ namespace conferix {
 namespace fs = std::filesystem;
 
 TFileSource::TFileSource(const fs::path& file) : file_(file), stream_(file, std::ios::binary) {
+    if (NamesDevice(file)) {
+        throw EInvalidPublication(file, kDeviceReason);
+    }
     if (!stream_) {
         throw EInvalidPublication(file, ReasonText(std::error_code(errno, std::generic_category())));
     }

@@ -2,6 +2,7 @@
 
 #include "data/import/import_errors.h"
 #include "data/import/zip_library.h"
+#include "platform/portable_name.h"
 
 #include <unicode/ucnv.h>
 
@@ -32,23 +33,6 @@ std::string FromCodePage850(const std::string& raw) {
                      static_cast<std::int32_t>(raw.size()), &status);
     text.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
     return text;
-}
-
-/// True for a path that could end outside of the folder into which it is unpacked.
-bool Leaves(std::string_view name) {
-    constexpr std::string_view kSeparators = "/\\";
-    if (name.empty() || kSeparators.find(name.front()) != std::string_view::npos ||
-        (name.size() > 1 && name[1] == ':')) {
-        return true;
-    }
-    while (!name.empty()) {
-        const std::size_t length = std::min(name.find_first_of(kSeparators), name.size());
-        if (name.substr(0, length) == "..") {
-            return true;
-        }
-        name.remove_prefix(std::min(length + 1, name.size()));
-    }
-    return false;
 }
 
 struct TCloseEntry {
@@ -131,8 +115,11 @@ void TZipArchive::AddEntry(std::uint64_t index) {
     if (marked == nullptr || name != marked) {
         name = FromCodePage850(name);
     }
-    if (Leaves(name)) {
+    if (LeavesFolder(name)) {
         Fail("o pacote contém um caminho que sai da pasta: \"" + name + "\"");
+    }
+    if (!IsPortablePath(name)) {
+        Fail("o pacote contém um nome que não é o de um arquivo no Windows: \"" + name + "\"");
     }
     zip_uint8_t system = 0;
     zip_uint32_t attributes = 0;

@@ -1,6 +1,7 @@
 #include "xml/schema/schema_files.h"
 
 #include "platform/platform.h"
+#include "platform/portable_name.h"
 #include "xml/schema/schema_set.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_parser.h"
@@ -48,12 +49,14 @@ std::optional<TVersionedName> SplitVersion(std::string_view name) {
     return TVersionedName{name.substr(0, mark + 1), version};
 }
 
-/// The name at the end of a location, whatever path or address stands before it; empty for none.
+/// The name at the end of a location, whatever path or address stands before it; empty for none that is a
+/// file's.
 std::string_view BareName(std::string_view location) {
     location = TrimXmlSpace(location);
     if (const std::size_t slash = location.find_last_of("/\\"); slash != std::string_view::npos)
         location.remove_prefix(slash + 1);
-    if (location == "." || location == ".." || location.find('\0') != std::string_view::npos)
+    if (location == "." || location == ".." || location.find('\0') != std::string_view::npos ||
+        !IsPortableName(location))
         return {};
     return location;
 }

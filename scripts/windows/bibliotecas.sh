@@ -1,0 +1,225 @@
+# Lido por janela-windows: as bibliotecas de que o programa para Windows é feito, compiladas dos pacotes-fonte do Debian em um
+# prefixo cujo nome resume versões, opções e compilador. Uso: source bibliotecas.sh; bibliotecas; o prefixo fica em $prefixo.
+
+alvo=x86_64-w64-mingw32
+guardados=${CONFERIX_WINDOWS_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/conferix/windows}
+paralelo=${CONFERIX_PARALELO:-$(nproc)}
+
+# Pacote-fonte e versão; onde o arquivo do Debian já não a tem, serve a mais nova que ele entrega.
+fontes=(
+    'expat 2.5.0-1+deb12u2'
+    'libcsv 3.0.3+dfsg-6'
+    'fmtlib 9.1.0+ds1-2'
+    're2 20220601+dfsg-1'
+    'sqlite3 3.40.1-2+deb12u2'
+    'sqlitecpp 3.2.1-1'
+    'icu 72.1-3+deb12u1'
+    'libzip 1.7.3-1'
+    'nettle 3.8.1-2'
+    'curl 7.88.1-10+deb12u15'
+)
+# Bibliotecas que são só cabeçalhos, iguais em todos os sistemas: dos pacotes instalados.
+cabecalhos=(boost:libboost1.74-dev nlohmann:nlohmann-json3-dev spdlog:libspdlog-dev SimpleIni.h:libsimpleini-dev)
+
+# Uma lista por seção do arquivo: quando a de segurança não entrega um pacote, entrega-o a principal.
+preparar_apt() {
+    local linha numero=0
+    [ -z "$(find "$guardados/apt" -maxdepth 0 -mmin -60 2>/dev/null)" ] || return 0
+    rm -rf "$guardados/apt"
+    while read -r linha; do
+        local pasta=$guardados/apt/$((numero++))
+        mkdir -p "$pasta"/{listas,cache/archives}/partial
+        echo "$linha" >"$pasta/fontes.list"
+    done < <(apt-get indextargets --format \
+        'deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $(REPO_URI) $(RELEASE) $(COMPONENT)' \
+        'Created-By: Packages' 'Origin: Debian' | sort -ru)
+    [ "$numero" -gt 0 ] || erro 'o apt não conhece nenhum arquivo do Debian; veja /etc/apt.'
+    for pasta in "$guardados"/apt/*; do
+        do_apt "$pasta" apt-get -qq update || erro 'apt-get update falhou; verifique a conexão com a internet.'
+    done
+}
+
+do_apt() { # <pasta> <programa> <argumentos...>: sem tocar na configuração da máquina
+    local pasta=$1 programa=$2
+    shift 2
+    "$programa" -o Dir::Etc::SourceList="$pasta/fontes.list" -o Dir::Etc::SourceParts=/dev/null \
+        -o Dir::State::Lists="$pasta/listas" -o Dir::Cache="$pasta/cache" -o APT::Sandbox::User=root "$@" 2>>"$registro"
+}
+
+baixar() { # <pacote> <versão>: o .dsc na pasta atual, e o seu nome na saída
+    local pasta pedido
+    for pedido in "$1=$2" "$1"; do
+        for pasta in "$guardados"/apt/*; do
+            if do_apt "$pasta" apt-get -qq source --download-only "$pedido" >>"$registro"; then
+                ls -t "$1"_*.dsc | head -n 1
+                return
+            fi
+        done
+    done
+    return 1
+}
+
+com_cmake() { # <pasta do fonte> <opções...>
+    local fonte=$1
+    shift
+    cmake -S "$fonte" -B "$fonte/compilado" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$raiz/cmake/windows/ferramentas.cmake" \
+        -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF -DCMAKE_INSTALL_PREFIX="$prefixo" -DCMAKE_INSTALL_LIBDIR=lib \
+        -DCONFERIX_PREFIXO="$prefixo" "$@"
+    cmake --build "$fonte/compilado" -j "$paralelo"
+    cmake --install "$fonte/compilado"
+}
+
+arquivar() { # <biblioteca> <objetos...>
+    $alvo-ar rcsD "$prefixo/lib/lib$1.a" "${@:2}"
+}
+
+fazer_expat() {
+    com_cmake expat -DEXPAT_BUILD_TOOLS=OFF -DEXPAT_BUILD_EXAMPLES=OFF -DEXPAT_BUILD_TESTS=OFF -DEXPAT_BUILD_DOCS=OFF \
+        -DEXPAT_SHARED_LIBS=OFF -DEXPAT_DTD=OFF -DCMAKE_C_FLAGS=-DXML_DTD=1
+}
+
+# Só a parte comum: caracteres, codificações e normalização. Dos dados, as codificações de um byte e a normalização NFKC.
+fazer_icu() {
+    local opcoes=(-O2 -DU_STATIC_IMPLEMENTATION -DU_COMMON_IMPLEMENTATION -DUCONFIG_NO_SERVICE=1 -D_REENTRANT
+        -Isource/common -std=c++14 -w)
+    mkdir -p objetos "$prefixo/include/unicode"
+    printf '%s\n' source/common/*.cpp | xargs -P "$paralelo" -I{} sh -c \
+        "$alvo-g++-posix ${opcoes[*]} -c {} -o objetos/\$(basename {} .cpp).o"
+    icupkg -l source/data/in/icudt72l.dat >todos.txt
+    icupkg -d dados -x '*' source/data/in/icudt72l.dat
+    { printf '%s\n' cnvalias.icu nfkc.nrm
+        while read -r nome; do
+            [ "$(stat -c %s "dados/$nome")" -gt 12000 ] || echo "$nome"
+        done < <(grep '\.cnv$' todos.txt); } | sort >ficam.txt
+    # Fora as que são só o acréscimo a uma das que não ficam.
+    { icupkg -s dados -a ficam.txt new icudt72l.dat 2>&1 || true; } |
+        sed -n 's/^Item \(.*\) depends on missing item.*/\1/p' | sort -u >sem_base.txt
+    grep -vxFf sem_base.txt ficam.txt >escolhidos.txt
+    icupkg -s dados -a escolhidos.txt new icudt72l.dat
+    printf '%s\n' '.section .rdata,"dr"' '.balign 16' '.globl icudt72_dat' 'icudt72_dat:' '.incbin "icudt72l.dat"' >dados.s
+    $alvo-gcc-posix -c dados.s -o objetos/dados.o
+    arquivar icuuc objetos/*.o
+    cp source/common/unicode/*.h "$prefixo/include/unicode"
+}
+
+fazer_sqlite3() {
+    ./configure --disable-tcl --disable-readline --disable-shared
+    make sqlite3.c
+    # As opções do Debian que mudam o que o SQL faz.
+    $alvo-gcc-posix -O2 -w -DSQLITE_THREADSAFE=1 -DSQLITE_ENABLE_COLUMN_METADATA -DSQLITE_SECURE_DELETE -DSQLITE_USE_URI=1 \
+        -DSQLITE_ENABLE_FTS3 -DSQLITE_ENABLE_FTS3_PARENTHESIS -DSQLITE_ENABLE_FTS5 -DSQLITE_ENABLE_RTREE=1 \
+        -DSQLITE_ALLOW_ROWID_IN_VIEW -DSQLITE_LIKE_DOESNT_MATCH_BLOBS -DSQLITE_MAX_VARIABLE_NUMBER=250000 \
+        -DSQLITE_OMIT_LOAD_EXTENSION -c sqlite3.c -o sqlite3.o
+    arquivar sqlite3 sqlite3.o
+    cp sqlite3.h "$prefixo/include"
+}
+
+fazer_sqlitecpp() {
+    com_cmake . -DSQLITECPP_INTERNAL_SQLITE=OFF -DSQLITECPP_RUN_CPPLINT=OFF -DSQLITECPP_RUN_CPPCHECK=OFF \
+        -DSQLITECPP_USE_STACK_PROTECTION=OFF
+}
+
+fazer_fmtlib() {
+    com_cmake . -DFMT_TEST=OFF -DFMT_DOC=OFF
+}
+
+fazer_re2() {
+    make REBUILD_TABLES=1 re2/unicode_casefold.cc re2/unicode_groups.cc re2/perl_groups.cc
+    com_cmake . -DRE2_BUILD_TESTING=OFF
+}
+
+fazer_libzip() {
+    com_cmake . -DENABLE_COMMONCRYPTO=OFF -DENABLE_GNUTLS=OFF -DENABLE_MBEDTLS=OFF -DENABLE_OPENSSL=OFF \
+        -DENABLE_WINDOWS_CRYPTO=OFF -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF -DENABLE_ZSTD=OFF -DBUILD_TOOLS=OFF \
+        -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF
+}
+
+fazer_libcsv() {
+    $alvo-gcc-posix -O2 -w -c libcsv.c -o libcsv.o
+    arquivar csv libcsv.o
+    cp csv.h "$prefixo/include"
+}
+
+# Só os resumos que o programa calcula: MD5 e SHA-256.
+fazer_nettle() {
+    : >config.h
+    $alvo-gcc-posix -O2 -w -DHAVE_CONFIG_H -I. -c md5.c md5-compress.c sha256.c sha256-compress.c write-be32.c write-le32.c
+    arquivar nettle ./*.o
+    mkdir -p "$prefixo/include/nettle"
+    cp md5.h sha2.h nettle-types.h "$prefixo/include/nettle"
+    printf '%s\n' 'Name: nettle' 'Description: MD5, SHA-256' 'Version: 3.8.1' "Libs: -L$prefixo/lib -lnettle" \
+        "Cflags: -I$prefixo/include" >"$prefixo/lib/pkgconfig/nettle.pc"
+}
+
+# HTTP e HTTPS pelo próprio Windows (Schannel), com os certificados que ele conhece; o curl traz a configuração para ele.
+fazer_curl() {
+    mkdir -p objetos
+    printf '%s\n' lib/*.c lib/v*/*.c | xargs -P "$paralelo" -I{} sh -c "$alvo-gcc-posix -O2 -w -DBUILDING_LIBCURL \
+        -DCURL_STATICLIB -DHTTP_ONLY -DUSE_SCHANNEL -DUSE_WINDOWS_SSPI -DUSE_WIN32_IDN -DWANT_IDN_PROTOTYPES -DUSE_IPV6 \
+        -DHAVE_LIBZ -Iinclude -Ilib -c {} -o objetos/\$(echo {} | tr / _).o"
+    arquivar curl objetos/*.o
+    cp -r include/curl "$prefixo/include/"
+}
+
+# O que o projeto procura com find_package e pkg-config e só existe aqui como cabeçalhos.
+descrever_cabecalhos() {
+    mkdir -p "$prefixo"/lib/{pkgconfig,cmake/spdlog}
+    cp -r /usr/share/cmake/nlohmann_json "$prefixo/lib/cmake/"
+    cat >"$prefixo/lib/cmake/spdlog/spdlogConfig.cmake" <<'FIM'
+add_library(spdlog::spdlog_header_only INTERFACE IMPORTED)
+target_compile_definitions(spdlog::spdlog_header_only INTERFACE SPDLOG_FMT_EXTERNAL)
+target_link_libraries(spdlog::spdlog_header_only INTERFACE fmt::fmt)
+FIM
+    printf '%s\n' 'Name: simpleini' 'Description: INI' 'Version: 4.19' >"$prefixo/lib/pkgconfig/simpleini.pc"
+}
+
+compilar_biblioteca() { # <pacote-fonte> <versão>
+    local dsc
+    SECONDS=0
+    cd "$trabalho"
+    dsc=$(baixar "$1" "$2") || erro "o pacote-fonte $1 não pôde ser baixado; veja $registro."
+    rm -rf "$1"
+    dpkg-source --no-check -x "$dsc" "$1" >>"$registro" 2>&1 || erro "o pacote-fonte $1 está danificado."
+    cd "$1"
+    cp debian/copyright "$prefixo/licencas/$1.txt"
+    # Em segundo plano, porque antes de || o bash não para no primeiro erro.
+    (set -e; "fazer_$1") >>"$registro" 2>&1 &
+    wait $! || {
+        tail -n 40 "$registro" >&2
+        erro "a biblioteca $1 não compilou; o fim do registro está acima."
+    }
+    basename "$dsc" .dsc >>"$prefixo/versoes.txt"
+    echo "  $(basename "$dsc" .dsc): $SECONDS s" >&2
+}
+
+bibliotecas() {
+    local entrada nome resumo
+    resumo=$({ printf '%s\n' "${fontes[@]}"
+        for entrada in "${cabecalhos[@]}"; do dpkg-query -W -f='${Package} ${Version}\n' "${entrada#*:}"; done
+        $alvo-g++-posix -dumpfullversion
+        cat "$raiz/scripts/windows/bibliotecas.sh" "$raiz/cmake/windows/ferramentas.cmake"; } | sha256sum)
+    prefixo=$guardados/prefixo-${resumo:0:12}
+    [ -e "$prefixo/pronto" ] && return
+    trabalho=$prefixo-trabalho
+    mkdir -p "$trabalho" "$prefixo"/{include,lib,licencas}
+    touch "$prefixo/versoes.txt"
+    registro=$guardados/bibliotecas.log
+    : >"$registro"
+    echo "Compilando as bibliotecas (registro em $registro)..." >&2
+    preparar_apt
+    for entrada in "${cabecalhos[@]}"; do
+        ln -sfn "/usr/include/${entrada%%:*}" "$prefixo/include/${entrada%%:*}"
+        cp -L "/usr/share/doc/${entrada#*:}/copyright" "$prefixo/licencas/${entrada#*:}.txt"
+    done
+    descrever_cabecalhos
+    cp /usr/$alvo/lib/libz.a "$prefixo/lib/"
+    cp /usr/$alvo/include/{zlib,zconf}.h "$prefixo/include/"
+    cp -L /usr/share/doc/libz-mingw-w64-dev/copyright "$prefixo/licencas/zlib.txt"
+    for entrada in "${fontes[@]}"; do
+        # O que uma execução interrompida já fez não se faz de novo.
+        grep -q "^${entrada%% *}_" "$prefixo/versoes.txt" || compilar_biblioteca $entrada
+    done
+    cd "$raiz"
+    rm -rf "$trabalho"
+    touch "$prefixo/pronto"
+}

@@ -1,0 +1,20 @@
+// What a program does at its beginning.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace conferix {
+
+/// The words of the command line after the program's name, in UTF-8; on Windows, where no shell does it, with
+/// the names of the files in place of "*.xml".
+std::vector<std::string> CommandLineWords(int argc, char** argv);
+
+/// Lets the standard streams pass bytes as they are, and a console show UTF-8 and colours until the process
+/// ends.
+void PrepareStandardStreams();
+
+/// Whether windows can be shown; without a display the library of the window would end the program.
+bool HasDisplay();
+
+} // namespace conferix
