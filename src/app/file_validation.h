@@ -23,9 +23,9 @@ struct TFileResult {
     std::string Versao;                      ///< empty where none was found
     std::shared_ptr<const std::string> Text; ///< in UTF-8; null where there is none
     std::string Failure;                     ///< why it could not be validated; empty for one that was
-    /// Judges Text by its schema alone, each time on a tree of its own, which corrections may change. Where
-    /// there is a text, as long as the validator lives.
-    std::function<TValidateArgs()> ValidateSchema;
+    /// Judges Text by its schema alone, each time on a tree of its own, which corrections may change. As long
+    /// as the validator lives; null where none made the result, or there is no text.
+    std::function<TValidateArgs()> ValidateSchema = {};
 
     TVerdict Verdict() const { return VerdictOf(Validation); }
     /// What kept a file from being verified, whether or not it could be read; empty for a verified one.

@@ -109,7 +109,7 @@ std::optional<TJson> TSarifFixes::ValueChange(const ISolver& solver) const {
 }
 
 std::optional<TJson> TSarifFixes::StructureChange(const TXmlMessage& message, std::size_t solver) {
-    if (file_.Text->size() > kMostBytes || ++solved_ > kMostSolved)
+    if (!file_.ValidateSchema || file_.Text->size() > kMostBytes || ++solved_ > kMostSolved)
         return std::nullopt;
     const TValidateArgs fresh = file_.ValidateSchema(); // solving changes its tree
     const auto same = std::ranges::find_if(fresh.AllMessages, [&](const auto& other) {
