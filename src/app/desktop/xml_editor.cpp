@@ -1,10 +1,13 @@
 #include "app/desktop/xml_editor.h"
 
+#include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/editor_accessible.h"
 #include "app/desktop/theme.h"
 #include "app/line_layout.h"
 #include "app/text_changes.h"
 #include "app/xml_tags.h"
 
+#include <QAccessible>
 #include <QEvent>
 #include <QFontDatabase>
 #include <QFontMetrics>
@@ -18,6 +21,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 namespace conferix {
 
@@ -41,6 +45,9 @@ int MarkOf(TMessageType type) {
     return type == TMessageType::mtWarning ? 1 : 2;
 }
 
+/// A change of more bytes is not read aloud.
+constexpr long kReadAloud = 20'000;
+
 constexpr std::array kMarkTypes = {TMessageType::mtError, TMessageType::mtWarning,
                                    TMessageType::mtInformation};
 
@@ -56,6 +63,8 @@ long TXmlEditor::SendText(unsigned message, std::string_view text) const {
 
 TXmlEditor::TXmlEditor(QWidget* parent)
     : QsciScintilla(parent), loadTimer_(new QTimer(this)), markTimer_(new QTimer(this)) {
+    static const bool kServed = (ServeScreenReaders(), true);
+    Q_UNUSED(kServed)
     setAccessibleName(QStringLiteral("Texto do arquivo"));
     setAcceptDrops(false); // files that are dropped are for the window to open
     viewport()->setAcceptDrops(false);
@@ -88,8 +97,9 @@ TXmlEditor::TXmlEditor(QWidget* parent)
     connect(loadTimer_, &QTimer::timeout, this, &TXmlEditor::LoadMore);
     connect(markTimer_, &QTimer::timeout, this, &TXmlEditor::PlaceMarks);
     connect(this, &QsciScintillaBase::SCN_MODIFIED, this,
-            [this](int position, int kind, const char*, int, int linesAdded) {
-                OnModified(position, kind, linesAdded);
+            [this](int position, int kind, const char*, int length) {
+                if ((kind & (SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE)) != 0)
+                    OnChange(position, length, (kind & SC_MOD_BEFOREINSERT) != 0);
             });
     connect(this, &QsciScintillaBase::SCN_UPDATEUI, this, &TXmlEditor::OnUpdated);
     connect(this, &QsciScintillaBase::SCN_DWELLSTART, this, &TXmlEditor::ShowTip);
@@ -171,6 +181,7 @@ void TXmlEditor::Load(TXmlPtr text, bool highlighted) {
     SetPlaces({}, {});
     Send(SCI_SETREADONLY, 0);
     Send(SCI_SETUNDOCOLLECTION, 0);
+    Send(SCI_SETMODEVENTMASK, static_cast<long>(SC_MOD_CHANGEFOLD));
     Send(SCI_CLEARALL);
     if (highlighted != (lexer() != nullptr)) {
         setLexer(highlighted ? new QsciLexerXML(this) : nullptr);
@@ -195,6 +206,9 @@ void TXmlEditor::LoadMore() {
         loadTimer_->start(0);
         return;
     }
+    // Told of a change after it, QScintilla would count all characters before it.
+    Send(SCI_SETMODEVENTMASK,
+         static_cast<long>(SC_MOD_CHANGEFOLD | SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE));
     Send(SCI_SETUNDOCOLLECTION, 1);
     Send(SCI_EMPTYUNDOBUFFER);
     Send(SCI_SETSAVEPOINT);
@@ -237,21 +251,36 @@ void TXmlEditor::ReplaceBy(const TXmlPtr& text) {
     snapshot_ = text;
 }
 
-void TXmlEditor::OnModified(int position, int kind, int linesAdded) {
-    if ((kind & (SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT)) == 0)
-        return;
+void TXmlEditor::OnChange(long position, long length, bool inserted) {
+    SettleChange();
     snapshot_ = nullptr;
-    if (IsLoading() || Send(SCI_GETUNDOCOLLECTION) == 0)
-        return;
-    if (linesAdded != 0) {
-        const auto line = static_cast<int>(Send(SCI_LINEFROMPOSITION, position));
-        places_.LinesChanged(line + 1, linesAdded);
-        for (auto& [mark, markedLine] : marked_)
-            if (markedLine > line)
-                markedLine = std::max(line, markedLine + linesAdded);
-    }
+    changing_ = {position, inserted ? length : 0, static_cast<int>(Send(SCI_LINEFROMPOSITION, position)),
+                 LineCount()};
+    if (!inserted && length <= kReadAloud && QAccessible::isActive())
+        TellTextRemoved(*this, position, ToQt(TextOf(position, position + length)));
     markTimer_->start(0);
     emit Edited();
+}
+
+void TXmlEditor::SettleChange() {
+    const auto change = std::exchange(changing_, std::nullopt);
+    if (!change)
+        return;
+    if (change->Inserted != 0 && change->Inserted <= kReadAloud && QAccessible::isActive())
+        TellTextInserted(*this, change->Position,
+                         ToQt(TextOf(change->Position, change->Position + change->Inserted)));
+    const int linesAdded = LineCount() - change->LineCount;
+    if (linesAdded == 0)
+        return;
+    places_.LinesChanged(change->Line + 1, linesAdded);
+    for (auto& [mark, markedLine] : marked_)
+        if (markedLine > change->Line)
+            markedLine = std::max(change->Line, markedLine + linesAdded);
+}
+
+const TMessagePlaces& TXmlEditor::Places() {
+    SettleChange();
+    return places_;
 }
 
 void TXmlEditor::OnUpdated(int what) {
@@ -261,17 +290,21 @@ void TXmlEditor::OnUpdated(int what) {
         markTimer_->start(0);
     if ((what & SC_UPDATE_SELECTION) != 0) {
         MarkMatchingTags();
+        if (QAccessible::isActive())
+            TellCaretMoved(*this);
         emit Moved();
     }
 }
 
 void TXmlEditor::SetPlaces(const TXmlMessages& messages, std::function<QString(std::size_t)> textOf) {
+    changing_.reset();
     places_ = TMessagePlaces(messages);
     textOf_ = std::move(textOf);
     markTimer_->start(0);
 }
 
 void TXmlEditor::PlaceMarks() {
+    SettleChange();
     for (const auto& [mark, line] : marked_)
         Send(SCI_MARKERDELETE, line, mark);
     marked_.clear();
@@ -350,12 +383,15 @@ long TXmlEditor::PositionOf(int line, int linePos) const {
     return position < start || position > end ? end : position;
 }
 
-std::pair<std::string, long> TXmlEditor::Around(long position, long reach) const {
-    const long start = std::max(0L, position - reach);
-    const long end = std::min(Send(SCI_GETLENGTH), position + reach);
+std::string TXmlEditor::TextOf(long start, long end) const {
     std::string text(static_cast<std::size_t>(end - start), '\0');
     SendScintilla(SCI_GETTEXTRANGE, start, end, text.data());
-    return {std::move(text), start};
+    return text;
+}
+
+std::pair<std::string, long> TXmlEditor::Around(long position, long reach) const {
+    const long start = std::max(0L, position - reach);
+    return {TextOf(start, std::min(Send(SCI_GETLENGTH), position + reach)), start};
 }
 
 void TXmlEditor::SelectRange(long start, long end) {

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,7 +40,7 @@ class TXmlEditor : public QsciScintilla {
 
     /// Marks the places of messages from now on. `textOf`: what a tooltip tells of a message.
     void SetPlaces(const TXmlMessages& messages, std::function<QString(std::size_t message)> textOf);
-    const TMessagePlaces& Places() const { return places_; }
+    const TMessagePlaces& Places();
 
     /// Puts the caret at a place and shows it with lines around it; unfolds what hides it.
     void GoTo(int line, int linePos);
@@ -74,12 +75,16 @@ class TXmlEditor : public QsciScintilla {
     long SendText(unsigned message, std::string_view text) const;
     void ApplyTheme();
     void LoadMore();
-    void OnModified(int position, int kind, int linesAdded);
+    /// The text is about to change.
+    void OnChange(long position, long length, bool inserted);
+    /// Does what follows from the last change: places move with their lines, screen readers are told.
+    void SettleChange();
     void OnUpdated(int what);
     void PlaceMarks();
     void MarkMatchingTags();
     void ShowTip(int position, int x, int y);
     long PositionOf(int line, int linePos) const;
+    std::string TextOf(long start, long end) const;
     /// A part of the text around a place, and the position at which it starts.
     std::pair<std::string, long> Around(long position, long reach) const;
     void SelectRange(long start, long end);
@@ -89,6 +94,14 @@ class TXmlEditor : public QsciScintilla {
     TXmlPtr loading_;
     std::size_t loaded_ = 0; ///< bytes
     bool editable_ = true;
+    /// A change that was told before it happened.
+    struct TTextChange {
+        long Position;
+        long Inserted; ///< bytes
+        int Line;      ///< 0-based
+        int LineCount; ///< of the text before it
+    };
+    std::optional<TTextChange> changing_; ///< what it did to the lines is not known yet
     TMessagePlaces places_;
     std::function<QString(std::size_t)> textOf_;
     std::vector<std::pair<int, int>> marked_; ///< marker and 0-based line of what is marked
