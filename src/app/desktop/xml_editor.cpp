@@ -4,7 +4,6 @@
 #include "app/desktop/editor_accessible.h"
 #include "app/desktop/theme.h"
 #include "app/line_layout.h"
-#include "app/text_changes.h"
 #include "app/xml_tags.h"
 
 #include <QAccessible>
@@ -34,6 +33,8 @@ constexpr int kTagIndicator = 4; ///< those before it mark messages, by severity
 constexpr int kFirstMark = 8;    ///< likewise
 /// Bytes handed to the editor at a time while a text is loaded.
 constexpr std::size_t kPiece = 2U << 20U;
+/// Bytes that are searched at a time.
+constexpr long kSearched = 1 << 20;
 /// Bytes on either side of the caret in which the tag is looked for that belongs to the one at the caret.
 constexpr long kTagReach = 200'000;
 constexpr long kMarkReach = 2'000;
@@ -227,24 +228,38 @@ TXmlEditor::TXmlPtr TXmlEditor::Snapshot() const {
     if (IsLoading())
         return loading_;
     if (snapshot_ == nullptr) {
-        const auto size = static_cast<std::size_t>(Send(SCI_GETLENGTH));
-        auto text = std::make_shared<std::string>(size, '\0');
-        SendScintilla(SCI_GETTEXT, static_cast<unsigned long>(size + 1), static_cast<void*>(text->data()));
+        // The editor holds the text in two parts, with a gap between them that need not be closed.
+        const long length = Send(SCI_GETLENGTH);
+        const long gap = Send(SCI_GETGAPPOSITION);
+        auto text = std::make_shared<std::string>();
+        text->reserve(static_cast<std::size_t>(length));
+        for (const auto& [start, end] : {std::pair(0L, gap), std::pair(gap, length)})
+            if (start < end)
+                text->append(reinterpret_cast<const char*>(Send(SCI_GETRANGEPOINTER, start, end - start)),
+                             static_cast<std::size_t>(end - start));
         snapshot_ = std::move(text);
     }
     return snapshot_;
 }
 
-void TXmlEditor::ReplaceBy(const TXmlPtr& text) {
-    const TXmlPtr before = Snapshot();
-    const std::vector<TTextEdit> edits = FindEdits(*before, *text);
+void TXmlEditor::ReplaceBy(const TXmlPtr& text, const std::vector<TTextEdit>& edits, const TGoOn& goOn) {
     if (edits.empty())
         return;
     Send(SCI_SETREADONLY, 0);
     Send(SCI_BEGINUNDOACTION);
     for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
-        Send(SCI_SETTARGETRANGE, static_cast<long>(edit->Start), static_cast<long>(edit->End));
-        SendText(SCI_REPLACETARGET, edit->Text);
+        const auto start = static_cast<long>(edit->Start);
+        auto end = static_cast<long>(edit->End);
+        for (; end - start > static_cast<long>(kPiece); end -= static_cast<long>(kPiece), goOn())
+            Send(SCI_DELETERANGE, end - static_cast<long>(kPiece), static_cast<long>(kPiece));
+        Send(SCI_SETTARGETRANGE, start, end);
+        SendText(SCI_REPLACETARGET, edit->Text.substr(0, kPiece));
+        for (std::size_t at = kPiece; at < edit->Text.size(); at += kPiece, goOn()) {
+            const auto place = start + static_cast<long>(at);
+            Send(SCI_SETTARGETRANGE, place, place);
+            SendText(SCI_REPLACETARGET, edit->Text.substr(at, kPiece));
+        }
+        goOn();
     }
     Send(SCI_ENDUNDOACTION);
     SetEditable(editable_);
@@ -426,52 +441,71 @@ int TXmlEditor::LineCount() const {
     return static_cast<int>(Send(SCI_GETLINECOUNT));
 }
 
-long TXmlEditor::FindFrom(long start, long end, const QByteArray& text, bool matchCase,
-                          bool wholeWord) const {
-    Send(SCI_SETSEARCHFLAGS,
-         static_cast<long>((matchCase ? SCFIND_MATCHCASE : 0) | (wholeWord ? SCFIND_WHOLEWORD : 0)));
-    Send(SCI_SETTARGETRANGE, start, end);
-    return SendText(SCI_SEARCHINTARGET, {text.constData(), static_cast<std::size_t>(text.size())});
+long TXmlEditor::FindFrom(long start, long end, const TSearch& search, const TGoOn& goOn) const {
+    const QByteArray text = search.Text.toUtf8();
+    Send(SCI_SETSEARCHFLAGS, static_cast<long>((search.MatchCase ? SCFIND_MATCHCASE : 0) |
+                                               (search.WholeWord ? SCFIND_WHOLEWORD : 0)));
+    const long step = start <= end ? kSearched : -kSearched;
+    // What begins in one part may end in the next; letters of the other case may take more bytes.
+    const long beyond = (start <= end ? 4 : -4) * (text.size() + 1);
+    const auto before = [&](long left, long right) { return step > 0 ? left < right : left > right; };
+    for (long from = start; before(from, end); from += step) {
+        const long to = before(from + step + beyond, end) ? from + step + beyond : end;
+        Send(SCI_SETTARGETRANGE, from, to);
+        const long found =
+            SendText(SCI_SEARCHINTARGET, {text.constData(), static_cast<std::size_t>(text.size())});
+        if (found >= 0)
+            return found;
+        if (!goOn())
+            break;
+    }
+    return -1;
 }
 
-bool TXmlEditor::Find(const QString& text, bool backwards, bool matchCase, bool wholeWord) {
-    const QByteArray wanted = text.toUtf8();
-    if (wanted.isEmpty())
+bool TXmlEditor::Find(const TSearch& search, bool backwards, const TGoOn& goOn) {
+    if (search.Text.isEmpty())
         return false;
+    bool stopped = false;
+    const TGoOn noting = [&] {
+        stopped = stopped || !goOn();
+        return !stopped;
+    };
     const long length = Send(SCI_GETLENGTH);
     const long from = Send(backwards ? SCI_GETSELECTIONSTART : SCI_GETSELECTIONEND);
-    long found = FindFrom(from, backwards ? 0 : length, wanted, matchCase, wholeWord);
-    if (found < 0)
-        found = FindFrom(backwards ? length : 0, backwards ? from : length, wanted, matchCase, wholeWord);
+    long found = FindFrom(from, backwards ? 0 : length, search, noting);
+    if (found < 0 && !stopped)
+        found = FindFrom(backwards ? length : 0, backwards ? from : length, search, noting);
     if (found < 0)
         return false;
     SelectRange(found, Send(SCI_GETTARGETEND));
     return true;
 }
 
-bool TXmlEditor::ReplaceFound(const QString& text, const QString& by, bool matchCase, bool wholeWord) {
-    const QByteArray wanted = text.toUtf8();
+bool TXmlEditor::ReplaceFound(const TSearch& search, const QString& by, const TGoOn& goOn) {
     const long start = Send(SCI_GETSELECTIONSTART);
     const long end = Send(SCI_GETSELECTIONEND);
-    if (!wanted.isEmpty() && start != end && !isReadOnly() &&
-        FindFrom(start, end, wanted, matchCase, wholeWord) == start && Send(SCI_GETTARGETEND) == end) {
+    if (!search.Text.isEmpty() && start != end && !isReadOnly() &&
+        FindFrom(start, end, search, goOn) == start && Send(SCI_GETTARGETEND) == end) {
         const QByteArray with = by.toUtf8();
         SendText(SCI_REPLACETARGET, {with.constData(), static_cast<std::size_t>(with.size())});
         SelectRange(start + with.size(), start + with.size());
     }
-    return Find(text, false, matchCase, wholeWord);
+    return Find(search, false, goOn);
 }
 
-int TXmlEditor::ReplaceAll(const QString& text, const QString& by, bool matchCase, bool wholeWord) {
-    const QByteArray wanted = text.toUtf8();
+int TXmlEditor::ReplaceAll(const TSearch& search, const QString& by, const TGoOn& goOn) {
     const QByteArray with = by.toUtf8();
-    if (wanted.isEmpty() || isReadOnly())
+    if (search.Text.isEmpty() || isReadOnly())
         return 0;
     int count = 0;
     Send(SCI_BEGINUNDOACTION);
-    for (long at = 0; (at = FindFrom(at, Send(SCI_GETLENGTH), wanted, matchCase, wholeWord)) >= 0; ++count) {
+    for (long at = 0; (at = FindFrom(at, Send(SCI_GETLENGTH), search, goOn)) >= 0; ++count) {
         SendText(SCI_REPLACETARGET, {with.constData(), static_cast<std::size_t>(with.size())});
         at += with.size();
+        if (!goOn()) {
+            ++count;
+            break;
+        }
     }
     Send(SCI_ENDUNDOACTION);
     return count;

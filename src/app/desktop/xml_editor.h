@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/message_places.h"
+#include "app/text_changes.h"
 
 #include <QDeadlineTimer>
 #include <Qsci/qsciscintilla.h>
@@ -24,6 +25,9 @@ class TXmlEditor : public QsciScintilla {
   public:
     using TXmlPtr = std::shared_ptr<const std::string>;
 
+    /// Asked between the steps of long work; false to give it up.
+    using TGoOn = std::function<bool()>;
+
     explicit TXmlEditor(QWidget* parent = nullptr);
 
     /// Shows another text, a part at a time; Loaded is told at the end. The user cannot undo it.
@@ -32,9 +36,9 @@ class TXmlEditor : public QsciScintilla {
     bool IsLoading() const { return loading_ != nullptr; }
     /// The text as it is now; the same object as long as nobody edits it.
     TXmlPtr Snapshot() const;
-    /// Makes the text another one in one step that the user can undo; only what differs is replaced, so that
-    /// place and folds stay.
-    void ReplaceBy(const TXmlPtr& text);
+    /// Makes the text another one in one step that the user can undo; only what differs (`edits`, those of
+    /// FindEdits) is replaced, so that place and folds stay. What `goOn` answers does not matter.
+    void ReplaceBy(const TXmlPtr& text, const std::vector<TTextEdit>& edits, const TGoOn& goOn);
     /// Whether the user may edit; nobody can while a text is loaded.
     void SetEditable(bool editable);
 
@@ -48,12 +52,18 @@ class TXmlEditor : public QsciScintilla {
     int CurrentLinePos() const;
     int LineCount() const;
 
-    /// Searches from the selection on, round the end; false for what is not there.
-    bool Find(const QString& text, bool backwards, bool matchCase, bool wholeWord);
+    /// What is searched, and how.
+    struct TSearch {
+        QString Text;
+        bool MatchCase = false;
+        bool WholeWord = false;
+    };
+    /// Searches from the selection on, round the end; false for what is not there or was given up.
+    bool Find(const TSearch& search, bool backwards, const TGoOn& goOn);
     /// Replaces the selection where it is what was searched, then searches on.
-    bool ReplaceFound(const QString& text, const QString& by, bool matchCase, bool wholeWord);
+    bool ReplaceFound(const TSearch& search, const QString& by, const TGoOn& goOn);
     /// Replaces all in one step; answers how many.
-    int ReplaceAll(const QString& text, const QString& by, bool matchCase, bool wholeWord);
+    int ReplaceAll(const TSearch& search, const QString& by, const TGoOn& goOn);
     /// Ignores the Enter key for a while, in milliseconds.
     void IgnoreEnter(int duration);
     /// Puts the caret at the tag that belongs to the one at the caret.
@@ -88,7 +98,8 @@ class TXmlEditor : public QsciScintilla {
     /// A part of the text around a place, and the position at which it starts.
     std::pair<std::string, long> Around(long position, long reach) const;
     void SelectRange(long start, long end);
-    long FindFrom(long start, long end, const QByteArray& text, bool matchCase, bool wholeWord) const;
+    /// Searches from one position to another, which may be before it; -1 for what is not there.
+    long FindFrom(long start, long end, const TSearch& search, const TGoOn& goOn) const;
 
     mutable TXmlPtr snapshot_;
     TXmlPtr loading_;
