@@ -204,6 +204,7 @@ void TDocumentTab::Validate() {
         return typing_->start();
     notices_->Hide(QStringLiteral("configuracao"));
     edited_ = false;
+    LetGoBeside(std::exchange(result_, std::nullopt)); // two trees of a large file are one too many
     const std::shared_ptr<const std::string> text = editor_->Snapshot();
     if (text->size() > kValidatedWhileTyping)
         editor_->SetEditable(false);
