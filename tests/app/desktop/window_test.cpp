@@ -364,6 +364,11 @@ TEST_F(Window, FiltersSortsAndGroupsMessages) {
     const std::size_t all = Messages().size();
     EXPECT_EQ(table.ShownCount(), all);
     EXPECT_LE(table.RowCount(), all);
+    for (std::size_t row = 0; row < table.RowCount(); ++row)
+        if (table.MemberCount(row) > 1) {
+            EXPECT_THAT(table.GroupText(row), testing::ContainsRegex("[1-9][0-9]* (guias|vezes)"));
+            EXPECT_THAT(table.GroupText(row), testing::Not(HasSubstr(" 0 vezes")));
+        }
     panel.findChild<QComboBox*>(QStringLiteral("agrupar"))->setCurrentIndex(2);
     EXPECT_EQ(table.RowCount(), all);
     panel.List()->sortByColumn(static_cast<int>(TMessageColumn::Line), Qt::DescendingOrder);
