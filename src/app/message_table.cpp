@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <limits>
 #include <numeric>
+#include <set>
 #include <string_view>
 #include <unordered_map>
 
@@ -257,9 +258,18 @@ std::string TMessageTable::GroupText(std::size_t row) const {
         group.Messages.push_back(Member(row, member));
     if (grouping_ == TMessageGrouping::Cause) {
         const TMessageGroup& whole = digest_->Causes()[digest_->CauseOf(group.Messages.front())];
+        if (group.Messages.size() == whole.Messages.size())
+            return conferix::GroupText(Messages(), whole);
+        // A filter shows a part of the group.
         std::ranges::sort(group.Messages);
-        group.Guides = whole.Guides;
+        std::set<std::string_view> guides;
+        for (const std::size_t message : group.Messages)
+            guides.insert(Messages()[message]->NumeroGuia());
+        guides.erase("");
+        group.Guides = guides.size();
+        group.Count = group.Messages.size();
         group.SameReason = whole.SameReason;
+        group.SameCause = whole.SameCause;
         return conferix::GroupText(Messages(), group);
     }
     const TValidationIdentity* rule = Messages()[group.Messages.front()]->Rule();

@@ -1,5 +1,9 @@
 #include "app/missing_data.h"
 
+#include <array>
+#include <string_view>
+#include <utility>
+
 namespace conferix {
 
 TMissingData MissingDataOf(const TXmlMessage& message) {
@@ -10,6 +14,17 @@ TMissingData MissingDataOf(const TXmlMessage& message) {
         return TMissingData::Terminology;
     return says("conferix esquemas importar") || reason.starts_with("Schema file ") ? TMissingData::Schema
                                                                                     : TMissingData::Nothing;
+}
+
+std::string TextForWindow(std::string text) {
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kCommands = {
+        {{": conferix terminologia importar ARQUIVO", " em Configurações > Terminologia"},
+         {": conferix esquemas importar ARQUIVO", " em Configurações > Schemas"},
+         {": conferix converter", " em Validação > Converter versão"}}};
+    for (const auto& [command, menu] : kCommands)
+        if (const std::size_t at = text.find(command); at != std::string::npos)
+            text.replace(at, command.size(), menu);
+    return text;
 }
 
 } // namespace conferix

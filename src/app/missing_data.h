@@ -3,6 +3,7 @@
 #include "xml/xml_message.h"
 
 #include <cstdint>
+#include <string>
 
 namespace conferix {
 
@@ -11,5 +12,8 @@ enum class TMissingData : std::uint8_t { Nothing, Terminology, Schema };
 
 /// What a message says is missing, so that the user can be led to where it is imported.
 TMissingData MissingDataOf(const TXmlMessage& message);
+
+/// A text of a message for the window: where it names a command to be typed, the menu that does the same.
+std::string TextForWindow(std::string text);
 
 } // namespace conferix

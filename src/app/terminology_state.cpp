@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <ctime>
 
 namespace conferix {
@@ -34,6 +35,18 @@ constexpr std::array<TKnownTable, 8> kKnown = {{
     {"87", "TB_TUSS_87", "Tabelas de terminologia"},
     {kCities, "TB_CIDADE", "Códigos dos municípios"},
 }};
+
+/// The day on which a file was written.
+std::string DateOf(const std::filesystem::path& file) {
+    std::error_code unknown;
+    const auto written = std::filesystem::last_write_time(file, unknown);
+    if (unknown)
+        return "data desconhecida";
+    const std::time_t time = std::chrono::system_clock::to_time_t(
+        std::chrono::time_point_cast<std::chrono::system_clock::duration>(
+            std::chrono::file_clock::to_sys(written)));
+    return fmt::format("{:%d/%m/%Y}", *std::localtime(&time));
+}
 
 constexpr std::string_view kSearchOnly = "Só para a procura de termos";
 
@@ -68,14 +81,15 @@ std::string TTerminologyState::Summary() const {
     for (const TTerminologyTable& table : Tables)
         if (!table.Installed)
             missing += (missing.empty() ? "" : ", ") + table.Tabela;
-    return fmt::format(
-        "{} {}{}",
-        Imported ? "Base com o que foi importado neste computador:" : "Base que veio com o programa:",
-        PathText(File),
-        missing.empty() ? std::string()
-                        : fmt::format("\nNão instaladas: {}. Os códigos dessas tabelas não são "
-                                      "verificados.",
-                                      missing));
+    return fmt::format("{} {}{}",
+                       Imported ? "Base com o que foi importado neste computador:"
+                                : fmt::format("Base que veio com o programa, de {}:", DateOf(File)),
+                       PathText(File),
+                       missing.empty()
+                           ? std::string()
+                           : fmt::format("\nNão instaladas: {}. Os códigos dessas tabelas não são "
+                                         "verificados.",
+                                         missing));
 }
 
 std::string NotesOf(const TImportReport& report) {

@@ -255,17 +255,41 @@ void TValidadorController::Save(const std::string& xml) {
 }
 
 void TValidadorController::SaveAs(const std::string& xml, const std::string& fileName) {
+    std::unique_ptr<TSaveRun> run = BeginSave(std::make_shared<const std::string>(xml), fileName);
+    run->Run();
+    EndSave(std::move(run));
+}
+
+std::unique_ptr<TSaveRun> TValidadorController::BeginSave(std::shared_ptr<const std::string> xml,
+                                                          const std::string& fileName) const {
     RequireFile("Não é possível salvar o Xml, pois não tem arquivo carregado.");
-    const auto text = std::make_shared<const std::string>(xml);
-    TTissFile(text, encoding_, origin_).Write(PathFromText(fileName));
-    origin_ = TFileOrigin::Of(PathFromText(fileName));
-    encoding_ = EncodingToWrite(xml, encoding_);
-    fileName_ = fileName;
+    std::unique_ptr<TSaveRun> run(new TSaveRun);
+    run->xml_ = std::move(xml);
+    run->fileName_ = fileName;
+    run->encoding_ = encoding_;
+    run->origin_ = origin_;
+    run->opening_ = openings_;
+    return run;
+}
+
+void TSaveRun::Run() {
+    const std::filesystem::path path = PathFromText(fileName_);
+    TTissFile(xml_, encoding_, origin_).Write(path);
+    origin_ = TFileOrigin::Of(path);
+    encoding_ = EncodingToWrite(*xml_, encoding_);
+}
+
+void TValidadorController::EndSave(std::unique_ptr<TSaveRun> run) {
+    if (openings_ != run->opening_)
+        return;
+    origin_ = run->origin_;
+    encoding_ = run->encoding_;
+    fileName_ = run->fileName_;
     flags_.Exclude(TFileStateFlag::sfModificado);
     TFileSaveArgs args;
     args.FileName = fileName_;
     args.FileStateFlags = flags_;
-    args.SharedContent = text;
+    args.SharedContent = run->xml_;
     events_.OnFileSave.Notify(std::move(args));
     NotifyState();
 }

@@ -71,6 +71,23 @@ class TValidationRun {
     TValidateArgs result_;
 };
 
+/// A file that is about to be written, and the writing: like a validation it needs nothing of the controller.
+class TSaveRun {
+  public:
+    /// Writes the file. Raises EFileNotWritten, EFileChanged, EXmlEncoding. To be called once.
+    void Run();
+
+  private:
+    friend class TValidadorController;
+    TSaveRun() = default;
+
+    std::shared_ptr<const std::string> xml_;
+    std::string fileName_;
+    TXmlEncoding encoding_;
+    TFileOrigin origin_;
+    unsigned opening_ = 0;
+};
+
 /// One open TISS file: its name, state and version; opens, saves, closes and validates it, and tells its
 /// observers of each. For one thread.
 ///
@@ -119,6 +136,12 @@ class TValidadorController {
     void Save(const std::string& xml);
     /// The same under another name, which the controller takes over.
     void SaveAs(const std::string& xml, const std::string& fileName);
+    /// The same in three steps: Run of what this one answers does the writing, in any thread; EndSave takes
+    /// the file over and tells so. Raises EFileNotLoaded.
+    std::unique_ptr<TSaveRun> BeginSave(std::shared_ptr<const std::string> xml,
+                                        const std::string& fileName) const;
+    /// Nothing happens where the file was closed meanwhile.
+    void EndSave(std::unique_ptr<TSaveRun> run);
 
     /// True where the file is no longer what was read or saved last: Save refuses to replace it then.
     bool ChangedOnDisk() const;

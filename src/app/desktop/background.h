@@ -65,4 +65,10 @@ void RunBeside(QObject* owner, Work work, Done done) {
     });
 }
 
+/// Lets go of something large in another thread, which takes as long as making it.
+template<class Value>
+void LetGoBeside(Value value) {
+    QThreadPool::globalInstance()->start([held = std::move(value)] {});
+}
+
 } // namespace conferix

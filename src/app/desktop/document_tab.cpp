@@ -5,11 +5,12 @@
 #include "app/desktop/background.h"
 #include "app/desktop/correction_dialog.h"
 #include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/dialogs/file_choice.h"
 #include "app/desktop/dialogs/solver_select.h"
 #include "app/desktop/dialogs/version_converter_dialogs.h"
 #include "app/desktop/information_panel.h"
 #include "app/desktop/notice_bar.h"
-#include "app/desktop/questions.h"
+#include "app/desktop/patience.h"
 #include "app/desktop/search_bar.h"
 #include "app/desktop/theme.h"
 #include "app/desktop/xml_editor.h"
@@ -19,7 +20,6 @@
 
 #include <QBoxLayout>
 #include <QDataStream>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QLocale>
@@ -29,6 +29,7 @@
 #include <QTreeView>
 
 #include <algorithm>
+#include <utility>
 
 namespace conferix {
 
@@ -191,11 +192,7 @@ void TDocumentTab::ShowAsItCame() {
 
 void TDocumentTab::Reload() {
     result_.reset();
-    if (session_->IsOpen()) {
-        reloading_ = true;
-        Controller().CloseFile();
-        reloading_ = false;
-    }
+    Close(true);
     session_->Read();
 }
 
@@ -203,8 +200,11 @@ void TDocumentTab::Validate() {
     typing_->stop();
     if (!session_->IsOpen() || asItCame_)
         return;
+    if (TPatience::IsWaited())
+        return typing_->start();
     notices_->Hide(QStringLiteral("configuracao"));
     edited_ = false;
+    LetGoBeside(std::exchange(result_, std::nullopt)); // two trees of a large file are one too many
     const std::shared_ptr<const std::string> text = editor_->Snapshot();
     if (text->size() > kValidatedWhileTyping)
         editor_->SetEditable(false);
@@ -225,7 +225,7 @@ void TDocumentTab::ShowResult(const TValidateArgs& result) {
     wasJudged_ = result.Verified;
     wasValid_ = result.FileStateFlags.Contains(TFileStateFlag::sfValido);
     kind_ = result.ArquivoTiss != nullptr ? ToQt(KindOf(result.ArquivoTiss->TipoArquivo()).Title) : QString();
-    result_ = result;
+    LetGoBeside(std::exchange(result_, result));
     messages_->ShowMessages(result.ValidationMessages);
     informations_->ShowInformations(result.ArquivoTiss != nullptr ? result.ArquivoTiss->Informations()
                                                                   : TInformations{});
@@ -334,9 +334,9 @@ void TDocumentTab::Correct(std::size_t message, std::optional<std::size_t> solve
     TSolverHandlers handlers{choose,
                              [this, &place](const TCorrectionRecord&, const TXmlPtr& xml) {
                                  back_ = place;
-                                 correcting_ = true;
-                                 editor_->ReplaceBy(xml);
-                                 correcting_ = false;
+                                 TPatience patience(this, QStringLiteral("Corrigindo..."),
+                                                    TPatience::TStop::No);
+                                 PutText(xml, patience);
                                  messages_->ShowNothing({});
                              },
                              [this](const TXmlPtr&) { Validate(); }};
@@ -431,17 +431,36 @@ std::optional<TFileResult> TDocumentTab::Result() const {
 }
 
 void TDocumentTab::TakeText(const TXmlPtr& text) {
-    correcting_ = true;
-    editor_->ReplaceBy(text);
-    correcting_ = false;
+    {
+        TPatience patience(this, QStringLiteral("Alterando o texto..."), TPatience::TStop::No);
+        PutText(text, patience);
+    }
     messages_->ShowNothing({});
     Controller().Modify();
     Validate();
 }
 
+void TDocumentTab::PutText(const TXmlPtr& text, TPatience& patience) {
+    const TXmlPtr before = editor_->Snapshot();
+    const auto edits = patience.Await([&before, &text] { return FindEdits(*before, *text); });
+    correcting_ = true;
+    editor_->ReplaceBy(text, edits, [&patience] { return patience.Go(); });
+    correcting_ = false;
+}
+
 void TDocumentTab::Format() {
-    if (session_->IsOpen() && !asItCame_)
-        TakeText(std::make_shared<const std::string>(FormatXml(*editor_->Snapshot())));
+    if (!session_->IsOpen() || asItCame_)
+        return;
+    TXmlPtr formatted;
+    {
+        TPatience patience(this, QStringLiteral("Formatando..."), TPatience::TStop::Offered);
+        formatted = patience.Await(
+            [text = editor_->Snapshot()] { return std::make_shared<const std::string>(FormatXml(*text)); });
+        if (!patience.Go())
+            return;
+    }
+    if (*formatted != *editor_->Snapshot())
+        TakeText(formatted);
 }
 
 bool TDocumentTab::Save() {
@@ -451,9 +470,9 @@ bool TDocumentTab::Save() {
 bool TDocumentTab::SaveAs() {
     if (!session_->IsOpen())
         return false;
-    const QString name =
-        QFileDialog::getSaveFileName(this, QStringLiteral("Salvar como"), FileName(),
-                                     QStringLiteral("Arquivos TISS (*.xml *.xte);;Todos os arquivos (*)"));
+    const QString name = AskForSaveName(this, QStringLiteral("Salvar como"), FileName(),
+                                        QStringLiteral("Arquivos TISS (*.xml *.xte);;Todos os arquivos (*)"),
+                                        QStringLiteral("xml"));
     return !name.isEmpty() && SaveTo(name);
 }
 
@@ -464,7 +483,7 @@ bool TDocumentTab::SaveTo(const QString& fileName) {
             ShowError(this, QStringLiteral("\"%1\" está aberto em outra aba. Feche-a antes.").arg(fileName));
             return false;
         }
-        session_->Save(editor_->Snapshot(), fileName);
+        session_->Save(editor_->Snapshot(), fileName, this);
     } catch (const EFileChanged& error) {
         const int answer =
             Ask(this, QStringLiteral("Salvar"),
@@ -511,15 +530,17 @@ bool TDocumentTab::SaveWithEncoding(const QString& encoding) {
     return Save();
 }
 
-bool TDocumentTab::Close() {
+bool TDocumentTab::Close(bool discard) {
     if (!session_->IsOpen())
         return true;
+    discarding_ = discard;
     Controller().CloseFile();
+    discarding_ = false;
     return !session_->IsOpen();
 }
 
 void TDocumentTab::OnClose(TFileCloseArgs& args) {
-    if (reloading_ || !Controller().Modified())
+    if (discarding_ || !Controller().Modified())
         return;
     const int answer = Ask(
         this, QStringLiteral("Fechar"),
@@ -536,7 +557,7 @@ void TDocumentTab::Watch() {
 }
 
 void TDocumentTab::CheckDisk() {
-    if (!session_->IsOpen() || session_->IsReading())
+    if (!session_->IsOpen() || session_->IsReading() || TPatience::IsWaited())
         return;
     if (!Controller().ChangedOnDisk()) {
         Watch(); // a file that was replaced is another one to watch
@@ -609,6 +630,9 @@ QString TDocumentTab::VersionText() const {
 }
 
 QString TDocumentTab::EncodingText() const {
+    // What declares itself ISO-8859-1 is held as the set of letters that contains it.
+    if (session_->IsOpen() && Controller().Encoding().Name == "windows-1252")
+        return QStringLiteral("ISO-8859-1 (Windows-1252)");
     return session_->IsOpen() ? ToQt(Controller().Encoding().Name) : QString();
 }
 

@@ -21,6 +21,7 @@ namespace conferix {
 
 class TInformationPanel;
 class TNoticeBar;
+class TPatience;
 class TSearchBar;
 class TXmlEditor;
 
@@ -53,8 +54,9 @@ class TDocumentTab : public QWidget {
     bool SaveAs();
     /// Writes the file in another encoding, and declares it.
     bool SaveWithEncoding(const QString& encoding);
-    /// Asks on the way whether changes are to be saved; true once the file is closed.
-    bool Close();
+    /// Asks on the way whether changes are to be saved, unless they are to be discarded; true once the file
+    /// is closed.
+    bool Close(bool discard = false);
     void Format();
     /// Goes to the next message after the caret, or the previous one before it.
     void GoToMessage(bool next);
@@ -94,7 +96,7 @@ class TDocumentTab : public QWidget {
     void Validated(const conferix::TValidateArgs& result);
     void RuleSwitchWanted(const QString& rule);
     void HelpWanted(const QString& rule);
-    void SettingsWanted();
+    void SettingsWanted(conferix::TSettingsPage page);
 
   private:
     void BuildViews();
@@ -104,6 +106,8 @@ class TDocumentTab : public QWidget {
     void OnEdited();
     void OnClose(TFileCloseArgs& args);
     void ShowAsItCame();
+    /// Makes the editor's text another one in one step.
+    void PutText(const TXmlPtr& text, TPatience& patience);
     /// True where the messages are about the text as it is; else it is validated anew.
     bool IsUpToDate();
     void GoBackToPlace();
@@ -138,9 +142,9 @@ class TDocumentTab : public QWidget {
     bool goingBack_ = false;
     bool correcting_ = false; ///< the text is being replaced by the program
     std::optional<TValidateArgs> result_;
-    bool edited_ = false;    ///< since the last validation ended
-    bool reloading_ = false; ///< the file is closed only to be read again
-    bool asItCame_ = false;  ///< shown in its own lines, for reading alone
+    bool edited_ = false;     ///< since the last validation ended
+    bool discarding_ = false; ///< the file is closed without asking
+    bool asItCame_ = false;   ///< shown in its own lines, for reading alone
     bool wasValid_ = false;
     bool wasJudged_ = false;
     QString kind_;

@@ -3,6 +3,7 @@
 #include "app/config.h"
 #include "app/desktop/background.h"
 #include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/patience.h"
 #include "app/line_layout.h"
 #include "platform/platform.h"
 
@@ -91,8 +92,14 @@ void TFileSession::Validate(const TXmlPtr& text) {
         });
 }
 
-void TFileSession::Save(const TXmlPtr& text, const QString& fileName) {
-    controller_->SaveAs(*text, FromQt(fileName));
+void TFileSession::Save(const TXmlPtr& text, const QString& fileName, QWidget* owner) {
+    auto run = controller_->BeginSave(text, FromQt(fileName));
+    TPatience patience(owner, QStringLiteral("Salvando..."), TPatience::TStop::No);
+    patience.Await([&run] {
+        run->Run();
+        return true;
+    });
+    controller_->EndSave(std::move(run));
     fileName_ = fileName;
 }
 

@@ -46,8 +46,9 @@ class TFileSession : public QObject {
     void Open(const TReadFile& read);
     /// Validates beside; the controller's events tell the rest.
     void Validate(const TXmlPtr& text);
-    /// Saves under a name, which becomes the file's. Raises what the controller raises.
-    void Save(const TXmlPtr& text, const QString& fileName);
+    /// Saves beside under a name, which becomes the file's; answers when it is done. Raises what the
+    /// controller raises.
+    void Save(const TXmlPtr& text, const QString& fileName, QWidget* owner);
 
   signals:
     void ReadDone(const conferix::TReadFile& read);

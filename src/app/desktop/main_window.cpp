@@ -2,7 +2,7 @@
 
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/document_tab.h"
-#include "app/desktop/questions.h"
+#include "app/desktop/patience.h"
 #include "app/desktop/theme.h"
 #include "app/desktop/welcome_page.h"
 #include "app/desktop/xml_editor.h"
@@ -46,6 +46,8 @@ std::unique_ptr<QSettings> Settings() {
 
 /// A folder of more files is not opened without asking.
 constexpr qsizetype kManyFiles = 20;
+/// Names of changed files that a question lists.
+constexpr qsizetype kNamesAsked = 15;
 
 } // namespace
 
@@ -179,7 +181,7 @@ void TMainWindow::AddTab(const QString& fileName, const TControllerManager::TCon
             [this, tab] { history_->NoteOpened(FromQt(tab->FileName())); });
     connect(tab, &TDocumentTab::RuleSwitchWanted, this, &TMainWindow::ShowRules);
     connect(tab, &TDocumentTab::HelpWanted, this, &TMainWindow::ShowHelp);
-    connect(tab, &TDocumentTab::SettingsWanted, this, [this] { ShowSettings(TSettingsPage::Terminologia); });
+    connect(tab, &TDocumentTab::SettingsWanted, this, &TMainWindow::ShowSettings);
     history_->NoteOpened(FromQt(fileName));
     tabs_->setCurrentIndex(tabs_->addTab(tab, QFileInfo(fileName).fileName()));
     tab->Load();
@@ -234,17 +236,44 @@ void TMainWindow::UpdateActions() {
 }
 
 void TMainWindow::closeEvent(QCloseEvent* event) {
+    if (TPatience::IsWaited())
+        return event->ignore();
     SaveLayout();
-    while (tabs_->count() > 0) {
-        const int before = tabs_->count();
-        tabs_->setCurrentIndex(0);
-        CloseTab(0);
-        if (tabs_->count() == before) {
-            event->ignore();
-            return;
+    event->setAccepted(CloseAll());
+}
+
+bool TMainWindow::CloseAll() {
+    std::vector<TDocumentTab*> changed;
+    QStringList names;
+    for (int index = 0; index < tabs_->count(); ++index)
+        if (TabAt(index)->Controller().Modified()) {
+            changed.push_back(TabAt(index));
+            names << TabAt(index)->FileName();
         }
+    bool discard = false;
+    if (changed.size() > 1) {
+        QString list = names.mid(0, kNamesAsked).join(QLatin1Char('\n'));
+        if (names.size() > kNamesAsked)
+            list += QStringLiteral("\ne mais %1").arg(names.size() - kNamesAsked);
+        const int answer = Ask(
+            this, QStringLiteral("Sair"),
+            QStringLiteral("%1 arquivos foram alterados. Salvar as alterações?\n\n").arg(names.size()) + list,
+            {QStringLiteral("&Salvar todos"), QStringLiteral("&Descartar as alterações")});
+        if (answer < 0)
+            return false;
+        discard = answer == 1;
+        for (TDocumentTab* tab : changed)
+            if (!discard && !tab->Save())
+                return false;
     }
-    event->accept();
+    while (tabs_->count() > 0) {
+        TDocumentTab* tab = TabAt(0);
+        tabs_->setCurrentIndex(0);
+        if (!tab->Close(discard))
+            return false;
+        controllers_.RemoveController(FromQt(tab->FileName()));
+    }
+    return true;
 }
 
 void TMainWindow::dragEnterEvent(QDragEnterEvent* event) {

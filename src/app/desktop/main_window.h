@@ -67,6 +67,8 @@ class TMainWindow : public QMainWindow {
     int IndexOf(const IValidadorController& controller) const;
     TDocumentTab* TabAt(int index) const;
     void CloseTab(int index);
+    /// Asks once for all changed files; false where the user does not want to go, or a file was not saved.
+    bool CloseAll();
     void UpdateTab(TDocumentTab* tab);
     void UpdateActions();
     void ChooseFiles();

@@ -2,19 +2,18 @@
 #include "app/desktop/main_window.h"
 
 #include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/dialogs/file_choice.h"
 #include "app/desktop/dialogs/proxy_settings_dialog.h"
 #include "app/desktop/dialogs/report_print.h"
 #include "app/desktop/document_tab.h"
 #include "app/desktop/information_panel.h"
 #include "app/desktop/message_panel.h"
-#include "app/desktop/questions.h"
 #include "app/desktop/search_bar.h"
 #include "app/desktop/theme.h"
 #include "app/desktop/xml_editor.h"
 #include "validation/identity.h"
 
 #include <QAction>
-#include <QFileDialog>
 #include <QInputDialog>
 #include <QMenuBar>
 #include <QTabWidget>
@@ -243,9 +242,8 @@ void TMainWindow::BuildHelpMenu() {
 }
 
 void TMainWindow::ChooseFiles() {
-    OpenFiles(
-        QFileDialog::getOpenFileNames(this, QStringLiteral("Abrir"), {},
-                                      QStringLiteral("Arquivos TISS (*.xml *.xte);;Todos os arquivos (*)")));
+    OpenFiles(AskForFiles(this, QStringLiteral("Abrir"),
+                          QStringLiteral("Arquivos TISS (*.xml *.xte);;Todos os arquivos (*)"), true));
 }
 
 void TMainWindow::GoToLine() {

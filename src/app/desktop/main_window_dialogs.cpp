@@ -4,28 +4,32 @@
 #include "app/desktop/dialogs/batch_dialog.h"
 #include "app/desktop/dialogs/configuracao_validacoes_dialog.h"
 #include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/dialogs/file_choice.h"
 #include "app/desktop/dialogs/history_dialog.h"
 #include "app/desktop/dialogs/rule_help.h"
 #include "app/desktop/document_tab.h"
 #include "app/desktop/file_session.h"
-#include "app/desktop/questions.h"
+#include "app/desktop/xml_editor.h"
 #include "app/installation.h"
 #include "app/program_versions.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QDockWidget>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QMenu>
 #include <QMessageBox>
+#include <QStackedWidget>
 #include <QTabWidget>
+
+#include <algorithm>
 
 namespace conferix {
 
 namespace {
 
 constexpr QSize kHelpSize(860, 560);
+constexpr int kLeastHelpHeight = 260;
 
 /// A file with faults that comes with the program, beside its other shared files or in its source; empty
 /// where there is none.
@@ -43,7 +47,7 @@ QString ExampleFile() {
 } // namespace
 
 void TMainWindow::OpenFolder() {
-    const QString folder = QFileDialog::getExistingDirectory(this, QStringLiteral("Abrir pasta"));
+    const QString folder = AskForFolder(this, QStringLiteral("Abrir pasta"));
     if (!folder.isEmpty())
         OpenFiles({folder});
 }
@@ -82,7 +86,7 @@ void TMainWindow::NoteValidated(const TDocumentTab& tab, const TValidateArgs& re
 }
 
 void TMainWindow::ValidateFolder() {
-    const QString folder = QFileDialog::getExistingDirectory(this, QStringLiteral("Validar pasta"));
+    const QString folder = AskForFolder(this, QStringLiteral("Validar pasta"));
     if (folder.isEmpty())
         return;
     try {
@@ -141,7 +145,13 @@ void TMainWindow::ShowHelp(const QString& rule) {
         helpDock_->setWidget(help_);
         addDockWidget(Qt::RightDockWidgetArea, helpDock_);
         helpDock_->setFloating(true); // beside the text there is seldom room for it
-        helpDock_->resize(kHelpSize);
+        // Over the text, so that the list of messages stays in sight.
+        const QWidget* over =
+            CurrentTab() != nullptr ? static_cast<QWidget*>(CurrentTab()->Editor()) : pages_;
+        const int width = std::min(kHelpSize.width(), pages_->width());
+        helpDock_->resize(width, std::clamp(over->height(), kLeastHelpHeight, kHelpSize.height()));
+        helpDock_->move(pages_->mapToGlobal(QPoint(pages_->width() - width, 0)).x(),
+                        over->mapToGlobal(QPoint(0, 0)).y());
     }
     helpDock_->show();
     helpDock_->raise();

@@ -2,6 +2,7 @@
 
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/theme.h"
+#include "app/missing_data.h"
 #include "validation/identity.h"
 #include "validation/solver.h"
 
@@ -32,7 +33,7 @@ QString NumberOf(std::int32_t line) {
 } // namespace
 
 QString ReasonOf(const TXmlMessage& message) {
-    const QString reason = ToQt(message.Reason());
+    const QString reason = ToQt(TextForWindow(message.Reason()));
     return message.Item().empty() ? reason : ToQt(message.Item()) + QStringLiteral(": ") + reason;
 }
 
@@ -133,7 +134,7 @@ QString TMessageModel::TextOf(const QModelIndex& index) const {
     case TMessageColumn::Rule:
         return RuleOf(message);
     case TMessageColumn::Text:
-        return OneLine(group ? ToQt(table_.GroupText(static_cast<std::size_t>(index.row())))
+        return OneLine(group ? ToQt(TextForWindow(table_.GroupText(static_cast<std::size_t>(index.row()))))
                              : ReasonOf(message));
     case TMessageColumn::Corrections:
         return message.Solvers().empty() ? QString() : QLocale().toString(message.Solvers().size());

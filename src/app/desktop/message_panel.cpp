@@ -3,6 +3,7 @@
 #include "app/desktop/background.h"
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/theme.h"
+#include "app/missing_data.h"
 #include "validation/identity.h"
 #include "validation/solver.h"
 
@@ -310,9 +311,13 @@ void TMessagePanel::ShowDetails() {
         text += QStringLiteral("<br/><i>%1</i> (%2)")
                     .arg(ToQt(message.Rule()->Description).toHtmlEscaped(), ToQt(RuleName(message)));
     details_->setHtml(text + QStringLiteral("</p>"));
-    if (message.Kind() == TFindingKind::Run && message.MsgType() == TMessageType::mtWarning) {
-        auto* button = new QPushButton(QStringLiteral("Terminologia e schemas..."));
-        connect(button, &QPushButton::clicked, this, &TMessagePanel::SettingsWanted);
+    if (const TMissingData missing = MissingDataOf(message); missing != TMissingData::Nothing) {
+        const bool schemas = missing == TMissingData::Schema;
+        auto* button = new QPushButton(schemas ? QStringLiteral("Importar schemas...")
+                                               : QStringLiteral("Importar terminologia..."));
+        connect(button, &QPushButton::clicked, this, [this, schemas] {
+            emit SettingsWanted(schemas ? TSettingsPage::Schemas : TSettingsPage::Terminologia);
+        });
         buttons_->insertWidget(0, button);
     }
     for (std::size_t i = 0; i < std::min(message.Solvers().size(), kMostButtons); ++i) {

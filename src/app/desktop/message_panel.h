@@ -1,6 +1,7 @@
 // The messages of a file: filters, list, and the selected one in full with its corrections.
 #pragma once
 
+#include "app/desktop/dialogs/configuracoes_dialog.h"
 #include "app/desktop/message_model.h"
 
 #include <QWidget>
@@ -70,7 +71,7 @@ class TMessagePanel : public QWidget {
     void RuleSwitchWanted(const QString& rule);
     void HelpWanted(const QString& rule);
     /// The user wants to install what could not be judged by.
-    void SettingsWanted();
+    void SettingsWanted(conferix::TSettingsPage page);
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -1,7 +1,7 @@
 #include "app/desktop/search_bar.h"
 
+#include "app/desktop/patience.h"
 #include "app/desktop/theme.h"
-#include "app/desktop/xml_editor.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -56,16 +56,17 @@ TSearchBar::TSearchBar(TXmlEditor* editor, QWidget* parent)
     replace->setContentsMargins(0, 0, 0, 0);
     replace->addWidget(by_, 1);
     button(replace, QStringLiteral("&Substituir"), [this] {
-        Tell(editor_->ReplaceFound(text_->text(), by_->text(), matchCase_->isChecked(),
-                                   wholeWord_->isChecked())
-                 ? QString()
-                 : QStringLiteral("Não há mais ocorrências."));
+        TPatience patience(window(), QStringLiteral("Localizando..."), TPatience::TStop::Offered);
+        const bool found =
+            editor_->ReplaceFound(Search(), by_->text(), [&patience] { return patience.Go(); });
+        Tell(found ? QString() : QStringLiteral("Não há mais ocorrências."), patience);
     });
     button(replace, QStringLiteral("Substituir &todas"), [this] {
-        const int count =
-            editor_->ReplaceAll(text_->text(), by_->text(), matchCase_->isChecked(), wholeWord_->isChecked());
-        Tell(count == 1 ? QStringLiteral("1 ocorrência substituída.")
-                        : QStringLiteral("%1 ocorrências substituídas.").arg(count));
+        TPatience patience(window(), QStringLiteral("Substituindo..."), TPatience::TStop::Offered);
+        const int count = editor_->ReplaceAll(Search(), by_->text(), [&patience] { return patience.Go(); });
+        const QString told = count == 1 ? QStringLiteral("1 ocorrência substituída.")
+                                        : QStringLiteral("%1 ocorrências substituídas.").arg(count);
+        Tell(patience.Go() ? told : told + QStringLiteral(" O resto não foi procurado."));
     });
     rows->addWidget(replacing_);
     connect(text_, &QLineEdit::returnPressed, this, &TSearchBar::FindNext);
@@ -94,9 +95,17 @@ void TSearchBar::FindPrevious() {
 void TSearchBar::Find(bool backwards) {
     if (text_->text().isEmpty())
         return Open(false);
-    Tell(editor_->Find(text_->text(), backwards, matchCase_->isChecked(), wholeWord_->isChecked())
-             ? QString()
-             : QStringLiteral("\"%1\" não foi encontrado.").arg(text_->text()));
+    TPatience patience(window(), QStringLiteral("Localizando..."), TPatience::TStop::Offered);
+    const bool found = editor_->Find(Search(), backwards, [&patience] { return patience.Go(); });
+    Tell(found ? QString() : QStringLiteral("\"%1\" não foi encontrado.").arg(text_->text()), patience);
+}
+
+TXmlEditor::TSearch TSearchBar::Search() const {
+    return {text_->text(), matchCase_->isChecked(), wholeWord_->isChecked()};
+}
+
+void TSearchBar::Tell(const QString& text, TPatience& patience) {
+    Tell(patience.Go() ? text : QStringLiteral("A busca foi interrompida."));
 }
 
 void TSearchBar::Tell(const QString& text) {

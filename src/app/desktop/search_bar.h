@@ -1,6 +1,8 @@
 // Searching and replacing in a text.
 #pragma once
 
+#include "app/desktop/xml_editor.h"
+
 #include <QWidget>
 
 class QCheckBox;
@@ -9,7 +11,7 @@ class QLineEdit;
 
 namespace conferix {
 
-class TXmlEditor;
+class TPatience;
 
 /// The row below the editor in which the user says what to search.
 class TSearchBar : public QWidget {
@@ -27,7 +29,10 @@ class TSearchBar : public QWidget {
 
   private:
     void Find(bool backwards);
+    TXmlEditor::TSearch Search() const;
     void Tell(const QString& text);
+    /// The same, unless the user gave up.
+    void Tell(const QString& text, TPatience& patience);
 
     TXmlEditor* editor_;
     QLineEdit* text_;

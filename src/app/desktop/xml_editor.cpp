@@ -1,10 +1,12 @@
 #include "app/desktop/xml_editor.h"
 
+#include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/editor_accessible.h"
 #include "app/desktop/theme.h"
 #include "app/line_layout.h"
-#include "app/text_changes.h"
 #include "app/xml_tags.h"
 
+#include <QAccessible>
 #include <QEvent>
 #include <QFontDatabase>
 #include <QFontMetrics>
@@ -18,6 +20,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 namespace conferix {
 
@@ -30,6 +33,8 @@ constexpr int kTagIndicator = 4; ///< those before it mark messages, by severity
 constexpr int kFirstMark = 8;    ///< likewise
 /// Bytes handed to the editor at a time while a text is loaded.
 constexpr std::size_t kPiece = 2U << 20U;
+/// Bytes that are searched at a time.
+constexpr long kSearched = 1 << 20;
 /// Bytes on either side of the caret in which the tag is looked for that belongs to the one at the caret.
 constexpr long kTagReach = 200'000;
 constexpr long kMarkReach = 2'000;
@@ -40,6 +45,9 @@ int MarkOf(TMessageType type) {
         return 0;
     return type == TMessageType::mtWarning ? 1 : 2;
 }
+
+/// A change of more bytes is not read aloud.
+constexpr long kReadAloud = 20'000;
 
 constexpr std::array kMarkTypes = {TMessageType::mtError, TMessageType::mtWarning,
                                    TMessageType::mtInformation};
@@ -56,6 +64,8 @@ long TXmlEditor::SendText(unsigned message, std::string_view text) const {
 
 TXmlEditor::TXmlEditor(QWidget* parent)
     : QsciScintilla(parent), loadTimer_(new QTimer(this)), markTimer_(new QTimer(this)) {
+    static const bool kServed = (ServeScreenReaders(), true);
+    Q_UNUSED(kServed)
     setAccessibleName(QStringLiteral("Texto do arquivo"));
     setAcceptDrops(false); // files that are dropped are for the window to open
     viewport()->setAcceptDrops(false);
@@ -88,8 +98,9 @@ TXmlEditor::TXmlEditor(QWidget* parent)
     connect(loadTimer_, &QTimer::timeout, this, &TXmlEditor::LoadMore);
     connect(markTimer_, &QTimer::timeout, this, &TXmlEditor::PlaceMarks);
     connect(this, &QsciScintillaBase::SCN_MODIFIED, this,
-            [this](int position, int kind, const char*, int, int linesAdded) {
-                OnModified(position, kind, linesAdded);
+            [this](int position, int kind, const char*, int length) {
+                if ((kind & (SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE)) != 0)
+                    OnChange(position, length, (kind & SC_MOD_BEFOREINSERT) != 0);
             });
     connect(this, &QsciScintillaBase::SCN_UPDATEUI, this, &TXmlEditor::OnUpdated);
     connect(this, &QsciScintillaBase::SCN_DWELLSTART, this, &TXmlEditor::ShowTip);
@@ -171,6 +182,7 @@ void TXmlEditor::Load(TXmlPtr text, bool highlighted) {
     SetPlaces({}, {});
     Send(SCI_SETREADONLY, 0);
     Send(SCI_SETUNDOCOLLECTION, 0);
+    Send(SCI_SETMODEVENTMASK, static_cast<long>(SC_MOD_CHANGEFOLD));
     Send(SCI_CLEARALL);
     if (highlighted != (lexer() != nullptr)) {
         setLexer(highlighted ? new QsciLexerXML(this) : nullptr);
@@ -195,6 +207,9 @@ void TXmlEditor::LoadMore() {
         loadTimer_->start(0);
         return;
     }
+    // Told of a change after it, QScintilla would count all characters before it.
+    Send(SCI_SETMODEVENTMASK,
+         static_cast<long>(SC_MOD_CHANGEFOLD | SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE));
     Send(SCI_SETUNDOCOLLECTION, 1);
     Send(SCI_EMPTYUNDOBUFFER);
     Send(SCI_SETSAVEPOINT);
@@ -213,45 +228,74 @@ TXmlEditor::TXmlPtr TXmlEditor::Snapshot() const {
     if (IsLoading())
         return loading_;
     if (snapshot_ == nullptr) {
-        const auto size = static_cast<std::size_t>(Send(SCI_GETLENGTH));
-        auto text = std::make_shared<std::string>(size, '\0');
-        SendScintilla(SCI_GETTEXT, static_cast<unsigned long>(size + 1), static_cast<void*>(text->data()));
+        // The editor holds the text in two parts, with a gap between them that need not be closed.
+        const long length = Send(SCI_GETLENGTH);
+        const long gap = Send(SCI_GETGAPPOSITION);
+        auto text = std::make_shared<std::string>();
+        text->reserve(static_cast<std::size_t>(length));
+        for (const auto& [start, end] : {std::pair(0L, gap), std::pair(gap, length)})
+            if (start < end)
+                text->append(reinterpret_cast<const char*>(Send(SCI_GETRANGEPOINTER, start, end - start)),
+                             static_cast<std::size_t>(end - start));
         snapshot_ = std::move(text);
     }
     return snapshot_;
 }
 
-void TXmlEditor::ReplaceBy(const TXmlPtr& text) {
-    const TXmlPtr before = Snapshot();
-    const std::vector<TTextEdit> edits = FindEdits(*before, *text);
+void TXmlEditor::ReplaceBy(const TXmlPtr& text, const std::vector<TTextEdit>& edits, const TGoOn& goOn) {
     if (edits.empty())
         return;
     Send(SCI_SETREADONLY, 0);
     Send(SCI_BEGINUNDOACTION);
     for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
-        Send(SCI_SETTARGETRANGE, static_cast<long>(edit->Start), static_cast<long>(edit->End));
-        SendText(SCI_REPLACETARGET, edit->Text);
+        const auto start = static_cast<long>(edit->Start);
+        auto end = static_cast<long>(edit->End);
+        for (; end - start > static_cast<long>(kPiece); end -= static_cast<long>(kPiece), goOn())
+            Send(SCI_DELETERANGE, end - static_cast<long>(kPiece), static_cast<long>(kPiece));
+        Send(SCI_SETTARGETRANGE, start, end);
+        SendText(SCI_REPLACETARGET, edit->Text.substr(0, kPiece));
+        for (std::size_t at = kPiece; at < edit->Text.size(); at += kPiece, goOn()) {
+            const auto place = start + static_cast<long>(at);
+            Send(SCI_SETTARGETRANGE, place, place);
+            SendText(SCI_REPLACETARGET, edit->Text.substr(at, kPiece));
+        }
+        goOn();
     }
     Send(SCI_ENDUNDOACTION);
     SetEditable(editable_);
     snapshot_ = text;
 }
 
-void TXmlEditor::OnModified(int position, int kind, int linesAdded) {
-    if ((kind & (SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT)) == 0)
-        return;
+void TXmlEditor::OnChange(long position, long length, bool inserted) {
+    SettleChange();
     snapshot_ = nullptr;
-    if (IsLoading() || Send(SCI_GETUNDOCOLLECTION) == 0)
-        return;
-    if (linesAdded != 0) {
-        const auto line = static_cast<int>(Send(SCI_LINEFROMPOSITION, position));
-        places_.LinesChanged(line + 1, linesAdded);
-        for (auto& [mark, markedLine] : marked_)
-            if (markedLine > line)
-                markedLine = std::max(line, markedLine + linesAdded);
-    }
+    changing_ = {position, inserted ? length : 0, static_cast<int>(Send(SCI_LINEFROMPOSITION, position)),
+                 LineCount()};
+    if (!inserted && length <= kReadAloud && QAccessible::isActive())
+        TellTextRemoved(*this, position, ToQt(TextOf(position, position + length)));
     markTimer_->start(0);
     emit Edited();
+}
+
+void TXmlEditor::SettleChange() {
+    const auto change = std::exchange(changing_, std::nullopt);
+    if (!change)
+        return;
+    if (change->Inserted != 0 && change->Inserted <= kReadAloud && QAccessible::isActive())
+        TellTextInserted(*this, change->Position,
+                         ToQt(TextOf(change->Position, change->Position + change->Inserted)));
+    const int linesAdded = LineCount() - change->LineCount;
+    if (linesAdded == 0)
+        return;
+    places_.LinesChanged(change->Line + 1, linesAdded);
+    for (auto& [mark, markedLine] : marked_)
+        if (markedLine > change->Line)
+            markedLine = std::max(change->Line, markedLine + linesAdded);
+}
+
+const TMessagePlaces& TXmlEditor::Places() {
+    SettleChange();
+    return places_;
 }
 
 void TXmlEditor::OnUpdated(int what) {
@@ -261,17 +305,21 @@ void TXmlEditor::OnUpdated(int what) {
         markTimer_->start(0);
     if ((what & SC_UPDATE_SELECTION) != 0) {
         MarkMatchingTags();
+        if (QAccessible::isActive())
+            TellCaretMoved(*this);
         emit Moved();
     }
 }
 
 void TXmlEditor::SetPlaces(const TXmlMessages& messages, std::function<QString(std::size_t)> textOf) {
+    changing_.reset();
     places_ = TMessagePlaces(messages);
     textOf_ = std::move(textOf);
     markTimer_->start(0);
 }
 
 void TXmlEditor::PlaceMarks() {
+    SettleChange();
     for (const auto& [mark, line] : marked_)
         Send(SCI_MARKERDELETE, line, mark);
     marked_.clear();
@@ -350,12 +398,15 @@ long TXmlEditor::PositionOf(int line, int linePos) const {
     return position < start || position > end ? end : position;
 }
 
-std::pair<std::string, long> TXmlEditor::Around(long position, long reach) const {
-    const long start = std::max(0L, position - reach);
-    const long end = std::min(Send(SCI_GETLENGTH), position + reach);
+std::string TXmlEditor::TextOf(long start, long end) const {
     std::string text(static_cast<std::size_t>(end - start), '\0');
     SendScintilla(SCI_GETTEXTRANGE, start, end, text.data());
-    return {std::move(text), start};
+    return text;
+}
+
+std::pair<std::string, long> TXmlEditor::Around(long position, long reach) const {
+    const long start = std::max(0L, position - reach);
+    return {TextOf(start, std::min(Send(SCI_GETLENGTH), position + reach)), start};
 }
 
 void TXmlEditor::SelectRange(long start, long end) {
@@ -390,52 +441,71 @@ int TXmlEditor::LineCount() const {
     return static_cast<int>(Send(SCI_GETLINECOUNT));
 }
 
-long TXmlEditor::FindFrom(long start, long end, const QByteArray& text, bool matchCase,
-                          bool wholeWord) const {
-    Send(SCI_SETSEARCHFLAGS,
-         static_cast<long>((matchCase ? SCFIND_MATCHCASE : 0) | (wholeWord ? SCFIND_WHOLEWORD : 0)));
-    Send(SCI_SETTARGETRANGE, start, end);
-    return SendText(SCI_SEARCHINTARGET, {text.constData(), static_cast<std::size_t>(text.size())});
+long TXmlEditor::FindFrom(long start, long end, const TSearch& search, const TGoOn& goOn) const {
+    const QByteArray text = search.Text.toUtf8();
+    Send(SCI_SETSEARCHFLAGS, static_cast<long>((search.MatchCase ? SCFIND_MATCHCASE : 0) |
+                                               (search.WholeWord ? SCFIND_WHOLEWORD : 0)));
+    const long step = start <= end ? kSearched : -kSearched;
+    // What begins in one part may end in the next; letters of the other case may take more bytes.
+    const long beyond = (start <= end ? 4 : -4) * (text.size() + 1);
+    const auto before = [&](long left, long right) { return step > 0 ? left < right : left > right; };
+    for (long from = start; before(from, end); from += step) {
+        const long to = before(from + step + beyond, end) ? from + step + beyond : end;
+        Send(SCI_SETTARGETRANGE, from, to);
+        const long found =
+            SendText(SCI_SEARCHINTARGET, {text.constData(), static_cast<std::size_t>(text.size())});
+        if (found >= 0)
+            return found;
+        if (!goOn())
+            break;
+    }
+    return -1;
 }
 
-bool TXmlEditor::Find(const QString& text, bool backwards, bool matchCase, bool wholeWord) {
-    const QByteArray wanted = text.toUtf8();
-    if (wanted.isEmpty())
+bool TXmlEditor::Find(const TSearch& search, bool backwards, const TGoOn& goOn) {
+    if (search.Text.isEmpty())
         return false;
+    bool stopped = false;
+    const TGoOn noting = [&] {
+        stopped = stopped || !goOn();
+        return !stopped;
+    };
     const long length = Send(SCI_GETLENGTH);
     const long from = Send(backwards ? SCI_GETSELECTIONSTART : SCI_GETSELECTIONEND);
-    long found = FindFrom(from, backwards ? 0 : length, wanted, matchCase, wholeWord);
-    if (found < 0)
-        found = FindFrom(backwards ? length : 0, backwards ? from : length, wanted, matchCase, wholeWord);
+    long found = FindFrom(from, backwards ? 0 : length, search, noting);
+    if (found < 0 && !stopped)
+        found = FindFrom(backwards ? length : 0, backwards ? from : length, search, noting);
     if (found < 0)
         return false;
     SelectRange(found, Send(SCI_GETTARGETEND));
     return true;
 }
 
-bool TXmlEditor::ReplaceFound(const QString& text, const QString& by, bool matchCase, bool wholeWord) {
-    const QByteArray wanted = text.toUtf8();
+bool TXmlEditor::ReplaceFound(const TSearch& search, const QString& by, const TGoOn& goOn) {
     const long start = Send(SCI_GETSELECTIONSTART);
     const long end = Send(SCI_GETSELECTIONEND);
-    if (!wanted.isEmpty() && start != end && !isReadOnly() &&
-        FindFrom(start, end, wanted, matchCase, wholeWord) == start && Send(SCI_GETTARGETEND) == end) {
+    if (!search.Text.isEmpty() && start != end && !isReadOnly() &&
+        FindFrom(start, end, search, goOn) == start && Send(SCI_GETTARGETEND) == end) {
         const QByteArray with = by.toUtf8();
         SendText(SCI_REPLACETARGET, {with.constData(), static_cast<std::size_t>(with.size())});
         SelectRange(start + with.size(), start + with.size());
     }
-    return Find(text, false, matchCase, wholeWord);
+    return Find(search, false, goOn);
 }
 
-int TXmlEditor::ReplaceAll(const QString& text, const QString& by, bool matchCase, bool wholeWord) {
-    const QByteArray wanted = text.toUtf8();
+int TXmlEditor::ReplaceAll(const TSearch& search, const QString& by, const TGoOn& goOn) {
     const QByteArray with = by.toUtf8();
-    if (wanted.isEmpty() || isReadOnly())
+    if (search.Text.isEmpty() || isReadOnly())
         return 0;
     int count = 0;
     Send(SCI_BEGINUNDOACTION);
-    for (long at = 0; (at = FindFrom(at, Send(SCI_GETLENGTH), wanted, matchCase, wholeWord)) >= 0; ++count) {
+    for (long at = 0; (at = FindFrom(at, Send(SCI_GETLENGTH), search, goOn)) >= 0; ++count) {
         SendText(SCI_REPLACETARGET, {with.constData(), static_cast<std::size_t>(with.size())});
         at += with.size();
+        if (!goOn()) {
+            ++count;
+            break;
+        }
     }
     Send(SCI_ENDUNDOACTION);
     return count;

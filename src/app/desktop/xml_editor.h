@@ -2,12 +2,14 @@
 #pragma once
 
 #include "app/message_places.h"
+#include "app/text_changes.h"
 
 #include <QDeadlineTimer>
 #include <Qsci/qsciscintilla.h>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +25,9 @@ class TXmlEditor : public QsciScintilla {
   public:
     using TXmlPtr = std::shared_ptr<const std::string>;
 
+    /// Asked between the steps of long work; false to give it up.
+    using TGoOn = std::function<bool()>;
+
     explicit TXmlEditor(QWidget* parent = nullptr);
 
     /// Shows another text, a part at a time; Loaded is told at the end. The user cannot undo it.
@@ -31,15 +36,15 @@ class TXmlEditor : public QsciScintilla {
     bool IsLoading() const { return loading_ != nullptr; }
     /// The text as it is now; the same object as long as nobody edits it.
     TXmlPtr Snapshot() const;
-    /// Makes the text another one in one step that the user can undo; only what differs is replaced, so that
-    /// place and folds stay.
-    void ReplaceBy(const TXmlPtr& text);
+    /// Makes the text another one in one step that the user can undo; only what differs (`edits`, those of
+    /// FindEdits) is replaced, so that place and folds stay. What `goOn` answers does not matter.
+    void ReplaceBy(const TXmlPtr& text, const std::vector<TTextEdit>& edits, const TGoOn& goOn);
     /// Whether the user may edit; nobody can while a text is loaded.
     void SetEditable(bool editable);
 
     /// Marks the places of messages from now on. `textOf`: what a tooltip tells of a message.
     void SetPlaces(const TXmlMessages& messages, std::function<QString(std::size_t message)> textOf);
-    const TMessagePlaces& Places() const { return places_; }
+    const TMessagePlaces& Places();
 
     /// Puts the caret at a place and shows it with lines around it; unfolds what hides it.
     void GoTo(int line, int linePos);
@@ -47,12 +52,18 @@ class TXmlEditor : public QsciScintilla {
     int CurrentLinePos() const;
     int LineCount() const;
 
-    /// Searches from the selection on, round the end; false for what is not there.
-    bool Find(const QString& text, bool backwards, bool matchCase, bool wholeWord);
+    /// What is searched, and how.
+    struct TSearch {
+        QString Text;
+        bool MatchCase = false;
+        bool WholeWord = false;
+    };
+    /// Searches from the selection on, round the end; false for what is not there or was given up.
+    bool Find(const TSearch& search, bool backwards, const TGoOn& goOn);
     /// Replaces the selection where it is what was searched, then searches on.
-    bool ReplaceFound(const QString& text, const QString& by, bool matchCase, bool wholeWord);
+    bool ReplaceFound(const TSearch& search, const QString& by, const TGoOn& goOn);
     /// Replaces all in one step; answers how many.
-    int ReplaceAll(const QString& text, const QString& by, bool matchCase, bool wholeWord);
+    int ReplaceAll(const TSearch& search, const QString& by, const TGoOn& goOn);
     /// Ignores the Enter key for a while, in milliseconds.
     void IgnoreEnter(int duration);
     /// Puts the caret at the tag that belongs to the one at the caret.
@@ -74,21 +85,34 @@ class TXmlEditor : public QsciScintilla {
     long SendText(unsigned message, std::string_view text) const;
     void ApplyTheme();
     void LoadMore();
-    void OnModified(int position, int kind, int linesAdded);
+    /// The text is about to change.
+    void OnChange(long position, long length, bool inserted);
+    /// Does what follows from the last change: places move with their lines, screen readers are told.
+    void SettleChange();
     void OnUpdated(int what);
     void PlaceMarks();
     void MarkMatchingTags();
     void ShowTip(int position, int x, int y);
     long PositionOf(int line, int linePos) const;
+    std::string TextOf(long start, long end) const;
     /// A part of the text around a place, and the position at which it starts.
     std::pair<std::string, long> Around(long position, long reach) const;
     void SelectRange(long start, long end);
-    long FindFrom(long start, long end, const QByteArray& text, bool matchCase, bool wholeWord) const;
+    /// Searches from one position to another, which may be before it; -1 for what is not there.
+    long FindFrom(long start, long end, const TSearch& search, const TGoOn& goOn) const;
 
     mutable TXmlPtr snapshot_;
     TXmlPtr loading_;
     std::size_t loaded_ = 0; ///< bytes
     bool editable_ = true;
+    /// A change that was told before it happened.
+    struct TTextChange {
+        long Position;
+        long Inserted; ///< bytes
+        int Line;      ///< 0-based
+        int LineCount; ///< of the text before it
+    };
+    std::optional<TTextChange> changing_; ///< what it did to the lines is not known yet
     TMessagePlaces places_;
     std::function<QString(std::size_t)> textOf_;
     std::vector<std::pair<int, int>> marked_; ///< marker and 0-based line of what is marked

@@ -8,6 +8,7 @@
 #include "platform/platform.h"
 #include "validation/solver.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
@@ -106,7 +107,7 @@ TEST_F(Window, WalksFromMessageToPlaceAndCorrectsOneInOneStep) {
     const std::string before = Text();
     EXPECT_EQ(StatusOf("estado"), "Inválido");
     EXPECT_THAT(StatusOf("tipo"), HasSubstr("versão 3.05.00"));
-    EXPECT_EQ(StatusOf("codificacao"), "windows-1252");
+    EXPECT_EQ(StatusOf("codificacao"), "ISO-8859-1 (Windows-1252)");
 
     // From message to place by key, forwards in the order of the text, and back.
     std::vector<int> lines;
@@ -248,6 +249,50 @@ TEST_F(Window, AsksBeforeChangesAreLost) {
     EXPECT_TRUE(Bytes() == " " + original);
 }
 
+TEST_F(Window, AsksOnceForAllChangedFiles) {
+    const std::string original = ReadWholeFile(Example(kFaulty));
+    for (const char* name : {"a.xml", "b.xml", "c.xml"}) {
+        Open(Copy(kFaulty, name));
+        if (*name != 'b')
+            Type(" ");
+    }
+    Answer({"Cancelar"});
+    EXPECT_FALSE(window_->close());
+    EXPECT_EQ(Tabs(), 3);
+    EXPECT_THAT(TakeTold(),
+                ElementsAre(testing::AllOf(HasSubstr("2 arquivos foram alterados."), HasSubstr("/a.xml\n"),
+                                           HasSubstr("/c.xml"), testing::Not(HasSubstr("/b.xml")))));
+    Answer({"Salvar todos"});
+    EXPECT_TRUE(window_->close());
+    EXPECT_TRUE(Bytes("a.xml") == " " + original);
+    EXPECT_TRUE(Bytes("b.xml") == original);
+    EXPECT_TRUE(Bytes("c.xml") == " " + original);
+}
+
+TEST_F(Window, ScreenReadersReadTheText) {
+    TXmlEditor* const editor = Open(Copy("odonto-3.05.00-valido.xml")).Editor(); // letters beyond ASCII
+    auto* const text = QAccessible::queryAccessibleInterface(editor)->textInterface();
+    ASSERT_NE(text, nullptr);
+    for (int step = 0; step < 2; ++step) { // the second time after a change
+        const QString whole = ToQt(Text());
+        EXPECT_EQ(text->characterCount(), whole.size());
+        const QStringList lines = whole.split(QLatin1Char('\n'));
+        int start = 0;
+        for (int line = 1; line < static_cast<int>(lines.size());
+             start += static_cast<int>(lines[line++ - 1].size()) + 1) {
+            editor->GoTo(line, 1);
+            ASSERT_EQ(text->cursorPosition(), start);
+            int from = 0;
+            int to = 0;
+            ASSERT_EQ(text->textAtOffset(start, QAccessible::LineBoundary, &from, &to),
+                      lines[line - 1] + QLatin1Char('\n'));
+            ASSERT_EQ(text->text(from, to), whole.mid(from, to - from));
+        }
+        editor->GoTo(3, 1);
+        editor->insert(QStringLiteral("ação 𝛼\n")); // a letter of two units
+    }
+}
+
 TEST_F(Window, TakesFilesThatAreDropped) {
     const QStringList names = {ToQt(Copy(kFaulty, "a.xml")),
                                ToQt(Copy("monitoramento-1.06.00-valido.xml", "b.xml")),
@@ -319,6 +364,11 @@ TEST_F(Window, FiltersSortsAndGroupsMessages) {
     const std::size_t all = Messages().size();
     EXPECT_EQ(table.ShownCount(), all);
     EXPECT_LE(table.RowCount(), all);
+    for (std::size_t row = 0; row < table.RowCount(); ++row)
+        if (table.MemberCount(row) > 1) {
+            EXPECT_THAT(table.GroupText(row), testing::ContainsRegex("[1-9][0-9]* (guias|vezes)"));
+            EXPECT_THAT(table.GroupText(row), testing::Not(HasSubstr(" 0 vezes")));
+        }
     panel.findChild<QComboBox*>(QStringLiteral("agrupar"))->setCurrentIndex(2);
     EXPECT_EQ(table.RowCount(), all);
     panel.List()->sortByColumn(static_cast<int>(TMessageColumn::Line), Qt::DescendingOrder);

@@ -175,6 +175,7 @@ TEST_F(FReport, MessagesTellWhereWhatIsMissingIsImported) {
                       message->Reason().find("instalada") == std::string::npos &&
                           message->Reason().find("importe-o") == std::string::npos)
                 << message->Reason();
+            EXPECT_THAT(TextForWindow(message->Reason()), Not(HasSubstr("conferix ")));
         }
         EXPECT_GE(count, c.Least) << c.File;
     }

@@ -1,6 +1,7 @@
 #include "app/desktop/dialogs/batch_dialog.h"
 
 #include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/dialogs/file_choice.h"
 #include "platform/format_settings.h"
 #include "platform/platform.h"
 
@@ -255,6 +256,7 @@ void TFBatchValidation::AskWhereToSave() {
         dialog.setDefaultSuffix(filter.contains(QLatin1String("json")) ? QStringLiteral("json")
                                                                        : QStringLiteral("csv"));
     });
+    Widen(dialog);
     if (dialog.exec() == Accepted)
         SaveReport(PathFromText(FromQt(dialog.selectedFiles().front())));
 }

@@ -38,6 +38,24 @@ bool AskYesNo(QWidget* owner, const QString& title, std::string_view text) {
     return box.clickedButton() == yes;
 }
 
+int Ask(QWidget* owner, const QString& title, const QString& question, const QStringList& answers) {
+    QMessageBox box(QMessageBox::Question, title, question, QMessageBox::NoButton, owner);
+    box.setTextFormat(Qt::PlainText);
+    QList<QAbstractButton*> buttons;
+    for (const QString& answer : answers)
+        buttons << box.addButton(answer,
+                                 buttons.isEmpty() ? QMessageBox::AcceptRole : QMessageBox::DestructiveRole);
+    auto* cancel = box.addButton(QStringLiteral("Cancelar"), QMessageBox::RejectRole);
+    box.setEscapeButton(cancel);
+    box.setDefaultButton(qobject_cast<QPushButton*>(buttons.front()));
+    box.exec();
+    return static_cast<int>(buttons.indexOf(box.clickedButton()));
+}
+
+void ShowError(QWidget* owner, const QString& text) {
+    ShowFailure(owner, QStringLiteral("Conferix"), FromQt(text));
+}
+
 TEndButtons AddEndButtons(QDialog& dialog, const QString& accept) {
     TEndButtons buttons{new QHBoxLayout, new QPushButton(accept, &dialog),
                         new QPushButton(QStringLiteral("Cancelar"), &dialog)};

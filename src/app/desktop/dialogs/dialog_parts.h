@@ -3,6 +3,7 @@
 
 #include <QDialog>
 #include <QString>
+#include <QStringList>
 #include <QValidator>
 
 #include <functional>
@@ -26,8 +27,14 @@ inline std::string FromQt(const QString& text) {
 void ShowNotice(QWidget* owner, const QString& title, std::string_view text);
 /// Tells what went wrong.
 void ShowFailure(QWidget* owner, const QString& title, std::string_view text);
+/// The same where the action has no title of its own.
+void ShowError(QWidget* owner, const QString& text);
 /// Asks a question with "Sim" and "Não"; Esc and closing mean "Não".
 bool AskYesNo(QWidget* owner, const QString& title, std::string_view text);
+
+/// A question with answers of its own and "Cancelar"; answers the index of the chosen one, or -1. The first
+/// is what Enter chooses.
+int Ask(QWidget* owner, const QString& title, const QString& question, const QStringList& answers);
 
 /// The two buttons that end a dialog, at the right of a line of their own. Closing by Esc is Cancel.
 struct TEndButtons {

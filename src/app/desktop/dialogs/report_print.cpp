@@ -1,19 +1,24 @@
 #include "app/desktop/dialogs/report_print.h"
 
 #include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/dialogs/file_choice.h"
 #include "platform/platform.h"
 #include "report/report_writer.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QBuffer>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QPageLayout>
 #include <QPdfWriter>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QRegularExpression>
+#include <QTextBlock>
+#include <QTextCursor>
 #include <QTextDocument>
+#include <QTextFrame>
 
+#include <cmath>
 #include <sstream>
 
 namespace conferix {
@@ -72,6 +77,39 @@ void TranslateLayout(QString& text) {
                                          "cellpadding=\"5\"><tr><td>\\2</td></tr></table><p></p>"));
 }
 
+/// Puts headings that would stand alone at the end of a page on the next one, with what they head.
+void KeepHeadingsWithText(QTextDocument& document, QPagedPaintDevice& paper) {
+    // The pages as printing will make them, margins of two centimetres included.
+    const std::unique_ptr<QTextDocument> pages(document.clone());
+    pages->documentLayout()->setPaintDevice(&paper);
+    QTextFrameFormat frame = pages->rootFrame()->frameFormat();
+    frame.setMargin(paper.logicalDpiY() / 2.54 * 2);
+    pages->rootFrame()->setFrameFormat(frame);
+    const QSizeF page(paper.width(), paper.height());
+    pages->setPageSize(page);
+    const auto pageOf = [&](const QTextBlock& block) {
+        return std::floor(pages->documentLayout()->blockBoundingRect(block).top() / page.height());
+    };
+    for (QTextBlock block = pages->begin(); block.isValid(); block = block.next()) {
+        // A heading of a lower level may stand between.
+        QTextBlock text = block.next();
+        while (text.isValid() && (text.blockFormat().headingLevel() > 0 || text.text().isEmpty()))
+            text = text.next();
+        if (block.blockFormat().headingLevel() == 0 || !text.isValid() || pageOf(block) == pageOf(text))
+            continue;
+        QTextBlockFormat format;
+        format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
+        QTextCursor(block).mergeBlockFormat(format);
+        QTextCursor(document.findBlockByNumber(block.blockNumber())).mergeBlockFormat(format);
+    }
+}
+
+/// Prints a report on pages.
+void Print(QTextDocument& document, QPagedPaintDevice& paper) {
+    KeepHeadingsWithText(document, paper);
+    document.print(&paper);
+}
+
 QPageLayout Page() {
     return {QPageSize(QPageSize::A4), QPageLayout::Portrait, QMarginsF(),
             QPageLayout::Millimeter}; // printing a text document leaves two centimetres
@@ -118,8 +156,9 @@ void PrintReport(QWidget* owner, const TFileResult& file) {
     QPrintPreviewDialog preview(&printer, owner);
     preview.resize(kPreviewSize);
     preview.setWindowTitle(QStringLiteral("Imprimir relatório"));
-    QObject::connect(&preview, &QPrintPreviewDialog::paintRequested,
-                     [&](QPrinter* paper) { document->print(paper); });
+    QObject::connect(&preview, &QPrintPreviewDialog::paintRequested, [&](QPrinter* paper) {
+        Print(*std::unique_ptr<QTextDocument>(document->clone()), *paper);
+    });
     preview.exec();
 }
 
@@ -134,7 +173,7 @@ void SaveReportPdf(const TFileResult& file, const std::filesystem::path& pdf) {
         writer.setResolution(kPdfDpi);
         writer.setTitle(document->metaInformation(QTextDocument::DocumentTitle));
         writer.setCreator(QStringLiteral("Conferix"));
-        document->print(&writer);
+        Print(*document, writer);
     } // what is missing is written at its end
     WriteFileAtomically(pdf, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }
@@ -142,14 +181,13 @@ void SaveReportPdf(const TFileResult& file, const std::filesystem::path& pdf) {
 bool AskAndSaveReportPdf(QWidget* owner, const TFileResult& file) {
     const QString title = QStringLiteral("Salvar relatório em PDF");
     const QFileInfo source(ToQt(file.Validation.FileName));
-    QFileDialog dialog(owner, title, source.path(), QStringLiteral("PDF (*.pdf)"));
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setDefaultSuffix(QStringLiteral("pdf"));
-    dialog.selectFile(source.completeBaseName() + QStringLiteral(".pdf"));
-    if (dialog.exec() != QDialog::Accepted)
+    const QString name = AskForSaveName(
+        owner, title, source.path() + QLatin1Char('/') + source.completeBaseName() + QStringLiteral(".pdf"),
+        QStringLiteral("PDF (*.pdf)"), QStringLiteral("pdf"));
+    if (name.isEmpty())
         return false;
     try {
-        SaveReportPdf(file, PathFromText(FromQt(dialog.selectedFiles().front())));
+        SaveReportPdf(file, PathFromText(FromQt(name)));
         return true;
     } catch (const EFileNotWritten& error) {
         ShowFailure(owner, title, error.what());

@@ -2,6 +2,7 @@
 
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "report/rule_search.h"
+#include "validator/rule_list.h"
 
 #include <QEvent>
 #include <QHeaderView>
@@ -23,6 +24,16 @@ constexpr int kPageMargin = 12;
 constexpr auto kTextRole = Qt::UserRole; ///< index in the guide
 const auto kStart = QStringLiteral("Escolha uma regra na lista, ou procure por palavras. Em uma mensagem, F1 "
                                    "mostra a regra que a produziu.");
+
+/// The text under its title, with the rules as the dialog that switches them on and off calls them.
+QString PageOf(const TRuleText& text) {
+    static const std::vector<TListedRule> kRules = ListRules();
+    QString page = QStringLiteral("## ") + ToQt(text.Title) + QStringLiteral("\n\n");
+    for (const std::string& name : text.Rules)
+        if (const auto rule = FindRule(kRules, name))
+            page += QStringLiteral("- %1 (`%2`)\n").arg(ToQt(kRules[*rule].Rule->Description), ToQt(name));
+    return page + QLatin1Char('\n') + ToQt(text.MarkdownBody());
+}
 
 } // namespace
 
@@ -113,7 +124,7 @@ bool TRuleHelp::ShowRule(std::string_view rule) {
 
 void TRuleHelp::Show(const TRuleText* text) {
     shown_ = text;
-    page_->setMarkdown(text != nullptr ? ToQt(text->Markdown()) : kStart);
+    page_->setMarkdown(text != nullptr ? PageOf(*text) : kStart);
     page_->moveCursor(QTextCursor::Start);
 }
 

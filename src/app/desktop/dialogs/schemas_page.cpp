@@ -2,6 +2,7 @@
 
 #include "app/desktop/dialogs/cell_table.h"
 #include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/dialogs/file_choice.h"
 #include "app/desktop/dialogs/work_bar.h"
 #include "app/installation.h"
 #include "data/constantes.h"
@@ -9,7 +10,6 @@
 
 #include <QDateTime>
 #include <QDragEnterEvent>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -59,15 +59,13 @@ TSchemasPage::TSchemasPage(QWidget* parent)
     lines->addWidget(work_);
 
     connect(importFile_, &QPushButton::clicked, this, [this] {
-        const QString file = QFileDialog::getOpenFileName(
-            this, QStringLiteral("Importar schemas"), {},
-            QStringLiteral("Componente de Comunicação (*.zip);;Todos os arquivos (*)"));
-        if (!file.isEmpty())
+        for (const QString& file :
+             AskForFiles(this, QStringLiteral("Importar schemas"),
+                         QStringLiteral("Componente de Comunicação (*.zip);;Todos os arquivos (*)"), false))
             Import(PathFromText(FromQt(file)));
     });
     connect(importFolder_, &QPushButton::clicked, this, [this] {
-        const QString folder =
-            QFileDialog::getExistingDirectory(this, QStringLiteral("Importar pasta de schemas"));
+        const QString folder = AskForFolder(this, QStringLiteral("Importar pasta de schemas"));
         if (!folder.isEmpty())
             Import(PathFromText(FromQt(folder)));
     });

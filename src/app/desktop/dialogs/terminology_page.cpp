@@ -2,6 +2,7 @@
 
 #include "app/desktop/dialogs/cell_table.h"
 #include "app/desktop/dialogs/dialog_parts.h"
+#include "app/desktop/dialogs/file_choice.h"
 #include "app/desktop/dialogs/import_result.h"
 #include "app/desktop/dialogs/work_bar.h"
 #include "data/database_tuss.h"
@@ -12,7 +13,6 @@
 
 #include <QComboBox>
 #include <QDragEnterEvent>
-#include <QFileDialog>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -120,16 +120,16 @@ TTerminologyPage::TTerminologyPage(QWidget* parent)
     connect(table_, &QComboBox::currentIndexChanged, typing_, qOverload<>(&QTimer::start));
     connect(importFiles_, &QPushButton::clicked, this, [this] {
         std::vector<std::filesystem::path> files;
-        for (const QString& file : QFileDialog::getOpenFileNames(
-                 this, QStringLiteral("Importar terminologia"), {},
-                 QStringLiteral("Publicações da ANS (*.zip *.xlsx *.csv *.json *.txt);;"
-                                "Todos os arquivos (*)")))
+        for (const QString& file :
+             AskForFiles(this, QStringLiteral("Importar terminologia"),
+                         QStringLiteral("Publicações da ANS (*.zip *.xlsx *.csv *.json *.txt);;"
+                                        "Todos os arquivos (*)"),
+                         true))
             files.push_back(PathFromText(FromQt(file)));
         Import(files);
     });
     connect(importFolder_, &QPushButton::clicked, this, [this] {
-        const QString folder =
-            QFileDialog::getExistingDirectory(this, QStringLiteral("Importar pasta de terminologia"));
+        const QString folder = AskForFolder(this, QStringLiteral("Importar pasta de terminologia"));
         if (!folder.isEmpty())
             Import({PathFromText(FromQt(folder))});
     });
