@@ -6,11 +6,15 @@
 #include <QPainter>
 #include <QStyleOption>
 
+#include <memory>
+
 namespace conferix {
 
 void TDarkStyle::Install() {
-    if (QApplication::style()->name() == QLatin1String("fusion"))
-        QApplication::setStyle(new TDarkStyle(QStringLiteral("fusion")));
+    if (QApplication::style()->name() != QLatin1String("fusion"))
+        return;
+    auto style = std::make_unique<TDarkStyle>(QStringLiteral("fusion"));
+    QApplication::setStyle(style.release()); // the application's from now on
 }
 
 void TDarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,

@@ -5,7 +5,6 @@
 #include "platform/platform.h"
 #include "report/report_writer.h"
 
-#include <QAbstractTextDocumentLayout>
 #include <QBuffer>
 #include <QFileInfo>
 #include <QPageLayout>
@@ -13,12 +12,8 @@
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QRegularExpression>
-#include <QTextBlock>
-#include <QTextCursor>
 #include <QTextDocument>
-#include <QTextFrame>
 
-#include <cmath>
 #include <sstream>
 
 namespace conferix {
@@ -77,39 +72,6 @@ void TranslateLayout(QString& text) {
                                          "cellpadding=\"5\"><tr><td>\\2</td></tr></table><p></p>"));
 }
 
-/// Puts headings that would stand alone at the end of a page on the next one, with what they head.
-void KeepHeadingsWithText(QTextDocument& document, QPagedPaintDevice& paper) {
-    // The pages as printing will make them, margins of two centimetres included.
-    const std::unique_ptr<QTextDocument> pages(document.clone());
-    pages->documentLayout()->setPaintDevice(&paper);
-    QTextFrameFormat frame = pages->rootFrame()->frameFormat();
-    frame.setMargin(paper.logicalDpiY() / 2.54 * 2);
-    pages->rootFrame()->setFrameFormat(frame);
-    const QSizeF page(paper.width(), paper.height());
-    pages->setPageSize(page);
-    const auto pageOf = [&](const QTextBlock& block) {
-        return std::floor(pages->documentLayout()->blockBoundingRect(block).top() / page.height());
-    };
-    for (QTextBlock block = pages->begin(); block.isValid(); block = block.next()) {
-        // A heading of a lower level may stand between.
-        QTextBlock text = block.next();
-        while (text.isValid() && (text.blockFormat().headingLevel() > 0 || text.text().isEmpty()))
-            text = text.next();
-        if (block.blockFormat().headingLevel() == 0 || !text.isValid() || pageOf(block) == pageOf(text))
-            continue;
-        QTextBlockFormat format;
-        format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
-        QTextCursor(block).mergeBlockFormat(format);
-        QTextCursor(document.findBlockByNumber(block.blockNumber())).mergeBlockFormat(format);
-    }
-}
-
-/// Prints a report on pages.
-void Print(QTextDocument& document, QPagedPaintDevice& paper) {
-    KeepHeadingsWithText(document, paper);
-    document.print(&paper);
-}
-
 QPageLayout Page() {
     return {QPageSize(QPageSize::A4), QPageLayout::Portrait, QMarginsF(),
             QPageLayout::Millimeter}; // printing a text document leaves two centimetres
@@ -156,9 +118,8 @@ void PrintReport(QWidget* owner, const TFileResult& file) {
     QPrintPreviewDialog preview(&printer, owner);
     preview.resize(kPreviewSize);
     preview.setWindowTitle(QStringLiteral("Imprimir relatório"));
-    QObject::connect(&preview, &QPrintPreviewDialog::paintRequested, [&](QPrinter* paper) {
-        Print(*std::unique_ptr<QTextDocument>(document->clone()), *paper);
-    });
+    QObject::connect(&preview, &QPrintPreviewDialog::paintRequested,
+                     [&](QPrinter* paper) { document->print(paper); });
     preview.exec();
 }
 
@@ -173,7 +134,7 @@ void SaveReportPdf(const TFileResult& file, const std::filesystem::path& pdf) {
         writer.setResolution(kPdfDpi);
         writer.setTitle(document->metaInformation(QTextDocument::DocumentTitle));
         writer.setCreator(QStringLiteral("Conferix"));
-        Print(*document, writer);
+        document->print(&writer);
     } // what is missing is written at its end
     WriteFileAtomically(pdf, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }
