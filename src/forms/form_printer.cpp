@@ -17,6 +17,7 @@ constexpr TTextStyle kSheet{TPaperFace::Regular, 7, 7, 5, TAcross::Right, TDown:
 constexpr TTextStyle kFooterLeft{TPaperFace::Regular, 6.5F, 6, 5, TAcross::Left, TDown::Top};
 constexpr TTextStyle kFooterRight{TPaperFace::Regular, 6.5F, 6, 5, TAcross::Right, TDown::Top};
 constexpr float kFooterShare = 0.5F;
+constexpr float kLegible = 4.5F; ///< size of type, in points
 
 const TXmlNode* Step(const TXmlNode& node, const std::string& step) {
     return step == ".." ? node.Parent() : node.Child(step);
@@ -190,8 +191,8 @@ void TFormPrinter::AddValues(const std::vector<TPlacedBox>& boxes, const TXmlNod
     for (const TPlacedBox& placed : boxes) {
         if (placed.LastPage != lastPage)
             continue;
-        const auto [text, node] = ValueOfBox(*placed.Box, guide);
-        AddText(drawing, placed.Value, text, placed.Style);
+        const auto [text, node] = ValueOfBox(*placed.Box, guide, options_.Terms);
+        AddValue(*placed.Box, guide, placed.Value, placed.Style, text, drawing);
         if (node != nullptr)
             places.push_back({placed.Box, placed.Frame, node});
     }
@@ -210,7 +211,7 @@ void TFormPrinter::AddLines(const TPlacedTable& placed, std::span<const TXmlNode
                 continue;
             std::pair<std::string, const TXmlNode*> value;
             if (row != nullptr)
-                value = ValueOfBox(*column.Box, *row);
+                value = ValueOfBox(*column.Box, *row, options_.Terms);
             if (numbering) {
                 if (value.second == nullptr) // no number in the file: that of the line
                     value.first = std::to_string(first + line + 1);
@@ -218,7 +219,10 @@ void TFormPrinter::AddLines(const TPlacedTable& placed, std::span<const TXmlNode
             }
             TPaperRect area = column.Value;
             area.Y += down;
-            AddText(page.Paper.Own, area, value.first, column.Style);
+            if (row != nullptr)
+                AddValue(*column.Box, *row, area, column.Style, value.first, page.Paper.Own);
+            else
+                AddText(page.Paper.Own, area, value.first, column.Style);
             if (value.second != nullptr) {
                 TPaperRect frame = column.Frame;
                 frame.Y += down;
@@ -238,17 +242,32 @@ void TFormPrinter::AddFooter(const TFormGeometry& geometry, std::size_t number, 
     AddText(drawing, half, fmt::format("Página {} de {}", number, pages), kFooterRight);
 }
 
-std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox& box,
-                                                                 const TXmlNode& node) const {
+void TFormPrinter::AddValue(const TFormBox& box, const TXmlNode& node, const TPaperRect& area,
+                            const TTextStyle& style, std::string_view text, TDrawing& drawing) const {
+    if (!options_.Terms || box.Codes.empty()) {
+        AddText(drawing, area, text, style);
+        return;
+    }
+    TTextStyle legible = style;
+    legible.Smallest = kLegible;
+    const auto before = static_cast<std::ptrdiff_t>(drawing.Texts.size());
+    if (AddText(drawing, area, text, legible))
+        return;
+    drawing.Texts.erase(drawing.Texts.begin() + before, drawing.Texts.end());
+    AddText(drawing, area, ValueOfBox(box, node, {}).first, style);
+}
+
+std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox& box, const TXmlNode& node,
+                                                                 const TTermText& terms) {
     if (box.Combination == TFormCombination::Sum)
         return {FormatFormValue(box.Format, SumOf(box, node)), nullptr};
     std::string text;
     const TXmlNode* found = nullptr;
     const auto shown = [&](const TXmlNode& value) {
         std::string shownText = FormatFormValue(box.Format, TextOf(value));
-        if (options_.Terms && !shownText.empty())
+        if (terms && !shownText.empty())
             for (const std::string& table : box.Codes)
-                if (const std::string term = options_.Terms(table, shownText); !term.empty())
+                if (const std::string term = terms(table, shownText); !term.empty())
                     return shownText + " - " + term;
         return shownText;
     };
@@ -256,7 +275,8 @@ std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox&
         if (box.Occurrence == 1) {
             if (const TXmlNode* part = First(node, path); part != nullptr) {
                 const std::string partText = shown(*part);
-                text += (text.empty() || partText.empty() ? "" : " - ") + partText;
+                text += text.empty() || partText.empty() ? "" : " - ";
+                text += partText;
                 found = found != nullptr ? found : part;
             }
         } else {
@@ -264,7 +284,8 @@ std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox&
             const auto wanted = static_cast<std::size_t>(box.Occurrence);
             if (wanted == 0)
                 for (const TXmlNode* value : nodes) {
-                    text += (text.empty() ? "" : "; ") + shown(*value);
+                    text += text.empty() ? "" : "; ";
+                    text += shown(*value);
                     found = found != nullptr ? found : value;
                 }
             else if (nodes.size() >= wanted)
@@ -280,11 +301,11 @@ std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox&
         if (const TXmlNode* item = First(node, std::span(path).first(path.size() - 1)); item != nullptr)
             text = std::to_string(PositionOf(*item));
     }
-    if (text.empty() && options_.Terms && box.Term.size() == 2) {
+    if (text.empty() && terms && box.Term.size() == 2) {
         const TXmlNode* table = First(node, box.Term[0]);
         const TXmlNode* code = First(node, box.Term[1]);
         if (table != nullptr && code != nullptr)
-            text = options_.Terms(TextOf(*table), TextOf(*code));
+            text = terms(TextOf(*table), TextOf(*code));
     }
     return {std::move(text), found};
 }

@@ -80,8 +80,12 @@ class TFormPrinter {
                   TFormPage& page) const;
     void AddFooter(const TFormGeometry& geometry, std::size_t number, std::size_t pages,
                    TDrawing& drawing) const;
-    /// The text of a box, and the node that it comes from.
-    std::pair<std::string, const TXmlNode*> ValueOfBox(const TFormBox& box, const TXmlNode& node) const;
+    /// The text of a box, and the node that it comes from. `terms`: what codes are printed with.
+    static std::pair<std::string, const TXmlNode*> ValueOfBox(const TFormBox& box, const TXmlNode& node,
+                                                              const TTermText& terms);
+    /// Prints a value; a code whose text its box does not hold legibly is printed alone.
+    void AddValue(const TFormBox& box, const TXmlNode& node, const TPaperRect& area, const TTextStyle& style,
+                  std::string_view text, TDrawing& drawing) const;
 
     TFormSet forms_;
     TFormOptions options_;

@@ -400,7 +400,7 @@ TFormSet LoadForms(const std::filesystem::path& delivered, const std::filesystem
     TFormSet forms;
     for (const auto& [name, file] : files)
         forms.push_back(ParseForm(ReadWholeFile(file), name, PathText(file)));
-    std::ranges::stable_partition(forms, [](const auto& form) { return !form->IsAnnex(); });
+    std::stable_partition(forms.begin(), forms.end(), [](const auto& form) { return !form->IsAnnex(); });
     return forms;
 }
 

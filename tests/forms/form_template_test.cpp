@@ -160,12 +160,12 @@ TEST(DomainTerms, AreOfCodesThatTheStandardHas) {
     const TDomainTerms terms = TDomainTerms::Installed();
     EXPECT_EQ(terms.Find("36", "9"), "N\xC3\xA3o acidente");
     EXPECT_EQ(terms.Find("36", "7"), "");
-    for (const auto& [key, term] : terms.All()) {
-        const TModelSimpleType* type = ModelOf("4.03.00").SimpleType(types.at(key.first));
-        ASSERT_NE(type, nullptr) << key.first;
-        EXPECT_TRUE(
-            std::ranges::any_of(type->Codes, [&](const TModelTerm& code) { return code.Text == key.second; }))
-            << key.first << ' ' << key.second;
+    for (const auto& entry : terms.All()) {
+        const TModelSimpleType* type = ModelOf("4.03.00").SimpleType(types.at(entry.first.first));
+        ASSERT_NE(type, nullptr) << entry.first.first;
+        EXPECT_TRUE(std::ranges::any_of(
+            type->Codes, [&](const TModelTerm& code) { return code.Text == entry.first.second; }))
+            << entry.first.first << ' ' << entry.first.second;
     }
 }
 
