@@ -75,7 +75,7 @@ TFileResult TFileValidator::Run(const std::string& name, const std::function<std
         result.ValidateSchema = [this, text = result.Text] {
             TValidadorController judge(terminology_);
             judge.SetSchemaFolder(schemas_);
-            return judge.ValidateSchema(text);
+            return judge.ValidateStructure(text);
         };
         return result;
     } catch (const EFileNotFound&) {
