@@ -93,19 +93,6 @@ std::vector<TInput> Inputs(const TCliContext& context, const TValidarOptions& op
     return inputs;
 }
 
-/// Refuses a report that could not be written at the end, or would replace what it tells of.
-void CheckOutput(const std::string& saida, const std::vector<TInput>& inputs) {
-    const std::filesystem::path file = PathFromText(saida);
-    std::error_code failure;
-    if (const auto folder = file.parent_path();
-        !folder.empty() && !std::filesystem::is_directory(folder, failure))
-        throw EFileNotWritten(file, "a pasta não existe");
-    for (const TInput& input : inputs)
-        if (std::filesystem::equivalent(file, PathFromText(input.Name), failure))
-            throw EUsage(
-                fmt::format("o relatório substituiria um dos arquivos que são validados: {}", saida));
-}
-
 TFileResult Validate(const TCliContext& context, const TFileValidator& validator, const TInput& input) {
     if (!input.Failure.empty())
         return UnreadableFile(input.Name, input.Failure);

@@ -2,6 +2,7 @@
 
 #include "app/cli/cli.h"
 #include "app/config.h"
+#include "app/input_files.h"
 #include "app/schema_folder.h"
 #include "app/tiss_file.h"
 #include "app/updater.h"
@@ -74,6 +75,10 @@ using TFileAction = std::function<int(const TTissFile&)>;
 int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action,
               TXmlUndecodable undecodable = TXmlUndecodable::Refused);
 
+/// Refuses a file of an option for a report that could not be written at the end (EFileNotWritten), or would
+/// replace what it tells of (EUsage).
+void CheckOutput(const std::string& saida, const std::vector<TInput>& inputs);
+
 struct TValidarOptions {
     std::vector<std::string> Arquivos;
     std::string Lista;                  ///< file with further names; "-": the standard input
@@ -91,6 +96,14 @@ struct TValidarOptions {
     std::optional<unsigned> Paralelo; ///< files at a time; nothing: as many as there are processors
 };
 int RunValidar(const TCliContext& context, const TValidarOptions& options);
+struct TListarOptions {
+    std::string Listagem; ///< one of ListingNames()
+    std::vector<std::string> Arquivos;
+    std::string Ordem; ///< guia, beneficiario, data or valor; empty: of the file
+    std::string Saida; ///< file; empty: the standard output
+    bool SemSubpastas = false;
+};
+int RunListar(const TCliContext& context, const TListarOptions& options);
 int RunInformar(const TCliContext& context, const std::string& arquivo);
 int RunHash(const TCliContext& context, const std::string& arquivo);
 
