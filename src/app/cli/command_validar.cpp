@@ -2,6 +2,7 @@
 #include "app/cli/progress.h"
 #include "app/file_validation.h"
 #include "app/input_files.h"
+#include "app/notices.h"
 #include "app/repeated_guides.h"
 #include "platform/platform.h"
 #include "report/console.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -122,6 +124,7 @@ class TReportOutput {
         writer_.Begin(out_);
     }
 
+    const TReportTotals& Totals() const { return totals_; }
     TProgressBar& Progress() { return progress_; }
 
     /// Any thread may add what came of the file of that index.
@@ -212,9 +215,20 @@ class TReportOutput {
     TRepeatedGuides repeated_;
 };
 
+/// Who waits so long for a batch does something else meanwhile.
+constexpr std::chrono::seconds kLongBatch(10);
+
+TBatchOutcome OutcomeOf(const TReportTotals& totals, const TValidarOptions& options) {
+    const std::filesystem::path only =
+        options.Arquivos.size() == 1 ? PathFromText(options.Arquivos.front()) : std::filesystem::path();
+    return {PathText(only.has_filename() ? only.filename() : only.parent_path().filename()),
+            totals.Of(TVerdict::Valid), totals.Of(TVerdict::Invalid), totals.Of(TVerdict::NotVerified)};
+}
+
 } // namespace
 
 int RunValidar(const TCliContext& context, const TValidarOptions& options) {
+    const auto start = std::chrono::steady_clock::now();
     CheckOptions(context, options);
     const TReportOptions shown = ReportOptions(context, options);
     std::vector<TInput> inputs = Inputs(context, options);
@@ -263,6 +277,8 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
     if (!options.Saida.empty())
         WriteFileAtomically(PathFromText(options.Saida), report.view());
     context.Told->Answered = true;
+    if (inputs.size() > 1 && std::chrono::steady_clock::now() - start > kLongBatch)
+        Notify([&](TNoticeBox& box) { NoteBatch(box, OutcomeOf(output.Totals(), options)); });
     return output.Status(shown.FailingLevel());
 }
 

@@ -7,6 +7,7 @@
 #include "app/tiss_file.h"
 #include "app/updater.h"
 #include "app/validador_controller.h"
+#include "data/notice_box.h"
 
 #include <filesystem>
 #include <functional>
@@ -67,6 +68,8 @@ int StatusOf(const TValidateArgs& result);
 /// Reads a file for a command, "-" from standard input. Raises EFileNotRead, EXmlEncoding.
 TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName,
                        TXmlUndecodable undecodable = TXmlUndecodable::Refused);
+/// Puts notices into the inbox of the data folder. Where that fails there are none, and nothing else happens.
+void Notify(const std::function<void(TNoticeBox&)>& note);
 /// What a command does with a file, answering its exit status.
 using TFileAction = std::function<int(const TTissFile&)>;
 /// Reads a file and does something with it. Of a file that cannot be read, written, understood or converted,
@@ -164,6 +167,14 @@ struct TConverterOptions {
 int RunConverter(const TCliContext& context, const TConverterOptions& options);
 /// Lists the versions that a lot can be converted to.
 int RunVersoes(const TCliContext& context, const std::string& arquivo);
+
+struct TAvisosOptions {
+    bool Todos = false;               ///< also those that were read
+    std::vector<std::string> Lido;    ///< numbers of notices that are read now
+    std::vector<std::string> Excluir; ///< and of those that go
+};
+/// Shows the notices of the program. Raises EUsage for what is no number.
+int RunAvisos(const TCliContext& context, const TAvisosOptions& options);
 
 /// Fetches packages of schemas and terminology; `verificar`: only tells which are offered.
 int RunAtualizar(const TCliContext& context, bool verificar);
