@@ -21,7 +21,8 @@ set(external_headers
     "^spdlog/" spdlog::spdlog_header_only
     "^sqlite3\\.h$" SQLite::SQLite3
     "^unicode/" ICU::uc
-    "^zip\\.h$" zip_headers)
+    "^zip\\.h$" zip_headers
+    "^zlib\\.h$" ZLIB::ZLIB)
 
 set(faults "")
 
