@@ -27,7 +27,7 @@ std::string DecimalText(double value, int least) {
 } // namespace
 
 std::vector<std::string> ListingFormats() {
-    return {"texto", "csv", "json", "html"};
+    return {"texto", "csv", "json", "html", "pdf"};
 }
 
 std::string CellText(const TListingCell& cell, TCellKind kind) {
@@ -59,6 +59,8 @@ void WriteListing(std::ostream& out, const TListing& listing, std::string_view f
         WriteListingJson(out, listing);
     else if (format == "html")
         WriteListingHtml(out, listing);
+    else if (format == "pdf")
+        WriteListingPdf(out, listing);
     else
         WriteListingText(out, listing, colours);
 }

@@ -1,4 +1,4 @@
-// Listings as text, CSV, JSON and HTML.
+// Listings as text, CSV, JSON, HTML and PDF.
 #pragma once
 
 #include "listing/listing.h"
@@ -29,5 +29,6 @@ void WriteListingText(std::ostream& out, const TListing& listing, bool colours);
 void WriteListingCsv(std::ostream& out, const TListing& listing);
 void WriteListingJson(std::ostream& out, const TListing& listing);
 void WriteListingHtml(std::ostream& out, const TListing& listing);
+void WriteListingPdf(std::ostream& out, const TListing& listing); ///< with a file that could be listed
 
 } // namespace conferix

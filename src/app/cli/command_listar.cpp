@@ -69,6 +69,8 @@ int RunListar(const TCliContext& context, const TListarOptions& options) {
     const TListingOrder order = OrderOf(options, listing.Kind);
     if (std::ranges::count(options.Arquivos, "-") > 1)
         throw EUsage("a entrada padrão só pode ser lida uma vez");
+    if (context.Formato == "pdf" && context.Streams.OutIsTerminal && options.Saida.empty())
+        throw EUsage("um PDF não se lê no terminal; use --saida ARQUIVO");
     const std::vector<TInput> inputs = ExpandFolders(options.Arquivos, !options.SemSubpastas);
     if (!options.Saida.empty())
         CheckOutput(options.Saida, inputs);

@@ -275,6 +275,8 @@ void AddListar(TCommand& root) {
     command.WhenZero = "os arquivos foram listados, com diferenças ou sem";
     command.WhenOne = "um arquivo não tem o que listar, ou não é um arquivo TISS legível";
     command.Examples = {{"conferix listar guias lote.xml", "mostra as guias do lote e os totais"},
+                        {"conferix listar capa lote.xml --formato pdf --saida capa.pdf",
+                         "grava a folha de rosto do lote, para imprimir"},
                         {"conferix listar procedimentos enviar/ --formato csv --saida procedimentos.csv",
                          "grava uma tabela para a planilha, de todos os lotes de uma pasta"}};
     command.Run = [options](const TCliContext& context) { return RunListar(context, *options); };
