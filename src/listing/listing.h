@@ -78,7 +78,11 @@ struct TListingGroup {
 struct TListingLine {
     std::string_view Key;
     std::string_view Label;
-    std::string Value; ///< empty for what is to be filled in by hand
+    std::string Value;
+    bool ByHand = false; ///< to be filled in on paper
+
+    /// Whether people are shown it.
+    bool IsShown() const { return ByHand || !Value.empty(); }
 };
 
 /// A number under the rows; those of one key are added up over files.

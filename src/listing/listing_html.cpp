@@ -71,8 +71,9 @@ void WriteFile(std::ostream& out, const TFileListing& file) {
     }
     out << "<dl>\n";
     for (const TListingLine& line : file.Head)
-        out << fmt::format("<div><dt>{}</dt><dd{}>{}</dd></div>\n", HtmlText(line.Label),
-                           line.Value.empty() ? " class=\"branco\"" : "", HtmlText(line.Value));
+        if (line.IsShown())
+            out << fmt::format("<div><dt>{}</dt><dd{}>{}</dd></div>\n", HtmlText(line.Label),
+                               line.ByHand ? " class=\"branco\"" : "", HtmlText(line.Value));
     out << "</dl>\n";
     const std::vector<std::size_t> columns = ShownColumns(file);
     for (const TListingGroup& group : file.Groups)

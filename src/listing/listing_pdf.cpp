@@ -136,7 +136,8 @@ class TListingPages {
         name_ = file.Arquivo == "-" ? "entrada padrão" : file.Arquivo;
         NewPage(name_);
         for (const TListingLine& line : file.Head)
-            AddPair(line.Label, Visible(line.Value), line.Value.empty(), false);
+            if (line.IsShown())
+                AddPair(line.Label, Visible(line.Value), line.ByHand, false);
         Measure(file);
         for (const TListingGroup& group : file.Groups)
             AddGroup(file, group);

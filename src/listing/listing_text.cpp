@@ -31,13 +31,14 @@ class TTextTable {
             widths_.push_back(CountCharacters(file.Columns[column].Title));
         for (const TListingGroup& group : file.Groups) {
             for (const TListingRow& row : group.Rows)
-                Widen(row);
+                SetTexts(row);
             if (group.Sum)
-                Widen(*group.Sum);
+                SetTexts(*group.Sum);
         }
     }
 
     void Write(std::ostream& out) const {
+        const TText* next = texts_.data();
         for (const TListingGroup& group : file_.Groups) {
             if (!group.Title.empty())
                 out << '\n' << palette_.Bold(Visible(group.Title)) << '\n';
@@ -45,37 +46,47 @@ class TTextTable {
                 continue;
             std::string line;
             for (std::size_t i = 0; i < columns_.size(); ++i)
-                Put(line, i, std::string(file_.Columns[columns_[i]].Title));
+                Put(line, i,
+                    {std::string(file_.Columns[columns_[i]].Title),
+                     CountCharacters(file_.Columns[columns_[i]].Title)});
             out << palette_.Bold(Trimmed(line)) << '\n';
             for (const TListingRow& row : group.Rows)
-                out << Line(row) << '\n';
+                out << Line(row, next) << '\n';
             if (group.Sum)
-                out << palette_.Bold(Line(*group.Sum)) << '\n';
+                out << palette_.Bold(Line(*group.Sum, next)) << '\n';
         }
     }
 
   private:
-    std::string Cell(const TListingRow& row, std::size_t i) const {
-        return Short(CellText(row.Cells[columns_[i]], file_.Columns[columns_[i]].Kind));
-    }
-    void Widen(const TListingRow& row) {
-        for (std::size_t i = 0; i < columns_.size(); ++i)
-            widths_[i] = std::max(widths_[i], CountCharacters(Cell(row, i)));
+    struct TText {
+        std::string Text;
+        std::size_t Characters;
+    };
+
+    void SetTexts(const TListingRow& row) {
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            std::string text = Short(CellText(row.Cells[columns_[i]], file_.Columns[columns_[i]].Kind));
+            const std::size_t characters = CountCharacters(text);
+            widths_[i] = std::max(widths_[i], characters);
+            texts_.push_back({std::move(text), characters});
+        }
     }
     /// Adds a cell to a line, numbers to the right.
-    void Put(std::string& line, std::size_t i, const std::string& text) const {
-        const std::string blanks(widths_[i] - CountCharacters(text), ' ');
-        line += line.empty() ? "" : "  ";
-        line += IsNumeric(file_.Columns[columns_[i]].Kind) ? blanks + text : text + blanks;
+    void Put(std::string& line, std::size_t i, const TText& cell) const {
+        const bool number = IsNumeric(file_.Columns[columns_[i]].Kind);
+        const std::size_t blanks = widths_[i] - cell.Characters;
+        line.append(line.empty() ? "" : "  ").append(number ? blanks : 0, ' ');
+        line.append(cell.Text).append(number ? 0 : blanks, ' ');
     }
     static std::string Trimmed(std::string line) {
         line.erase(line.find_last_not_of(' ') + 1);
         return line;
     }
-    std::string Line(const TListingRow& row) const {
+    /// `next`: the texts of the row; those of the next one afterwards.
+    std::string Line(const TListingRow& row, const TText*& next) const {
         std::string line;
         for (std::size_t i = 0; i < columns_.size(); ++i)
-            Put(line, i, Cell(row, i));
+            Put(line, i, *next++);
         return row.Differs ? palette_.Severity(TMessageType::mtError, line + " *") : Trimmed(line);
     }
 
@@ -83,6 +94,7 @@ class TTextTable {
     const TPalette& palette_;
     std::vector<std::size_t> columns_;
     std::vector<std::size_t> widths_;
+    std::vector<TText> texts_; ///< of the shown cells, row by row
 };
 
 /// Labels and values, one a line.
@@ -109,8 +121,9 @@ void WriteFile(std::ostream& out, const TFileListing& file, const TPalette& pale
     for (const TListingLine& line : file.Head)
         widest = std::max(widest, CountCharacters(line.Label));
     for (const TListingLine& line : file.Head)
-        out << line.Label << ": " << std::string(widest - CountCharacters(line.Label), ' ')
-            << (line.Value.empty() ? std::string(kByHand) : Visible(line.Value)) << '\n';
+        if (line.IsShown())
+            out << line.Label << ": " << std::string(widest - CountCharacters(line.Label), ' ')
+                << (line.ByHand ? std::string(kByHand) : Visible(line.Value)) << '\n';
     if (!file.Groups.empty() && file.Groups.front().Title.empty())
         out << '\n';
     TTextTable(file, palette).Write(out);

@@ -300,7 +300,7 @@ class TLotListing {
         for (const auto& [key, label] :
              {std::pair("protocolo", "Protocolo"), std::pair("previsaoPagamento", "Previsão de pagamento"),
               std::pair("observacoes", "Observações")})
-            listing_.Head.push_back({key, label, {}}); // the operator's answer: filled in by hand
+            listing_.Head.push_back({key, label, {}, true}); // the operator's answer: filled in by hand
         TBalance procedures;
         std::array<TBalance, kCategorias.size()> categories;
         for (const TGuiaListada& guia : guias_) {
@@ -451,17 +451,17 @@ class TLotListing {
             for (const TProcedimentoListado& procedimento : ProcedimentosOf(guia.Guia)) {
                 ++procedures;
                 value.Add(procedimento.ValorTotal.value_or(0));
-                const TListingRow row = {
-                    {TextCell(guia.Guia.NumeroMostrado()), TextCell(procedimento.Data),
-                     TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
-                     TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
-                     TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
-                     NumberCell(procedimento.ValorUnitario), NumberCell(procedimento.ValorTotal)}};
+                TListingRow row = {{TextCell(guia.Guia.NumeroMostrado()), TextCell(procedimento.Data),
+                                    TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
+                                    TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
+                                    TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
+                                    NumberCell(procedimento.ValorUnitario),
+                                    NumberCell(procedimento.ValorTotal)}};
                 const std::set<TProfissional> team = TeamOf(guia, procedimento);
                 teams = teams || team.size() > 1;
                 for (const TProfissional& professional : team) {
                     TWork& work = works[{PlainText(professional.Nome), professional}];
-                    work.Rows.push_back(row);
+                    work.Rows.push_back(&professional == &*team.rbegin() ? std::move(row) : row);
                     work.Quantidade.Add(procedimento.Quantidade.value_or(0));
                     work.Valor.Add(procedimento.ValorTotal.value_or(0));
                 }
