@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace conferix {
@@ -17,7 +18,10 @@ struct TProfissional {
     std::string_view Uf = {};       ///< IBGE code; in 2.x letters
     std::string_view Cbo = {};
 
-    auto operator<=>(const TProfissional&) const = default;
+    bool operator<(const TProfissional& other) const {
+        return std::tie(Nome, Conselho, Numero, Uf, Cbo) <
+               std::tie(other.Nome, other.Conselho, other.Numero, other.Uf, other.Cbo);
+    }
     /// "MARIA, CRM 12345 SP, CBO 225125", of what there is.
     std::string Text() const;
 };

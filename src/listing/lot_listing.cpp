@@ -451,17 +451,17 @@ class TLotListing {
             for (const TProcedimentoListado& procedimento : ProcedimentosOf(guia.Guia)) {
                 ++procedures;
                 value.Add(procedimento.ValorTotal.value_or(0));
-                TListingRow row = {{TextCell(guia.Guia.NumeroMostrado()), TextCell(procedimento.Data),
-                                    TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
-                                    TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
-                                    TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
-                                    NumberCell(procedimento.ValorUnitario),
-                                    NumberCell(procedimento.ValorTotal)}};
+                const TListingRow row = {
+                    {TextCell(guia.Guia.NumeroMostrado()), TextCell(procedimento.Data),
+                     TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
+                     TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
+                     TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
+                     NumberCell(procedimento.ValorUnitario), NumberCell(procedimento.ValorTotal)}};
                 const std::set<TProfissional> team = TeamOf(guia, procedimento);
                 teams = teams || team.size() > 1;
                 for (const TProfissional& professional : team) {
                     TWork& work = works[{PlainText(professional.Nome), professional}];
-                    work.Rows.push_back(&professional == &*team.rbegin() ? std::move(row) : row);
+                    work.Rows.push_back(row);
                     work.Quantidade.Add(procedimento.Quantidade.value_or(0));
                     work.Valor.Add(procedimento.ValorTotal.value_or(0));
                 }
