@@ -1,6 +1,7 @@
 #include "app/updater.h"
 
 #include "data/sha256.h"
+#include "platform/iso_date.h"
 #include "platform/platform.h"
 
 #include <fmt/format.h>
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace conferix {
 
@@ -39,6 +41,45 @@ TPackage ReadPackage(const TJsonValue& json, const std::string& base) {
     if (package.Size == 0 || package.Size > kMaxPackage)
         refuse(fmt::format("o tamanho tem de ser de 1 a {} bytes", kMaxPackage));
     return package;
+}
+
+constexpr std::size_t kMostNotices = 100;     ///< of a list
+constexpr std::size_t kMaxNoticeText = 4'000; ///< bytes of each of its texts
+
+/// A notice as the list has it; nothing for one that is not built so.
+std::optional<TNotice> ReadNotice(const TJsonValue& json) {
+    const auto text = [&](const char* key) {
+        const auto found = json.find(key);
+        return found != json.end() && found->is_string() ? found->get<std::string>() : std::string();
+    };
+    if (!json.is_object())
+        return std::nullopt;
+    TNotice notice = {.Subject = "publicado",
+                      .Key = text("id"),
+                      .Title = text("titulo"),
+                      .Text = text("texto"),
+                      .Level = NoticeLevelOf(text("nivel")),
+                      .Address = text("endereco"),
+                      .Date = text("data")};
+    if (!notice.Address.starts_with("https://"))
+        notice.Address.clear(); // nothing else is offered to be opened
+    if (notice.Key.empty() || notice.Title.empty() || !ParseIsoDate(notice.Date))
+        return std::nullopt;
+    for (const std::string* each : {&notice.Key, &notice.Title, &notice.Text, &notice.Address})
+        if (each->size() > kMaxNoticeText)
+            return std::nullopt;
+    return notice;
+}
+
+/// The notices of a list. One that cannot be read is left out: the packages do not depend on it.
+std::vector<TNotice> ReadNotices(const TJsonValue& list) {
+    std::vector<TNotice> notices;
+    const auto found = list.find("avisos");
+    if (found != list.end() && found->is_array())
+        for (const TJsonValue& json : *found)
+            if (std::optional<TNotice> notice = ReadNotice(json); notice && notices.size() < kMostNotices)
+                notices.push_back(std::move(*notice));
+    return notices;
 }
 
 } // namespace
@@ -91,6 +132,7 @@ std::vector<TPackage> TUpdater::List(const TPackageImporters& importers) {
         const TJsonValue list = TJsonValue::parse(http_.Get(address_, kMaxList));
         for (const TJsonValue& json : list.at("pacotes").get_ref<const TJsonValue::array_t&>())
             packages.push_back(ReadPackage(json, address_));
+        published_ = ReadNotices(list);
     } catch (const TJsonValue::exception&) {
         throw EUpdate(fmt::format("{}: não é uma lista de pacotes do Conferix", address_));
     }

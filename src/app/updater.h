@@ -2,6 +2,7 @@
 
 #include "app/http_client.h"
 #include "app/ini_section.h"
+#include "data/notice_box.h"
 #include "platform/platform.h"
 
 #include <cstdint>
@@ -65,6 +66,8 @@ class TUpdater {
     std::unique_ptr<TFileLock> Lock() const;
     /// The packages that are offered. Raises EHttp, EUpdate, and what the importers raise.
     std::vector<TPackage> List(const TPackageImporters& importers);
+    /// The notices that the list has beside the packages; those of the last List().
+    const std::vector<TNotice>& Published() const { return published_; }
     /// Fetches a package, checks size and SHA-256, hands it to its importer and notes it as installed. Raises
     /// EHttp, EUpdate, EFile, and what the importer raises.
     void Install(const TPackage& package, const TPackageImporters& importers,
@@ -83,6 +86,7 @@ class TUpdater {
     std::string address_;
     THttpClient http_;
     std::filesystem::path folder_;
+    std::vector<TNotice> published_;
 };
 
 } // namespace conferix

@@ -1,10 +1,7 @@
 #include "data/file_history.h"
 
-#include "data/sqlite_reason.h"
-
 #include <SQLiteCpp/Column.h>
 #include <SQLiteCpp/Database.h>
-#include <SQLiteCpp/Exception.h>
 #include <SQLiteCpp/Statement.h>
 #include <SQLiteCpp/Transaction.h>
 
@@ -12,17 +9,14 @@
 
 namespace conferix {
 
-namespace {
-
-constexpr int kBusyTimeoutMs = 100; ///< the window waits for it
-
-} // namespace
-
 TFileHistory::TFileHistory(TDatabase database, std::function<void(const std::string&)> onFailure)
-    : database_(std::move(database)), onFailure_(std::move(onFailure)) {}
+    : database_(std::move(database),
+                "Os arquivos recentes e o histórico de validações não serão guardados; o resto do programa "
+                "não depende deles.",
+                std::move(onFailure)) {}
 
 void TFileHistory::NoteOpened(const std::string& file) {
-    Use(true, [&](SQLite::Database& database) {
+    database_.Use(true, [&](SQLite::Database& database) {
         SQLite::Transaction transaction(database);
         // A number of its own says which is newer, since several are opened within a second.
         SQLite::Statement note(database, "INSERT OR REPLACE INTO TB_ARQUIVO_RECENTE (ORDEM, CAMINHO) VALUES "
@@ -38,7 +32,7 @@ void TFileHistory::NoteOpened(const std::string& file) {
 }
 
 void TFileHistory::Forget(const std::string& file) {
-    Use(false, [&](SQLite::Database& database) {
+    database_.Use(false, [&](SQLite::Database& database) {
         SQLite::Statement remove(database, "DELETE FROM TB_ARQUIVO_RECENTE WHERE CAMINHO = ?");
         remove.bind(1, file);
         remove.exec();
@@ -47,7 +41,7 @@ void TFileHistory::Forget(const std::string& file) {
 
 std::vector<std::string> TFileHistory::RecentFiles() {
     std::vector<std::string> files;
-    Use(false, [&](SQLite::Database& database) {
+    database_.Use(false, [&](SQLite::Database& database) {
         SQLite::Statement select(database, "SELECT CAMINHO FROM TB_ARQUIVO_RECENTE ORDER BY ORDEM DESC");
         while (select.executeStep())
             files.push_back(select.getColumn(0).getString());
@@ -56,7 +50,7 @@ std::vector<std::string> TFileHistory::RecentFiles() {
 }
 
 void TFileHistory::NoteValidated(const TValidationRecord& record) {
-    Use(true, [&](SQLite::Database& database) {
+    database_.Use(true, [&](SQLite::Database& database) {
         SQLite::Transaction transaction(database);
         SQLite::Statement same(database, "DELETE FROM TB_VALIDACAO WHERE ID = (SELECT MAX(ID) FROM "
                                          "TB_VALIDACAO WHERE CAMINHO = ?1) AND VERSAO = ?2 AND VALIDO IS ?3 "
@@ -84,7 +78,7 @@ void TFileHistory::NoteValidated(const TValidationRecord& record) {
 
 std::vector<TValidationRecord> TFileHistory::Validations() {
     std::vector<TValidationRecord> records;
-    Use(false, [&](SQLite::Database& database) {
+    database_.Use(false, [&](SQLite::Database& database) {
         SQLite::Statement select(database, "SELECT CAMINHO, datetime(DATA, 'localtime'), VERSAO, VALIDO, "
                                            "ERROS, AVISOS FROM TB_VALIDACAO ORDER BY ID DESC");
         while (select.executeStep()) {
@@ -100,35 +94,9 @@ std::vector<TValidationRecord> TFileHistory::Validations() {
 }
 
 void TFileHistory::Clear() {
-    Use(false, [](SQLite::Database& database) {
+    database_.Use(false, [](SQLite::Database& database) {
         database.exec("DELETE FROM TB_ARQUIVO_RECENTE; DELETE FROM TB_VALIDACAO");
     });
-}
-
-void TFileHistory::Use(bool create, const std::function<void(SQLite::Database&)>& action) {
-    try {
-        if (!database_.ExistsDatabase()) {
-            if (!create)
-                return;
-            database_.Build();
-        }
-        auto connection = database_.CreateConnection();
-        connection->setBusyTimeout(kBusyTimeoutMs);
-        if (connection->execAndGet("PRAGMA user_version").getInt() != TDatabase::SchemaVersion())
-            database_.Update();
-        action(*connection);
-    } catch (const SQLite::Exception& error) {
-        Tell(EDatabaseNotOpened(database_.DatabaseFileName(), SqliteReason(error)).what());
-    } catch (const std::exception& error) {
-        Tell(error.what());
-    }
-}
-
-void TFileHistory::Tell(const std::string& reason) {
-    if (std::exchange(told_, true) || !onFailure_)
-        return;
-    onFailure_(reason + ". Os arquivos recentes e o histórico de validações não serão guardados; o resto do "
-                        "programa não depende deles.");
 }
 
 } // namespace conferix

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "data/database.h"
+#include "data/quiet_database.h"
 
 #include <cstdint>
 #include <functional>
@@ -46,13 +47,7 @@ class TFileHistory {
     void Clear();
 
   private:
-    /// Does something with the database, which is made or migrated first where that is needed.
-    void Use(bool create, const std::function<void(SQLite::Database&)>& action);
-    void Tell(const std::string& reason);
-
-    TDatabase database_;
-    std::function<void(const std::string&)> onFailure_;
-    bool told_ = false;
+    TQuietDatabase database_;
 };
 
 } // namespace conferix

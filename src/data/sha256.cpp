@@ -2,12 +2,12 @@
 
 #include "platform/platform.h"
 
+#include <nettle/base64.h>
 #include <nettle/sha2.h>
 
 #include <array>
 #include <cstdint>
 #include <fstream>
-#include <string_view>
 
 namespace conferix {
 
@@ -30,6 +30,17 @@ std::string Sha256OfFile(const std::filesystem::path& file) {
     for (const std::uint8_t byte : digest)
         (text += kHex[byte >> 4U]) += kHex[byte & 0xFU];
     return text;
+}
+
+std::string Sha256Base64(std::string_view text) {
+    sha256_ctx context{};
+    sha256_init(&context);
+    sha256_update(&context, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
+    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
+    sha256_digest(&context, digest.size(), digest.data());
+    std::array<char, BASE64_ENCODE_RAW_LENGTH(SHA256_DIGEST_SIZE)> encoded{};
+    base64_encode_raw(encoded.data(), digest.size(), digest.data());
+    return {encoded.data(), encoded.size()};
 }
 
 } // namespace conferix

@@ -72,6 +72,20 @@ constexpr TCategoriaDespesa kGasesMedicinais = {
      "O valor total de gases medicinais deve ser igual a soma do valor das despesas com gases medicinais. O "
      "valor {} foi encontrado, porém o esperado é {}."}};
 
+namespace {
+
+constexpr const TCategoriaDespesa* kCategorias[] = {&kDiarias, &kGasesMedicinais, &kMateriais, &kMedicamentos,
+                                                    &kOpme,    &kTaxasAlugueis};
+
+} // namespace
+
+double SomaGeral(const IProcedimentosExecutados& procedimentos, const IOutrasDespesas& despesas) {
+    double sum = procedimentos.TotalProcedimentos();
+    for (const TCategoriaDespesa* categoria : kCategorias)
+        sum += categoria->Sum(despesas);
+    return sum;
+}
+
 double TCategoriaDespesa::Sum(const IOutrasDespesas& despesas) const {
     double sum = 0;
     for (const std::string_view codigo : Codigos)
@@ -174,14 +188,9 @@ void TTotalizadorGeralValidation::CheckGuia(const Guia& guia) {
     StartGuia(guia);
     if (!DeclaresCategories())
         return;
-    static constexpr const TCategoriaDespesa* kCategorias[] = {
-        &kDiarias, &kGasesMedicinais, &kMateriais, &kMedicamentos, &kOpme, &kTaxasAlugueis};
     const IProcedimentosExecutados procedimentos = guia.ProcedimentosExecutados();
     const IOutrasDespesas despesas = guia.OutrasDespesas();
-    double expected = procedimentos.TotalProcedimentos();
-    for (const TCategoriaDespesa* categoria : kCategorias)
-        expected += categoria->Sum(despesas);
-    CheckTotal(guia, guia.ValorTotal().ValorTotalGeral(), expected, kGeral,
+    CheckTotal(guia, guia.ValorTotal().ValorTotalGeral(), SomaGeral(procedimentos, despesas), kGeral,
                [&](std::vector<const TXmlNode*>& nodes) {
                    AppendItems(procedimentos, nodes);
                    for (const TCategoriaDespesa* categoria : kCategorias)

@@ -9,6 +9,9 @@
 
 namespace conferix {
 
+/// Guides declare totals by category, and of fees, from this version on; older totals are not judged.
+inline constexpr std::string_view kTotaisDesdeVersao = "3.00.00";
+
 /// What a rule says of a declared total.
 struct TTotalTexts {
     std::string_view Absent; ///< empty: nothing is said
@@ -26,8 +29,7 @@ class TTotalizadorValidation : public TGuiaTissValidation {
     /// to the list that it is given.
     void CheckTotal(const IGuiaTiss& guia, const TXmlField& total, double expected, const TTotalTexts& texts,
                     const std::function<void(std::vector<const TXmlNode*>&)>& items);
-    /// Guides declare totals by category, and of fees, from this version on.
-    bool DeclaresCategories() const { return IsVersionFrom("3.00.00"); }
+    bool DeclaresCategories() const { return IsVersionFrom(kTotaisDesdeVersao); }
 };
 
 /// The total of procedures; of a fees guide, the total of fees.
@@ -62,6 +64,10 @@ extern const TCategoriaDespesa kMateriais;
 extern const TCategoriaDespesa kMedicamentos;
 extern const TCategoriaDespesa kOpme;
 extern const TCategoriaDespesa kGasesMedicinais;
+
+/// What the general total of a guide has to be: the procedures and all categories of expenses, each rounded
+/// to cents.
+double SomaGeral(const IProcedimentosExecutados& procedimentos, const IOutrasDespesas& despesas);
 
 /// The total of one category of expenses.
 class TTotalizadorCategoriaBase : public TTotalizadorValidation {

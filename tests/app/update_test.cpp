@@ -212,7 +212,16 @@ TEST_F(Update, TheCommandInstallsWhatIsNotInPlace) {
                                 {"sha256", Sha(bytes)},
                                 {"endereco", name + ".zip"}});
         }
-        return THttpAnswer{.Body = json{{"pacotes", packages}}.dump()};
+        const json notice = {{"id", "1"},
+                             {"data", "2026-03-01"},
+                             {"titulo", "Comunicado"},
+                             {"texto", "Leia.\u001b"},
+                             {"nivel", "importante"},
+                             {"endereco", "https://a/b"}};
+        json other = notice; // what is not built so is left out, and no other address is kept
+        other.update({{"id", "2"}, {"titulo", "Outro"}, {"endereco", "file:///etc/passwd"}});
+        return THttpAnswer{
+            .Body = json{{"pacotes", packages}, {"avisos", {notice, other, 7, {{"id", "3"}}}}}.dump()};
     });
     const auto run = [this](const std::vector<std::string>& words) {
         const TCommandResult result = Run(words);
@@ -223,8 +232,14 @@ TEST_F(Update, TheCommandInstallsWhatIsNotInPlace) {
     EXPECT_THAT(run({"atualizar", "--verificar"}), HasSubstr("disponível"));
     const std::string schema = File("dados/schemas/tiss/tissV4_01_00.xsd");
     EXPECT_FALSE(std::filesystem::exists(schema));
+    EXPECT_THAT(run({"avisos"}), testing::AllOf(HasSubstr("Atualização disponível: schemas 4.01.00"),
+                                                HasSubstr("01/03/2026: Comunicado\n   Leia.\\x1B\n   "
+                                                          "https://a/b\n"),
+                                                HasSubstr("Outro"), testing::Not(HasSubstr("passwd"))));
     EXPECT_THAT(run({"atualizar"}), HasSubstr("0 schemas 4.01.00"));
     EXPECT_TRUE(std::filesystem::exists(schema));
+    EXPECT_THAT(run({"avisos"}), testing::AllOf(HasSubstr("Atualização instalada: schemas 4.01.00"),
+                                                testing::Not(HasSubstr("disponível"))));
     EXPECT_THAT(run({"atualizar", "--formato", "json"}), HasSubstr("\"estado\": \"instalado\""));
     EXPECT_EQ(server.Requests().size(), 4U); // the package came once
 

@@ -116,6 +116,28 @@ int StatusOf(const TValidateArgs& result) {
     return result.FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
 }
 
+void Notify(const std::function<void(TNoticeBox&)>& note) {
+    try {
+        TNoticeBox box{TDatabase()};
+        note(box);
+    } catch (const EFile&) { // no data folder can be made
+        return;
+    } catch (const EDataFolderUnknown&) {
+        return;
+    }
+}
+
+void CheckOutput(const std::string& saida, const std::vector<TInput>& inputs) {
+    const std::filesystem::path file = PathFromText(saida);
+    std::error_code failure;
+    if (const auto folder = file.parent_path();
+        !folder.empty() && !std::filesystem::is_directory(folder, failure))
+        throw EFileNotWritten(file, "a pasta não existe");
+    for (const TInput& input : inputs)
+        if (std::filesystem::equivalent(file, PathFromText(input.Name), failure))
+            throw EUsage(fmt::format("o relatório substituiria um dos arquivos que são lidos: {}", saida));
+}
+
 int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action,
               TXmlUndecodable undecodable) {
     const auto fail = [&](int status, std::string_view reason) {

@@ -1,4 +1,5 @@
 #include "app/cli/commands.h"
+#include "app/notices.h"
 #include "app/update_importers.h"
 #include "app/updater.h"
 #include "data/constantes.h"
@@ -44,13 +45,15 @@ int RunAtualizar(const TCliContext& context, bool verificar) {
         TJson report = TJson::array();
         std::string text;
         int status = kExitValid;
-        for (const TPackage& package : update.List(importers)) {
+        std::vector<TPackage> packages = update.List(importers);
+        for (TPackage& package : packages) {
             std::string_view state = package.Installed ? "instalado" : "disponivel";
             std::string failure;
             if (!verificar && !package.Installed) {
                 try {
                     update.Install(package, importers, ProgressOn(context, package));
                     state = "instalado";
+                    package.Installed = true;
                 } catch (const std::exception& error) { // one package does not keep the others from it
                     failure = error.what();
                     context.Error(failure);
@@ -63,6 +66,8 @@ int RunAtualizar(const TCliContext& context, bool verificar) {
                                 Visible(package.Kind), package.Size,
                                 state == "disponivel" ? "disponível" : state);
         }
+        if (!packages.empty() || !update.Published().empty())
+            Notify([&](TNoticeBox& box) { NoteUpdates(box, packages, update.Published()); });
         if (context.Json())
             context.Streams.Out << JsonText(report) << '\n';
         else

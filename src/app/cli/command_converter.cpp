@@ -1,5 +1,6 @@
 #include "app/cli/commands.h"
 #include "app/lote_conversion.h"
+#include "app/notices.h"
 #include "convert/version_converter.h"
 #include "platform/platform.h"
 #include "report/console.h"
@@ -99,6 +100,8 @@ class TConverterCommand {
         int status = kExitValid;
         for (const std::string& file : options_.Arquivos)
             status = std::max(status, Convert(file));
+        if (!open_.empty())
+            Notify([this](TNoticeBox& box) { NoteConversions(box, open_); });
         if (context_.Json() && options_.Arquivos.size() > 1)
             context_.Streams.Out << JsonText(reports_) << '\n';
         else if (context_.Json() && !reports_.empty())
@@ -114,6 +117,9 @@ class TConverterCommand {
                 ConvertLote(*file.Load(), options_.Para, conversion_, context_.Schemas());
             Write(name, file.WithText(lote.Xml));
             Report(name, lote);
+            if (const std::size_t open = CountNotes(lote.Notes, TConversionNoteType::ntPending); open != 0)
+                open_.push_back({name == "-" ? "entrada padrão" : PathText(PathFromText(name).filename()),
+                                 std::string(lote.To), open});
             return kExitValid;
         });
         if (context_.Json() && status != kExitValid && options_.Arquivos.size() > 1)
@@ -200,6 +206,7 @@ class TConverterCommand {
     const TConverterOptions& options_;
     TConversionOptions conversion_;
     TJson reports_ = TJson::array();
+    std::vector<TOpenConversion> open_;
 };
 
 } // namespace

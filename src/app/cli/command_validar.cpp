@@ -2,6 +2,7 @@
 #include "app/cli/progress.h"
 #include "app/file_validation.h"
 #include "app/input_files.h"
+#include "app/notices.h"
 #include "app/repeated_guides.h"
 #include "platform/platform.h"
 #include "report/console.h"
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -92,19 +94,6 @@ std::vector<TInput> Inputs(const TCliContext& context, const TValidarOptions& op
     return inputs;
 }
 
-/// Refuses a report that could not be written at the end, or would replace what it tells of.
-void CheckOutput(const std::string& saida, const std::vector<TInput>& inputs) {
-    const std::filesystem::path file = PathFromText(saida);
-    std::error_code failure;
-    if (const auto folder = file.parent_path();
-        !folder.empty() && !std::filesystem::is_directory(folder, failure))
-        throw EFileNotWritten(file, "a pasta não existe");
-    for (const TInput& input : inputs)
-        if (std::filesystem::equivalent(file, PathFromText(input.Name), failure))
-            throw EUsage(
-                fmt::format("o relatório substituiria um dos arquivos que são validados: {}", saida));
-}
-
 TFileResult Validate(const TCliContext& context, const TFileValidator& validator, const TInput& input) {
     if (!input.Failure.empty())
         return UnreadableFile(input.Name, input.Failure);
@@ -134,6 +123,7 @@ class TReportOutput {
         writer_.Begin(out_);
     }
 
+    const TReportTotals& Totals() const { return totals_; }
     TProgressBar& Progress() { return progress_; }
 
     /// Any thread may add what came of the file of that index.
@@ -215,9 +205,20 @@ class TReportOutput {
     TRepeatedGuides repeated_;
 };
 
+/// Who waits so long for a batch does something else meanwhile.
+constexpr std::chrono::seconds kLongBatch(10);
+
+TBatchOutcome OutcomeOf(const TReportTotals& totals, const TValidarOptions& options) {
+    const std::filesystem::path only =
+        options.Arquivos.size() == 1 ? PathFromText(options.Arquivos.front()) : std::filesystem::path();
+    return {PathText(only.has_filename() ? only.filename() : only.parent_path().filename()),
+            totals.Of(TVerdict::Valid), totals.Of(TVerdict::Invalid), totals.Of(TVerdict::NotVerified)};
+}
+
 } // namespace
 
 int RunValidar(const TCliContext& context, const TValidarOptions& options) {
+    const auto start = std::chrono::steady_clock::now();
     CheckOptions(context, options);
     const TReportOptions shown = ReportOptions(context, options);
     std::vector<TInput> inputs = Inputs(context, options);
@@ -266,6 +267,8 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
     if (!options.Saida.empty())
         WriteFileAtomically(PathFromText(options.Saida), report.view());
     context.Told->Answered = true;
+    if (inputs.size() > 1 && std::chrono::steady_clock::now() - start > kLongBatch)
+        Notify([&](TNoticeBox& box) { NoteBatch(box, OutcomeOf(output.Totals(), options)); });
     return output.Status(shown.FailingLevel());
 }
 

@@ -2,10 +2,12 @@
 
 #include "app/cli/cli.h"
 #include "app/config.h"
+#include "app/input_files.h"
 #include "app/schema_folder.h"
 #include "app/tiss_file.h"
 #include "app/updater.h"
 #include "app/validador_controller.h"
+#include "data/notice_box.h"
 
 #include <filesystem>
 #include <functional>
@@ -69,6 +71,8 @@ int StatusOf(const TValidateArgs& result);
 /// Reads a file for a command, "-" from standard input. Raises EFileNotRead, EXmlEncoding.
 TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName,
                        TXmlUndecodable undecodable = TXmlUndecodable::Refused);
+/// Puts notices into the inbox of the data folder. Where that fails there are none, and nothing else happens.
+void Notify(const std::function<void(TNoticeBox&)>& note);
 /// What a command does with a file, answering its exit status.
 using TFileAction = std::function<int(const TTissFile&)>;
 /// Reads a file and does something with it. Of a file that cannot be read, written, understood or converted,
@@ -76,6 +80,10 @@ using TFileAction = std::function<int(const TTissFile&)>;
 /// status that stands for that.
 int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action,
               TXmlUndecodable undecodable = TXmlUndecodable::Refused);
+
+/// Refuses a file of an option for a report that could not be written at the end (EFileNotWritten), or would
+/// replace what it tells of (EUsage).
+void CheckOutput(const std::string& saida, const std::vector<TInput>& inputs);
 
 struct TValidarOptions {
     std::vector<std::string> Arquivos;
@@ -94,6 +102,14 @@ struct TValidarOptions {
     std::optional<unsigned> Paralelo; ///< files at a time; nothing: as many as there are processors
 };
 int RunValidar(const TCliContext& context, const TValidarOptions& options);
+struct TListarOptions {
+    std::string Listagem; ///< one of ListingNames()
+    std::vector<std::string> Arquivos;
+    std::string Ordem; ///< guia, beneficiario, data or valor; empty: of the file
+    std::string Saida; ///< file; empty: the standard output
+    bool SemSubpastas = false;
+};
+int RunListar(const TCliContext& context, const TListarOptions& options);
 int RunInformar(const TCliContext& context, const std::string& arquivo);
 int RunHash(const TCliContext& context, const std::string& arquivo);
 
@@ -154,6 +170,14 @@ struct TConverterOptions {
 int RunConverter(const TCliContext& context, const TConverterOptions& options);
 /// Lists the versions that a lot can be converted to.
 int RunVersoes(const TCliContext& context, const std::string& arquivo);
+
+struct TAvisosOptions {
+    bool Todos = false;               ///< also those that were read
+    std::vector<std::string> Lido;    ///< numbers of notices that are read now
+    std::vector<std::string> Excluir; ///< and of those that go
+};
+/// Shows the notices of the program. Raises EUsage for what is no number.
+int RunAvisos(const TCliContext& context, const TAvisosOptions& options);
 
 /// Fetches packages of schemas and terminology; `verificar`: only tells which are offered.
 int RunAtualizar(const TCliContext& context, bool verificar);

@@ -271,6 +271,36 @@ void AddProxy(TCommand& root) {
     root.Commands.push_back(std::move(command));
 }
 
+void AddAvisos(TCommand& root) {
+    auto options = std::make_shared<TAvisosOptions>();
+    TCommand command{.Name = "avisos", .Summary = "Mostra os avisos do programa"};
+    command.Details =
+        "Os avisos novos, os mais recentes primeiro: até que versão do padrão o programa confere, as tabelas "
+        "da TUSS que há e as importadas há mais de seis meses, as atualizações que \"conferix atualizar\" "
+        "viu "
+        "ou instalou e os avisos que vieram com elas, as conferências de vários arquivos que levaram mais de "
+        "dez segundos, os arquivos convertidos com pontos em aberto. Nada é buscado na rede, e os endereços "
+        "não são abertos. Ficam na pasta de dados, sem dados de pacientes.";
+    command.Options = {
+        {.Name = "--todos", .Description = "Mostra também os lidos", .To = &options->Todos},
+        {.Name = "--lido",
+         .Placeholder = "N,...",
+         .Description = "Marca estes avisos como lidos, e mostra os outros",
+         .To = &options->Lido,
+         .Commas = true},
+        {.Name = "--excluir",
+         .Placeholder = "N,...",
+         .Description = "Exclui estes avisos, que não voltam",
+         .To = &options->Excluir,
+         .Commas = true},
+    };
+    command.WhenOne = "não há aviso de um dos números";
+    command.Examples = {{"conferix avisos", "mostra os avisos novos"},
+                        {"conferix avisos --lido 3,4", "marca dois avisos como lidos"}};
+    command.Run = [options](const TCliContext& context) { return RunAvisos(context, *options); };
+    root.Commands.push_back(std::move(command));
+}
+
 void AddAtualizar(TCommand& root) {
     auto onlyList = std::make_shared<bool>(false);
     TCommand command{.Name = "atualizar", .Summary = "Busca schemas e terminologia no endereço configurado"};
@@ -292,6 +322,7 @@ void AddDataCommands(TCommand& root) {
     AddTerminologia(root);
     AddProxy(root);
     AddAtualizar(root);
+    AddAvisos(root);
 }
 
 } // namespace conferix

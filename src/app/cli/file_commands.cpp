@@ -1,5 +1,6 @@
 // The commands about files, as users are told of them.
 #include "app/cli/command_line.h"
+#include "listing/listing_writer.h"
 #include "model/arquivo_tiss_factory.h"
 
 #include <limits>
@@ -295,6 +296,54 @@ void AddImprimir(TCommand& root) {
     root.Commands.push_back(std::move(command));
 }
 
+void AddListar(TCommand& root) {
+    auto options = std::make_shared<TListarOptions>();
+    TCommand command{.Name = "listar", .Summary = "Lista o que há em lotes de guias e no monitoramento"};
+    command.Details =
+        "guias: a relação das guias; capa: a folha de rosto do lote, com os totais; procedimentos: "
+        "por código; despesas: por tipo; profissionais: o que cada um produziu; entrega: o protocolo "
+        "que se assina. Os totais informados ficam ao lado dos calculados, e o que difere é assinalado. De "
+        "um arquivo de monitoramento são os valores informados, processados e pagos: por guia, por "
+        "procedimento, por prestador (profissionais) e também por mês e tipo de evento (capa).\n\n"
+        "De vários arquivos, ou de uma pasta, saem os totais de cada um e os de todos. As listagens trazem "
+        "dados de pacientes.";
+    command.Arguments = {{.Name = "LISTAGEM",
+                          .Description = "guias, capa, procedimentos, despesas, profissionais ou entrega",
+                          .To = &options->Listagem,
+                          .Choices = {ListingNames().begin(), ListingNames().end()},
+                          .Required = true},
+                         {.Name = "ARQUIVO...",
+                          .Description = "Arquivos ou pastas; - é a entrada padrão",
+                          .To = &options->Arquivos,
+                          .Kind = TValueKind::File,
+                          .Required = true}};
+    command.Options = {
+        {.Name = "--ordem",
+         .Placeholder = "ORDEM",
+         .Description = "guia, beneficiario, data ou valor (o maior primeiro); se omitida, a do arquivo",
+         .To = &options->Ordem,
+         .Choices = {"guia", "beneficiario", "data", "valor"}},
+        {.Name = "--saida",
+         .Placeholder = "ARQUIVO",
+         .Description = "Grava a listagem neste arquivo, de uma vez",
+         .To = &options->Saida,
+         .Kind = TValueKind::File},
+        {.Name = "--sem-subpastas",
+         .Description = "De uma pasta, só os arquivos que estão diretamente nela",
+         .To = &options->SemSubpastas},
+    };
+    command.Formats = ListingFormats();
+    command.WhenZero = "os arquivos foram listados, com diferenças ou sem";
+    command.WhenOne = "um arquivo não tem o que listar, ou não é um arquivo TISS legível";
+    command.Examples = {{"conferix listar guias lote.xml", "mostra as guias do lote e os totais"},
+                        {"conferix listar capa lote.xml --formato pdf --saida capa.pdf",
+                         "grava a folha de rosto do lote, para imprimir"},
+                        {"conferix listar procedimentos enviar/ --formato csv --saida procedimentos.csv",
+                         "grava uma tabela para a planilha, de todos os lotes de uma pasta"}};
+    command.Run = [options](const TCliContext& context) { return RunListar(context, *options); };
+    root.Commands.push_back(std::move(command));
+}
+
 } // namespace
 
 void AddFileCommands(TCommand& root) {
@@ -317,6 +366,7 @@ void AddFileCommands(TCommand& root) {
                                 {"conferix corrigir lote.xml --todas --no-lugar",
                                  "corrige o hash, com o que mais puder ser corrigido"}}},
                   &RunHash);
+    AddListar(root);
     AddConverter(root);
     AddImprimir(root);
     AddSingleFile(root,

@@ -60,6 +60,7 @@ void AddServir(TCommand& root) {
     auto options = std::make_shared<TServirOptions>();
     TCommand command{.Name = "servir", .Summary = "Atende pedidos de validação e correção por HTTP"};
     command.Details =
+        "GET / é uma página para conferir e corrigir arquivos no navegador. "
         "POST /validar e POST /corrigir recebem arquivos e respondem o mesmo que os comandos; GET /regras, "
         "/saude e /metricas informam. Não guarda nada entre um pedido e outro. Atende só este computador, se "
         "--endereco não disser outra coisa. Para com Ctrl+C ou SIGTERM, depois de terminar o que está em "

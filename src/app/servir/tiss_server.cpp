@@ -1,5 +1,6 @@
 #include "app/servir/tiss_server.h"
 
+#include "app/servir/service_page.h"
 #include "report/message_json.h"
 
 #include <fmt/format.h>
@@ -47,7 +48,8 @@ class TTissServer::TLog {
 };
 
 TTissServer::TTissServer(const TTissServerOptions& options, TServiceEngine engine, std::ostream& log)
-    : engine_(std::move(engine)), metrics_(options.Version), log_(std::make_unique<TLog>(log)) {
+    : engine_(std::move(engine)), bodyBytes_(options.Limits.BodyBytes), metrics_(options.Version),
+      log_(std::make_unique<TLog>(log)) {
     for (std::size_t i = 0; i < options.Limits.Runs; ++i)
         terminologies_.push_back(engine_.NewTerminology());
     server_ =
@@ -59,10 +61,19 @@ TTissServer::~TTissServer() = default;
 std::vector<THttpRoute> TTissServer::Routes() {
     const auto work = [this](auto answer) {
         return [this, answer](THttpRequest& request, std::size_t worker) {
-            return answer(request, engine_, terminologies_[worker], metrics_);
+            const bool fromPage = IsFromBrowserForm(request);
+            try {
+                return answer(request, engine_, terminologies_[worker], metrics_);
+            } catch (const EHttpRefusal& refusal) {
+                if (!fromPage)
+                    throw;
+                return RefusalPage(refusal.Status(), refusal.what());
+            }
         };
     };
-    return {{"POST", "/validar", true, work(&AnswerValidar)},
+    return {{"GET", "/", false,
+             [page = ServicePage(bodyBytes_)](const THttpRequest&, std::size_t) { return page; }},
+            {"POST", "/validar", true, work(&AnswerValidar)},
             {"POST", "/corrigir", true, work(&AnswerCorrigir)},
             {"GET", "/regras", false,
              [this](const THttpRequest& request, std::size_t) { return AnswerRegras(request, engine_); }},

@@ -5,6 +5,7 @@
 #include "service/request_server.h"
 #include "service/service_metrics.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -20,8 +21,8 @@ struct TTissServerOptions {
     std::string Version; ///< of the program
 };
 
-/// Answers POST /validar and /corrigir, GET /regras, /saude, /saude/pronta and /metricas. Keeps nothing of a
-/// request once it is answered, so that any number of servers can stand side by side.
+/// Answers POST /validar and /corrigir, GET / (the page), /regras, /saude, /saude/pronta and /metricas. Keeps
+/// nothing of a request once it is answered, so that any number of servers can stand side by side.
 class TTissServer {
   public:
     /// Listens from here on. `log`: a line goes there for each request, with nothing that a client wrote.
@@ -41,6 +42,7 @@ class TTissServer {
     TServiceAnswer AnswerReadiness() const;
 
     TServiceEngine engine_;
+    std::size_t bodyBytes_;                           ///< the largest body
     std::vector<TDBConnectionFactory> terminologies_; ///< one a thread
     TServiceMetrics metrics_;
     std::unique_ptr<TLog> log_;

@@ -1,0 +1,42 @@
+// Cells, and sums for them.
+#pragma once
+
+#include "listing/listing.h"
+
+#include <cmath>
+
+namespace conferix {
+
+/// Adds decimals of up to four places without the noise that sums of doubles gather.
+class TDecimalSum {
+  public:
+    void Add(double value) { sum_ += std::round(static_cast<long double>(value) * kUnits); }
+    double Value() const { return static_cast<double>(sum_ / kUnits); }
+
+  private:
+    static constexpr long double kUnits = 10'000;
+    long double sum_ = 0; ///< in units of the fourth decimal, whole
+};
+
+inline TListingCell TextCell(std::string_view text) {
+    return {.Text = std::string(text)};
+}
+
+/// A number without noise beyond the fourth decimal.
+inline TListingCell NumberCell(std::optional<double> number) {
+    if (!number)
+        return {};
+    TDecimalSum sum;
+    sum.Add(*number);
+    return {.Number = sum.Value()};
+}
+
+inline TListingCell CountCell(std::size_t count) {
+    return {.Number = static_cast<double>(count)};
+}
+
+/// What is declared less what was computed; nothing where they agree or one of them is missing.
+std::optional<double> DifferenceOf(const std::optional<double>& declared,
+                                   const std::optional<double>& computed);
+
+} // namespace conferix

@@ -1,0 +1,123 @@
+#include "listing/listing_writer.h"
+#include "platform/format_settings.h"
+#include "platform/iso_date.h"
+#include "report/csv_cell.h"
+
+#include <algorithm>
+#include <ostream>
+
+namespace conferix {
+
+namespace {
+
+std::string NumberText(const TListingCell& cell, TCellKind kind) {
+    std::string text = CellText(cell, kind);
+    std::erase(text, '.'); // between thousands
+    return text;
+}
+
+std::string Cell(const TListingCell& cell, TCellKind kind) {
+    if (cell.IsEmpty())
+        return {};
+    if (IsNumeric(kind))
+        return NumberText(cell, kind);
+    if (kind == TCellKind::Date && ParseIsoDate(cell.Text))
+        return CellText(cell, kind);
+    return CsvCell(cell.Text);
+}
+
+/// Writes the table: the columns of the listing behind those that tell rows apart.
+class TCsvTable {
+  public:
+    TCsvTable(std::ostream& out, const TListing& listing, const TFileListing& model)
+        : out_(out), columns_(model.Columns),
+          head_(listing.Kind == TListingKind::Capa ? &model.Head : nullptr),
+          grouped_(std::ranges::any_of(listing.Files, [](const TFileListing& file) {
+              return std::ranges::any_of(file.Groups,
+                                         [](const TListingGroup& group) { return !group.Title.empty(); });
+          })) {}
+
+    void WriteHead() const {
+        out_ << "\xEF\xBB\xBF" << CsvCell("Arquivo") << ';' << CsvCell("Registro");
+        if (head_ != nullptr)
+            for (const TListingLine& line : *head_)
+                out_ << ';' << CsvCell(line.Label);
+        if (grouped_)
+            out_ << ';' << CsvCell("Agrupamento");
+        for (const TListingColumn& column : columns_)
+            out_ << ';' << CsvCell(column.Title);
+        out_ << "\r\n";
+    }
+
+    void WriteFile(const TFileListing& file) const {
+        for (const TListingGroup& group : file.Groups)
+            for (const TListingRow& row : group.Rows) {
+                Begin(file.Arquivo, "linha", &file, group.Title);
+                for (std::size_t i = 0; i < columns_.size(); ++i)
+                    out_ << ';' << Cell(row.Cells[i], columns_[i].Kind);
+                out_ << "\r\n";
+            }
+        WriteTotals(file.Arquivo, "total do arquivo", &file, file.Totals);
+    }
+
+    /// The totals of which the table has a column.
+    void WriteTotals(std::string_view name, std::string_view what, const TFileListing* file,
+                     const std::vector<TListingTotal>& totals) const {
+        Begin(name, what, file, {});
+        for (const TListingColumn& column : columns_) {
+            const auto total = std::ranges::find(totals, column.Key, &TListingTotal::Key);
+            out_ << ';';
+            if (total != totals.end())
+                out_ << Cell({.Number = total->Value}, total->Kind);
+        }
+        out_ << "\r\n";
+    }
+
+  private:
+    void Begin(std::string_view name, std::string_view what, const TFileListing* file,
+               std::string_view group) const {
+        out_ << CsvCell(name) << ';' << CsvCell(what);
+        if (head_ != nullptr)
+            for (std::size_t i = 0; i < head_->size(); ++i) {
+                out_ << ';';
+                if (file != nullptr && !file->Head[i].Value.empty())
+                    out_ << CsvCell(file->Head[i].Value);
+            }
+        if (grouped_) {
+            out_ << ';';
+            if (!group.empty())
+                out_ << CsvCell(group);
+        }
+    }
+
+    std::ostream& out_;
+    std::span<const TListingColumn> columns_;
+    const std::vector<TListingLine>* head_; ///< its values stand in columns, too; null where they do not
+    bool grouped_;
+};
+
+} // namespace
+
+void WriteListingCsv(std::ostream& out, const TListing& listing) {
+    const TFileListing* model = nullptr;
+    for (const TFileListing& file : listing.Files) {
+        if (!file.Failure.empty())
+            continue;
+        if (model == nullptr)
+            model = &file;
+        else if (model->Columns.data() != file.Columns.data())
+            throw ENotListed("lotes de guias e arquivos de monitoramento têm colunas diferentes e não cabem "
+                             "em um só CSV; liste-os em separado");
+    }
+    if (model == nullptr)
+        return;
+    const TCsvTable table(out, listing, *model);
+    table.WriteHead();
+    for (const TFileListing& file : listing.Files)
+        if (file.Failure.empty())
+            table.WriteFile(file);
+    if (listing.Files.size() > 1)
+        table.WriteTotals({}, "total", nullptr, listing.Totals());
+}
+
+} // namespace conferix

@@ -1,0 +1,34 @@
+// Listings as text, CSV, JSON, HTML and PDF.
+#pragma once
+
+#include "listing/listing.h"
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace conferix {
+
+/// Formats of listings, the default first.
+std::vector<std::string> ListingFormats();
+
+/// Writes a listing in one of these formats. `colours`: of a terminal. Raises ENotListed where the format
+/// cannot hold it: CSV is one table, which lots and monitoring files do not share.
+void WriteListing(std::ostream& out, const TListing& listing, std::string_view format, bool colours);
+
+/// A cell as people in Brazil write it: "1.234,56", "31/12/2026".
+std::string CellText(const TListingCell& cell, TCellKind kind);
+
+/// Columns that have something in them, 0-based.
+std::vector<std::size_t> ShownColumns(const TFileListing& file);
+
+// One format each.
+void WriteListingText(std::ostream& out, const TListing& listing, bool colours);
+void WriteListingCsv(std::ostream& out, const TListing& listing);
+void WriteListingJson(std::ostream& out, const TListing& listing);
+void WriteListingHtml(std::ostream& out, const TListing& listing);
+void WriteListingPdf(std::ostream& out, const TListing& listing); ///< with a file that could be listed
+
+} // namespace conferix

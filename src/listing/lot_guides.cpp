@@ -1,0 +1,160 @@
+#include "listing/lot_guides.h"
+
+#include "data/plain_text.h"
+#include "rules/totalizer_validations.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace conferix {
+
+namespace {
+
+constexpr std::array<std::string_view, kTiposGuia> kTitles = {"Consulta", "SP/SADT", "Resumo de internação",
+                                                              "Honorários", "Odontologia"};
+
+/// The description stands beside the code, whatever the version calls either.
+std::string_view DescricaoBeside(const TXmlField& codigo) {
+    if (!codigo.Present())
+        return {};
+    const TXmlNode& beside = *codigo.Node()->Parent();
+    const TXmlNode* descricao = beside.Child("descricaoProcedimento");
+    return ValueOf(descricao != nullptr ? descricao : beside.Child("descricao"));
+}
+
+std::optional<double> CalculadoOf(const IGuiaTiss& guia, std::string_view versao) {
+    if (versao < kTotaisDesdeVersao)
+        return std::nullopt;
+    const TItensDaGuia itens = ItensOf(guia);
+    switch (guia.TipoGuia()) {
+    case TEnumTipoGuia::tgSPSADT:
+    case TEnumTipoGuia::tgResumoInternacao:
+        return SomaGeral(itens.Procedimentos, itens.Despesas);
+    case TEnumTipoGuia::tgHonorarios:
+        return itens.Procedimentos.TotalProcedimentos();
+    case TEnumTipoGuia::tgConsulta:
+    case TEnumTipoGuia::tgOdonto:
+        break;
+    }
+    return std::nullopt;
+}
+
+/// Counts the items of a guide and finds the first day among them.
+void ReadItens(TGuiaListada& listed) {
+    std::string_view first;
+    const auto note = [&](const TItemGuia& item) {
+        ++listed.Itens;
+        if (const std::string_view data = item.DataExecucao().Text();
+            !data.empty() && (first.empty() || data < first))
+            first = data;
+    };
+    const TItensDaGuia itens = ItensOf(listed.Guia);
+    for (const TProcedimentoExecutado& procedimento : itens.Procedimentos.Procedimentos())
+        note(procedimento);
+    for (const TDespesa& despesa : itens.Despesas.Despesas())
+        note(despesa);
+    if (listed.Guia.TipoGuia() == TEnumTipoGuia::tgConsulta)
+        listed.Itens = 1;
+    listed.Data = !listed.Head.DataAtendimento.empty() ? listed.Head.DataAtendimento
+                  : !first.empty()                     ? first
+                                                       : listed.Head.Data;
+}
+
+void Sort(std::vector<TGuiaListada>& guias, TListingOrder order) {
+    switch (order) {
+    case TListingOrder::Arquivo:
+        break;
+    case TListingOrder::Guia:
+        std::ranges::stable_sort(guias, [](const TGuiaListada& a, const TGuiaListada& b) {
+            return IsNumeroBefore(a.Guia.NumeroMostrado(), b.Guia.NumeroMostrado());
+        });
+        break;
+    case TListingOrder::Beneficiario: // where names are missing, as from 4.00.00 on, the cards stand for them
+        std::ranges::stable_sort(guias, {}, [](const TGuiaListada& guia) {
+            return std::pair(PlainText(guia.Head.Beneficiario), guia.Head.Carteira);
+        });
+        break;
+    case TListingOrder::Data:
+        std::ranges::stable_sort(guias, {}, &TGuiaListada::Data);
+        break;
+    case TListingOrder::Valor:
+        std::ranges::stable_sort(guias, std::ranges::greater(),
+                                 [](const TGuiaListada& guia) { return guia.Informado.value_or(0); });
+        break;
+    }
+}
+
+} // namespace
+
+TItensDaGuia ItensOf(const IGuiaTiss& guia) {
+    static constexpr TItemListNames kNone = {};
+    const auto withDespesas = [](const auto& of) {
+        return TItensDaGuia{of.ProcedimentosExecutados(), of.OutrasDespesas()};
+    };
+    switch (guia.TipoGuia()) {
+    case TEnumTipoGuia::tgSPSADT:
+        return withDespesas(IGuiaSpSadt(guia));
+    case TEnumTipoGuia::tgResumoInternacao:
+        return withDespesas(IGuiaResumoInternacao(guia));
+    case TEnumTipoGuia::tgOdonto:
+        return withDespesas(IGuiaOdonto(guia));
+    case TEnumTipoGuia::tgHonorarios:
+        return {IGuiaHonorarios(guia).ProcedimentosExecutados(), {nullptr, kNone}};
+    case TEnumTipoGuia::tgConsulta:
+        break;
+    }
+    return {{nullptr, kNone}, {nullptr, kNone}};
+}
+
+std::vector<TProcedimentoListado> ProcedimentosOf(const IGuiaTiss& guia) {
+    std::vector<TProcedimentoListado> listed;
+    if (guia.TipoGuia() == TEnumTipoGuia::tgConsulta) {
+        const TProcedimentoConsulta consulta = IGuiaConsulta(guia).Procedimento();
+        const std::optional<double> valor = consulta.ValorProcedimento().Number();
+        listed.push_back({consulta.Node(), consulta.CodigoTabela().Text(),
+                          consulta.CodigoProcedimento().Text(),
+                          DescricaoBeside(consulta.CodigoProcedimento()), consulta.DataAtendimento().Text(),
+                          1, valor, valor});
+        return listed;
+    }
+    const bool dental = guia.TipoGuia() == TEnumTipoGuia::tgOdonto;
+    for (const TProcedimentoExecutado& item : ItensOf(guia).Procedimentos.Procedimentos()) {
+        const std::optional<double> unit = item.ValorUnitario().Number();
+        const TXmlField total = item.ValorTotal();
+        listed.push_back({item.Node(), item.CodigoTabela().Text(), item.CodigoProcedimento().Text(),
+                          DescricaoBeside(item.CodigoProcedimento()), item.DataExecucao().Text(),
+                          item.QuantidadeExecutada().Number(), unit,
+                          dental && !total.Present() ? unit : total.Number()});
+    }
+    return listed;
+}
+
+std::vector<TGuiaListada> GuiasOf(const ILoteGuias& lote, std::string_view versao, TListingOrder order) {
+    std::vector<TGuiaListada> guias;
+    for (const IGuiaTiss& guia : lote.GuiasTiss().EmOrdemDoDocumento()) {
+        TGuiaListada& listed = guias.emplace_back(TGuiaListada{guia, ReadGuiaHead(guia)});
+        ReadItens(listed);
+        listed.Informado = guia.CampoValorTotalGuia().Number();
+        listed.Calculado = CalculadoOf(guia, versao);
+    }
+    Sort(guias, order);
+    return guias;
+}
+
+bool IsNumeroBefore(std::string_view a, std::string_view b) {
+    const auto digits = [](std::string_view text) {
+        return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+    };
+    if (!digits(a) || !digits(b))
+        return a < b;
+    a.remove_prefix(std::min(a.find_first_not_of('0'), a.size()));
+    b.remove_prefix(std::min(b.find_first_not_of('0'), b.size()));
+    return a.size() != b.size() ? a.size() < b.size() : a < b;
+}
+
+std::string_view TipoGuiaTitle(TEnumTipoGuia tipo) {
+    return kTitles.at(static_cast<std::size_t>(tipo));
+}
+
+} // namespace conferix

@@ -1,0 +1,54 @@
+// The guides of a lot as listings tell of them.
+#pragma once
+
+#include "listing/guide_head.h"
+#include "listing/listing.h"
+#include "model/lote_guias.h"
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace conferix {
+
+/// What a guide bills; lists of a kind that the guide does not have are empty.
+struct TItensDaGuia {
+    IProcedimentosExecutados Procedimentos;
+    IOutrasDespesas Despesas;
+};
+TItensDaGuia ItensOf(const IGuiaTiss& guia);
+
+/// A procedure that a guide bills.
+struct TProcedimentoListado {
+    const TXmlNode* Node; ///< the item; of a consultation the attendance
+    std::string_view Tabela;
+    std::string_view Codigo;
+    std::string_view Descricao;
+    std::string_view Data;
+    std::optional<double> Quantidade;
+    std::optional<double> ValorUnitario;
+    /// Total of the item; of the dental items, which have none, their value.
+    std::optional<double> ValorTotal;
+};
+/// The procedures of a guide of any kind, in the order of the file.
+std::vector<TProcedimentoListado> ProcedimentosOf(const IGuiaTiss& guia);
+
+/// A guide with what most listings say of it.
+struct TGuiaListada {
+    IGuiaTiss Guia;
+    TGuiaHead Head = {};
+    std::string_view Data = {}; ///< of the attendance: the first item's, else the guide's; AAAA-MM-DD
+    std::size_t Itens = 0;      ///< procedures and expenses
+    std::optional<double> Informado = {}; ///< the total that it declares
+    /// The sum of its items, by the rule that judges that total; nothing where none does.
+    std::optional<double> Calculado = {};
+};
+/// The guides of a lot in the order asked for. `versao`: of the file.
+std::vector<TGuiaListada> GuiasOf(const ILoteGuias& lote, std::string_view versao, TListingOrder order);
+
+/// Whether a number of a guide comes before another: as numbers where both are, else as texts.
+bool IsNumeroBefore(std::string_view a, std::string_view b);
+/// What a kind of guide is called.
+std::string_view TipoGuiaTitle(TEnumTipoGuia tipo);
+
+} // namespace conferix

@@ -1,0 +1,514 @@
+#include "listing/lot_listing.h"
+
+#include "data/plain_text.h"
+#include "listing/cells.h"
+#include "listing/lot_guides.h"
+#include "model/tiss_utils.h"
+#include "rules/totalizer_validations.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace conferix {
+
+namespace {
+
+using enum TCellKind;
+
+constexpr TListingColumn kGuiasColumns[] = {
+    {"guia", "Nº da guia"},
+    {"guiaOperadora", "Nº na operadora"},
+    {"senha", "Senha"},
+    {"tipo", "Tipo de guia"},
+    {"data", "Data", Date},
+    {"carteira", "Carteira"},
+    {"beneficiario", "Beneficiário"},
+    {"profissional", "Profissional"},
+    {"itens", "Itens", Count},
+    {"valorInformado", "Valor informado", Money},
+    {"valorCalculado", "Valor calculado", Money},
+    {"diferenca", "Diferença", Money},
+};
+constexpr TListingColumn kCapaColumns[] = {
+    {"composicao", "Composição"},
+    {"valorInformado", "Valor informado", Money},
+    {"valorCalculado", "Valor calculado", Money},
+    {"diferenca", "Diferença", Money},
+    {"guiasComDiferenca", "Guias com diferença", Count},
+};
+constexpr TListingColumn kProcedimentosColumns[] = {
+    {"tabela", "Tabela"},
+    {"codigo", "Código"},
+    {"descricao", "Descrição"},
+    {"guias", "Guias", Count},
+    {"quantidade", "Quantidade", Quantity},
+    {"valorTotal", "Valor total", Money},
+};
+constexpr TListingColumn kDespesasColumns[] = {
+    {"codigo", "Código"},
+    {"tipo", "Tipo de despesa"},
+    {"itens", "Itens", Count},
+    {"quantidade", "Quantidade", Quantity},
+    {"valorInformado", "Valor informado", Money},
+    {"valorCalculado", "Valor calculado", Money},
+    {"diferenca", "Diferença", Money},
+    {"guiasComDiferenca", "Guias com diferença", Count},
+};
+constexpr TListingColumn kProfissionaisColumns[] = {
+    {"guia", "Nº da guia"},
+    {"data", "Data", Date},
+    {"carteira", "Carteira"},
+    {"beneficiario", "Beneficiário"},
+    {"tabela", "Tabela"},
+    {"codigo", "Código"},
+    {"descricao", "Descrição"},
+    {"quantidade", "Quantidade", Quantity},
+    {"valorUnitario", "Valor unitário", Money},
+    {"valorTotal", "Valor total", Money},
+};
+constexpr TListingColumn kEntregaColumns[] = {
+    {"ordem", "Nº", Count},
+    {"guia", "Nº da guia"},
+    {"tipo", "Tipo de guia"},
+    {"data", "Data", Date},
+    {"carteira", "Carteira"},
+    {"beneficiario", "Beneficiário"},
+    {"valor", "Valor informado", Money},
+};
+
+/// A category of expenses as listings tell of it: code of domain table 25, in 2.x one digit.
+struct TCategoriaListada {
+    const TCategoriaDespesa& Categoria;
+    std::string_view Codigo;
+    std::string_view CodigoV2;
+    std::string_view Titulo;
+};
+const std::array<TCategoriaListada, 6> kCategorias = {{
+    {kGasesMedicinais, "01", "1", "Gases medicinais"},
+    {kMedicamentos, "02", "2", "Medicamentos"},
+    {kMateriais, "03", "3", "Materiais"},
+    {kDiarias, "05", "5", "Diárias"},
+    {kTaxasAlugueis, "07", "4, 6", "Taxas e aluguéis"},
+    {kOpme, "08", "", "OPME"},
+}};
+
+/// Declared totals beside the sums that they stand for, guide by guide.
+class TBalance {
+  public:
+    /// `judged`: whether a rule holds the two to be the same.
+    void Add(std::optional<double> declared, std::optional<double> computed, bool judged = true) {
+        AddTo(declared_, declared);
+        AddTo(computed_, computed);
+        judged_ = judged_ || (judged && declared && computed);
+        if (const std::optional<double> difference = DifferenceOf(declared, computed); judged && difference) {
+            difference_.Add(*difference);
+            ++differing_;
+        }
+    }
+    std::optional<double> Declared() const { return ValueOfSum(declared_); }
+    std::optional<double> Computed() const { return ValueOfSum(computed_); }
+    std::optional<double> Difference() const {
+        return differing_ == 0 ? std::nullopt : std::optional(difference_.Value());
+    }
+    std::size_t Differing() const { return differing_; }
+    /// How many of the declared totals differ; nothing where none was judged.
+    std::optional<double> DifferingOfJudged() const {
+        return judged_ ? std::optional(static_cast<double>(differing_)) : std::nullopt;
+    }
+    /// Whether each of so many guides had a sum.
+    bool HasComputedAll(std::size_t guides) const { return computed_.Terms == guides; }
+    /// True for a total that nothing is said of, or nothing but zeros.
+    bool IsEmpty() const { return Declared().value_or(0) == 0 && Computed().value_or(0) == 0; }
+
+  private:
+    struct TTerms {
+        TDecimalSum Sum;
+        std::size_t Terms = 0;
+    };
+    static void AddTo(TTerms& terms, const std::optional<double>& value) {
+        if (!value)
+            return;
+        terms.Sum.Add(*value);
+        ++terms.Terms;
+    }
+    static std::optional<double> ValueOfSum(const TTerms& terms) {
+        return terms.Terms == 0 ? std::nullopt : std::optional(terms.Sum.Value());
+    }
+
+    TTerms declared_;
+    TTerms computed_;
+    TDecimalSum difference_;
+    std::size_t differing_ = 0;
+    bool judged_ = false;
+};
+
+std::string TiposText(const std::vector<TGuiaListada>& guias) {
+    std::set<TEnumTipoGuia> tipos;
+    for (const TGuiaListada& guia : guias)
+        tipos.insert(guia.Guia.TipoGuia());
+    std::string text;
+    for (const TEnumTipoGuia tipo : tipos)
+        text.append(text.empty() ? "" : ", ").append(TipoGuiaTitle(tipo));
+    return text;
+}
+
+/// Months of the attendances, as "03/2026" or "02/2026 a 03/2026".
+std::string ReferenciaText(const std::vector<TGuiaListada>& guias) {
+    std::set<std::string> months;
+    for (const TGuiaListada& guia : guias)
+        if (const std::optional<TDate> date = ParseIsoDate(guia.Data))
+            months.insert(fmt::format("{:04}-{:02}", static_cast<int>(date->year()),
+                                      static_cast<unsigned>(date->month())));
+    const auto text = [](const std::string& month) { return month.substr(5) + '/' + month.substr(0, 4); };
+    if (months.empty())
+        return {};
+    return months.size() == 1 ? text(*months.begin())
+                              : text(*months.begin()) + " a " + text(*months.rbegin());
+}
+
+std::string_view ProfissionalOf(const TGuiaListada& guia) {
+    if (!guia.Head.Profissionais.empty())
+        return guia.Head.Profissionais.front().Nome;
+    if (guia.Guia.TipoGuia() != TEnumTipoGuia::tgConsulta)
+        for (const TProcedimentoListado& procedimento : ProcedimentosOf(guia.Guia))
+            if (const std::vector<TProfissional> team = ProfissionaisOf(*procedimento.Node); !team.empty())
+                return team.front().Nome;
+    return {};
+}
+
+/// The totals that a guide declares by category; none for the kinds of guide that declare only one.
+std::optional<TValorTotalGuia> TotaisOf(const IGuiaTiss& guia) {
+    switch (guia.TipoGuia()) {
+    case TEnumTipoGuia::tgSPSADT:
+        return IGuiaSpSadt(guia).ValorTotal();
+    case TEnumTipoGuia::tgResumoInternacao:
+        return IGuiaResumoInternacao(guia).ValorTotal();
+    default:
+        return std::nullopt;
+    }
+}
+
+/// Makes the listings of one lot.
+class TLotListing {
+  public:
+    TLotListing(const IMensagemTiss& message, TListingOrder order, TFileListing& listing)
+        : message_(message), judged_(message.Versao() >= kTotaisDesdeVersao), listing_(listing),
+          guias_(GuiasOf(message.LoteGuias(), message.Versao(), order)), order_(order) {}
+
+    void List(TListingKind kind) {
+        WriteHead();
+        listing_.Groups.emplace_back();
+        switch (kind) {
+        case TListingKind::Guias:
+            return Guias();
+        case TListingKind::Capa:
+            return Capa();
+        case TListingKind::Procedimentos:
+            return Procedimentos();
+        case TListingKind::Despesas:
+            return Despesas();
+        case TListingKind::Profissionais:
+            return Profissionais();
+        case TListingKind::Entrega:
+            return Entrega();
+        }
+    }
+
+  private:
+    void WriteHead() {
+        const TXmlDocument& document = *message_.Xml();
+        std::string prestador(TTissUtils::NomeContratado(document));
+        if (prestador.empty())
+            prestador = TTissUtils::CodigoContratado(document);
+        listing_.Head = {
+            {"lote", "Nº do lote", std::string(message_.LoteGuias().NumeroLote().Text())},
+            {"tipo", "Tipo de guia", TiposText(guias_)},
+            {"operadora", "Operadora (registro ANS)", std::string(TTissUtils::RegistroANS(document))},
+            {"prestador", "Prestador", std::move(prestador)},
+        };
+    }
+
+    void AddRow(TListingRow row) { listing_.Groups.back().Rows.push_back(std::move(row)); }
+
+    void AddTotal(std::string_view key, std::string_view label, TCellKind kind, std::optional<double> value,
+                  bool differs = false) {
+        listing_.Totals.push_back({key, label, kind, value, differs});
+    }
+
+    /// Number of guides, their totals, and in how many these differ.
+    void AddTotals(const TBalance& balance) {
+        AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
+        AddTotal("valorInformado", "Valor informado", Money, balance.Declared().value_or(0));
+        AddTotal("valorCalculado", "Valor calculado", Money,
+                 balance.HasComputedAll(guias_.size()) ? balance.Computed() : std::nullopt);
+        AddTotal("guiasComDiferenca", "Guias com diferença", Count, balance.DifferingOfJudged(),
+                 balance.Differing() != 0);
+    }
+
+    TBalance TotalGeral() const {
+        TBalance balance;
+        for (const TGuiaListada& guia : guias_)
+            balance.Add(guia.Informado, guia.Calculado);
+        return balance;
+    }
+
+    void Guias() {
+        listing_.Columns = kGuiasColumns;
+        for (const TGuiaListada& guia : guias_) {
+            const std::optional<double> difference = DifferenceOf(guia.Informado, guia.Calculado);
+            AddRow({{TextCell(guia.Guia.NumeroMostrado()), TextCell(guia.Head.NumeroOperadora),
+                     TextCell(guia.Head.Senha), TextCell(TipoGuiaTitle(guia.Guia.TipoGuia())),
+                     TextCell(guia.Data), TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
+                     TextCell(ProfissionalOf(guia)), CountCell(guia.Itens), NumberCell(guia.Informado),
+                     NumberCell(guia.Calculado), NumberCell(difference)},
+                    difference.has_value()});
+        }
+        AddTotals(TotalGeral());
+    }
+
+    void Entrega() {
+        listing_.Columns = kEntregaColumns;
+        std::size_t number = 0;
+        for (const TGuiaListada& guia : guias_)
+            AddRow({{CountCell(++number), TextCell(guia.Guia.NumeroMostrado()),
+                     TextCell(TipoGuiaTitle(guia.Guia.TipoGuia())), TextCell(guia.Data),
+                     TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
+                     NumberCell(guia.Informado)}});
+        AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
+        AddTotal("valorInformado", "Valor informado", Money, TotalGeral().Declared().value_or(0));
+        listing_.Signatures = true;
+    }
+
+    void AddBalance(std::string_view title, const TBalance& balance) {
+        AddRow({{TextCell(title), NumberCell(balance.Declared()), NumberCell(balance.Computed()),
+                 NumberCell(balance.Difference()), NumberCell(balance.DifferingOfJudged())},
+                balance.Differing() != 0});
+    }
+
+    void Capa() {
+        listing_.Columns = kCapaColumns;
+        const TXmlDocument& document = *message_.Xml();
+        listing_.Head.push_back({"versao", "Versão do padrão", listing_.Versao});
+        listing_.Head.push_back(
+            {"transacao", "Sequencial da transação", std::string(TTissUtils::SequencialTransacao(document))});
+        listing_.Head.push_back({"referencia", "Mês de referência", ReferenciaText(guias_)});
+        for (const auto& [key, label] :
+             {std::pair("protocolo", "Protocolo"), std::pair("previsaoPagamento", "Previsão de pagamento"),
+              std::pair("observacoes", "Observações")})
+            listing_.Head.push_back({key, label, {}, true}); // the operator's answer: filled in by hand
+        TBalance procedures;
+        std::array<TBalance, kCategorias.size()> categories;
+        for (const TGuiaListada& guia : guias_) {
+            const std::optional<TValorTotalGuia> totals = TotaisOf(guia.Guia);
+            if (!totals)
+                continue;
+            const TItensDaGuia itens = ItensOf(guia.Guia);
+            procedures.Add(totals->ValorProcedimentos().Number(), itens.Procedimentos.TotalProcedimentos());
+            for (std::size_t i = 0; i < kCategorias.size(); ++i)
+                categories[i].Add((*totals.*kCategorias[i].Categoria.Total)().Number(),
+                                  kCategorias[i].Categoria.Sum(itens.Despesas), judged_);
+        }
+        if (!procedures.IsEmpty())
+            AddBalance("Procedimentos", procedures);
+        for (std::size_t i = 0; i < kCategorias.size(); ++i)
+            if (!categories[i].IsEmpty())
+                AddBalance(kCategorias[i].Titulo, categories[i]);
+        const TBalance all = TotalGeral();
+        AddBalance("Total geral", all);
+        AddTotals(all);
+    }
+
+    void Procedimentos() {
+        struct TSum {
+            std::string_view Descricao;
+            std::size_t Guias = 0;
+            TDecimalSum Quantidade;
+            TDecimalSum Valor;
+            const IGuiaTiss* Last = nullptr;
+        };
+        listing_.Columns = kProcedimentosColumns;
+        std::map<std::pair<std::string_view, std::string_view>, TSum> sums;
+        TDecimalSum quantity;
+        TBalance balance;
+        for (const TGuiaListada& guia : guias_) {
+            TDecimalSum ofGuide;
+            for (const TProcedimentoListado& procedimento : ProcedimentosOf(guia.Guia)) {
+                TSum& sum = sums[{procedimento.Tabela, procedimento.Codigo}];
+                sum.Guias += std::exchange(sum.Last, &guia.Guia) == &guia.Guia ? 0 : 1;
+                if (sum.Descricao.empty())
+                    sum.Descricao = procedimento.Descricao;
+                sum.Quantidade.Add(procedimento.Quantidade.value_or(0));
+                sum.Valor.Add(procedimento.ValorTotal.value_or(0));
+                quantity.Add(procedimento.Quantidade.value_or(0));
+                ofGuide.Add(procedimento.ValorTotal.value_or(0));
+            }
+            AddProcedimentosOf(guia, ofGuide.Value(), balance);
+        }
+        std::vector<std::pair<std::pair<std::string_view, std::string_view>, TSum>> rows(sums.begin(),
+                                                                                         sums.end());
+        if (order_ == TListingOrder::Valor)
+            std::ranges::stable_sort(rows, std::ranges::greater(),
+                                     [](const auto& row) { return row.second.Valor.Value(); });
+        for (const auto& [code, sum] : rows)
+            AddRow(
+                {{TextCell(code.first), TextCell(code.second), TextCell(sum.Descricao), CountCell(sum.Guias),
+                  NumberCell(sum.Quantidade.Value()), NumberCell(sum.Valor.Value())}});
+        AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
+        AddTotal("quantidade", "Quantidade", Quantity, quantity.Value());
+        AddTotal("valorTotal", "Valor dos procedimentos", Money, balance.Computed().value_or(0));
+        AddTotal("valorInformado", "Valor informado nas guias", Money, balance.Declared().value_or(0));
+        AddTotal("guiasComDiferenca", "Guias com diferença", Count, balance.DifferingOfJudged(),
+                 balance.Differing() != 0);
+    }
+
+    /// What a guide declares of its procedures, beside their sum.
+    void AddProcedimentosOf(const TGuiaListada& guia, double sum, TBalance& balance) const {
+        if (const std::optional<TValorTotalGuia> totals = TotaisOf(guia.Guia))
+            balance.Add(totals->ValorProcedimentos().Number(),
+                        ItensOf(guia.Guia).Procedimentos.TotalProcedimentos());
+        else
+            balance.Add(guia.Informado, guia.Calculado.value_or(sum), guia.Calculado.has_value());
+    }
+
+    void Despesas() {
+        struct TSum {
+            std::size_t Itens = 0;
+            TDecimalSum Quantidade;
+            TBalance Balance;
+        };
+        listing_.Columns = kDespesasColumns;
+        std::array<TSum, kCategorias.size()> sums;
+        std::map<std::string_view, TSum> others; // of kinds that no table has
+        for (const TGuiaListada& guia : guias_) {
+            const IOutrasDespesas despesas = ItensOf(guia.Guia).Despesas;
+            for (const TDespesa& despesa : despesas.Despesas()) {
+                const std::string_view code = despesa.CodigoDespesa().Text();
+                const auto* const found = std::ranges::find_if(kCategorias, [&](const auto& category) {
+                    return !code.empty() && std::ranges::find(category.Categoria.Codigos, code) !=
+                                                category.Categoria.Codigos.end();
+                });
+                TSum& sum = found != kCategorias.end()
+                                ? sums[static_cast<std::size_t>(found - kCategorias.begin())]
+                                : others[code];
+                ++sum.Itens;
+                sum.Quantidade.Add(despesa.QuantidadeExecutada().Number().value_or(0));
+                if (found == kCategorias.end())
+                    sum.Balance.Add(std::nullopt, despesa.ValorTotal().Number());
+            }
+            const std::optional<TValorTotalGuia> totals = TotaisOf(guia.Guia);
+            for (std::size_t i = 0; i < kCategorias.size(); ++i) {
+                const TCategoriaDespesa& categoria = kCategorias[i].Categoria;
+                sums[i].Balance.Add(totals ? (*totals.*categoria.Total)().Number() : std::nullopt,
+                                    categoria.Sum(despesas), judged_);
+            }
+        }
+        std::size_t items = 0;
+        std::size_t differing = 0;
+        TDecimalSum computed;
+        TDecimalSum declared;
+        const auto add = [&](std::string_view code, std::string_view title, const TSum& sum) {
+            AddRow(
+                {{TextCell(code), TextCell(title), CountCell(sum.Itens), NumberCell(sum.Quantidade.Value()),
+                  NumberCell(sum.Balance.Declared()), NumberCell(sum.Balance.Computed()),
+                  NumberCell(sum.Balance.Difference()), NumberCell(sum.Balance.DifferingOfJudged())},
+                 sum.Balance.Differing() != 0});
+            items += sum.Itens;
+            differing += sum.Balance.Differing();
+            computed.Add(sum.Balance.Computed().value_or(0));
+            declared.Add(sum.Balance.Declared().value_or(0));
+        };
+        for (std::size_t i = 0; i < kCategorias.size(); ++i)
+            if (sums[i].Itens != 0 || !sums[i].Balance.IsEmpty())
+                add(judged_ ? kCategorias[i].Codigo : kCategorias[i].CodigoV2, kCategorias[i].Titulo,
+                    sums[i]);
+        for (const auto& [code, sum] : others)
+            add(code, "Tipo desconhecido", sum);
+        AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
+        AddTotal("itens", "Itens", Count, static_cast<double>(items));
+        AddTotal("valorInformado", "Valor informado", Money, declared.Value());
+        AddTotal("valorCalculado", "Valor calculado", Money, computed.Value());
+        AddTotal("diferencas", "Totais com diferença", Count,
+                 judged_ ? std::optional(static_cast<double>(differing)) : std::nullopt, differing != 0);
+    }
+
+    void Profissionais() {
+        listing_.Columns = kProfissionaisColumns;
+        struct TWork {
+            std::vector<TListingRow> Rows;
+            TDecimalSum Quantidade;
+            TDecimalSum Valor;
+        };
+        std::map<std::pair<std::string, TProfissional>, TWork> works; // by name as people sort it
+        std::size_t procedures = 0;
+        TDecimalSum value;
+        bool teams = false;
+        for (const TGuiaListada& guia : guias_)
+            for (const TProcedimentoListado& procedimento : ProcedimentosOf(guia.Guia)) {
+                ++procedures;
+                value.Add(procedimento.ValorTotal.value_or(0));
+                const TListingRow row = {
+                    {TextCell(guia.Guia.NumeroMostrado()), TextCell(procedimento.Data),
+                     TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
+                     TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
+                     TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
+                     NumberCell(procedimento.ValorUnitario), NumberCell(procedimento.ValorTotal)}};
+                const std::set<TProfissional> team = TeamOf(guia, procedimento);
+                teams = teams || team.size() > 1;
+                for (const TProfissional& professional : team) {
+                    TWork& work = works[{PlainText(professional.Nome), professional}];
+                    work.Rows.push_back(row);
+                    work.Quantidade.Add(procedimento.Quantidade.value_or(0));
+                    work.Valor.Add(procedimento.ValorTotal.value_or(0));
+                }
+            }
+        listing_.Groups.clear();
+        std::size_t named = 0;
+        for (auto& [who, work] : works) {
+            const std::string title = who.second.Text();
+            named += title.empty() ? 0 : 1;
+            TListingRow sum{std::vector<TListingCell>(std::size(kProfissionaisColumns))};
+            sum.Cells[7] = NumberCell(work.Quantidade.Value());
+            sum.Cells[9] = NumberCell(work.Valor.Value());
+            listing_.Groups.push_back(
+                {title.empty() ? "Sem profissional informado" : title, std::move(work.Rows), std::move(sum)});
+        }
+        AddTotal("profissionais", "Profissionais", Count, static_cast<double>(named));
+        AddTotal("procedimentos", "Procedimentos", Count, static_cast<double>(procedures));
+        AddTotal("valorTotal", "Valor total", Money, value.Value());
+        if (teams)
+            listing_.Notes.emplace_back(
+                "Um procedimento feito em equipe aparece em cada profissional dela; os "
+                "totais do arquivo o contam uma vez.");
+    }
+
+    static std::set<TProfissional> TeamOf(const TGuiaListada& guia,
+                                          const TProcedimentoListado& procedimento) {
+        std::vector<TProfissional> team;
+        if (guia.Guia.TipoGuia() != TEnumTipoGuia::tgConsulta)
+            team = ProfissionaisOf(*procedimento.Node);
+        if (team.empty())
+            team = guia.Head.Profissionais;
+        if (team.empty())
+            team.emplace_back();
+        return {team.begin(), team.end()};
+    }
+
+    const IMensagemTiss& message_;
+    bool judged_; ///< rules judge the totals by category of this version
+    TFileListing& listing_;
+    std::vector<TGuiaListada> guias_;
+    TListingOrder order_;
+};
+
+} // namespace
+
+void ListLot(const IMensagemTiss& message, TListingKind kind, TListingOrder order, TFileListing& listing) {
+    TLotListing(message, order, listing).List(kind);
+}
+
+} // namespace conferix

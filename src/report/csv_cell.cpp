@@ -1,0 +1,40 @@
+#include "report/csv_cell.h"
+
+#include "report/console.h"
+
+#include <algorithm>
+
+namespace conferix {
+
+namespace {
+
+/// Spreadsheets keep so many digits of a number.
+constexpr std::size_t kKeptDigits = 15;
+
+/// True for a text that a spreadsheet would not show as it is.
+bool IsChangedBySpreadsheets(std::string_view text) {
+    if (text.empty())
+        return false;
+    if (std::string_view("=+-@'").find(text.front()) != std::string_view::npos)
+        return true;
+    // Figures with signs between may be an amount, a date or a time, and "1E5" is a number.
+    const auto ofNumber = [](char c) {
+        return (c >= '0' && c <= '9') || std::string_view(".,/:-eE ").find(c) != std::string_view::npos;
+    };
+    if (!std::ranges::all_of(text, ofNumber) || text.find_first_of("0123456789") == std::string_view::npos)
+        return false;
+    const bool digits = text.find_first_not_of("0123456789") == std::string_view::npos;
+    return !digits || text.size() > kKeptDigits || (text.front() == '0' && text.size() > 1);
+}
+
+} // namespace
+
+std::string CsvCell(std::string_view text) {
+    const std::string visible = Visible(OneLine(text));
+    std::string cell = IsChangedBySpreadsheets(visible) ? "\"'" : "\"";
+    for (const char c : visible)
+        cell += c == '"' ? "\"\"" : std::string(1, c);
+    return cell + '"';
+}
+
+} // namespace conferix

@@ -1,0 +1,271 @@
+// Listings as users get them: beside the rules, of every version, in every format.
+#include "support/command_test.h"
+#include "support/generated_lot.h"
+#include "xml/xml_parser.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <map>
+
+namespace conferix {
+namespace {
+
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr long kLots = 10; ///< over all versions; CONFERIX_LOTES names another count
+
+class Listing : public TCommandTest {
+  protected:
+    Listing() { options_ = {"--terminologia", CONFERIX_TUSS_DB}; }
+
+    json List(const std::string& kind, const std::string& file, std::vector<std::string> words = {}) const {
+        words.insert(words.begin(), {"listar", kind, file});
+        return RunJson(words);
+    }
+    /// The first file of a listing.
+    json FileOf(const std::string& kind, const std::string& file, std::vector<std::string> words = {}) const {
+        return List(kind, file, std::move(words))["arquivos"][0];
+    }
+    std::string Generated(const std::string& versao, const std::string& guide, std::uint64_t& seed) const {
+        const auto set = SchemaOfVersion(versao);
+        const auto [generator, tree] = MakeLotTree(*set, versao, guide, seed);
+        return generator.Serialize(*tree);
+    }
+};
+
+/// The rows of all groups.
+std::vector<json> Rows(const json& file) {
+    std::vector<json> rows;
+    for (const json& group : file["grupos"])
+        rows.insert(rows.end(), group["linhas"].begin(), group["linhas"].end());
+    return rows;
+}
+
+/// One column of them.
+std::vector<json> Column(const json& file, const std::string& key) {
+    std::vector<json> values;
+    for (const json& row : Rows(file))
+        values.push_back(row[key]);
+    return values;
+}
+
+/// How many errors the rules of a name have, and the amounts that they expect.
+std::multiset<std::string> ExpectedBy(const json& report, const std::string& rule) {
+    constexpr std::string_view kExpected = "o esperado é ";
+    std::multiset<std::string> amounts;
+    for (const json& message : report["mensagens"])
+        if (const std::string text = message["motivo"];
+            IsErrorOf(message) && message["validacao"].get<std::string>().ends_with(rule)) {
+            const std::size_t at = text.rfind(kExpected) + kExpected.size();
+            amounts.insert(text.substr(at, text.size() - at - 1));
+        }
+    return amounts;
+}
+
+TEST_F(Listing, SumsAreThoseOfTheRules) {
+    const char* wanted = std::getenv("CONFERIX_LOTES");
+    const long lots = wanted != nullptr ? std::strtol(wanted, nullptr, 10) : kLots;
+    const std::pair<const char*, const char*> kinds[] = {
+        {"3.05.00", "guiaSP-SADT"},          {"4.03.00", "guiaResumoInternacao"},
+        {"4.01.00", "guiaHonorarios"},       {"3.02.00", "guiaSP-SADT"},
+        {"3.00.01", "guiaResumoInternacao"}, {"2.02.03", "guiaSP_SADT"},
+        {"3.04.00", "guiaResumoInternacao"}, {"4.00.00", "guiaSP-SADT"}};
+    const std::pair<std::string, const char*> categories[] = {
+        {"01", ".gases"},   {"02", ".medicamentos"},  {"03", ".materiais"},
+        {"05", ".diarias"}, {"07", ".taxasalugueis"}, {"08", ".opme"}};
+    std::uint64_t seed = 1'000;
+    std::size_t same = 0;
+    std::size_t different = 0;
+    const std::string file = File("lote.xml");
+    const auto compare = [&] {
+        const json report = RunJson({"validar", file, "--detalhar"})[0];
+        std::multiset<std::string> wrong;
+        std::size_t declared = 0;
+        for (const json& row : Rows(FileOf("guias", file))) {
+            declared += row["valorInformado"].is_null() ? 0 : 1;
+            if (row["difere"] == true)
+                wrong.insert(fmt::format("{:.2f}", row["valorCalculado"].get<double>()));
+        }
+        std::multiset<std::string> expected = ExpectedBy(report, ".valortotal.totalgeral");
+        expected.merge(ExpectedBy(report, ".honorarios.valortotal"));
+        EXPECT_EQ(wrong, expected) << ReadTestFile(file);
+        different += wrong.size();
+        same += declared - wrong.size();
+        const std::size_t procedures = ExpectedBy(report, ".valortotal.procedimentos").size() +
+                                       ExpectedBy(report, ".honorarios.valortotal").size();
+        const json differingGuides = FileOf("procedimentos", file)["totais"]["guiasComDiferenca"];
+        EXPECT_EQ(differingGuides.is_null() ? 0 : differingGuides.get<std::size_t>(), procedures);
+        std::map<std::string, std::size_t> differing;
+        for (const json& row : Rows(FileOf("despesas", file)))
+            if (!row["guiasComDiferenca"].is_null())
+                differing[row["codigo"]] = row["guiasComDiferenca"];
+        for (const auto& [code, rule] : categories)
+            EXPECT_EQ(differing[code], ExpectedBy(report, rule).size()) << code << ReadTestFile(file);
+    };
+    for (long lot = 0; lot < lots; ++lot) {
+        const auto& [versao, guide] = kinds[static_cast<std::size_t>(lot) % std::size(kinds)];
+        SCOPED_TRACE(fmt::format("{} {} {}", versao, guide, seed));
+        WriteTestFile(file, Generated(versao, guide, seed));
+        compare();
+        Run({"corrigir", file, "--todas", "--no-lugar"});
+        compare();
+    }
+    EXPECT_GT(different, 0U);
+    EXPECT_GT(same, 0U);
+}
+
+TEST_F(Listing, FindsWhatEachVersionHasUnderItsNames) {
+    const std::pair<const char*, std::vector<const char*>> kinds[] = {
+        {"2.02.03",
+         {"guiaConsulta", "guiaSP_SADT", "guiaResumoInternacao", "guiaHonorarioIndividual",
+          "guiaOdontologia"}},
+        {"3.00.01",
+         {"guiaConsulta", "guiaSP-SADT", "guiaResumoInternacao", "guiaHonorarioIndividual", "guiaOdonto"}},
+        {"4.03.00", {"guiaConsulta", "guiaSP-SADT", "guiaResumoInternacao", "guiaHonorarios", "guiaOdonto"}}};
+    std::uint64_t seed = 5'000;
+    const std::string file = File("lote.xml");
+    for (const auto& [versao, guides] : kinds)
+        for (const char* guide : guides) {
+            SCOPED_TRACE(fmt::format("{} {}", versao, guide));
+            WriteTestFile(file, Generated(versao, guide, seed));
+            const TXmlParseResult parsed =
+                TXmlParser::Parse(std::make_shared<const std::string>(ReadTestFile(file)));
+            const TXmlNode& first = *parsed.Document->Root().FirstDescendant(guide);
+            const json row = FileOf("guias", file)["grupos"][0]["linhas"][0];
+            for (const auto& [key, names] :
+                 {std::pair<const char*, std::vector<const char*>>{"carteira", {"numeroCarteira"}},
+                  {"senha", {"senha", "senhaAutorizacao"}},
+                  {"beneficiario", {"nomeBeneficiario"}}}) {
+                std::string value;
+                for (const char* name : names)
+                    value += ValueOf(first.FirstDescendant(name));
+                EXPECT_EQ(row[key], value);
+            }
+            EXPECT_THAT(row["data"].get<std::string>(), testing::MatchesRegex("....-..-.."));
+            std::string titles;
+            const json groups = FileOf("profissionais", file)["grupos"];
+            for (const json& group : groups)
+                titles += group["titulo"].get<std::string>() + '\n';
+            for (const char* name : {"nomeProf", "nomeExecutante", "nomeProfExec2"})
+                for (const TXmlNode* node : first.Descendants(name)) {
+                    EXPECT_THAT(titles, HasSubstr(std::string(node->Value()))) << name;
+                }
+        }
+}
+
+/// A lot of SP/SADT guides: number, beneficiary, day, two items of that value, declared total.
+struct TGuide {
+    std::string Numero, Nome, Dia;
+    double Valor, Total;
+};
+std::string Lot(const std::vector<TGuide>& guides) {
+    std::string text;
+    for (const TGuide& guide : guides) {
+        std::string items;
+        for (int i = 1; i <= 2; ++i)
+            items +=
+                fmt::format("<procedimentoExecutado><sequencialItem>{}</sequencialItem><dataExecucao>{}"
+                            "</dataExecucao><procedimento><codigoTabela>22</codigoTabela>"
+                            "<codigoProcedimento>1010101{}</codigoProcedimento><descricaoProcedimento>"
+                            "=1+1;\"x\"</descricaoProcedimento></procedimento><quantidadeExecutada>1"
+                            "</quantidadeExecutada><valorUnitario>{:.2f}</valorUnitario><valorTotal>{:.2f}"
+                            "</valorTotal></procedimentoExecutado>",
+                            i, guide.Dia, i, guide.Valor, guide.Valor);
+        text += fmt::format("<guiaSP-SADT><cabecalhoGuia><numeroGuiaPrestador>{}</numeroGuiaPrestador>"
+                            "</cabecalhoGuia><dadosBeneficiario><numeroCarteira>00123</numeroCarteira>"
+                            "<nomeBeneficiario>{}</nomeBeneficiario></dadosBeneficiario>"
+                            "<procedimentosExecutados>{}</procedimentosExecutados><valorTotal>"
+                            "<valorTotalGeral>{:.2f}</valorTotalGeral></valorTotal></guiaSP-SADT>",
+                            guide.Numero, guide.Nome, items, guide.Total);
+    }
+    return "<mensagemTISS xmlns=\"http://www.ans.gov.br/padroes/tiss/schemas\"><cabecalho>"
+           "<identificacaoTransacao><tipoTransacao>ENVIO_LOTE_GUIAS</tipoTransacao></identificacaoTransacao>"
+           "<Padrao>3.05.00</Padrao></cabecalho><prestadorParaOperadora><loteGuias><numeroLote>7</numeroLote>"
+           "<guiasTISS>" +
+           text + "</guiasTISS></loteGuias></prestadorParaOperadora></mensagemTISS>";
+}
+
+const std::vector<TGuide> kGuides = {{"10", "Érica &lt;b&gt;", "2026-03-02", 1000.05, 2000.10},
+                                     {"9", "Zilda", "2026-01-31", 0.10, 0.20},
+                                     {"A1", "elaine", "2026-02-01", 20, 39.99}};
+
+TEST_F(Listing, PutsGuidesIntoTheOrderAskedFor) {
+    WriteTestFile(File("a.xml"), Lot(kGuides));
+    const std::pair<const char*, std::vector<json>> orders[] = {{"", {"10", "9", "A1"}},
+                                                                {"guia", {"9", "10", "A1"}},
+                                                                {"beneficiario", {"A1", "10", "9"}},
+                                                                {"data", {"9", "A1", "10"}},
+                                                                {"valor", {"10", "A1", "9"}}};
+    for (const auto& [order, numbers] : orders)
+        for (const char* kind : {"guias", "entrega"}) {
+            std::vector<std::string> words;
+            if (*order != '\0')
+                words = {"--ordem", order};
+            EXPECT_EQ(Column(FileOf(kind, File("a.xml"), words), "guia"), numbers) << order;
+        }
+}
+
+TEST_F(Listing, AddsUpEachFileAndAll) {
+    WriteTestFile(File("a.xml"), Lot(kGuides));
+    WriteTestFile(File("b.xml"), Lot({{"77", "Ana", "2026-03-02", 0.10, 0.20}}));
+    WriteTestFile(File("c.xml"), "nada");
+    const TCommandResult result =
+        Run({"listar", "guias", File("a.xml"), File("b.xml"), File("c.xml"), "--formato", "json"});
+    EXPECT_EQ(result.Status, kExitInvalid);
+    const json listing = result.Json();
+    EXPECT_EQ(listing["arquivos"][0]["totais"], json::parse(R"({"guias": 3, "valorInformado": 2040.29,
+        "valorCalculado": 2040.3, "guiasComDiferenca": 1})"));
+    EXPECT_EQ(listing["totais"], json::parse(R"({"guias": 4, "valorInformado": 2040.49,
+        "valorCalculado": 2040.5, "guiasComDiferenca": 1})"));
+    EXPECT_EQ(listing["arquivos"][2]["erro"]["status"], kExitInvalid);
+    EXPECT_THAT(Column(listing["arquivos"][0], "diferenca"), ElementsAre(nullptr, nullptr, -0.01));
+
+    const std::string text = Run({"listar", "guias", File("a.xml"), File("b.xml"), File("c.xml")}).Out;
+    EXPECT_THAT(text, HasSubstr("2.040,29"));
+    EXPECT_THAT(text, HasSubstr("-0,01 *\n"));
+    EXPECT_THAT(text, HasSubstr("Total de 2 arquivos\n"));
+    EXPECT_THAT(text, HasSubstr("Fora dos totais: 1 arquivo, por não poder ser listado.\n"));
+    EXPECT_EQ(listing, Run({"listar", "guias", folder_.Path().string(), "--formato", "json"}).Json());
+}
+
+TEST_F(Listing, IsATableForSpreadsheetsOfBrazil) {
+    WriteTestFile(File("a.xml"), Lot(kGuides));
+    const std::string csv = Run({"listar", "guias", File("a.xml"), "--formato", "csv"}).Out;
+    EXPECT_THAT(csv, testing::StartsWith("\xEF\xBB\xBF\"Arquivo\";\"Registro\";\"Nº da guia\";"));
+    EXPECT_THAT(csv, HasSubstr(";02/03/2026;\"'00123\";\"Érica <b>\";;2;2000,10;2000,10;\r\n"));
+    EXPECT_THAT(csv, HasSubstr("\"total do arquivo\""));
+    EXPECT_THAT(Run({"listar", "procedimentos", File("a.xml"), "--formato", "csv"}).Out,
+                HasSubstr("\"22\";\"10101011\";\"'=1+1;\"\"x\"\"\";3;3;1020,15\r\n"));
+    const TCommandResult mixed = Run(
+        {"listar", "guias", File("a.xml"), Example("monitoramento-1.06.00-valido.xml"), "--formato", "csv"});
+    EXPECT_EQ(mixed.Status, kExitUsage);
+    EXPECT_THAT(mixed.Err, HasSubstr("não cabem em um só CSV"));
+}
+
+TEST_F(Listing, IsAPageOrPaperThatShowsWhatFilesSayAndDoesNothingElse) {
+    WriteTestFile(File("a.xml"), Lot(kGuides));
+    const std::string page = File("lista.html");
+    EXPECT_EQ(Run({"listar", "entrega", File("a.xml"), "--formato", "html", "--saida", page}).Out, "");
+    const std::string html = ReadTestFile(page);
+    EXPECT_THAT(html, HasSubstr("Érica &lt;b&gt;"));
+    EXPECT_THAT(html, Not(HasSubstr("<b>")));
+    EXPECT_THAT(html, HasSubstr("default-src 'none'"));
+    EXPECT_THAT(html, HasSubstr("Recebido por"));
+    EXPECT_THAT(html, Not(HasSubstr("://")));
+
+    std::vector<TGuide> many(100, kGuides.front());
+    WriteTestFile(File("b.xml"), Lot(many));
+    for (const auto& [kind, pages] : {std::pair("capa", 1), std::pair("guias", 3), std::pair("entrega", 2)}) {
+        const std::string pdf = Run({"listar", kind, File("b.xml"), "--formato", "pdf"}).Out;
+        EXPECT_THAT(pdf, testing::StartsWith("%PDF-"));
+        EXPECT_THAT(pdf, testing::EndsWith("%%EOF\n"));
+        EXPECT_THAT(pdf, HasSubstr(fmt::format("/Count {}", pages))) << kind;
+    }
+}
+
+} // namespace
+} // namespace conferix
