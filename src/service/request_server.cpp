@@ -90,7 +90,8 @@ class TRequestServer::TCore {
                 // The connection for which there was no memory ends; the others go on.
             }
         }
-        return pool_.Load().Running == 0;
+        // Who has just handed over the last answer may not have ended yet.
+        return pool_.IdleWithin(std::chrono::milliseconds(100));
     }
 
     void PostStop() {

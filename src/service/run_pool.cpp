@@ -39,6 +39,11 @@ bool TRunPool::Full() const {
     return FullLocked();
 }
 
+bool TRunPool::IdleWithin(std::chrono::milliseconds time) {
+    std::unique_lock lock(mutex_);
+    return idle_.wait_for(lock, time, [this] { return running_ == 0; });
+}
+
 void TRunPool::DropWaiting() {
     std::deque<TJob> dropped; // destroyed without the lock
     const std::lock_guard lock(mutex_);
@@ -58,7 +63,8 @@ void TRunPool::Work(std::size_t worker) {
         job(worker);
         job = nullptr;
         lock.lock();
-        --running_;
+        if (--running_ == 0)
+            idle_.notify_all();
     }
 }
 

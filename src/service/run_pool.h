@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -31,6 +32,8 @@ class TRunPool {
     };
     TLoad Load() const;
     bool Full() const;
+    /// True where nothing runs, now or within that time.
+    bool IdleWithin(std::chrono::milliseconds time);
     /// Forgets what waits.
     void DropWaiting();
 
@@ -42,6 +45,7 @@ class TRunPool {
     const std::size_t waiting_;
     mutable std::mutex mutex_;
     std::condition_variable changed_;
+    std::condition_variable idle_;
     std::deque<TJob> queue_;
     std::size_t running_ = 0;
     bool ending_ = false;

@@ -322,10 +322,11 @@ TEST_F(Reports, WhatIsShownAndWhereIsChosen) {
     }
 
     for (const char* format : {"texto", "json", "ndjson", "sarif", "junit", "csv"}) {
-        const TCommandResult shown = Validar({"--formato", format}, {faulty, valid});
+        // One at a time: lines of ndjson come as files end.
+        const TCommandResult shown = Validar({"--paralelo", "1", "--formato", format}, {faulty, valid});
         WriteTestFile(File("relatorio"), "antigo");
         const TCommandResult saved =
-            Validar({"--formato", format, "--saida", File("relatorio")}, {faulty, valid});
+            Validar({"--paralelo", "1", "--formato", format, "--saida", File("relatorio")}, {faulty, valid});
         EXPECT_EQ(saved.Out, "");
         EXPECT_EQ(saved.Status, shown.Status);
         EXPECT_EQ(ReadTestFile(File("relatorio")), shown.Out) << format;

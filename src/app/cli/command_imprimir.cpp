@@ -1,3 +1,4 @@
+#include "app/cli/command_line.h"
 #include "app/cli/commands.h"
 #include "data/database_tuss.h"
 #include "data/tuss_search.h"
