@@ -79,11 +79,13 @@ std::string SumOf(const TFormBox& box, const TXmlNode& node) {
     long double sum = 0;
     bool any = false;
     for (const TFormPath& path : box.Paths)
-        if (const TXmlNode* part = First(node, path); part != nullptr)
-            if (const auto value = ParseDecimal(TextOf(*part))) {
-                sum += *value;
-                any = true;
-            }
+        if (const TXmlNode* part = First(node, path); part != nullptr) {
+            const auto value = ParseDecimal(TextOf(*part));
+            if (!value)
+                return {}; // without one of its amounts a sum would be wrong
+            sum += *value;
+            any = true;
+        }
     return any ? TFormatSettings::Messages().Money(RoundMoney(sum)) : std::string();
 }
 
@@ -268,7 +270,7 @@ std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox&
         if (terms && !shownText.empty())
             for (const std::string& table : box.Codes)
                 if (const std::string term = terms(table, shownText); !term.empty())
-                    return shownText + " - " + term;
+                    return shownText.append(" - ").append(term);
         return shownText;
     };
     for (const TFormPath& path : box.Paths) {

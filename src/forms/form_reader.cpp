@@ -110,6 +110,7 @@ class TFormReader {
         const auto keyword = kKeywords.find(words_.front());
         if (keyword == kKeywords.end()) {
             std::vector<std::string_view> known;
+            known.reserve(kKeywords.size());
             for (const auto& [name, take] : kKeywords)
                 known.push_back(name);
             Fail(fmt::format("\"{}\" não é conhecido no começo de uma linha; conhecidos: {}", words_.front(),
@@ -175,6 +176,7 @@ class TFormReader {
             const auto attribute = known.find(word.substr(0, equals));
             if (equals == std::string_view::npos || attribute == known.end()) {
                 std::vector<std::string_view> names;
+                names.reserve(known.size());
                 for (const auto& [name, take] : known)
                     names.push_back(name);
                 Fail(fmt::format("\"{}\" não é conhecido aqui; conhecidos: {}", word.substr(0, equals),

@@ -16,7 +16,7 @@ constexpr std::string_view kByHand = "______________________";
 
 /// A text from a file in at most so many characters.
 std::string Short(std::string_view text) {
-    const std::string visible = Visible(text);
+    std::string visible = Visible(text);
     if (CountCharacters(visible) <= kWidestText)
         return visible;
     return visible.substr(0, BytesOfCharacters(visible, kWidestText - 1)) + "…";

@@ -130,12 +130,14 @@ bool AddText(TDrawing& drawing, const TPaperRect& area, std::string_view text, c
         AddLines(drawing, area, {&text, 1}, single, style);
         return true;
     }
-    for (size = std::min(size, style.OneLine); size > style.Smallest; size -= kSizeStep) {
+    size = std::min(size, style.OneLine);
+    while (size > style.Smallest) {
         const std::size_t most = LinesIn(area.Height, size);
         if (const auto lines = Wrapped(text, area.Width, style.Face, size, most); lines.size() <= most) {
             AddLines(drawing, area, lines, size, style);
             return true;
         }
+        size -= kSizeStep;
     }
     const std::size_t most = LinesIn(area.Height, style.Smallest);
     auto lines = Wrapped(text, area.Width, style.Face, style.Smallest, most);

@@ -137,7 +137,7 @@ TEST_F(Correction, LawsHoldOfEveryExample) {
             if (IsErrorOf(message) && !message["correcoes"].empty())
                 offered.insert(message["linha"].get<int>());
         std::multiset<int> leftOut;
-        const json again = RunJson({"corrigir", "-", "--todas"}, once.Out);
+        const json again = RunJson({"corrigir", "-", "--todas", "--simular"}, once.Out);
         for (const json& left : again["naoCorrigidas"]) {
             EXPECT_FALSE(left["motivo"].get<std::string>().empty());
             leftOut.insert(left["linha"].get<int>());

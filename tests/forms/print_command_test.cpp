@@ -74,7 +74,7 @@ TEST_F(Imprimir, SaysWhatIsWrong) {
          "o formulário \"recibo\" não existe; escolha " + all},
         {{"--em-branco", "consulta", "--versao", "1.00.00"},
          kExitUsage,
-         "o formulário \"consulta\" não existe na versão 1.00.00"},
+         "a versão \"1.00.00\" não existe; conhecidas: 2.01.03"},
         {{spsadt_, "--saida", spsadt_},
          kExitUsage,
          fmt::format("a saída é o próprio \"{}\"; escolha outro arquivo", spsadt_)},

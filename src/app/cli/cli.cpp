@@ -178,6 +178,17 @@ int RunOnFile(const TCliContext& context, const std::string& fileName, const TFi
     return kExitUnreadable;
 }
 
+int RunOnListedFile(const TCliContext& context, const std::string& fileName, bool listed, TJson& reports,
+                    const TFileAction& action, TXmlUndecodable undecodable) {
+    const std::size_t told = context.Told->Errors.size();
+    const std::size_t before = reports.size();
+    const int status = RunOnFile(context, fileName, action, undecodable);
+    if (listed && context.Json() && status != kExitValid && reports.size() == before)
+        reports.push_back({{"arquivo", fileName},
+                           {"erro", ErrorJson(status, std::span(context.Told->Errors).subspan(told))}});
+    return status;
+}
+
 namespace {
 
 /// Passes output on and notes whether there was any.

@@ -111,21 +111,18 @@ class TConverterCommand {
 
   private:
     int Convert(const std::string& name) {
-        const std::size_t told = context_.Told->Errors.size();
-        const int status = RunOnFile(context_, name, [&](const TTissFile& file) {
-            const TConvertedLote lote =
-                ConvertLote(*file.Load(), options_.Para, conversion_, context_.Schemas());
-            Write(name, file.WithText(lote.Xml));
-            Report(name, lote);
-            if (const std::size_t open = CountNotes(lote.Notes, TConversionNoteType::ntPending); open != 0)
-                open_.push_back({name == "-" ? "entrada padrão" : PathText(PathFromText(name).filename()),
-                                 std::string(lote.To), open});
-            return kExitValid;
-        });
-        if (context_.Json() && status != kExitValid && options_.Arquivos.size() > 1)
-            reports_.push_back({{"arquivo", name},
-                                {"erro", ErrorJson(status, std::span(context_.Told->Errors).subspan(told))}});
-        return status;
+        return RunOnListedFile(
+            context_, name, options_.Arquivos.size() > 1, reports_, [&](const TTissFile& file) {
+                const TConvertedLote lote =
+                    ConvertLote(*file.Load(), options_.Para, conversion_, context_.Schemas());
+                Write(name, file.WithText(lote.Xml));
+                Report(name, lote);
+                if (const std::size_t open = CountNotes(lote.Notes, TConversionNoteType::ntPending);
+                    open != 0)
+                    open_.push_back({name == "-" ? "entrada padrão" : PathText(PathFromText(name).filename()),
+                                     std::string(lote.To), open});
+                return kExitValid;
+            });
     }
 
     void Write(const std::string& source, const TTissFile& converted) const {

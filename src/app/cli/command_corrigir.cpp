@@ -46,7 +46,11 @@ void CheckOptions(const TCliContext& context, const TCorrigirOptions& options) {
         if (corrects && !options.NoLugar && !options.Simular)
             throw EUsage("para corrigir vários arquivos, use --no-lugar ou --simular");
     }
-    if (corrects && !writes && context.Streams.OutIsTerminal && !context.Json())
+    if (corrects && !writes && context.Json())
+        throw EUsage(
+            "em JSON sai o que foi corrigido, não o arquivo; use --simular, ou --no-lugar ou --saida "
+            "ARQUIVO para gravar");
+    if (corrects && !writes && context.Streams.OutIsTerminal)
         throw EUsage("o arquivo corrigido não é mostrado no terminal; use --simular para ver as diferenças, "
                      "--no-lugar "
                      "ou --saida ARQUIVO para gravar, ou redirecione a saída (> ARQUIVO)");
@@ -378,8 +382,8 @@ int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options) {
     TJson reports = TJson::array();
     int status = kExitValid;
     for (const std::string& file : options.Arquivos)
-        status = std::max(status, RunOnFile(
-                                      context, file,
+        status = std::max(status, RunOnListedFile(
+                                      context, file, options.Arquivos.size() > 1, reports,
                                       [&](const TTissFile& read) {
                                           return TCorrection(context, options, file, reports).Run(read);
                                       },

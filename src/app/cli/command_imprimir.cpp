@@ -84,14 +84,20 @@ TTermText TermsOf(const TCliContext& context) {
     };
 }
 
+TFormOptions OptionsOf(const TCliContext& context, const TImprimirOptions& options) {
+    TFormOptions wanted;
+    wanted.Only = options.Formulario;
+    if (options.ComDescricao)
+        wanted.Terms = TermsOf(context);
+    return wanted;
+}
+
 /// Prints files into one document.
 class TPrinting {
   public:
     TPrinting(const TCliContext& context, const TImprimirOptions& options)
         : context_(context), options_(options), wanted_(options.Guias.begin(), options.Guias.end()),
-          printer_(InstalledForms(), {.Only = options.Formulario,
-                                      .Terms = options.ComDescricao ? TermsOf(context) : TTermText(),
-                                      .Errors = {}}),
+          printer_(InstalledForms(), OptionsOf(context, options)),
           pdf_(bytes_, options.EmBranco.empty() ? "Guias TISS" : "Formulário TISS") {
         for (const std::string& name : {options.Formulario, options.EmBranco})
             if (!name.empty())
@@ -103,10 +109,10 @@ class TPrinting {
         if (!options_.EmBranco.empty())
             PrintBlank();
         for (const std::string& name : options_.Arquivos)
-            status =
-                std::max(status, RunOnFile(
-                                     context_, name, [&](const TTissFile& file) { return Print(name, file); },
-                                     TXmlUndecodable::Guessed));
+            status = std::max(status, RunOnListedFile(
+                                          context_, name, true, files_,
+                                          [&](const TTissFile& file) { return Print(name, file); },
+                                          TXmlUndecodable::Guessed));
         for (const std::string& number : wanted_)
             if (!printed_.contains(number)) {
                 context_.Error(fmt::format("nenhum dos arquivos tem a guia {}", number));
@@ -125,11 +131,14 @@ class TPrinting {
   private:
     void PrintBlank() {
         const TFormTemplate& form = FormNamed(printer_.Forms(), options_.EmBranco);
-        std::string version = options_.Versao;
-        if (version.empty())
-            for (const TArquivoTissClass& known : TArquivoTissFactory::Classes())
-                if (known.Tipo == TEnumTipoArquivoTiss::taMensagemTISS)
-                    version = std::max(version, std::string(known.Versao));
+        std::set<std::string> versions;
+        for (const TArquivoTissClass& known : TArquivoTissFactory::Classes())
+            if (known.Tipo == TEnumTipoArquivoTiss::taMensagemTISS)
+                versions.emplace(known.Versao);
+        const std::string version = options_.Versao.empty() ? *versions.rbegin() : options_.Versao;
+        if (!versions.contains(version))
+            throw EUsage(fmt::format("a versão \"{}\" não existe; conhecidas: {}", version,
+                                     fmt::join(versions, ", ")));
         const TFormVariant* variant = form.VariantFor(version);
         if (variant == nullptr)
             throw EUsage(fmt::format("o formulário \"{}\" não existe na versão {}", form.Name, version));

@@ -79,8 +79,8 @@ class TParser {
             if (!line_.Help && !line_.Version)
                 CheckWhole();
         } catch (const ECommandLine&) {
-            // Who asks for help is not told first what was wrong.
-            if (!AsksForHelp())
+            // Who asks for help on a command is not told first what was wrong.
+            if (command_->IsGroup() || !AsksForHelp())
                 throw;
             line_.Help = true;
         }

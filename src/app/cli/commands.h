@@ -8,6 +8,7 @@
 #include "app/updater.h"
 #include "app/validador_controller.h"
 #include "data/notice_box.h"
+#include "report/message_json.h"
 
 #include <filesystem>
 #include <functional>
@@ -80,6 +81,9 @@ using TFileAction = std::function<int(const TTissFile&)>;
 /// status that stands for that.
 int RunOnFile(const TCliContext& context, const std::string& fileName, const TFileAction& action,
               TXmlUndecodable undecodable = TXmlUndecodable::Refused);
+/// The same for a file of a list: in JSON, one that failed and left no report gets one with its error.
+int RunOnListedFile(const TCliContext& context, const std::string& fileName, bool listed, TJson& reports,
+                    const TFileAction& action, TXmlUndecodable undecodable = TXmlUndecodable::Refused);
 
 /// Refuses a file of an option for a report that could not be written at the end (EFileNotWritten), or would
 /// replace what it tells of (EUsage).

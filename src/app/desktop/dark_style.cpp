@@ -6,15 +6,12 @@
 #include <QPainter>
 #include <QStyleOption>
 
-#include <memory>
-
 namespace conferix {
 
 void TDarkStyle::Install() {
     if (QApplication::style()->name() != QLatin1String("fusion"))
         return;
-    auto style = std::make_unique<TDarkStyle>(QStringLiteral("fusion"));
-    QApplication::setStyle(style.release()); // the application's from now on
+    QApplication::setStyle(new TDarkStyle(QStringLiteral("fusion"))); // NOLINT(*-leaks): the application's
 }
 
 void TDarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,

@@ -59,11 +59,15 @@ class Window : public TDialogTest {
         Wait([&] { return Tab().Result().has_value() && !Tab().Editor()->IsLoading(); });
     }
     /// An action as the user finds it in the menus.
-    void Do(const char* name) const {
+    /// What the action does at once; what it posts waits for events.
+    void Trigger(const char* name) const {
         auto* const action = window_->findChild<QAction*>(QString::fromLatin1(name));
         ASSERT_NE(action, nullptr) << name;
         ASSERT_TRUE(action->isEnabled()) << name;
         action->trigger();
+    }
+    void Do(const char* name) const {
+        Trigger(name);
         QCoreApplication::processEvents();
     }
     std::string StatusOf(const char* label) const {
@@ -391,7 +395,7 @@ TEST_F(Window, FiltersSortsAndGroupsMessages) {
 
 TEST_F(Window, StopsAValidation) {
     const TDocumentTab& tab = Open(Copy(kFaulty));
-    Do("validar");
+    Trigger("validar");
     ASSERT_TRUE(tab.Session().IsValidating());
     Do("parar");
     EXPECT_EQ(StatusOf("estado"), "Não validado");
