@@ -126,7 +126,7 @@ TEST_F(Servir, TellsWhatTheCommandsTellWhoeverAsksBeside) {
 
 TEST_F(Servir, SaysWhenItIsNotReadyAndWhenAnAnswerGrowsTooLarge) {
     TServiceEngine engine = Engine();
-    engine.AnswerBytes = 100;
+    engine.AnswerBytes = 400;
     engine.NewTerminology = [this] {
         return TDBConnectionFactory([this] { return TDatabaseTuss(folder_ / "nada.db").CreateConnection(); });
     };
@@ -135,7 +135,10 @@ TEST_F(Servir, SaysWhenItIsNotReadyAndWhenAnAnswerGrowsTooLarge) {
     EXPECT_THAT(answer, StartsWith("HTTP/1.1 503 "));
     EXPECT_THAT(answer, HasSubstr("nada.db"));
     EXPECT_THAT(Ask("GET /saude", "", ""), StartsWith("HTTP/1.1 200 "));
-    EXPECT_THAT(Ask("POST /validar", "", "x"), StartsWith("HTTP/1.1 413 "));
+    EXPECT_THAT(Ask("POST /validar", "", std::string(20, 'x')), StartsWith("HTTP/1.1 413 "));
+    EXPECT_THAT(Ask("POST /corrigir?todas", "", ReadTestFile(Example("consulta-4.01.00-valido.xml"))),
+                StartsWith("HTTP/1.1 503 "))
+        << "the file is not to blame";
 }
 
 TEST_F(Servir, StopsAtASignalWithWhatItHadToSay) {

@@ -183,10 +183,11 @@ void TMainWindow::AddTab(const QString& fileName, const TControllerManager::TCon
     connect(tab, &TDocumentTab::HelpWanted, this, &TMainWindow::ShowHelp);
     connect(tab, &TDocumentTab::SettingsWanted, this, &TMainWindow::ShowSettings);
     history_->NoteOpened(FromQt(fileName));
-    tabs_->setCurrentIndex(tabs_->addTab(tab, QFileInfo(fileName).fileName()));
+    tabs_->setCurrentIndex(tabs_->addTab(tab, QString()));
     tab->Load();
     UpdateTab(tab);
     UpdateActions();
+    tab->Editor()->setFocus();
 }
 
 void TMainWindow::CloseTab(int index) {
@@ -202,7 +203,8 @@ void TMainWindow::UpdateTab(TDocumentTab* tab) {
     const int index = tabs_->indexOf(tab);
     if (index < 0)
         return;
-    const QString name = QFileInfo(tab->FileName()).fileName();
+    const QString name =
+        QFileInfo(tab->FileName()).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")); // no keys
     const QString title = tab->Controller().Modified() ? name + QLatin1Char('*') : name;
     if (tabs_->tabText(index) != title)
         tabs_->setTabText(index, title);

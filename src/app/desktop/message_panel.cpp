@@ -322,9 +322,11 @@ void TMessagePanel::ShowDetails() {
     }
     for (std::size_t i = 0; i < std::min(message.Solvers().size(), kMostButtons); ++i) {
         const QString description = ToQt(message.Solvers()[i]->Description()).trimmed();
-        auto* button = new QPushButton(
-            fontMetrics().elidedText(QString(description).replace(QLatin1Char('&'), QStringLiteral("&&")),
-                                     Qt::ElideMiddle, 60 * fontMetrics().averageCharWidth()));
+        auto* button =
+            new QPushButton(fontMetrics().elidedText(description.section(QLatin1Char('\n'), 0, 0)
+                                                         .trimmed()
+                                                         .replace(QLatin1Char('&'), QStringLiteral("&&")),
+                                                     Qt::ElideRight, 60 * fontMetrics().averageCharWidth()));
         button->setObjectName(QStringLiteral("correcao%1").arg(i + 1));
         button->setIcon(IconOf(QStringLiteral("corrigir")));
         button->setToolTip(description);

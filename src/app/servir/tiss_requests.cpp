@@ -154,8 +154,11 @@ class TCorrectionRequest {
         if (!what_.Estrutura && !what_.Todas)
             controller_.Validate(text, enabled);
         if (Validation().ArquivoTiss == nullptr)
-            return Unread(422, "O arquivo não pôde ser lido, e nada foi corrigido.",
-                          Validation().ValidationMessages);
+            return Validation().Verified
+                       ? Unread(422, "O arquivo não pôde ser lido, e nada foi corrigido.",
+                                Validation().ValidationMessages)
+                       : Unread(503, "O serviço não pôde conferir o arquivo, e nada foi corrigido.",
+                                Validation().ValidationMessages);
         metrics.CountVerdict(kVerdicts[static_cast<std::size_t>(VerdictOf(Validation()))]);
         metrics.CountCorrections(result.Applied.size());
         const TTissFile after = before.WithText(result.Xml, controller_.Encoding());

@@ -54,6 +54,10 @@ TFProxySettings::TFProxySettings(TProxySettings settings, QWidget* owner)
     lines->addLayout(buttons.Line);
     modes_->setMinimumWidth(kWidth);
     lines->setSizeConstraint(QLayout::SetFixedSize);
+    setTabOrder(modes_->Choices().back(), server_);
+    setTabOrder(server_, port_);
+    setTabOrder(port_, buttons.Accept);
+    setTabOrder(buttons.Accept, buttons.Cancel);
 
     server_->setText(ToQt(settings_.Server));
     port_->setText(ToQt(TProxySettings::PortText(settings_.Port)));
