@@ -11,8 +11,8 @@ namespace conferix {
 void TDarkStyle::Install() {
     if (QApplication::style()->name() != QLatin1String("fusion"))
         return;
-    QApplication::setStyle(new TDarkStyle(QStringLiteral("fusion"))); // NOLINT(*-leaks): the application's
-}
+    QApplication::setStyle(new TDarkStyle(QStringLiteral("fusion")));
+} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the application takes the style over
 
 void TDarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                                const QWidget* widget) const {

@@ -606,13 +606,22 @@ QString TDocumentTab::StateText() const {
                       (edited_ ? QStringLiteral(" antes da alteração") : QString());
     else if (flags.Contains(TFileStateFlag::sfAberto))
         states << QStringLiteral("Não validado");
+    else if (IsUndecodable())
+        states << QStringLiteral("Inválido");
     return states.join(QStringLiteral(", "));
+}
+
+bool TDocumentTab::IsUndecodable() const {
+    return !session_->IsOpen() && !session_->IsReading() && !editor_->IsLoading() &&
+           !messages_->Messages().empty();
 }
 
 QIcon TDocumentTab::StateIcon() const {
     const TFileStateFlags flags = Controller().FileStateFlags();
     if (flags.Contains(TFileStateFlag::sfValidando))
         return IconOf(QStringLiteral("espera"));
+    if (IsUndecodable())
+        return SeverityIcon(TMessageType::mtError);
     if (!flags.Contains(TFileStateFlag::sfValidado))
         return IconOf(QStringLiteral("arquivo"));
     if (!wasJudged_)

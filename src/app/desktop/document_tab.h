@@ -99,6 +99,8 @@ class TDocumentTab : public QWidget {
     void SettingsWanted(conferix::TSettingsPage page);
 
   private:
+    /// True where the bytes of the file are no text, so that there is nothing but the message that says so.
+    bool IsUndecodable() const;
     void BuildViews();
     void Subscribe();
     void ShowRead(const TReadFile& read);

@@ -357,6 +357,7 @@ TEST_F(Window, ShowsFilesThatAreHardToShow) {
     Wait([&] { return !Messages().empty(); });
     EXPECT_EQ(Messages().front()->Line(), 2);
     EXPECT_TRUE(Tab().Editor()->isReadOnly());
+    EXPECT_THAT(FromQt(window_->windowTitle()), HasSubstr("(Inválido)"));
     EXPECT_FALSE(window_->findChild<QAction*>(QStringLiteral("salvar"))->isEnabled());
     EXPECT_TRUE(window_->close());
 }
