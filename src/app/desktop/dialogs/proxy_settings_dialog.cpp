@@ -38,7 +38,7 @@ TFProxySettings::TFProxySettings(TProxySettings settings, QWidget* owner)
         modes_->Add(caption);
     server_->setValidator(new TKeyFilter([](QChar key) { return !key.isSpace(); }, server_));
     port_->setValidator(new TKeyFilter([](QChar key) { return key >= u'0' && key <= u'9'; }, port_));
-    port_->setMaximumWidth(port_->fontMetrics().horizontalAdvance(QString(2 * kPortDigits, u'0')));
+    port_->setMaximumWidth(port_->fontMetrics().horizontalAdvance(QString(qsizetype{2} * kPortDigits, u'0')));
     auto* const fields = new QFormLayout;
     fields->addRow(QStringLiteral("Servidor:"), server_);
     fields->addRow(QStringLiteral("Porta:"), port_);
