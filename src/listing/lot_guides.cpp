@@ -40,7 +40,11 @@ std::optional<double> CalculadoOf(const IGuiaTiss& guia, std::string_view versao
     return std::nullopt;
 }
 
-/// Counts the items of a guide and finds the first day among them.
+bool IsIlegivel(const TXmlField& field) {
+    return field.Present() && !field.Number();
+}
+
+/// Counts the items of a guide, and the numbers in it that are none, and finds the first day among them.
 void ReadItens(TGuiaListada& listed) {
     std::string_view first;
     const auto note = [&](const TItemGuia& item) {
@@ -50,10 +54,16 @@ void ReadItens(TGuiaListada& listed) {
             first = data;
     };
     const TItensDaGuia itens = ItensOf(listed.Guia);
-    for (const TProcedimentoExecutado& procedimento : itens.Procedimentos.Procedimentos())
+    for (const TProcedimentoExecutado& procedimento : itens.Procedimentos.Procedimentos()) {
         note(procedimento);
-    for (const TDespesa& despesa : itens.Despesas.Despesas())
+        for (const TXmlField& field :
+             {procedimento.QuantidadeExecutada(), procedimento.ValorUnitario(), procedimento.ValorTotal()})
+            listed.Ilegiveis += IsIlegivel(field) ? 1 : 0;
+    }
+    for (const TDespesa& despesa : itens.Despesas.Despesas()) {
         note(despesa);
+        listed.Ilegiveis += IsIlegivel(despesa.ValorTotal()) ? 1 : 0;
+    }
     if (listed.Guia.TipoGuia() == TEnumTipoGuia::tgConsulta)
         listed.Itens = 1;
     listed.Data = !listed.Head.DataAtendimento.empty() ? listed.Head.DataAtendimento
@@ -135,8 +145,11 @@ std::vector<TGuiaListada> GuiasOf(const ILoteGuias& lote, std::string_view versa
     for (const IGuiaTiss& guia : lote.GuiasTiss().EmOrdemDoDocumento()) {
         TGuiaListada& listed = guias.emplace_back(TGuiaListada{guia, ReadGuiaHead(guia)});
         ReadItens(listed);
-        listed.Informado = guia.CampoValorTotalGuia().Number();
-        listed.Calculado = CalculadoOf(guia, versao);
+        const TXmlField total = guia.CampoValorTotalGuia();
+        listed.Informado = total.Number();
+        if (listed.Ilegiveis == 0) // else nobody knows the sum
+            listed.Calculado = CalculadoOf(guia, versao);
+        listed.Ilegiveis += IsIlegivel(total) ? 1 : 0;
     }
     Sort(guias, order);
     return guias;

@@ -40,8 +40,10 @@ struct TGuiaListada {
     std::string_view Data = {}; ///< of the attendance: the first item's, else the guide's; AAAA-MM-DD
     std::size_t Itens = 0;      ///< procedures and expenses
     std::optional<double> Informado = {}; ///< the total that it declares
-    /// The sum of its items, by the rule that judges that total; nothing where none does.
+    /// The sum of its items, by the rule that judges that total; nothing where none does, or where an amount
+    /// of an item is no number.
     std::optional<double> Calculado = {};
+    std::size_t Ilegiveis = 0; ///< amounts and quantities that are no numbers, its total among them
 };
 /// The guides of a lot in the order asked for. `versao`: of the file.
 std::vector<TGuiaListada> GuiasOf(const ILoteGuias& lote, std::string_view versao, TListingOrder order);

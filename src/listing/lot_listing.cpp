@@ -202,6 +202,7 @@ class TLotListing {
 
     void List(TListingKind kind) {
         WriteHead();
+        NoteIlegiveis();
         listing_.Groups.emplace_back();
         switch (kind) {
         case TListingKind::Guias:
@@ -231,6 +232,19 @@ class TLotListing {
             {"operadora", "Operadora (registro ANS)", std::string(TTissUtils::RegistroANS(document))},
             {"prestador", "Prestador", std::move(prestador)},
         };
+    }
+
+    /// Sums that leave something out say so.
+    void NoteIlegiveis() {
+        std::size_t illegible = 0;
+        for (const TGuiaListada& guia : guias_)
+            illegible += guia.Ilegiveis;
+        if (illegible != 0)
+            listing_.Notes.push_back(
+                illegible == 1 ? "1 valor do arquivo não pode ser lido como número e fica fora dos totais."
+                               : fmt::format("{} valores do arquivo não podem ser lidos como número e ficam "
+                                             "fora dos totais.",
+                                             illegible));
     }
 
     void AddRow(TListingRow row) { listing_.Groups.back().Rows.push_back(std::move(row)); }

@@ -232,6 +232,28 @@ TEST_F(Listing, AddsUpEachFileAndAll) {
     EXPECT_EQ(listing, Run({"listar", "guias", folder_.Path().string(), "--formato", "json"}).Json());
 }
 
+TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
+    struct TCase {
+        const char* Right;
+        const char* Wrong;
+        json Informado;
+        json Calculado;
+    };
+    // What nobody can read is in no sum, and a sum of the rest is none.
+    const TCase cases[] = {{">44.65</ans:valorTotalGeral>", ">44,65</ans:valorTotalGeral>", nullptr, 44.65},
+                           {">18.40</ans:valorTotal>", ">18,40</ans:valorTotal>", 44.65, nullptr}};
+    for (const TCase& c : cases) {
+        std::string lot = ReadTestFile(Example("spsadt-3.05.00-valido.xml"));
+        const std::size_t at = lot.find(c.Right);
+        ASSERT_NE(at, std::string::npos) << c.Right;
+        WriteTestFile(File("a.xml"), lot.replace(at, std::string_view(c.Right).size(), c.Wrong));
+        const json file = FileOf("guias", File("a.xml"));
+        EXPECT_EQ(Column(file, "valorInformado")[0], c.Informado) << c.Wrong;
+        EXPECT_EQ(Column(file, "valorCalculado")[0], c.Calculado) << c.Wrong;
+        EXPECT_THAT(file["observacoes"].dump(), HasSubstr("não pode ser lido como número")) << c.Wrong;
+    }
+}
+
 TEST_F(Listing, IsATableForSpreadsheetsOfBrazil) {
     WriteTestFile(File("a.xml"), Lot(kGuides));
     const std::string csv = Run({"listar", "guias", File("a.xml"), "--formato", "csv"}).Out;
