@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -48,22 +49,24 @@ TElementPaths PathsOf(const TXmlNode& guide) {
 std::string_view KindOfContent(const std::string& schemaName, std::vector<std::string_view> around,
                                const TXmlNode& guide) {
     constexpr std::size_t kLeast = 3;
-    constexpr std::size_t kForeign = 2; // some kinds share most of their children
+    constexpr std::size_t kForeign = 2;  // some kinds share most of their children
+    constexpr std::size_t kMost = 100;   // no kind has so many
+    std::set<std::string_view> children; // how often each comes tells nothing
+    for (const TXmlNode& child : guide.ChildTags())
+        if (children.insert(child.LocalName()).second && children.size() > kMost)
+            return {};
     const auto knownIn = [&](std::string_view kind) {
         std::vector<std::string_view> path = around;
         path.insert(path.end(), {kind, {}});
-        std::size_t known = 0;
-        for (const TXmlNode& child : guide.ChildTags()) {
-            path.back() = child.LocalName();
-            known += TElementHistory::BuiltIn().Knows(schemaName, path) ? 1U : 0U;
-        }
-        return known;
+        return static_cast<std::size_t>(std::ranges::count_if(children, [&](std::string_view name) {
+            path.back() = name;
+            return TElementHistory::BuiltIn().Knows(schemaName, path);
+        }));
     };
-    const auto children = static_cast<std::size_t>(std::ranges::distance(guide.ChildTags()));
     const std::size_t own = knownIn(guide.LocalName());
     for (const std::string_view kind : kGuides)
-        if (kind != guide.LocalName() && children >= kLeast && own + kForeign <= children &&
-            knownIn(kind) == children)
+        if (kind != guide.LocalName() && children.size() >= kLeast && own + kForeign <= children.size() &&
+            knownIn(kind) == children.size())
             return kind;
     return {};
 }
