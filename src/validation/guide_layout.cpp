@@ -20,7 +20,10 @@ constexpr std::array<std::string_view, 5> kGuides = {"guiaConsulta", "guiaSP-SAD
 /// So many layouts are looked into; a file of more has other troubles.
 constexpr std::size_t kMostLayouts = 200;
 
-/// The distinct paths of a guide, below those of the elements around it.
+/// A guide with more distinct paths is laid out like no version.
+constexpr std::size_t kMostPaths = 5000;
+
+/// The distinct paths of a guide, below those of the elements around it; none when they are too many.
 TElementPaths PathsOf(const TXmlNode& guide) {
     std::vector<std::string_view> around;
     for (const TXmlNode* at = guide.Parent(); at != nullptr && at->IsTag(); at = at->Parent())
@@ -36,6 +39,8 @@ TElementPaths PathsOf(const TXmlNode& guide) {
         const std::size_t parent = node == &guide ? (paths.Entries.empty() ? 0 : paths.Entries.size() - 1)
                                                   : entryOf.at(node->Parent());
         const auto [entry, added] = known.try_emplace({parent, node->LocalName()}, paths.Entries.size());
+        if (added && paths.Entries.size() == kMostPaths)
+            return {};
         if (added)
             paths.Entries.push_back({parent, node->LocalName()});
         if (node->FirstChildTag() != nullptr)
@@ -75,7 +80,10 @@ std::string_view KindOfContent(const std::string& schemaName, std::vector<std::s
 
 std::string TGuideLayouts::Sentence(const TXmlNode& guide) {
     std::string key;
-    for (const auto& [parent, name] : PathsOf(guide).Entries)
+    const TElementPaths paths = PathsOf(guide);
+    if (paths.Entries.empty())
+        return {};
+    for (const auto& [parent, name] : paths.Entries)
         key.append(std::to_string(parent)).append(" ").append(name).append("\n");
     if (const auto found = known_.find(key); found != known_.end())
         return found->second;

@@ -136,7 +136,7 @@ class TOtherVersions : public ISchemaOtherVersions {
   private:
     static TElementPaths PathsOf(const TXmlDocument& document) {
         // Documents have some hundreds; one with more is like no version.
-        constexpr std::size_t kMaxPaths = 100'000;
+        constexpr std::size_t kMaxPaths = 5000;
         TElementPaths paths;
         std::map<std::pair<std::size_t, std::uint32_t>, std::size_t> known;
         std::vector<std::pair<const TXmlNode*, std::size_t>> open; // the elements around, with their entries
