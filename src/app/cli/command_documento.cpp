@@ -92,9 +92,8 @@ std::string FaultOf(const TDocumentKind& kind, const std::string& number) {
                            kind.Label, kind.Length);
     if (letters && HasRightCheckDigits(number))
         return "Tem letras, como os CNPJ novos podem ter, e os dígitos verificadores conferem; mas as regras "
-               "dos "
-               "campos 014 e 075 do monitoramento só aceitam dígitos, e dos lotes só os da versão 4.03.00 "
-               "aceitam letras.";
+               "dos campos 014 e 075 do monitoramento só aceitam dígitos, e dos lotes só os da versão "
+               "4.03.00 aceitam letras.";
     if (!letters && kind.IsValid(number))
         return "";
     return IsRepeated(number)

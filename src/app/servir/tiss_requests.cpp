@@ -2,6 +2,7 @@
 
 #include "app/configuracao_validacoes.h"
 #include "app/file_correction.h"
+#include "app/missing_data.h"
 #include "app/repeated_guides.h"
 #include "app/servir/request_input.h"
 #include "app/unified_diff.h"
@@ -161,7 +162,8 @@ class TCorrectionRequest {
             return Validation().Verified
                        ? Unread(422, "O arquivo não pôde ser lido, e nada foi corrigido.",
                                 Validation().ValidationMessages)
-                       : Unread(503, "O serviço não pôde conferir o arquivo, e nada foi corrigido.",
+                       : Unread(503,
+                                "O serviço não pôde conferir o arquivo, e nada foi corrigido." + Advice(),
                                 Validation().ValidationMessages);
         metrics.CountVerdict(kVerdicts[static_cast<std::size_t>(VerdictOf(Validation()))]);
         metrics.CountCorrections(result.Applied.size());
@@ -190,6 +192,12 @@ class TCorrectionRequest {
         } catch (const EXmlEncoding& error) {
             throw EHttpRefusal(422, error.what());
         }
+    }
+
+    /// What to do where a schema is missing, as a further sentence.
+    std::string Advice() {
+        const std::filesystem::path& schema = Validation().MissingSchema;
+        return schema.empty() ? std::string() : ' ' + MissingSchemaText(schema);
     }
 
     const TValidateArgs& Validation() { return controller_.Events().OnValidate.Current(); }
