@@ -31,7 +31,7 @@ std::vector<const TRuleText*> SearchRuleTitles(const TRuleGuide& guide, std::str
     const std::vector<std::string> sought = WordsOf(words);
     std::vector<const TRuleText*> found;
     for (const TRuleText& text : guide.Texts())
-        if (HoldsAll(PlainText(text.Title), sought))
+        if (!sought.empty() && HoldsAll(PlainText(text.Title), sought))
             found.push_back(&text);
     return found;
 }
