@@ -1,5 +1,10 @@
 #include "app/missing_data.h"
 
+#include "app/installation.h"
+#include "platform/platform.h"
+
+#include <fmt/format.h>
+
 #include <array>
 #include <string_view>
 #include <utility>
@@ -14,6 +19,16 @@ TMissingData MissingDataOf(const TXmlMessage& message) {
         return TMissingData::Terminology;
     return says("conferix esquemas importar") || reason.starts_with("Schema file ") ? TMissingData::Schema
                                                                                     : TMissingData::Nothing;
+}
+
+std::string MissingSchemaText(const std::filesystem::path& schema) {
+    const std::filesystem::path folder = schema.parent_path();
+    return fmt::format(
+        "O schema \"{}\" não está na pasta \"{}\". Para instalar os schemas publicados pela ANS: "
+        "conferix esquemas importar ARQUIVO{}",
+        PathText(schema.filename()), PathText(folder),
+        folder == InstalledSchemas().Folder() ? std::string()
+                                              : fmt::format(" --esquemas \"{}\"", PathText(folder)));
 }
 
 std::string TextForWindow(std::string text) {

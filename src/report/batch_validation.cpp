@@ -164,9 +164,14 @@ void TBatchValidation::NoteRepeated(std::size_t row, const TValidateArgs& valida
 }
 
 std::string TBatchValidation::Report(std::string_view formato) const {
+    std::vector<std::string> names;
+    for (const TBatchRow& row : rows_)
+        names.push_back(row.File);
+    TReportTotals totals = totals_;
+    totals.SetRepeated(WithFileNames(repeated_.Found(), names));
     for (const auto& spool : spools_)
         if (spool->Formato == formato)
-            return spool->Report(summaries_, totals_);
+            return spool->Report(summaries_, totals);
     return {};
 }
 

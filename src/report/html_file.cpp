@@ -81,6 +81,8 @@ class THtmlFile {
             text += (verdict == TVerdict::Invalid ? " e " : ", com ") +
                     Counted(counts.Warnings(), "aviso", "avisos");
         html_ += fmt::format("<p class=\"veredito {}\">{}</p>\n", HtmlVerdictClass(verdict), text);
+        if (const std::string advice = file_.Advice(); !advice.empty())
+            html_ += fmt::format("<p class=\"fora\">{}</p>\n", HtmlText(advice));
     }
 
     void Facts() {
@@ -191,8 +193,10 @@ class THtmlFile {
             html_ += " " + Link(*text, *first.Rule());
         }
         html_ += fmt::format("</h4>\n<p class=\"frase\">{}</p>\n", HtmlLines(first.Reason()));
-        Places(first, group);
-        html_ += HtmlExcerpt(excerpts_.Around(first));
+        if (!IsOfRun(first)) {
+            Places(first, group);
+            html_ += HtmlExcerpt(excerpts_.Around(first));
+        }
         Corrections(first, group);
         if (text != nullptr && !IsOfRun(first))
             Mend(*text, *first.Rule());

@@ -86,10 +86,10 @@ void THtmlReport::WriteIndex(std::ostream& out, const TReportTotals& totals) con
                            file.Counts.Failures(), file.Counts.Warnings());
     }
     out << "</tbody>\n</table>\n";
-    if (!totals.Notes().empty()) {
-        out << "<h3>Guias que estão em mais de um arquivo</h3>\n<ul>\n";
-        for (const std::string& note : totals.Notes())
-            out << "<li>" << HtmlText(note) << "</li>\n";
+    if (!totals.Repeated().empty()) {
+        out << "<h3>" << kRepeatedGuides << "</h3>\n<ul>\n";
+        for (const std::string& text : RepeatedGuideTexts(totals.Repeated()))
+            out << "<li>" << HtmlText(text) << "</li>\n";
         out << "</ul>\n";
     }
     out << "</nav>\n";

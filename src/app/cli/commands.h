@@ -63,15 +63,13 @@ struct TCliContext {
     void Warning(const std::string& text) const;
 };
 
-/// What a user is told of a schema file that does not exist, with what to do.
-std::string MissingSchemaText(const std::filesystem::path& schema);
-
 /// The exit status that the result of a validation asks for.
 int StatusOf(const TValidateArgs& result);
 
 /// Reads a file for a command, "-" from standard input. Raises EFileNotRead, EXmlEncoding.
 TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName,
                        TXmlUndecodable undecodable = TXmlUndecodable::Refused);
+
 /// Puts notices into the inbox of the data folder. Where that fails there are none, and nothing else happens.
 void Notify(const std::function<void(TNoticeBox&)>& note);
 /// What a command does with a file, answering its exit status.

@@ -33,6 +33,8 @@ class TTissServer {
     TTissServer& operator=(const TTissServer&) = delete;
 
     TRequestServer& Server() { return *server_; }
+    /// What keeps files from being judged, some or all, a sentence each.
+    std::vector<std::string> Problems() const;
 
   private:
     class TLog;
@@ -40,6 +42,7 @@ class TTissServer {
     std::vector<THttpRoute> Routes();
     THttpObserver Observer();
     TServiceAnswer AnswerReadiness() const;
+    std::string Obstacle() const;
 
     TServiceEngine engine_;
     std::size_t bodyBytes_;                           ///< the largest body
