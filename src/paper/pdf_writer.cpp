@@ -106,6 +106,12 @@ void AppendFrames(std::string& to, const TDrawing& drawing, float pageHeight) {
             to += "S\n";
         }
     }
+    if (ground != 0)
+        to += "0 g\n";
+}
+
+void AppendLines(std::string& to, const TDrawing& drawing, float pageHeight) {
+    float pen = -1;
     for (const TPaperLine& line : drawing.Lines) {
         if (line.Pen != pen) {
             AppendPoints(to, line.Pen);
@@ -119,8 +125,6 @@ void AppendFrames(std::string& to, const TDrawing& drawing, float pageHeight) {
         AppendPoints(to, pageHeight - line.Y2);
         to += "l S\n";
     }
-    if (ground != 0)
-        to += "0 g\n";
 }
 
 void AppendTexts(std::string& to, const TDrawing& drawing, float pageHeight) {
@@ -156,9 +160,9 @@ void AppendTexts(std::string& to, const TDrawing& drawing, float pageHeight) {
     to += "ET\n";
 }
 
-void AppendDrawing(std::string& to, const TDrawing& drawing, float pageHeight) {
-    AppendFrames(to, drawing, pageHeight);
-    AppendTexts(to, drawing, pageHeight);
+/// An entry of a dictionary of drawings and pictures.
+std::string ReferenceTo(std::uint32_t object) {
+    return fmt::format("/X{0} {0} 0 R", object);
 }
 
 } // namespace
@@ -214,19 +218,19 @@ void TPdfWriter::AddPage(const TPaperPage& page) {
         group_ = NewObject();
     content_.clear();
     std::string resources = fmt::format("/Font {} 0 R", +kFonts);
+    std::string used;
     if (!page.Common.empty()) {
         std::vector<std::uint32_t> objects;
         for (const auto& drawing : page.Common)
             objects.push_back(ObjectOf(drawing, page)); // uses content_
         content_.clear();
-        resources += "/XObject<<";
         for (const std::uint32_t object : objects) {
-            resources += fmt::format("/D{0} {0} 0 R", object);
-            content_ += fmt::format("/D{} Do\n", object);
+            used += ReferenceTo(object);
+            content_ += fmt::format("/X{} Do\n", object);
         }
-        resources += ">>";
     }
-    AppendDrawing(content_, page.Own, page.Height);
+    AppendDrawing(page.Own, page.Height, used);
+    resources += fmt::format("/XObject<<{}>>", used);
     const std::uint32_t contents = NewObject();
     WriteStream(contents, "", content_);
     const std::uint32_t object = NewObject();
@@ -302,15 +306,48 @@ std::uint32_t TPdfWriter::ObjectOf(const std::shared_ptr<const TDrawing>& drawin
         return kept.Object;
     kept = {drawing, page.Height, NewObject()};
     content_.clear();
-    AppendDrawing(content_, *drawing, page.Height);
+    std::string used;
+    AppendDrawing(*drawing, page.Height, used);
     WriteStream(kept.Object,
-                fmt::format("/Type/XObject/Subtype/Form/BBox[0 0 {:.2f} {:.2f}]/Resources<</Font {} 0 R>>",
-                            page.Width / kMillimetresPerPoint, page.Height / kMillimetresPerPoint, +kFonts),
+                fmt::format("/Type/XObject/Subtype/Form/BBox[0 0 {:.2f} {:.2f}]/Resources<</Font {} 0 R"
+                            "/XObject<<{}>>>>",
+                            page.Width / kMillimetresPerPoint, page.Height / kMillimetresPerPoint, +kFonts,
+                            used),
                 content_);
     const std::uint32_t object = kept.Object;
     if (kept_.size() > kKeptDrawings)
         std::erase_if(kept_, [](const auto& entry) { return entry.second.Drawing.expired(); });
     return object;
+}
+
+void TPdfWriter::AppendDrawing(const TDrawing& drawing, float pageHeight, std::string& used) {
+    AppendFrames(content_, drawing, pageHeight);
+    for (const TPaperPicture& picture : drawing.Pictures) {
+        const std::uint32_t object = ObjectOf(picture.Image);
+        used += ReferenceTo(object);
+        content_ += "q ";
+        AppendPoints(content_, picture.Place.Width);
+        content_ += "0 0 ";
+        AppendPoints(content_, picture.Place.Height);
+        AppendPoints(content_, picture.Place.X);
+        AppendPoints(content_, pageHeight - picture.Place.Bottom());
+        content_ += fmt::format("cm /X{} Do Q\n", object);
+    }
+    AppendLines(content_, drawing, pageHeight);
+    AppendTexts(content_, drawing, pageHeight);
+}
+
+std::uint32_t TPdfWriter::ObjectOf(const std::shared_ptr<const TPaperImage>& image) {
+    const auto [entry, isNew] = images_.try_emplace(image, 0);
+    if (isNew) {
+        entry->second = NewObject();
+        WriteStream(entry->second,
+                    fmt::format("/Type/XObject/Subtype/Image/Width {}/Height {}/ColorSpace/DeviceRGB"
+                                "/BitsPerComponent 8",
+                                image->Width, image->Height),
+                    image->Pixels);
+    }
+    return entry->second;
 }
 
 void TPdfWriter::EndGroup() {
