@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr long kLots = 200; ///< over all versions; CONFERIX_LOTES names another count
+constexpr long kLots = 40; ///< over all versions; CONFERIX_LOTES names another count
 
 class Listing : public TCommandTest {
   protected:
