@@ -55,6 +55,39 @@ TEST_F(Imprimir, ChoosesGuidesAndDescribesCodes) {
     EXPECT_THAT(one, HasSubstr("10000002\n"));
     EXPECT_THAT(one, HasSubstr("9 - N\xE3o acidente\n"));
     EXPECT_EQ(Pages(Texts({consultas_, "--guia", "10000002,77"}, kExitInvalid)), 1U);
+    // A number is the provider's; where no guide has it so, the health plan's.
+    std::string lot = ReadTestFile(Example("consulta-4.01.00-valido.xml"));
+    const std::string file = File("lote.xml");
+    const std::string notice = "900000101 é o número na operadora da guia 10000001";
+    WriteTestFile(file, lot);
+    EXPECT_THAT(Texts({file, "--guia", "900000101"}), HasSubstr("10000001\n"));
+    EXPECT_THAT(Run({"imprimir", file, "--guia", "900000101"}).Err, HasSubstr(notice));
+    lot.replace(lot.find(">10000002<"), 10, ">900000101<");
+    WriteTestFile(file, lot);
+    EXPECT_THAT(Texts({file, "--guia", "900000101"}), Not(HasSubstr("10000001\n")));
+    EXPECT_THAT(Run({"imprimir", file, "--guia", "900000101"}).Err, Not(HasSubstr(notice)));
+}
+
+TEST_F(Imprimir, NumbersEmptyLinesAfterTheLastItem) {
+    std::string lot = ReadTestFile(spsadt_);
+    for (const char* const number : {"3", "2", "1"}) { // of the first guide
+        const std::string item = fmt::format("<ans:sequencialItem>{}<", number);
+        lot.replace(lot.find(item), item.size(), fmt::format("<ans:sequencialItem>{}<", *number - '0' + 3));
+    }
+    WriteTestFile(File("lote.xml"), lot);
+    const std::string texts =
+        Texts({File("lote.xml"), "--guia", "20000001", "--formulario", "spsadt", "--sem-aviso"});
+    const auto count = [&](const std::string& line) {
+        std::size_t lines = 0;
+        for (std::size_t at = 0; (at = texts.find('\n' + line + '\n', at)) != std::string::npos; ++at)
+            ++lines;
+        return lines;
+    };
+    EXPECT_EQ(count("3 -"), 1U); // of the empty table above
+    EXPECT_EQ(count("4 -"), 2U);
+    EXPECT_EQ(count("7 -"), 1U);
+    EXPECT_EQ(count("8 -"), 1U);
+    EXPECT_EQ(count("9 -"), 0U);
 }
 
 TEST_F(Imprimir, SaysWhatIsWrong) {
