@@ -10,6 +10,7 @@
 #include <cmath>
 #include <new>
 #include <ostream>
+#include <set>
 
 namespace conferix {
 
@@ -160,9 +161,12 @@ void AppendTexts(std::string& to, const TDrawing& drawing, float pageHeight) {
     to += "ET\n";
 }
 
-/// An entry of a dictionary of drawings and pictures.
-std::string ReferenceTo(std::uint32_t object) {
-    return fmt::format("/X{0} {0} 0 R", object);
+/// The dictionary of the drawings and pictures that a page or a drawing shows.
+std::string DictionaryOf(const std::set<std::uint32_t>& used) {
+    std::string dictionary = "/XObject<<";
+    for (const std::uint32_t object : used)
+        dictionary += fmt::format("/X{0} {0} 0 R", object);
+    return dictionary + ">>";
 }
 
 } // namespace
@@ -218,19 +222,19 @@ void TPdfWriter::AddPage(const TPaperPage& page) {
         group_ = NewObject();
     content_.clear();
     std::string resources = fmt::format("/Font {} 0 R", +kFonts);
-    std::string used;
+    std::set<std::uint32_t> used;
     if (!page.Common.empty()) {
         std::vector<std::uint32_t> objects;
         for (const auto& drawing : page.Common)
             objects.push_back(ObjectOf(drawing, page)); // uses content_
         content_.clear();
         for (const std::uint32_t object : objects) {
-            used += ReferenceTo(object);
+            used.insert(object);
             content_ += fmt::format("/X{} Do\n", object);
         }
     }
     AppendDrawing(page.Own, page.Height, used);
-    resources += fmt::format("/XObject<<{}>>", used);
+    resources += DictionaryOf(used);
     const std::uint32_t contents = NewObject();
     WriteStream(contents, "", content_);
     const std::uint32_t object = NewObject();
@@ -306,13 +310,12 @@ std::uint32_t TPdfWriter::ObjectOf(const std::shared_ptr<const TDrawing>& drawin
         return kept.Object;
     kept = {drawing, page.Height, NewObject()};
     content_.clear();
-    std::string used;
+    std::set<std::uint32_t> used;
     AppendDrawing(*drawing, page.Height, used);
     WriteStream(kept.Object,
-                fmt::format("/Type/XObject/Subtype/Form/BBox[0 0 {:.2f} {:.2f}]/Resources<</Font {} 0 R"
-                            "/XObject<<{}>>>>",
+                fmt::format("/Type/XObject/Subtype/Form/BBox[0 0 {:.2f} {:.2f}]/Resources<</Font {} 0 R{}>>",
                             page.Width / kMillimetresPerPoint, page.Height / kMillimetresPerPoint, +kFonts,
-                            used),
+                            DictionaryOf(used)),
                 content_);
     const std::uint32_t object = kept.Object;
     if (kept_.size() > kKeptDrawings)
@@ -320,11 +323,11 @@ std::uint32_t TPdfWriter::ObjectOf(const std::shared_ptr<const TDrawing>& drawin
     return object;
 }
 
-void TPdfWriter::AppendDrawing(const TDrawing& drawing, float pageHeight, std::string& used) {
+void TPdfWriter::AppendDrawing(const TDrawing& drawing, float pageHeight, std::set<std::uint32_t>& used) {
     AppendFrames(content_, drawing, pageHeight);
     for (const TPaperPicture& picture : drawing.Pictures) {
         const std::uint32_t object = ObjectOf(picture.Image);
-        used += ReferenceTo(object);
+        used.insert(object);
         content_ += "q ";
         AppendPoints(content_, picture.Place.Width);
         content_ += "0 0 ";

@@ -7,6 +7,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -51,7 +52,7 @@ class TPdfWriter {
     std::uint32_t ObjectOf(const std::shared_ptr<const TDrawing>& drawing, const TPaperPage& page);
     std::uint32_t ObjectOf(const std::shared_ptr<const TPaperImage>& image);
     /// Adds a drawing to the content; `used`: what it shows of other objects.
-    void AppendDrawing(const TDrawing& drawing, float pageHeight, std::string& used);
+    void AppendDrawing(const TDrawing& drawing, float pageHeight, std::set<std::uint32_t>& used);
     void EndGroup();
     void WriteBookmarks(std::uint32_t outlines);
     void Put(std::string_view bytes);

@@ -160,6 +160,17 @@ TEST_F(Imprimir, UsesTheTemplatesOfTheDataFolder) {
     EXPECT_THAT(own, HasSubstr("Sa\xFA"
                                "de & Cia.\n"));
     EXPECT_EQ(Pages(own), 3U);
+    const std::string logo = (std::filesystem::path(CONFERIX_FONTE) / "docs/imagens/janela.png").string();
+    WriteTestFile(File("dados/formularios/consulta.txt"),
+                  fmt::format("guia consulta\nleiaute 3.00.00- retrato\nlogotipo \"{0}\"\noperadora "
+                              "\"Ao lado\"\nimagem \"{0}\" altura=20 lado=direita\nlinha\n",
+                              logo));
+    const std::string pdf = Run({"imprimir", consultas_}).Out;
+    EXPECT_THAT(pdf, HasSubstr("/Subtype/Image/Width 1282/Height 744"));
+    // At the left of the header, as high as that; 20 mm high at the right.
+    EXPECT_THAT(PdfStreams(pdf),
+                testing::Contains(testing::AllOf(HasSubstr("Ao lado"), HasSubstr("q 55.19 0 0 32.03 18.99 "),
+                                                 HasSubstr("q 94.27 0 0 54.71 "))));
     WriteTestFile(File("dados/formularios/consulta.txt"),
                   "guia consulta\nleiaute 3.00.00- retrato\nlinha altura=300\n");
     EXPECT_THAT(Run({"imprimir", consultas_}).Err,
