@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <map>
 #include <optional>
@@ -191,6 +192,15 @@ void ExpectSameAsSvg(const TPaperPage& page, const std::string& where) {
     EXPECT_EQ(svg->Element()->Descendants("rect").size(), rects) << where;
 }
 
+constexpr int kNoProgram = 127; ///< exit status of a shell that does not find a program
+
+/// The structure of a PDF file is sound, by another program, where that is installed.
+void ExpectSound(const std::filesystem::path& pdf) {
+    const std::string command = fmt::format("qpdf --check '{}' >/dev/null 2>&1", pdf.string());
+    const int status = WEXITSTATUS(std::system(command.c_str()));
+    EXPECT_TRUE(status == 0 || status == kNoProgram) << pdf << ": " << status;
+}
+
 /// What a PDF file says, by another program; nothing where that is not installed.
 std::optional<std::string> TextOfPdf(const std::filesystem::path& pdf) {
     const std::string command = fmt::format("pdftotext -layout '{}' - 2>/dev/null", pdf.string());
@@ -199,7 +209,6 @@ std::optional<std::string> TextOfPdf(const std::filesystem::path& pdf) {
     char piece[65536];
     for (std::size_t got = 0; (got = fread(piece, 1, sizeof piece, pipe)) > 0;)
         text.append(piece, got);
-    constexpr int kNoProgram = 127;
     const int status = WEXITSTATUS(pclose(pipe));
     EXPECT_TRUE(status == 0 || status == kNoProgram) << status;
     return status == kNoProgram ? std::nullopt : std::optional(text);
@@ -358,6 +367,7 @@ TEST_P(FullGuides, StandInTheirBoxes) {
             EXPECT_EQ(printed[entry.Box].size(), lines)
                 << form->Name << ' ' << version << ": " << entry.Box->Label;
         }
+        ExpectSound(folder / (form->Name + ".pdf"));
         const std::optional<std::string> text = TextOfPdf(folder / (form->Name + ".pdf"));
         read = read && text.has_value();
         if (text)
