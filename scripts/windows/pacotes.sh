@@ -1,7 +1,7 @@
 # Lido por janela-windows: reúne o programa em build/windows/pacotes/conferix, e faz dele o ZIP e o instalador.
 
 # O que qualquer Windows 10 traz.
-dlls_do_sistema='advapi32|bcrypt|crypt32|kernel32|mswsock|msvcrt|normaliz|ntdll|ole32|secur32|shell32|shlwapi|user32|ws2_32'
+dlls_do_sistema='advapi32|bcrypt|crypt32|kernel32|mswsock|msvcrt|normaliz|ntdll|ole32|secur32|shell32|shlwapi|user32|winhttp|ws2_32'
 
 reunir() {
     local pasta=$raiz/build/windows/pacotes
