@@ -226,12 +226,10 @@ bibliotecas() {
     preparar_apt
     for entrada in "${cabecalhos[@]}"; do
         ln -sfn "/usr/include/${entrada%%:*}" "$prefixo/include/${entrada%%:*}"
-        cp -L "/usr/share/doc/${entrada#*:}/copyright" "$prefixo/licencas/${entrada#*:}.txt"
     done
     descrever_cabecalhos
     cp /usr/$alvo/lib/libz.a "$prefixo/lib/"
     cp /usr/$alvo/include/{zlib,zconf}.h "$prefixo/include/"
-    cp -L /usr/share/doc/libz-mingw-w64-dev/copyright "$prefixo/licencas/zlib.txt"
     for entrada in "${fontes[@]}"; do
         # O que uma execução interrompida já fez não se faz de novo.
         grep -q "^${entrada%% *}_" "$prefixo/versoes.txt" || compilar_biblioteca $entrada
