@@ -66,10 +66,10 @@ TCorrectionResult CorrectReadable(TValidadorController& controller,
 
 TXmlRecoding HoldInEncoding(TValidadorController& controller, const TTissFile& file,
                             const std::string& encoding) {
-    const auto misreading = FindMisreading(*file.Text(), file.Encoding());
+    const auto misreading = file.Misreading();
     const std::string_view text = FromDeclaration(*file.Text());
     TXmlRecoding recoding =
-        RecodeXml(misreading ? MeantText(text, misreading->Kind) : std::string(text), encoding);
+        RecodeXml(misreading ? MeantText(text, *misreading) : std::string(text), encoding);
     controller.SetEncoding(EncodingToWrite(recoding.Text, {}));
     return recoding;
 }
