@@ -116,7 +116,7 @@ std::string MisreadRefusal(const ISolver& solver, const TXmlMessages& messages) 
                          std::ranges::any_of(messages, [](const auto& message) {
                              return message->Kind() == TFindingKind::Misread;
                          });
-    return misread ? "o arquivo foi gravado em outra codificação do que declara; corrija antes a codificação"
+    return misread ? "o texto do arquivo não se lê como foi escrito; corrija antes a codificação"
                    : std::string();
 }
 

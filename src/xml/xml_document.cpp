@@ -1,6 +1,7 @@
 #include "xml/xml_document.h"
 
 #include "platform/utf8.h"
+#include "xml/xml_encoding.h"
 
 #include <algorithm>
 
@@ -23,6 +24,10 @@ TXmlDocument::TXmlDocument(std::shared_ptr<const std::string> text)
     root_.document_ = this;
     root_.name_ = InternName("");
     root_.byteEnd_ = static_cast<std::uint32_t>(text_->size());
+}
+
+void TXmlDocument::SetMisreading(const TXmlMisreading& misreading) {
+    misreading_ = std::make_shared<const TXmlMisreading>(misreading);
 }
 
 const TXmlName* TXmlDocument::InternName(std::string_view qualified) {

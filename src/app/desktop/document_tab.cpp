@@ -569,7 +569,7 @@ bool TDocumentTab::SaveWithEncoding(const QString& encoding) {
         const auto text = editor_->Snapshot();
         const auto misread = FindMisreading(*text, Controller().Encoding());
         TXmlRecoding recoding =
-            RecodeXml(misread ? MeantText(*text, misread->Kind) : *text, FromQt(encoding));
+            RecodeXml(misread ? MeantText(*text, *misread) : *text, FromQt(encoding));
         Controller().SetEncoding(EncodingToWrite(recoding.Text, {}));
         const std::size_t replaced = recoding.Replaced.size();
         TakeText(std::make_shared<const std::string>(std::move(recoding.Text)));
