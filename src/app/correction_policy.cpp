@@ -84,10 +84,11 @@ TFindingMap::TFindingMap(const TXmlDocument& document, const TXmlMessages& messa
          node = node->NextInWalk(&root)) {
         if (!node->IsTag())
             continue;
-        while (next != byPlace.end() && next->first < node->FilePos())
+        const std::int32_t filePos = document.PlaceOf(node->ByteStart()).FilePos;
+        while (next != byPlace.end() && next->first < filePos)
             take(false); // stray text behind the last tag
         last = {node, number++, false, nullptr};
-        while (next != byPlace.end() && next->first == node->FilePos())
+        while (next != byPlace.end() && next->first == filePos)
             take(true);
     }
     while (next != byPlace.end())

@@ -32,12 +32,15 @@ std::string MissingSchemaText(const std::filesystem::path& schema) {
 }
 
 std::string TextForWindow(std::string text) {
-    static constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kCommands = {
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 6> kCommands = {
         {{": conferix terminologia importar ARQUIVO", " em Configurações > Terminologia"},
+         {"conferix terminologia importar ARQUIVO", "Configurações > Terminologia"},
          {": conferix esquemas importar ARQUIVO", " em Configurações > Schemas"},
-         {": conferix converter", " em Validação > Converter versão"}}};
+         {": conferix converter", " em Validação > Converter versão"},
+         {"conferix converter", "Validação > Converter versão"},
+         {"\"conferix proxy\"", "Configurações > Configurações de Proxy"}}};
     for (const auto& [command, menu] : kCommands)
-        if (const std::size_t at = text.find(command); at != std::string::npos)
+        for (std::size_t at = 0; (at = text.find(command, at)) != std::string::npos; at += menu.size())
             text.replace(at, command.size(), menu);
     return text;
 }

@@ -250,6 +250,14 @@ void TValidadorController::Modify() {
     NotifyState();
 }
 
+void TValidadorController::Unmodify() {
+    RequireFile("Não é possível alterar o Modified, pois não tem arquivo carregado.");
+    if (!Modified())
+        return;
+    flags_.Exclude(TFileStateFlag::sfModificado);
+    NotifyState();
+}
+
 void TValidadorController::Save(const std::string& xml) {
     SaveAs(xml, fileName_);
 }

@@ -63,7 +63,13 @@ void WriteListingJson(std::ostream& out, const TListing& listing) {
                   {"arquivos", TJson::array()}};
     for (const TFileListing& file : listing.Files)
         json["arquivos"].push_back(FileJson(file));
-    json["totais"] = TotalsJson(listing.Totals());
+    const std::vector<TListingSums> sums = listing.Sums();
+    json["totais"] = sums.size() > 1
+                         ? TJson(nullptr)
+                         : TotalsJson(sums.empty() ? std::vector<TListingTotal>() : sums.front().Totals);
+    json["totaisPorTipo"] = TJson::object();
+    for (const TListingSums& each : sums)
+        json["totaisPorTipo"][NameOf(each.Tipo)] = TotalsJson(each.Totals);
     out << JsonText(json) << '\n';
 }
 

@@ -4,6 +4,7 @@
 #include "app/installation.h"
 #include "model/tiss_kinds.h"
 #include "platform/platform.h"
+#include "platform/spool_file.h"
 
 #include <fmt/format.h>
 
@@ -31,7 +32,7 @@ std::string KindOf(const TValidateArgs& validation) {
 class TBatchValidation::TSpool {
   public:
     explicit TSpool(std::string_view formato)
-        : Formato(formato), writer_(NewReportWriter(formato, {})), file_(std::tmpfile()) {
+        : Formato(formato), writer_(NewReportWriter(formato, {})), file_(OpenSpoolFile()) {
         if (file_ == nullptr)
             Fail();
     }

@@ -99,7 +99,7 @@ void THtmlReport::WriteAppendix(std::ostream& out) const {
     if (explained_.empty())
         return;
     out << "<section class=\"apendice\">\n<h2>Apêndice: as regras que acharam algo</h2>\n";
-    for (const TRuleText& text : TRuleGuide::Instance().Texts()) {
+    for (const TRuleText& text : TRuleGuide::WithoutCommands().Texts()) {
         if (!explained_.contains(HtmlAnchor(text)))
             continue;
         out << fmt::format("<article id=\"{}\">\n<h3>{}</h3>\n<p>{}</p>\n", HtmlAnchor(text),

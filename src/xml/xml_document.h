@@ -47,6 +47,9 @@ class TXmlDocument : public std::enable_shared_from_this<TXmlDocument> {
     /// line answers that line's end.
     std::uint32_t OffsetOf(std::int64_t line, std::int64_t linePos) const;
 
+    /// Place of a byte of the text, 0-based.
+    TXmlPlace PlaceOf(std::size_t offset) const { return places_.PlaceOf(offset); }
+
     /// True once an edit has changed the tree.
     bool Changed() const { return changed_; }
 
@@ -67,6 +70,7 @@ class TXmlDocument : public std::enable_shared_from_this<TXmlDocument> {
     std::vector<const TXmlName*> names_;     ///< by identifier
     std::vector<const TXmlName*> nameTable_; ///< open addressing, a power of two
     std::vector<TSpan> removed_;             ///< spans of the text whose nodes were taken out
+    mutable TPlaceIndex places_;
     mutable std::vector<std::uint32_t> lineStarts_;
     mutable std::optional<bool> hasLongLines_;
     bool changed_ = false;

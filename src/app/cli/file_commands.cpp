@@ -257,7 +257,9 @@ void AddImprimir(TCommand& root) {
     command.Options = {
         {.Name = "--guia",
          .Placeholder = "NUMERO,...",
-         .Description = "Só as guias com estes números, do prestador ou da operadora",
+         .Description =
+             "Só as guias com estes números no prestador; um número que nenhuma tem no prestador vale "
+             "como o da operadora",
          .To = &options->Guias,
          .Commas = true},
         {.Name = "--formulario",

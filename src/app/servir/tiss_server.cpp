@@ -77,6 +77,7 @@ std::vector<THttpRoute> TTissServer::Routes() {
              [page = ServicePage(bodyBytes_)](const THttpRequest&, std::size_t) { return page; }},
             {"POST", "/validar", true, work(&AnswerValidar)},
             {"POST", "/corrigir", true, work(&AnswerCorrigir)},
+            {"POST", "/imprimir", true, work(&AnswerImprimir)},
             {"GET", "/regras", false,
              [this](const THttpRequest& request, std::size_t) { return AnswerRegras(request, engine_); }},
             {"GET", std::string(kLiveness), false,

@@ -1,4 +1,4 @@
-// The service: validation and correction of files over HTTP.
+// The service: validation, correction and printing of files over HTTP.
 #pragma once
 
 #include "app/servir/tiss_requests.h"
@@ -21,7 +21,7 @@ struct TTissServerOptions {
     std::string Version; ///< of the program
 };
 
-/// Answers POST /validar and /corrigir, GET / (the page), /regras, /saude, /saude/pronta and /metricas. Keeps
+/// Answers POST /validar, /corrigir and /imprimir, GET / (the page), /regras, /saude, /saude/pronta and /metricas. Keeps
 /// nothing of a request once it is answered, so that any number of servers can stand side by side.
 class TTissServer {
   public:
