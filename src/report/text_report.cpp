@@ -116,19 +116,18 @@ std::string TTextReport::GroupLines(const TXmlMessages& listed, const TMessageGr
 
 std::string TTextReport::LinesByRule(const TXmlMessages& listed,
                                      const std::vector<TMessageGroup>& groups) const {
-    const std::string whole = "  " + palette_.Bold("O arquivo como um todo") + '\n';
     std::map<std::string, std::string> ofRule;
     std::string ofRun;
     for (const TMessageGroup& group : groups) {
         const TXmlMessage& first = *listed[group.Messages.front()];
         (first.Kind() == TFindingKind::Run ? ofRun : ofRule[RuleName(first)]) += GroupLines(listed, group, 4);
     }
-    std::string text = ofRun.empty() ? ofRun : whole + ofRun;
+    std::string text = ofRun.empty() ? ofRun : "  " + palette_.Bold("Sobre esta conferência") + '\n' + ofRun;
     for (const auto& message : listed) { // in the order in which rules found something first
         const auto lines = ofRule.extract(RuleName(*message));
         if (lines.empty())
             continue;
-        text += lines.key().empty() ? whole
+        text += lines.key().empty() ? "  " + palette_.Bold("O arquivo como um todo") + '\n'
                                     : fmt::format("  {}{}\n", palette_.Bold(message->Rule()->Description),
                                                   palette_.Dim(" (" + lines.key() + ")"));
         text += lines.mapped();
