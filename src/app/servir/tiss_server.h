@@ -21,8 +21,9 @@ struct TTissServerOptions {
     std::string Version; ///< of the program
 };
 
-/// Answers POST /validar, /corrigir and /imprimir, GET / (the page), /regras, /saude, /saude/pronta and /metricas. Keeps
-/// nothing of a request once it is answered, so that any number of servers can stand side by side.
+/// Answers POST /validar, /corrigir and /imprimir, GET / (the page), /regras, /saude, /saude/pronta and
+/// /metricas. Keeps nothing of a request once it is answered, so that any number of servers can stand side by
+/// side.
 class TTissServer {
   public:
     /// Listens from here on. `log`: a line goes there for each request, with nothing that a client wrote.
