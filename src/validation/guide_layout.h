@@ -1,6 +1,6 @@
 #pragma once
 
-#include "xml/xml_node.h"
+#include "model/guias.h"
 
 #include <map>
 #include <string>
@@ -17,10 +17,10 @@ class TGuideLayouts {
         : schemaName_(std::move(schemaName)), version_(std::move(version)) {}
 
     /// What is said of a guide before its errors; empty where its layout is its own, or nobody's.
-    std::string Sentence(const TXmlNode& guide);
+    std::string Sentence(const TGuiaTissBase& guide);
 
   private:
-    std::string Find(const TXmlNode& guide) const;
+    std::string Find(const TGuiaTissBase& guide) const;
 
     std::string schemaName_;
     std::string version_;

@@ -420,7 +420,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         const auto [known, added] = foreign.try_emplace(guia->Node(), false);
         if (!added || structural.count(guia->Node()) == 0)
             return known->second;
-        std::string layout = layouts.Sentence(*guia->Node());
+        std::string layout = layouts.Sentence(*guia);
         known->second = !layout.empty();
         if (known->second) {
             const TXmlNode& guide = *guia->Node();
