@@ -16,7 +16,7 @@ namespace {
 
 bool IsOfTheFile(const TXmlMessage& message) {
     return message.Kind() == TFindingKind::Run || message.Kind() == TFindingKind::Layout ||
-           message.Kind() == TFindingKind::Misread;
+           message.Kind() == TFindingKind::Misread || message.Kind() == TFindingKind::Root;
 }
 
 /// How many messages stand before those of rules.
@@ -32,9 +32,11 @@ void Arrange(const TXmlMessages& messages, std::vector<TMessageGroup>& groups) {
         const std::size_t first = group.Messages.front();
         const bool ofFile = first < lead || IsOfTheFile(*messages[first]);
         const bool alone = group.Count == 1;
+        const bool isRoot = messages[first]->Kind() == TFindingKind::Root;
         const auto guides = alone ? 0 : -static_cast<std::ptrdiff_t>(group.Guides);
         const auto line = alone ? 0 : messages[first]->Line();
-        return std::tuple(!ofFile, alone, ofFile ? 0 : guides, ofFile ? 0 : line, first);
+        return std::tuple(!ofFile, first >= lead && !isRoot, alone, ofFile ? 0 : guides, ofFile ? 0 : line,
+                          first);
     };
     std::ranges::sort(groups, {}, rank);
 }

@@ -31,6 +31,16 @@ struct TMisfits {
     }
 };
 
+/// How many more misfits one has than the other; 0 where that says little.
+std::size_t GainOf(const TMisfits& own, const TMisfits& other) {
+    // One element too many or too few says little, and so does one for and one against.
+    constexpr std::size_t kLeast = 2;
+    constexpr std::size_t kTimes = 3;
+    const std::size_t healed = own.CountWithout(other);
+    const std::size_t caused = other.CountWithout(own);
+    return healed < kLeast || healed <= caused || caused * kTimes > healed ? 0 : healed - caused;
+}
+
 template<class Visit>
 void ForEachElementIn(const std::vector<TModelNode>& nodes, const Visit& visit) {
     for (const TModelNode& node : nodes) {
@@ -60,8 +70,9 @@ class TSearch {
         return node;
     }
 
-    /// What stands below an unknown element is unknown too. `present`: all of the document's.
-    TMisfits Misfits(const TElementPaths& paths, const TChildren& present) const {
+    /// What stands below an unknown element is unknown too. `top`: entry 0, null for one that is unknown.
+    /// `present`: all of the document's.
+    TMisfits Misfits(const TElementPaths& paths, const TModelNode* top, const TChildren& present) const {
         std::vector<const TModelNode*> nodes;
         TMisfits misfits;
         nodes.reserve(paths.Entries.size());
@@ -69,7 +80,7 @@ class TSearch {
         for (std::size_t i = 0; i < paths.Entries.size(); ++i) {
             const auto& [parent, name] = paths.Entries[i];
             const TModelNode* above = i == 0 ? nullptr : nodes[parent];
-            nodes.push_back(i == 0 ? Root(name) : above != nullptr ? Child(*above, name) : nullptr);
+            nodes.push_back(i == 0 ? top : above != nullptr ? Child(*above, name) : nullptr);
             misfits.Unknown.push_back(nodes.back() == nullptr);
             if (nodes.back() == nullptr)
                 continue;
@@ -359,12 +370,10 @@ std::string TElementHistory::VersionOfContent(std::string_view fileName, const T
     for (const auto& [parent, name] : paths.Entries)
         present.emplace(parent, name);
     const auto misfitsOf = [&](const TVersion& version) {
-        return TSearch(*version.Model, version.Text).Misfits(paths, present);
+        const TSearch search(*version.Model, version.Text);
+        return search.Misfits(paths, search.Root(paths.Entries.front().Name), present);
     };
     const TMisfits own = misfitsOf(series[current]);
-    // One element too many or too few says little, and so does one for and one against.
-    constexpr std::size_t kLeast = 2;
-    constexpr std::size_t kTimes = 3;
     const auto distance = [current](std::size_t at) { return at > current ? at - current : current - at; };
     std::size_t best = current;
     std::size_t bestGain = 0;
@@ -372,20 +381,71 @@ std::string TElementHistory::VersionOfContent(std::string_view fileName, const T
         if (at == current || series[at].Approximate)
             continue;
         const TMisfits misfits = misfitsOf(series[at]);
-        const std::size_t healed = own.CountWithout(misfits);
-        const std::size_t caused = misfits.CountWithout(own);
-        if (healed <= caused)
-            continue;
-        if (series[at].Text == named)
+        if (series[at].Text == named && own.CountWithout(misfits) > misfits.CountWithout(own))
             return series[at].Text;
-        const std::size_t gain = healed - caused;
-        if (healed < kLeast || caused * kTimes > healed || gain < bestGain ||
-            (gain == bestGain && distance(at) >= distance(best)))
+        const std::size_t gain = GainOf(own, misfits);
+        if (gain == 0 || gain < bestGain || (gain == bestGain && distance(at) >= distance(best)))
             continue;
         best = at;
         bestGain = gain;
     }
     return best != current ? series[best].Text : std::string();
+}
+
+std::optional<TElementHistory::TLayout> TElementHistory::LayoutOfContent(std::string_view fileName,
+                                                                         const TElementPaths& paths,
+                                                                         std::span<const THome> homes) const {
+    const std::vector<TVersion> series = Series(fileName);
+    const std::size_t current = IndexOf(series, fileName);
+    if (current == series.size() || paths.Entries.empty() || homes.empty())
+        return std::nullopt;
+    TChildren present;
+    for (const auto& [parent, name] : paths.Entries)
+        present.emplace(parent, name);
+    const auto children = [&](const std::vector<bool>& unknown) {
+        std::size_t count = 0;
+        for (std::size_t i = 1; i < unknown.size(); ++i)
+            count += paths.Entries[i].Parent == 0 && unknown[i] ? 1 : 0;
+        return count;
+    };
+    const std::size_t ownKind = homes.front().Kind;
+    TMisfits own;
+    for (const THome& home : homes) // the name may be wrong, and the kind right all the same
+        if (const TSearch search(*series[current].Model, series[current].Text);
+            own.Unknown.empty() && home.Kind == ownKind && search.Path(home.Path) != nullptr)
+            own = search.Misfits(paths, search.Path(home.Path), present);
+    if (own.Unknown.empty())
+        return std::nullopt;
+    // Some kinds share most of their children.
+    constexpr std::size_t kForeign = 2;
+    const bool mayBeOtherKind = children(std::vector<bool>(paths.Entries.size(), true)) > kForeign &&
+                                children(own.Unknown) >= kForeign;
+    std::optional<TLayout> best;
+    std::size_t bestGain = 0;
+    const auto rank = [&](std::size_t kind, std::size_t at) {
+        return std::pair(kind != ownKind, at > current ? at - current : current - at);
+    };
+    std::pair<bool, std::size_t> bestRank;
+    for (std::size_t at = 0; at < series.size(); ++at) {
+        const TSearch search(*series[at].Model, series[at].Text);
+        for (const THome& home : homes) {
+            const TModelNode* top =
+                !series[at].Approximate && (home.Kind == ownKind ? at != current : mayBeOtherKind)
+                    ? search.Path(home.Path)
+                    : nullptr;
+            if (top == nullptr)
+                continue;
+            const TMisfits misfits = search.Misfits(paths, top, present);
+            const std::size_t gain = GainOf(own, misfits);
+            if (gain == 0 || gain < bestGain || (home.Kind != ownKind && children(misfits.Unknown) != 0) ||
+                (gain == bestGain && rank(home.Kind, at) >= bestRank))
+                continue;
+            best = {series[at].Text, &home};
+            bestGain = gain;
+            bestRank = rank(home.Kind, at);
+        }
+    }
+    return best;
 }
 
 } // namespace conferix

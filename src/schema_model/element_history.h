@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -70,6 +71,21 @@ class TElementHistory {
     /// there is none. `named`: a version that the document names elsewhere, which needs less evidence.
     std::string VersionOfContent(std::string_view fileName, const TElementPaths& paths,
                                  std::string_view named) const;
+
+    /// Where an element of some kind stands in some versions: the path to it, from the root on.
+    struct THome {
+        std::size_t Kind;
+        std::vector<std::string_view> Path;
+    };
+    struct TLayout {
+        std::string Version;
+        const THome* Home;
+    };
+    /// The layout that an element and what is in it fit much better than its own: the own kind before others,
+    /// then the nearest version; nothing when there is none. `homes`: of all kinds; the first is that of the
+    /// element. Another kind has to know all children of the element, and the own one to lack some.
+    std::optional<TLayout> LayoutOfContent(std::string_view fileName, const TElementPaths& paths,
+                                           std::span<const THome> homes) const;
 
   private:
     struct TVersion {

@@ -1,13 +1,11 @@
 #include "validation/guide_layout.h"
 
 #include "schema_model/element_history.h"
-#include "xml/xml_document.h"
+#include "xml/bindings/lote_guias_names.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <set>
 #include <utility>
 #include <vector>
 
@@ -15,29 +13,31 @@ namespace conferix {
 
 namespace {
 
-constexpr std::array<std::string_view, 5> kGuides = {"guiaConsulta", "guiaSP-SADT", "guiaResumoInternacao",
-                                                     "guiaHonorarios", "guiaOdonto"};
 /// So many layouts are looked into; a file of more has other troubles.
 constexpr std::size_t kMostLayouts = 200;
-
 /// A guide with more distinct paths is laid out like no version.
-constexpr std::size_t kMostPaths = 5000;
+constexpr std::size_t kMostPaths = 1000;
 
-/// The distinct paths of a guide, below those of the elements around it; none when they are too many.
-TElementPaths PathsOf(const TXmlNode& guide) {
-    std::vector<std::string_view> around;
-    for (const TXmlNode* at = guide.Parent(); at != nullptr && at->IsTag(); at = at->Parent())
-        around.push_back(at->LocalName());
+using TPath = std::vector<std::string_view>;
+
+/// The names of an element and of those around it, from the root on.
+TPath PathOf(const TXmlNode& node) {
+    TPath path;
+    for (const TXmlNode* at = &node; at != nullptr && at->IsTag(); at = at->Parent())
+        path.insert(path.begin(), at->LocalName());
+    return path;
+}
+
+/// The distinct paths in a guide; none when they are too many.
+TElementPaths PathsIn(const TXmlNode& guide) {
     TElementPaths paths;
-    for (auto name = around.rbegin(); name != around.rend(); ++name)
-        paths.Entries.push_back({paths.Entries.empty() ? 0 : paths.Entries.size() - 1, *name});
+    paths.Entries.push_back({0, guide.LocalName()});
     std::map<std::pair<std::size_t, std::string_view>, std::size_t> known;
-    std::map<const TXmlNode*, std::size_t> entryOf;
-    for (const TXmlNode* node = &guide; node != nullptr; node = node->NextInWalk(&guide)) {
+    std::map<const TXmlNode*, std::size_t> entryOf = {{&guide, 0}};
+    for (const TXmlNode* node = guide.NextInWalk(&guide); node != nullptr; node = node->NextInWalk(&guide)) {
         if (!node->IsTag())
             continue;
-        const std::size_t parent = node == &guide ? (paths.Entries.empty() ? 0 : paths.Entries.size() - 1)
-                                                  : entryOf.at(node->Parent());
+        const std::size_t parent = entryOf.at(node->Parent());
         const auto [entry, added] = known.try_emplace({parent, node->LocalName()}, paths.Entries.size());
         if (added && paths.Entries.size() == kMostPaths)
             return {};
@@ -49,38 +49,39 @@ TElementPaths PathsOf(const TXmlNode& guide) {
     return paths;
 }
 
-/// The kind of guide that a version would have these children of a guide in, when it is another than the
-/// guide is; else empty. `around`: path of the element that holds the guides.
-std::string_view KindOfContent(const std::string& schemaName, std::vector<std::string_view> around,
-                               const TXmlNode& guide) {
-    constexpr std::size_t kLeast = 3;
-    constexpr std::size_t kForeign = 2;  // some kinds share most of their children
-    constexpr std::size_t kMost = 100;   // no kind has so many
-    std::set<std::string_view> children; // how often each comes tells nothing
-    for (const TXmlNode& child : guide.ChildTags())
-        if (children.insert(child.LocalName()).second && children.size() > kMost)
-            return {};
-    const auto knownIn = [&](std::string_view kind) {
-        std::vector<std::string_view> path = around;
-        path.insert(path.end(), {kind, {}});
-        return static_cast<std::size_t>(std::ranges::count_if(children, [&](std::string_view name) {
-            path.back() = name;
-            return TElementHistory::BuiltIn().Knows(schemaName, path);
-        }));
+/// Where a guide stands, then where guides of all kinds can stand in all versions.
+std::vector<TElementHistory::THome> HomesOf(const TGuiaTissBase& guide) {
+    const auto own = static_cast<std::size_t>(guide.TipoGuia());
+    std::vector<TElementHistory::THome> homes = {{own, PathOf(*guide.Node())}};
+    TPath lote = homes.front().Path;
+    lote.erase(std::ranges::find(lote, "loteGuias"), lote.end());
+    lote.emplace_back("loteGuias");
+    const auto add = [&](const TLoteGuiasNames& names, const TPath& around) {
+        for (std::size_t kind = 0; kind < kTiposGuia; ++kind)
+            for (const TGuiaNames& guia : names.Guias[kind]) {
+                homes.push_back({kind, around});
+                homes.back().Path.push_back(guia.Elemento);
+            }
     };
-    const std::size_t own = knownIn(guide.LocalName());
-    for (const std::string_view kind : kGuides)
-        if (kind != guide.LocalName() && children.size() >= kLeast && own + kForeign <= children.size() &&
-            knownIn(kind) == children.size())
-            return kind;
-    return {};
+    for (const TLoteGuiasNames* names : {&kLoteGuiasV3_02, &kLoteGuiasV3_00, &kLoteGuiasV2}) {
+        TPath around = lote;
+        around.push_back(names->GuiasTiss);
+        if (names->Grupos.empty())
+            add(*names, around);
+        for (const std::string_view grupo : names->Grupos) {
+            TPath path = around;
+            path.push_back(grupo);
+            add(*names, path);
+        }
+    }
+    return homes;
 }
 
 } // namespace
 
-std::string TGuideLayouts::Sentence(const TXmlNode& guide) {
-    std::string key;
-    const TElementPaths paths = PathsOf(guide);
+std::string TGuideLayouts::Sentence(const TGuiaTissBase& guide) {
+    std::string key = std::to_string(static_cast<int>(guide.TipoGuia()));
+    const TElementPaths paths = PathsIn(*guide.Node());
     if (paths.Entries.empty())
         return {};
     for (const auto& [parent, name] : paths.Entries)
@@ -89,24 +90,35 @@ std::string TGuideLayouts::Sentence(const TXmlNode& guide) {
         return found->second;
     if (known_.size() >= kMostLayouts)
         return {};
-    return known_.emplace(std::move(key), Find(guide)).first->second;
+    return known_.emplace(std::move(key), Find(guide, paths)).first->second;
 }
 
-std::string TGuideLayouts::Find(const TXmlNode& guide) const {
-    const std::string other = TElementHistory::BuiltIn().VersionOfContent(schemaName_, PathsOf(guide), {});
-    if (!other.empty())
+std::string TGuideLayouts::Find(const TGuiaTissBase& guide, const TElementPaths& paths) const {
+    const TElementHistory& history = TElementHistory::BuiltIn();
+    const std::vector<TElementHistory::THome> homes = HomesOf(guide);
+    const auto layout = history.LayoutOfContent(schemaName_, paths, homes);
+    if (!layout)
+        return {};
+    if (layout->Home->Kind == homes.front().Kind)
         return fmt::format(
-            "A guia está montada no leiaute da versão {}, e o arquivo declara a {}: monte-a no "
-            "leiaute da {}, ou envie-a em um arquivo da {}.",
-            other, version_, version_, other);
-    std::vector<std::string_view> around;
-    for (const TXmlNode* at = guide.Parent(); at != nullptr && at->IsTag(); at = at->Parent())
-        around.insert(around.begin(), at->LocalName());
-    const std::string_view kind = KindOfContent(schemaName_, std::move(around), guide);
-    return kind.empty() ? std::string()
-                        : fmt::format("A guia está montada como <{}>, mas está em <{}>: troque o nome do "
-                                      "elemento ou monte a guia de novo.",
-                                      kind, guide.LocalName());
+            "A guia está montada no leiaute da versão {0}, e o arquivo declara a {1}: monte-a no "
+            "leiaute da {1}, ou envie-a em um arquivo da {0}.",
+            layout->Version, version_);
+    const auto here = std::ranges::find_if(homes, [&](const TElementHistory::THome& home) {
+        return home.Kind == layout->Home->Kind && history.Knows(schemaName_, home.Path);
+    });
+    const std::string_view kind = (here != homes.end() ? *here : *layout->Home).Path.back();
+    const std::string_view name = guide.Node()->LocalName();
+    if (layout->Version == version_)
+        return fmt::format(
+            "A guia está montada como <{}>, mas está em <{}>: troque o nome do elemento ou monte "
+            "a guia de novo.",
+            kind, name);
+    return fmt::format(
+        "A guia está montada no leiaute da versão {0} e como <{1}>, mas está em <{2}> de um "
+        "arquivo que declara a {3}: monte-a de novo no leiaute da {3}, em <{4}>, ou ponha-a em "
+        "<{1}> de um arquivo da {0}.",
+        layout->Version, layout->Home->Path.back(), name, version_, kind);
 }
 
 } // namespace conferix

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "xml/xml_node.h"
+#include "model/guias.h"
 
 #include <map>
 #include <string>
 #include <string_view>
 
 namespace conferix {
+
+struct TElementPaths;
 
 /// Finds out guides that are laid out as another version of the standard, or as another kind of guide, wants
 /// them. For one document.
@@ -17,10 +19,10 @@ class TGuideLayouts {
         : schemaName_(std::move(schemaName)), version_(std::move(version)) {}
 
     /// What is said of a guide before its errors; empty where its layout is its own, or nobody's.
-    std::string Sentence(const TXmlNode& guide);
+    std::string Sentence(const TGuiaTissBase& guide);
 
   private:
-    std::string Find(const TXmlNode& guide) const;
+    std::string Find(const TGuiaTissBase& guide, const TElementPaths& paths) const;
 
     std::string schemaName_;
     std::string version_;

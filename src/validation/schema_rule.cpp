@@ -193,8 +193,10 @@ bool IsStructural(TSchemaFaultCode code) {
     }
 }
 
-TFindingKind KindOf(TSchemaFaultCode code) {
-    switch (code) {
+TFindingKind KindOf(const TSchemaFault& fault) {
+    switch (fault.Code) {
+    case TSchemaFaultCode::WrongNamespace:
+        return fault.Node->Parent()->IsTag() ? TFindingKind::Value : TFindingKind::Root;
     case TSchemaFaultCode::UnknownElement:
         return TFindingKind::UnknownElement;
     case TSchemaFaultCode::OutsideElement:
@@ -207,7 +209,7 @@ TFindingKind KindOf(TSchemaFaultCode code) {
     case TSchemaFaultCode::WrongCase:
         return TFindingKind::Structure;
     default:
-        return IsStructural(code) ? TFindingKind::Structure : TFindingKind::Value;
+        return IsStructural(fault.Code) ? TFindingKind::Structure : TFindingKind::Value;
     }
 }
 
@@ -285,7 +287,7 @@ class TFaultMessages {
             &rule_, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
             std::move(reason), source_, fault.Line, fault.LinePos, fault.FilePos);
         message->SetGuide(MonitoringGuide(*fault.Node));
-        message->SetKind(KindOf(fault.Code));
+        message->SetKind(KindOf(fault));
         message->SetItem(FindingItem(*fault.Node));
         message->SetGroupKey(fault.GroupKey());
         message->SetCause(CauseOf(fault));
@@ -420,7 +422,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         const auto [known, added] = foreign.try_emplace(guia->Node(), false);
         if (!added || structural.count(guia->Node()) == 0)
             return known->second;
-        std::string layout = layouts.Sentence(*guia->Node());
+        std::string layout = layouts.Sentence(*guia);
         known->second = !layout.empty();
         if (known->second) {
             const TXmlPlace place = guia->Node()->Place();

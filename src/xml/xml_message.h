@@ -45,6 +45,7 @@ enum class TFindingKind : std::uint8_t {
     Misplaced, ///< elements or text where they do not belong
     Structure, ///< elements that are missing or misnamed
     Layout,    ///< a guide or file that is laid out for another version, or another kind of guide
+    Root,      ///< the root, by which the rest of the file is what it is
     Misread,   ///< the file's text as a whole, which was written in another encoding than it declares
     Run        ///< the run as a whole; several rules may say it, and the user reads it once
 };

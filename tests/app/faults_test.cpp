@@ -4,6 +4,7 @@
 #include "schema_model/built_in_folders.h"
 #include "support/case_file.h"
 #include "support/command_test.h"
+#include "support/support.h"
 #include "xml/xml_document.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_parser.h"
@@ -39,6 +40,63 @@ TEST_F(Faults, SchemaSentencesAreThoseThatAUserUnderstands) {
 }
 
 constexpr char kSadt3[] = "spsadt-3.05.00-valido.xml";
+
+/// The first element of a name in a text.
+std::string ElementOf(const std::string& text, const std::string& name) {
+    const std::size_t start = text.find("<" + name + ">");
+    const std::string end = "</" + name + ">";
+    return text.substr(start, text.find(end, start) + end.size() - start);
+}
+
+TEST_F(Faults, AGuideInTheLayoutOfAnotherVersionOrKindSaysSoFirst) {
+    const char* sadt2 = "spsadt-2.02.03-valido.xml";
+    const char* consulta4 = "consulta-4.01.00-valido.xml";
+    const struct {
+        const char* Lot;
+        const char* Guide; ///< its first one is replaced
+        const char* From;
+        const char* Foreign; ///< by the first one of this lot
+        const char* As;      ///< under this name
+        const char* Told;
+    } cases[] = {
+        {kSadt3, "ans:guiaSP-SADT", sadt2, "ansTISS:guiaSP_SADT", "ans:guiaSP_SADT",
+         "A guia está montada no leiaute da versão 2.02.03, e o arquivo declara a 3.05.00: monte-a no "
+         "leiaute da "
+         "3.05.00, ou envie-a em um arquivo da 2.02.03."},
+        {kSadt3, "ans:guiaSP-SADT", sadt2, "ansTISS:guiaSP_SADT", "ans:guiaSP-SADT",
+         "A guia está montada no leiaute da versão 2.02.03, e o arquivo declara a 3.05.00: monte-a no "
+         "leiaute da "
+         "3.05.00, ou envie-a em um arquivo da 2.02.03."},
+        {sadt2, "ansTISS:guiaSP_SADT", kSadt3, "ans:guiaSP-SADT", "ansTISS:guiaSP-SADT",
+         "A guia está montada no leiaute da versão 3.04.00, e o arquivo declara a 2.02.03: monte-a no "
+         "leiaute da "
+         "2.02.03, ou envie-a em um arquivo da 3.04.00."},
+        {kSadt3, "ans:guiaSP-SADT", consulta4, "ans:guiaConsulta", "ans:guiaSP-SADT",
+         "A guia está montada no leiaute da versão 4.00.00 e como <guiaConsulta>, mas está em <guiaSP-SADT> "
+         "de um "
+         "arquivo que declara a 3.05.00: monte-a de novo no leiaute da 3.05.00, em <guiaConsulta>, ou "
+         "ponha-a em "
+         "<guiaConsulta> de um arquivo da 4.00.00."},
+        {kSadt3, "ans:guiaSP-SADT", consulta4, "ans:guiaConsulta", "ans:guiaConsulta",
+         "A guia está montada no leiaute da versão 4.00.00, e o arquivo declara a 3.05.00: monte-a no "
+         "leiaute da "
+         "3.05.00, ou envie-a em um arquivo da 4.00.00."},
+    };
+    for (const auto& c : cases) {
+        const auto prefixOf = [](const std::string& name) { return name.substr(0, name.find(':') + 1); };
+        std::string lot = ReadTestFile(Example(c.Lot));
+        const std::string own = ElementOf(lot, c.Guide);
+        std::string guide = ElementOf(ReadTestFile(Example(c.From)), c.Foreign);
+        ReplaceAll(guide, c.Foreign, c.As);
+        ReplaceAll(guide, prefixOf(c.Foreign), prefixOf(c.As));
+        const json report = ValidateBytes(lot.replace(lot.find(own), own.size(), guide));
+        std::string first;
+        for (const json& message : report["mensagens"])
+            if (first.empty() && message["validacao"] == "tiss.mensagem.schema")
+                first = message["motivo"];
+        EXPECT_EQ(first, c.Told) << c.From << " em " << c.Lot;
+    }
+}
 
 /// "<elemento> antes -> depois", or "<elemento> antes (motivo)" for what was left as it was.
 std::vector<std::string> Changes(const json& report) {

@@ -19,6 +19,7 @@ struct TFound {
     bool OfFile = false;
     std::string Mark = {}; ///< of its guide, where the message does not name it
     std::string Cause = {};
+    TFindingKind Kind = TFindingKind::Value;
 };
 
 TXmlMessages MessagesOf(const TSayingRule& rule, const std::vector<TFound>& found) {
@@ -31,6 +32,7 @@ TXmlMessages MessagesOf(const TSayingRule& rule, const std::vector<TFound>& foun
                                                                           one.Line, 1, one.Line);
             message->SetGuide(one.Mark);
             message->SetCause(one.Cause);
+            message->SetKind(one.Kind);
             message->SetGroupKey(std::hash<std::string>()(one.Cause) * (one.Cause.empty() ? 0 : 1));
             messages.push_back(message);
         }
@@ -66,6 +68,9 @@ TEST(MessageGroups, TellOneCauseOnce) {
               (TTold{"codificação", "3 guias, 5 vezes: z (linhas 10, 11, 12 e mais 1)",
                      "2 guias: y (linhas 4 e 6)", "2 guias: x (linhas 8 e 9)", "[Linha: 3] [Guia: 1] só"}));
     EXPECT_EQ(Told({{"7", 1, "w"}, {"7", 2, "w"}}), (TTold{"[Guia: 7] 2 vezes: w (linhas 1 e 2)"}));
+    // What all else follows from.
+    EXPECT_EQ(Told({{"1", 8, "x"}, {"2", 9, "x"}, {"", 2, "raiz", false, "", "", TFindingKind::Root}}),
+              (TTold{"[Linha: 2] raiz", "2 guias: x (linhas 8 e 9)"}));
     // Guides that the messages do not name.
     EXPECT_EQ(Told({{"", 1, "w", false, "@1"}, {"", 2, "w", false, "@2"}, {"", 3, "w", false, "@2"}}),
               (TTold{"2 guias, 3 vezes: w (linhas 1, 2 e 3)"}));
