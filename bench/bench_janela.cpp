@@ -26,12 +26,12 @@ namespace {
 
 using namespace conferix;
 
-/// Peak of this process's memory so far, in MB.
-long PeakMemory() {
+/// A line of this process's status in MB: "VmRSS" its memory, "VmHWM" the most of it so far.
+long Memory(const std::string& what) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
-        if (line.starts_with("VmHWM:"))
-            return std::stol(line.substr(6)) / 1024;
+        if (line.starts_with(what + ':'))
+            return std::stol(line.substr(what.size() + 1)) / 1024;
     return 0;
 }
 
@@ -59,9 +59,10 @@ class TStallWatch {
     /// What was noted since the last call, as a text.
     std::string Take() {
         Turn();
-        char text[80];
-        std::snprintf(text, sizeof text, "longest stall %6.0f ms (%5.0f ms CPU), peak %5ld MB",
-                      std::exchange(longest_, 0), std::exchange(longestCpu_, 0), PeakMemory());
+        char text[100];
+        std::snprintf(
+            text, sizeof text, "longest stall %6.0f ms (%5.0f ms CPU), memory %5ld MB, peak %5ld MB",
+            std::exchange(longest_, 0), std::exchange(longestCpu_, 0), Memory("VmRSS"), Memory("VmHWM"));
         return text;
     }
 
@@ -151,8 +152,7 @@ class TMeasure {
         Action("validar", judged);
         Action("salvar", [&] { return !Tab().Controller().Modified(); });
         Action("formatar", judged);
-        Step(
-            "undo of it", [&] { editor.undo(); }, now);
+        Action("desfazer", now);
         Action("validar", judged);
         QTreeView* list = Tab().Messages()->List();
         for (int column = 0; column < list->model()->columnCount(); ++column)

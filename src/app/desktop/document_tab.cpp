@@ -127,17 +127,20 @@ void TDocumentTab::Subscribe() {
     };
     TValidatorEvents& events = Controller().Events();
     subscribe(events.OnStateChange, [this](const TStateChangeArgs&) { emit Changed(); });
-    subscribe(events.OnFileOpen, [this](const TFileOpenArgs&) {
+    // An event keeps what it told: what is large is taken out.
+    subscribe(events.OnFileOpen, [this](TFileOpenArgs& args) {
+        args.SharedContent.reset();
         editor_->Load(read_.Shown, read_.Highlighted);
         Watch();
     });
-    subscribe(events.OnFileSave, [this](const TFileSaveArgs&) {
+    subscribe(events.OnFileSave, [this](TFileSaveArgs& args) {
+        args.SharedContent.reset();
         Watch();
         NoteSaved();
         emit FileSaved();
     });
     subscribe(events.OnFileClose, [this](TFileCloseArgs& args) { OnClose(args); });
-    subscribe(events.OnValidate, [this](const TValidateArgs& result) { ShowResult(result); });
+    subscribe(events.OnValidate, [this](TValidateArgs& result) { ShowResult(std::move(result)); });
 }
 
 void TDocumentTab::ShowRead(const TReadFile& read) {
@@ -159,6 +162,7 @@ void TDocumentTab::ShowRead(const TReadFile& read) {
     }
     editor_->SetEditable(true);
     session_->Open(read);
+    read_ = {}; // the controller and the editor have what they need
     NoteSaved();
     if (read.CrowdedLines)
         notices_->Show(
@@ -174,7 +178,6 @@ void TDocumentTab::ShowRead(const TReadFile& read) {
                 "O arquivo tem linhas muito longas e é mostrado com quebras de linha, que não mudam "
                 "nenhum valor nem o hash. O arquivo só muda se for salvo."),
             {{QStringLiteral("Mostrar como veio"), [this] { ShowAsItCame(); }}});
-    read_.File.reset(); // the controller has what it needs, and the bytes need memory
     Validate();
 }
 
@@ -214,11 +217,12 @@ void TDocumentTab::Validate() {
         return typing_->start();
     notices_->Hide(QStringLiteral("configuracao"));
     edited_ = false;
-    LetGoBeside(std::exchange(result_, std::nullopt)); // two trees of a large file are one too many
+    // Two trees of a large file are one too many.
+    const auto last = std::make_shared<std::optional<TValidateArgs>>(std::exchange(result_, std::nullopt));
     const std::shared_ptr<const std::string> text = editor_->Snapshot();
     if (text->size() > kValidatedWhileTyping)
         editor_->SetEditable(false);
-    session_->Validate(text);
+    session_->Validate(text, last);
 }
 
 void TDocumentTab::StopValidation() {
@@ -230,12 +234,13 @@ void TDocumentTab::StopValidation() {
     messages_->ShowNothing(QStringLiteral("A validação foi interrompida. Pressione F5 para validar."));
 }
 
-void TDocumentTab::ShowResult(const TValidateArgs& result) {
+void TDocumentTab::ShowResult(TValidateArgs told) {
+    LetGoBeside(std::exchange(result_, std::move(told)));
+    const TValidateArgs& result = *result_;
     editor_->SetEditable(true);
     wasJudged_ = result.Verified;
     wasValid_ = result.FileStateFlags.Contains(TFileStateFlag::sfValido);
     kind_ = result.ArquivoTiss != nullptr ? ToQt(KindOf(result.ArquivoTiss->TipoArquivo()).Title) : QString();
-    LetGoBeside(std::exchange(result_, result));
     messages_->ShowMessages(result.ValidationMessages);
     informations_->ShowInformations(result.ArquivoTiss != nullptr ? result.ArquivoTiss->Informations()
                                                                   : TInformations{});
@@ -641,9 +646,12 @@ void TDocumentTab::GoRound(bool forwards, QWidget* after) {
     const auto at = std::ranges::find_if(there, [](const QWidget* part) { return part->hasFocus(); });
     const std::size_t count = there.size();
     const auto index = static_cast<std::size_t>(at - there.begin());
-    if (count != 0)
-        there[at == there.end() ? 0 : (index + (forwards ? 1 : count - 1)) % count]->setFocus(
-            Qt::TabFocusReason);
+    if (count == 0)
+        return;
+    QWidget* const part = there[at == there.end() ? 0 : (index + (forwards ? 1 : count - 1)) % count];
+    if (!part->isActiveWindow()) // a panel may have a window of its own
+        part->activateWindow();
+    part->setFocus(Qt::TabFocusReason);
 }
 
 QString TDocumentTab::StateText() const {

@@ -111,7 +111,7 @@ class TDocumentTab : public QWidget {
     void BuildViews();
     void Subscribe();
     void ShowRead(const TReadFile& read);
-    void ShowResult(const TValidateArgs& result);
+    void ShowResult(TValidateArgs told);
     void OnEdited();
     /// The text as it is now is that of the file.
     void NoteSaved();

@@ -75,7 +75,7 @@ void TFileSession::Open(const TReadFile& read) {
         controller_->Load(FromQt(fileName_), *read.File);
 }
 
-void TFileSession::Validate(const TXmlPtr& text) {
+void TFileSession::Validate(const TXmlPtr& text, std::shared_ptr<const void> before) {
     std::vector<std::string> enabled;
     try {
         enabled = EnabledRules();
@@ -85,7 +85,8 @@ void TFileSession::Validate(const TXmlPtr& text) {
     }
     RunBeside(
         this,
-        [run = controller_->BeginValidation(text)]() mutable {
+        [run = controller_->BeginValidation(text), before = std::move(before)]() mutable {
+            before.reset();
             run->Run();
             return std::move(run);
         },

@@ -45,8 +45,9 @@ class TFileSession : public QObject {
     void Read();
     /// Gives the controller what was read: its events follow.
     void Open(const TReadFile& read);
-    /// Validates beside; the controller's events tell the rest.
-    void Validate(const TXmlPtr& text);
+    /// Validates beside; the controller's events tell the rest. `before`: what is let go of before that, as
+    /// the result of the last validation.
+    void Validate(const TXmlPtr& text, std::shared_ptr<const void> before);
     /// Saves beside under a name, which becomes the file's; answers when it is done. Raises what the
     /// controller raises.
     void Save(const TXmlPtr& text, const QString& fileName, QWidget* owner);

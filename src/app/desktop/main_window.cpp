@@ -15,6 +15,7 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QMimeData>
+#include <QScreen>
 #include <QSettings>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -46,6 +47,7 @@ std::unique_ptr<QSettings> Settings() {
 
 /// A folder of more files is not opened without asking.
 constexpr qsizetype kManyFiles = 20;
+constexpr QSize kFirstSize(1280, 720);
 /// Names of changed files that a question lists.
 constexpr qsizetype kNamesAsked = 15;
 
@@ -310,7 +312,7 @@ void TMainWindow::SaveLayout() const {
 void TMainWindow::RestoreLayout() {
     const auto settings = Settings();
     if (!restoreGeometry(settings->value(QStringLiteral("janela")).toByteArray()))
-        resize(1280, 720);
+        resize(kFirstSize.boundedTo(screen()->availableGeometry().size()));
     restoreState(settings->value(QStringLiteral("barras")).toByteArray());
 }
 

@@ -31,8 +31,7 @@ namespace conferix {
 
 namespace {
 
-constexpr QSize kHelpSize(860, 560); ///< of its own window
-constexpr int kHelpWidth = 430;      ///< beside the text
+constexpr int kHelpWidth = 430; ///< beside the text
 
 /// A file with faults that comes with the program, beside its other shared files or in its source; empty
 /// where there is none.
@@ -147,11 +146,13 @@ TRuleHelp& TMainWindow::OpenHelp() {
         helpDock_->setObjectName(QStringLiteral("ajuda"));
         helpDock_->setWidget(help_);
         addDockWidget(Qt::RightDockWidgetArea, helpDock_);
-        if (pages_->minimumSizeHint().width() + kHelpWidth <= screen()->availableGeometry().width()) {
+        const QRect there = screen()->availableGeometry();
+        if (pages_->minimumSizeHint().width() + kHelpWidth <= there.width()) {
             resizeDocks({helpDock_}, {kHelpWidth}, Qt::Horizontal);
         } else { // no room beside the text
             helpDock_->setFloating(true);
-            helpDock_->resize(kHelpSize.boundedTo(screen()->availableGeometry().size()));
+            helpDock_->resize(there.width() / 2, there.height() * 2 / 3);
+            helpDock_->move(there.center().x(), there.top());
         }
         restoreDockWidget(helpDock_);
         auto* const escape = new QShortcut(QKeySequence(Qt::Key_Escape), helpDock_);

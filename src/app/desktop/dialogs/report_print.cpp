@@ -121,10 +121,10 @@ class TPageBreaks {
     bool IsTorn(const QTextBlock& block) const {
         if (IsHeading(block) && block.next().isValid() && FirstPageOf(block.next()) != FirstPageOf(block))
             return true;
-        const QTextTable* const table = QTextCursor(block).currentTable();
+        QTextTable* const table = QTextCursor(block).currentTable();
         if (table == nullptr || table->firstCursorPosition().block() != block)
             return false;
-        const QRectF whole = report_.documentLayout()->frameBoundingRect(const_cast<QTextTable*>(table));
+        const QRectF whole = report_.documentLayout()->frameBoundingRect(table);
         return whole.height() < kKeptWhole * height_ && PageAt(whole.top()) != PageAt(whole.bottom() - 1);
     }
     /// What begins with the block starts a new page, together with the headings before it.
