@@ -100,7 +100,7 @@ fazer_icu() {
     printf '%s\n' "${partes[@]}" | xargs -P "$paralelo" -I{} \
         "$alvo-g++-posix" "${opcoes[@]}" -c source/common/{}.cpp -o objetos/{}.o
     # O que as partes só chamam para o fuso horário e para a língua do sistema, que ninguém lhes pede.
-    printf '%s\n' 'void *uprv_detectWindowsTimeZone_72(void) { return 0; }' 'int uloc_canonicalize_72(void) { return 0; }' >vazias.c
+    printf '%s\n' 'void *uprv_detectWindowsTimeZone(void) { return 0; }' 'int uloc_canonicalize_72(void) { return 0; }' >vazias.c
     $alvo-gcc-posix -O2 -c vazias.c -o objetos/vazias.o
     icupkg -l source/data/in/icudt72l.dat >todos.txt
     icupkg -d dados -x '*' source/data/in/icudt72l.dat
