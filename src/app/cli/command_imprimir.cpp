@@ -1,12 +1,8 @@
 #include "app/cli/command_line.h"
 #include "app/cli/commands.h"
+#include "app/guide_forms.h"
 #include "data/database_tuss.h"
-#include "data/tuss_search.h"
-#include "forms/domain_terms.h"
-#include "forms/form_printer.h"
 #include "model/arquivo_tiss_factory.h"
-#include "model/mensagem_tiss.h"
-#include "paper/pdf_writer.h"
 #include "platform/platform.h"
 #include "report/console.h"
 #include "report/message_json.h"
@@ -15,8 +11,6 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <array>
-#include <map>
 #include <memory>
 #include <ostream>
 #include <set>
@@ -25,10 +19,6 @@
 namespace conferix {
 
 namespace {
-
-/// The kinds of guide as templates name them, in the order of TEnumTipoGuia.
-constexpr std::array<std::string_view, kTiposGuia> kKinds = {"consulta", "spsadt", "resumo_internacao",
-                                                             "honorarios", "tratamento_odontologico"};
 
 void CheckOptions(const TCliContext& context, const TImprimirOptions& options) {
     const bool blank = !options.EmBranco.empty();
@@ -63,32 +53,11 @@ const TFormTemplate& FormNamed(const TFormSet& forms, const std::string& name) {
     throw EUsage(fmt::format("o formulário \"{}\" não existe; escolha {}", name, fmt::join(names, ", ")));
 }
 
-/// What codes stand for: in the domain tables, else in the terminology.
-TTermText TermsOf(const TCliContext& context) {
-    struct TKnown {
-        explicit TKnown(const std::filesystem::path& terminology) : Terminology(terminology) {}
-        TDomainTerms Domains = TDomainTerms::Installed();
-        TTussSearch Terminology;
-        std::map<std::pair<std::string, std::string>, std::string> Found; ///< the same codes come again
-    };
-    auto known =
-        std::make_shared<TKnown>(TDatabaseTuss(PathFromText(context.Terminologia)).DatabaseFileName());
-    return [known](std::string_view table, std::string_view code) {
-        const auto [entry, isNew] = known->Found.try_emplace({std::string(table), std::string(code)});
-        if (isNew) {
-            entry->second = known->Domains.Find(table, code);
-            if (entry->second.empty())
-                entry->second = known->Terminology.Description(table, code);
-        }
-        return entry->second;
-    };
-}
-
 TFormOptions OptionsOf(const TCliContext& context, const TImprimirOptions& options) {
     TFormOptions wanted;
     wanted.Only = options.Formulario;
     if (options.ComDescricao)
-        wanted.Terms = TermsOf(context);
+        wanted.Terms = FormTermsOf(TDatabaseTuss(PathFromText(context.Terminologia)).DatabaseFileName());
     return wanted;
 }
 
@@ -142,34 +111,23 @@ class TPrinting {
         const TFormVariant* variant = form.VariantFor(version);
         if (variant == nullptr)
             throw EUsage(fmt::format("o formulário \"{}\" não existe na versão {}", form.Name, version));
-        printer_.PrintBlank(form, *variant, version,
-                            [&](const TFormPage& page) { pdf_.AddPage(page.Paper); });
+        printer_.PrintBlank(form, *variant, version, [&](const TFormPage& page) { pdf_.Add(page); });
         pages_ = 1;
     }
 
     int Print(const std::string& name, const TTissFile& file) {
         std::optional<std::size_t> errors;
         const std::shared_ptr<const IArquivoTiss> loaded = Load(name, file, errors);
-        const auto* message = dynamic_cast<const TMensagemTiss*>(loaded.get());
-        const std::vector<TFormGuide> guides =
-            message != nullptr ? Guides(*message) : std::vector<TFormGuide>();
+        const std::vector<TFormGuide> guides = WantedOf(FormGuidesOf(*loaded));
         if (guides.empty() && wanted_.empty()) {
             context_.Error(
                 fmt::format("{}: o arquivo não tem guias a imprimir; são impressos lotes de guias", name));
             return kExitInvalid;
         }
         printer_.SetErrors(errors);
-        const TFormGuide* last = nullptr;
-        const std::size_t pages = printer_.Print(guides, loaded->Versao(), [&](const TFormPage& page) {
-            if (page.Sheet == 1) {
-                const bool below = page.Guide == last;
-                pdf_.AddBookmark(below ? page.Form->Title
-                                       : fmt::format("{} - {}", page.Guide->Number, page.Form->Title),
-                                 below ? 1 : 0);
-                last = page.Guide;
-            }
-            pdf_.AddPage(page.Paper);
-        });
+        pdf_.BeginFile();
+        const std::size_t pages =
+            printer_.Print(guides, loaded->Versao(), [&](const TFormPage& page) { pdf_.Add(page); });
         pages_ += pages;
         guides_ += guides.size();
         files_.push_back({{"arquivo", name},
@@ -200,18 +158,15 @@ class TPrinting {
     }
 
     /// The guides to be printed.
-    std::vector<TFormGuide> Guides(const TMensagemTiss& message) {
-        std::vector<TFormGuide> guides;
-        for (const TGuiaTissBase& guia : message.LoteGuias().GuiasTiss().EmOrdemDoDocumento()) {
-            const std::string number(guia.NumeroMostrado());
-            const std::string other(ValueOf(guia.Node()->FirstDescendant("numeroGuiaOperadora")));
-            if (!wanted_.empty()) {
-                if (!wanted_.contains(number) && !wanted_.contains(other))
-                    continue;
-                printed_.insert({number, other});
-            }
-            guides.push_back({guia.Node(), kKinds[static_cast<std::size_t>(guia.TipoGuia())], number});
-        }
+    std::vector<TFormGuide> WantedOf(std::vector<TFormGuide> guides) {
+        if (!wanted_.empty())
+            std::erase_if(guides, [this](const TFormGuide& guide) {
+                const std::string other(ValueOf(guide.Node->FirstDescendant("numeroGuiaOperadora")));
+                if (!wanted_.contains(guide.Number) && !wanted_.contains(other))
+                    return true;
+                printed_.insert({guide.Number, other});
+                return false;
+            });
         return guides;
     }
 
@@ -238,7 +193,7 @@ class TPrinting {
     std::set<std::string> printed_; ///< numbers that were found
     TFormPrinter printer_;
     std::ostringstream bytes_;
-    TPdfWriter pdf_;
+    TGuidePdf pdf_;
     std::size_t pages_ = 0;
     std::size_t guides_ = 0;
     TJson files_ = TJson::array();
