@@ -17,9 +17,11 @@ set(external_headers
     "^fmt/" fmt::fmt
     "^nettle/" PkgConfig::NETTLE
     "^nlohmann/" nlohmann_json::nlohmann_json
+    "^png\\.h$" PNG::PNG
     "^re2/" PkgConfig::RE2
     "^spdlog/" spdlog::spdlog_header_only
     "^sqlite3\\.h$" SQLite::SQLite3
+    "^turbojpeg\\.h$" PkgConfig::TURBOJPEG
     "^unicode/" ICU::uc
     "^zip\\.h$" zip_headers
     "^zlib\\.h$" ZLIB::ZLIB)

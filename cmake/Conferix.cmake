@@ -2,8 +2,11 @@
 add_library(conferix_options INTERFACE)
 target_include_directories(conferix_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 target_compile_options(conferix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
-# GCC 12 warns of overlaps in the concatenation of string literals that are none.
+# GCC 12 warns of overlaps in the concatenation of string literals that are none; for Windows, of their lengths as well.
 target_compile_options(conferix_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+if(WIN32)
+    target_compile_options(conferix_options INTERFACE -Wno-stringop-overflow)
+endif()
 if(CONFERIX_SANITIZE)
     target_compile_options(conferix_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
                                                       -fno-omit-frame-pointer)

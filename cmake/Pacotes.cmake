@@ -22,7 +22,8 @@ foreach(pacote IN LISTS pacotes)
 endforeach()
 
 # The documents, and what they lead to, beside each other as in the source.
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/conferix COMPONENT comando)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/conferix COMPONENT comando)
+install(FILES bench/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/conferix/bench COMPONENT comando)
 install(DIRECTORY docs exemplos implantacao DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/conferix COMPONENT comando)
 
 # The libraries that are loaded while the program runs are in no list of the linker.

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0; // refused with a reason
     }
     if (const auto misreading = FindMisreading(read.Text, read.Encoding))
-        MeantText(read.Text, misreading->Kind);
+        MeantText(read.Text, *misreading);
     std::string written;
     try {
         written = EncodeXml(read.Text, read.Encoding);

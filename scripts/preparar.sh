@@ -5,7 +5,8 @@ raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 pacotes_compilar=(g++ cmake ninja-build pkg-config libexpat1-dev libicu-dev libsqlite3-dev
     libsqlitecpp-dev nlohmann-json3-dev libfmt-dev libre2-dev libzip-dev libspdlog-dev
-    libsimpleini-dev libcurl4-openssl-dev libcsv-dev nettle-dev libboost-dev zlib1g-dev)
+    libsimpleini-dev libcurl4-openssl-dev libcsv-dev nettle-dev libboost-dev zlib1g-dev
+    libpng-dev libturbojpeg0-dev)
 pacotes_janela=(qt6-base-dev qt6-svg-dev libqscintilla2-qt6-dev libqscintilla2-qt6-l10n qt6-translations-l10n libqt6svg6)
 pacotes_testar=(libgtest-dev libgmock-dev libvalijson-dev libxml2-dev locales patch zsh fish mandoc qpdf poppler-utils)
 pacotes_empacotar=(dpkg-dev fakeroot file gzip)

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Mata o programa enquanto ele grava um arquivo no lugar, muitas vezes: o arquivo tem de ficar inteiro, com o conteúdo
 # antigo ou com o novo, e a gravação seguinte não pode deixar arquivos temporários. Executa-se à mão; leva alguns minutos.
-# Uso: interromper_gravacao.sh [programa] [mortes]
+# Uso: interromper_gravacao.sh [programa] [mortes]; um programa para Windows (.exe) é executado no Wine
 set -euo pipefail
 raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-programa=$(realpath "${1:-$raiz/build/release/bin/conferix}")
+programa=("$(realpath "${1:-$raiz/build/release/bin/conferix}")")
+[[ ${programa[0]} != *.exe ]] || programa=("$raiz/scripts/windows/executar" "${programa[@]}")
 mortes=${2:-300}
 pasta=$(mktemp -d)
 trap 'rm -rf "$pasta"' EXIT
@@ -24,7 +25,7 @@ awk '/<ans:guiaConsulta>/ { dentro = 1 }
      !dentro { print }
      /<\/ans:guiaConsulta>/ { if (dentro) for (i = 0; i < 4000; ++i) printf "%s", guia; dentro = 0; guia = "" }' \
     "$raiz/exemplos/consulta-4.01.00-valido.xml" >../antigo.xml
-gravar() { "$programa" corrigir lote.xml --todas --no-lugar >/dev/null 2>&1; }
+gravar() { "${programa[@]}" corrigir lote.xml --todas --no-lugar >/dev/null 2>&1; }
 cp ../antigo.xml lote.xml
 gravar || true # o que a correção de tudo não sabe corrigir continua errado
 cp lote.xml ../novo.xml
@@ -35,7 +36,7 @@ while [ "$dentro" -lt "$mortes" ]; do
     tentativas=$((tentativas + 1))
     [ "$tentativas" -le $((mortes * 20)) ] || falha "só $dentro mortes durante a gravação em $((tentativas - 1)) tentativas"
     cp ../antigo.xml lote.xml
-    "$programa" corrigir lote.xml --todas --no-lugar >/dev/null 2>&1 &
+    "${programa[@]}" corrigir lote.xml --todas --no-lugar >/dev/null 2>&1 &
     processo=$!
     # O arquivo temporário mostra que a gravação começou; depois dele, um instante qualquer.
     while kill -0 "$processo" 2>/dev/null && [ -z "$(temporarios)" ]; do :; done

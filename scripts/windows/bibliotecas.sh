@@ -73,18 +73,35 @@ arquivar() { # <biblioteca> <objetos...>
     $alvo-ar rcsD "$prefixo/lib/lib$1.a" "${@:2}"
 }
 
+descrever() { # <biblioteca> <versão>: para o pkg-config
+    printf '%s\n' "Name: $1" "Description: $1" "Version: $2" "Libs: -L$prefixo/lib -l$1" "Cflags: -I$prefixo/include" \
+        >"$prefixo/lib/pkgconfig/$1.pc"
+}
+
 fazer_expat() {
     com_cmake expat -DEXPAT_BUILD_TOOLS=OFF -DEXPAT_BUILD_EXAMPLES=OFF -DEXPAT_BUILD_TESTS=OFF -DEXPAT_BUILD_DOCS=OFF \
         -DEXPAT_SHARED_LIBS=OFF -DEXPAT_DTD=OFF -DCMAKE_C_FLAGS=-DXML_DTD=1
 }
 
-# Só a parte comum: caracteres, codificações e normalização. Dos dados, as codificações de um byte e a normalização NFKC.
+# Só o que o programa usa da parte comum: classes de caracteres, codificações e normalização. Dos dados, as codificações de um
+# byte e a normalização NFKC.
 fazer_icu() {
     local opcoes=(-O2 -DU_STATIC_IMPLEMENTATION -DU_COMMON_IMPLEMENTATION -DUCONFIG_NO_SERVICE=1 -D_REENTRANT
         -Isource/common -std=c++14 -w)
-    mkdir -p objetos "$prefixo/include/unicode"
-    printf '%s\n' source/common/*.cpp | xargs -P "$paralelo" -I{} sh -c \
-        "$alvo-g++-posix ${opcoes[*]} -c {} -o objetos/\$(basename {} .cpp).o"
+    local partes=(
+        appendable bmpset bytesinkutil bytestream charstr cmemory cstring edits loadednormalizer2impl normalizer2
+        normalizer2impl patternprops putil stringpiece uarrsort ucase uchar ucln_cmn ucmndata ucnv ucnv2022 ucnv_bld
+        ucnv_cb ucnv_cnv ucnv_ct ucnv_err ucnv_ext ucnv_io ucnv_lmb ucnv_u16 ucnv_u32 ucnv_u7 ucnv_u8 ucnvbocu ucnvhz
+        ucnvisci ucnvlat1 ucnvmbcs ucnvscsu ucptrie udata udatamem udataswp uenum uhash uinvchar umapfile umutablecptrie
+        umutex unifilt unifunct uniset unisetspan unistr unistr_props uobject ustr_cnv ustrfmt ustring ustrtrns utf_impl
+        util utrace utrie2 utrie_swap uvector
+    )
+    mkdir -p objetos dados "$prefixo/include/unicode"
+    printf '%s\n' "${partes[@]}" | xargs -P "$paralelo" -I{} \
+        "$alvo-g++-posix" "${opcoes[@]}" -c source/common/{}.cpp -o objetos/{}.o
+    # O que as partes só chamam para o fuso horário e para a língua do sistema, que ninguém lhes pede.
+    printf '%s\n' 'void *uprv_detectWindowsTimeZone_72(void) { return 0; }' 'int uloc_canonicalize_72(void) { return 0; }' >vazias.c
+    $alvo-gcc-posix -O2 -c vazias.c -o objetos/vazias.o
     icupkg -l source/data/in/icudt72l.dat >todos.txt
     icupkg -d dados -x '*' source/data/in/icudt72l.dat
     { printf '%s\n' cnvalias.icu nfkc.nrm
@@ -103,13 +120,11 @@ fazer_icu() {
 }
 
 fazer_sqlite3() {
-    ./configure --disable-tcl --disable-readline --disable-shared
-    make sqlite3.c
-    # As opções do Debian que mudam o que o SQL faz.
+    make -f main.mk TOP=. BCC=gcc NAWK=awk sqlite3.c
+    # Das opções do Debian as que o programa nota, e a que o SQLiteCpp quer.
     $alvo-gcc-posix -O2 -w -DSQLITE_THREADSAFE=1 -DSQLITE_ENABLE_COLUMN_METADATA -DSQLITE_SECURE_DELETE -DSQLITE_USE_URI=1 \
-        -DSQLITE_ENABLE_FTS3 -DSQLITE_ENABLE_FTS3_PARENTHESIS -DSQLITE_ENABLE_FTS5 -DSQLITE_ENABLE_RTREE=1 \
-        -DSQLITE_ALLOW_ROWID_IN_VIEW -DSQLITE_LIKE_DOESNT_MATCH_BLOBS -DSQLITE_MAX_VARIABLE_NUMBER=250000 \
-        -DSQLITE_OMIT_LOAD_EXTENSION -c sqlite3.c -o sqlite3.o
+        -DSQLITE_ENABLE_FTS5 -DSQLITE_ALLOW_ROWID_IN_VIEW -DSQLITE_LIKE_DOESNT_MATCH_BLOBS \
+        -DSQLITE_MAX_VARIABLE_NUMBER=250000 -DSQLITE_OMIT_LOAD_EXTENSION -c sqlite3.c -o sqlite3.o
     arquivar sqlite3 sqlite3.o
     cp sqlite3.h "$prefixo/include"
 }
@@ -126,6 +141,7 @@ fazer_fmtlib() {
 fazer_re2() {
     make REBUILD_TABLES=1 re2/unicode_casefold.cc re2/unicode_groups.cc re2/perl_groups.cc
     com_cmake . -DRE2_BUILD_TESTING=OFF
+    descrever re2 20220601
 }
 
 fazer_libzip() {
@@ -140,15 +156,15 @@ fazer_libcsv() {
     cp csv.h "$prefixo/include"
 }
 
-# Só os resumos que o programa calcula: MD5 e SHA-256.
+# Só o que o programa calcula: MD5, SHA-256 e Base64.
 fazer_nettle() {
     : >config.h
-    $alvo-gcc-posix -O2 -w -DHAVE_CONFIG_H -I. -c md5.c md5-compress.c sha256.c sha256-compress.c write-be32.c write-le32.c
+    $alvo-gcc-posix -O2 -w -DHAVE_CONFIG_H -I. -c md5.c md5-compress.c sha256.c sha256-compress.c write-be32.c \
+        write-le32.c base64-encode.c
     arquivar nettle ./*.o
     mkdir -p "$prefixo/include/nettle"
-    cp md5.h sha2.h nettle-types.h "$prefixo/include/nettle"
-    printf '%s\n' 'Name: nettle' 'Description: MD5, SHA-256' 'Version: 3.8.1' "Libs: -L$prefixo/lib -lnettle" \
-        "Cflags: -I$prefixo/include" >"$prefixo/lib/pkgconfig/nettle.pc"
+    cp md5.h sha2.h base64.h nettle-types.h "$prefixo/include/nettle"
+    descrever nettle 3.8.1
 }
 
 # HTTP e HTTPS pelo próprio Windows (Schannel), com os certificados que ele conhece; o curl traz a configuração para ele.
@@ -197,7 +213,8 @@ bibliotecas() {
     resumo=$({ printf '%s\n' "${fontes[@]}"
         for entrada in "${cabecalhos[@]}"; do dpkg-query -W -f='${Package} ${Version}\n' "${entrada#*:}"; done
         $alvo-g++-posix -dumpfullversion
-        cat "$raiz/scripts/windows/bibliotecas.sh" "$raiz/cmake/windows/ferramentas.cmake"; } | sha256sum)
+        declare -f com_cmake arquivar descrever descrever_cabecalhos $(compgen -A function fazer_ | grep -vE '^fazer_(zip|instalador)$')
+        cat "$raiz/cmake/windows/ferramentas.cmake"; } | sha256sum)
     prefixo=$guardados/prefixo-${resumo:0:12}
     [ -e "$prefixo/pronto" ] && return
     trabalho=$prefixo-trabalho
@@ -209,12 +226,10 @@ bibliotecas() {
     preparar_apt
     for entrada in "${cabecalhos[@]}"; do
         ln -sfn "/usr/include/${entrada%%:*}" "$prefixo/include/${entrada%%:*}"
-        cp -L "/usr/share/doc/${entrada#*:}/copyright" "$prefixo/licencas/${entrada#*:}.txt"
     done
     descrever_cabecalhos
     cp /usr/$alvo/lib/libz.a "$prefixo/lib/"
     cp /usr/$alvo/include/{zlib,zconf}.h "$prefixo/include/"
-    cp -L /usr/share/doc/libz-mingw-w64-dev/copyright "$prefixo/licencas/zlib.txt"
     for entrada in "${fontes[@]}"; do
         # O que uma execução interrompida já fez não se faz de novo.
         grep -q "^${entrada%% *}_" "$prefixo/versoes.txt" || compilar_biblioteca $entrada

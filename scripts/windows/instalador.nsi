@@ -72,7 +72,8 @@ Section "Conferix (comando)" principal
         !insertmacro RemoverPrograma
     ${EndIf}
     SetOutPath "$INSTDIR"
-    File /r "${PASTA}\*.*"
+    ; O LEIAME diz como usar o programa sem o instalar.
+    File /r /x LEIAME.txt "${PASTA}\*.*"
     WriteUninstaller "$INSTDIR\desinstalar.exe"
     CreateShortcut "$SMPROGRAMS\Conferix (linha de comando).lnk" "$SYSDIR\cmd.exe" '/k ""$INSTDIR\bin\conferix.exe" ajuda"' \
         "$INSTDIR\bin\conferix.exe"

@@ -1,7 +1,7 @@
 # Lido por janela-windows: reúne o programa em build/windows/pacotes/conferix, e faz dele o ZIP e o instalador.
 
 # O que qualquer Windows 10 traz.
-dlls_do_sistema='advapi32|bcrypt|crypt32|kernel32|mswsock|msvcrt|normaliz|ntdll|ole32|secur32|shell32|shlwapi|user32|ws2_32'
+dlls_do_sistema='advapi32|bcrypt|crypt32|kernel32|mswsock|msvcrt|normaliz|ntdll|ole32|secur32|shell32|shlwapi|user32|winhttp|ws2_32'
 
 reunir() {
     local pasta=$raiz/build/windows/pacotes
@@ -12,14 +12,35 @@ reunir() {
     cp "$raiz/LICENSE" conferix/LICENSE.txt
     mkdir conferix/licencas
     cp "$prefixo"/licencas/*.txt conferix/licencas/
-    { echo 'Este programa contém as bibliotecas abaixo, com as licenças desta pasta. Os fontes de cada uma, na versão'
-        echo 'usada, são os pacotes-fonte do Debian 12 de mesmo nome (em um Debian: apt-get source NOME=VERSÃO); os do'
-        echo 'Conferix acompanham o endereço de onde este arquivo veio, com os scripts que o compilam.'
+    local pacote binarios=(gcc-mingw-w64-x86-64-posix-runtime mingw-w64-x86-64-dev libz-mingw-w64-dev "${cabecalhos[@]#*:}")
+    for pacote in "${binarios[@]}"; do cp -L "/usr/share/doc/$pacote/copyright" "conferix/licencas/$pacote.txt"; done
+    # As licenças a que estes textos remetem, que um Debian tem em uma pasta.
+    for pacote in $(grep -oh '/usr/share/common-licenses/[[:alnum:].-]*[[:alnum:]]' conferix/licencas/*.txt | sort -u); do
+        [ ! -e "$pacote" ] || cp -L "$pacote" "conferix/licencas/texto-$(basename "$pacote").txt"
+    done
+    { echo 'Este programa contém as bibliotecas abaixo (NOME_VERSÃO), com as licenças desta pasta; as que elas citam como'
+        echo '/usr/share/common-licenses/X são os arquivos texto-X.txt. Os fontes de cada uma, na versão usada, são os'
+        echo 'pacotes-fonte do Debian 12 de mesmo nome (em um Debian: apt-get source NOME=VERSÃO); os do Conferix acompanham'
+        echo 'o endereço de onde este arquivo veio, com os scripts que o compilam.'
         echo
-        cat "$prefixo/versoes.txt"; } >conferix/licencas/LEIAME.txt
+        { cat "$prefixo/versoes.txt"
+            dpkg-query -W -f='${source:Package}_${source:Version}\n' "${binarios[@]}"; } | sort -u; } >conferix/licencas/BIBLIOTECAS.txt
+    cat >conferix/LEIAME.txt <<FIM
+Conferix $versao para Windows 10 e 11 (64 bits): confere e corrige arquivos XML do padrão TISS.
+
+Não é preciso instalar: deixe esta pasta onde quiser e, em um Prompt de Comando aberto nela, escreva
+
+    bin\conferix ajuda
+    bin\conferix validar exemplos\consulta-4.01.00-com-erros.xml
+
+O que o programa grava para si (configuração, terminologia importada) fica em %APPDATA%\Brenvo\Conferix, ou na pasta que a
+variável de ambiente CONFERIX_DADOS nomear. Para remover o programa, apague esta pasta.
+
+O Conferix é livre, sob a licença de LICENSE.txt; as das bibliotecas que ele contém estão em licencas.
+FIM
     mkdir conferix/exemplos
     cp "$raiz"/exemplos/*.xml conferix/exemplos/
-    sed -i 's/$/\r/' conferix/LICENSE.txt conferix/licencas/*.txt
+    sed -i 's/$/\r/' conferix/*.txt conferix/licencas/*.txt
     # Duas execuções fazem os mesmos arquivos, com a data do último commit.
     data=$(git -C "$raiz" log -1 --format=%ct)
     find conferix -exec touch -d "@$data" {} +

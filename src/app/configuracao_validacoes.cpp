@@ -1,29 +1,10 @@
 #include "app/configuracao_validacoes.h"
 
-#include "xml/name_likeness.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <string_view>
 
 namespace conferix {
-
-namespace {
-
-/// A question for the rule that a name is nearest to; empty where none is near.
-std::string RuleMeant(const std::vector<TListedRule>& rules, std::string_view name) {
-    std::size_t least = std::min<std::size_t>(4, name.size() / 3 + 1);
-    std::string_view nearest;
-    for (const TListedRule& rule : rules)
-        if (const std::size_t slips = EditDistance(rule.Rule->Name, name, least); slips < least) {
-            least = slips;
-            nearest = rule.Rule->Name;
-        }
-    return nearest.empty() ? std::string() : fmt::format("você quis dizer \"{}\"? ", nearest);
-}
-
-} // namespace
 
 TConfiguracaoValidacoes::TConfiguracaoValidacoes(TConfig config, TOnSwitch onSwitch)
     : config_(std::move(config)), onSwitch_(std::move(onSwitch)), rules_(ListRules()) {}
@@ -57,12 +38,14 @@ std::vector<std::size_t> TConfiguracaoValidacoes::SetChecked(std::size_t node, b
 }
 
 std::vector<std::size_t> TConfiguracaoValidacoes::SetChecked(const std::string& name, bool checked) {
-    const std::optional<std::size_t> node = Find(name);
-    if (!node)
-        throw ERuleNotSwitched(
-            fmt::format("a regra \"{}\" não existe; {}\"conferix regras\" mostra as que existem", name,
-                        RuleMeant(rules_, name)));
-    return SetChecked(*node, checked);
+    const std::vector<std::size_t> named = RulesNamed(rules_, name);
+    if (named.size() == 1)
+        return SetChecked(named.front(), checked);
+    const std::vector<std::string> alike = RulesAlike(rules_, name);
+    const std::string text = WrongRuleText(rules_, name, named, alike);
+    if (named.empty() && alike.empty())
+        throw EUnknownRule(text);
+    throw ERuleNotSwitched(text);
 }
 
 void TConfiguracaoValidacoes::SaveTo(const std::filesystem::path& file) const {

@@ -21,6 +21,12 @@ class ERuleNotSwitched : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The same for a name to which no rule's is near.
+class EUnknownRule : public ERuleNotSwitched {
+  public:
+    using ERuleNotSwitched::ERuleNotSwitched;
+};
+
 /// The dialog that switches rules on and off, without its window: what is checked, what may be unchecked,
 /// what changes with it, and what is asked on closing. Changes stay here until Config() is saved.
 class TConfiguracaoValidacoes {
@@ -47,7 +53,8 @@ class TConfiguracaoValidacoes {
     /// Checks or unchecks a node, and with it the optional rules below it. Raises ERuleNotSwitched for what
     /// Refusal refuses, after which nothing has changed. Answers the nodes whose state is another now.
     std::vector<std::size_t> SetChecked(std::size_t node, bool checked);
-    /// The same by the name of a rule. Raises ERuleNotSwitched also for a name that is no rule's.
+    /// The same by the name of a rule, or by an end of it that no other has. Raises ERuleNotSwitched also for
+    /// a name that is no rule's.
     std::vector<std::size_t> SetChecked(const std::string& name, bool checked);
 
     /// True once a node has changed: closing without saving asks kQuestion then, and "Não" stays.

@@ -84,10 +84,11 @@ TFindingMap::TFindingMap(const TXmlDocument& document, const TXmlMessages& messa
          node = node->NextInWalk(&root)) {
         if (!node->IsTag())
             continue;
-        while (next != byPlace.end() && next->first < node->FilePos())
+        const std::int32_t filePos = document.PlaceOf(node->ByteStart()).FilePos;
+        while (next != byPlace.end() && next->first < filePos)
             take(false); // stray text behind the last tag
         last = {node, number++, false, nullptr};
-        while (next != byPlace.end() && next->first == node->FilePos())
+        while (next != byPlace.end() && next->first == filePos)
             take(true);
     }
     while (next != byPlace.end())
@@ -115,7 +116,7 @@ std::string MisreadRefusal(const ISolver& solver, const TXmlMessages& messages) 
                          std::ranges::any_of(messages, [](const auto& message) {
                              return message->Kind() == TFindingKind::Misread;
                          });
-    return misread ? "o arquivo foi gravado em outra codificação do que declara; corrija antes a codificação"
+    return misread ? "o texto do arquivo não se lê como foi escrito; corrija antes a codificação"
                    : std::string();
 }
 

@@ -5,6 +5,7 @@
 #include "validation/readability.h"
 #include "validation/structure_solver.h"
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -12,14 +13,20 @@ namespace conferix {
 
 namespace {
 
-/// Lists the corrections of the structure that only corrections of structure make.
-void LeaveStructure(const TXmlMessages& messages, TCorrectionResult& result) {
+/// Lists the corrections of the structure that were not asked for: those with loss of a structure that was
+/// repaired without, else those that only corrections of structure make.
+void LeaveStructure(const TXmlMessages& messages, bool withLoss, TCorrectionResult& result) {
+    // A structure that is of another version is left alone, with and without loss.
+    if (std::ranges::any_of(result.LeftOut, [](const TCorrectionRecord& record) {
+            return record.Message->Kind() == TFindingKind::Layout;
+        }))
+        return;
     for (const auto& message : messages)
         for (const auto& solver : message->Solvers())
             if (const auto* repair = dynamic_cast<const TStructureSolver*>(solver.get());
-                repair != nullptr && !repair->WithLoss()) {
+                repair != nullptr && repair->WithLoss() == withLoss) {
                 result.LeftOut.push_back(RecordOf(message, *repair));
-                result.LeftOut.back().Reason = kOfStructure;
+                result.LeftOut.back().Reason = withLoss ? kWithLoss : kOfStructure;
                 break;
             }
 }
@@ -48,17 +55,17 @@ TCorrectionResult CorrectReadable(TValidadorController& controller,
     TCorrectionResult result{xml, {}, {}};
     if (what.Estrutura)
         result = RepairStructure(controller, xml, enabledValidations, what.ComPerdas);
-    if (!what.Todas)
-        return result;
-    TCorrectionResult all = CorrectAll(controller, result.Xml, enabledValidations, choose);
-    const auto append = [](auto& to, auto& from) {
-        to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
-    };
-    append(result.Applied, all.Applied);
-    append(result.LeftOut, all.LeftOut);
-    result.Xml = std::move(all.Xml);
-    if (!what.Estrutura)
-        LeaveStructure(controller.Events().OnValidate.Current().ValidationMessages, result);
+    if (what.Todas) {
+        TCorrectionResult all = CorrectAll(controller, result.Xml, enabledValidations, choose);
+        const auto append = [](auto& to, auto& from) {
+            to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
+        };
+        append(result.Applied, all.Applied);
+        append(result.LeftOut, all.LeftOut);
+        result.Xml = std::move(all.Xml);
+    }
+    if (!what.ComPerdas)
+        LeaveStructure(controller.Events().OnValidate.Current().ValidationMessages, what.Estrutura, result);
     return result;
 }
 
@@ -66,10 +73,10 @@ TCorrectionResult CorrectReadable(TValidadorController& controller,
 
 TXmlRecoding HoldInEncoding(TValidadorController& controller, const TTissFile& file,
                             const std::string& encoding) {
-    const auto misreading = FindMisreading(*file.Text(), file.Encoding());
+    const auto misreading = file.Misreading();
     const std::string_view text = FromDeclaration(*file.Text());
     TXmlRecoding recoding =
-        RecodeXml(misreading ? MeantText(text, misreading->Kind) : std::string(text), encoding);
+        RecodeXml(misreading ? MeantText(text, *misreading) : std::string(text), encoding);
     controller.SetEncoding(EncodingToWrite(recoding.Text, {}));
     return recoding;
 }

@@ -8,6 +8,7 @@ namespace conferix {
 
 /// Why a correction of structure is left out where only the others are asked for.
 inline constexpr const char* kOfStructure = "da estrutura, que só --estrutura faz";
+inline constexpr const char* kWithLoss = "com perda, que só --com-perdas faz";
 
 /// What is to be corrected in a file.
 struct TFileCorrections {

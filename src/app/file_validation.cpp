@@ -1,5 +1,6 @@
 #include "app/file_validation.h"
 
+#include "app/missing_data.h"
 #include "app/tiss_file.h"
 #include "app/validador_controller.h"
 
@@ -33,6 +34,10 @@ std::string TFileResult::Obstacle() const {
     if (!Failure.empty() || Validation.Verified || Validation.AllMessages.empty())
         return Failure;
     return Validation.AllMessages.back()->Reason(); // the failure that ended the run
+}
+
+std::string TFileResult::Advice() const {
+    return Validation.MissingSchema.empty() ? std::string() : MissingSchemaText(Validation.MissingSchema);
 }
 
 TFileResult UnreadableFile(const std::string& name, const std::string& reason) {

@@ -30,6 +30,8 @@ struct TFileResult {
     TVerdict Verdict() const { return VerdictOf(Validation); }
     /// What kept a file from being verified, whether or not it could be read; empty for a verified one.
     std::string Obstacle() const;
+    /// What to do about it, where the obstacle does not say so itself.
+    std::string Advice() const;
 };
 
 /// The result of an input that could not be validated, so that it is missing in no report.

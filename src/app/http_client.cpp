@@ -2,6 +2,7 @@
 
 #include "app/curl_library.h"
 #include "platform/platform.h"
+#include "platform/system_proxy.h"
 
 #include <fmt/format.h>
 
@@ -165,7 +166,10 @@ void THttpClient::Prepare(const std::string& url) {
         handle.Set(CURLOPT_PROXY, ""); // whatever the environment says
         break;
     case TProxyMode::System:
-        break; // the library reads the environment
+        // What the environment names, the library reads itself.
+        if (const std::string named = SystemProxy(url); !named.empty())
+            handle.Set(CURLOPT_PROXY, named.c_str());
+        break;
     case TProxyMode::Manual:
         handle.Set(CURLOPT_PROXY, proxy_.c_str());
         handle.Set(CURLOPT_PROXYPORT, static_cast<long>(port_));

@@ -10,6 +10,8 @@ namespace {
 
 /// Deeper elements are indented no further, lest a text of nested elements grow with the square of its depth.
 constexpr std::size_t kMaxDepth = 40;
+/// Bytes of a line that no screen shows at once.
+constexpr std::size_t kWideLine = 600;
 
 enum class TMarkup { Open, Close, Empty, Data, Other };
 
@@ -52,16 +54,26 @@ TToken MarkupAt(std::string_view text, std::size_t at) {
     return {text.substr(0, end).ends_with("/>") ? TMarkup::Empty : TMarkup::Open, end};
 }
 
-} // namespace
-
-std::size_t LongestLine(std::string_view text) {
-    std::size_t longest = 0;
+std::string_view LongestLineOf(std::string_view text) {
+    std::string_view longest;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
-        longest = std::max(longest, end);
+        if (end > longest.size())
+            longest = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return longest;
+}
+
+} // namespace
+
+std::size_t LongestLine(std::string_view text) {
+    return LongestLineOf(text).size();
+}
+
+bool HasCrowdedLine(std::string_view text) {
+    const std::string_view line = LongestLineOf(text);
+    return line.size() > kWideLine && LongestLine(FormatXml(line)) < line.size() / 2;
 }
 
 std::string FormatXml(std::string_view text) {

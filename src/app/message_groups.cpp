@@ -145,6 +145,8 @@ void SortByLine(const TXmlMessages& messages, std::vector<TMessageGroup>& groups
 std::string GroupText(const TXmlMessages& messages, const TMessageGroup& group) {
     const TXmlMessage& first = *messages[group.Messages.front()];
     const std::size_t count = group.Count;
+    if (first.Kind() == TFindingKind::Run)
+        return first.Reason(); // said at the first place that met it, of which it does not speak
     if (count == 1)
         return first.Msg();
     const auto number = [](std::size_t value) {

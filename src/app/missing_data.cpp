@@ -1,5 +1,10 @@
 #include "app/missing_data.h"
 
+#include "app/installation.h"
+#include "platform/platform.h"
+
+#include <fmt/format.h>
+
 #include <array>
 #include <string_view>
 #include <utility>
@@ -16,13 +21,26 @@ TMissingData MissingDataOf(const TXmlMessage& message) {
                                                                                     : TMissingData::Nothing;
 }
 
+std::string MissingSchemaText(const std::filesystem::path& schema) {
+    const std::filesystem::path folder = schema.parent_path();
+    return fmt::format(
+        "O schema \"{}\" não está na pasta \"{}\". Para instalar os schemas publicados pela ANS: "
+        "conferix esquemas importar ARQUIVO{}",
+        PathText(schema.filename()), PathText(folder),
+        folder == InstalledSchemas().Folder() ? std::string()
+                                              : fmt::format(" --esquemas \"{}\"", PathText(folder)));
+}
+
 std::string TextForWindow(std::string text) {
-    static constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kCommands = {
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 6> kCommands = {
         {{": conferix terminologia importar ARQUIVO", " em Configurações > Terminologia"},
+         {"conferix terminologia importar ARQUIVO", "Configurações > Terminologia"},
          {": conferix esquemas importar ARQUIVO", " em Configurações > Schemas"},
-         {": conferix converter", " em Validação > Converter versão"}}};
+         {": conferix converter", " em Validação > Converter versão"},
+         {"conferix converter", "Validação > Converter versão"},
+         {"\"conferix proxy\"", "Configurações > Configurações de Proxy"}}};
     for (const auto& [command, menu] : kCommands)
-        if (const std::size_t at = text.find(command); at != std::string::npos)
+        for (std::size_t at = 0; (at = text.find(command, at)) != std::string::npos; at += menu.size())
             text.replace(at, command.size(), menu);
     return text;
 }

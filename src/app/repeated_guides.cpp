@@ -28,14 +28,25 @@ std::vector<TBilledGuide> BilledGuides(const TValidateArgs& result) {
     return guides;
 }
 
-std::vector<std::string> RepeatedGuideTexts(const std::vector<TRepeatedGuide>& repeated,
+std::string TGuideInTwoFiles::Text() const {
+    return fmt::format("Guia {} está também em {}, linha {}", CutText(Number), OtherFile, OtherLine);
+}
+
+std::vector<TGuideInTwoFiles> WithFileNames(const std::vector<TRepeatedGuide>& repeated,
                                             const std::vector<std::string>& names) {
+    std::vector<TGuideInTwoFiles> named;
+    named.reserve(repeated.size());
+    for (const TRepeatedGuide& guide : repeated)
+        named.push_back({guide.Number, names[guide.First.File], guide.First.Line, names[guide.Again.File],
+                         guide.Again.Line});
+    return named;
+}
+
+std::vector<std::string> RepeatedGuideTexts(const std::vector<TGuideInTwoFiles>& repeated) {
     constexpr std::size_t kTold = 50;
     std::vector<std::string> texts;
     for (std::size_t i = 0; i < std::min(repeated.size(), kTold); ++i)
-        texts.push_back(fmt::format("{}: Guia {} está também em {}, linha {}", names[repeated[i].First.File],
-                                    CutText(repeated[i].Number), names[repeated[i].Again.File],
-                                    repeated[i].Again.Line));
+        texts.push_back(fmt::format("{}: {}", repeated[i].File, repeated[i].Text()));
     if (repeated.size() > kTold)
         texts.push_back(fmt::format("e mais {} {} em dois arquivos", repeated.size() - kTold,
                                     repeated.size() == kTold + 1 ? "guia" : "guias"));

@@ -35,10 +35,24 @@ struct TRepeatedGuide {
     TPlace Again;
 };
 
-/// What the user is told of them, a sentence each; of many the first ones, and how many more there are.
+/// The same with the names of the files.
+struct TGuideInTwoFiles {
+    std::string Number;
+    std::string File;
+    std::int32_t Line;
+    std::string OtherFile; ///< which holds it as well
+    std::int32_t OtherLine;
+
+    /// What the user is told of it; the file stands before.
+    std::string Text() const;
+};
+
 /// `names`: of the files, by their numbers.
-std::vector<std::string> RepeatedGuideTexts(const std::vector<TRepeatedGuide>& repeated,
+std::vector<TGuideInTwoFiles> WithFileNames(const std::vector<TRepeatedGuide>& repeated,
                                             const std::vector<std::string>& names);
+
+/// What the user is told of them, a sentence each; of many the first ones, and how many more there are.
+std::vector<std::string> RepeatedGuideTexts(const std::vector<TGuideInTwoFiles>& repeated);
 
 /// Finds the guides that are in more than one of several files.
 class TRepeatedGuides {

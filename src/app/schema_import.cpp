@@ -193,6 +193,16 @@ std::vector<TMainSchema> ListSchemas(const TSchemaFolder& folder) {
     return schemas;
 }
 
+std::vector<std::string> UnusableSchemas(const TSchemaFolder& folder) {
+    std::vector<std::string> faults;
+    for (TMainSchema& schema : MainSchemas(folder.FileNames())) {
+        const std::filesystem::path file = folder.Locate(schema.FileName);
+        if (file.parent_path() == folder.Folder() && Compile(file, schema) == nullptr)
+            faults.push_back(std::move(schema.Failure));
+    }
+    return faults;
+}
+
 std::string TMainSchema::StateText() const {
     if (Origin == TSchemaOrigin::Missing)
         return "Não instalado";

@@ -28,6 +28,9 @@ struct TMainSchema {
 /// there is compiled. Raises EFileNotRead.
 std::vector<TMainSchema> ListSchemas(const TSchemaFolder& folder);
 
+/// Why schemas of the user's folder cannot be used, a sentence each; none where all can. Raises EFileNotRead.
+std::vector<std::string> UnusableSchemas(const TSchemaFolder& folder);
+
 /// What an import of schemas did.
 struct TSchemaImport {
     std::size_t Files = 0;            ///< installed

@@ -56,8 +56,8 @@ class TTissFile {
     /// The bytes that were read; of another text those that hold it. Raises EXmlEncoding for a text that the
     /// encoding cannot hold.
     std::string Bytes() const;
-    /// What is wrong or doubtful in the encoding.
-    TXmlMessages EncodingFaults() const { return FindEncodingFaults(text_, encoding_); }
+    /// How the text was misread; nothing where it was not.
+    std::optional<TXmlMisreading> Misreading() const { return FindMisreading(*text_, encoding_); }
 
     /// A document of its own at every call, since corrections and conversions change it.
     TXmlParseResult Parse() const { return TXmlParser::Parse(text_); }

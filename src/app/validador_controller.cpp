@@ -244,9 +244,18 @@ void TValidadorController::Load(const std::string& name, const TTissFile& file) 
 
 void TValidadorController::Modify() {
     RequireFile("Não é possível alterar o Modified, pois não tem arquivo carregado.");
+    encoding_.Once = false; // known of the text that was read
     if (Modified())
         return;
     flags_.Include(TFileStateFlag::sfModificado);
+    NotifyState();
+}
+
+void TValidadorController::Unmodify() {
+    RequireFile("Não é possível alterar o Modified, pois não tem arquivo carregado.");
+    if (!Modified())
+        return;
+    flags_.Exclude(TFileStateFlag::sfModificado);
     NotifyState();
 }
 
@@ -405,7 +414,8 @@ namespace {
 TValidateArgs ReadText(const TTissFile& file) {
     TValidateArgs result;
     TXmlParseResult parsed = file.Parse();
-    const TXmlMessages encoding = file.EncodingFaults();
+    const std::optional<TXmlMisreading> misreading = file.Misreading();
+    const TXmlMessages encoding = FindEncodingFaults(file.Text(), file.Encoding(), misreading);
     result.ValidXml = parsed.Messages.empty() && file.Encoding().Fault == nullptr;
     if (parsed.Document == nullptr) {
         result.AllMessages = std::move(parsed.Messages);
@@ -414,6 +424,8 @@ TValidateArgs ReadText(const TTissFile& file) {
         return result;
     }
     result.AllMessages = encoding;
+    if (misreading)
+        parsed.Document->SetMisreading(*misreading);
     try {
         result.ArquivoTiss = TArquivoTissFactory().GetNewArquivoTiss(parsed.Document);
     } catch (const ETissException& error) {

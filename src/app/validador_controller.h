@@ -131,6 +131,8 @@ class TValidadorController {
     void CloseFile();
     /// Marks the text as changed. Raises EFileNotLoaded.
     void Modify();
+    /// Takes that back: the text is again the one that was read or saved last. Raises EFileNotLoaded.
+    void Unmodify();
     /// Writes the text in the encoding of the file. Raises EFileNotLoaded, EFileNotWritten, EXmlEncoding;
     /// EFileChanged where the file is no longer what was read or saved last.
     void Save(const std::string& xml);

@@ -46,9 +46,12 @@ std::string ElementPath(const TXmlNode& node) {
 
 int SourceLine(const TXmlNode& node) {
     const TXmlNode* at = &node;
-    while (at->Line() == 0 && at->Parent() != nullptr)
+    int line = at->Line();
+    while (line == 0 && at->Parent() != nullptr) {
         at = at->Parent();
-    return at->Line();
+        line = at->Line();
+    }
+    return line;
 }
 
 void TConversionRun::StartStep(std::string_view from, std::string_view to) {

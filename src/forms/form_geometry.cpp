@@ -23,6 +23,7 @@ constexpr float kPadding = 0.7F;
 constexpr float kTopPadding = 0.35F;
 constexpr float kValueHeight = 2.4F; ///< what a label leaves to the value at least
 constexpr float kTallBox = 9;        ///< from here on values begin at the top
+constexpr float kTallGap = 0.6F;     ///< there, between label and value
 constexpr int kMostPlaces = 20;      ///< longer texts are written freely
 constexpr float kWidestComb = 4;
 constexpr float kNarrowestComb = 1;
@@ -90,7 +91,14 @@ class TGeometer {
     void AddHeader() {
         const float left = width_ * 0.25F;
         const float right = width_ * 0.25F;
-        AddText(*form_, Inside({kMargin, y_, left, kHeader}), variant_.Operator, kOperator);
+        TPaperRect operatorPlace = Inside({kMargin, y_, left, kHeader});
+        if (variant_.Logo != nullptr) {
+            const TPaperRect logo = AddImage(variant_.Logo, operatorPlace, TAcross::Left);
+            operatorPlace.Width -= logo.Width + kPadding;
+            operatorPlace.X = logo.Right() + kPadding;
+        }
+        if (operatorPlace.Width > 0)
+            AddText(*form_, operatorPlace, variant_.Operator, kOperator);
         AddText(*form_, Inside({kMargin + left, y_, width_ - left - right, kHeader}), variant_.Title, kTitle);
         const TFormBox& box = variant_.GuideNumber;
         const TPaperRect place = Inside({kMargin + width_ - right, y_, right, kHeader});
@@ -126,7 +134,7 @@ class TGeometer {
                 if (box.Format != TFormFormat::Signature)
                     label.Height -= kValueHeight;
                 AddText(*form_, label, LabelOf(box.Number, box.Label, " - "), kLabel);
-                const float top = BottomOfLast(*form_);
+                const float top = BottomOfLast(*form_) + (row.Height >= kTallBox ? kTallGap : 0);
                 inside.Height -= top - inside.Y;
                 inside.Y = top;
             }
@@ -249,6 +257,25 @@ class TGeometer {
         form_->Frames.push_back({frame, kPen, 255});
         AddText(*form_, Inside(frame), text.Text, kText);
         y_ += text.Height;
+    }
+
+    void Add(const TFormImage& image) {
+        AddImage(image.Image, Inside({kMargin, y_, width_, image.Height}), image.Across);
+        y_ += image.Height;
+    }
+
+    /// Draws a picture as large as an area allows, and answers where.
+    TPaperRect AddImage(const std::shared_ptr<const TPaperImage>& image, const TPaperRect& area,
+                        TAcross across) {
+        const auto width = static_cast<float>(image->Width);
+        const auto height = static_cast<float>(image->Height);
+        const float scale = std::min(area.Width / width, area.Height / height);
+        TPaperRect place{area.X, area.Y, width * scale, height * scale};
+        const float share = across == TAcross::Left ? 0.0F : across == TAcross::Centre ? 0.5F : 1.0F;
+        place.X += (area.Width - place.Width) * share;
+        place.Y += (area.Height - place.Height) / 2;
+        form_->Pictures.push_back({place, image});
+        return place;
     }
 
     /// Places for the characters of a box, on an empty form.

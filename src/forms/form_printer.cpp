@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 
 namespace conferix {
 
@@ -207,7 +208,9 @@ void TFormPrinter::AddLines(const TPlacedTable& placed, std::span<const TXmlNode
             if (row != nullptr)
                 value = ValueOfBox(*column.Box, *row, options_.Terms);
             if (numbering) {
-                if (value.second == nullptr) // no number in the file: that of the line
+                if (row == nullptr)
+                    value.first = std::to_string(NumberOfEmptyLine(*column.Box, rows, first + line));
+                else if (value.second == nullptr) // no number in the file: that of the line
                     value.first = std::to_string(first + line + 1);
                 value.first += " -";
             }
@@ -224,6 +227,16 @@ void TFormPrinter::AddLines(const TPlacedTable& placed, std::span<const TXmlNode
             }
         }
     }
+}
+
+std::size_t TFormPrinter::NumberOfEmptyLine(const TFormBox& box, std::span<const TXmlNode* const> rows,
+                                            std::size_t line) {
+    std::size_t last = rows.size();
+    if (!rows.empty()) {
+        const std::string text = ValueOfBox(box, *rows.back(), {}).first;
+        std::from_chars(text.data(), text.data() + text.size(), last);
+    }
+    return last + (line - rows.size()) + 1;
 }
 
 void TFormPrinter::AddFooter(const TFormGeometry& geometry, std::size_t number, std::size_t pages,

@@ -100,6 +100,9 @@ class TFormPrinter {
                    TDrawing& drawing, std::vector<TFormPlace>& places) const;
     void AddLines(const TPlacedTable& placed, std::span<const TXmlNode* const> rows, std::size_t first,
                   TFormPage& page) const;
+    /// Goes on from the number of the last item. `line` 0-based.
+    static std::size_t NumberOfEmptyLine(const TFormBox& box, std::span<const TXmlNode* const> rows,
+                                         std::size_t line);
     void AddFooter(const TFormGeometry& geometry, std::size_t number, std::size_t pages,
                    TDrawing& drawing) const;
     /// The text of a box, and the node that it comes from. `terms`: what codes are printed with.

@@ -105,7 +105,8 @@ class TFormReader {
             {"linha", &TFormReader::TakeRow},       {"caixa", &TFormReader::TakeBox},
             {"tabela", &TFormReader::TakeTable},    {"coluna", &TFormReader::TakeColumn},
             {"faixa", &TFormReader::TakeBand},      {"serie", &TFormReader::TakeSeries},
-            {"texto", &TFormReader::TakeText},
+            {"texto", &TFormReader::TakeText},      {"logotipo", &TFormReader::TakeLogo},
+            {"imagem", &TFormReader::TakeImage},
         };
         const auto keyword = kKeywords.find(words_.front());
         if (keyword == kKeywords.end()) {
@@ -211,7 +212,10 @@ class TFormReader {
         } while (next_ < words_.size());
     }
 
-    void TakeAnnex() { form_->Needs = Path(Word("o elemento que a guia precisa ter")); }
+    void TakeAnnex() {
+        form_->Needs = Path(Word("o elemento que a guia precisa ter"));
+        form_->NeedsSourceLine = line_;
+    }
 
     void TakeVariant() {
         TFormVariant variant;
@@ -225,6 +229,7 @@ class TFormReader {
     }
 
     void TakeTitle() { Variant().Title = Word("o título"); }
+    void TakeLogo() { Variant().Logo = Image(); }
     void TakeOperator() { Variant().Operator = Word("o nome da operadora"); }
 
     void TakeNumber() {
@@ -258,6 +263,7 @@ class TFormReader {
     void TakeTable() {
         TFormTable table;
         table.Height = 3.2F;
+        table.SourceLine = line_;
         table.Bands.emplace_back();
         TakeAttributes(
             {{"itens", [&](std::string_view v) { table.Items = Path(v); }},
@@ -296,6 +302,38 @@ class TFormReader {
         text.Height = 8;
         TakeAttributes({{"altura", [&](std::string_view v) { text.Height = Number(v, 3, 200); }}});
         Variant().Blocks.emplace_back(std::move(text));
+    }
+
+    void TakeImage() {
+        TFormImage image;
+        image.Image = Image();
+        image.Height = 12;
+        TakeAttributes({{"altura", [&](std::string_view v) { image.Height = Number(v, 3, 200); }},
+                        {"lado", [&](std::string_view v) {
+                             constexpr std::string_view kSides[] = {"esquerda", "centro", "direita"};
+                             const auto* side = std::ranges::find(kSides, v);
+                             if (side == std::end(kSides))
+                                 Fail(fmt::format("\"{}\" não é conhecido aqui; conhecidos: {}", v,
+                                                  fmt::join(kSides, ", ")));
+                             image.Across = static_cast<TAcross>(side - std::begin(kSides));
+                         }}});
+        Variant().Blocks.emplace_back(std::move(image));
+    }
+
+    /// Reads a picture of the template's folder.
+    std::shared_ptr<const TPaperImage> Image() {
+        const std::string name = Word("o arquivo da imagem, PNG ou JPEG");
+        const std::filesystem::path file = PathFromText(fileName_).parent_path() / PathFromText(name);
+        try {
+            auto& known = images_[file];
+            if (known == nullptr)
+                known = ReadImage(ReadWholeFile(file));
+            return known;
+        } catch (const EFileNotRead& error) {
+            Fail(fmt::format("a imagem \"{}\": {}", name, error.Reason()));
+        } catch (const EInvalidImage& error) {
+            Fail(fmt::format("a imagem \"{}\" {}", name, error.what()));
+        }
     }
 
     /// Number, label, width and the rest of a box.
@@ -365,6 +403,7 @@ class TFormReader {
     std::shared_ptr<TFormTemplate> form_ = std::make_shared<TFormTemplate>();
     std::vector<std::string> words_;
     std::size_t next_ = 0;
+    std::map<std::filesystem::path, std::shared_ptr<const TPaperImage>> images_; ///< those that were read
 };
 
 void ReadFolder(const std::filesystem::path& folder, std::map<std::string, std::filesystem::path>& files) {
@@ -400,8 +439,11 @@ TFormSet LoadForms(const std::filesystem::path& delivered, const std::filesystem
     if (!replacing.empty())
         ReadFolder(replacing, files);
     TFormSet forms;
-    for (const auto& [name, file] : files)
+    for (const auto& [name, file] : files) {
         forms.push_back(ParseForm(ReadWholeFile(file), name, PathText(file)));
+        if (file.parent_path() == replacing)
+            CheckPaths(*forms.back());
+    }
     std::stable_partition(forms.begin(), forms.end(), [](const auto& form) { return !form->IsAnnex(); });
     return forms;
 }

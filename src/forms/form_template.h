@@ -1,6 +1,9 @@
 // Forms as data: what a template file says. The notation is described in docs/formularios.md.
 #pragma once
 
+#include "paper/paper_image.h"
+#include "paper/text_fit.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -84,6 +87,7 @@ struct TFormTable {
     TFormPath Items;  ///< of the elements that are lines; empty: lines that nobody fills
     int Lines = 0;    ///< a page
     float Height = 0; ///< of a print line, millimetres
+    int SourceLine = 0;
     /// Print lines of an item; the labels of the first stand above the table, those of others in each item.
     std::vector<std::vector<TFormBox>> Bands;
 };
@@ -98,14 +102,20 @@ struct TFormText {
     std::string Text;
     float Height = 0;
 };
-using TFormBlock = std::variant<TFormSection, TFormRow, TFormTable, TFormSeries, TFormText>;
+struct TFormImage {
+    std::shared_ptr<const TPaperImage> Image;
+    float Height = 0; ///< the width follows from it
+    TAcross Across = TAcross::Left;
+};
+using TFormBlock = std::variant<TFormSection, TFormRow, TFormTable, TFormSeries, TFormText, TFormImage>;
 
 /// The form as it is in some versions.
 struct TFormVariant {
     TFormVersions Versions;
     bool Landscape = false;
     std::string Title;
-    std::string Operator; ///< printed where a logo would stand; empty: nothing
+    std::shared_ptr<const TPaperImage> Logo; ///< at the left of the header; null: none
+    std::string Operator;                    ///< beside the logo; empty: nothing
     TFormBox GuideNumber;
     std::vector<TFormBlock> Blocks;
     int SourceLine = 0;
@@ -118,6 +128,7 @@ struct TFormTemplate {
     std::string Title;
     std::vector<std::string> Guides; ///< kinds of guide, as "spsadt"
     TFormPath Needs;                 ///< an annex is printed where a guide has this element; empty: no annex
+    int NeedsSourceLine = 0;
     std::vector<TFormVariant> Variants;
 
     bool IsAnnex() const { return !Needs.empty(); }
@@ -125,15 +136,19 @@ struct TFormTemplate {
     const TFormVariant* VariantFor(std::string_view version) const;
 };
 
-/// Reads a template. `name`: of the file without extension. Raises EInvalidForm.
+/// Reads a template. `name`: of the file without extension; pictures are looked for in the file's folder.
+/// Raises EInvalidForm.
 std::shared_ptr<const TFormTemplate> ParseForm(std::string_view text, const std::string& name,
                                                const std::string& fileName);
 
 /// Forms, those of guides before annexes.
 using TFormSet = std::vector<std::shared_ptr<const TFormTemplate>>;
 
+/// Refuses a template with a path that no guide of its layout's versions has. Raises EInvalidForm.
+void CheckPaths(const TFormTemplate& form);
+
 /// The templates of a folder (*.txt), each replaced by the file of the same name in another folder, which may
-/// be missing and may hold further ones. Raises EInvalidForm, EFileNotRead.
+/// be missing and may hold further ones; the paths of these are checked. Raises EInvalidForm, EFileNotRead.
 TFormSet LoadForms(const std::filesystem::path& delivered, const std::filesystem::path& replacing);
 /// Those that come with the program, and the user's.
 TFormSet InstalledForms();

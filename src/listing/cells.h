@@ -18,6 +18,12 @@ class TDecimalSum {
     long double sum_ = 0; ///< in units of the fourth decimal, whole
 };
 
+/// An amount that can be added up to the cent with many others; larger ones the standard does not have.
+inline std::optional<double> Addable(std::optional<double> amount) {
+    constexpr double kLimit = 1e10;
+    return amount && std::fabs(*amount) < kLimit ? amount : std::nullopt;
+}
+
 inline TListingCell TextCell(std::string_view text) {
     return {.Text = std::string(text)};
 }
@@ -34,6 +40,9 @@ inline TListingCell NumberCell(std::optional<double> number) {
 inline TListingCell CountCell(std::size_t count) {
     return {.Number = static_cast<double>(count)};
 }
+
+/// What is told of amounts that sums leave out; one at least.
+std::string IlegiveisText(std::size_t count);
 
 /// What is declared less what was computed; nothing where they agree or one of them is missing.
 std::optional<double> DifferenceOf(const std::optional<double>& declared,

@@ -92,7 +92,7 @@ const TXmlNode* NextBeside(const TXmlNode* node, const TXmlNode* root) {
 
 /// Adds the professional whose name an element is, if it is one.
 void AppendProfissional(const TXmlNode& name, std::vector<TProfissional>& found) {
-    if (!IsAmong(name.LocalName(), kNames) || name.Value().empty())
+    if (!name.LocalName().starts_with("nome") || !IsAmong(name.LocalName(), kNames) || name.Value().empty())
         return;
     const TXmlNode& beside = *name.Parent();
     // A dental guide names whom it is contracted with, too.

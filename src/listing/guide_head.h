@@ -3,9 +3,9 @@
 
 #include "model/guias.h"
 
+#include <compare>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <vector>
 
 namespace conferix {
@@ -18,10 +18,7 @@ struct TProfissional {
     std::string_view Uf = {};       ///< IBGE code; in 2.x letters
     std::string_view Cbo = {};
 
-    bool operator<(const TProfissional& other) const {
-        return std::tie(Nome, Conselho, Numero, Uf, Cbo) <
-               std::tie(other.Nome, other.Conselho, other.Numero, other.Uf, other.Cbo);
-    }
+    auto operator<=>(const TProfissional&) const = default;
     /// "MARIA, CRM 12345 SP, CBO 225125", of what there is.
     std::string Text() const;
 };

@@ -38,6 +38,15 @@ std::string_view ListingTitle(TListingKind kind) {
     return kTitles.at(static_cast<std::size_t>(kind));
 }
 
+std::string IlegiveisText(std::size_t count) {
+    return count == 1
+               ? "1 valor do arquivo não pode ser lido como número, ou é grande demais, e fica fora dos "
+                 "totais."
+               : fmt::format("{} valores do arquivo não podem ser lidos como número, ou são grandes "
+                             "demais, e ficam fora dos totais.",
+                             count);
+}
+
 std::optional<double> DifferenceOf(const std::optional<double>& declared,
                                    const std::optional<double>& computed) {
     if (!declared || !computed || SameMoney(*declared, *computed))
@@ -45,7 +54,20 @@ std::optional<double> DifferenceOf(const std::optional<double>& declared,
     return *declared - *computed;
 }
 
-std::vector<TListingTotal> TListing::Totals() const {
+std::vector<TListingSums> TListing::Sums() const {
+    std::vector<TListingSums> all;
+    for (const TFileListing& file : Files) {
+        if (!file.Failure.empty())
+            continue;
+        auto sums = std::ranges::find(all, file.Tipo, &TListingSums::Tipo);
+        if (sums == all.end())
+            sums = all.insert(sums, {file.Tipo, 0, TotalsOf(file.Tipo)});
+        ++sums->Files;
+    }
+    return all;
+}
+
+std::vector<TListingTotal> TListing::TotalsOf(TEnumTipoArquivoTiss tipo) const {
     struct TSum {
         TDecimalSum Sum;
         bool Told = false;   ///< by a file
@@ -53,7 +75,9 @@ std::vector<TListingTotal> TListing::Totals() const {
     };
     std::vector<TListingTotal> totals;
     std::vector<TSum> sums;
-    for (const TFileListing& file : Files)
+    for (const TFileListing& file : Files) {
+        if (file.Tipo != tipo)
+            continue;
         for (const TListingTotal& total : file.Totals) {
             const auto at = static_cast<std::size_t>(
                 std::ranges::find(totals, total.Key, &TListingTotal::Key) - totals.begin());
@@ -65,6 +89,7 @@ std::vector<TListingTotal> TListing::Totals() const {
             (total.Value ? sums[at].Told : sums[at].Untold) = true;
             sums[at].Sum.Add(total.Value.value_or(0));
         }
+    }
     // What was counted is counted; an amount without that of one file is not the amount of all.
     for (std::size_t i = 0; i < totals.size(); ++i)
         totals[i].Value = !sums[i].Told || (sums[i].Untold && totals[i].Kind == TCellKind::Money)

@@ -109,15 +109,25 @@ struct TFileListing {
     int FailureStatus = 0;               ///< the exit status that stands for that
 };
 
+/// The totals of all files of a kind.
+struct TListingSums {
+    TEnumTipoArquivoTiss Tipo = TEnumTipoArquivoTiss::taMensagemTISS;
+    std::size_t Files = 0;
+    std::vector<TListingTotal> Totals = {};
+};
+
 /// A listing of one or several files.
 struct TListing {
     TListingKind Kind = TListingKind::Guias;
     std::vector<TFileListing> Files = {};
 
-    /// The totals of all files that could be listed.
-    std::vector<TListingTotal> Totals() const;
+    /// The totals over all files that could be listed, of each kind of file apart.
+    std::vector<TListingSums> Sums() const;
     /// How many files could not be listed.
     std::size_t Failures() const;
+
+  private:
+    std::vector<TListingTotal> TotalsOf(TEnumTipoArquivoTiss tipo) const;
 };
 
 /// A file has nothing that the listing could show; the text says why.

@@ -117,7 +117,7 @@ void WriteListingCsv(std::ostream& out, const TListing& listing) {
         if (file.Failure.empty())
             table.WriteFile(file);
     if (listing.Files.size() > 1)
-        table.WriteTotals({}, "total", nullptr, listing.Totals());
+        table.WriteTotals({}, "total", nullptr, listing.Sums().front().Totals);
 }
 
 } // namespace conferix

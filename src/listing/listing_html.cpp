@@ -120,9 +120,12 @@ void WriteListingHtml(std::ostream& out, const TListing& listing) {
     for (const TFileListing& file : listing.Files)
         WriteFile(out, file);
     if (listing.Files.size() > 1) {
-        const std::size_t listed = listing.Files.size() - listing.Failures();
-        out << "<article>\n<h2>Total de " << Counted(listed, "arquivo", "arquivos") << "</h2>\n";
-        WriteTotals(out, listing.Totals());
+        const std::vector<TListingSums> all = listing.Sums();
+        out << "<article>\n";
+        for (const TListingSums& sums : all) {
+            out << "<h2>" << SumsTitle(sums, all.size() == 1) << "</h2>\n";
+            WriteTotals(out, sums.Totals);
+        }
         if (listing.Failures() != 0)
             out << "<p class=\"fora\">Fora dos totais: " << Counted(listing.Failures(), "arquivo", "arquivos")
                 << ", por não poder ser listado.</p>\n";

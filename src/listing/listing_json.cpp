@@ -1,8 +1,14 @@
 #include "listing/listing_writer.h"
 #include "report/message_json.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <cmath>
 #include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace conferix {
 
@@ -19,12 +25,35 @@ TJson CellJson(const TListingCell& cell, TCellKind kind) {
     return *cell.Number;
 }
 
-TJson RowJson(const TFileListing& file, const TListingRow& row) {
-    TJson json = TJson::object();
-    for (std::size_t i = 0; i < file.Columns.size(); ++i)
-        json[file.Columns[i].Key] = CellJson(row.Cells[i], file.Columns[i].Kind);
-    json["difere"] = row.Differs;
-    return json;
+/// Where the rows of a group go, which are many: they are written without a tree of values. No text has this,
+/// since quotation marks are escaped in it.
+constexpr std::string_view kRowsKey = "\"linhas\": ";
+constexpr std::string_view kNoRows = "\"linhas\": null";
+
+void AppendCell(std::string& to, const TListingCell& cell, TCellKind kind) {
+    const auto isPlain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
+    if (!IsNumeric(kind) && std::ranges::all_of(cell.Text, isPlain))
+        to.append("\"").append(cell.Text).append("\"");
+    else
+        to += JsonText(CellJson(cell, kind), -1);
+}
+
+/// The rows as they stand in the indented text.
+std::string RowsText(const TFileListing& file, const TListingGroup& group) {
+    std::vector<std::string> keys;
+    for (const TListingColumn& column : file.Columns)
+        keys.push_back(fmt::format("{:14}\"{}\": ", "", column.Key));
+    std::string text = "[";
+    for (const TListingRow& row : group.Rows) {
+        text += fmt::format("{}\n{:12}{{\n", &row == &group.Rows.front() ? "" : ",", "");
+        for (std::size_t i = 0; i < keys.size(); ++i) {
+            text += keys[i];
+            AppendCell(text, row.Cells[i], file.Columns[i].Kind);
+            text += ",\n";
+        }
+        text += fmt::format("{:14}\"difere\": {}\n{:12}}}", "", row.Differs, "");
+    }
+    return text + (group.Rows.empty() ? "]" : fmt::format("\n{:10}]", ""));
 }
 
 TJson TotalsJson(const std::vector<TListingTotal>& totals) {
@@ -43,12 +72,8 @@ TJson FileJson(const TFileListing& file) {
     for (const TListingLine& line : file.Head)
         json["cabecalho"][line.Key] = line.Value;
     json["grupos"] = TJson::array();
-    for (const TListingGroup& group : file.Groups) {
-        TJson rows = TJson::array();
-        for (const TListingRow& row : group.Rows)
-            rows.push_back(RowJson(file, row));
-        json["grupos"].push_back({{"titulo", group.Title}, {"linhas", std::move(rows)}});
-    }
+    for (const TListingGroup& group : file.Groups)
+        json["grupos"].push_back({{"titulo", group.Title}, {"linhas", nullptr}});
     json["totais"] = TotalsJson(file.Totals);
     json["observacoes"] = file.Notes;
     return json;
@@ -63,8 +88,23 @@ void WriteListingJson(std::ostream& out, const TListing& listing) {
                   {"arquivos", TJson::array()}};
     for (const TFileListing& file : listing.Files)
         json["arquivos"].push_back(FileJson(file));
-    json["totais"] = TotalsJson(listing.Totals());
-    out << JsonText(json) << '\n';
+    const std::vector<TListingSums> sums = listing.Sums();
+    json["totais"] = sums.size() > 1
+                         ? TJson(nullptr)
+                         : TotalsJson(sums.empty() ? std::vector<TListingTotal>() : sums.front().Totals);
+    json["totaisPorTipo"] = TJson::object();
+    for (const TListingSums& each : sums)
+        json["totaisPorTipo"][NameOf(each.Tipo)] = TotalsJson(each.Totals);
+    const std::string text = JsonText(json);
+    std::string_view rest = text;
+    for (const TFileListing& file : listing.Files)
+        if (file.Failure.empty())
+            for (const TListingGroup& group : file.Groups) {
+                const std::size_t at = rest.find(kNoRows);
+                out << rest.substr(0, at) << kRowsKey << RowsText(file, group);
+                rest.remove_prefix(at + kNoRows.size());
+            }
+    out << rest << '\n';
 }
 
 } // namespace conferix

@@ -73,9 +73,11 @@ class TListingPages {
             if (file.Failure.empty())
                 AddFile(file);
         if (listing.Files.size() > 1) {
-            NewPage(fmt::format("Total de {}",
-                                Counted(listing.Files.size() - listing.Failures(), "arquivo", "arquivos")));
-            AddTotals(listing.Totals());
+            const std::vector<TListingSums> all = listing.Sums();
+            for (const TListingSums& sums : all) {
+                NewPage(SumsTitle(sums, all.size() == 1));
+                AddTotals(sums.Totals);
+            }
             if (listing.Failures() != 0)
                 AddLine(fmt::format("Fora dos totais: {}, por não poder ser listado.",
                                     Counted(listing.Failures(), "arquivo", "arquivos")),

@@ -153,9 +153,11 @@ void WriteListingText(std::ostream& out, const TListing& listing, bool colours) 
     }
     if (listing.Files.size() < 2 || first)
         return;
-    const std::size_t listed = listing.Files.size() - listing.Failures();
-    out << '\n' << palette.Bold(fmt::format("Total de {}", Counted(listed, "arquivo", "arquivos"))) << '\n';
-    WriteTotals(out, listing.Totals(), palette);
+    const std::vector<TListingSums> all = listing.Sums();
+    for (const TListingSums& sums : all) {
+        out << '\n' << palette.Bold(SumsTitle(sums, all.size() == 1)) << '\n';
+        WriteTotals(out, sums.Totals, palette);
+    }
     if (listing.Failures() != 0)
         out << fmt::format("Fora dos totais: {}, por não poder ser listado.\n",
                            Counted(listing.Failures(), "arquivo", "arquivos"));

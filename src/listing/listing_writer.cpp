@@ -2,26 +2,46 @@
 
 #include "platform/format_settings.h"
 #include "platform/iso_date.h"
+#include "report/console.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace conferix {
 
 namespace {
 
-constexpr int kMaxDecimals = 4; ///< of amounts and quantities
+constexpr int kMaxDecimals = 4;        ///< of amounts and quantities
+constexpr long double kUnits = 10'000; ///< of the last of them
 
 /// The number with as many decimals as it has, at least `least`.
 std::string DecimalText(double value, int least) {
-    static const TFormatSettings brazil = TFormatSettings::OfLocale({});
+    constexpr int kBase = 10;
+    constexpr int kGroup = 3;
+    constexpr double kMost = 1e14; // of which the last decimals are not known
+    if (std::fabs(value) >= kMost)
+        return TFormatSettings::OfLocale({}).Decimal(value, least);
+    auto rest = static_cast<std::uint64_t>(std::llround(std::fabs(static_cast<long double>(value)) * kUnits));
+    const bool negative = value < 0 && rest != 0;
     int decimals = kMaxDecimals;
-    const auto scaled = static_cast<long double>(value) * 10'000;
-    for (long double unit = 10; decimals > least && std::fmod(std::round(scaled), unit) == 0; unit *= 10)
-        --decimals;
-    return brazil.Decimal(value, decimals);
+    for (; decimals > least && rest % kBase == 0; --decimals)
+        rest /= kBase;
+    std::string text; // from its end
+    for (int digit = -decimals; digit <= 0 || rest != 0; ++digit) {
+        if (digit == 0 && decimals > 0)
+            text += ',';
+        else if (digit > 0 && digit % kGroup == 0)
+            text += '.';
+        text += static_cast<char>('0' + rest % kBase);
+        rest /= kBase;
+    }
+    if (negative)
+        text += '-';
+    std::ranges::reverse(text);
+    return text;
 }
 
 } // namespace
@@ -38,6 +58,14 @@ std::string CellText(const TListingCell& cell, TCellKind kind) {
             return fmt::format("{:02}/{:02}/{:04}", static_cast<unsigned>(date->day()),
                                static_cast<unsigned>(date->month()), static_cast<int>(date->year()));
     return cell.Text;
+}
+
+std::string SumsTitle(const TListingSums& sums, bool only) {
+    if (only)
+        return "Total de " + Counted(sums.Files, "arquivo", "arquivos");
+    return "Total de " + (sums.Tipo == TEnumTipoArquivoTiss::taMensagemTISS
+                              ? Counted(sums.Files, "lote de guias", "lotes de guias")
+                              : Counted(sums.Files, "arquivo de monitoramento", "arquivos de monitoramento"));
 }
 
 std::vector<std::size_t> ShownColumns(const TFileListing& file) {

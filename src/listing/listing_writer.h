@@ -21,6 +21,10 @@ void WriteListing(std::ostream& out, const TListing& listing, std::string_view f
 /// A cell as people in Brazil write it: "1.234,56", "31/12/2026".
 std::string CellText(const TListingCell& cell, TCellKind kind);
 
+/// What stands above totals over files: "Total de 2 arquivos", where there are several kinds of them "Total
+/// de 2 lotes de guias".
+std::string SumsTitle(const TListingSums& sums, bool only);
+
 /// Columns that have something in them, 0-based.
 std::vector<std::size_t> ShownColumns(const TFileListing& file);
 

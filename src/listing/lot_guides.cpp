@@ -1,6 +1,8 @@
 #include "listing/lot_guides.h"
 
 #include "data/plain_text.h"
+#include "listing/cells.h"
+#include "model/money.h"
 #include "rules/totalizer_validations.h"
 
 #include <algorithm>
@@ -23,6 +25,19 @@ std::string_view DescricaoBeside(const TXmlField& codigo) {
     return ValueOf(descricao != nullptr ? descricao : beside.Child("descricao"));
 }
 
+/// The standard does not say whether a dental procedure tells the value of one or of all that it counts: what
+/// gives the declared total holds.
+double CalculadoOfOdonto(const IProcedimentosExecutados& procedimentos, std::optional<double> declared) {
+    TDecimalSum asTold;
+    TDecimalSum counted;
+    for (const TProcedimentoExecutado& item : procedimentos.Procedimentos()) {
+        const double value = item.ValorUnitario().Number().value_or(0);
+        asTold.Add(value);
+        counted.Add(value * item.QuantidadeExecutada().Number().value_or(1));
+    }
+    return declared && SameMoney(*declared, counted.Value()) ? counted.Value() : asTold.Value();
+}
+
 std::optional<double> CalculadoOf(const IGuiaTiss& guia, std::string_view versao) {
     if (versao < kTotaisDesdeVersao)
         return std::nullopt;
@@ -33,15 +48,16 @@ std::optional<double> CalculadoOf(const IGuiaTiss& guia, std::string_view versao
         return SomaGeral(itens.Procedimentos, itens.Despesas);
     case TEnumTipoGuia::tgHonorarios:
         return itens.Procedimentos.TotalProcedimentos();
-    case TEnumTipoGuia::tgConsulta:
     case TEnumTipoGuia::tgOdonto:
+        return CalculadoOfOdonto(itens.Procedimentos, guia.CampoValorTotalGuia().Number());
+    case TEnumTipoGuia::tgConsulta:
         break;
     }
     return std::nullopt;
 }
 
 bool IsIlegivel(const TXmlField& field) {
-    return field.Present() && !field.Number();
+    return field.Present() && !Addable(field.Number());
 }
 
 /// Counts the items of a guide, and the numbers in it that are none, and finds the first day among them.
@@ -69,6 +85,11 @@ void ReadItens(TGuiaListada& listed) {
     listed.Data = !listed.Head.DataAtendimento.empty() ? listed.Head.DataAtendimento
                   : !first.empty()                     ? first
                                                        : listed.Head.Data;
+}
+
+/// Consultations tell their value from the same version on from which totals are judged.
+bool HasTotal(TEnumTipoGuia tipo, std::string_view versao) {
+    return tipo != TEnumTipoGuia::tgConsulta || versao >= kTotaisDesdeVersao;
 }
 
 void Sort(std::vector<TGuiaListada>& guias, TListingOrder order) {
@@ -125,7 +146,7 @@ std::vector<TProcedimentoListado> ProcedimentosOf(const IGuiaTiss& guia) {
         listed.push_back({consulta.Node(), consulta.CodigoTabela().Text(),
                           consulta.CodigoProcedimento().Text(),
                           DescricaoBeside(consulta.CodigoProcedimento()), consulta.DataAtendimento().Text(),
-                          1, valor, valor});
+                          1, Addable(valor), Addable(valor)});
         return listed;
     }
     const bool dental = guia.TipoGuia() == TEnumTipoGuia::tgOdonto;
@@ -134,8 +155,8 @@ std::vector<TProcedimentoListado> ProcedimentosOf(const IGuiaTiss& guia) {
         const TXmlField total = item.ValorTotal();
         listed.push_back({item.Node(), item.CodigoTabela().Text(), item.CodigoProcedimento().Text(),
                           DescricaoBeside(item.CodigoProcedimento()), item.DataExecucao().Text(),
-                          item.QuantidadeExecutada().Number(), unit,
-                          dental && !total.Present() ? unit : total.Number()});
+                          Addable(item.QuantidadeExecutada().Number()), Addable(unit),
+                          Addable(dental && !total.Present() ? unit : total.Number())});
     }
     return listed;
 }
@@ -146,7 +167,8 @@ std::vector<TGuiaListada> GuiasOf(const ILoteGuias& lote, std::string_view versa
         TGuiaListada& listed = guias.emplace_back(TGuiaListada{guia, ReadGuiaHead(guia)});
         ReadItens(listed);
         const TXmlField total = guia.CampoValorTotalGuia();
-        listed.Informado = total.Number();
+        listed.Informado = Addable(total.Number());
+        listed.SemTotal = total.Text().empty() && HasTotal(guia.TipoGuia(), versao);
         if (listed.Ilegiveis == 0) // else nobody knows the sum
             listed.Calculado = CalculadoOf(guia, versao);
         listed.Ilegiveis += IsIlegivel(total) ? 1 : 0;

@@ -40,10 +40,12 @@ struct TGuiaListada {
     std::string_view Data = {}; ///< of the attendance: the first item's, else the guide's; AAAA-MM-DD
     std::size_t Itens = 0;      ///< procedures and expenses
     std::optional<double> Informado = {}; ///< the total that it declares
-    /// The sum of its items, by the rule that judges that total; nothing where none does, or where an amount
-    /// of an item is no number.
+    /// The sum of its items, by the rule that judges that total, of a dental guide of its procedures; nothing
+    /// where no such total is known, or where an amount of an item is no number.
     std::optional<double> Calculado = {};
-    std::size_t Ilegiveis = 0; ///< amounts and quantities that are no numbers, its total among them
+    /// Amounts and quantities that are no numbers, or too large to be added up, its total among them.
+    std::size_t Ilegiveis = 0;
+    bool SemTotal = false; ///< does not say the total that a guide of its kind has to say
 };
 /// The guides of a lot in the order asked for. `versao`: of the file.
 std::vector<TGuiaListada> GuiasOf(const ILoteGuias& lote, std::string_view versao, TListingOrder order);

@@ -102,6 +102,8 @@ class TBalance {
   public:
     /// `judged`: whether a rule holds the two to be the same.
     void Add(std::optional<double> declared, std::optional<double> computed, bool judged = true) {
+        declared = Addable(declared);
+        computed = Addable(computed);
         AddTo(declared_, declared);
         AddTo(computed_, computed);
         judged_ = judged_ || (judged && declared && computed);
@@ -202,7 +204,7 @@ class TLotListing {
 
     void List(TListingKind kind) {
         WriteHead();
-        NoteIlegiveis();
+        NoteLeftOut();
         listing_.Groups.emplace_back();
         switch (kind) {
         case TListingKind::Guias:
@@ -235,16 +237,21 @@ class TLotListing {
     }
 
     /// Sums that leave something out say so.
-    void NoteIlegiveis() {
+    void NoteLeftOut() {
         std::size_t illegible = 0;
-        for (const TGuiaListada& guia : guias_)
+        std::size_t untold = 0;
+        for (const TGuiaListada& guia : guias_) {
             illegible += guia.Ilegiveis;
+            untold += guia.SemTotal ? 1 : 0;
+        }
         if (illegible != 0)
+            listing_.Notes.push_back(IlegiveisText(illegible));
+        if (untold != 0)
             listing_.Notes.push_back(
-                illegible == 1 ? "1 valor do arquivo não pode ser lido como número e fica fora dos totais."
-                               : fmt::format("{} valores do arquivo não podem ser lidos como número e ficam "
-                                             "fora dos totais.",
-                                             illegible));
+                untold == 1
+                    ? "1 guia não informa o seu valor total, que falta no valor informado."
+                    : fmt::format("{} guias não informam o seu valor total, que falta no valor informado.",
+                                  untold));
     }
 
     void AddRow(TListingRow row) { listing_.Groups.back().Rows.push_back(std::move(row)); }
@@ -257,11 +264,16 @@ class TLotListing {
     /// Number of guides, their totals, and in how many these differ.
     void AddTotals(const TBalance& balance) {
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
-        AddTotal("valorInformado", "Valor informado", Money, balance.Declared().value_or(0));
+        AddTotal("valorInformado", "Valor informado", Money, DeclaredOf(balance));
         AddTotal("valorCalculado", "Valor calculado", Money,
                  balance.HasComputedAll(guias_.size()) ? balance.Computed() : std::nullopt);
         AddTotal("guiasComDiferenca", "Guias com diferença", Count, balance.DifferingOfJudged(),
                  balance.Differing() != 0);
+    }
+
+    /// Nothing where no guide declares a total.
+    std::optional<double> DeclaredOf(const TBalance& balance) const {
+        return guias_.empty() ? 0 : balance.Declared();
     }
 
     TBalance TotalGeral() const {
@@ -294,7 +306,7 @@ class TLotListing {
                      TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
                      NumberCell(guia.Informado)}});
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
-        AddTotal("valorInformado", "Valor informado", Money, TotalGeral().Declared().value_or(0));
+        AddTotal("valorInformado", "Valor informado", Money, DeclaredOf(TotalGeral()));
         listing_.Signatures = true;
     }
 
@@ -375,7 +387,7 @@ class TLotListing {
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
         AddTotal("quantidade", "Quantidade", Quantity, quantity.Value());
         AddTotal("valorTotal", "Valor dos procedimentos", Money, balance.Computed().value_or(0));
-        AddTotal("valorInformado", "Valor informado nas guias", Money, balance.Declared().value_or(0));
+        AddTotal("valorInformado", "Valor informado nas guias", Money, DeclaredOf(balance));
         AddTotal("guiasComDiferenca", "Guias com diferença", Count, balance.DifferingOfJudged(),
                  balance.Differing() != 0);
     }
@@ -457,7 +469,7 @@ class TLotListing {
             TDecimalSum Quantidade;
             TDecimalSum Valor;
         };
-        std::map<std::pair<std::string, TProfissional>, TWork> works; // by name as people sort it
+        std::map<TProfissional, TWork> works;
         std::size_t procedures = 0;
         TDecimalSum value;
         bool teams = false;
@@ -465,25 +477,33 @@ class TLotListing {
             for (const TProcedimentoListado& procedimento : ProcedimentosOf(guia.Guia)) {
                 ++procedures;
                 value.Add(procedimento.ValorTotal.value_or(0));
-                const TListingRow row = {
-                    {TextCell(guia.Guia.NumeroMostrado()), TextCell(procedimento.Data),
-                     TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
-                     TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
-                     TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
-                     NumberCell(procedimento.ValorUnitario), NumberCell(procedimento.ValorTotal)}};
-                const std::set<TProfissional> team = TeamOf(guia, procedimento);
+                TListingRow row = {{TextCell(guia.Guia.NumeroMostrado()), TextCell(procedimento.Data),
+                                    TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
+                                    TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
+                                    TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
+                                    NumberCell(procedimento.ValorUnitario),
+                                    NumberCell(procedimento.ValorTotal)}};
+                const std::vector<TProfissional> team = TeamOf(guia, procedimento);
                 teams = teams || team.size() > 1;
                 for (const TProfissional& professional : team) {
-                    TWork& work = works[{PlainText(professional.Nome), professional}];
-                    work.Rows.push_back(row);
+                    TWork& work = works[professional];
+                    if (&professional == &team.back())
+                        work.Rows.push_back(std::move(row));
+                    else
+                        work.Rows.push_back(row);
                     work.Quantidade.Add(procedimento.Quantidade.value_or(0));
                     work.Valor.Add(procedimento.ValorTotal.value_or(0));
                 }
             }
         listing_.Groups.clear();
         std::size_t named = 0;
-        for (auto& [who, work] : works) {
-            const std::string title = who.second.Text();
+        std::multimap<std::string, std::pair<const TProfissional*, TWork*>> sorted; // by name as people do it
+        for (auto& [who, work] : works)
+            sorted.emplace(PlainText(who.Nome), std::pair(&who, &work));
+        for (auto& [name, entry] : sorted) {
+            auto& [who, workOfWho] = entry;
+            TWork& work = *workOfWho;
+            const std::string title = who->Text();
             named += title.empty() ? 0 : 1;
             TListingRow sum{std::vector<TListingCell>(std::size(kProfissionaisColumns))};
             sum.Cells[7] = NumberCell(work.Quantidade.Value());
@@ -500,8 +520,9 @@ class TLotListing {
                 "totais do arquivo o contam uma vez.");
     }
 
-    static std::set<TProfissional> TeamOf(const TGuiaListada& guia,
-                                          const TProcedimentoListado& procedimento) {
+    /// Who did a procedure, each once.
+    static std::vector<TProfissional> TeamOf(const TGuiaListada& guia,
+                                             const TProcedimentoListado& procedimento) {
         std::vector<TProfissional> team;
         if (guia.Guia.TipoGuia() != TEnumTipoGuia::tgConsulta)
             team = ProfissionaisOf(*procedimento.Node);
@@ -509,7 +530,9 @@ class TLotListing {
             team = guia.Head.Profissionais;
         if (team.empty())
             team.emplace_back();
-        return {team.begin(), team.end()};
+        std::ranges::sort(team);
+        team.erase(std::unique(team.begin(), team.end()), team.end());
+        return team;
     }
 
     const IMensagemTiss& message_;

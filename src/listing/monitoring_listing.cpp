@@ -126,6 +126,7 @@ class TMonitoringListing {
         : file_(file), order_(order), listing_(listing) {}
 
     void List(TListingKind kind) {
+        CheckContents();
         WriteHead();
         switch (kind) {
         case TListingKind::Guias:
@@ -146,6 +147,8 @@ class TMonitoringListing {
                              "enviadas à ANS, sem papel");
         }
         WriteTotals();
+        if (illegible_ != 0)
+            listing_.Notes.push_back(IlegiveisText(illegible_));
         if (file_.Lote().SemMovimento())
             listing_.Notes.emplace_back("O arquivo declara que não há movimento.");
     }
@@ -170,11 +173,71 @@ class TMonitoringListing {
         TGuiaFields guia;
         for (const TGuiaMonitoramento& each : file_.Lote().GuiasMonitoramento()) {
             reader.Read(each, guia);
+            LeaveOutIlegiveis(guia);
             sums_.Add(guia);
-            if (DifferenceOf(guia.ValorTotalInformado.Value, guia.SumOfItens(&TItemFields::ValorInformado)))
+            if (DifferenceOf(guia.ValorTotalInformado.Value, SomaDosItens(guia)))
                 ++differing_;
             action(guia);
         }
+    }
+
+    /// What is no number, or too large to be added up, is counted and no longer told.
+    void LeaveOutIlegiveis(TGuiaFields& guia) {
+        const auto check = [this](TNumberField& field) {
+            if (field.Field.Present() && !Addable(field.Value)) {
+                field.Value.reset();
+                ++illegible_;
+            }
+        };
+        for (const auto field : {&TGuiaFields::ValorTotalInformado, &TGuiaFields::ValorProcessado,
+                                 &TGuiaFields::ValorGlosaGuia, &TGuiaFields::ValorPagoGuia})
+            check(guia.*field);
+        for (const auto& [title, field] : kPaid)
+            check(guia.*field);
+        for (TItemFields& item : guia.Itens)
+            for (const auto field : {&TItemFields::QuantidadeInformada, &TItemFields::ValorInformado,
+                                     &TItemFields::QuantidadePaga, &TItemFields::ValorPagoProc})
+                check(item.*field);
+    }
+
+    /// The amounts of the items; nothing where one of them cannot be read.
+    static std::optional<double> SomaDosItens(const TGuiaFields& guia) {
+        for (const TItemFields& item : guia.Itens)
+            if (item.ValorInformado.Field.Present() && !item.ValorInformado.Value)
+                return std::nullopt;
+        return guia.SumOfItens(&TItemFields::ValorInformado);
+    }
+
+    /// Refuses a file with other contents alone; where they stand beside guides, says that they are not
+    /// listed.
+    void CheckContents() {
+        constexpr std::array<std::array<std::string_view, 3>, 3> kOthers = {
+            {{"fornecimentoDiretoMonitoramento", "fornecimento direto", "fornecimentos diretos"},
+             {"outraRemuneracaoMonitoramento", "outra remuneração", "outras remunerações"},
+             {"valorPreestabelecidoMonitoramento", "valor preestabelecido", "valores preestabelecidos"}}};
+        const TXmlNode* contents = file_.Lote().Node()->Find("Mensagem/operadoraParaANS");
+        if (contents == nullptr)
+            throw ENotListed(
+                "o arquivo não tem o que a operadora envia à ANS, só o que a ANS responde; não há "
+                "guias a listar");
+        std::string others;
+        for (const auto& [element, one, many] : kOthers) {
+            std::size_t count = 0;
+            for (const TXmlNode& child : contents->ChildTags())
+                count += child.LocalName() == element ? 1 : 0;
+            if (count != 0)
+                others += fmt::format("{}{} {}", others.empty() ? "" : ", ", count, count == 1 ? one : many);
+        }
+        const bool hasGuides = contents->Child("guiaMonitoramento") != nullptr;
+        if (!hasGuides && !file_.Lote().SemMovimento())
+            throw ENotListed(others.empty()
+                                 ? std::string("o arquivo não tem guias a listar")
+                                 : fmt::format("o arquivo não tem guias, só {}, e as listagens são "
+                                               "de guias",
+                                               others));
+        if (!others.empty())
+            listing_.Notes.push_back(
+                fmt::format("O arquivo tem também {}; as listagens são só das guias.", others));
     }
 
     void WriteTotals() {
@@ -195,7 +258,7 @@ class TMonitoringListing {
         listing_.Columns = kGuiasColumns;
         std::vector<TListingRow>& rows = listing_.Groups.emplace_back().Rows;
         ForEachGuia([&](const TGuiaFields& guia) {
-            const double sum = guia.SumOfItens(&TItemFields::ValorInformado);
+            const std::optional<double> sum = SomaDosItens(guia);
             const std::optional<double> difference = DifferenceOf(guia.ValorTotalInformado.Value, sum);
             rows.push_back({{TextCell(guia.Guia.Identificacao()), TextCell(guia.NumeroGuiaOperadora.Text()),
                              TextCell(RegistroText(guia.TipoRegistro.Text())),
@@ -322,6 +385,7 @@ class TMonitoringListing {
     TFileListing& listing_;
     TSums sums_;
     std::size_t differing_ = 0;
+    std::size_t illegible_ = 0;
 };
 
 } // namespace

@@ -2,6 +2,8 @@
 // upper left corner of the page, sizes of type are points, texts are UTF-8.
 #pragma once
 
+#include "paper/paper_image.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -20,6 +22,12 @@ struct TPaperRect {
 
     float Right() const { return X + Width; }
     float Bottom() const { return Y + Height; }
+};
+
+/// A picture that fills a rectangle.
+struct TPaperPicture {
+    TPaperRect Place;
+    std::shared_ptr<const TPaperImage> Image;
 };
 
 /// A rectangle with an outline, a ground, or both.
@@ -46,14 +54,16 @@ struct TPaperText {
     std::string Text;
 };
 
-/// Grounds and outlines are drawn first, then lines, then texts.
+/// Grounds and outlines are drawn first, then pictures, then lines, then texts.
 struct TDrawing {
     std::vector<TPaperFrame> Frames;
+    std::vector<TPaperPicture> Pictures = {};
     std::vector<TPaperLine> Lines;
     std::vector<TPaperText> Texts;
 
     void Clear() {
         Frames.clear();
+        Pictures.clear();
         Lines.clear();
         Texts.clear();
     }

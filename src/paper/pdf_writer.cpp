@@ -10,6 +10,7 @@
 #include <cmath>
 #include <new>
 #include <ostream>
+#include <set>
 
 namespace conferix {
 
@@ -106,6 +107,12 @@ void AppendFrames(std::string& to, const TDrawing& drawing, float pageHeight) {
             to += "S\n";
         }
     }
+    if (ground != 0)
+        to += "0 g\n";
+}
+
+void AppendLines(std::string& to, const TDrawing& drawing, float pageHeight) {
+    float pen = -1;
     for (const TPaperLine& line : drawing.Lines) {
         if (line.Pen != pen) {
             AppendPoints(to, line.Pen);
@@ -119,8 +126,6 @@ void AppendFrames(std::string& to, const TDrawing& drawing, float pageHeight) {
         AppendPoints(to, pageHeight - line.Y2);
         to += "l S\n";
     }
-    if (ground != 0)
-        to += "0 g\n";
 }
 
 void AppendTexts(std::string& to, const TDrawing& drawing, float pageHeight) {
@@ -156,9 +161,12 @@ void AppendTexts(std::string& to, const TDrawing& drawing, float pageHeight) {
     to += "ET\n";
 }
 
-void AppendDrawing(std::string& to, const TDrawing& drawing, float pageHeight) {
-    AppendFrames(to, drawing, pageHeight);
-    AppendTexts(to, drawing, pageHeight);
+/// The dictionary of the drawings and pictures that a page or a drawing shows.
+std::string DictionaryOf(const std::set<std::uint32_t>& used) {
+    std::string dictionary = "/XObject<<";
+    for (const std::uint32_t object : used)
+        dictionary += fmt::format("/X{0} {0} 0 R", object);
+    return dictionary + ">>";
 }
 
 } // namespace
@@ -214,19 +222,19 @@ void TPdfWriter::AddPage(const TPaperPage& page) {
         group_ = NewObject();
     content_.clear();
     std::string resources = fmt::format("/Font {} 0 R", +kFonts);
+    std::set<std::uint32_t> used;
     if (!page.Common.empty()) {
         std::vector<std::uint32_t> objects;
         for (const auto& drawing : page.Common)
             objects.push_back(ObjectOf(drawing, page)); // uses content_
         content_.clear();
-        resources += "/XObject<<";
         for (const std::uint32_t object : objects) {
-            resources += fmt::format("/D{0} {0} 0 R", object);
-            content_ += fmt::format("/D{} Do\n", object);
+            used.insert(object);
+            content_ += fmt::format("/X{} Do\n", object);
         }
-        resources += ">>";
     }
-    AppendDrawing(content_, page.Own, page.Height);
+    AppendDrawing(page.Own, page.Height, used);
+    resources += DictionaryOf(used);
     const std::uint32_t contents = NewObject();
     WriteStream(contents, "", content_);
     const std::uint32_t object = NewObject();
@@ -302,15 +310,47 @@ std::uint32_t TPdfWriter::ObjectOf(const std::shared_ptr<const TDrawing>& drawin
         return kept.Object;
     kept = {drawing, page.Height, NewObject()};
     content_.clear();
-    AppendDrawing(content_, *drawing, page.Height);
+    std::set<std::uint32_t> used;
+    AppendDrawing(*drawing, page.Height, used);
     WriteStream(kept.Object,
-                fmt::format("/Type/XObject/Subtype/Form/BBox[0 0 {:.2f} {:.2f}]/Resources<</Font {} 0 R>>",
-                            page.Width / kMillimetresPerPoint, page.Height / kMillimetresPerPoint, +kFonts),
+                fmt::format("/Type/XObject/Subtype/Form/BBox[0 0 {:.2f} {:.2f}]/Resources<</Font {} 0 R{}>>",
+                            page.Width / kMillimetresPerPoint, page.Height / kMillimetresPerPoint, +kFonts,
+                            DictionaryOf(used)),
                 content_);
     const std::uint32_t object = kept.Object;
     if (kept_.size() > kKeptDrawings)
         std::erase_if(kept_, [](const auto& entry) { return entry.second.Drawing.expired(); });
     return object;
+}
+
+void TPdfWriter::AppendDrawing(const TDrawing& drawing, float pageHeight, std::set<std::uint32_t>& used) {
+    AppendFrames(content_, drawing, pageHeight);
+    for (const TPaperPicture& picture : drawing.Pictures) {
+        const std::uint32_t object = ObjectOf(picture.Image);
+        used.insert(object);
+        content_ += "q ";
+        AppendPoints(content_, picture.Place.Width);
+        content_ += "0 0 ";
+        AppendPoints(content_, picture.Place.Height);
+        AppendPoints(content_, picture.Place.X);
+        AppendPoints(content_, pageHeight - picture.Place.Bottom());
+        content_ += fmt::format("cm /X{} Do Q\n", object);
+    }
+    AppendLines(content_, drawing, pageHeight);
+    AppendTexts(content_, drawing, pageHeight);
+}
+
+std::uint32_t TPdfWriter::ObjectOf(const std::shared_ptr<const TPaperImage>& image) {
+    const auto [entry, isNew] = images_.try_emplace(image, 0);
+    if (isNew) {
+        entry->second = NewObject();
+        WriteStream(entry->second,
+                    fmt::format("/Type/XObject/Subtype/Image/Width {}/Height {}/ColorSpace/DeviceRGB"
+                                "/BitsPerComponent 8",
+                                image->Width, image->Height),
+                    image->Pixels);
+    }
+    return entry->second;
 }
 
 void TPdfWriter::EndGroup() {

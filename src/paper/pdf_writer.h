@@ -7,6 +7,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,6 +50,9 @@ class TPdfWriter {
     void WriteObject(std::uint32_t object, std::string_view content);
     void WriteStream(std::uint32_t object, std::string_view dictionary, std::string_view content);
     std::uint32_t ObjectOf(const std::shared_ptr<const TDrawing>& drawing, const TPaperPage& page);
+    std::uint32_t ObjectOf(const std::shared_ptr<const TPaperImage>& image);
+    /// Adds a drawing to the content; `used`: what it shows of other objects.
+    void AppendDrawing(const TDrawing& drawing, float pageHeight, std::set<std::uint32_t>& used);
     void EndGroup();
     void WriteBookmarks(std::uint32_t outlines);
     void Put(std::string_view bytes);
@@ -59,6 +63,7 @@ class TPdfWriter {
     std::uint64_t written_ = 0;
     std::vector<std::uint64_t> offsets_; ///< of the objects, from 1 on
     std::map<const TDrawing*, TKept> kept_;
+    std::map<std::shared_ptr<const TPaperImage>, std::uint32_t> images_;
     std::vector<std::uint32_t> groups_; ///< nodes of the page tree
     std::uint32_t group_ = 0;           ///< the open one; 0: none
     std::vector<std::uint32_t> pagesOfGroup_;

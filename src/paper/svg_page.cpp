@@ -3,8 +3,11 @@
 #include "paper/text_metrics.h"
 
 #include <fmt/format.h>
+#include <nettle/base64.h>
 
+#include <cstdint>
 #include <iterator>
+#include <string_view>
 
 namespace conferix {
 
@@ -27,6 +30,12 @@ void AppendEscaped(std::string& to, std::string_view text) {
         }
 }
 
+void AppendBase64(std::string& to, std::string_view bytes) {
+    const std::size_t before = to.size();
+    to.resize(before + BASE64_ENCODE_RAW_LENGTH(bytes.size()));
+    base64_encode_raw(to.data() + before, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
+}
+
 void AppendDrawing(std::string& to, const TDrawing& drawing) {
     const auto out = std::back_inserter(to);
     const auto grey = [](unsigned shade) { return fmt::format("#{0:02x}{0:02x}{0:02x}", shade); };
@@ -38,6 +47,15 @@ void AppendDrawing(std::string& to, const TDrawing& drawing) {
         if (frame.Pen > 0)
             fmt::format_to(out, R"( stroke="#000" stroke-width="{:.3f}")", frame.Pen);
         to += "/>\n";
+    }
+    for (const TPaperPicture& picture : drawing.Pictures) {
+        const TPaperRect& place = picture.Place;
+        fmt::format_to(
+            out,
+            R"(<image x="{:.3f}" y="{:.3f}" width="{:.3f}" height="{:.3f}" preserveAspectRatio="none" href="data:{};base64,)",
+            place.X, place.Y, place.Width, place.Height, picture.Image->MediaType);
+        AppendBase64(to, picture.Image->File);
+        to += "\"/>\n";
     }
     for (const TPaperLine& line : drawing.Lines)
         fmt::format_to(

@@ -17,6 +17,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kFirstBlock = 65536;
+/// Read at once. A string is filled with zeros as it grows, which costs little where they stay in the cache.
+constexpr std::size_t kPiece = std::size_t{256} * 1024;
 constexpr int kMaxLinks = 40;
 
 const std::string kIsFolder = "é uma pasta, não um arquivo";
@@ -133,16 +135,16 @@ std::string ReadAll(const fs::path& file, std::uintmax_t limit, std::optional<TF
     std::string content;
     content.reserve(first);
     PreferLargePages(content.data(), content.capacity());
-    content.resize(first);
-    std::size_t filled = descriptor.ReadFirst(content.data(), content.size(), file);
-    for (std::size_t got = filled; got > 0; filled += got) {
+    std::size_t filled = 0;
+    for (std::size_t got = 1; got > 0; filled += got) {
         if (filled > limit) {
             throw EFileNotRead(file, TooLargeText(limit));
         }
-        if (filled == content.size()) {
-            content.resize(content.size() * 2);
-        }
-        got = descriptor.Read(content.data() + filled, content.size() - filled);
+        const std::size_t room = content.capacity() > filled ? content.capacity() - filled : kPiece;
+        content.resize(filled + std::min(room, kPiece));
+        char* const to = content.data() + filled;
+        const std::size_t count = content.size() - filled;
+        got = filled == 0 ? descriptor.ReadFirst(to, count, file) : descriptor.Read(to, count);
     }
     content.resize(filled);
     return content;

@@ -1,10 +1,13 @@
 // The calls of POSIX systems: folders, environment, terminal, locale, libraries.
 #include "platform/large_pages.h"
+#include "platform/listening_port.h"
 #include "platform/platform.h"
 #include "platform/portable_name.h"
 #include "platform/program.h"
 #include "platform/shared_library.h"
+#include "platform/spool_file.h"
 #include "platform/system_calls.h"
+#include "platform/system_proxy.h"
 #include "platform/terminal.h"
 
 #include <csignal>
@@ -16,6 +19,7 @@
 #include <locale.h>
 #include <pwd.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <unistd.h>
 #if defined(__APPLE__)
 #include <mach-o/dyld.h>
@@ -148,6 +152,20 @@ void HandleEndingSignals(void (*handler)(int)) {
 
 void RemoveNow(const fs::path::value_type* file) {
     ::unlink(file);
+}
+
+std::FILE* OpenSpoolFile() {
+    return std::tmpfile();
+}
+
+// Without the option, connections that have ended hold the port for some minutes more.
+void ClaimPort(std::uintptr_t socket) {
+    const int on = 1;
+    ::setsockopt(static_cast<int>(socket), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+}
+
+std::string SystemProxy(const std::string& /*url*/) {
+    return {}; // the environment alone counts
 }
 
 bool IsTerminal(std::FILE* stream) {

@@ -1,8 +1,10 @@
 // The calls of Windows: command line, environment, console, locale, reasons of errors.
 #include "platform/large_pages.h"
+#include "platform/listening_port.h"
 #include "platform/platform.h"
 #include "platform/portable_name.h"
 #include "platform/program.h"
+#include "platform/spool_file.h"
 #include "platform/system_calls.h"
 #include "platform/terminal.h"
 
@@ -12,6 +14,8 @@
 #include <cstdlib>
 #include <memory>
 #include <utility>
+
+#include <winsock2.h>
 
 #include <windows.h>
 
@@ -215,6 +219,24 @@ void HandleEndingSignals(void (*handler)(int)) {
 
 void RemoveNow(const fs::path::value_type* file) {
     DeleteFileW(file);
+}
+
+// The runtime library's own function writes to the root of the disk, where users have no right to.
+std::FILE* OpenSpoolFile() {
+    std::array<wchar_t, MAX_PATH + 1> folder{};
+    std::array<wchar_t, MAX_PATH> name{};
+    if (GetTempPathW(static_cast<DWORD>(folder.size()), folder.data()) == 0 ||
+        GetTempFileNameW(folder.data(), L"cfx", 0, name.data()) == 0)
+        return nullptr;
+    // "D": removed once closed, also where the process is ended.
+    return _wfopen(name.data(), L"w+bTD");
+}
+
+// A closed port is free at once; the option that frees it elsewhere would let two programs share it.
+void ClaimPort(std::uintptr_t socket) {
+    const BOOL on = TRUE;
+    setsockopt(static_cast<SOCKET>(socket), SOL_SOCKET, SO_EXCLUSIVEADDRUSE,
+               reinterpret_cast<const char*>(&on), sizeof on);
 }
 
 bool IsTerminal(std::FILE* stream) {

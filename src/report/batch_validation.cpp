@@ -4,6 +4,7 @@
 #include "app/installation.h"
 #include "model/tiss_kinds.h"
 #include "platform/platform.h"
+#include "platform/spool_file.h"
 
 #include <fmt/format.h>
 
@@ -31,7 +32,7 @@ std::string KindOf(const TValidateArgs& validation) {
 class TBatchValidation::TSpool {
   public:
     explicit TSpool(std::string_view formato)
-        : Formato(formato), writer_(NewReportWriter(formato, {})), file_(std::tmpfile()) {
+        : Formato(formato), writer_(NewReportWriter(formato, {})), file_(OpenSpoolFile()) {
         if (file_ == nullptr)
             Fail();
     }
@@ -164,9 +165,14 @@ void TBatchValidation::NoteRepeated(std::size_t row, const TValidateArgs& valida
 }
 
 std::string TBatchValidation::Report(std::string_view formato) const {
+    std::vector<std::string> names;
+    for (const TBatchRow& row : rows_)
+        names.push_back(row.File);
+    TReportTotals totals = totals_;
+    totals.SetRepeated(WithFileNames(repeated_.Found(), names));
     for (const auto& spool : spools_)
         if (spool->Formato == formato)
-            return spool->Report(summaries_, totals_);
+            return spool->Report(summaries_, totals);
     return {};
 }
 

@@ -7,6 +7,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace conferix {
 
 TPalette::TPalette(bool terminal)
@@ -68,6 +70,9 @@ std::string Escape(char32_t c) {
 } // namespace
 
 std::string Visible(std::string_view text) {
+    const auto isPlain = [](char c) { return c >= ' ' && c <= '~'; };
+    if (std::ranges::all_of(text, isPlain)) // as nearly all texts are
+        return std::string(text);
     std::string visible;
     visible.reserve(text.size());
     while (!text.empty()) {

@@ -13,6 +13,12 @@ namespace conferix {
 namespace {
 
 constexpr std::string_view kVerdicts[] = {"válido", "inválido", "não verificado"};
+
+/// The cells that every row of a file begins with.
+std::string Name(const std::string& file, TVerdict verdict) {
+    return CsvCell(file) + ';' + CsvCell(kVerdicts[static_cast<std::size_t>(verdict)]) + ';';
+}
+
 /// A number that tells a place; none where the place is not known.
 std::string Place(std::int32_t number) {
     return number > 0 ? std::to_string(number) : std::string();
@@ -33,21 +39,31 @@ void TCsvReport::Begin(std::ostream& out) {
 }
 
 std::string TCsvReport::FileText(const TFileResult& file) const {
-    const std::string name = CsvCell(file.Validation.FileName) + ';' +
-                             CsvCell(kVerdicts[static_cast<std::size_t>(file.Verdict())]) + ';';
+    const std::string name = Name(file.Validation.FileName, file.Verdict());
+    const std::string obstacle = file.Obstacle();
+    const std::string advice = file.Advice();
     std::string text;
     for (const TListedMessage& listed : ListedMessages(file.Validation, options_)) {
         const TXmlMessage& message = *listed.Message;
         text += name + CsvCell(SeverityLabel(message.MsgType())) + ';' + Place(message.Line()) + ';' +
                 Place(message.LinePos()) + ';' + CsvCell(message.NumeroGuia()) + ';' +
                 CsvCell(message.Campo()) + ';' + CsvCell(RuleName(message)) + ';' +
-                CsvCell(message.Reason()) + ';' + CsvCell(Corrections(message)) + "\r\n";
+                CsvCell(message.Reason() == obstacle ? WithAdvice(obstacle, advice) : message.Reason()) +
+                ';' + CsvCell(Corrections(message)) + "\r\n";
     }
     return text.empty() ? name + ";;;;;;;\r\n" : text;
 }
 
-void TCsvReport::AddFile(std::ostream& out, const TFileSummary&, std::string text) {
+void TCsvReport::AddFile(std::ostream& out, const TFileSummary& file, std::string text) {
     out << text << std::flush;
+    verdicts_[file.Arquivo] = file.Verdict;
+}
+
+void TCsvReport::End(std::ostream& out, const TReportTotals& totals) {
+    for (const TGuideInTwoFiles& guide : totals.Repeated())
+        out << Name(guide.File, verdicts_.at(guide.File)) + CsvCell(SeverityLabel(TMessageType::mtWarning)) +
+                   ';' + Place(guide.Line) + ";;" + CsvCell(guide.Number) + ";;;" + CsvCell(guide.Text()) +
+                   ";\r\n";
 }
 
 } // namespace conferix

@@ -2,6 +2,9 @@
 
 #include "report/report_writer.h"
 
+#include <map>
+#include <string>
+
 namespace conferix {
 
 /// A table for spreadsheets set up for Brazil: UTF-8 with byte-order mark, semicolons, a row a message, a row
@@ -14,9 +17,11 @@ class TCsvReport : public IReportWriter {
     void Begin(std::ostream& out) override;
     std::string FileText(const TFileResult& file) const override;
     void AddFile(std::ostream& out, const TFileSummary& file, std::string text) override;
+    void End(std::ostream& out, const TReportTotals& totals) override;
 
   private:
     TReportOptions options_;
+    std::map<std::string, TVerdict> verdicts_; ///< by the names of the files
 };
 
 } // namespace conferix

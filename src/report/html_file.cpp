@@ -64,8 +64,7 @@ class THtmlFile {
         if (leftOut_ != 0)
             html_ +=
                 fmt::format("<p class=\"fora\">Mais {} deste arquivo não {} neste relatório. Corrija as "
-                            "que estão e valide de novo, ou veja todas com <code>conferix "
-                            "validar</code>.</p>\n",
+                            "que estão e valide de novo.</p>\n",
                             Counted(leftOut_, "mensagem", "mensagens"), leftOut_ == 1 ? "está" : "estão");
         return std::move(html_);
     }
@@ -81,6 +80,8 @@ class THtmlFile {
             text += (verdict == TVerdict::Invalid ? " e " : ", com ") +
                     Counted(counts.Warnings(), "aviso", "avisos");
         html_ += fmt::format("<p class=\"veredito {}\">{}</p>\n", HtmlVerdictClass(verdict), text);
+        if (const std::string advice = file_.Advice(); !advice.empty())
+            html_ += fmt::format("<p class=\"fora\">{}</p>\n", HtmlText(advice));
     }
 
     void Facts() {
@@ -128,7 +129,7 @@ class THtmlFile {
     /// What concerns the run as a whole, though it is said at the first place that met it.
     static bool IsOfRun(const TXmlMessage& message) { return message.Kind() == TFindingKind::Run; }
     static bool IsOfFile(const TXmlMessage& first, const TMessageGroup& group) {
-        return IsOfRun(first) || (group.Guides <= 1 && first.NumeroGuia().empty());
+        return group.Guides <= 1 && first.NumeroGuia().empty();
     }
     static bool IsSuccess(const TXmlMessage& message) { return message.MsgType() == TMessageType::mtSuccess; }
 
@@ -138,17 +139,21 @@ class THtmlFile {
         std::vector<const TMessageGroup*> Groups;
     };
 
-    /// The file as a whole, what several guides share, then the guides in the order of their first findings.
+    /// The file as a whole, what several guides share, the guides in the order of their first findings, and
+    /// last what says more of the validation than of the file.
     std::vector<TSection> Sections() const {
         TSection ofFile{"O arquivo como um todo", {}};
         TSection ofSeveral{"Em várias guias", {}};
+        TSection ofRun{"Sobre esta conferência", {}};
         std::vector<TSection> ofGuides;
         std::unordered_map<std::string_view, std::size_t> byNumber;
         for (const TMessageGroup& group : groups_) {
             const TXmlMessage& first = First(group);
             if (IsSuccess(first))
                 continue;
-            if (IsOfFile(first, group)) {
+            if (IsOfRun(first)) {
+                ofRun.Groups.push_back(&group);
+            } else if (IsOfFile(first, group)) {
                 ofFile.Groups.push_back(&group);
             } else if (group.Guides > 1) {
                 ofSeveral.Groups.push_back(&group);
@@ -163,6 +168,7 @@ class THtmlFile {
             ofGuides, {}, [this](const TSection& section) { return First(*section.Groups.front()).Line(); });
         std::vector<TSection> sections = {std::move(ofFile), std::move(ofSeveral)};
         std::ranges::move(ofGuides, std::back_inserter(sections));
+        sections.push_back(std::move(ofRun));
         return sections;
     }
 
@@ -183,7 +189,7 @@ class THtmlFile {
 
     void Finding(const TXmlMessage& first, const TMessageGroup& group) {
         const TRuleText* text =
-            first.Rule() != nullptr ? TRuleGuide::Instance().Find(first.Rule()->Name) : nullptr;
+            first.Rule() != nullptr ? TRuleGuide::WithoutCommands().Find(first.Rule()->Name) : nullptr;
         const TSeverity severity = SeverityOf(first.MsgType());
         html_ += fmt::format("<article class=\"achado {}\">\n<h4><span class=\"selo\">{}</span>",
                              severity.Class, severity.Label);
@@ -191,8 +197,10 @@ class THtmlFile {
             html_ += " " + Link(*text, *first.Rule());
         }
         html_ += fmt::format("</h4>\n<p class=\"frase\">{}</p>\n", HtmlLines(first.Reason()));
-        Places(first, group);
-        html_ += HtmlExcerpt(excerpts_.Around(first));
+        if (!IsOfRun(first)) {
+            Places(first, group);
+            html_ += HtmlExcerpt(excerpts_.Around(first));
+        }
         Corrections(first, group);
         if (text != nullptr && !IsOfRun(first))
             Mend(*text, *first.Rule());
@@ -313,7 +321,7 @@ std::string_view HtmlVerdictClass(TVerdict verdict) {
 }
 
 std::string HtmlAnchor(const TRuleText& text) {
-    return fmt::format("regra-{}", &text - TRuleGuide::Instance().Texts().data() + 1);
+    return fmt::format("regra-{}", &text - TRuleGuide::WithoutCommands().Texts().data() + 1);
 }
 
 std::string HtmlFile(const TFileResult& file, const TReportOptions& options) {

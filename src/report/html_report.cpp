@@ -86,10 +86,10 @@ void THtmlReport::WriteIndex(std::ostream& out, const TReportTotals& totals) con
                            file.Counts.Failures(), file.Counts.Warnings());
     }
     out << "</tbody>\n</table>\n";
-    if (!totals.Notes().empty()) {
-        out << "<h3>Guias que estão em mais de um arquivo</h3>\n<ul>\n";
-        for (const std::string& note : totals.Notes())
-            out << "<li>" << HtmlText(note) << "</li>\n";
+    if (!totals.Repeated().empty()) {
+        out << "<h3>" << kRepeatedGuides << "</h3>\n<ul>\n";
+        for (const std::string& text : RepeatedGuideTexts(totals.Repeated()))
+            out << "<li>" << HtmlText(text) << "</li>\n";
         out << "</ul>\n";
     }
     out << "</nav>\n";
@@ -99,7 +99,7 @@ void THtmlReport::WriteAppendix(std::ostream& out) const {
     if (explained_.empty())
         return;
     out << "<section class=\"apendice\">\n<h2>Apêndice: as regras que acharam algo</h2>\n";
-    for (const TRuleText& text : TRuleGuide::Instance().Texts()) {
+    for (const TRuleText& text : TRuleGuide::WithoutCommands().Texts()) {
         if (!explained_.contains(HtmlAnchor(text)))
             continue;
         out << fmt::format("<article id=\"{}\">\n<h3>{}</h3>\n<p>{}</p>\n", HtmlAnchor(text),

@@ -40,6 +40,28 @@ TJson Heading() {
     return {{"versaoFormato", kJsonFormatVersion}, {"versaoPrograma", CONFERIX_VERSAO}};
 }
 
+/// What is said of all files together.
+TJson TotalsJson(const TReportTotals& totals, const TReportOptions& options) {
+    TJson repeated = TJson::array();
+    for (const TGuideInTwoFiles& guide : totals.Repeated())
+        repeated.push_back({{"guia", guide.Number},
+                            {"arquivo", guide.File},
+                            {"linha", guide.Line},
+                            {"outroArquivo", guide.OtherFile},
+                            {"outraLinha", guide.OtherLine}});
+    TJson sums = {{"arquivos", totals.Files()},
+                  {"validos", totals.Of(TVerdict::Valid)},
+                  {"invalidos", totals.Of(TVerdict::Invalid)},
+                  {"naoVerificados", totals.Of(TVerdict::NotVerified)},
+                  {"contagens", CountsJson(totals.Counts())},
+                  {"guiasRepetidas", std::move(repeated)}};
+    if (options.Estatisticas)
+        sums["regras"] = RulesJson(totals.Rules(), true);
+    TJson json = Heading();
+    json["totais"] = std::move(sums);
+    return json;
+}
+
 std::string FileJson(const TFileResult& file, const TReportOptions& options, int indent) {
     const TValidateArgs& result = file.Validation;
     const IArquivoTiss* arquivo = result.ArquivoTiss.get();
@@ -62,6 +84,8 @@ std::string FileJson(const TFileResult& file, const TReportOptions& options, int
     json["contagens"] = CountsJson(result.Counts);
     json["ocultas"] = result.HiddenCount;
     json["naoListadas"] = unlisted;
+    if (const std::string advice = file.Advice(); !advice.empty())
+        json["orientacao"] = advice;
     if (options.Estatisticas)
         json["regras"] = RulesJson(TFileSummary(file).Rules, false);
     if (options.Resumo)
@@ -94,8 +118,10 @@ void TJsonReport::AddFile(std::ostream& out, const TFileSummary&, std::string te
     empty_ = false;
 }
 
-void TJsonReport::End(std::ostream& out, const TReportTotals&) {
-    out << (empty_ ? "]\n" : "\n]\n");
+void TJsonReport::End(std::ostream& out, const TReportTotals& totals) {
+    if (options_.Totais)
+        out << (empty_ ? "\n" : ",\n") << JsonText(TotalsJson(totals, options_), 2);
+    out << (empty_ && !options_.Totais ? "]\n" : "\n]\n");
 }
 
 std::string TNdjsonReport::FileText(const TFileResult& file) const {
@@ -107,18 +133,8 @@ void TNdjsonReport::AddFile(std::ostream& out, const TFileSummary&, std::string 
 }
 
 void TNdjsonReport::End(std::ostream& out, const TReportTotals& totals) {
-    if (!options_.Totais)
-        return;
-    TJson sums = {{"arquivos", totals.Files()},
-                  {"validos", totals.Of(TVerdict::Valid)},
-                  {"invalidos", totals.Of(TVerdict::Invalid)},
-                  {"naoVerificados", totals.Of(TVerdict::NotVerified)},
-                  {"contagens", CountsJson(totals.Counts())}};
-    if (options_.Estatisticas)
-        sums["regras"] = RulesJson(totals.Rules(), true);
-    TJson line = Heading();
-    line["totais"] = std::move(sums);
-    out << JsonText(line, -1) << '\n';
+    if (options_.Totais)
+        out << JsonText(TotalsJson(totals, options_), -1) << '\n';
 }
 
 } // namespace conferix

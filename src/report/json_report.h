@@ -4,7 +4,7 @@
 
 namespace conferix {
 
-/// An array of objects, one a file.
+/// An array of objects, one a file, and on request a last one about all of them.
 class TJsonReport : public IReportWriter {
   public:
     explicit TJsonReport(const TReportOptions& options) : options_(options) {}

@@ -85,7 +85,7 @@ std::string TJunitReport::FileText(const TFileResult& file) const {
     if (!verified)
         cases += fmt::format("    <testcase classname=\"{}\" name=\"arquivo não verificado\">\n      "
                              "<error type=\"não verificado\" message=\"{}\"/>\n    </testcase>\n",
-                             className, Xml(file.Obstacle()));
+                             className, Xml(WithAdvice(file.Obstacle(), file.Advice())));
     else if (failures == 0)
         cases += fmt::format("    <testcase classname=\"{}\" name=\"arquivo válido\"/>\n", className);
     const std::size_t errors = verified ? 0 : 1;
@@ -100,7 +100,15 @@ void TJunitReport::AddFile(std::ostream& out, const TFileSummary&, std::string t
     out << text << std::flush;
 }
 
-void TJunitReport::End(std::ostream& out, const TReportTotals&) {
+void TJunitReport::End(std::ostream& out, const TReportTotals& totals) {
+    if (!totals.Repeated().empty()) { // they make no file fail
+        out << fmt::format("  <testsuite name=\"{}\" tests=\"0\" failures=\"0\" errors=\"0\" "
+                           "skipped=\"0\">\n    <system-out>",
+                           kRepeatedGuides);
+        for (const std::string& text : RepeatedGuideTexts(totals.Repeated()))
+            out << Xml("aviso: " + text) << '\n';
+        out << "</system-out>\n  </testsuite>\n";
+    }
     out << "</testsuites>\n";
 }
 

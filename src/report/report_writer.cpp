@@ -60,7 +60,7 @@ std::vector<const TRuleCounts*> ByFrequency(const TCountsByRule& rules) {
 
 TFileSummary::TFileSummary(const TFileResult& file)
     : Arquivo(file.Validation.FileName), Verdict(file.Verdict()), Counts(file.Validation.Counts),
-      Failure(file.Failure), Obstacle(file.Obstacle()) {
+      Failure(file.Failure), Obstacle(file.Obstacle()), Advice(file.Advice()) {
     const auto countsOf = [this](const IValidationIdentity& rule) -> TMessageCounts& {
         TRuleCounts& counts = Rules[rule != nullptr ? rule->Name : std::string()];
         counts.Rule = rule;
@@ -144,6 +144,10 @@ TXmlMessages MessagesOf(const std::vector<TListedMessage>& listed) {
     for (const TListedMessage& of : listed)
         messages.push_back(of.Message);
     return messages;
+}
+
+std::string WithAdvice(const std::string& obstacle, const std::string& advice) {
+    return advice.empty() ? obstacle : obstacle + ". " + advice;
 }
 
 std::string TextWithoutLine(const TXmlMessage& message) {

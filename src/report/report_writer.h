@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/file_validation.h"
+#include "app/repeated_guides.h"
 #include "validation/identity.h"
 #include "xml/xml_message.h"
 
@@ -34,7 +35,7 @@ struct TReportOptions {
     bool AgruparPorRegra = false;      ///< in text
     bool Resumo = false;               ///< the files without their findings: text, JSON
     bool Estatisticas = false;         ///< counts by rule and by file: text, JSON
-    bool Totais = false;               ///< a last line about all files: NDJSON
+    bool Totais = false;               ///< at the end an object about all files: JSON, NDJSON
     bool Colours = false;              ///< those of a terminal
 
     /// What makes a file fail.
@@ -63,7 +64,11 @@ struct TFileSummary {
     TCountsByRule Rules;
     std::string Failure;  ///< why it could not be validated
     std::string Obstacle; ///< what kept it from being verified
+    std::string Advice;   ///< what to do about that
 };
+
+/// What reports call the guides that are in two of their files.
+inline constexpr std::string_view kRepeatedGuides = "Guias que estão em mais de um arquivo";
 
 /// The files of a report as a whole.
 class TReportTotals {
@@ -78,9 +83,9 @@ class TReportTotals {
     const TCountsByRule& Rules() const { return rules_; }
     /// In the order in which they were added.
     const std::vector<TFileSummary>& Summaries() const { return summaries_; }
-    /// A sentence about several of the files, as that a guide is in two of them.
-    void Note(std::string sentence) { notes_.push_back(std::move(sentence)); }
-    const std::vector<std::string>& Notes() const { return notes_; }
+    /// Guides that are in two of the files; they change no verdict.
+    void SetRepeated(std::vector<TGuideInTwoFiles> repeated) { repeated_ = std::move(repeated); }
+    const std::vector<TGuideInTwoFiles>& Repeated() const { return repeated_; }
 
   private:
     bool statistics_;
@@ -89,7 +94,7 @@ class TReportTotals {
     TMessageCounts counts_;
     TCountsByRule rules_;
     std::vector<TFileSummary> summaries_;
-    std::vector<std::string> notes_;
+    std::vector<TGuideInTwoFiles> repeated_;
 };
 
 /// A report on files in one format: Begin, AddFile for each, End. A file's text is made apart from its place
@@ -128,6 +133,9 @@ std::vector<TListedMessage> ListedMessages(const TValidateArgs& result, const TR
 
 /// The messages alone.
 TXmlMessages MessagesOf(const std::vector<TListedMessage>& listed);
+
+/// What kept a file from being verified, followed by what to do about it, if that is known.
+std::string WithAdvice(const std::string& obstacle, const std::string& advice);
 
 /// What a message says, after the guide and field that it is about: for reports that tell the line apart.
 std::string TextWithoutLine(const TXmlMessage& message);

@@ -13,10 +13,20 @@ namespace {
 constexpr std::string_view kFence = "```";
 constexpr std::string_view kRulesLabel = "Regras: ";
 
+/// Takes remarks for those who type commands out of a text, with their brackets where nothing else is in
+/// them.
+void LeaveCommandsOut(std::string& text) {
+    for (const std::string_view remark : {" (no terminal, ", "; no terminal, "})
+        for (std::size_t at = 0; (at = text.find(remark, at)) != std::string::npos;) {
+            const std::size_t end = text.find(')', at);
+            text.erase(at, end == std::string::npos ? end : end - at + (remark.front() == ' ' ? 1 : 0));
+        }
+}
+
 /// Takes the lines of one file apart.
 class TGuideReader {
   public:
-    explicit TGuideReader(std::vector<TRuleText>& texts) : texts_(texts) {}
+    TGuideReader(std::vector<TRuleText>& texts, bool commands) : texts_(texts), commands_(commands) {}
 
     void Read(std::string_view file) {
         family_.clear();
@@ -78,6 +88,8 @@ class TGuideReader {
     void EndBlock() {
         if (!std::exchange(open_, false) || current_ == nullptr)
             return;
+        if (!commands_)
+            LeaveCommandsOut(block_.Text);
         if (!current_->Sections.empty())
             current_->Sections.back().Blocks.push_back(std::move(block_));
         else if (block_.Text.starts_with(kRulesLabel))
@@ -99,6 +111,7 @@ class TGuideReader {
     }
 
     std::vector<TRuleText>& texts_;
+    bool commands_;
     std::string family_;
     TRuleText* current_ = nullptr;
     TGuideBlock block_;
@@ -255,8 +268,13 @@ const TRuleGuide& TRuleGuide::Instance() {
     return guide;
 }
 
-TRuleGuide::TRuleGuide(std::span<const std::string_view> files) {
-    TGuideReader reader(texts_);
+const TRuleGuide& TRuleGuide::WithoutCommands() {
+    static const TRuleGuide guide(RuleTexts(), false);
+    return guide;
+}
+
+TRuleGuide::TRuleGuide(std::span<const std::string_view> files, bool commands) {
+    TGuideReader reader(texts_, commands);
     for (const std::string_view file : files)
         reader.Read(file);
     for (std::size_t i = 0; i < texts_.size(); ++i)

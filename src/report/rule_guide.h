@@ -62,9 +62,13 @@ class TRuleGuide {
   public:
     /// The texts that come with the program.
     static const TRuleGuide& Instance();
+    /// The same without what is told to those who type commands ("(no terminal, ...)", "; no terminal,
+    /// ...)"), for the window and for reports, which others read too.
+    static const TRuleGuide& WithoutCommands();
     /// Takes files apart: "# family", and for each text "## title", a paragraph "Regras: `name`, `name`", the
     /// short text as the next paragraph, and sections "### title". What does not fit is left out.
-    explicit TRuleGuide(std::span<const std::string_view> files);
+    /// `commands`: whether what is told to those who type commands is kept.
+    explicit TRuleGuide(std::span<const std::string_view> files, bool commands = true);
 
     /// The text about the rule of that name; null when there is none.
     const TRuleText* Find(std::string_view rule) const;

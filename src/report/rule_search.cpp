@@ -17,13 +17,27 @@ bool HoldsAll(const std::string& text, const std::vector<std::string>& words) {
         words, [&](const std::string& word) { return padded.find(' ' + word) != std::string::npos; });
 }
 
+std::vector<std::string> WordsOf(std::string_view search) {
+    std::vector<std::string> words;
+    std::istringstream stream(PlainText(search));
+    for (std::string word; stream >> word;)
+        words.push_back(word);
+    return words;
+}
+
 } // namespace
 
+std::vector<const TRuleText*> SearchRuleTitles(const TRuleGuide& guide, std::string_view words) {
+    const std::vector<std::string> sought = WordsOf(words);
+    std::vector<const TRuleText*> found;
+    for (const TRuleText& text : guide.Texts())
+        if (!sought.empty() && HoldsAll(PlainText(text.Title), sought))
+            found.push_back(&text);
+    return found;
+}
+
 std::vector<const TRuleText*> SearchRuleTexts(const TRuleGuide& guide, std::string_view words) {
-    std::vector<std::string> sought;
-    std::istringstream stream(PlainText(words));
-    for (std::string word; stream >> word;)
-        sought.push_back(word);
+    const std::vector<std::string> sought = WordsOf(words);
     std::vector<const TRuleText*> found;
     std::vector<const TRuleText*> further;
     for (const TRuleText& text : guide.Texts()) {

@@ -13,4 +13,7 @@ namespace conferix {
 /// as well. All texts for a search without words.
 std::vector<const TRuleText*> SearchRuleTexts(const TRuleGuide& guide, std::string_view words);
 
+/// The texts whose title holds all words of a search, in the same way; none for a search without words.
+std::vector<const TRuleText*> SearchRuleTitles(const TRuleGuide& guide, std::string_view words);
+
 } // namespace conferix

@@ -127,14 +127,14 @@ std::string TSarifReport::FileText(const TFileResult& file) const {
 void TSarifReport::AddFile(std::ostream& out, const TFileSummary& file, std::string text) {
     files_.insert(file.Arquivo);
     if (file.Verdict == TVerdict::NotVerified)
-        unverified_.emplace_back(file.Arquivo, file.Obstacle);
+        unverified_.emplace_back(file.Arquivo, WithAdvice(file.Obstacle, file.Advice));
     if (text.empty())
         return;
     out << (empty_ ? "\n" : ",\n") << text << std::flush;
     empty_ = false;
 }
 
-void TSarifReport::End(std::ostream& out, const TReportTotals&) {
+void TSarifReport::End(std::ostream& out, const TReportTotals& totals) {
     out << (empty_ ? "],\n" : "\n],\n") << "\"artifacts\": ";
     std::vector<TJson> artifacts;
     for (const std::string& file : files_)
@@ -142,11 +142,18 @@ void TSarifReport::End(std::ostream& out, const TReportTotals&) {
     PutArray(out, artifacts);
     TJson invocation = {{"executionSuccessful", unverified_.empty()},
                         {"toolExecutionNotifications", TJson::array()}};
-    for (const auto& [file, reason] : unverified_) {
-        const TJson location = {{"physicalLocation", {{"artifactLocation", {{"uri", FileUri(file)}}}}}};
+    const auto notify = [&](const char* level, const std::string& text, TJson place) {
         invocation["toolExecutionNotifications"].push_back(
-            {{"level", "error"}, {"message", SarifMessage(reason)}, {"locations", TJson::array({location})}});
-    }
+            {{"level", level},
+             {"message", SarifMessage(text)},
+             {"locations", TJson::array({TJson{{"physicalLocation", std::move(place)}}})}});
+    };
+    for (const auto& [file, reason] : unverified_)
+        notify("error", reason, {{"artifactLocation", {{"uri", FileUri(file)}}}});
+    for (const TGuideInTwoFiles& guide : totals.Repeated())
+        notify(
+            "warning", guide.Text(),
+            {{"artifactLocation", {{"uri", FileUri(guide.File)}}}, {"region", {{"startLine", guide.Line}}}});
     out << ",\n\"invocations\": [" << JsonText(invocation, -1) << "],\n\"tool\": {\"driver\": {\n"
         << "\"name\": \"Conferix\",\n\"version\": \"" CONFERIX_VERSAO
            "\",\n\"semanticVersion\": \"" CONFERIX_VERSAO "\",\n\"language\": \"pt-BR\",\n\"rules\": ";

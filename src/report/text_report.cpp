@@ -46,6 +46,8 @@ std::string Kind(const TFileResult& file) {
 
 /// Column and rule of a message, which its text does not tell.
 std::string Origin(const TXmlMessage& message, bool alone, bool withRule) {
+    if (message.Kind() == TFindingKind::Run)
+        return {};
     std::string origin;
     if (alone && message.LinePos() != 0)
         origin = fmt::format("coluna {}", message.LinePos());
@@ -115,17 +117,19 @@ std::string TTextReport::GroupLines(const TXmlMessages& listed, const TMessageGr
 std::string TTextReport::LinesByRule(const TXmlMessages& listed,
                                      const std::vector<TMessageGroup>& groups) const {
     std::map<std::string, std::string> ofRule;
-    for (const TMessageGroup& group : groups)
-        ofRule[RuleName(*listed[group.Messages.front()])] += GroupLines(listed, group, 4);
-    std::string text;
+    std::string ofRun;
+    for (const TMessageGroup& group : groups) {
+        const TXmlMessage& first = *listed[group.Messages.front()];
+        (first.Kind() == TFindingKind::Run ? ofRun : ofRule[RuleName(first)]) += GroupLines(listed, group, 4);
+    }
+    std::string text = ofRun.empty() ? ofRun : "  " + palette_.Bold("Sobre esta conferência") + '\n' + ofRun;
     for (const auto& message : listed) { // in the order in which rules found something first
         const auto lines = ofRule.extract(RuleName(*message));
         if (lines.empty())
             continue;
-        text += message->Rule() == nullptr
-                    ? "  " + palette_.Bold("O arquivo como um todo") + '\n'
-                    : fmt::format("  {}{}\n", palette_.Bold(message->Rule()->Description),
-                                  palette_.Dim(" (" + lines.key() + ")"));
+        text += lines.key().empty() ? "  " + palette_.Bold("O arquivo como um todo") + '\n'
+                                    : fmt::format("  {}{}\n", palette_.Bold(message->Rule()->Description),
+                                                  palette_.Dim(" (" + lines.key() + ")"));
         text += lines.mapped();
     }
     return text;
@@ -179,8 +183,10 @@ std::string TTextReport::FileText(const TFileResult& file) const {
     std::string text = palette_.Bold(Visible(result.FileName)) + '\n' + Kind(file) + MessageLines(result);
     const std::size_t errors = result.Counts.Failures();
     const std::size_t warnings = result.Counts.Warnings();
+    const std::string advice = file.Advice();
     if (!result.Verified) {
-        text += palette_.Severity(TMessageType::mtError, "  Arquivo não verificado.") + '\n';
+        text += palette_.Severity(TMessageType::mtError, "  Arquivo não verificado.");
+        text += (advice.empty() ? "" : ' ' + Visible(advice)) + '\n';
     } else if (errors != 0) {
         text += palette_.Severity(TMessageType::mtError,
                                   fmt::format("  Arquivo inválido: {}", Counted(errors, "erro", "erros")));
@@ -199,6 +205,10 @@ void TTextReport::AddFile(std::ostream& out, const TFileSummary&, std::string te
 void TTextReport::End(std::ostream& out, const TReportTotals& totals) {
     if (options_.Estatisticas)
         out << Statistics(totals);
+    if (!totals.Repeated().empty())
+        out << '\n' << kRepeatedGuides << ":\n";
+    for (const std::string& text : RepeatedGuideTexts(totals.Repeated()))
+        out << "  " << palette_.Severity(TMessageType::mtWarning, "aviso") << ": " << Visible(text) << '\n';
     if (totals.Files() < 2)
         return;
     out << fmt::format("\n{}: {}, {}", Counted(totals.Files(), "arquivo", "arquivos"),

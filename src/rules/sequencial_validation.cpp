@@ -30,28 +30,28 @@ void TSequencialItemValidation::CheckGuia(const IGuiaTiss& guia, const TProcedim
     StartGuia(guia);
     if (!IsVersionFrom("3.04.00"))
         return;
-    TLineByNumber byProcedimento;
+    TItemByNumber byProcedimento;
     for (const TProcedimentoExecutado& item : procedimentos) {
         const std::optional<std::int64_t> number = item.SequencialItem().Integer();
         if (!number)
             continue;
-        const auto [first, isNew] = byProcedimento.try_emplace(*number, item.Node()->Line());
+        const auto [first, isNew] = byProcedimento.try_emplace(*number, item.Node());
         if (!isNew)
-            AddRepeated(*number, kProcedimento, first->second, item);
+            AddRepeated(*number, kProcedimento, *first->second, item);
     }
     if (despesas != nullptr) {
-        TLineByNumber byDespesa;
+        TItemByNumber byDespesa;
         for (const TDespesa& item : *despesas) {
             const std::optional<std::int64_t> number = item.SequencialItem().Integer();
             if (!number)
                 continue;
             if (const auto user = byProcedimento.find(*number); user != byProcedimento.end()) {
-                AddRepeated(*number, kProcedimento, user->second, item);
+                AddRepeated(*number, kProcedimento, *user->second, item);
                 continue;
             }
-            const auto [first, isNew] = byDespesa.try_emplace(*number, item.Node()->Line());
+            const auto [first, isNew] = byDespesa.try_emplace(*number, item.Node());
             if (!isNew)
-                AddRepeated(*number, kDespesa, first->second, item);
+                AddRepeated(*number, kDespesa, *first->second, item);
         }
     }
     if (FoundNothing())
@@ -60,7 +60,7 @@ void TSequencialItemValidation::CheckGuia(const IGuiaTiss& guia, const TProcedim
                 "componente organizacional.");
 }
 
-void TSequencialItemValidation::AddRepeated(std::int64_t number, std::string_view user, std::int32_t line,
+void TSequencialItemValidation::AddRepeated(std::int64_t number, std::string_view user, const TXmlNode& first,
                                             const TItemGuia& item) {
     Error(
         item.Node(),
@@ -68,7 +68,7 @@ void TSequencialItemValidation::AddRepeated(std::int64_t number, std::string_vie
                     "Em uma mesma guia, o sequencial de referência do procedimento ou item assistencial não "
                     "pode se repetir, inclusive considerando os itens assistenciais do Anexo de Outras "
                     "Despesas.",
-                    number, user, line));
+                    number, user, first.Line()));
 }
 
 } // namespace conferix

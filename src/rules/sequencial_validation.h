@@ -17,11 +17,12 @@ class TSequencialItemValidation : public TGuiaTissValidation {
     void Visit(const IGuiaHonorarios& guia) override;
 
   private:
-    /// The line of the item that first used a number.
-    using TLineByNumber = std::unordered_map<std::int64_t, std::int32_t>;
+    /// The item that first used a number.
+    using TItemByNumber = std::unordered_map<std::int64_t, const TXmlNode*>;
 
     void CheckGuia(const IGuiaTiss& guia, const TProcedimentos& procedimentos, const TDespesas* despesas);
-    void AddRepeated(std::int64_t number, std::string_view user, std::int32_t line, const TItemGuia& item);
+    void AddRepeated(std::int64_t number, std::string_view user, const TXmlNode& first,
+                     const TItemGuia& item);
 };
 
 } // namespace conferix

@@ -334,8 +334,8 @@ void THttpSession::Write(TServiceAnswer answer, bool keepAlive) {
         response->set(name, value);
     response->keep_alive(keepAlive);
     response->content_length(answer.Body.size());
-    const std::size_t bytesOut = answer.Body.size();
-    if (request.method() != http::verb::head)
+    const std::size_t bytesOut = request.method() == http::verb::head ? 0 : answer.Body.size();
+    if (bytesOut != 0)
         response->body() = std::move(answer.Body);
     run_.reset();
     Arm(shared_.Limits.Upload);

@@ -1,5 +1,6 @@
 #include "service/request_server.h"
 
+#include "platform/listening_port.h"
 #include "service/http_session.h"
 
 #include <boost/asio/post.hpp>
@@ -57,7 +58,7 @@ class TRequestServer::TCore {
         TErrorCode failure;
         acceptor_.open(endpoint.protocol(), failure);
         if (!failure)
-            acceptor_.set_option(tcp::acceptor::reuse_address(true), failure);
+            ClaimPort(static_cast<std::uintptr_t>(acceptor_.native_handle()));
         if (!failure)
             acceptor_.bind(endpoint, failure);
         if (!failure)

@@ -9,6 +9,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace conferix {
 
 namespace {
@@ -39,106 +42,189 @@ std::string HashSentence(const std::string& meant) {
 
 using TTextPtr = std::shared_ptr<const std::string>;
 
-bool CanBeWritten(const std::string& text) {
-    try {
-        EncodeXml(text, {});
-        return true;
-    } catch (const EXmlEncoding&) {
-        return false;
-    }
+/// The characters of some findings with their lines; the rest as a number.
+std::string CharactersOf(const TXmlMessages& findings) {
+    constexpr std::size_t kNamed = 5;
+    std::string named;
+    for (std::size_t i = 0; i < std::min(findings.size(), kNamed); ++i)
+        named += fmt::format("{}{} na linha {}", i == 0 ? "" : ", ", QuoteText(findings[i]->SrcText()),
+                             findings[i]->Line());
+    return findings.size() > kNamed ? fmt::format("{} e mais {}", named, findings.size() - kNamed) : named;
 }
 
-/// Offers to write a text in another encoding, unless that cannot hold it.
-void Offer(TXmlMessage& message, std::string description, const TTextPtr& text, std::string_view encoding) {
-    try {
-        RecodeXml(*text, encoding);
-    } catch (const EXmlEncoding&) {
-        return;
-    }
-    message.AddSolver(std::make_shared<TEncodingSolver>(
-        std::move(description), [text, encoding] { return RecodeXml(*text, encoding).Text; },
-        EncodingToWrite(DeclareEncoding({}, encoding), {})));
-}
+/// Corrections that write a text in another encoding.
+class TOffers {
+  public:
+    explicit TOffers(TTextPtr text) : text_(std::move(text)) {}
 
-std::shared_ptr<TXmlMessage> Utf8AsAnsi(const TXmlMisreading& misreading, const TTextPtr& text) {
-    const auto meant = std::make_shared<const std::string>(MeantText(*text, misreading.Kind));
-    const bool whole = misreading.Kept.empty();
-    auto message = TXmlMessage::CreateWarn(
-        fmt::format(
-            "O arquivo declara a codificação {0}, mas {1} em UTF-8: lê-se {2} onde deve estar {3}.{4}{5} "
-            "Grave o arquivo em {0}, ou {6}.",
-            misreading.Declared,
-            whole               ? "foi gravado"
-            : misreading.Partly ? "uma parte dele foi gravada"
-                                : "foi gravado quase todo",
-            QuoteText(misreading.Read), QuoteText(misreading.Meant),
-            whole ? std::string()
-                  : fmt::format(" {} estão mesmo em {}, como as de {} na linha {}.",
-                                misreading.Partly ? "Outras letras" : "Só algumas letras",
-                                misreading.Declared, QuoteText(misreading.Kept), misreading.KeptLine),
-            HashSentence(*meant), whole ? "declare encoding=\"UTF-8\"" : "todo ele em UTF-8"),
-        CutText(misreading.Read), misreading.Place.Line, misreading.Place.LinePos, misreading.Place.FilePos);
+    /// True when an encoding holds all characters of the text.
+    bool Fits(std::string_view encoding) const {
+        try {
+            return RecodeXml(*text_, encoding).Replaced.empty();
+        } catch (const EXmlEncoding&) {
+            return false;
+        }
+    }
+    /// Offers an encoding; one that cannot hold the text is an obstacle.
+    void Add(const std::string& description, const std::string& encoding) {
+        try {
+            const TXmlMessages replaced = RecodeXml(*text_, encoding).Replaced;
+            solvers_.push_back(std::make_shared<TEncodingSolver>(
+                replaced.empty() ? description
+                                 : fmt::format("{} (ficam como referências, por não existirem nessa "
+                                               "codificação: {})",
+                                               description, CharactersOf(replaced)),
+                [text = text_, encoding] { return RecodeXml(*text, encoding).Text; },
+                EncodingToWrite(DeclareEncoding({}, encoding), {})));
+        } catch (const EXmlEncoding& error) {
+            TXmlMessages unwritable;
+            for (const auto& message : error.Messages())
+                if (message->MsgType() == TMessageType::mtError)
+                    unwritable.push_back(message);
+            obstacles_ += fmt::format(" Em {} não pode ser gravado, por ter o que não existe nela, onde não "
+                                      "cabe uma referência: {}.",
+                                      encoding, CharactersOf(unwritable));
+        }
+    }
+    /// Offers to write the text as the file was held.
+    void AddAsItIs(std::string description, const TXmlEncoding& encoding) {
+        solvers_.push_back(std::make_shared<TEncodingSolver>(
+            std::move(description), [text = text_] { return *text; },
+            TXmlEncoding{encoding.Name, encoding.Bom, nullptr}));
+    }
+
+    /// Sentences, each with a space before it.
+    const std::string& Obstacles() const { return obstacles_; }
+    void Give(TXmlMessage& message) {
+        for (auto& solver : solvers_)
+            message.AddSolver(std::move(solver));
+    }
+
+  private:
+    TTextPtr text_;
+    std::vector<std::shared_ptr<ISolver>> solvers_;
+    std::string obstacles_;
+};
+
+std::shared_ptr<TXmlMessage> Misread(const std::string& sentence, const TXmlMisreading& misreading,
+                                     TOffers& offers) {
+    auto message =
+        TXmlMessage::CreateWarn(sentence + offers.Obstacles(), CutText(misreading.Read),
+                                misreading.Place.Line, misreading.Place.LinePos, misreading.Place.FilePos);
     message->SetKind(TFindingKind::Misread);
-    if (CanBeWritten(*meant))
-        message->AddSolver(std::make_shared<TEncodingSolver>(
-            fmt::format("Gravar o arquivo em {}", misreading.Declared), [meant] { return *meant; },
-            EncodingToWrite(*meant, {})));
-    Offer(*message, whole ? "Declarar UTF-8" : "Gravar o arquivo em UTF-8", meant, kUtf8);
+    offers.Give(*message);
     return message;
+}
+
+/// Where letters stand that were read as they were meant, as a sentence with a space before it; empty for
+/// none. `where`: in what they are.
+std::string KeptSentence(const TXmlMisreading& misreading, const std::string& where) {
+    return misreading.Kept.empty() ? std::string()
+                                   : fmt::format(" {} {}, como as de {} na linha {}.",
+                                                 misreading.Partly ? "Outras letras" : "Só algumas letras",
+                                                 where, QuoteText(misreading.Kept), misreading.KeptLine);
+}
+
+std::shared_ptr<TXmlMessage> Utf8AsOneByte(const TXmlMisreading& misreading, const TTextPtr& text) {
+    const auto meant = std::make_shared<const std::string>(MeantText(*text, misreading));
+    const bool whole = misreading.Kept.empty();
+    TOffers offers(meant);
+    // Some encodings that are declared by mistake lack the letters of Portuguese.
+    const bool isIso = misreading.Page == EncodingToWrite(DeclareEncoding({}, kIso), {}).Name;
+    const std::string target(isIso || offers.Fits(misreading.Declared) ? misreading.Declared : kIso);
+    offers.Add(fmt::format("Gravar o arquivo em {}", target), target);
+    offers.Add(whole ? "Declarar UTF-8" : "Gravar o arquivo em UTF-8", std::string(kUtf8));
+    return Misread(
+        fmt::format("O arquivo declara a codificação {}, mas {} em UTF-8: lê-se {} onde deve estar "
+                    "{}.{}{} Grave o arquivo em {}, ou {}.",
+                    misreading.Declared,
+                    whole               ? "foi gravado"
+                    : misreading.Partly ? "uma parte dele foi gravada"
+                                        : "foi gravado quase todo",
+                    QuoteText(misreading.Read), QuoteText(misreading.Meant),
+                    KeptSentence(misreading, "estão mesmo em " + misreading.Declared), HashSentence(*meant),
+                    target, whole ? "declare encoding=\"UTF-8\"" : "todo ele em UTF-8"),
+        misreading, offers);
+}
+
+std::shared_ptr<TXmlMessage> Utf8Twice(const TXmlMisreading& misreading, const TXmlEncoding& encoding,
+                                       const TTextPtr& text) {
+    const auto meant = std::make_shared<const std::string>(MeantText(*text, misreading));
+    TOffers offers(meant);
+    offers.AddAsItIs("Gravar o arquivo com as letras certas", encoding);
+    offers.Add("Gravar o arquivo com as letras certas em ISO-8859-1", std::string(kIso));
+    return Misread(fmt::format("{} em UTF-8 duas vezes: lê-se {} onde deve estar {}.{}{} Grave o arquivo com "
+                               "as letras certas, e peça a quem faz o sistema que grave em UTF-8 uma só vez.",
+                               misreading.Kept.empty() ? "O texto do arquivo foi gravado"
+                               : misreading.Partly     ? "Uma parte do texto do arquivo foi gravada"
+                                                       : "Quase todo o texto do arquivo foi gravado",
+                               QuoteText(misreading.Read), QuoteText(misreading.Meant),
+                               KeptSentence(misreading, "estão certas"), HashSentence(*meant)),
+                   misreading, offers);
 }
 
 std::shared_ptr<TXmlMessage> Guessed(const TXmlMisreading& misreading, const TXmlEncoding& encoding,
                                      const TTextPtr& text) {
     const TXmlMessage& fault = *encoding.Fault;
     const bool isUtf8 = encoding.Name == kUtf8;
-    auto message = TXmlMessage::CreateError(
-        encoding.Mixed
-            ? fmt::format("{} Outras letras estão em UTF-8. Cada uma foi lida na codificação em que está.",
-                          fault.Reason())
-            : fmt::format("{} Foi lido em {}: {}.", fault.Reason(), isUtf8 ? kUtf8 : kIso,
-                          QuoteText(misreading.Read)),
-        CutText(misreading.Read), fault.Line(), fault.LinePos(), fault.FilePos());
+    TOffers offers(text);
+    const auto offer = [&offers](const char* description, std::string_view target) {
+        offers.Add(description, std::string(target));
+    };
     if (encoding.Mixed) {
-        Offer(*message, "Gravar em UTF-8", text, kUtf8);
-        Offer(*message, "Gravar em ISO-8859-1", text, kIso);
-        return message;
-    }
-    if (EncodingToWrite(*text, {}).Name == encoding.Name) {
+        offer("Gravar em UTF-8", kUtf8);
+        offer("Gravar em ISO-8859-1", kIso);
+    } else if (EncodingToWrite(*text, {}).Name == encoding.Name) {
         // The bytes are what the declaration says; only the mark before them is wrong.
-        Offer(*message, "Gravar em ISO-8859-1, sem a marca", text, kIso);
-        Offer(*message, "Gravar em UTF-8, sem a marca", text, kUtf8);
-        return message;
+        offer("Gravar em ISO-8859-1, sem a marca", kIso);
+        offer("Gravar em UTF-8, sem a marca", kUtf8);
+    } else {
+        offer(isUtf8 ? "Declarar UTF-8" : "Gravar em UTF-8", kUtf8);
+        offer(isUtf8 ? "Gravar em ISO-8859-1" : "Declarar ISO-8859-1", kIso);
     }
-    Offer(*message, isUtf8 ? "Declarar UTF-8" : "Gravar em UTF-8", text, kUtf8);
-    Offer(*message, isUtf8 ? "Gravar em ISO-8859-1" : "Declarar ISO-8859-1", text, kIso);
+    auto message = TXmlMessage::CreateError(
+        (encoding.Mixed
+             ? fmt::format("{} Outras letras estão em UTF-8. Cada uma foi lida na codificação em que está.",
+                           fault.Reason())
+             : fmt::format("{} Foi lido em {}: {}.", fault.Reason(), isUtf8 ? kUtf8 : kIso,
+                           QuoteText(misreading.Read))) +
+            offers.Obstacles(),
+        CutText(misreading.Read), fault.Line(), fault.LinePos(), fault.FilePos());
+    offers.Give(*message);
     return message;
 }
 
 std::shared_ptr<TXmlMessage> BomAgainstDeclaration(const TXmlMisreading& misreading,
                                                    const TXmlEncoding& encoding, const TTextPtr& text) {
     const bool wide = encoding.Name != kUtf8;
+    TOffers offers(text);
+    offers.Add("Gravar em UTF-8, sem a marca", std::string(kUtf8));
+    offers.Add("Gravar em ISO-8859-1, sem a marca", std::string(kIso));
     auto message = TXmlMessage::CreateWarn(
         fmt::format("O arquivo começa com a marca de {0} (BOM), mas declara a codificação {1}. Foi lido "
                     "como {0}; outros leitores podem recusá-lo, ou lê-lo de outro modo e achar outro hash. "
-                    "{2} em {1}, sem a marca.",
+                    "{2} em {1}, sem a marca.{3}",
                     encoding.Name, CutText(misreading.Declared),
                     wide ? std::string("Grave o arquivo")
-                         : fmt::format("Declare encoding=\"{}\" ou grave o arquivo", encoding.Name)),
+                         : fmt::format("Declare encoding=\"{}\" ou grave o arquivo", encoding.Name),
+                    offers.Obstacles()),
         misreading.Declared, 1, 1, 0);
-    Offer(*message, "Gravar em UTF-8, sem a marca", text, kUtf8);
-    Offer(*message, "Gravar em ISO-8859-1, sem a marca", text, kIso);
+    offers.Give(*message);
     return message;
 }
 
 } // namespace
 
-TXmlMessages FindEncodingFaults(const std::shared_ptr<const std::string>& text,
-                                const TXmlEncoding& encoding) {
+TXmlMessages FindEncodingFaults(const std::shared_ptr<const std::string>& text, const TXmlEncoding& encoding,
+                                const std::optional<TXmlMisreading>& misreading) {
     TXmlMessages messages;
-    if (const auto misreading = FindMisreading(*text, encoding)) {
+    if (misreading) {
         switch (misreading->Kind) {
-        case TXmlMisreading::TKind::Utf8AsAnsi:
-            messages.push_back(Utf8AsAnsi(*misreading, text));
+        case TXmlMisreading::TKind::Utf8AsOneByte:
+            messages.push_back(Utf8AsOneByte(*misreading, text));
+            break;
+        case TXmlMisreading::TKind::Utf8Twice:
+            messages.push_back(Utf8Twice(*misreading, encoding, text));
             break;
         case TXmlMisreading::TKind::Guessed:
             messages.push_back(Guessed(*misreading, encoding, text));

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace conferix {
@@ -14,8 +15,9 @@ namespace conferix {
 /// What is wrong or doubtful in how the bytes of a file hold its text: an error for bytes that are no text in
 /// the declared encoding, warnings for a file that others read differently. Each carries the corrections that
 /// mend it. A file whose letters were all misread (TFindingKind::Misread) tells too whether its stored hash
-/// fits the text that was meant.
-TXmlMessages FindEncodingFaults(const std::shared_ptr<const std::string>& text, const TXmlEncoding& encoding);
+/// fits the text that was meant. `misreading`: of the text, as FindMisreading tells.
+TXmlMessages FindEncodingFaults(const std::shared_ptr<const std::string>& text, const TXmlEncoding& encoding,
+                                const std::optional<TXmlMisreading>& misreading);
 
 /// Writes the file in another encoding, or declares another one: the text that was meant and how it is to be
 /// held.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -19,7 +20,10 @@ constexpr std::array<std::string_view, 5> kGuides = {"guiaConsulta", "guiaSP-SAD
 /// So many layouts are looked into; a file of more has other troubles.
 constexpr std::size_t kMostLayouts = 200;
 
-/// The distinct paths of a guide, below those of the elements around it.
+/// A guide with more distinct paths is laid out like no version.
+constexpr std::size_t kMostPaths = 5000;
+
+/// The distinct paths of a guide, below those of the elements around it; none when they are too many.
 TElementPaths PathsOf(const TXmlNode& guide) {
     std::vector<std::string_view> around;
     for (const TXmlNode* at = guide.Parent(); at != nullptr && at->IsTag(); at = at->Parent())
@@ -35,6 +39,8 @@ TElementPaths PathsOf(const TXmlNode& guide) {
         const std::size_t parent = node == &guide ? (paths.Entries.empty() ? 0 : paths.Entries.size() - 1)
                                                   : entryOf.at(node->Parent());
         const auto [entry, added] = known.try_emplace({parent, node->LocalName()}, paths.Entries.size());
+        if (added && paths.Entries.size() == kMostPaths)
+            return {};
         if (added)
             paths.Entries.push_back({parent, node->LocalName()});
         if (node->FirstChildTag() != nullptr)
@@ -48,22 +54,24 @@ TElementPaths PathsOf(const TXmlNode& guide) {
 std::string_view KindOfContent(const std::string& schemaName, std::vector<std::string_view> around,
                                const TXmlNode& guide) {
     constexpr std::size_t kLeast = 3;
-    constexpr std::size_t kForeign = 2; // some kinds share most of their children
+    constexpr std::size_t kForeign = 2;  // some kinds share most of their children
+    constexpr std::size_t kMost = 100;   // no kind has so many
+    std::set<std::string_view> children; // how often each comes tells nothing
+    for (const TXmlNode& child : guide.ChildTags())
+        if (children.insert(child.LocalName()).second && children.size() > kMost)
+            return {};
     const auto knownIn = [&](std::string_view kind) {
         std::vector<std::string_view> path = around;
         path.insert(path.end(), {kind, {}});
-        std::size_t known = 0;
-        for (const TXmlNode& child : guide.ChildTags()) {
-            path.back() = child.LocalName();
-            known += TElementHistory::BuiltIn().Knows(schemaName, path) ? 1U : 0U;
-        }
-        return known;
+        return static_cast<std::size_t>(std::ranges::count_if(children, [&](std::string_view name) {
+            path.back() = name;
+            return TElementHistory::BuiltIn().Knows(schemaName, path);
+        }));
     };
-    const auto children = static_cast<std::size_t>(std::ranges::distance(guide.ChildTags()));
     const std::size_t own = knownIn(guide.LocalName());
     for (const std::string_view kind : kGuides)
-        if (kind != guide.LocalName() && children >= kLeast && own + kForeign <= children &&
-            knownIn(kind) == children)
+        if (kind != guide.LocalName() && children.size() >= kLeast && own + kForeign <= children.size() &&
+            knownIn(kind) == children.size())
             return kind;
     return {};
 }
@@ -72,7 +80,10 @@ std::string_view KindOfContent(const std::string& schemaName, std::vector<std::s
 
 std::string TGuideLayouts::Sentence(const TXmlNode& guide) {
     std::string key;
-    for (const auto& [parent, name] : PathsOf(guide).Entries)
+    const TElementPaths paths = PathsOf(guide);
+    if (paths.Entries.empty())
+        return {};
+    for (const auto& [parent, name] : paths.Entries)
         key.append(std::to_string(parent)).append(" ").append(name).append("\n");
     if (const auto found = known_.find(key); found != known_.end())
         return found->second;

@@ -54,6 +54,24 @@ void ForEachPiece(const TXmlDocument& document, Take&& take) {
     take(buffer);
 }
 
+/// Both digests of what `textOf` makes of the pieces.
+template<class TextOf>
+THashes BothOf(const TXmlDocument& document, TextOf&& textOf) {
+    TMd5 iso;
+    std::optional<TMd5> utf8; // begins where the two texts first differ
+    ForEachPiece(document, [&](const std::string& piece) {
+        const std::string& text = textOf(piece);
+        const std::string ansi = EncodeAnsi(text);
+        if (!utf8 && ansi != text)
+            utf8.emplace(iso);
+        iso.Add(ansi);
+        if (utf8)
+            utf8->Add(text);
+    });
+    const std::string digest = iso.Digest();
+    return {digest, utf8 ? utf8->Digest() : digest};
+}
+
 } // namespace
 
 std::string THashCalculator::Calculate(const TXmlDocument& document, THashEncoding encoding) {
@@ -65,18 +83,14 @@ std::string THashCalculator::Calculate(const TXmlDocument& document, THashEncodi
 }
 
 THashes THashCalculator::CalculateBoth(const TXmlDocument& document) {
-    TMd5 iso;
-    std::optional<TMd5> utf8; // begins where the two texts first differ
-    ForEachPiece(document, [&](const std::string& piece) {
-        const std::string ansi = EncodeAnsi(piece);
-        if (!utf8 && ansi != piece)
-            utf8.emplace(iso);
-        iso.Add(ansi);
-        if (utf8)
-            utf8->Add(piece);
-    });
-    const std::string digest = iso.Digest();
-    return {digest, utf8 ? utf8->Digest() : digest};
+    return BothOf(document, [](const std::string& piece) -> const std::string& { return piece; });
+}
+
+THashes THashCalculator::CalculateMeant(const TXmlDocument& document) {
+    const TXmlMisreading* misreading = document.Misreading();
+    return misreading != nullptr && misreading->OfLetters()
+               ? BothOf(document, [&](const std::string& piece) { return MeantText(piece, *misreading); })
+               : CalculateBoth(document);
 }
 
 } // namespace conferix

@@ -16,6 +16,7 @@ enum class THashEncoding {
 struct THashes {
     std::string Iso88591;
     std::string Utf8;
+    bool operator==(const THashes&) const = default;
 };
 
 /// MD5 of the text values of all elements before the epilogue, in document order.
@@ -25,6 +26,8 @@ class THashCalculator {
     static std::string Calculate(const TXmlDocument& document, THashEncoding encoding);
     /// Both digests from one walk.
     static THashes CalculateBoth(const TXmlDocument& document);
+    /// Those of the text that was meant, where the document's letters were misread; else as CalculateBoth.
+    static THashes CalculateMeant(const TXmlDocument& document);
 };
 
 } // namespace conferix

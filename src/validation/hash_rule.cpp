@@ -5,6 +5,7 @@
 #include "validation/xml_sanitizer.h"
 #include "xml/cut_text.h"
 #include "xml/lower_case.h"
+#include "xml/xml_encoding.h"
 
 #include <fmt/format.h>
 
@@ -28,6 +29,10 @@ void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
     // A missing hash or epilogue is the schema's matter, and told once.
     if (hash == nullptr)
         return;
+    if (document.Misreading() != nullptr && document.Misreading()->OfLetters())
+        if (const THashes meant = THashCalculator::CalculateMeant(document);
+            meant != THashes{hashIso, hashUtf8})
+            return CheckMisread(file, {hashIso, hashUtf8}, meant);
     const std::string written = CutText(file->Hash(), kShownFound);
     const std::string found = LowerCase(file->Hash());
 
@@ -71,6 +76,33 @@ void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
     }
     if (FoundNothing())
         Success(hash, fmt::format("O hash \"{}\" informado no arquivo está válido.", written));
+}
+
+void THashValidation::CheckMisread(const std::shared_ptr<const IArquivoTiss>& file, const THashes& read,
+                                   const THashes& meant) {
+    const std::string found = LowerCase(file->Hash());
+    const bool fitsRead = found == read.Iso88591 || found == read.Utf8;
+    const bool fitsIso = found == meant.Iso88591;
+    const bool fitsUtf8 = found == meant.Utf8;
+    std::string text = fmt::format("O hash \"{}\" informado no arquivo ", CutText(file->Hash(), kShownFound));
+    if (fitsIso || fitsUtf8)
+        text += fmt::format(
+            "confere com o texto certo{}{}. Corrija a codificação, que a primeira mensagem "
+            "aponta{}.",
+            fitsIso ? "" : ", calculado em UTF-8", fitsRead ? "" : ", mas não com o texto como se lê agora",
+            fitsIso ? std::string(", e deixe o hash como está")
+                    : fmt::format("; depois o padrão TISS (ISO-8859-1) espera \"{}\"", meant.Iso88591));
+    else
+        text += fmt::format("{}. Corrija a codificação, que a primeira mensagem aponta; depois o esperado é "
+                            "\"{}\" (recomendado) ou \"{}\" (UTF-8).",
+                            fitsRead ? "confere com o texto como se lê agora, mas não com o texto certo"
+                                     : "está inválido",
+                            meant.Iso88591, meant.Utf8);
+    const TXmlNode* hash = file->HashNode();
+    auto& message = fitsRead ? Warning(hash, std::move(text)) : Error(hash, std::move(text));
+    message.AddSolver(std::make_shared<THashSolver_ISO88591>(file));
+    message.AddSolver(std::make_shared<THashSolver_UTF8>(file));
+    message.AddSolver(std::make_shared<TSanitizeHashSolver>(file));
 }
 
 std::optional<std::string> THashSolver::Replacement() const {

@@ -16,6 +16,9 @@ class THashValidation : public TValidation {
 
   private:
     void Check(const std::shared_ptr<const IArquivoTiss>& file);
+    /// Of a file whose letters were misread: what its hash is worth once that is mended.
+    void CheckMisread(const std::shared_ptr<const IArquivoTiss>& file, const THashes& read,
+                      const THashes& meant);
 };
 
 /// Writes the right hash into the epilogue, after cleaning the values if asked.

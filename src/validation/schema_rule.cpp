@@ -136,7 +136,7 @@ class TOtherVersions : public ISchemaOtherVersions {
   private:
     static TElementPaths PathsOf(const TXmlDocument& document) {
         // Documents have some hundreds; one with more is like no version.
-        constexpr std::size_t kMaxPaths = 100'000;
+        constexpr std::size_t kMaxPaths = 5000;
         TElementPaths paths;
         std::map<std::pair<std::size_t, std::uint32_t>, std::size_t> known;
         std::vector<std::pair<const TXmlNode*, std::size_t>> open; // the elements around, with their entries
@@ -423,10 +423,10 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         std::string layout = layouts.Sentence(*guia->Node());
         known->second = !layout.empty();
         if (known->second) {
-            const TXmlNode& guide = *guia->Node();
+            const TXmlPlace place = guia->Node()->Place();
             const auto told = TLoteGuiasValidationMessage::CreateWarn(
-                this, std::string(guia->NumeroMostrado()), std::move(layout), std::string(), guide.Line(),
-                guide.LinePos(), guide.FilePos());
+                this, std::string(guia->NumeroMostrado()), std::move(layout), std::string(), place.Line,
+                place.LinePos, place.FilePos);
             told->SetKind(TFindingKind::Layout);
             AddMessage(told);
         }
@@ -437,7 +437,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         AddMessage(messages.Make(fault, repairable));
     }
     for (TSchemaFurther& more : further) {
-        std::ranges::sort(more.Nodes, {}, [](const TXmlNode* node) { return node->FilePos(); });
+        std::ranges::sort(more.Nodes, {}, [](const TXmlNode* node) { return node->ByteStart(); });
         std::vector<TUnkeptPlace> places;
         for (const TXmlNode* node : more.Nodes) {
             isForeign(*node);

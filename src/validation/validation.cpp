@@ -23,9 +23,10 @@ TFindingPlace::TFindingPlace(const TXmlNode* element) {
     if (element == nullptr)
         return;
     SrcText = CutText(element->Value(), kShownFound);
-    Line = element->Line();
-    LinePos = element->LinePos();
-    FilePos = element->FilePos();
+    const TXmlPlace place = element->Place();
+    Line = place.Line;
+    LinePos = place.LinePos;
+    FilePos = place.FilePos;
 }
 
 std::vector<IValidationIdentity> TValidation::Validations(bool recursive) const {

@@ -191,6 +191,9 @@ void AddCodes(const TSchemaSimpleType& type, std::string_view text, std::set<std
     addPadded(std::string(text));
     if (const TReading bare = WithoutPunctuation(text))
         addPadded(*bare);
+    if (const std::size_t zeros = text.find_first_not_of('0');
+        AllDigits(text) && zeros != 0 && zeros != std::string_view::npos)
+        readings.insert(std::string(text.substr(zeros)));
     // Other lists have codes that look like those of states, but none has all of them.
     const std::string_view other = OtherCodeOfUf(text);
     const bool letters = !other.empty() && !IsDigit(other.front());

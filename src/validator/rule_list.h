@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -21,6 +22,19 @@ std::vector<TListedRule> ListRules();
 
 /// Index of the rule of that name; nothing when there is none.
 std::optional<std::size_t> FindRule(const std::vector<TListedRule>& rules, std::string_view name);
+
+/// Indices of the rules that a user may mean by a name: the rule of that name, whatever its case, else those
+/// whose names end with it, a part between points being whole.
+std::vector<std::size_t> RulesNamed(const std::vector<TListedRule>& rules, std::string_view given);
+
+/// Names of rules of which a name that is no rule's may be a slip, or a slip of their ends; the nearest
+/// first.
+std::vector<std::string> RulesAlike(const std::vector<TListedRule>& rules, std::string_view given);
+
+/// What the user is told of a name that is not one rule's: the rules that it names (several or none), and
+/// those that it may have been meant for.
+std::string WrongRuleText(const std::vector<TListedRule>& rules, std::string_view given,
+                          const std::vector<std::size_t>& named, const std::vector<std::string>& alike);
 
 /// One past the last rule below `group` in the tree; `group + 1` for a rule without others below it. The tree
 /// decides, not the names: fields of a guide stand below a group whose name theirs does not begin with.

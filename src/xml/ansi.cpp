@@ -1,5 +1,6 @@
 #include "xml/ansi.h"
 
+#include "platform/large_pages.h"
 #include "platform/utf8.h"
 
 #include <unicode/uchar.h>
@@ -21,14 +22,6 @@ constexpr std::array<char16_t, 32> kSpecials = {
 /// One letter that is no UTF-8 is a slip among so many that are.
 constexpr std::size_t kSlip = 3;
 
-/// The byte of a character beyond ASCII; 0 for one that Windows-1252 does not have.
-unsigned char ByteOf(UChar32 c) {
-    if (c >= 0xA0 && c <= 0xFF)
-        return static_cast<unsigned char>(c);
-    const auto special = std::ranges::find(kSpecials, static_cast<std::uint32_t>(c));
-    return special != kSpecials.end() ? static_cast<unsigned char>(0x80 + (special - kSpecials.begin())) : 0;
-}
-
 UChar32 NextCharacter(std::string_view text, std::size_t& at) {
     std::int32_t length = 0;
     UChar32 c = 0;
@@ -43,14 +36,14 @@ UChar32 NextCharacter(std::string_view text, std::size_t& at) {
 struct TRun {
     std::size_t At = 0;
     std::size_t Size = 0;
-    std::string Bytes; ///< in Windows-1252; 0 for a character that it does not have
+    std::string Bytes; ///< in a code page; 0 for a character that it does not have
 
     /// The first run of a text from a place on; an empty one behind the last.
-    static TRun From(std::string_view text, std::size_t at) {
+    static TRun From(std::string_view text, std::size_t at, const TCodePage& page) {
         TRun run;
         run.At = at + FindNonAscii(text.substr(at));
         for (at = run.At; at < text.size() && static_cast<unsigned char>(text[at]) >= 0x80;)
-            run.Bytes += static_cast<char>(ByteOf(NextCharacter(text, at)));
+            run.Bytes += static_cast<char>(page.ByteOf(static_cast<char32_t>(NextCharacter(text, at))));
         run.Size = at - run.At;
         return run;
     }
@@ -59,7 +52,7 @@ struct TRun {
 
 enum class TWriting {
     Utf8,
-    UsualUtf8, ///< letters of Portuguese whose bytes, read as Windows-1252, nobody writes side by side
+    UsualUtf8, ///< letters of Portuguese whose bytes, read as single letters, nobody writes side by side
     Utf8WithOtherLetters,
     NoUtf8
 };
@@ -70,7 +63,7 @@ bool IsUsual(UChar32 c) {
     return kUsual.find(static_cast<char32_t>(c)) != std::u32string_view::npos;
 }
 
-/// True of a usual character whose bytes, behind a text, may be meant as they read in Windows-1252: "Ã" at
+/// True of a usual character whose bytes, behind a text, may be meant as they read one by one: "Ã" at
 /// the end of a word with a space that does not break, or with a quotation mark that closes what one opened.
 bool MayBeMeantAsItReads(UChar32 c, std::string_view before) {
     if (c == U'à')
@@ -87,9 +80,9 @@ TWriting WritingOf(const TRun& run, std::string_view before) {
     for (std::size_t at = 0; at < run.Bytes.size();) {
         const bool first = at == 0;
         const UChar32 c = NextCharacter(run.Bytes, at);
-        if (c < 0x80) // not UTF-8, or none of Windows-1252
+        if (c < 0x80) // not UTF-8, or none of the code page
             return TWriting::NoUtf8;
-        if (u_isalpha(c) != 0 && ByteOf(c) == 0)
+        if (u_isalpha(c) != 0 && TCodePage::Ansi().ByteOf(static_cast<char32_t>(c)) == 0)
             writing = TWriting::Utf8WithOtherLetters;
         else if (writing == TWriting::Utf8 && IsUsual(c) && !(first && MayBeMeantAsItReads(c, before)))
             writing = TWriting::UsualUtf8;
@@ -126,6 +119,7 @@ bool IsUsualByte(std::string_view bytes, std::size_t at) {
 std::string AnsiToUtf8(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size() + bytes.size() / 8);
+    PreferLargePages(text.data(), text.capacity());
     while (true) {
         const std::size_t plain = FindNonAscii(bytes);
         text.append(bytes, 0, plain);
@@ -144,12 +138,60 @@ std::string AnsiToUtf8(std::string_view bytes) {
     }
 }
 
-std::optional<TUtf8AsAnsi> FindUtf8AsAnsi(std::string_view text) {
-    TUtf8AsAnsi found;
-    std::size_t certain = TUtf8AsAnsi::kNone;
+TCodePage::TCodePage(const std::array<char32_t, kSize>& characters) {
+    for (std::size_t i = 0; i < kSize; ++i) {
+        const char32_t c = characters[i];
+        const auto byte = static_cast<unsigned char>(0x80 + i);
+        if (c >= 0x80 && c < low_.size())
+            low_[c] = byte;
+        else if (c >= low_.size())
+            others_.emplace_back(c, byte);
+    }
+    std::ranges::sort(others_);
+}
+
+const TCodePage& TCodePage::Ansi() {
+    static const TCodePage page = [] {
+        std::array<char32_t, kSize> characters{};
+        for (std::size_t i = 0; i < kSize; ++i)
+            characters[i] = i < kSpecials.size() ? kSpecials[i] : static_cast<char32_t>(0x80 + i);
+        TCodePage ansi(characters);
+        for (std::size_t i = 0x80; i < 0xA0; ++i)
+            ansi.low_[i] = static_cast<unsigned char>(i);
+        return ansi;
+    }();
+    return page;
+}
+
+unsigned char TCodePage::ByteOf(char32_t c) const {
+    if (c < low_.size())
+        return low_[c];
+    const auto found = std::ranges::lower_bound(others_, c, {}, &std::pair<char32_t, unsigned char>::first);
+    return found != others_.end() && found->first == c ? found->second : 0;
+}
+
+TUtf8Look LookAtUtf8(std::string_view bytes) {
+    TUtf8Look look{bytes.size()};
+    std::size_t end = 0; // of a letter that has the lead byte of one in UTF-8
+    for (std::size_t at = FindNonAscii(bytes); at < bytes.size(); at += FindNonAscii(bytes.substr(at))) {
+        const std::size_t start = at;
+        const UChar32 c = NextCharacter(bytes, at);
+        if (c < 0) {
+            look.Malformed = start;
+            return look;
+        }
+        look.MayBeTwice = look.MayBeTwice || (end == start && (c < 0xC0 || c > 0xFF));
+        end = c >= 0xC2 && c <= 0xF4 ? at : 0;
+    }
+    return look;
+}
+
+std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePage& page) {
+    TMisreadUtf8 found;
+    std::size_t certain = TMisreadUtf8::kNone;
     std::size_t misread = 0;
     std::size_t kept = 0;
-    for (TRun run = TRun::From(text, 0); run.Size > 0; run = TRun::From(text, run.End())) {
+    for (TRun run = TRun::From(text, 0, page); run.Size > 0; run = TRun::From(text, run.End(), page)) {
         const TWriting writing = WritingOf(run, text.substr(0, run.At));
         if ((writing == TWriting::Utf8 || writing == TWriting::UsualUtf8) && ++misread == 1)
             found.First = run.At;
@@ -159,16 +201,16 @@ std::optional<TUtf8AsAnsi> FindUtf8AsAnsi(std::string_view text) {
             found.Kept = run.At;
     }
     found.Mostly = misread > 0 && misread >= kept * kSlip;
-    if (certain != TUtf8AsAnsi::kNone)
+    if (certain != TMisreadUtf8::kNone)
         found.First = certain;
-    return found.Mostly || certain != TUtf8AsAnsi::kNone ? std::optional(found) : std::nullopt;
+    return found.Mostly || certain != TMisreadUtf8::kNone ? std::optional(found) : std::nullopt;
 }
 
-std::string MeantAsUtf8(std::string_view text) {
+std::string MeantAsUtf8(std::string_view text, const TCodePage& page) {
     std::string meant;
     meant.reserve(text.size());
     std::size_t done = 0;
-    for (TRun run = TRun::From(text, 0); run.Size > 0; run = TRun::From(text, run.End())) {
+    for (TRun run = TRun::From(text, 0, page); run.Size > 0; run = TRun::From(text, run.End(), page)) {
         meant.append(text, done, run.At - done);
         done = run.At;
         for (std::size_t at = 0; at < run.Bytes.size();) {

@@ -1,10 +1,13 @@
-// Windows-1252, and what was written in UTF-8 and is read in it.
+// Encodings of one byte a character, Windows-1252 before all, and what was written in UTF-8 and is read in
+// one.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -13,8 +16,25 @@ namespace conferix {
 /// there.
 std::string AnsiToUtf8(std::string_view bytes);
 
-/// Where a text that was read as Windows-1252 shows that it was written in UTF-8, or parts of it.
-struct TUtf8AsAnsi {
+/// The characters beyond ASCII of an encoding of one byte a character.
+class TCodePage {
+  public:
+    static constexpr std::size_t kSize = 128;
+    /// `characters`: those of the bytes 0x80 to 0xFF; 0 for a byte that is none.
+    explicit TCodePage(const std::array<char32_t, kSize>& characters);
+    /// Windows-1252, and the control characters that readers of the strict ISO-8859-1 make of 0x80 to 0x9F.
+    static const TCodePage& Ansi();
+
+    /// The byte of a character; 0 for one that is not in it, and for ASCII.
+    unsigned char ByteOf(char32_t c) const;
+
+  private:
+    std::array<unsigned char, 256> low_{};                   ///< of the characters up to U+00FF
+    std::vector<std::pair<char32_t, unsigned char>> others_; ///< ascending
+};
+
+/// Where a text that was read in a code page shows that it was written in UTF-8, or parts of it.
+struct TMisreadUtf8 {
     static constexpr std::size_t kNone = std::string_view::npos;
 
     std::size_t First = kNone; ///< its first letter that was misread, a certain one where there is one
@@ -25,9 +45,17 @@ struct TUtf8AsAnsi {
 /// letter of Portuguese in UTF-8, and nothing that people write ("Ã§", "Ãº"), tells by itself. Where there is
 /// only such as may be meant as it reads ("Ã" before a quotation mark), those that are UTF-8 have to
 /// outnumber by far those that are none.
-std::optional<TUtf8AsAnsi> FindUtf8AsAnsi(std::string_view text);
+std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePage& page);
+
+/// A quick look at bytes that should be UTF-8.
+struct TUtf8Look {
+    std::size_t Malformed; ///< offset of the first byte that is no text; the size where all is
+    bool MayBeTwice =
+        false; ///< letters before it may be UTF-8 in Windows-1252 once more: FindMisreadUtf8 decides
+};
+TUtf8Look LookAtUtf8(std::string_view bytes);
 /// The text that was meant: what is UTF-8 byte for byte as such, all else as it reads.
-std::string MeantAsUtf8(std::string_view text);
+std::string MeantAsUtf8(std::string_view text, const TCodePage& page);
 
 /// Bytes of which some are text in UTF-8 and others in Windows-1252.
 struct TMixedText {

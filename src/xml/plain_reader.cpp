@@ -93,26 +93,12 @@ class TXmlPlainReader : private TXmlTreeMaker {
         const char* Piece = nullptr; ///< what is not gathered yet
         bool Joined = false;
         bool Blank = true; ///< nothing but white space so far
-        std::uint32_t Line = 0;
-        std::uint32_t LinePos = 0;
-        std::uint32_t FilePos = 0;
     };
 
     std::uint32_t Offset(const char* at) const { return static_cast<std::uint32_t>(at - first_); }
-    std::uint32_t FilePos(const char* at) const { return Offset(at) - continuations_; }
     bool StartsWith(std::string_view mark) const {
         return static_cast<std::size_t>(end_ - at_) >= mark.size() &&
                std::memcmp(at_, mark.data(), mark.size()) == 0;
-    }
-
-    /// Counts the line end at `at_`, which a "\n" or a lone "\r" makes, and passes it.
-    void PassLineEnd() {
-        const bool first = *at_ == '\r' && at_ + 1 != end_ && at_[1] == '\n';
-        ++at_;
-        if (first)
-            ++at_;
-        ++line_;
-        lineStart_ = FilePos(at_);
     }
 
     /// Passes the character at `at_`, one that ends plain text, where it is allowed anywhere.
@@ -122,27 +108,16 @@ class TXmlPlainReader : private TXmlTreeMaker {
             const std::size_t length = Utf8Length(at_, end_);
             if (length == 0)
                 return false;
-            continuations_ += static_cast<std::uint32_t>(length - 1);
             at_ += length;
             return true;
         }
-        if (byte == '\n' || byte == '\r') {
-            PassLineEnd();
-            return true;
-        }
-        if (byte < 0x20 && byte != '\t')
-            return false;
         ++at_;
-        return true;
+        return byte >= 0x20 || IsXmlSpace(static_cast<char>(byte));
     }
 
     void PassSpace() {
-        while (at_ != end_ && IsXmlSpace(*at_)) {
-            if (*at_ == '\n' || *at_ == '\r')
-                PassLineEnd();
-            else
-                ++at_;
-        }
+        while (at_ != end_ && IsXmlSpace(*at_))
+            ++at_;
     }
 
     /// A name of ASCII characters, passed; empty where there is none.
@@ -179,7 +154,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
     /// Adds a node at `at_`, whose end is not known yet.
     TXmlNode* Append(TXmlNodeKind kind) {
         const std::uint32_t start = Offset(at_);
-        return TXmlTreeMaker::Append(kind, start, start, line_, FilePos(at_) - lineStart_ + 1, FilePos(at_));
+        return TXmlTreeMaker::Append(kind, start, start);
     }
 
     /// A stretch of the text with its line ends as "\n", as XML demands.
@@ -201,9 +176,6 @@ class TXmlPlainReader : private TXmlTreeMaker {
         if (run_.Start != nullptr)
             return;
         run_.Start = run_.Piece = at_;
-        run_.Line = line_;
-        run_.FilePos = FilePos(at_);
-        run_.LinePos = run_.FilePos - lineStart_ + 1;
     }
 
     /// Gathers the run's last piece, which ends at `at_`.
@@ -229,9 +201,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
             return;
         if (keepSpace || !run_.Blank) {
             const std::string_view content = RunText();
-            SetContent(TXmlTreeMaker::Append(TXmlNodeKind::xnText, Offset(run_.Start), Offset(at_), run_.Line,
-                                             run_.LinePos, run_.FilePos),
-                       content);
+            SetContent(TXmlTreeMaker::Append(TXmlNodeKind::xnText, Offset(run_.Start), Offset(at_)), content);
         }
         run_ = {};
     }
@@ -263,12 +233,12 @@ class TXmlPlainReader : private TXmlTreeMaker {
             case '\r':
                 Gather();
                 joined_.push_back('\n');
-                PassLineEnd();
+                at_ += StartsWith("\r\n") ? 2 : 1;
                 run_.Piece = at_;
                 break;
             case '\t':
             case '\n':
-                PassSpecial();
+                ++at_;
                 break;
             default:
                 run_.Blank = false;
@@ -356,7 +326,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
             return false;
         ++at_;
         SetContent(node, Normalised(start, stop));
-        node->contentStart_ = node->byteEnd_ = Offset(at_);
+        node->byteEnd_ = Offset(at_);
         return true;
     }
 
@@ -378,7 +348,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
         node->name_ = document_->InternName(target);
         NoteSpecial(node);
         SetContent(node, Normalised(start, stop));
-        node->contentStart_ = node->byteEnd_ = Offset(at_);
+        node->byteEnd_ = Offset(at_);
         return true;
     }
 
@@ -391,7 +361,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
         if (stop == nullptr)
             return false;
         SetContent(node, Normalised(start, stop));
-        node->contentStart_ = node->byteEnd_ = Offset(at_);
+        node->byteEnd_ = Offset(at_);
         return true;
     }
 
@@ -415,7 +385,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
         if (!StartsWith("?>"))
             return false;
         at_ += 2;
-        node->contentStart_ = node->byteEnd_ = Offset(at_);
+        node->byteEnd_ = Offset(at_);
         return true;
     }
 
@@ -502,7 +472,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
         if (empty && (++at_ == end_ || *at_ != '>'))
             return false;
         ++at_;
-        node->contentStart_ = node->byteEnd_ = Offset(at_);
+        node->byteEnd_ = Offset(at_);
         if (empty)
             last_ = name->Id * 2 + 1;
         else
@@ -571,7 +541,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
             } else if (*at_ != ' ' && IsXmlSpace(*at_)) {
                 gather();
                 joined_.push_back(' ');
-                PassSpecial();
+                at_ += StartsWith("\r\n") ? 2 : 1;
                 piece = at_;
             } else if (!PassSpecial()) {
                 return false;
@@ -617,9 +587,6 @@ class TXmlPlainReader : private TXmlTreeMaker {
     const char* first_;
     const char* end_;
     const char* at_;
-    std::uint32_t line_ = 1;
-    std::uint32_t lineStart_ = 0;     ///< in characters
-    std::uint32_t continuations_ = 0; ///< bytes passed that only continue a character
     TRun run_;
     std::string joined_;
     std::vector<const TXmlName*>

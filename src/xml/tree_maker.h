@@ -25,15 +25,11 @@ class TXmlTreeMaker {
     }
 
     /// Adds a node that spans bytes of the text, end excluded.
-    TXmlNode* Append(TXmlNodeKind kind, std::uint32_t start, std::uint32_t end, std::uint32_t line,
-                     std::uint32_t linePos, std::uint32_t filePos) {
+    TXmlNode* Append(TXmlNodeKind kind, std::uint32_t start, std::uint32_t end) {
         auto* node = document_->arena_.New<TXmlNode>();
         node->kind_ = kind;
-        node->line_ = line;
-        node->linePos_ = linePos;
-        node->filePos_ = filePos;
         node->byteStart_ = start;
-        node->contentStart_ = node->byteEnd_ = end;
+        node->byteEnd_ = end;
         node->name_ = document_->root_.name_;
         TOpenNode& parent = open_.back();
         node->parent_ = parent.Node;

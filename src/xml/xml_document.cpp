@@ -1,6 +1,7 @@
 #include "xml/xml_document.h"
 
 #include "platform/utf8.h"
+#include "xml/xml_encoding.h"
 
 #include <algorithm>
 
@@ -18,11 +19,15 @@ std::size_t HashName(std::string_view name) {
 } // namespace
 
 TXmlDocument::TXmlDocument(std::shared_ptr<const std::string> text)
-    : text_(std::move(text)), nameTable_(256) {
+    : text_(std::move(text)), nameTable_(256), places_(*text_) {
     root_.kind_ = TXmlNodeKind::xnDocument;
     root_.document_ = this;
     root_.name_ = InternName("");
     root_.byteEnd_ = static_cast<std::uint32_t>(text_->size());
+}
+
+void TXmlDocument::SetMisreading(const TXmlMisreading& misreading) {
+    misreading_ = std::make_shared<const TXmlMisreading>(misreading);
 }
 
 const TXmlName* TXmlDocument::InternName(std::string_view qualified) {
@@ -62,7 +67,8 @@ const TXmlName* TXmlDocument::InternName(std::string_view qualified) {
 TXmlNode* TXmlDocument::NewTag(std::string_view qualifiedName, std::string_view value) {
     auto* node = arena_.New<TXmlNode>();
     node->kind_ = TXmlNodeKind::xnTag;
-    node->flags_ = TXmlNode::kNew;
+    node->flags_ = TXmlNode::kNew | TXmlNode::kOutside;
+    node->parent_ = &root_;
     node->name_ = InternName(qualifiedName);
     const std::string_view kept = arena_.Copy(value);
     node->value_ = kept.empty() ? nullptr : kept.data();

@@ -12,6 +12,8 @@
 
 namespace conferix {
 
+struct TXmlMisreading;
+
 /// A parsed XML text and its tree. The document keeps the text, from which values are read without a copy
 /// and which the writer repeats wherever the tree was not changed. Used by one thread at a time.
 class TXmlDocument : public std::enable_shared_from_this<TXmlDocument> {
@@ -40,12 +42,19 @@ class TXmlDocument : public std::enable_shared_from_this<TXmlDocument> {
     /// A tag that is in no tree yet; its value is empty when `value` is.
     TXmlNode* NewTag(std::string_view qualifiedName, std::string_view value = {});
 
+    /// How the text was misread, where that is known; null else.
+    const TXmlMisreading* Misreading() const { return misreading_.get(); }
+    void SetMisreading(const TXmlMisreading& misreading);
+
     /// True for a text of a few long lines, in which a line number tells nothing.
     bool HasLongLines() const;
 
     /// Byte offset of a place given as 1-based line and column in characters; a place beyond the end of a
     /// line answers that line's end.
     std::uint32_t OffsetOf(std::int64_t line, std::int64_t linePos) const;
+
+    /// Place of a byte of the text, 0-based.
+    TXmlPlace PlaceOf(std::size_t offset) const { return places_.PlaceOf(offset); }
 
     /// True once an edit has changed the tree.
     bool Changed() const { return changed_; }
@@ -63,10 +72,12 @@ class TXmlDocument : public std::enable_shared_from_this<TXmlDocument> {
     };
 
     std::shared_ptr<const std::string> text_;
+    std::shared_ptr<const TXmlMisreading> misreading_;
     TArena arena_;
     std::vector<const TXmlName*> names_;     ///< by identifier
     std::vector<const TXmlName*> nameTable_; ///< open addressing, a power of two
     std::vector<TSpan> removed_;             ///< spans of the text whose nodes were taken out
+    mutable TPlaceIndex places_;
     mutable std::vector<std::uint32_t> lineStarts_;
     mutable std::optional<bool> hasLongLines_;
     bool changed_ = false;

@@ -136,11 +136,9 @@ constexpr TUtf8Reason kUndeclared = {
 constexpr TUtf8Reason kUtf8Bom8 = {"O arquivo começa com a marca de UTF-8 (BOM), mas",
                                    "Salve o arquivo novamente em UTF-8, ou sem a marca."};
 
-/// Why a text is not what it is taken for; null when it is.
-std::shared_ptr<const TXmlMessage> Utf8Fault(std::string_view text, const TUtf8Reason& reason) {
-    const std::size_t at = FindMalformedUtf8(text);
-    if (at == text.size())
-        return nullptr;
+/// Why a text with a malformed byte is not what it is taken for.
+std::shared_ptr<const TXmlMessage> Utf8Fault(std::string_view text, std::size_t at,
+                                             const TUtf8Reason& reason) {
     return FaultAt(text.substr(0, at),
                    fmt::format("{} contém um byte ({:02X}) que não é texto nessa codificação. {}",
                                reason.Text, static_cast<unsigned char>(text[at]), reason.Remedy));
@@ -244,6 +242,26 @@ std::string ToUtf8(std::string_view bytes, const std::string& name, std::string_
                             declared.empty() ? std::string_view(name) : declared));
     }
     return text;
+}
+
+/// The characters of an encoding of one byte each; nothing for another one.
+std::optional<TCodePage> CodePageOf(const std::string& name) {
+    if (name == kAnsi)
+        return TCodePage::Ansi();
+    const TConverter converter(name);
+    if (!IsAccepted(name) || !converter.Open() || ucnv_getMaxCharSize(converter.Get()) != 1 || name == kAscii)
+        return std::nullopt;
+    std::array<char32_t, TCodePage::kSize> characters{};
+    for (std::size_t i = 0; i < characters.size(); ++i) {
+        const char byte = static_cast<char>(0x80 + i);
+        std::array<UChar, 2> unit{};
+        UErrorCode status = U_ZERO_ERROR;
+        ucnv_toUChars(converter.Get(), unit.data(), static_cast<std::int32_t>(unit.size()), &byte, 1,
+                      &status);
+        constexpr UChar kNone = 0xFFFD;
+        characters[i] = U_SUCCESS(status) && unit[0] != kNone ? unit[0] : 0;
+    }
+    return TCodePage(characters);
 }
 
 /// UTF-16 without mark shows in the bytes of "<". Refuses UTF-32.
@@ -554,8 +572,10 @@ TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable) {
         TXmlText result{{}, {bom.Encoding, true, nullptr}};
         if (result.Encoding.Name == "UTF-8") {
             result.Text = bytes.substr(bom.Bytes.size());
-            if (auto fault = Utf8Fault(result.Text, kUtf8Bom8))
-                return Guess(result.Text, std::move(fault), undecodable);
+            const TUtf8Look look = LookAtUtf8(result.Text);
+            if (look.Malformed != result.Text.size())
+                return Guess(result.Text, Utf8Fault(result.Text, look.Malformed, kUtf8Bom8), undecodable);
+            result.Encoding.Once = !look.MayBeTwice;
         } else {
             result.Text = ToUtf8(std::string_view(bytes).substr(bom.Bytes.size()), bom.Encoding, {});
         }
@@ -571,9 +591,12 @@ TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable) {
                             QuoteText(declared)));
     const std::string name = ConverterName(declared);
     if (name == "UTF-8") {
-        if (auto fault = Utf8Fault(bytes, declared.empty() ? kUndeclared : kDeclaredUtf8))
-            return Guess(bytes, std::move(fault), undecodable);
-        return {std::move(bytes), {name, false, nullptr}};
+        const TUtf8Look look = LookAtUtf8(bytes);
+        if (look.Malformed != bytes.size())
+            return Guess(bytes,
+                         Utf8Fault(bytes, look.Malformed, declared.empty() ? kUndeclared : kDeclaredUtf8),
+                         undecodable);
+        return {std::move(bytes), {name, false, nullptr, false, !look.MayBeTwice}};
     }
     if (name == kAscii) {
         if (auto fault = AsciiFault(bytes, declared))
@@ -587,8 +610,15 @@ TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable) {
                         declared));
     if (name == kAnsi && IsAscii(bytes))
         return {std::move(bytes), {name, false, nullptr}};
-    std::string text = name == kAnsi ? AnsiToUtf8(bytes) : ToUtf8(bytes, name, declared);
-    return {std::move(text), {name, false, nullptr}};
+    if (name == kAnsi)
+        return {AnsiToUtf8(bytes), {name, false, nullptr}};
+    try {
+        return {ToUtf8(bytes, name, declared), {name, false, nullptr}};
+    } catch (const EXmlEncoding& error) {
+        if (!IsAccepted(name) || FindMalformedUtf8(bytes) != bytes.size())
+            throw;
+        return Guess(bytes, error.Message(), undecodable);
+    }
 }
 
 TXmlEncoding EncodingToWrite(std::string_view text, const TXmlEncoding& original) {
@@ -662,42 +692,59 @@ std::string_view WordAt(std::string_view text, std::size_t at) {
 } // namespace
 
 std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEncoding& encoding) {
+    using TKind = TXmlMisreading::TKind;
     const std::string_view declared = DeclaredEncoding(text);
-    const auto found = [&](TXmlMisreading::TKind kind, std::size_t at) {
-        const std::string word(at < text.size() ? WordAt(text, at) : std::string_view{});
-        return TXmlMisreading{kind,
-                              std::string(declared),
-                              word,
-                              MeantText(word, kind),
-                              TPositionCounter(text).PlaceOf(at),
-                              {},
-                              0,
-                              false};
+    const auto found = [&](TKind kind, std::size_t at) {
+        TXmlMisreading misreading{kind, std::string(declared), {}, {}, {}, {}, {}, 0, false};
+        misreading.Read = std::string(at < text.size() ? WordAt(text, at) : std::string_view{});
+        misreading.Meant = misreading.Read;
+        misreading.Place = TPositionCounter(text).PlaceOf(at);
+        return misreading;
     };
     if (encoding.Fault != nullptr)
-        return found(TXmlMisreading::TKind::Guessed, FindNonAscii(text));
+        return found(TKind::Guessed, FindNonAscii(text));
     const bool wide = encoding.Name.starts_with("UTF-16");
     const bool agrees = wide ? Upper(declared).starts_with(encoding.Name.substr(0, 6))
                              : ConverterName(declared) == encoding.Name;
     if (encoding.Bom && !declared.empty() && !agrees)
-        return found(TXmlMisreading::TKind::BomAgainstDeclaration, FindNonAscii(text));
-    if (encoding.Bom || ConverterName(declared) != kAnsi)
+        return found(TKind::BomAgainstDeclaration, FindNonAscii(text));
+    const std::string name = EncodingToWrite(text, encoding).Name;
+    const bool unicode = name.starts_with("UTF-");
+    if (unicode && (encoding.Once || !LookAtUtf8(text).MayBeTwice))
         return std::nullopt;
-    const auto letters = FindUtf8AsAnsi(text);
+    const auto page = CodePageOf(unicode ? kAnsi : name);
+    const auto letters = page ? FindMisreadUtf8(text, *page) : std::nullopt;
     if (!letters)
         return std::nullopt;
-    TXmlMisreading misreading = found(TXmlMisreading::TKind::Utf8AsAnsi, letters->First);
-    if (letters->Kept != TUtf8AsAnsi::kNone) {
-        misreading.Kept = MeantAsUtf8(WordAt(text, letters->Kept));
+    TXmlMisreading misreading = found(unicode ? TKind::Utf8Twice : TKind::Utf8AsOneByte, letters->First);
+    misreading.Page = unicode ? kAnsi : name;
+    misreading.Meant = MeantAsUtf8(misreading.Read, *page);
+    if (letters->Kept != TMisreadUtf8::kNone) {
+        misreading.Kept = MeantAsUtf8(WordAt(text, letters->Kept), *page);
         misreading.KeptLine = TPositionCounter(text).PlaceOf(letters->Kept).Line;
     }
     misreading.Partly = !letters->Mostly;
     return misreading;
 }
 
-std::string MeantText(std::string_view text, TXmlMisreading::TKind kind) {
-    return kind == TXmlMisreading::TKind::Utf8AsAnsi ? MeantAsUtf8(text) : std::string(text);
+std::string MeantText(std::string_view text, const TXmlMisreading& misreading) {
+    const auto page = misreading.OfLetters() ? CodePageOf(misreading.Page) : std::nullopt;
+    return page ? MeantAsUtf8(text, *page) : std::string(text);
 }
+
+namespace {
+
+/// What an encoding holds beyond ASCII: ISO-8859-1 by its strict name without the signs of Windows-1252.
+TCodePage PageToWrite(std::string_view encoding) {
+    const std::string upper = Upper(encoding);
+    const std::string name = ConverterName(encoding);
+    if (name != kAnsi || upper == "WINDOWS-1252" || upper == "CP1252")
+        if (const auto page = CodePageOf(name))
+            return *page;
+    return CodePageOf("ISO-8859-1").value_or(TCodePage::Ansi());
+}
+
+} // namespace
 
 TXmlRecoding RecodeXml(std::string_view text, std::string_view encoding) {
     TXmlRecoding result{DeclareEncoding(text, encoding), {}};
@@ -708,8 +755,9 @@ TXmlRecoding RecodeXml(std::string_view text, std::string_view encoding) {
     TMarkupState state;
     std::size_t stateAt = 0;
     TXmlMessages unwritable;
+    const TCodePage page = PageToWrite(encoding);
     ForEachCharacter(declared, [&](UChar32 c, std::string_view piece) {
-        if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) {
+        if (c < 0x80 || (c >= 0xA0 && page.ByteOf(static_cast<char32_t>(c)) != 0)) {
             result.Text += piece;
             return;
         }

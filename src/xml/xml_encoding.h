@@ -20,6 +20,7 @@ struct TXmlEncoding {
     /// one all the same; null else.
     std::shared_ptr<const TXmlMessage> Fault;
     bool Mixed = false; ///< with a Fault: letters in UTF-8 stand beside others in Windows-1252
+    bool Once = false;  ///< seen while decoding UTF-8: no letters of the text can be UTF-8 once more
 };
 
 /// What becomes of bytes that are no text in the declared encoding.
@@ -27,7 +28,8 @@ enum class TXmlUndecodable {
     Refused,
     /// Read as what they seem to be, with TXmlEncoding::Fault, where that is beyond doubt: as Windows-1252
     /// where UTF-8 is declared (or nothing, or a mark says so) and none of the letters is UTF-8, as either
-    /// where ASCII is; each as what it is where letters of both stand side by side, all of them usual.
+    /// where ASCII is; each as what it is where letters of both stand side by side, all of them usual; as
+    /// UTF-8 where the bytes are nothing in another encoding.
     Guessed
 };
 
@@ -65,22 +67,27 @@ TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable = TXmlUndecodab
 /// A file that was read in another encoding than the one in which it was written, or that others may read so.
 struct TXmlMisreading {
     enum class TKind : std::uint8_t {
-        Utf8AsAnsi,            ///< its letters are UTF-8, the declaration says ISO-8859-1
+        Utf8AsOneByte,         ///< its letters are UTF-8, the declaration says an encoding of one byte each
+        Utf8Twice,             ///< its letters, once read as UTF-8, are UTF-8 again in Windows-1252
         Guessed,               ///< TXmlEncoding::Fault
         BomAgainstDeclaration, ///< byte-order mark and declaration name two encodings
     };
     TKind Kind;
     std::string Declared;      ///< encoding; empty for none
+    std::string Page;          ///< as the converter knows it: in which the letters are UTF-8; empty for none
     std::string Read;          ///< the first word with such letters, as read
     std::string Meant;         ///< the same as it was meant
     TXmlPlace Place;           ///< of its first such letter
     std::string Kept;          ///< the first word that was read as it was meant all the same; empty for none
     std::int32_t KeptLine = 0; ///< 1-based
     bool Partly = false;       ///< what was misread is not most of it
+
+    /// True where the letters were misread, so that the text is not the one that was meant.
+    bool OfLetters() const { return !Page.empty(); }
 };
 std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEncoding& encoding);
-/// The text that was meant, of a file that was misread.
-std::string MeantText(std::string_view text, TXmlMisreading::TKind kind);
+/// The text that was meant, or the part of it that a part of the text stands for.
+std::string MeantText(std::string_view text, const TXmlMisreading& misreading);
 
 /// Encodes a text for a file: in the encoding of its byte-order mark when it had one, else in the one that
 /// the text's own XML declaration names (UTF-8 without one). A character that the encoding does not hold
@@ -95,9 +102,10 @@ struct TXmlRecoding {
     std::string Text;      ///< declares the encoding
     TXmlMessages Replaced; ///< a piece of information a character that became a numeric reference
 };
-/// Prepares a text to be written in UTF-8 or, strictly, ISO-8859-1, without byte-order mark: what that does
-/// not hold (nor has Windows-1252's signs) becomes a numeric reference in text and attribute values; where it
-/// stands elsewhere, EXmlEncoding is raised with each of those places, then those of the others.
+/// Prepares a text to be written in UTF-8 or an encoding of one byte a character, ISO-8859-1 strictly
+/// (without Windows-1252's signs), without byte-order mark: what that does not hold becomes a numeric
+/// reference in text and attribute values; where it stands elsewhere, EXmlEncoding is raised with each of
+/// those places, then those of the others.
 TXmlRecoding RecodeXml(std::string_view text, std::string_view encoding);
 
 /// Bytes of a text in Windows-1252, "?" for what it does not hold.

@@ -66,17 +66,39 @@ TXmlAttribute* TXmlNode::FindAttribute(std::string_view qualifiedName) const {
     return nullptr;
 }
 
+TXmlPlace TXmlNode::Place() const {
+    if (kind_ == TXmlNodeKind::xnDocument || (flags_ & kNew) != 0)
+        return {};
+    return Document().PlaceOf(byteStart_);
+}
+
 TXmlPlace TXmlNode::TextPlace() const {
-    const TXmlPlace own{Line(), LinePos(), FilePos()};
-    if (byteEnd_ == 0)
-        return own;
-    const std::string_view source = Document().Text().substr(byteStart_, byteEnd_ - byteStart_);
-    std::size_t at = IsTag() ? contentStart_ - byteStart_ : 0;
-    while (at < source.size() && IsXmlSpace(source[at]))
+    if (kind_ == TXmlNodeKind::xnDocument || (flags_ & kNew) != 0)
+        return {};
+    const TXmlDocument& document = Document();
+    const std::string_view text = document.Text();
+    std::uint32_t at = IsTag() ? ContentStart(text) : byteStart_;
+    while (at < byteEnd_ && IsXmlSpace(text[at]))
         ++at;
-    const TXmlPlace within = TPositionCounter(source).PlaceOf(at);
-    return {own.Line + within.Line - 1, within.Line == 1 ? own.LinePos + within.LinePos - 1 : within.LinePos,
-            own.FilePos + within.FilePos};
+    return document.PlaceOf(at);
+}
+
+std::uint32_t TXmlNode::ContentStart(std::string_view text) const {
+    if (!IsTag())
+        return kind_ == TXmlNodeKind::xnDocument ? 0 : byteEnd_;
+    char quote = 0;
+    for (std::uint32_t at = byteStart_; at < byteEnd_; ++at) {
+        const char c = text[at];
+        if (quote != 0) {
+            if (c == quote)
+                quote = 0;
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (c == '>') {
+            return at + 1;
+        }
+    }
+    return byteEnd_;
 }
 
 const TXmlNode* TXmlNode::Child(std::string_view localName) const {
@@ -261,6 +283,7 @@ void TXmlNode::InsertChild(TXmlNode& child, TXmlNode* before) {
     while (*link != nullptr && *link != before)
         link = &(*link)->nextSibling_;
     child.parent_ = this;
+    child.flags_ &= static_cast<std::uint8_t>(~kOutside);
     child.nextSibling_ = *link;
     *link = &child;
     if ((child.flags_ & kNew) == 0)
@@ -274,7 +297,7 @@ void TXmlNode::InsertChild(TXmlNode& child, TXmlNode* before) {
 }
 
 void TXmlNode::Remove() {
-    if (parent_ == nullptr)
+    if (Parent() == nullptr)
         return;
     TXmlDocument& document = Document();
     TXmlNode** link = &parent_->firstChild_;
@@ -286,7 +309,7 @@ void TXmlNode::Remove() {
     parent_->flags_ |= kChildRemoved;
     nextSibling_ = nullptr;
     document.changed_ = true;
-    parent_ = nullptr;
+    flags_ |= kOutside;
 }
 
 std::string_view NamespaceOf(const TXmlNode& tag) {

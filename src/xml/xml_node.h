@@ -128,17 +128,20 @@ class TXmlNode {
     /// Text of a tag as a schema sees it: value, text nodes and CDATA sections joined.
     std::string TextWithCData() const;
 
-    std::int32_t Line() const { return static_cast<std::int32_t>(line_); }       ///< 1-based
-    std::int32_t LinePos() const { return static_cast<std::int32_t>(linePos_); } ///< 1-based, in characters
-    std::int32_t FilePos() const { return static_cast<std::int32_t>(filePos_); } ///< 0-based, in characters
+    /// Where the node begins; no line for the document and for a new node. Found out when asked, since few
+    /// nodes of a file are.
+    TXmlPlace Place() const;
+    std::int32_t Line() const { return Place().Line; }       ///< 1-based; 0 for none
+    std::int32_t LinePos() const { return Place().LinePos; } ///< 1-based, in characters
+    std::int32_t FilePos() const { return Place().FilePos; } ///< 0-based, in characters
     /// Where the text of a text node or of a tag's value begins, white space before it passed over.
     TXmlPlace TextPlace() const;
     /// Span of the node in the UTF-8 text of the document, 0-based, end excluded; both 0 for a new node.
     std::uint32_t ByteStart() const { return byteStart_; }
     std::uint32_t ByteEnd() const { return byteEnd_; }
 
-    const TXmlNode* Parent() const { return parent_; }
-    TXmlNode* Parent() { return parent_; }
+    const TXmlNode* Parent() const { return IsOutside() ? nullptr : parent_; }
+    TXmlNode* Parent() { return IsOutside() ? nullptr : parent_; }
     const TXmlNode* FirstChild() const { return firstChild_; }
     TXmlNode* FirstChild() { return firstChild_; }
     const TXmlNode* NextSibling() const { return nextSibling_; }
@@ -217,7 +220,11 @@ class TXmlNode {
         kChildInserted = 16,
         kMoved = 32, ///< of the parsed text, but in another place of the tree
         kChildRemoved = 64,
+        kOutside = 128, ///< in no tree; the parent only leads to the document
     };
+    bool IsOutside() const { return (flags_ & kOutside) != 0; }
+    /// First byte after the start tag of a tag of the text; the end of any other node, 0 of the document.
+    std::uint32_t ContentStart(std::string_view text) const;
 
     template<class Node>
     static Node* SkipToTag(Node* node) {
@@ -242,15 +249,12 @@ class TXmlNode {
         TXmlDocument* document_;              ///< of the document node
     };
     std::uint32_t valueLength_ = 0;
-    std::uint32_t line_ = 0;
-    std::uint32_t linePos_ = 0;
-    std::uint32_t filePos_ = 0;
     std::uint32_t byteStart_ = 0;
-    std::uint32_t contentStart_ = 0; ///< first byte after the start tag
     std::uint32_t byteEnd_ = 0;
     TXmlNodeKind kind_ = TXmlNodeKind::xnTag;
     std::uint8_t flags_ = 0;
 };
+static_assert(sizeof(TXmlNode) <= 64, "a large file has a million of them");
 
 /// Text of a node that may be absent; empty for null and for a node without value.
 inline std::string_view ValueOf(const TXmlNode* node) {

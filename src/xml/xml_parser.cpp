@@ -91,8 +91,8 @@ std::string InvalidTokenText(std::string_view text, std::size_t at) {
 class TXmlTreeBuilder : private TXmlTreeMaker {
   public:
     TXmlTreeBuilder(std::shared_ptr<const std::string> text, TXmlDoctype doctype)
-        : TXmlTreeMaker(std::move(text)), text_(document_->Text()), position_(text_),
-          parser_(XML_ParserCreate("UTF-8")), doctype_(doctype) {
+        : TXmlTreeMaker(std::move(text)), text_(document_->Text()), parser_(XML_ParserCreate("UTF-8")),
+          doctype_(doctype) {
         XML_SetUserData(parser_, this);
         XML_SetElementHandler(parser_, &TXmlTreeBuilder::OnStart, &TXmlTreeBuilder::OnEnd);
         XML_SetCharacterDataHandler(parser_, &TXmlTreeBuilder::OnText);
@@ -180,9 +180,8 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
     }
 
     TXmlNode* Append(TXmlNodeKind kind, std::size_t start, std::size_t end) {
-        position_.MoveTo(std::min(start, text_.size()));
-        return TXmlTreeMaker::Append(kind, static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(end),
-                                     position_.Line(), position_.LinePos(), position_.FilePos());
+        return TXmlTreeMaker::Append(kind, static_cast<std::uint32_t>(start),
+                                     static_cast<std::uint32_t>(end));
     }
 
     std::string_view KeepRun() {
@@ -324,7 +323,6 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
     }
 
     std::string_view text_;
-    TPositionCounter position_;
     XML_Parser parser_;
     TXmlDoctype doctype_;
     TRun run_;

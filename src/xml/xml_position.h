@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <vector>
 
 namespace conferix {
 
@@ -64,11 +65,63 @@ class TPositionCounter {
         return true;
     }
 
+    friend class TPlaceIndex;
+
     std::string_view text_;
     std::size_t at_ = 0;
     std::uint32_t line_ = 1;
     std::uint32_t characters_ = 0;
     std::uint32_t lineStart_ = 0;
+};
+
+/// Tells the places of a text in UTF-8 in any order: what was passed once is kept in marks not far from each
+/// other. Used by one thread at a time.
+class TPlaceIndex {
+  public:
+    explicit TPlaceIndex(std::string_view text) : latest_(text) {}
+
+    /// Place of a byte, 0-based; of the end for one beyond it.
+    TXmlPlace PlaceOf(std::size_t offset) {
+        offset = std::min(offset, latest_.text_.size());
+        if (offset < latest_.at_ || offset - latest_.at_ > kStep)
+            GoTo(offset / kStep);
+        return latest_.PlaceOf(offset);
+    }
+
+  private:
+    static constexpr std::size_t kStep = 1024; ///< bytes between two marks
+
+    struct TMark {
+        std::uint32_t Line;
+        std::uint32_t Characters;
+        std::uint32_t LineStart;
+    };
+
+    /// Moves to a mark, of which all up to it are made.
+    void GoTo(std::size_t mark) {
+        if (mark < marks_.size()) {
+            Take(mark);
+            return;
+        }
+        if (!marks_.empty())
+            Take(marks_.size() - 1);
+        else
+            latest_ = TPositionCounter(latest_.text_);
+        while (marks_.size() <= mark) {
+            latest_.MoveTo(marks_.size() * kStep);
+            marks_.push_back({latest_.line_, latest_.characters_, latest_.lineStart_});
+        }
+    }
+
+    void Take(std::size_t mark) {
+        latest_.at_ = mark * kStep;
+        latest_.line_ = marks_[mark].Line;
+        latest_.characters_ = marks_[mark].Characters;
+        latest_.lineStart_ = marks_[mark].LineStart;
+    }
+
+    std::vector<TMark> marks_;
+    TPositionCounter latest_;
 };
 
 } // namespace conferix

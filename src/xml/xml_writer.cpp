@@ -194,7 +194,7 @@ class TXmlTreeWriter {
     }
 
     bool SelfClosed(const TXmlNode& node) const {
-        return node.contentStart_ == node.byteEnd_ && text_[node.byteEnd_ - 2] == '/';
+        return node.ContentStart(text_) == node.byteEnd_ && text_[node.byteEnd_ - 2] == '/';
     }
 
     std::size_t EndTagStart(const TXmlNode& node) const { return text_.rfind("</", node.byteEnd_ - 1); }
@@ -202,7 +202,7 @@ class TXmlTreeWriter {
     /// A piece of a value among comments, instructions and CDATA sections; a new one stands before them.
     void WriteText(const TXmlNode& node) {
         if (IsNew(node)) {
-            CopyTo(std::max<std::size_t>(node.Parent()->contentStart_, copied_));
+            CopyTo(std::max<std::size_t>(node.Parent()->ContentStart(text_), copied_));
             AppendEscaped(out_, node.Value(), false);
         } else if ((node.flags_ & TXmlNode::kValueChanged) != 0) {
             CopyTo(node.byteStart_);
@@ -230,7 +230,7 @@ class TXmlTreeWriter {
         const bool filled = node.HasValue() || node.FirstChild() != nullptr;
         if (selfClosed && filled &&
             (node.flags_ & (TXmlNode::kValueChanged | TXmlNode::kChildInserted)) != 0) {
-            CopyTo(node.contentStart_ - 2U);
+            CopyTo(node.ContentStart(text_) - 2U);
             while (IsXmlSpace(out_.back()))
                 out_.pop_back();
             out_ += '>';
@@ -238,11 +238,11 @@ class TXmlTreeWriter {
         }
         if ((node.flags_ & TXmlNode::kChildRemoved) != 0 && !filled && !selfClosed) {
             // The layout of what was in it would be a value now.
-            CopyTo(std::max<std::size_t>(node.contentStart_, copied_));
+            CopyTo(std::max<std::size_t>(node.ContentStart(text_), copied_));
             copied_ = EndTagStart(node);
         }
         if ((node.flags_ & TXmlNode::kValueChanged) != 0) {
-            CopyTo(std::max<std::size_t>(node.contentStart_, copied_));
+            CopyTo(std::max<std::size_t>(node.ContentStart(text_), copied_));
             AppendEscaped(out_, node.Value(), false);
             copied_ = selfClosed ? node.byteEnd_ : EndTagStart(node);
         }
@@ -308,10 +308,10 @@ class TXmlTreeWriter {
         out_ += node.QualifiedName();
         copied_ = nameEnd;
         if ((node.flags_ & TXmlNode::kAttributesChanged) == 0) {
-            CopyTo(node.contentStart_);
+            CopyTo(node.ContentStart(text_));
             return;
         }
-        const std::vector<TSourceAttribute> source = ScanAttributes(text_, nameEnd, node.contentStart_);
+        const std::vector<TSourceAttribute> source = ScanAttributes(text_, nameEnd, node.ContentStart(text_));
         for (const TXmlAttribute& attribute : node.Attributes()) {
             if (attribute.sourceIndex_ < 0) {
                 WriteAttribute(attribute);
@@ -331,8 +331,8 @@ class TXmlTreeWriter {
         }
         copied_ = source.empty() ? nameEnd : source.back().End;
         // The white space before the bracket, and the bracket, stay as they were.
-        CopyTo(node.contentStart_ - (selfClosed ? 2U : 1U));
-        CopyTo(node.contentStart_);
+        CopyTo(node.ContentStart(text_) - (selfClosed ? 2U : 1U));
+        CopyTo(node.ContentStart(text_));
     }
 
     /// Layout that stands before a node in the source; new nodes take it over from a neighbour.
@@ -412,7 +412,7 @@ class TXmlTreeWriter {
         if ((node.flags_ & TXmlNode::kChildInserted) == 0 || IsNew(node) || node.FirstChildTag() == nullptr)
             return false;
         const std::size_t end = SelfClosed(node) ? node.byteEnd_ : EndTagStart(node);
-        return node.contentStart_ == end;
+        return node.ContentStart(text_) == end;
     }
 
     /// The layout before the end tag of an element that was empty and takes what stood on lines of its own.
@@ -441,12 +441,13 @@ class TXmlTreeWriter {
             CopyTo(std::max<std::size_t>(previous->byteEnd_, copied_));
             return LayoutBefore(previous->byteStart_);
         }
-        CopyTo(std::max<std::size_t>(parent.contentStart_, copied_));
+        const std::uint32_t contentStart = parent.ContentStart(text_);
+        CopyTo(std::max<std::size_t>(contentStart, copied_));
         for (const TXmlNode* next = node.NextSibling(); next != nullptr; next = next->NextSibling())
             if (IsInPlace(*next))
                 return LayoutBefore(next->byteStart_);
         for (const TXmlDocument::TSpan& span : removed_)
-            if (span.Start >= parent.contentStart_ && span.End <= parent.byteEnd_)
+            if (span.Start >= contentStart && span.End <= parent.byteEnd_)
                 return LayoutBefore(span.Start);
         return {};
     }

@@ -291,6 +291,14 @@ TEST_F(Cli, AFileThatSomebodyElseChangesIsNotWrittenOver) {
     EXPECT_EQ(ReadTestFile(file), "<a/>");
 }
 
+TEST_F(Cli, SaysWhyNoNoticeIsShown) {
+    WriteTestFile(File("arquivo"), "");
+    const TEnvironment data("CONFERIX_DADOS", File("arquivo"));
+    const TCommandResult result = Run({"avisos"});
+    EXPECT_EQ(result.Status, kExitUnreadable);
+    EXPECT_THAT(result.Err, HasSubstr("uma parte do caminho não é uma pasta. Nenhum aviso é mostrado"));
+}
+
 TEST_F(Cli, RulesSwitchedAtOnceLoseNothingAndUnknownOnesStay) {
     std::vector<std::string> leaves;
     const std::vector<TListedRule> rules = ListRules();

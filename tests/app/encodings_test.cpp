@@ -2,7 +2,9 @@
 #include "schema_model/built_in_folders.h"
 #include "support/case_file.h"
 #include "support/command_test.h"
+#include "validation/hash_calculator.h"
 #include "xml/xml_encoding.h"
+#include "xml/xml_parser.h"
 
 namespace conferix {
 namespace {
@@ -29,6 +31,17 @@ std::string Latin1(const std::string& utf8) {
     return bytes;
 }
 
+/// What becomes of bytes that are read as ISO-8859-1 and written in UTF-8.
+std::string OnceMore(const std::string& bytes) {
+    std::string twice;
+    for (const char c : bytes)
+        if (const auto byte = static_cast<unsigned char>(c); byte < 0x80)
+            twice += c;
+        else
+            twice += {static_cast<char>(0xC0 | byte >> 6), static_cast<char>(0x80 | (byte & 0x3F))};
+    return twice;
+}
+
 std::string Written(const std::string& text, const std::string& encoding) {
     if (encoding.starts_with("BOM "))
         return "\xEF\xBB\xBF" + Written(text, encoding.substr(4));
@@ -37,6 +50,10 @@ std::string Written(const std::string& text, const std::string& encoding) {
         return text.substr(0, last) + Latin1(text.substr(last, 2)) + text.substr(last + 2);
     if (encoding == "ISO-8859-1 com a última letra em UTF-8")
         return Latin1(text.substr(0, last)) + text.substr(last, 2) + Latin1(text.substr(last + 2));
+    if (encoding == "UTF-8, as últimas letras duas vezes")
+        return text.substr(0, last) + OnceMore(text.substr(last));
+    if (encoding == "UTF-8 duas vezes")
+        return OnceMore(text);
     return encoding == "ISO-8859-1" ? Latin1(text) : text;
 }
 
@@ -79,8 +96,10 @@ TEST_F(Encodings, AreToldFirstAndMended) {
             const std::string after = Corrected(bytes, {"--mensagem", "1", "--correcao", std::to_string(i)});
             EXPECT_EQ(Content(after), text.substr(text.find("?>"))) << c << c.Expected[i];
             EXPECT_TRUE(Told(after).empty()) << c << c.Expected[i];
-            const bool iso = c.Expected[i].find("ISO") != std::string::npos;
-            EXPECT_EQ(DeclaredEncoding(after), iso ? "ISO-8859-1" : "UTF-8") << c;
+            std::string named = declared;
+            for (const char* name : {"macintosh", "UTF-8", "ISO-8859-1", "ISO-8859-15"})
+                named = c.Expected[i].find(name) != std::string::npos ? name : named;
+            EXPECT_EQ(DeclaredEncoding(DecodeXml(after).Text), named) << c << c.Expected[i];
         }
         for (const std::string target : {"ISO-8859-1", "UTF-8"})
             EXPECT_EQ(Corrected(bytes, {"--codificacao", target}), Written(Lot(target), target))
@@ -95,7 +114,7 @@ TEST_F(Encodings, KeepTheHashOfTextsThatWereMisread) {
     EXPECT_EQ(all.Out, text);
     EXPECT_NE(all.Err.find("corrija antes a codificação"), std::string::npos) << all.Err;
     EXPECT_NE(Run({"corrigir", "-", "--mensagem", "2", "--simular"}, text)
-                  .Err.find("aviso: -: o arquivo foi gravado em outra codificação"),
+                  .Err.find("aviso: -: o texto do arquivo não se lê como foi escrito"),
               std::string::npos);
     // Nothing is read of a text behind an empty line, but its encoding can be mended.
     EXPECT_EQ(Corrected("\n" + text, {"--mensagem", "1"}), text);
@@ -107,6 +126,42 @@ TEST_F(Encodings, KeepTheHashOfTextsThatWereMisread) {
     EXPECT_EQ(Corrected(text, {"--codificacao", "ISO-8859-1", "--todas"}), Latin1(Lot("ISO-8859-1")));
 }
 
+TEST_F(Encodings, JudgeTheHashByTheTextThatWasMeant) {
+    const std::string text = Lot("ISO-8859-1");
+    const auto ofMeant = Run({"hash", "-", "--formato", "json"}, text);
+    const nlohmann::json hashes = nlohmann::json::parse(ofMeant.Out);
+    EXPECT_NE(ofMeant.Err.find("foi gravado em UTF-8"), std::string::npos) << ofMeant.Err;
+    const auto document = TXmlParser::Parse(DecodeXml(text).Text).Document;
+    const std::string iso = hashes["iso88591"];
+    const std::string utf8 = hashes["utf8"];
+    const std::string then = "Corrija a codificação, que a primeira mensagem aponta; depois o esperado é \"" +
+                             iso + "\" (recomendado) ou \"" + utf8 + "\" (UTF-8).";
+    const struct {
+        std::string Hash;
+        const char* Type;
+        std::string Told;
+    } cases[] = {{iso, "mtError",
+                  "confere com o texto certo, mas não com o texto como se lê agora. Corrija a codificação, "
+                  "que a primeira "
+                  "mensagem aponta, e deixe o hash como está."},
+                 {utf8, "mtWarning",
+                  "confere com o texto certo, calculado em UTF-8. Corrija a codificação, que a primeira "
+                  "mensagem aponta; "
+                  "depois o padrão TISS (ISO-8859-1) espera \"" +
+                      iso + "\"."},
+                 {THashCalculator::Calculate(*document, THashEncoding::Utf8), "mtWarning",
+                  "confere com o texto como se lê agora, mas não com o texto certo. " + then},
+                 {"00", "mtError", "está inválido. " + then}};
+    for (const auto& c : cases) {
+        std::string other = text;
+        const std::size_t at = other.find(kHash) + std::string(kHash).size();
+        other.replace(at, other.find('<', at) - at, c.Hash);
+        const auto message = ValidateBytes(other)["mensagens"][1];
+        EXPECT_EQ(message["tipo"], c.Type);
+        EXPECT_EQ(message["motivo"], "O hash \"" + c.Hash + "\" informado no arquivo " + c.Told);
+    }
+}
+
 TEST_F(Encodings, ListTheCharactersThatTheyLack) {
     std::string text = Lot("UTF-8");
     text.replace(text.find("CLÍNICA"), 8, "CLÍNICA –");
@@ -116,6 +171,18 @@ TEST_F(Encodings, ListTheCharactersThatTheyLack) {
     const TCommandResult result = Run(words, text);
     EXPECT_NE(result.Err.find(told), std::string::npos) << result.Err;
     EXPECT_NE(result.Out.find(Latin1("CLÍNICA &#8211;")), std::string::npos);
+    // The correction that a message offers says the same.
+    std::string misread = Lot("ISO-8859-1");
+    misread.replace(misread.find("CLÍNICA"), 8, "CLÍNICA –");
+    EXPECT_EQ(Told(misread)[1],
+              "Gravar o arquivo em ISO-8859-1 (ficam como referências, por não existirem nessa "
+              "codificação: \"–\" na linha 49)");
+    misread.replace(misread.rfind("</"), 2, "<!-- → --></");
+    EXPECT_NE(
+        Told(misread)[0].find("Em ISO-8859-1 não pode ser gravado, por ter o que não existe nela, onde não "
+                              "cabe uma referência: \"→\" na linha "),
+        std::string::npos);
+    EXPECT_EQ(Told(misread)[1], "Declarar UTF-8");
     // Where no reference can stand, nothing is written, and all of them are told.
     text.replace(text.rfind("</"), 2, "<!-- → “ --></");
     const TCommandResult refused = Run(words, text);

@@ -1,136 +1,83 @@
 // Full guides on every form: what stands where.
 #include "forms/form_printer.h"
 #include "forms/form_values.h"
+#include "forms/full_guide.h"
+#include "paper/pdf_writer.h"
 #include "paper/svg_page.h"
 #include "paper/text_metrics.h"
 #include "platform/utf8.h"
 #include "support/parsed.h"
+#include "support/test_files.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <map>
+#include <optional>
 #include <set>
+#include <sstream>
+#include <unordered_set>
+
+#include <sys/wait.h>
 
 namespace conferix {
 namespace {
 
 constexpr std::size_t kItems = 300;
 
-/// An element of a guide that is being made.
-struct TElement {
-    std::string Name;
-    std::string Text;
-    std::vector<TElement> Children;
+/// The elements of guides by the kinds that templates name.
+const std::map<std::string, std::vector<std::string_view>> kGuides = {
+    {"consulta", {"guiaConsulta"}},
+    {"spsadt", {"guiaSP-SADT", "guiaSP_SADT"}},
+    {"resumo_internacao", {"guiaResumoInternacao"}},
+    {"honorarios", {"guiaHonorarios", "guiaHonorarioIndividual"}},
+    {"tratamento_odontologico", {"guiaOdonto", "guiaOdontologia"}}};
 
-    TElement& Child(const std::string& name) {
-        for (TElement& child : Children)
-            if (child.Name == name)
-                return child;
-        return Children.emplace_back(TElement{name, {}, {}});
-    }
-    TElement& At(std::span<const std::string> path) {
-        TElement* element = this;
-        for (const std::string& step : path)
-            element = &element->Child(step);
-        return *element;
-    }
-    void Write(std::string& xml) const {
-        xml += '<' + Name + '>' + Text;
-        for (const TElement& child : Children)
-            child.Write(xml);
-        xml += "</" + Name + ">\n";
-    }
+/// A box of a form, with the paths of its values below the guide.
+struct TBoxPaths {
+    const TFormBox* Box;
+    TFormPath Items; ///< of a column
+    std::vector<std::string> Paths;
 };
 
-/// The longest value that a box has to hold, unlike those of other boxes.
-std::string LongValue(const TFormBox& box, std::size_t item) {
-    const std::string mark = fmt::format("{}.{} ", box.Number, item);
-    const auto size = static_cast<std::size_t>(box.Size);
-    switch (box.Format) {
-    case TFormFormat::Date:
-        return "2024-02-29";
-    case TFormFormat::Time:
-        return "23:59:59";
-    case TFormFormat::DateTime:
-        return "2024-02-29T23:59:59";
-    case TFormFormat::Money:
-        return fmt::format("{}.99", 12345678 - item);
-    case TFormFormat::Factor:
-        return "9.99";
-    case TFormFormat::Quantity:
-        return fmt::format("{}.9999", 9999 - item);
-    case TFormFormat::YesNo:
-        return "N";
-    case TFormFormat::Integer:
-    case TFormFormat::Line:
-        return std::to_string(item + 1);
-    default:
-        break;
-    }
-    if (size > 0 && size <= 20)
-        return std::string(size, '9');
-    std::string text = mark;
-    for (const char* const word : {"REALIZAÇÃO ", "de ", "procedimento ", "ÀS ", "conforme "})
-        text += word;
-    while (text.size() < std::max<std::size_t>(size, 40))
-        text += "OBSERVAÇÃO conforme ";
-    text.resize(BytesOfCharacters(text, std::max<std::size_t>(size, 40)));
-    return text;
-}
-
-void Fill(TElement& from, const TFormBox& box, std::size_t item) {
-    std::size_t used = 0;
-    for (const TFormPath& path : box.Paths) {
-        if (box.Combination == TFormCombination::First && used++ > 0)
+std::vector<TBoxPaths> BoxesOf(const TFormVariant& variant, std::string_view version) {
+    std::vector<TBoxPaths> boxes;
+    const auto add = [&](const TFormBox& box, const TFormPath& items) {
+        if (!box.Versions.Contains(version))
             return;
-        TElement& parent = from.At(std::span(path).first(path.size() - 1));
-        const std::size_t count = box.Occurrence == 0 ? 4 : static_cast<std::size_t>(box.Occurrence);
-        while (static_cast<std::size_t>(std::ranges::count(parent.Children, path.back(), &TElement::Name)) <
-               count)
-            parent.Children.push_back({path.back(), LongValue(box, item), {}});
-    }
-}
-
-/// A guide that has all that a form shows, with many items.
-TElement FullGuide(const TFormVariant& variant, std::string_view version) {
-    TElement guide{"guia", {}, {}};
-    Fill(guide, variant.GuideNumber, 0);
+        TBoxPaths entry{&box, items, {}};
+        for (const TFormPath& path : box.Paths) {
+            TFormPath whole = items;
+            for (const std::string& step : path)
+                if (step == "..")
+                    whole.pop_back();
+                else
+                    whole.push_back(step);
+            entry.Paths.push_back(fmt::format("{}", fmt::join(whole, "/")));
+        }
+        boxes.push_back(entry);
+    };
+    add(variant.GuideNumber, {});
     for (const TFormBlock& block : variant.Blocks) {
         if (const auto* row = std::get_if<TFormRow>(&block))
             for (const TFormBox& box : row->Boxes)
-                if (box.Versions.Contains(version))
-                    Fill(guide, box, 0);
-        const auto* table = std::get_if<TFormTable>(&block);
-        if (table == nullptr || table->Items.empty())
-            continue;
-        // Where the items stand in those of another table, each of these gets one.
-        std::vector<TElement*> items = {&guide};
-        for (std::size_t step = 0; step < table->Items.size(); ++step) {
-            std::vector<TElement*> next;
-            const bool last = step + 1 == table->Items.size();
-            for (TElement* element : items) {
-                const std::string& name = table->Items[step];
-                if (last && items.size() == 1)
-                    while (static_cast<std::size_t>(
-                               std::ranges::count(element->Children, name, &TElement::Name)) < kItems)
-                        element->Children.push_back({name, {}, {}});
-                else
-                    element->Child(name);
-                for (TElement& child : element->Children)
-                    if (child.Name == name)
-                        next.push_back(&child);
-            }
-            items = std::move(next);
-        }
-        for (std::size_t item = 0; item < items.size(); ++item)
+                add(box, {});
+        if (const auto* table = std::get_if<TFormTable>(&block))
             for (const auto& band : table->Bands)
                 for (const TFormBox& box : band)
-                    if (!box.Paths.empty() && !box.Paths.front().empty() && box.Paths.front().front() != "..")
-                        Fill(*items[item], box, item);
+                    add(box, table->Items);
     }
-    return guide;
+    return boxes;
+}
+
+std::string PathOf(const TXmlNode& node, const TXmlNode& guide) {
+    const std::string name(node.LocalName());
+    return node.Parent() == &guide ? name : PathOf(*node.Parent(), guide) + '/' + name;
 }
 
 TPaperRect RectOf(const TPaperText& text) {
@@ -245,21 +192,138 @@ void ExpectSameAsSvg(const TPaperPage& page, const std::string& where) {
     EXPECT_EQ(svg->Element()->Descendants("rect").size(), rects) << where;
 }
 
-class FullGuides : public testing::TestWithParam<const char*> {};
+constexpr int kNoProgram = 127; ///< exit status of a shell that does not find a program
+
+/// The structure of a PDF file is sound, by another program, where that is installed.
+void ExpectSound(const std::filesystem::path& pdf) {
+    const std::string command = fmt::format("qpdf --check '{}' >/dev/null 2>&1", pdf.string());
+    const int status = WEXITSTATUS(std::system(command.c_str()));
+    EXPECT_TRUE(status == 0 || status == kNoProgram) << pdf << ": " << status;
+}
+
+/// What a PDF file says, by another program; nothing where that is not installed.
+std::optional<std::string> TextOfPdf(const std::filesystem::path& pdf) {
+    const std::string command = fmt::format("pdftotext -layout '{}' - 2>/dev/null", pdf.string());
+    FILE* const pipe = popen(command.c_str(), "r");
+    std::string text;
+    char piece[65536];
+    for (std::size_t got = 0; (got = fread(piece, 1, sizeof piece, pipe)) > 0;)
+        text.append(piece, got);
+    const int status = WEXITSTATUS(pclose(pipe));
+    EXPECT_TRUE(status == 0 || status == kNoProgram) << status;
+    return status == kNoProgram ? std::nullopt : std::optional(text);
+}
+
+/// The words of a text that a file does not say.
+class TPdfWords {
+  public:
+    explicit TPdfWords(std::string text) : text_(std::move(text)) {
+        std::istringstream words(text_);
+        for (std::string word; words >> word;)
+            words_.insert(word);
+    }
+    std::string Missing(const std::string& text) const {
+        std::string missing;
+        std::istringstream words(text);
+        for (std::string word; words >> word;) // what stands closely together comes as one word
+            if (!words_.contains(word) && text_.find(word) == std::string::npos)
+                missing += word + ' ';
+        return missing;
+    }
+
+  private:
+    std::string text_;
+    std::unordered_set<std::string> words_;
+};
+
+/// What no box shows, as the regulator's forms have none: parts of paths, which begin with the kind of guide.
+constexpr std::string_view kWithoutBox[] = {
+    "ausenciaCodValidacao", "codValidacao", "tipoIdent", "identificadorBeneficiario", "templateBiometrico",
+    "itemVinculado", "centroConsumo", "odontoInicial", "spsadt/valorTotal/valorDiarias",
+    // of 2.x
+    "identificacaoGuia/numeroGuiaOperadora", "identificacaoGuiaSADTSP/numeroGuiaOperadora",
+    "identificacaoGuiaInternacao/numeroGuiaOperadora",
+    "identificacaoGuiaHonorarioIndividual/numeroGuiaOperadora", "cabecalhoGuia/numeroGuiaOperadora",
+    "CID/nomeTabela", "CID/descricaoDiagnostico", "diagnosticoPrincipal/nomeTabela",
+    "diagnosticoPrincipal/descricaoDiagnostico", "contratado/enderecoContratado",
+    "contratadoExecutante/enderecoContratado", "dadosContratado/enderecoContratado",
+    "contratadoExecutante/identificacaoProfissional/codigoCBOS",
+    "membroEquipe/identificacaoProfissional/codigoCBOS", "dadosContratado/conselhoProfissional/siglaConselho",
+    "dadosExecutante/conselhoProfissional/siglaConselho",
+    "spsadt/procedimentosRealizados/procedimentos/equipe"};
+
+bool IsWithoutBox(const std::string& kind, const std::string& path) {
+    const std::string whole = fmt::format("/{}/{}/", kind, path);
+    return std::ranges::any_of(kWithoutBox, [&](std::string_view part) {
+        return whole.find(fmt::format("/{}/", part)) != std::string::npos;
+    });
+}
+
+class FullGuides : public testing::TestWithParam<const char*> {
+  protected:
+    /// Each label stands on the paper, and each value that has a box; the others have none on purpose.
+    static void ExpectOnPaper(const TPdfWords& words, const TFormSet& forms, const TFormTemplate& form,
+                              const std::string& version, const TXmlNode& guide,
+                              const std::map<std::string, std::size_t>& elements) {
+        std::map<std::string, const TFormBox*> byPath;
+        for (const TBoxPaths& entry : BoxesOf(*form.VariantFor(version), version)) {
+            EXPECT_EQ(words.Missing(entry.Box->Label), "") << form.Name << ' ' << version;
+            for (const std::string& path : entry.Paths)
+                if (elements.contains(path)) {
+                    byPath.emplace(path, entry.Box);
+                    if (entry.Box->Combination == TFormCombination::First)
+                        break;
+                }
+        }
+        const std::string& kind = form.Guides.front();
+        std::set<std::string> onAnnex;
+        for (const auto& other : forms)
+            if (std::ranges::count(other->Guides, kind) != 0)
+                for (const TBoxPaths& entry : BoxesOf(*other->VariantFor(version), version))
+                    onAnnex.insert(entry.Paths.begin(), entry.Paths.end());
+        std::set<std::string> told;
+        for (const TXmlNode* node = guide.NextInWalk(&guide); node != nullptr;
+             node = node->NextInWalk(&guide)) {
+            if (!node->IsTag() || node->FirstChildTag() != nullptr)
+                continue;
+            const std::string path = PathOf(*node, guide);
+            const auto box = byPath.find(path);
+            if (box == byPath.end()) {
+                if (!form.IsAnnex() && !onAnnex.contains(path) && !IsWithoutBox(kind, path) &&
+                    told.insert(path).second)
+                    ADD_FAILURE() << form.Name << ' ' << version << ": no box for " << path;
+            } else if (const std::string missing =
+                           words.Missing(FormatFormValue(box->second->Format, node->TextWithCData()));
+                       !missing.empty() && told.insert(path).second) {
+                ADD_FAILURE() << form.Name << ' ' << version << ": " << path << ": not on paper: " << missing;
+            }
+        }
+    }
+};
 
 TEST_P(FullGuides, StandInTheirBoxes) {
     const std::string version = GetParam();
+    const TTemporaryFolder folder;
+    const auto set = SchemaOfVersion(version);
+    bool read = true;
     for (const auto& form : InstalledForms()) {
         const TFormVariant& variant = *form->VariantFor(version);
-        std::string xml;
-        FullGuide(variant, version).Write(xml);
-        const auto document = Parsed(xml);
-        const std::vector<TFormGuide> guides = {{document->Element(), form->Guides.front(), "1"}};
+        std::set<std::string> items;
+        for (const TFormBlock& block : variant.Blocks)
+            if (const auto* table = std::get_if<TFormTable>(&block))
+                items.insert(fmt::format("{}", fmt::join(table->Items, "/")));
+        const auto document =
+            Parsed(TFullGuide(*set, items).Xml(*set, kGuides.at(form->Guides.front()), kItems));
+        const TXmlNode& guide = *document->Element();
+        const std::vector<TFormGuide> guides = {{&guide, form->Guides.front(), "1"}};
         TFormPrinter printer(InstalledForms(), {.Only = form->Name, .Terms = {}, .Errors = 3});
+        std::ofstream out(folder / (form->Name + ".pdf"), std::ios::binary);
+        TPdfWriter pdf(out, form->Title);
         std::map<const TFormBox*, std::set<const TXmlNode*>> printed;
         std::size_t pages = 0;
         std::size_t most = 0;
         std::string footers;
+        const TFormTemplate* shown = nullptr;
         const std::size_t told = printer.Print(guides, version, [&](const TFormPage& page) {
             const std::string where = fmt::format("{} {} folha {}", form->Name, version, ++pages);
             if (pages == 1 || page.Places.size() > most) { // the last one has the totals too
@@ -268,6 +332,7 @@ TEST_P(FullGuides, StandInTheirBoxes) {
                 ExpectSameAsSvg(page.Paper, where);
                 ExpectValues(page, where);
             }
+            shown = page.Form;
             if (pages == 1)
                 ExpectLabels(*page.Form->VariantFor(version), version, *page.Paper.Common.front(), where);
             for (const TFormPlace& place : page.Places)
@@ -276,33 +341,40 @@ TEST_P(FullGuides, StandInTheirBoxes) {
                 if (text.Text.starts_with("Folha") || text.Text.starts_with("Página") ||
                     text.Text.starts_with("Contém"))
                     footers += text.Text + ";";
+            pdf.AddPage(page.Paper);
         });
         EXPECT_EQ(told, pages);
+        pdf.Finish();
+        out.close();
         const std::string first = pages > 1 ? fmt::format("Folha 1/{};", pages) : "";
         EXPECT_TRUE(footers.starts_with(fmt::format("{}Contém erros: 3;Página 1 de {};", first, pages)))
             << footers;
+        std::map<std::string, std::size_t> elements;
+        for (const TXmlNode* node = guide.NextInWalk(&guide); node != nullptr;
+             node = node->NextInWalk(&guide))
+            if (node->IsTag())
+                ++elements[PathOf(*node, guide)];
         // Every box with a value was printed, those of tables with every item.
-        const auto& shown = *printer.Forms()[static_cast<std::size_t>(
-            std::ranges::find(printer.Forms(), form->Name, [](const auto& f) { return f->Name; }) -
-            printer.Forms().begin())];
-        for (const TFormBlock& block : shown.VariantFor(version)->Blocks) {
-            if (const auto* row = std::get_if<TFormRow>(&block))
-                for (const TFormBox& box : row->Boxes) {
-                    const bool empty = box.Paths.empty() || box.Combination == TFormCombination::Sum ||
-                                       !box.Versions.Contains(version);
-                    EXPECT_EQ(printed[&box].size(), empty ? 0U : 1U)
-                        << form->Name << ' ' << version << ": " << box.Label;
-                }
-            if (const auto* table = std::get_if<TFormTable>(&block))
-                for (const auto& band : table->Bands)
-                    for (const TFormBox& box : band)
-                        if (!box.Paths.empty() && !box.Paths.front().empty() &&
-                            box.Paths.front().front() != "..") {
-                            EXPECT_EQ(printed[&box].size(), kItems)
-                                << form->Name << ' ' << version << ": " << box.Label;
-                        }
+        for (const TBoxPaths& entry : BoxesOf(*shown->VariantFor(version), version)) {
+            if (entry.Paths.empty() || entry.Box->Combination == TFormCombination::Sum)
+                continue;
+            std::size_t found = 0;
+            for (const std::string& path : entry.Paths)
+                if (found == 0 && elements.contains(path))
+                    found = elements[path];
+            const bool missing = found < static_cast<std::size_t>(std::max(entry.Box->Occurrence, 1));
+            const std::size_t lines = missing ? 0 : entry.Items.empty() ? 1 : found;
+            EXPECT_EQ(printed[entry.Box].size(), lines)
+                << form->Name << ' ' << version << ": " << entry.Box->Label;
         }
+        ExpectSound(folder / (form->Name + ".pdf"));
+        const std::optional<std::string> text = TextOfPdf(folder / (form->Name + ".pdf"));
+        read = read && text.has_value();
+        if (text)
+            ExpectOnPaper(TPdfWords(*text), InstalledForms(), *form, version, guide, elements);
     }
+    if (!read)
+        GTEST_SKIP() << "pdftotext não está instalado: o PDF não foi lido";
 }
 
 INSTANTIATE_TEST_SUITE_P(Versions, FullGuides,

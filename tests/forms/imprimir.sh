@@ -32,4 +32,11 @@ for formulario in consulta spsadt outras_despesas resumo_internacao honorarios t
     "$conferix" imprimir --em-branco "$formulario" --saida "$pasta/vazio.pdf" 2>/dev/null
     qpdf --check "$pasta/vazio.pdf" >"$pasta/qpdf" 2>&1 || falhou "$formulario: $(cat "$pasta/qpdf")"
 done
+# A clinic's own form, with a picture twice.
+mkdir -p "$CONFERIX_DADOS/formularios"
+imagem=$exemplos/../docs/imagens/janela.png
+printf 'guia consulta\nleiaute 3.00.00- retrato\nlogotipo "%s"\nimagem "%s"\nlinha\n' "$imagem" "$imagem" \
+    >"$CONFERIX_DADOS/formularios/consulta.txt"
+"$conferix" imprimir "$exemplos/consulta-4.01.00-valido.xml" --saida "$pasta/logotipo.pdf" 2>/dev/null || falhou logotipo
+qpdf --check "$pasta/logotipo.pdf" >"$pasta/qpdf" 2>&1 || falhou "logotipo: $(cat "$pasta/qpdf")"
 exit $((falhas > 0))

@@ -1,5 +1,6 @@
 // Texts in their rectangles, and pages as PDF and SVG.
 #include "forms/pdf_text.h"
+#include "paper/paper_image.h"
 #include "paper/pdf_writer.h"
 #include "paper/svg_page.h"
 #include "paper/text_fit.h"
@@ -7,7 +8,10 @@
 #include "support/parsed.h"
 
 #include <gmock/gmock.h>
+#include <png.h>
+#include <turbojpeg.h>
 
+#include <array>
 #include <sstream>
 
 namespace conferix {
@@ -112,6 +116,76 @@ TEST(Svg, DrawsWhatStandsOnThePage) {
     EXPECT_THAT(texts, testing::ElementsAre("comum", "A\xC3\xA7\xC3\xA3o", "(a\\b) <&>"));
     EXPECT_EQ(svg->Element()->Descendants("rect").size(), 2U); // one is the paper
     EXPECT_EQ(svg->Element()->Descendants("line").size(), 1U);
+}
+
+/// A picture of three by two points, half of it transparent.
+std::string SomePng() {
+    png_image png{};
+    png.version = PNG_IMAGE_VERSION;
+    png.width = 3;
+    png.height = 2;
+    png.format = PNG_FORMAT_RGBA;
+    const std::array<unsigned char, 24> pixels = {255, 0, 0, 255, 0, 255, 0, 255};
+    png_alloc_size_t size = 0;
+    png_image_write_get_memory_size(png, size, 0, pixels.data(), 0, nullptr);
+    std::string bytes(size, '\0');
+    EXPECT_NE(png_image_write_to_memory(&png, bytes.data(), &size, 0, pixels.data(), 0, nullptr), 0);
+    bytes.resize(size);
+    return bytes;
+}
+
+std::string SomeJpeg(int colours) {
+    const std::array<unsigned char, 24> pixels{};
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+    const tjhandle coder = tjInitCompress();
+    EXPECT_EQ(tjCompress2(coder, pixels.data(), 3, 0, 2, colours, &data, &size,
+                          colours == TJPF_GRAY ? TJSAMP_GRAY : TJSAMP_444, 90, 0),
+              0);
+    std::string bytes(reinterpret_cast<const char*>(data), size);
+    tjFree(data);
+    tjDestroy(coder);
+    return bytes;
+}
+
+TEST(Images, AreReadOrRefusedWithAReason) {
+    EXPECT_EQ(ReadImage(SomePng())->Pixels,
+              "\xFF" + std::string(3, '\0') + "\xFF" + std::string(1, '\0') + std::string(12, '\xFF'));
+    EXPECT_EQ(ReadImage(SomeJpeg(TJPF_RGB))->Pixels, std::string(18, '\0'));
+    EXPECT_EQ(ReadImage(SomeJpeg(TJPF_GRAY))->Width, 3U);
+    const std::string png = SomePng();
+    const std::string jpeg = SomeJpeg(TJPF_RGB);
+    const std::pair<std::string, const char*> refused[] = {
+        {"", "não é PNG nem JPEG"},
+        {"GIF89a", "não é PNG nem JPEG"},
+        {png.substr(0, png.size() / 2), "está danificada ("},
+        {jpeg.substr(0, jpeg.size() - 20), "está danificada ("},
+        {SomeJpeg(TJPF_CMYK), "tem as cores de impressão (CMYK); grave-a em RGB"}};
+    for (const auto& [bytes, reason] : refused)
+        try {
+            ReadImage(bytes);
+            ADD_FAILURE() << reason;
+        } catch (const EInvalidImage& error) {
+            EXPECT_THAT(error.what(), HasSubstr(reason));
+        }
+}
+
+TEST(Images, StandOncePerFileOnAllPages) {
+    auto common = std::make_shared<TDrawing>();
+    common->Pictures.push_back({{10, 10, 30, 20}, ReadImage(SomePng())});
+    TPaperPage page = SomePage(common, "a");
+    page.Own.Pictures = common->Pictures;
+    std::ostringstream out;
+    TPdfWriter pdf(out, "Imagens");
+    pdf.AddPage(page);
+    pdf.AddPage(page);
+    pdf.Finish();
+    const std::string bytes = out.str();
+    const std::size_t at = bytes.find("/Subtype/Image/Width 3/Height 2");
+    EXPECT_NE(at, std::string::npos);
+    EXPECT_EQ(bytes.find("/Subtype/Image", at + 1), std::string::npos);
+    EXPECT_THAT(PdfStreams(bytes), testing::Contains(HasSubstr("q 85.04 0 0 56.69 28.35 756.85 cm /X")));
+    EXPECT_THAT(SvgPage(page), HasSubstr("href=\"data:image/png;base64,iVBORw0KGgo"));
 }
 
 } // namespace

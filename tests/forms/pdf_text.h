@@ -20,7 +20,7 @@ inline std::vector<std::string> PdfStreams(std::string_view pdf) {
          at = pdf.find(">>\nstream\n", at)) {
         at += 3 + kBegin.size();
         const std::size_t end = pdf.find(kEnd, at);
-        std::string content(1'000'000, '\0');
+        std::string content(4'000'000, '\0');
         uLongf size = content.size();
         EXPECT_EQ(uncompress(reinterpret_cast<Bytef*>(content.data()), &size,
                              reinterpret_cast<const Bytef*>(pdf.data()) + at, end - at),

@@ -59,6 +59,39 @@ TEST_F(Imprimir, ChoosesGuidesAndDescribesCodes) {
     EXPECT_THAT(one, HasSubstr("10000002\n"));
     EXPECT_THAT(one, HasSubstr("9 - N\xE3o acidente\n"));
     EXPECT_EQ(Pages(Texts({consultas_, "--guia", "10000002,77"}, kExitInvalid)), 1U);
+    // A number is the provider's; where no guide has it so, the health plan's.
+    std::string lot = ReadTestFile(Example("consulta-4.01.00-valido.xml"));
+    const std::string file = File("lote.xml");
+    const std::string notice = "900000101 é o número na operadora da guia 10000001";
+    WriteTestFile(file, lot);
+    EXPECT_THAT(Texts({file, "--guia", "900000101"}), HasSubstr("10000001\n"));
+    EXPECT_THAT(Run({"imprimir", file, "--guia", "900000101"}).Err, HasSubstr(notice));
+    lot.replace(lot.find(">10000002<"), 10, ">900000101<");
+    WriteTestFile(file, lot);
+    EXPECT_THAT(Texts({file, "--guia", "900000101"}), Not(HasSubstr("10000001\n")));
+    EXPECT_THAT(Run({"imprimir", file, "--guia", "900000101"}).Err, Not(HasSubstr(notice)));
+}
+
+TEST_F(Imprimir, NumbersEmptyLinesAfterTheLastItem) {
+    std::string lot = ReadTestFile(spsadt_);
+    for (const char* const number : {"3", "2", "1"}) { // of the first guide
+        const std::string item = fmt::format("<ans:sequencialItem>{}<", number);
+        lot.replace(lot.find(item), item.size(), fmt::format("<ans:sequencialItem>{}<", *number - '0' + 3));
+    }
+    WriteTestFile(File("lote.xml"), lot);
+    const std::string texts =
+        Texts({File("lote.xml"), "--guia", "20000001", "--formulario", "spsadt", "--sem-aviso"});
+    const auto count = [&](const std::string& line) {
+        std::size_t lines = 0;
+        for (std::size_t at = 0; (at = texts.find('\n' + line + '\n', at)) != std::string::npos; ++at)
+            ++lines;
+        return lines;
+    };
+    EXPECT_EQ(count("3 -"), 1U); // of the empty table above
+    EXPECT_EQ(count("4 -"), 2U);
+    EXPECT_EQ(count("7 -"), 1U);
+    EXPECT_EQ(count("8 -"), 1U);
+    EXPECT_EQ(count("9 -"), 0U);
 }
 
 /// Each element of a guide leads to the box that shows it, or to a sentence that says why there is none.
@@ -178,6 +211,17 @@ TEST_F(Imprimir, UsesTheTemplatesOfTheDataFolder) {
     EXPECT_THAT(own, HasSubstr("Sa\xFA"
                                "de & Cia.\n"));
     EXPECT_EQ(Pages(own), 3U);
+    const std::string logo = (std::filesystem::path(CONFERIX_FONTE) / "docs/imagens/janela.png").string();
+    WriteTestFile(File("dados/formularios/consulta.txt"),
+                  fmt::format("guia consulta\nleiaute 3.00.00- retrato\nlogotipo \"{0}\"\noperadora "
+                              "\"Ao lado\"\nimagem \"{0}\" altura=20 lado=direita\nlinha\n",
+                              logo));
+    const std::string pdf = Run({"imprimir", consultas_}).Out;
+    EXPECT_THAT(pdf, HasSubstr("/Subtype/Image/Width 1282/Height 744"));
+    // At the left of the header, as high as that; 20 mm high at the right.
+    EXPECT_THAT(PdfStreams(pdf),
+                testing::Contains(testing::AllOf(HasSubstr("Ao lado"), HasSubstr("q 55.19 0 0 32.03 18.99 "),
+                                                 HasSubstr("q 94.27 0 0 54.71 "))));
     WriteTestFile(File("dados/formularios/consulta.txt"),
                   "guia consulta\nleiaute 3.00.00- retrato\nlinha altura=300\n");
     EXPECT_THAT(Run({"imprimir", consultas_}).Err,

@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr long kLots = 10; ///< over all versions; CONFERIX_LOTES names another count
+constexpr long kLots = 40; ///< over all versions; CONFERIX_LOTES names another count
 
 class Listing : public TCommandTest {
   protected:
@@ -87,6 +87,7 @@ TEST_F(Listing, SumsAreThoseOfTheRules) {
         std::size_t declared = 0;
         for (const json& row : Rows(FileOf("guias", file))) {
             declared += row["valorInformado"].is_null() ? 0 : 1;
+            EXPECT_EQ(row["valorCalculado"].is_null(), report["versao"].get<std::string>() < "3.");
             if (row["difere"] == true)
                 wrong.insert(fmt::format("{:.2f}", row["valorCalculado"].get<double>()));
         }
@@ -238,10 +239,15 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
         const char* Wrong;
         json Informado;
         json Calculado;
+        const char* Note = "1 valor do arquivo não pode ser lido como número";
     };
     // What nobody can read is in no sum, and a sum of the rest is none.
-    const TCase cases[] = {{">44.65</ans:valorTotalGeral>", ">44,65</ans:valorTotalGeral>", nullptr, 44.65},
-                           {">18.40</ans:valorTotal>", ">18,40</ans:valorTotal>", 44.65, nullptr}};
+    const TCase cases[] = {
+        {">44.65</ans:valorTotalGeral>", ">44,65</ans:valorTotalGeral>", nullptr, 44.65},
+        {">44.65</ans:valorTotalGeral>", ">44000000000000000000.65</ans:valorTotalGeral>", nullptr, 44.65},
+        {">18.40</ans:valorTotal>", ">18,40</ans:valorTotal>", 44.65, nullptr},
+        {"<ans:valorTotalGeral>44.65</ans:valorTotalGeral>", "", nullptr, 44.65,
+         "1 guia não informa o seu valor total"}};
     for (const TCase& c : cases) {
         std::string lot = ReadTestFile(Example("spsadt-3.05.00-valido.xml"));
         const std::size_t at = lot.find(c.Right);
@@ -250,8 +256,39 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
         const json file = FileOf("guias", File("a.xml"));
         EXPECT_EQ(Column(file, "valorInformado")[0], c.Informado) << c.Wrong;
         EXPECT_EQ(Column(file, "valorCalculado")[0], c.Calculado) << c.Wrong;
-        EXPECT_THAT(file["observacoes"].dump(), HasSubstr("não pode ser lido como número")) << c.Wrong;
+        EXPECT_THAT(file["observacoes"].dump(), HasSubstr(c.Note)) << c.Wrong;
     }
+    // Dental items tell their value, of one or of all that they count.
+    std::string dental = ReadTestFile(Example("odonto-3.05.00-valido.xml"));
+    for (const auto& [right, wrong, difference] :
+         {std::tuple("", "", json(nullptr)),
+          {"<ans:valorTotalProc>", "<ans:valorTotalProc>1", json(1000.0)}}) {
+        if (*right != '\0')
+            dental.replace(dental.find(right), std::string_view(right).size(), wrong);
+        WriteTestFile(File("a.xml"), dental);
+        EXPECT_EQ(Column(FileOf("guias", File("a.xml")), "diferenca")[0], difference);
+    }
+}
+
+TEST_F(Listing, KeepsLotsAndMonitoringApart) {
+    const std::string monitoring = Example("monitoramento-1.06.00-valido.xml").string();
+    const std::string lot = Example("consulta-4.01.00-valido.xml").string();
+    const std::string fees = Example("honorarios-4.01.00-valido.xml").string();
+    const TCommandResult both = Run({"listar", "guias", lot, monitoring, fees});
+    EXPECT_THAT(both.Out, testing::AllOf(HasSubstr("Total de 2 lotes de guias\n"),
+                                         HasSubstr("Total de 1 arquivo de monitoramento\n")));
+    const json listing = Run({"listar", "guias", lot, monitoring, fees, "--formato", "json"}).Json();
+    EXPECT_EQ(listing["totais"], nullptr);
+    EXPECT_EQ(listing["totaisPorTipo"]["taMonitoramento"], listing["arquivos"][1]["totais"]);
+    EXPECT_EQ(listing["totaisPorTipo"]["taMensagemTISS"]["guias"],
+              listing["arquivos"][0]["totais"]["guias"].get<int>() +
+                  listing["arquivos"][2]["totais"]["guias"].get<int>());
+    // A file of other contents is not an empty one.
+    const TCommandResult refused =
+        Run({"listar", "guias", Example("monitoramento-1.06.00-fornecimento-direto.xml").string()});
+    EXPECT_EQ(refused.Status, kExitInvalid);
+    EXPECT_THAT(refused.Err,
+                testing::ContainsRegex("o arquivo não tem guias, só [0-9]+ fornecimentos? direto"));
 }
 
 TEST_F(Listing, IsATableForSpreadsheetsOfBrazil) {

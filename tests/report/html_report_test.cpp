@@ -149,8 +149,8 @@ TEST(HtmlReport, TellsOfEveryExampleWhatWasFound) {
         AllOf(HasSubstr("Linha 82, coluna 15"),
               HasSubstr("<mark>&lt;ans:quantidadeExecutada&gt;0&lt;/ans:quantidadeExecutada&gt;</mark>"),
               HasSubstr("Escreva quantas vezes o procedimento foi feito")));
-    // What concerns the run is told of the file, though a guide met it first; what is of one cause, once.
-    EXPECT_THAT(Between(report, "O arquivo como um todo", "</section>"), HasSubstr("A tabela 22 da TUSS"));
+    // What concerns the run is told apart, though a guide met it first; what is of one cause, once.
+    EXPECT_THAT(Between(report, "Sobre esta conferência", "</section>"), HasSubstr("A tabela 22 da TUSS"));
     EXPECT_THAT(report, HasSubstr("2 vezes: linhas 85, 98."));
     EXPECT_THAT(
         Between(Report({example("monitoramento-1.06.00-com-erros.xml")}), "Em várias guias", "</section>"),

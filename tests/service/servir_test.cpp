@@ -137,7 +137,7 @@ TEST_F(Servir, SaysWhenItIsNotReadyAndWhenAnAnswerGrowsTooLarge) {
     const std::string answer = Ask("GET /saude/pronta", "", "");
     EXPECT_THAT(answer, StartsWith("HTTP/1.1 503 "));
     EXPECT_THAT(answer, HasSubstr("nada.db"));
-    EXPECT_THAT(Ask("GET /saude", "", ""), StartsWith("HTTP/1.1 200 "));
+    EXPECT_THAT(Ask("GET /saude", "", ""), testing::AllOf(StartsWith("HTTP/1.1 200 "), HasSubstr("nada.db")));
     EXPECT_THAT(Ask("POST /validar", "", std::string(20, 'x')), StartsWith("HTTP/1.1 413 "));
     EXPECT_THAT(Ask("POST /corrigir?todas", "", ReadTestFile(Example("consulta-4.01.00-valido.xml"))),
                 StartsWith("HTTP/1.1 503 "))
@@ -149,12 +149,16 @@ TEST_F(Servir, StopsAtASignalWithWhatItHadToSay) {
     free.Port = 0;
     const std::uint16_t port = TTissServer(free, Engine(), log_).Server().Port();
     TCommandResult result{};
+    std::filesystem::create_directory(File("esquemas"));
+    WriteTestFile(File("esquemas/tissV4_01_00.xsd"), "<a");
     std::thread command([&] {
-        result = Run({"servir", "--endereco", "0.0.0.0", "--porta", std::to_string(port)});
+        result = Run({"servir", "--endereco", "0.0.0.0", "--porta", std::to_string(port), "--esquemas",
+                      File("esquemas")});
     });
     std::string alive;
     while (alive.empty())
         alive = TTestClient(port).Send("GET /saude HTTP/1.0\r\n\r\n").Answer();
+    EXPECT_THAT(TTestClient(port).Send("HEAD /regras HTTP/1.0\r\n\r\n").Answer(), HasSubstr(" 200 OK\r\n"));
     EXPECT_EQ(Run({"servir", "--porta", std::to_string(port)}).Err,
               fmt::format(
                   "conferix: erro: não foi possível escutar em 127.0.0.1, porta {}: a porta já está em uso\n",
@@ -165,6 +169,8 @@ TEST_F(Servir, StopsAtASignalWithWhatItHadToSay) {
     EXPECT_THAT(result.Err, StartsWith(fmt::format("conferix: aviso: o serviço atende outros computadores em "
                                                    "0.0.0.0:{}, sem senha e sem criptografia;",
                                                    port)));
+    EXPECT_THAT(result.Err, HasSubstr("conferix: aviso: Esquema tissV4_01_00.xsd, linha 1: "));
+    EXPECT_THAT(result.Err, testing::ContainsRegex("HEAD /regras 200 [^\n]*, 0 enviados"));
     EXPECT_THAT(result.Err, HasSubstr(fmt::format("conferix: o serviço atende em http://0.0.0.0:{} ", port)));
     EXPECT_THAT(result.Err, testing::EndsWith("conferix: o serviço parou\n"));
 }

@@ -8,9 +8,14 @@ area=$(mktemp -d)
 trap 'rm -rf "$area"' EXIT
 export CONFERIX_DADOS=$area/dados NO_COLOR=1 LC_ALL=pt_BR.UTF-8 # de onde o Wine toma a codificação dos nomes
 cd "$area"
+export WINEPREFIX=${WINEPREFIX:-${XDG_CACHE_HOME:-$HOME/.cache}/conferix/wine}
 falhas=0
 
 conferix() { "$raiz/scripts/windows/executar" "$programa" "$@"; }
+falha() {
+    falhas=$((falhas + 1))
+    echo "FALHA: $1"
+}
 espera() { # <status> <trecho da saída ou dos erros> <argumentos...>
     local status=0 saida
     saida=$(conferix "${@:3}" 2>&1) || status=$?
@@ -45,16 +50,83 @@ espera 1 'erro' validar fim.xml
 espera 1 'erro' validar - <fim.xml
 sed 's/$/\r/' "$errado" >linhas.xml
 espera 1 '' corrigir linhas.xml --todas --saida corrigido.xml
-[ "$(grep -c $'\r$' corrigido.xml)" -eq "$(grep -c '' corrigido.xml)" ] || { falhas=$((falhas + 1)); echo 'FALHA: os fins de linha mudaram'; }
+[ "$(grep -c $'\r$' corrigido.xml)" -eq "$(grep -c '' corrigido.xml)" ] || falha 'os fins de linha mudaram'
+
+# --no-lugar em cada forma de um caminho. O Wine acha as pastas da rede em dosdevices/unc.
+espera 1 '' corrigir "$errado" --todas --saida esperado.xml
+rede=$WINEPREFIX/dosdevices/unc/conferix-prova
+mkdir -p "$rede"
+ln -sfn "$area" "$rede/pasta"
+trap 'rm -rf "$area" "$rede"' EXIT
+longa=$(printf 'p%.0s' {1..120})
+mkdir -p "pasta com ção/$longa/$longa"
+windows=Z:${area//\//\\}
+for pasta in '' './' '.\' 'pasta\' 'pasta/../' 'pasta com ção\' "pasta com ção/$longa/$longa/" "$windows\\" "z:$area/" \
+    "\\\\?\\$windows\\" "\\\\?\\$windows\\pasta com ção\\$longa\\$longa\\" '\\conferix-prova\pasta\' \
+    '//conferix-prova/pasta/pasta com ção/' '\\?\UNC\conferix-prova\pasta\'; do
+    # Onde o Linux acha o mesmo arquivo.
+    onde=${pasta//\\//}
+    onde=${onde#//\?/}
+    onde=${onde#[Zz]:}
+    onde=${onde#UNC/}
+    onde=$(sed -E "s|^/*conferix-prova/pasta/|$area/|" <<<"$onde")
+    cp "$errado" "${onde}ação de março.xml"
+    espera 1 '' corrigir "${pasta}ação de março.xml" --todas --no-lugar
+    cmp -s esperado.xml "${onde}ação de março.xml" || falha "não foi corrigido no lugar: ${pasta}ação de março.xml"
+done
 
 cp "$errado" so_leitura.xml
 chmod a-w so_leitura.xml
 espera 3 'acesso negado' corrigir so_leitura.xml --todas --no-lugar
-cmp -s "$errado" so_leitura.xml || { falhas=$((falhas + 1)); echo 'FALHA: o arquivo protegido mudou'; }
+cmp -s "$errado" so_leitura.xml || falha 'o arquivo protegido mudou'
 
-if compgen -G '**/.conferix-*' >/dev/null || compgen -G '.conferix-*' >/dev/null; then
-    falhas=$((falhas + 1))
-    echo 'FALHA: restou um arquivo temporário'
+# Aberto em outro programa, que não o compartilha: nem para ler, ou só para ler.
+cat >segura.c <<'FIM'
+#include <windows.h>
+int main(int n, char **a) {
+    if (CreateFileA(a[1], GENERIC_READ, n > 2 ? FILE_SHARE_READ : 0, 0, OPEN_EXISTING, 0, 0) == INVALID_HANDLE_VALUE) return 1;
+    CloseHandle(CreateFileA("seguro", GENERIC_WRITE, 0, 0, CREATE_ALWAYS, 0, 0));
+    Sleep(60000);
+    return 0;
+}
+FIM
+x86_64-w64-mingw32-gcc-posix segura.c -o segura.exe
+aberto='está aberto em outro programa'
+for como in '' leitura; do
+    cp "$errado" aberto.xml
+    "$raiz/scripts/windows/executar" segura.exe aberto.xml $como &
+    outro=$!
+    while [ ! -e seguro ] && kill -0 "$outro"; do sleep 0.1; done
+    if [ -z "$como" ]; then espera 3 "$aberto" validar aberto.xml; else espera 1 'erro' validar aberto.xml; fi
+    espera 3 "$aberto" corrigir aberto.xml --todas --no-lugar
+    espera 3 "$aberto" corrigir "$errado" --todas --saida aberto.xml
+    kill -KILL "$outro"
+    wait "$outro" 2>/dev/null || true
+    cmp -s "$errado" aberto.xml || falha 'o arquivo aberto em outro programa mudou'
+    rm seguro
+done
+
+# Uma pasta em que nada pode ser gravado: montada sobre si mesma, só de leitura, onde o sistema o permite. Quem abre os
+# arquivos no Wine é o wineserver, que por isso tem de começar dentro da montagem.
+mkdir fechada
+cp "$errado" fechada/x.xml
+if unshare --mount true 2>/dev/null; then
+    servidor=$(command -v wineserver || echo /usr/lib/wine/wineserver)
+    "$servidor" -w
+    conferix() {
+        unshare --mount sh -c 'mount --bind fechada fechada && mount -o remount,bind,ro fechada && exec "$@"' - \
+            "$raiz/scripts/windows/executar" "$programa" "$@"
+    }
+    espera 3 'x.xml' corrigir fechada/x.xml --todas --no-lugar
+    espera 3 'nova.xml' corrigir "$errado" --todas --saida fechada/nova.xml
+    "$servidor" -w
+    [ "$(ls -A fechada)" = x.xml ] || falha "restou na pasta fechada: $(ls -A fechada)"
+    cmp -s "$errado" fechada/x.xml || falha 'o arquivo na pasta fechada mudou'
+else
+    echo 'Não experimentado: uma pasta só de leitura (este sistema não deixa montar uma).'
 fi
+
+restos=$(find . -name '.conferix-*')
+[ -z "$restos" ] || falha "restou um arquivo temporário: $restos"
 echo "$falhas falhas."
 [ "$falhas" -eq 0 ]

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Executa todos os exemplos em todos os comandos com o programa para Windows, no Wine, e com o do Linux: saída, erros, status
 # e arquivos gravados têm de ser iguais byte a byte. Só as identidades das mensagens, a hora e a pasta dos dados são outras.
-# Uso: tests/windows/comparar.sh [conferix do Linux] [conferix.exe]
+# Uso: tests/windows/comparar.sh [conferix do Linux] [conferix.exe] [exemplos, como 'consulta-*.xml']
 set -euo pipefail
 raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 linux=$(realpath "${1:-$raiz/build/release/bin/conferix}")
@@ -50,7 +50,7 @@ for lado in linux windows; do
 done
 longo=$(printf 'n%.0s' {1..150})/$(printf 'm%.0s' {1..150}).xml
 
-for exemplo in "$raiz"/exemplos/*.xml; do
+for exemplo in "$raiz"/exemplos/${3:-*.xml}; do
     nome=$(basename "$exemplo")
     for formato in texto json ndjson csv sarif junit html; do
         comparar /dev/null validar "$nome" --formato "$formato"

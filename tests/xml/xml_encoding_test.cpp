@@ -129,7 +129,7 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
         const std::string text = DecodeXml(head + written + " á ó ú").Text;
         const auto misreading = FindMisreading(text, {"windows-1252", false, nullptr});
         ASSERT_TRUE(misreading) << meant;
-        EXPECT_EQ(MeantText(text, misreading->Kind), head + meant + " á ó ú");
+        EXPECT_EQ(MeantText(text, *misreading), head + meant + " á ó ú");
         EXPECT_EQ(misreading->Kept.empty(), FindMalformedUtf8(written) == std::string_view(written).size());
     }
     EXPECT_EQ(EncodeXml("<?xml version='1.0' encoding='US-ASCII'?><a>é</a>", {}),

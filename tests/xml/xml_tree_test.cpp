@@ -107,6 +107,29 @@ TEST(XmlTree, AnswersTheOffsetOfAPlace) {
         EXPECT_EQ(document->OffsetOf(c.Line, c.Column), c.Offset) << c.Line << ":" << c.Column;
 }
 
+TEST(XmlTree, TellsPlacesOfALongTextInAnyOrderAndOfRemovedNodes) {
+    std::string text = "<r>";
+    for (int i = 0; i < 3000; ++i)
+        text += i % 3 == 0 ? "<a>é</a>" : i % 101 == 0 ? "\r\n<a/>" : "<a b='>'>ção</a>";
+    const auto document = Parsed(text + "</r>");
+    const std::size_t size = document->Text().size();
+    for (std::size_t i = 0, at = 0; i < 500; ++i, at = (at + 7919) % size) {
+        const TXmlPlace expected = TPositionCounter(document->Text()).PlaceOf(at);
+        const TXmlPlace place = document->PlaceOf(at);
+        EXPECT_EQ(std::tie(place.Line, place.LinePos, place.FilePos),
+                  std::tie(expected.Line, expected.LinePos, expected.FilePos))
+            << at;
+    }
+    TXmlNode* second = document->Element()->FirstChildTag()->NextSiblingTag();
+    second->Remove();
+    EXPECT_EQ(second->Parent(), nullptr);
+    EXPECT_EQ(second->LinePos(), 12);
+    EXPECT_EQ(second->TextPlace().LinePos, 21);
+    const TXmlNode* added = document->NewTag("n");
+    EXPECT_EQ(added->Line(), 0);
+    EXPECT_EQ(added->Parent(), nullptr);
+}
+
 TEST(XmlTree, SurvivesAMillionNestedElementsAndALongAttribute) {
     constexpr int kDepth = 1000000;
     std::string deep;

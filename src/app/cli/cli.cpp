@@ -5,6 +5,7 @@
 #include "app/cli/commands.h"
 #include "app/installation.h"
 #include "app/message_groups.h"
+#include "app/missing_data.h"
 #include "convert/conversion_run.h"
 #include "data/database_tuss.h"
 #include "data/tuss.h"
@@ -102,12 +103,6 @@ TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName, 
     if (fileName != "-")
         return TTissFile::Read(PathFromText(fileName), undecodable);
     return TTissFile(ReadWholeStream(context.Streams.In, fileName), undecodable);
-}
-
-std::string MissingSchemaText(const std::filesystem::path& schema) {
-    return fmt::format("o schema \"{}\" não está na pasta \"{}\"; para instalar os schemas publicados pela "
-                       "ANS: conferix esquemas importar PASTA",
-                       PathText(schema.filename()), PathText(schema.parent_path()));
 }
 
 int StatusOf(const TValidateArgs& result) {

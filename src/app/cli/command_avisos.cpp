@@ -1,5 +1,6 @@
 #include "app/cli/commands.h"
 #include "app/notices.h"
+#include "platform/platform.h"
 #include "report/console.h"
 #include "report/message_json.h"
 
@@ -7,6 +8,7 @@
 
 #include <charconv>
 #include <ostream>
+#include <string>
 
 namespace conferix {
 
@@ -49,14 +51,19 @@ std::int64_t NumberOf(const std::string& text) {
     return number;
 }
 
-} // namespace
+int TellFailure(const TCliContext& context, std::string reason) {
+    if (reason.ends_with('.'))
+        reason.pop_back();
+    context.Error(reason + ". Nenhum aviso é mostrado: eles ficam na pasta de dados, que não pode ser usada "
+                           "(CONFERIX_DADOS indica outra)");
+    return kExitUnreadable;
+}
 
-int RunAvisos(const TCliContext& context, const TAvisosOptions& options) {
-    bool failed = false;
-    TNoticeBox box(TDatabase(), [&](const std::string& reason) {
-        failed = true;
-        context.Error(reason);
-    });
+/// What the command does with the inbox of the data folder. Raises EFile and EDataFolderUnknown where that
+/// folder cannot be used.
+int RunWithBox(const TCliContext& context, const TAvisosOptions& options) {
+    std::string failure;
+    TNoticeBox box(TDatabase(), [&](const std::string& reason) { failure = reason; });
     std::vector<std::int64_t> read;
     std::vector<std::int64_t> deleted;
     for (const std::string& text : options.Lido)
@@ -66,7 +73,7 @@ int RunAvisos(const TCliContext& context, const TAvisosOptions& options) {
     NoteState(box, StateNotices(context.TerminologyFactory()));
     int status = kExitValid;
     const auto check = [&](bool found, std::int64_t number) {
-        if (found || failed)
+        if (found || !failure.empty())
             return;
         context.Error(fmt::format("não há aviso de número {}", number));
         status = kExitInvalid;
@@ -77,8 +84,8 @@ int RunAvisos(const TCliContext& context, const TAvisosOptions& options) {
         check(box.Delete(number), number);
 
     const std::vector<TNotice> notices = box.Notices(options.Todos);
-    if (failed)
-        return kExitUnreadable;
+    if (!failure.empty())
+        return TellFailure(context, failure);
     if (status != kExitValid)
         return status;
     std::ostream& out = context.Streams.Out;
@@ -96,6 +103,18 @@ int RunAvisos(const TCliContext& context, const TAvisosOptions& options) {
         out << (options.Todos ? "Não há avisos.\n"
                               : "Não há avisos novos; conferix avisos --todos mostra também os lidos.\n");
     return status;
+}
+
+} // namespace
+
+int RunAvisos(const TCliContext& context, const TAvisosOptions& options) {
+    try {
+        return RunWithBox(context, options);
+    } catch (const EFile& error) {
+        return TellFailure(context, error.what());
+    } catch (const EDataFolderUnknown& error) {
+        return TellFailure(context, error.what());
+    }
 }
 
 } // namespace conferix

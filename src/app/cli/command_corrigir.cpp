@@ -4,6 +4,7 @@
 #include "app/execute_solver.h"
 #include "app/file_correction.h"
 #include "app/message_groups.h"
+#include "app/missing_data.h"
 #include "app/unified_diff.h"
 #include "platform/platform.h"
 #include "report/console.h"

@@ -19,14 +19,13 @@ struct TDocumentKind {
     std::string_view Name;
     std::string_view Label;
     std::size_t Length;
-    bool RefusesRepetition;
     bool (*IsValid)(std::string_view);
 };
 
 constexpr std::array<TDocumentKind, 3> kKinds = {{
-    {"cpf", "CPF", 11, true, &TDocumentsValidation::IsValidCpf},
-    {"cnpj", "CNPJ", 14, true, &TDocumentsValidation::IsValidCnpj},
-    {"cns", "CNS", 15, false, &TDocumentsValidation::IsValidCNS},
+    {"cpf", "CPF", 11, &TDocumentsValidation::IsValidCpf},
+    {"cnpj", "CNPJ", 14, &TDocumentsValidation::IsValidCnpj},
+    {"cns", "CNS", 15, &TDocumentsValidation::IsValidCNS},
 }};
 
 constexpr std::size_t kCheckDigits = 2;
@@ -38,12 +37,12 @@ bool IsLetter(char c) {
     return c >= 'A' && c <= 'Z';
 }
 
-/// The number without the punctuation that people write, letters as capitals.
-std::string Bare(std::string_view value) {
+/// The number without the punctuation that people write, letters of a CNPJ as capitals.
+std::string Bare(const TDocumentKind& kind, std::string_view value) {
     std::string bare;
     for (const char c : value)
         if (std::string_view(".-/ \t").find(c) == std::string_view::npos)
-            bare += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+            bare += c >= 'a' && c <= 'z' && kind.Name == "cnpj" ? static_cast<char>(c - 'a' + 'A') : c;
     return bare;
 }
 
@@ -68,44 +67,49 @@ bool HasRightCheckDigits(const std::string& number) {
     return true;
 }
 
-/// Why a number is none of its kind, as a sentence's part; empty when it is one.
+/// Whether there is but one digit again and again; the last is not looked at.
+bool IsRepeated(const std::string& number) {
+    return number.find_first_not_of(number.front()) >= number.size() - 1;
+}
+
+/// Why a number is none of its kind, in sentences; empty when it is one.
 std::string FaultOf(const TDocumentKind& kind, const std::string& number) {
-    const bool letters = HasLetters(kind, number);
     if (number.empty())
-        return "não há nenhum dígito";
-    const std::size_t free = letters && number.size() == kind.Length ? kind.Length - kCheckDigits : 0;
-    for (std::size_t i = free; i < number.size() && letters == (free != 0); ++i)
+        return "Não há nenhum dígito.";
+    const bool letters = HasLetters(kind, number);
+    const bool whole = number.size() == kind.Length;
+    // Letters stand before the check digits; a number that is too long or short is told so first.
+    const std::size_t free = !letters ? 0 : whole ? kind.Length - kCheckDigits : number.size();
+    for (std::size_t i = free; i < number.size(); ++i)
         if (!IsDigit(number[i]))
-            return fmt::format("o caractere \"{}\" não é um dígito",
+            return fmt::format("O caractere \"{}\" não é um dígito.",
                                Visible(std::string_view(number).substr(
                                    i, BytesOfCharacters(std::string_view(number).substr(i), 1))));
-    if (number.size() != kind.Length)
-        return fmt::format("tem {}; um {} tem {}",
+    if (!whole)
+        return fmt::format("Tem {}; um {} tem {}.",
                            letters ? Counted(number.size(), "caractere", "caracteres")
                                    : Counted(number.size(), "dígito", "dígitos"),
                            kind.Label, kind.Length);
-    if (letters ? HasRightCheckDigits(number) : kind.IsValid(number))
+    if (letters && HasRightCheckDigits(number))
+        return "Tem letras, como os CNPJ novos podem ter, e os dígitos verificadores conferem; mas as regras "
+               "dos campos 014 e 075 do monitoramento só aceitam dígitos, e dos lotes só os da versão "
+               "4.03.00 aceitam letras.";
+    if (!letters && kind.IsValid(number))
         return "";
-    if (kind.RefusesRepetition && number.find_first_not_of(number.front()) >= number.size() - 1)
-        return fmt::format("o dígito {} se repete", number.front());
-    return "os dígitos verificadores não conferem com os outros; veja se algum foi trocado";
+    return IsRepeated(number)
+               ? fmt::format("O dígito {} se repete.", number.front())
+               : "Os dígitos verificadores não conferem com os outros; veja se algum foi trocado.";
 }
 
-constexpr std::string_view kLettersNote = "O CNPJ tem letras, como os novos podem ter. Dos schemas do TISS, "
-                                          "só o aceitam os da versão 4.03.00 e os de "
-                                          "monitoramento a partir de 1.05.00.";
-
-constexpr std::string_view kFirstDigitNote = "Os dígitos verificadores conferem, mas o CNS de uma pessoa "
-                                             "começa com 1, 2, 7, 8 ou 9.";
-
-/// What is to be known of a number beyond its digits; empty for nothing.
-std::string_view NoteOn(const TDocumentKind& kind, const std::string& number, bool isValid) {
-    if (HasLetters(kind, number))
-        return kLettersNote;
-    const bool isCns = kind.Name == "cns";
-    return isCns && isValid && std::string_view("12789").find(number.front()) == std::string_view::npos
-               ? kFirstDigitNote
-               : "";
+/// What is to be known of a valid number beyond its digits; empty for nothing.
+std::string_view NoteOn(const TDocumentKind& kind, const std::string& number) {
+    if (kind.Name != "cns" || std::string_view("12789").find(number.front()) != std::string_view::npos)
+        return "";
+    return IsRepeated(number)
+               ? "Os dígitos verificadores conferem, mas o número só repete um dígito, e o CNS de "
+                 "uma pessoa começa com 1, 2, 7, 8 ou 9."
+               : "Os dígitos verificadores conferem, mas o CNS de uma pessoa começa com 1, 2, 7, "
+                 "8 ou 9.";
 }
 
 } // namespace
@@ -113,9 +117,9 @@ std::string_view NoteOn(const TDocumentKind& kind, const std::string& number, bo
 int RunDocumento(const TCliContext& context, const std::string& documento, const std::string& valor) {
     const TDocumentKind& kind =
         *std::ranges::find_if(kKinds, [&](const TDocumentKind& k) { return k.Name == documento; });
-    const std::string number = Bare(valor);
+    const std::string number = Bare(kind, valor);
     const std::string fault = FaultOf(kind, number);
-    const std::string_view note = NoteOn(kind, number, fault.empty());
+    const std::string_view note = fault.empty() ? NoteOn(kind, number) : "";
     std::ostream& out = context.Streams.Out;
     if (context.Json()) {
         out << JsonText({{"documento", documento},
@@ -127,7 +131,7 @@ int RunDocumento(const TCliContext& context, const std::string& documento, const
             << '\n';
     } else {
         out << kind.Label << ' ' << Visible(valor) << ": "
-            << (fault.empty() ? "válido" : fmt::format("inválido: {}.", fault)) << '\n';
+            << (fault.empty() ? "válido" : "inválido. " + fault) << '\n';
         if (!note.empty())
             out << note << '\n';
     }

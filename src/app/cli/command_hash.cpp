@@ -4,6 +4,8 @@
 #include "validation/hash_calculator.h"
 #include "validator/all_rules.h"
 
+#include <fmt/format.h>
+
 #include <ostream>
 
 namespace conferix {
@@ -12,8 +14,7 @@ namespace {
 
 int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
     const std::string written(file.Hash());
-    const std::string iso = THashCalculator::Calculate(*file.Xml(), THashEncoding::Iso88591);
-    const std::string utf8 = THashCalculator::Calculate(*file.Xml(), THashEncoding::Utf8);
+    const auto [iso, utf8] = THashCalculator::CalculateMeant(*file.Xml());
     const auto rule = AllRules().MakeValidation(RuleOfKind(file.TipoArquivo(), "hash"), nullptr);
     file.Accept(*rule);
     const TXmlMessage& verdict = *rule->ValidationMessages().front();
@@ -39,8 +40,15 @@ int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
 } // namespace
 
 int RunHash(const TCliContext& context, const std::string& arquivo) {
-    return RunOnFile(context, arquivo,
-                     [&](const TTissFile& file) { return ShowHashes(context, *file.Load()); });
+    return RunOnFile(context, arquivo, [&](const TTissFile& file) {
+        const auto loaded = file.Load();
+        const auto misreading = file.Misreading();
+        if (misreading)
+            loaded->Xml()->SetMisreading(*misreading);
+        for (const auto& message : FindEncodingFaults(file.Text(), file.Encoding(), misreading))
+            context.Warning(fmt::format("{}: {}", arquivo, message->Msg()));
+        return ShowHashes(context, *loaded);
+    });
 }
 
 } // namespace conferix

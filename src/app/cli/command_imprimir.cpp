@@ -1,6 +1,7 @@
 #include "app/cli/command_line.h"
 #include "app/cli/commands.h"
 #include "app/guide_forms.h"
+#include "app/guide_numbers.h"
 #include "data/database_tuss.h"
 #include "model/arquivo_tiss_factory.h"
 #include "platform/platform.h"
@@ -65,7 +66,7 @@ TFormOptions OptionsOf(const TCliContext& context, const TImprimirOptions& optio
 class TPrinting {
   public:
     TPrinting(const TCliContext& context, const TImprimirOptions& options)
-        : context_(context), options_(options), wanted_(options.Guias.begin(), options.Guias.end()),
+        : context_(context), options_(options), numbers_(options.Guias),
           printer_(InstalledForms(), OptionsOf(context, options)),
           pdf_(bytes_, options.EmBranco.empty() ? "Guias TISS" : "Formulário TISS") {
         for (const std::string& name : {options.Formulario, options.EmBranco})
@@ -82,11 +83,12 @@ class TPrinting {
                                           context_, name, true, files_,
                                           [&](const TTissFile& file) { return Print(name, file); },
                                           TXmlUndecodable::Guessed));
-        for (const std::string& number : wanted_)
-            if (!printed_.contains(number)) {
-                context_.Error(fmt::format("nenhum dos arquivos tem a guia {}", number));
-                status = std::max<int>(status, kExitInvalid);
-            }
+        for (const auto& [number, shown] : numbers_.FoundByOperator())
+            context_.Warning(fmt::format("{} é o número na operadora da guia {}", number, shown));
+        for (const std::string& number : numbers_.Missing()) {
+            context_.Error(fmt::format("nenhum dos arquivos tem a guia {}", number));
+            status = std::max<int>(status, kExitInvalid);
+        }
         if (pages_ == 0) {
             if (status == kExitValid)
                 context_.Error("não há nada a imprimir: nenhuma guia tem o formulário pedido");
@@ -118,8 +120,8 @@ class TPrinting {
     int Print(const std::string& name, const TTissFile& file) {
         std::optional<std::size_t> errors;
         const std::shared_ptr<const IArquivoTiss> loaded = Load(name, file, errors);
-        const std::vector<TFormGuide> guides = WantedOf(FormGuidesOf(*loaded));
-        if (guides.empty() && wanted_.empty()) {
+        const std::vector<TFormGuide> guides = numbers_.Choose(FormGuidesOf(*loaded));
+        if (guides.empty() && numbers_.IsAll()) {
             context_.Error(
                 fmt::format("{}: o arquivo não tem guias a imprimir; são impressos lotes de guias", name));
             return kExitInvalid;
@@ -157,19 +159,6 @@ class TPrinting {
         return result.ArquivoTiss != nullptr ? result.ArquivoTiss : file.Load();
     }
 
-    /// The guides to be printed.
-    std::vector<TFormGuide> WantedOf(std::vector<TFormGuide> guides) {
-        if (!wanted_.empty())
-            std::erase_if(guides, [this](const TFormGuide& guide) {
-                const std::string other(ValueOf(guide.Node->FirstDescendant("numeroGuiaOperadora")));
-                if (!wanted_.contains(guide.Number) && !wanted_.contains(other))
-                    return true;
-                printed_.insert({guide.Number, other});
-                return false;
-            });
-        return guides;
-    }
-
     void Write() {
         const std::string bytes = std::move(bytes_).str();
         if (options_.Saida.empty() || options_.Saida == "-")
@@ -189,8 +178,7 @@ class TPrinting {
 
     const TCliContext& context_;
     const TImprimirOptions& options_;
-    std::set<std::string> wanted_;  ///< numbers of guides; empty: all
-    std::set<std::string> printed_; ///< numbers that were found
+    TGuideNumbers numbers_;
     TFormPrinter printer_;
     std::ostringstream bytes_;
     TGuidePdf pdf_;

@@ -205,7 +205,9 @@ class TParser {
 
     void Give(const TParameter& parameter, const std::string& value) {
         if (value.empty() && parameter.Kind != TValueKind::Text)
-            Fail(fmt::format("{}: o nome está vazio.", parameter.Name));
+            Fail(parameter.Commas
+                     ? fmt::format("{}: há um nome vazio; separe os nomes com uma vírgula.", parameter.Name)
+                     : fmt::format("{}: o nome está vazio.", parameter.Name));
         if (!given_.insert(parameter.Name).second && !parameter.TakesMany())
             Fail(fmt::format("A opção {} foi informada mais de uma vez.", parameter.Name));
         if (parameter.Name == "--formato")
@@ -337,8 +339,14 @@ TParsedLine ParseCommandLine(const TCommand& root, const std::vector<std::string
 
 const TCommand& CommandOf(const TCommand& root, const std::vector<std::string>& words) {
     const TCommand* command = &root;
-    for (const std::string& word : words)
-        command = &ChildOf(*command, command == &root, word);
+    for (const std::string& word : words) {
+        // What a command is told to do reads like a command of its own: "listar guias".
+        const bool isChoice = !command->IsGroup() && !command->Arguments.empty() &&
+                              std::ranges::find(command->Arguments.front().Choices, word) !=
+                                  command->Arguments.front().Choices.end();
+        if (!isChoice)
+            command = &ChildOf(*command, command == &root, word);
+    }
     return *command;
 }
 

@@ -112,7 +112,8 @@ struct TParsedLine {
 /// `root`: options for every command, and the commands. Raises ECommandLine.
 TParsedLine ParseCommandLine(const TCommand& root, const std::vector<std::string>& words);
 
-/// The command that words name, as "terminologia", "importar"; the root for none. Raises ECommandLine.
+/// The command that words name, as "terminologia", "importar", or "listar", "guias"; the root for none.
+/// Raises ECommandLine.
 const TCommand& CommandOf(const TCommand& root, const std::vector<std::string>& words);
 
 /// The commands that can be run, in the order of the help.

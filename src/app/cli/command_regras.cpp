@@ -8,16 +8,12 @@
 #include "report/rule_search.h"
 #include "report/rules_json.h"
 #include "validator/rule_list.h"
-#include "xml/lower_case.h"
-#include "xml/name_likeness.h"
-#include "xml/xml_node.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <iterator>
 #include <memory>
-#include <optional>
 #include <ostream>
 
 namespace conferix {
@@ -89,62 +85,30 @@ void CreateNamedConfig(const TCliContext& context) {
                                            Visible(context.Config));
 }
 
-/// Whether `end` is a name, or its last parts.
-bool EndsName(std::string_view name, std::string_view end) {
-    return name == end ||
-           (name.size() > end.size() && name.ends_with(end) && name[name.size() - end.size() - 1] == '.');
-}
+/// Where the names are that there are.
+constexpr const char* kWhichRules = " \"conferix regras\" mostra a lista.";
 
-/// The rule that the user names, by its whole name or an end of it that leaves no doubt which text is meant.
-/// Raises EUsage, with the names that may have been meant.
-std::size_t RuleNamed(const std::vector<TListedRule>& rules, const std::string& given) {
-    const std::string name = LowerCase(TrimXmlSpace(given)); // as the names of rules are written
-    constexpr std::size_t kSlips = 3;
-    constexpr std::size_t kOffered = 6;
-    if (const std::optional<std::size_t> exact = FindRule(rules, name))
-        return *exact;
-    std::vector<std::size_t> ending;
-    std::vector<std::pair<std::size_t, std::string>> alike;
+/// The rule to be explained: by its name, or an end of it that leaves no doubt which text is meant. Raises
+/// EUsage, with the names that may have been meant, also by words of what a rule is about.
+std::size_t RuleToExplain(const std::vector<TListedRule>& rules, const std::string& given) {
+    const std::vector<std::size_t> named = RulesNamed(rules, given);
     const TRuleGuide& guide = TRuleGuide::Instance();
-    for (std::size_t i = 0; i < rules.size(); ++i) {
-        const std::string& rule = rules[i].Rule->Name;
-        if (EndsName(rule, name))
-            ending.push_back(i);
-        // A slip in a short name is one in the end of a long one, too.
-        const std::size_t parts = static_cast<std::size_t>(std::ranges::count(name, '.')) + 1;
-        std::size_t begin = rule.size();
-        for (std::size_t part = 0; part < parts && begin != std::string::npos && begin != 0; ++part)
-            begin = rule.rfind('.', begin - 1);
-        const std::size_t slips =
-            EditDistance(rule.substr(begin == std::string::npos ? 0 : begin + 1), name, kSlips);
-        if (slips <= std::min(kSlips, name.size() / 3))
-            alike.emplace_back(slips, rule);
-    }
-    const bool sameText = !ending.empty() && std::ranges::all_of(ending, [&](std::size_t rule) {
-        return guide.Find(rules[rule].Rule->Name) == guide.Find(rules[ending.front()].Rule->Name);
-    });
-    if (sameText)
-        return ending.front();
-    std::string meant;
-    if (!ending.empty()) {
-        for (const std::size_t rule : ending)
-            meant += (meant.empty() ? "" : ", ") + rules[rule].Rule->Name;
-        throw EUsage(fmt::format("\"{}\" termina o nome de várias regras: {}", Visible(given), meant));
-    }
-    if (alike.empty()) // it may be words of what the rule is about
-        for (const TRuleText* text : SearchRuleTexts(guide, given))
-            alike.emplace_back(alike.size(), text->Rules.front());
-    std::ranges::sort(alike);
-    for (std::size_t i = 0; i < std::min(alike.size(), kOffered); ++i)
-        meant += fmt::format("{}\"{}\"", i == 0 ? " Você quis dizer " : " ou ", alike[i].second);
-    throw EUsage(fmt::format("a regra \"{}\" não existe.{}", Visible(given),
-                             meant.empty() ? " \"conferix regras\" mostra a lista." : meant + "?"));
+    if (!named.empty() && std::ranges::all_of(named, [&](std::size_t rule) {
+            return guide.Find(rules[rule].Rule->Name) == guide.Find(rules[named.front()].Rule->Name);
+        }))
+        return named.front();
+    std::vector<std::string> alike = RulesAlike(rules, given);
+    if (alike.empty())
+        for (const TRuleText* text : SearchRuleTitles(guide, given))
+            alike.push_back(text->Rules.front());
+    throw EUsage(WrongRuleText(rules, given, named, alike) +
+                 (named.empty() && alike.empty() ? kWhichRules : ""));
 }
 
 /// What a rule checks, what fails and how to mend it; of a group, also which rules stand right below it.
 void PrintExplanation(const TCliContext& context, const std::string& name) {
     const std::vector<TListedRule> rules = ListRules();
-    const std::size_t rule = RuleNamed(rules, name);
+    const std::size_t rule = RuleToExplain(rules, name);
     const std::size_t end = EndOfGroup(rules, rule);
     const TRuleGuide& guide = TRuleGuide::Instance();
     const TRuleText& text = *guide.Find(rules[rule].Rule->Name);
@@ -185,8 +149,8 @@ std::vector<std::string> SwitchRules(TConfig& config, std::vector<TRuleSwitch> s
     TConfiguracaoValidacoes rules(std::move(config));
     // Groups come first, so that what is said of a rule below one holds whatever the order was.
     const auto depth = [&rules](const TRuleSwitch& asked) {
-        const std::optional<std::size_t> node = rules.Find(asked.Nome);
-        return node ? rules.Rules()[*node].Depth : 0;
+        const std::vector<std::size_t> named = RulesNamed(rules.Rules(), asked.Nome);
+        return named.empty() ? 0 : rules.Rules()[named.front()].Depth;
     };
     std::stable_sort(
         switches.begin(), switches.end(),
@@ -194,6 +158,8 @@ std::vector<std::string> SwitchRules(TConfig& config, std::vector<TRuleSwitch> s
     try {
         for (const TRuleSwitch& asked : switches)
             rules.SetChecked(asked.Nome, asked.Ativa);
+    } catch (const EUnknownRule& error) {
+        throw EUsage(error.what() + std::string(kWhichRules));
     } catch (const ERuleNotSwitched& error) {
         throw EUsage(error.what());
     }
@@ -213,8 +179,12 @@ int RunRegras(const TCliContext& context, const TRegrasOptions& options) {
     const TConfig before = context.LoadConfig();
     TConfig config = before;
     std::vector<TRuleSwitch> switches;
+    const std::vector<TListedRule> known = ListRules();
     for (const std::string& name : options.Ativar) {
-        if (std::find(options.Desativar.begin(), options.Desativar.end(), name) != options.Desativar.end())
+        const std::vector<std::size_t> named = RulesNamed(known, name);
+        if (!named.empty() && std::ranges::any_of(options.Desativar, [&](const std::string& other) {
+                return RulesNamed(known, other) == named;
+            }))
             throw EUsage(
                 fmt::format("a regra \"{}\" não pode ser ativada e desativada ao mesmo tempo", name));
         switches.push_back({name, true});

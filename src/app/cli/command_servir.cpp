@@ -1,5 +1,6 @@
 #include "app/cli/commands.h"
 #include "app/servir/tiss_server.h"
+#include "report/console.h"
 
 #include <fmt/format.h>
 
@@ -62,6 +63,8 @@ int RunServir(const TCliContext& context, const TServirOptions& options) {
             fmt::format("o serviço atende outros computadores em {}, sem senha e sem criptografia; ponha "
                         "à frente dele um proxy que cuide disso",
                         server.Authority()));
+    for (const std::string& problem : service->Problems())
+        context.Warning(OneLine(problem));
     server.StopAtSignals();
     log << fmt::format("conferix: o serviço atende em http://{} (Ctrl+C para)\n", server.Authority())
         << std::flush;

@@ -40,8 +40,8 @@ std::vector<std::string> EnabledRules(const TCliContext& context, const std::vec
 /// Refuses options that say nothing beside others.
 void CheckOptions(const TCliContext& context, const TValidarOptions& options) {
     const bool text = context.Formato == "texto";
-    const bool ndjson = context.Formato == "ndjson";
-    const bool counts = text || ndjson || context.Json();
+    const bool json = context.Json() || context.Formato == "ndjson";
+    const bool counts = text || json;
     const bool hidden = options.Silencioso && options.Saida.empty();
     const std::pair<bool, const char*> refusals[] = {
         {options.Saida == "-", "sem --saida, o relatório já vai para a saída padrão"},
@@ -59,7 +59,8 @@ void CheckOptions(const TCliContext& context, const TValidarOptions& options) {
         {options.Resumo && (options.Todas || options.Detalhar || !options.Agrupar.empty()),
          "--resumo não mostra mensagens; não combina com --todas, --detalhar nem --agrupar"},
         {options.Estatisticas && !counts, "--estatisticas só existe em texto, json e ndjson"},
-        {options.Totais && !ndjson, "--totais é a última linha do formato ndjson; use --formato ndjson"},
+        {options.Totais && !json,
+         "--totais só existe em json e ndjson; o texto sempre termina com os totais"},
         {!options.Agrupar.empty() && !text, "--agrupar só existe em texto"},
         {options.Todas && !options.Nivel.empty(),
          "--todas mostra todas as mensagens e --nivel só algumas; use uma das duas"},
@@ -107,19 +108,17 @@ TFileResult Validate(const TCliContext& context, const TFileValidator& validator
 struct TFileReport {
     TFileSummary Summary;
     std::string Text;
-    std::filesystem::path MissingSchema; ///< empty where none is missing
-    std::vector<TBilledGuide> Guides;    ///< kept where several files are validated
+    std::vector<TBilledGuide> Guides; ///< kept where several files are validated
 };
 
 /// Tells what came of the files: as they end, or in their order.
 class TReportOutput {
   public:
-    /// `quiet`: besides the report, only failures are told. `statistics`: TReportTotals takes it.
     TReportOutput(const TCliContext& context, std::ostream& out, IReportWriter& writer,
-                  const std::vector<TInput>& inputs, bool quiet, bool statistics)
-        : context_(context), out_(out), writer_(writer), inputs_(inputs), quiet_(quiet),
-          progress_(context.Streams.Err, context.Streams.ErrIsTerminal && !quiet, inputs.size()),
-          waiting_(inputs.size()), totals_(statistics) {
+                  const std::vector<TInput>& inputs, const TValidarOptions& options)
+        : context_(context), out_(out), writer_(writer), inputs_(inputs), options_(options),
+          progress_(context.Streams.Err, context.Streams.ErrIsTerminal && !options.Silencioso, inputs.size()),
+          waiting_(inputs.size()), totals_(options.Estatisticas) {
         writer_.Begin(out_);
     }
 
@@ -128,7 +127,7 @@ class TReportOutput {
 
     /// Any thread may add what came of the file of that index.
     void Add(std::size_t index, const TFileResult& file) {
-        TFileReport report{TFileSummary(file), writer_.FileText(file), file.Validation.MissingSchema,
+        TFileReport report{TFileSummary(file), writer_.FileText(file),
                            inputs_.size() > 1 ? BilledGuides(file.Validation) : std::vector<TBilledGuide>()};
         const std::lock_guard lock(mutex_);
         progress_.End();
@@ -147,13 +146,10 @@ class TReportOutput {
     /// Ends the report.
     void Finish() {
         progress_.Clear();
-        const std::vector<std::string> repeated = RepeatedGuides();
-        for (const std::string& text : repeated)
-            totals_.Note(text);
+        totals_.SetRepeated(RepeatedGuides());
         writer_.End(out_, totals_);
-        if (!quiet_)
-            for (const std::string& text : repeated)
-                context_.Warning(text);
+        if (!options_.Silencioso)
+            WarnOfRepeated();
     }
 
     int Status(TReportLevel failing) const {
@@ -166,8 +162,26 @@ class TReportOutput {
     }
 
   private:
+    /// Tells of the guides in two files who does not see it in the report.
+    void WarnOfRepeated() const {
+        const bool text = context_.Formato == "texto";
+        const bool told = text || options_.Totais || !(context_.Json() || context_.Formato == "ndjson");
+        if (totals_.Repeated().empty() || (text && options_.Saida.empty()))
+            return;
+        if (!told) {
+            for (const std::string& sentence : RepeatedGuideTexts(totals_.Repeated()))
+                context_.Warning(sentence);
+            return;
+        }
+        std::set<std::pair<std::string, std::int32_t>> guides;
+        for (const TGuideInTwoFiles& guide : totals_.Repeated())
+            guides.emplace(guide.File, guide.Line);
+        context_.Warning(fmt::format("{} em mais de um arquivo; o relatório diz onde",
+                                     Counted(guides.size(), "guia está", "guias estão")));
+    }
+
     /// Guides of one provider that are in two files; a second bill is refused.
-    std::vector<std::string> RepeatedGuides() const {
+    std::vector<TGuideInTwoFiles> RepeatedGuides() const {
         std::vector<TRepeatedGuide> repeated = repeated_.Found();
         std::erase_if(repeated, [&](const TRepeatedGuide& guide) { // one file under two names
             std::error_code failure;
@@ -177,7 +191,7 @@ class TReportOutput {
         std::vector<std::string> names;
         for (const TInput& input : inputs_)
             names.push_back(input.Name);
-        return RepeatedGuideTexts(repeated, names);
+        return WithFileNames(repeated, names);
     }
 
     void Print(TFileReport report) {
@@ -187,15 +201,15 @@ class TReportOutput {
         if (!report.Summary.Failure.empty())
             context_.Error(fmt::format("{}: {}", report.Summary.Arquivo, report.Summary.Failure));
         else if (!report.Summary.Obstacle.empty() && obstacles_.insert(report.Summary.Obstacle).second)
-            context_.Error(report.MissingSchema.empty() ? OneLine(report.Summary.Obstacle)
-                                                        : MissingSchemaText(report.MissingSchema));
+            context_.Error(report.Summary.Advice.empty() ? OneLine(report.Summary.Obstacle)
+                                                         : report.Summary.Advice);
     }
 
     const TCliContext& context_;
     std::ostream& out_;
     IReportWriter& writer_;
     const std::vector<TInput>& inputs_;
-    bool quiet_;
+    const TValidarOptions& options_;
     std::mutex mutex_;
     TProgressBar progress_;
     std::vector<std::optional<TFileReport>> waiting_;
@@ -236,7 +250,7 @@ int RunValidar(const TCliContext& context, const TValidarOptions& options) {
     std::ostream nowhere(nullptr);
     std::ostream& out = !options.Saida.empty() ? report : options.Silencioso ? nowhere : context.Streams.Out;
     const std::unique_ptr<IReportWriter> writer = NewReportWriter(context.Formato, shown);
-    TReportOutput output(context, out, *writer, inputs, options.Silencioso, options.Estatisticas);
+    TReportOutput output(context, out, *writer, inputs, options);
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
         TFileValidator validator(context.Schemas(), context.KeptTerminology(), enabled);

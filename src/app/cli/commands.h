@@ -62,9 +62,6 @@ struct TCliContext {
     void Warning(const std::string& text) const;
 };
 
-/// What a user is told of a schema file that does not exist, with what to do.
-std::string MissingSchemaText(const std::filesystem::path& schema);
-
 /// The exit status that the result of a validation asks for.
 int StatusOf(const TValidateArgs& result);
 

@@ -103,13 +103,15 @@ void ListCorrections(std::ostream& out, const TCorrectionResult& result) {
     for (const TRecordGroup& group : GroupRecords(result.Applied))
         out << fmt::format("  {}\n", TextOf(group, ChangeOf));
     std::vector<TCorrectionRecord> leftOut = result.LeftOut;
-    const std::size_t ofStructure =
-        std::erase_if(leftOut, [](const TCorrectionRecord& record) { return record.Reason == kOfStructure; });
+    std::string notAsked;
+    for (const char* reason : {kOfStructure, kWithLoss})
+        if (const std::size_t count = std::erase_if(
+                leftOut, [&](const TCorrectionRecord& record) { return record.Reason == reason; }))
+            notAsked +=
+                fmt::format("  não feitas: {} {}.\n", Counted(count, "correção", "correções"), reason);
     for (const TRecordGroup& group : GroupRecords(leftOut))
         out << fmt::format("  não corrigido: {}.\n", TextOf(group, RefusalOf));
-    if (ofStructure != 0)
-        out << fmt::format("  não feitas: {} {}.\n", Counted(ofStructure, "correção", "correções"),
-                           kOfStructure);
+    out << notAsked;
 }
 
 } // namespace conferix

@@ -34,8 +34,11 @@ void AddRegras(TCommand& root) {
          .Excludes = {"--ativar", "--desativar", "--padrao"}},
         {.Name = "--ativar",
          .Placeholder = "NOME...",
-         .Description = "Ativa regras, com espaço ou vírgula entre os nomes",
+         .Description =
+             "Ativa regras, com espaço ou vírgula entre os nomes; bastam as últimas palavras de cada "
+             "um",
          .To = &options->Ativar,
+         .Kind = TValueKind::Rule,
          .Offers = &RuleOffers,
          .Commas = true,
          .ManyWords = true},
@@ -43,6 +46,7 @@ void AddRegras(TCommand& root) {
          .Placeholder = "NOME...",
          .Description = "Desativa regras, do mesmo modo",
          .To = &options->Desativar,
+         .Kind = TValueKind::Rule,
          .Offers = &RuleOffers,
          .Commas = true,
          .ManyWords = true},

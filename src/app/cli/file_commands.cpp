@@ -47,13 +47,14 @@ void AddValidar(TCommand& root) {
          .Kind = TValueKind::File},
         {.Name = "--resumo", .Description = "Mostra só uma linha por arquivo", .To = &options->Resumo},
         {.Name = "--silencioso",
-         .Description = "Não mostra nada; vale o status de saída",
+         .Description =
+             "Não mostra o relatório nem avisos: só os erros, na saída de erro, e o status de saída",
          .To = &options->Silencioso},
         {.Name = "--estatisticas",
          .Description = "Mostra também quanto foi encontrado, por regra e por arquivo",
          .To = &options->Estatisticas},
         {.Name = "--totais",
-         .Description = "No formato ndjson, termina com uma linha de totais",
+         .Description = "Em json e ndjson, termina com os totais e as guias que estão em mais de um arquivo",
          .To = &options->Totais},
         {.Name = "--nivel",
          .Placeholder = "NIVEL",
@@ -78,8 +79,11 @@ void AddValidar(TCommand& root) {
          .To = &options->Detalhar},
         {.Name = "--desativar",
          .Placeholder = "NOME,...",
-         .Description = "Desativa regras só nesta execução; um grupo leva as que estão abaixo dele",
+         .Description =
+             "Desativa regras só nesta execução; um grupo leva as que estão abaixo dele, e bastam as "
+             "últimas palavras de um nome",
          .To = &options->Desativar,
+         .Kind = TValueKind::Rule,
          .Offers = &RuleOffers,
          .Commas = true},
         {.Name = "--paralelo",
@@ -253,7 +257,9 @@ void AddImprimir(TCommand& root) {
     command.Options = {
         {.Name = "--guia",
          .Placeholder = "NUMERO,...",
-         .Description = "Só as guias com estes números, do prestador ou da operadora",
+         .Description =
+             "Só as guias com estes números no prestador; um número que nenhuma tem no prestador vale "
+             "como o da operadora",
          .To = &options->Guias,
          .Commas = true},
         {.Name = "--formulario",

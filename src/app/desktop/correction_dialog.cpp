@@ -3,6 +3,9 @@
 #include "app/desktop/background.h"
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/theme.h"
+#include "app/line_layout.h"
+#include "app/missing_data.h"
+#include "platform/utf8.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -11,19 +14,24 @@
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QTableView>
 #include <QTimer>
+#include <QTreeView>
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <array>
 
 namespace conferix {
 
 namespace {
 
 constexpr int kTickPause = 300;
+/// Bytes of a line that are shown.
+constexpr std::size_t kShownOfLine = kLongLine;
+/// Characters before what differs in a line that are shown with it.
+constexpr int kShownBefore = 12;
 
 enum TDifferenceColumn : std::uint8_t {
     kBeforeNumber,
@@ -101,7 +109,7 @@ QVariant TCorrectionModel::data(const QModelIndex& index, int role) const {
         return record.Element.empty() ? QString() : ToQt(record.Before);
     default:
         if (!IsChosen(row))
-            return QStringLiteral("não corrigido: ") + ToQt(record.Reason);
+            return QStringLiteral("não corrigido: ") + ToQt(TextForWindow(record.Reason));
         return record.Element.empty() ? ToQt(record.Description).trimmed() : ToQt(record.After);
     }
 }
@@ -149,6 +157,20 @@ int TDifferenceModel::columnCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : kDifferenceColumns;
 }
 
+int TDifferenceModel::LongestLine() const {
+    std::size_t longest = 0;
+    for (const TLinePair& pair : preview_->Lines)
+        longest = std::max({longest, pair.Before.size(), pair.After.size()});
+    return static_cast<int>(std::min(longest, kShownOfLine));
+}
+
+int TDifferenceModel::FirstDifference(int row) const {
+    const TLinePair& pair = preview_->Lines[static_cast<std::size_t>(row)];
+    const auto differs = std::ranges::mismatch(pair.Before, pair.After).in1;
+    const std::string_view same(pair.Before.data(), static_cast<std::size_t>(differs - pair.Before.begin()));
+    return pair.Changed ? static_cast<int>(CountCharacters(same)) : 0;
+}
+
 QVariant TDifferenceModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid())
         return {};
@@ -163,7 +185,7 @@ QVariant TDifferenceModel::data(const QModelIndex& index, int role) const {
         if (index.column() == kBeforeNumber || index.column() == kAfterNumber)
             return pair.BeforeNumber == 0 && pair.AfterNumber == 0 ? QStringLiteral("...")
                                                                    : mark + NumberOf(number);
-        return ToQt((before ? pair.Before : pair.After).substr(0, 2'000));
+        return ToQt((before ? pair.Before : pair.After).substr(0, kShownOfLine));
     case Qt::BackgroundRole:
         if (mark.isEmpty())
             return {};
@@ -192,7 +214,6 @@ TFCorrectionPreview::TFCorrectionPreview(TMaker maker, TCorrectionRequest reques
     : QDialog(owner), maker_(std::move(maker)), request_(std::move(request)),
       corrections_(new TCorrectionModel(this)), difference_(new TDifferenceModel(this)),
       list_(NewTable(corrections_, QStringLiteral("Correções"))),
-      texts_(NewTable(difference_, QStringLiteral("Diferenças no texto"))),
       structure_(new QCheckBox(QStringLiteral(
           "Consertar também a &estrutura (nomes, ordem e formato, só onde há uma única leitura)"))),
       summary_(new QLabel), wait_(new QTimer(this)) {
@@ -201,16 +222,13 @@ TFCorrectionPreview::TFCorrectionPreview(TMaker maker, TCorrectionRequest reques
     list_->horizontalHeader()->setStretchLastSection(true);
     list_->setColumnWidth(TCorrectionModel::kElement, 220);
     list_->setColumnWidth(TCorrectionModel::kBefore, 220);
-    texts_->horizontalHeader()->setSectionResizeMode(kBeforeText, QHeaderView::Stretch);
-    texts_->horizontalHeader()->setSectionResizeMode(kAfterText, QHeaderView::Stretch);
-    texts_->setShowGrid(false);
     structure_->setChecked(request_.Structure);
     summary_->setWordWrap(true);
     auto* rows = new QVBoxLayout(this);
     rows->addWidget(summary_);
     auto* parts = new QSplitter(Qt::Vertical);
     parts->addWidget(list_);
-    parts->addWidget(texts_);
+    parts->addWidget(NewDifference());
     parts->setChildrenCollapsible(false);
     rows->addWidget(parts, 1);
     rows->addWidget(structure_);
@@ -231,6 +249,48 @@ TFCorrectionPreview::TFCorrectionPreview(TMaker maker, TCorrectionRequest reques
         Make();
     });
     Make();
+}
+
+QWidget* TFCorrectionPreview::NewDifference() {
+    auto* both = new QSplitter(Qt::Horizontal);
+    both->setChildrenCollapsible(false);
+    for (std::size_t side = 0; side < texts_.size(); ++side) {
+        auto* view = new QTreeView;
+        view->setAccessibleName(side == 0 ? QStringLiteral("Diferenças no texto: antes")
+                                          : QStringLiteral("Diferenças no texto: depois"));
+        view->setModel(difference_);
+        view->setRootIsDecorated(false);
+        view->setUniformRowHeights(true);
+        view->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+        view->header()->setStretchLastSection(false);
+        for (const int column :
+             side == 0 ? std::array{kAfterNumber, kAfterText} : std::array{kBeforeNumber, kBeforeText})
+            view->setColumnHidden(column, true);
+        both->addWidget(view);
+        texts_[side] = view;
+    }
+    // Where one goes, the other follows.
+    texts_[1]->setSelectionModel(texts_[0]->selectionModel());
+    const auto follow = [](QScrollBar* bar, QScrollBar* other) {
+        connect(bar, &QScrollBar::valueChanged, other, &QScrollBar::setValue);
+        connect(other, &QScrollBar::valueChanged, bar, &QScrollBar::setValue);
+    };
+    follow(texts_[0]->verticalScrollBar(), texts_[1]->verticalScrollBar());
+    follow(texts_[0]->horizontalScrollBar(), texts_[1]->horizontalScrollBar());
+    connect(texts_[0]->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex& row) { ShowDifferenceOf(row.row()); });
+    return both;
+}
+
+void TFCorrectionPreview::ShowDifferenceOf(int row) {
+    if (row < 0)
+        return;
+    const int width = QFontMetrics(difference_->data(difference_->index(row, 0), Qt::FontRole).value<QFont>())
+                          .horizontalAdvance(QLatin1Char('0'));
+    QScrollBar* const bar = texts_[0]->horizontalScrollBar();
+    const int at = difference_->FirstDifference(row) * width;
+    if (at < bar->value() || at + kShownBefore * width > bar->value() + texts_[0]->viewport()->width() / 2)
+        bar->setValue(at - kShownBefore * width);
 }
 
 void TFCorrectionPreview::Make() {
@@ -258,6 +318,14 @@ void TFCorrectionPreview::Show(TPreview preview) {
     preview_ = std::move(preview);
     corrections_->Show(*preview_);
     difference_->Show(preview_);
+    const QFontMetrics letters(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    const int number = letters.horizontalAdvance(QStringLiteral("+ 9.999.999  "));
+    const int line = letters.horizontalAdvance(QLatin1Char('0')) * (difference_->LongestLine() + 2);
+    for (QTreeView* view : texts_)
+        for (int column = 0; column < kDifferenceColumns; ++column)
+            view->setColumnWidth(column, column == kBeforeNumber || column == kAfterNumber
+                                             ? number
+                                             : std::max(line, view->viewport()->width() - number));
     const bool changes = *preview_->Before != *preview_->After || !preview_->Applied.empty();
     correct_->setEnabled(changes);
     summary_->setText(changes ? QStringLiteral("Correções que serão feitas: %1. Deixadas como estão: %2. "

@@ -6,6 +6,7 @@
 #include <QAbstractTableModel>
 #include <QDialog>
 
+#include <array>
 #include <functional>
 #include <optional>
 
@@ -14,6 +15,7 @@ class QLabel;
 class QPushButton;
 class QTableView;
 class QTimer;
+class QTreeView;
 
 namespace conferix {
 
@@ -56,6 +58,10 @@ class TDifferenceModel : public QAbstractTableModel {
   public:
     using QAbstractTableModel::QAbstractTableModel;
     void Show(std::shared_ptr<const TCorrectionPreview> preview);
+    /// Characters of the longest line of either text.
+    int LongestLine() const;
+    /// Characters before the first that differs in a row.
+    int FirstDifference(int row) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -82,6 +88,9 @@ class TFCorrectionPreview : public QDialog {
   private:
     void Make();
     void Show(TPreview preview);
+    QWidget* NewDifference();
+    /// Scrolls both texts so that what differs in a row is seen.
+    void ShowDifferenceOf(int row);
 
     TMaker maker_;
     TCorrectionRequest request_;
@@ -90,7 +99,7 @@ class TFCorrectionPreview : public QDialog {
     TCorrectionModel* corrections_;
     TDifferenceModel* difference_;
     QTableView* list_;
-    QTableView* texts_;
+    std::array<QTreeView*, 2> texts_; ///< before and after
     QCheckBox* structure_;
     QLabel* summary_;
     QPushButton* correct_;

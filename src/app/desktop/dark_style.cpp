@@ -6,13 +6,40 @@
 #include <QPainter>
 #include <QStyleOption>
 
+#include <utility>
+
 namespace conferix {
+
+namespace {
+
+/// Where the letters of what is disabled stand between their ground (0) and other letters (1).
+constexpr double kDisabled = 0.55;
+
+} // namespace
 
 void TDarkStyle::Install() {
     if (QApplication::style()->name() != QLatin1String("fusion"))
         return;
     QApplication::setStyle(new TDarkStyle(QStringLiteral("fusion")));
 } // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the application takes the style over
+
+void TDarkStyle::polish(QPalette& palette) {
+    QProxyStyle::polish(palette);
+    if (!IsDark(palette))
+        return;
+    for (const auto& [letters, ground] :
+         {std::pair(QPalette::WindowText, QPalette::Window), std::pair(QPalette::Text, QPalette::Base),
+          std::pair(QPalette::ButtonText, QPalette::Button)}) {
+        const QColor from = palette.color(QPalette::Active, ground);
+        const QColor to = palette.color(QPalette::Active, letters);
+        const auto between = [](int one, int other) {
+            return one + static_cast<int>((other - one) * kDisabled);
+        };
+        palette.setColor(QPalette::Disabled, letters,
+                         QColor(between(from.red(), to.red()), between(from.green(), to.green()),
+                                between(from.blue(), to.blue())));
+    }
+}
 
 void TDarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                                const QWidget* widget) const {

@@ -66,6 +66,7 @@ TDocumentTab::TDocumentTab(const std::shared_ptr<IValidadorController>& controll
                        QStringLiteral("O arquivo não foi validado. ") + reason);
     });
     connect(editor_, &TXmlEditor::Edited, this, &TDocumentTab::OnEdited);
+    connect(editor_, &TXmlEditor::BackAtSaved, this, &TDocumentTab::OnBackAtSaved);
     connect(editor_, &TXmlEditor::Moved, this, &TDocumentTab::Changed);
     connect(editor_, &TXmlEditor::Loaded, this, &TDocumentTab::Changed);
     connect(messages_, &TMessagePanel::Shown, this, [this] {
@@ -133,6 +134,7 @@ void TDocumentTab::Subscribe() {
     });
     subscribe(events.OnFileSave, [this](const TFileSaveArgs&) {
         Watch();
+        NoteSaved();
         emit FileSaved();
     });
     subscribe(events.OnFileClose, [this](TFileCloseArgs& args) { OnClose(args); });
@@ -143,7 +145,7 @@ void TDocumentTab::ShowRead(const TReadFile& read) {
     read_ = read;
     edited_ = false;
     asItCame_ = false;
-    for (const char* notice : {"disco", "formatado"})
+    for (const char* notice : {"disco", "formatado", "correcao"})
         notices_->Hide(QString::fromLatin1(notice));
     if (!read.File) {
         editor_->SetEditable(false);
@@ -158,6 +160,14 @@ void TDocumentTab::ShowRead(const TReadFile& read) {
     }
     editor_->SetEditable(true);
     session_->Open(read);
+    NoteSaved();
+    if (read.CrowdedLines)
+        notices_->Show(
+            QStringLiteral("formatado"),
+            QStringLiteral(
+                "O arquivo tem muitos elementos em uma só linha. Quebras de linha e recuos não mudam "
+                "nenhum valor nem o hash."),
+            {{QStringLiteral("&Formatar"), [this] { Format(); }}});
     if (read.Formatted)
         notices_->Show(
             QStringLiteral("formatado"),
@@ -236,7 +246,7 @@ void TDocumentTab::ShowResult(const TValidateArgs& result) {
 void TDocumentTab::OnEdited() {
     if (!session_->IsOpen())
         return;
-    edited_ = true;
+    const bool first = !std::exchange(edited_, true);
     if (correcting_) // what follows is told by who corrects
         return;
     if (session_->IsValidating())
@@ -244,7 +254,19 @@ void TDocumentTab::OnEdited() {
     Controller().Modify();
     if (editor_->length() <= static_cast<int>(kValidatedWhileTyping))
         typing_->start();
-    emit Changed();
+    if (first) // of the many changes of one step
+        emit Changed();
+}
+
+void TDocumentTab::NoteSaved() {
+    editor_->NoteSaved();
+    savedEncoding_ = Controller().Encoding();
+}
+
+void TDocumentTab::OnBackAtSaved() {
+    const TXmlEncoding& now = Controller().Encoding();
+    if (session_->IsOpen() && now.Name == savedEncoding_.Name && now.Bom == savedEncoding_.Bom)
+        Controller().Unmodify();
 }
 
 bool TDocumentTab::IsUpToDate() {
@@ -268,6 +290,7 @@ void TDocumentTab::GoBackToPlace() {
 }
 
 void TDocumentTab::SelectPlace(std::size_t message) {
+    notices_->Hide(QStringLiteral("correcao"));
     if (goingBack_)
         return;
     const TXmlMessage& found = *messages_->Messages()[message];
@@ -302,35 +325,56 @@ std::pair<int, int> TDocumentTab::PlaceAtCaret() const {
 }
 
 void TDocumentTab::GoToMessage(bool next) {
-    const auto& places = editor_->Places().All();
-    const auto shown = [this](const TMessagePlace& place) {
-        return messages_->Model().Table().Find(place.Message).has_value();
+    const TMessageTable& table = messages_->Model().Table();
+    const auto isError = [](const TMessagePlace& place) {
+        return place.Type == TMessageType::mtError || place.Type == TMessageType::mtFatal;
     };
-    const int line = editor_->CurrentLine();
-    const int linePos = editor_->CurrentLinePos();
-    const auto after = [&](const TMessagePlace& place) {
-        return place.Line != line ? place.Line > line : place.LinePos > linePos;
-    };
-    const auto before = [&](const TMessagePlace& place) {
-        return place.Line != line ? place.Line < line : place.LinePos < linePos;
-    };
-    const TMessagePlace* target = nullptr;
-    if (next) {
-        for (auto place = std::find_if(places.begin(), places.end(), after);
-             place != places.end() && target == nullptr; ++place)
-            if (shown(*place))
-                target = &*place;
-    } else {
-        for (auto place = std::find_if(places.rbegin(), places.rend(), before);
-             place != places.rend() && target == nullptr; ++place)
-            if (shown(*place))
-                target = &*place;
-    }
-    if (target == nullptr)
+    std::vector<TMessagePlace> places;
+    for (std::size_t message = 0; message < messages_->Messages().size(); ++message)
+        if (const TXmlMessage& found = *messages_->Messages()[message]; found.Line() <= 0)
+            places.push_back({message, 0, 0, found.MsgType()}); // of the file as a whole
+    std::ranges::copy(editor_->Places().All(), std::back_inserter(places));
+    std::erase_if(places, [&](const TMessagePlace& place) { return !table.Find(place.Message); });
+    if (std::ranges::any_of(places, isError))
+        std::erase_if(places, [&](const TMessagePlace& place) { return !isError(place); });
+    if (places.empty())
         return;
-    const std::size_t message = target->Message;
-    messages_->Select(message);
-    SelectPlace(message);
+    const auto here = std::pair(editor_->CurrentLine(), editor_->CurrentLinePos());
+    const auto place = [](const TMessagePlace& of) { return std::pair(int{of.Line}, int{of.LinePos}); };
+    std::size_t target = 0;
+    const auto current = messages_->Current();
+    const auto at = std::ranges::find_if(places, [&](const TMessagePlace& of) {
+        return of.Message == current && (of.Line == here.first || of.Line == 0);
+    });
+    if (at != places.end()) { // of several at one place each in its turn
+        const auto index = static_cast<std::size_t>(at - places.begin());
+        target = (index + (next ? 1 : places.size() - 1)) % places.size();
+    } else {
+        const auto after = next ? std::ranges::upper_bound(places, here, {}, place)
+                                : std::ranges::lower_bound(places, here, {}, place);
+        const auto index = static_cast<std::size_t>(after - places.begin());
+        target = (index + (next ? 0 : places.size() - 1)) % places.size();
+    }
+    messages_->Select(places[target].Message);
+    SelectPlace(places[target].Message);
+}
+
+void TDocumentTab::CorrectAtCaret() {
+    const auto message = MessageAtCaret();
+    if (!message)
+        return;
+    const TXmlMessages& all = messages_->Messages();
+    const auto offers = [&](std::size_t of) { return !all[of]->Solvers().empty(); };
+    if (offers(*message))
+        return Correct(*message);
+    const int line = editor_->Places().LineOf(*message);
+    const auto [first, last] = editor_->Places().OnLines(line, line);
+    for (std::size_t i = first; i < last; ++i)
+        if (const TMessagePlace& place = editor_->Places().All()[i];
+            place.LinePos == all[*message]->LinePos() && offers(place.Message))
+            return Correct(place.Message);
+    notices_->Show(QStringLiteral("correcao"),
+                   QStringLiteral("Esta mensagem não tem correção automática: altere o texto. F1 diz como."));
 }
 
 void TDocumentTab::Correct(std::size_t message, std::optional<std::size_t> solver) {
@@ -472,8 +516,19 @@ void TDocumentTab::Format() {
         if (!patience.Go())
             return;
     }
+    notices_->Hide(QStringLiteral("formatado"));
     if (*formatted != *editor_->Snapshot())
         TakeText(formatted);
+}
+
+void TDocumentTab::Undo() {
+    TPatience patience(this, QStringLiteral("Desfazendo..."), TPatience::TStop::No);
+    editor_->Undo([&patience] { return patience.Go(); });
+}
+
+void TDocumentTab::Redo() {
+    TPatience patience(this, QStringLiteral("Refazendo..."), TPatience::TStop::No);
+    editor_->Redo([&patience] { return patience.Go(); });
 }
 
 bool TDocumentTab::Save() {
@@ -527,7 +582,7 @@ bool TDocumentTab::SaveWithEncoding(const QString& encoding) {
         const auto text = editor_->Snapshot();
         const auto misread = FindMisreading(*text, Controller().Encoding());
         TXmlRecoding recoding =
-            RecodeXml(misread ? MeantText(*text, misread->Kind) : *text, FromQt(encoding));
+            RecodeXml(misread ? MeantText(*text, *misread) : *text, FromQt(encoding));
         Controller().SetEncoding(EncodingToWrite(recoding.Text, {}));
         const std::size_t replaced = recoding.Replaced.size();
         TakeText(std::make_shared<const std::string>(std::move(recoding.Text)));
@@ -590,11 +645,12 @@ void TDocumentTab::CheckDisk() {
                      }}});
 }
 
-void TDocumentTab::GoRound(bool forwards) {
-    const std::vector<QWidget*> parts = {editor_, messages_->List(), messages_->Details(), informations_};
+void TDocumentTab::GoRound(bool forwards, QWidget* after) {
+    const std::vector<QWidget*> parts = {editor_, messages_->List(), messages_->Details(), informations_,
+                                         after};
     std::vector<QWidget*> there;
     std::ranges::copy_if(parts, std::back_inserter(there),
-                         [](const QWidget* part) { return part->isVisible(); });
+                         [](const QWidget* part) { return part != nullptr && part->isVisible(); });
     const auto at = std::ranges::find_if(there, [](const QWidget* part) { return part->hasFocus(); });
     const std::size_t count = there.size();
     const auto index = static_cast<std::size_t>(at - there.begin());

@@ -59,13 +59,19 @@ class TDocumentTab : public QWidget {
     /// is closed.
     bool Close(bool discard = false);
     void Format();
-    /// Goes to the next message after the caret, or the previous one before it.
+    void Undo();
+    void Redo();
+    /// Goes from message to message in the order of the text, from the last on to the first: from error to
+    /// error while errors are shown, else from one to the next of what is.
     void GoToMessage(bool next);
     /// Index of the message at the caret, else of the selected one.
     std::optional<std::size_t> MessageAtCaret() const;
     /// Line and column (1-based) of the message at the caret, or of the selected one where the list has the
     /// keyboard; else of the caret.
     std::pair<int, int> PlaceAtCaret() const;
+    /// Corrects the message at the caret, or another of its place where that one has no correction; tells
+    /// where there is none.
+    void CorrectAtCaret();
     /// Corrects one message; asks which way where it offers several.
     void Correct(std::size_t message, std::optional<std::size_t> solver = std::nullopt);
     /// Shows what would be corrected, of one rule or (empty) of all, and does it when the user agrees.
@@ -78,8 +84,9 @@ class TDocumentTab : public QWidget {
     void TakeText(const TXmlPtr& text);
     /// Whether the file was changed by others meanwhile; tells the user.
     void CheckDisk();
-    /// Moves the keyboard to the next part of the tab, or the previous one.
-    void GoRound(bool forwards);
+    /// Moves the keyboard to the next part of the tab, or the previous one; `after` the last comes another
+    /// part of the window, unless it is null.
+    void GoRound(bool forwards, QWidget* after);
 
     QString StateText() const;
     QString KindText() const;
@@ -114,6 +121,9 @@ class TDocumentTab : public QWidget {
     void ShowRead(const TReadFile& read);
     void ShowResult(const TValidateArgs& result);
     void OnEdited();
+    /// The text as it is now is that of the file.
+    void NoteSaved();
+    void OnBackAtSaved();
     void OnClose(TFileCloseArgs& args);
     void ShowAsItCame();
     /// Makes the editor's text another one in one step.
@@ -142,6 +152,7 @@ class TDocumentTab : public QWidget {
     QTabWidget* lists_;
     TMessagePanel* notes_ = nullptr; ///< of the last conversion
     TReadFile read_;
+    TXmlEncoding savedEncoding_; ///< how the file is held
     /// Where the user was when a correction was made.
     struct TPlaceBefore {
         std::optional<TMessagePanel::TFocus> Row;

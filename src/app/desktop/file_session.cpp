@@ -31,6 +31,8 @@ TReadFile ReadForShowing(const std::string& fileName) {
         read.Shown = std::make_shared<const std::string>(FormatXml(*read.Shown));
         read.Formatted = true;
         longest = LongestLine(*read.Shown);
+    } else {
+        read.CrowdedLines = read.File && HasCrowdedLine(*read.Shown);
     }
     read.Highlighted = longest <= kHighlightedLine && read.File;
     return read;

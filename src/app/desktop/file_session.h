@@ -18,6 +18,7 @@ struct TReadFile {
     std::shared_ptr<const std::string> Shown; ///< the text, or the bytes as they are
     std::shared_ptr<const TXmlMessage> Fault; ///< why its bytes are no text
     bool Formatted = false;                   ///< Shown is broken into lines, other than the file
+    bool CrowdedLines = false;                ///< it would be read more easily so
     bool Highlighted = true;                  ///< its lines are short enough for it
 };
 /// Reads a file; a text of enormous lines is broken into readable ones. Raises EFileNotRead.

@@ -89,7 +89,14 @@ class TMainWindow : public QMainWindow {
     void ShowGuides(std::optional<std::pair<int, int>> place = std::nullopt);
     void ShowListings();
     void ShowNotices();
+    /// Brings the help panel up, with the keyboard.
+    TRuleHelp& OpenHelp();
     void ShowHelp(const QString& rule);
+    /// Shows help on the message that the user is at.
+    void ShowHelpOnMessage();
+    void CloseHelp();
+    /// Moves the keyboard to the next part of the window, the help panel among them.
+    void GoRound(bool forwards);
     /// Does something with what the current tab's validation found; tells where there is nothing.
     void WithResult(const std::function<void(const TFileResult&)>& action);
     void ValidateAll();
@@ -107,6 +114,7 @@ class TMainWindow : public QMainWindow {
     QMenu* recent_ = nullptr;
     QPointer<QDockWidget> helpDock_;
     TRuleHelp* help_ = nullptr;
+    QPointer<QWidget> beforeHelp_; ///< who had the keyboard
     QLabel* state_ = nullptr;
     QLabel* kind_ = nullptr;
     QLabel* encoding_ = nullptr;

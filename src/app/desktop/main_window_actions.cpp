@@ -7,11 +7,9 @@
 #include "app/desktop/dialogs/report_print.h"
 #include "app/desktop/document_tab.h"
 #include "app/desktop/information_panel.h"
-#include "app/desktop/message_panel.h"
 #include "app/desktop/search_bar.h"
 #include "app/desktop/theme.h"
 #include "app/desktop/xml_editor.h"
-#include "validation/identity.h"
 
 #include <QAction>
 #include <QInputDialog>
@@ -117,9 +115,9 @@ void TMainWindow::BuildFileMenu() {
 void TMainWindow::BuildEditMenu() {
     menu_ = menuBar()->addMenu(QStringLiteral("&Editar"));
     AddForTab("desfazer", QStringLiteral("&Desfazer"), QKeySequence::Undo,
-              [](TDocumentTab& tab) { tab.Editor()->undo(); });
+              [](TDocumentTab& tab) { tab.Undo(); });
     AddForTab("refazer", QStringLiteral("&Refazer"), QKeySequence(QStringLiteral("Ctrl+Shift+Z")),
-              [](TDocumentTab& tab) { tab.Editor()->redo(); });
+              [](TDocumentTab& tab) { tab.Redo(); });
     menu_->addSeparator();
     AddForTab(
         "localizar", QStringLiteral("&Localizar..."), QKeySequence::Find,
@@ -170,12 +168,10 @@ void TMainWindow::BuildViewMenu() {
             panel->setVisible(!panel->isVisible());
         },
         TNeeds::Tab);
-    AddForTab(
-        "proximaParte", QStringLiteral("&Próxima parte da janela"), QKeySequence(QStringLiteral("F6")),
-        [](TDocumentTab& tab) { tab.GoRound(true); }, TNeeds::Tab);
-    AddForTab(
-        "parteAnterior", QStringLiteral("Parte an&terior da janela"),
-        QKeySequence(QStringLiteral("Shift+F6")), [](TDocumentTab& tab) { tab.GoRound(false); }, TNeeds::Tab);
+    Add("proximaParte", QStringLiteral("&Próxima parte da janela"), QKeySequence(QStringLiteral("F6")),
+        TNeeds::Nothing, [this] { GoRound(true); });
+    Add("parteAnterior", QStringLiteral("Parte an&terior da janela"),
+        QKeySequence(QStringLiteral("Shift+F6")), TNeeds::Nothing, [this] { GoRound(false); });
     const auto goTab = [this](int by) {
         if (tabs_->count() > 0)
             tabs_->setCurrentIndex((tabs_->currentIndex() + by + tabs_->count()) % tabs_->count());
@@ -204,10 +200,7 @@ void TMainWindow::BuildValidationMenu() {
               [this](TDocumentTab& tab) { ShowGuides(tab.PlaceAtCaret()); });
     menu_->addSeparator();
     AddForTab("corrigir", QStringLiteral("&Corrigir..."), QKeySequence(QStringLiteral("Alt+Return")),
-              [](TDocumentTab& tab) {
-                  if (const auto message = tab.MessageAtCaret())
-                      tab.Correct(*message);
-              });
+              [](TDocumentTab& tab) { tab.CorrectAtCaret(); });
     AddForTab("corrigirTudo", QStringLiteral("Corrigir &tudo..."),
               QKeySequence(QStringLiteral("Ctrl+Shift+C")), [](TDocumentTab& tab) { tab.CorrectAll({}); });
     AddForTab("converter", QStringLiteral("Converter versã&o..."), {},
@@ -236,13 +229,7 @@ void TMainWindow::BuildSettingsMenu() {
 void TMainWindow::BuildHelpMenu() {
     menu_ = menuBar()->addMenu(QStringLiteral("Aj&uda"));
     Add("ajudaRegra", QStringLiteral("Ajuda sobre a &regra"), QKeySequence(QStringLiteral("F1")),
-        TNeeds::Nothing, [this] {
-            const TDocumentTab* tab = CurrentTab();
-            const auto message = tab != nullptr ? tab->MessageAtCaret() : std::nullopt;
-            const TValidationIdentity* rule =
-                message ? tab->Messages()->Messages()[*message]->Rule() : nullptr;
-            ShowHelp(rule != nullptr ? ToQt(rule->Name) : QString());
-        });
+        TNeeds::Nothing, &TMainWindow::ShowHelpOnMessage);
     Add("avisos", QStringLiteral("A&visos..."), QKeySequence(QStringLiteral("Ctrl+Shift+N")), TNeeds::Nothing,
         &TMainWindow::ShowNotices);
     Add("exemplo", QStringLiteral("Abrir um &exemplo"), {}, TNeeds::Nothing, &TMainWindow::OpenExample);

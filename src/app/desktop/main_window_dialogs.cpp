@@ -9,6 +9,7 @@
 #include "app/desktop/dialogs/rule_help.h"
 #include "app/desktop/document_tab.h"
 #include "app/desktop/file_session.h"
+#include "app/desktop/message_panel.h"
 #include "app/desktop/notice_bell.h"
 #include "app/desktop/xml_editor.h"
 #include "app/installation.h"
@@ -21,6 +22,8 @@
 #include <QFileInfo>
 #include <QMenu>
 #include <QMessageBox>
+#include <QScreen>
+#include <QShortcut>
 #include <QStackedWidget>
 #include <QTabWidget>
 
@@ -30,8 +33,8 @@ namespace conferix {
 
 namespace {
 
-constexpr QSize kHelpSize(860, 560);
-constexpr int kLeastHelpHeight = 260;
+constexpr QSize kHelpSize(860, 560); ///< of its own window
+constexpr int kHelpWidth = 430;      ///< beside the text
 
 /// A file with faults that comes with the program, beside its other shared files or in its source; empty
 /// where there is none.
@@ -146,26 +149,62 @@ void TMainWindow::ShowHistory() {
         OpenFiles({dialog.Chosen()});
 }
 
-void TMainWindow::ShowHelp(const QString& rule) {
+TRuleHelp& TMainWindow::OpenHelp() {
     if (helpDock_ == nullptr) {
         help_ = new TRuleHelp;
         helpDock_ = new QDockWidget(help_->windowTitle(), this);
         helpDock_->setObjectName(QStringLiteral("ajuda"));
         helpDock_->setWidget(help_);
         addDockWidget(Qt::RightDockWidgetArea, helpDock_);
-        helpDock_->setFloating(true); // beside the text there is seldom room for it
-        // Over the text, so that the list of messages stays in sight.
-        const QWidget* over =
-            CurrentTab() != nullptr ? static_cast<QWidget*>(CurrentTab()->Editor()) : pages_;
-        const int width = std::min(kHelpSize.width(), pages_->width());
-        helpDock_->resize(width, std::clamp(over->height(), kLeastHelpHeight, kHelpSize.height()));
-        helpDock_->move(pages_->mapToGlobal(QPoint(pages_->width() - width, 0)).x(),
-                        over->mapToGlobal(QPoint(0, 0)).y());
+        if (pages_->minimumSizeHint().width() + kHelpWidth <= screen()->availableGeometry().width()) {
+            resizeDocks({helpDock_}, {kHelpWidth}, Qt::Horizontal);
+        } else { // no room beside the text
+            helpDock_->setFloating(true);
+            helpDock_->resize(kHelpSize.boundedTo(screen()->availableGeometry().size()));
+        }
+        restoreDockWidget(helpDock_);
+        auto* const escape = new QShortcut(QKeySequence(Qt::Key_Escape), helpDock_);
+        escape->setContext(Qt::WidgetWithChildrenShortcut);
+        connect(escape, &QShortcut::activated, this, &TMainWindow::CloseHelp);
     }
+    if (QWidget* const focus = QApplication::focusWidget();
+        focus != nullptr && !helpDock_->isAncestorOf(focus))
+        beforeHelp_ = focus;
     helpDock_->show();
     helpDock_->raise();
-    if (!rule.isEmpty() && !help_->ShowRule(FromQt(rule)))
+    if (helpDock_->isFloating())
+        help_->activateWindow();
+    help_->Page()->setFocus(Qt::OtherFocusReason);
+    return *help_;
+}
+
+void TMainWindow::CloseHelp() {
+    if (helpDock_->isFloating())
+        activateWindow();
+    helpDock_->close();
+    if (beforeHelp_ != nullptr && beforeHelp_->isVisible())
+        beforeHelp_->setFocus(Qt::OtherFocusReason);
+}
+
+void TMainWindow::ShowHelp(const QString& rule) {
+    if (!OpenHelp().ShowRule(FromQt(rule)))
         ShowError(this, QStringLiteral("Não há texto sobre a regra %1.").arg(rule));
+}
+
+void TMainWindow::ShowHelpOnMessage() {
+    const TDocumentTab* tab = CurrentTab();
+    const auto message = tab != nullptr ? tab->MessageAtCaret() : std::nullopt;
+    TRuleHelp& help = OpenHelp();
+    if (message)
+        help.ShowMessage(*tab->Messages()->Messages()[*message]);
+}
+
+void TMainWindow::GoRound(bool forwards) {
+    QWidget* const help = helpDock_ != nullptr && helpDock_->isVisible() ? help_->Page() : nullptr;
+    if (TDocumentTab* tab = CurrentTab())
+        tab->GoRound(forwards, help);
+    else if (help != nullptr)
+        help->setFocus(Qt::TabFocusReason);
 }
 
 void TMainWindow::WithResult(const std::function<void(const TFileResult&)>& action) {

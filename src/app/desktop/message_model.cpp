@@ -161,7 +161,10 @@ QVariant TMessageModel::data(const QModelIndex& index, int role) const {
                    : QVariant();
     case Qt::AccessibleTextRole:
         return ColumnOf(index) == TMessageColumn::Corrections && !message.Solvers().empty()
-                   ? QStringLiteral("%1 correções").arg(message.Solvers().size())
+                   ? QStringLiteral("%1 %2")
+                         .arg(message.Solvers().size())
+                         .arg(message.Solvers().size() == 1 ? QStringLiteral("correção")
+                                                            : QStringLiteral("correções"))
                    : TextOf(index);
     default:
         return {};

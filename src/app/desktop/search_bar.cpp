@@ -55,12 +55,7 @@ TSearchBar::TSearchBar(TXmlEditor* editor, QWidget* parent)
     auto* replace = new QHBoxLayout(replacing_);
     replace->setContentsMargins(0, 0, 0, 0);
     replace->addWidget(by_, 1);
-    button(replace, QStringLiteral("&Substituir"), [this] {
-        TPatience patience(window(), QStringLiteral("Localizando..."), TPatience::TStop::Offered);
-        const bool found =
-            editor_->ReplaceFound(Search(), by_->text(), [&patience] { return patience.Go(); });
-        Tell(found ? QString() : QStringLiteral("Não há mais ocorrências."), patience);
-    });
+    button(replace, QStringLiteral("&Substituir"), &TSearchBar::Replace);
     button(replace, QStringLiteral("Substituir &todas"), [this] {
         TPatience patience(window(), QStringLiteral("Substituindo..."), TPatience::TStop::Offered);
         const int count = editor_->ReplaceAll(Search(), by_->text(), [&patience] { return patience.Go(); });
@@ -69,7 +64,9 @@ TSearchBar::TSearchBar(TXmlEditor* editor, QWidget* parent)
         Tell(patience.Go() ? told : told + QStringLiteral(" O resto não foi procurado."));
     });
     rows->addWidget(replacing_);
+    setTabOrder(text_, by_); // what is typed one after the other
     connect(text_, &QLineEdit::returnPressed, this, &TSearchBar::FindNext);
+    connect(by_, &QLineEdit::returnPressed, this, &TSearchBar::Replace);
     connect(text_, &QLineEdit::textChanged, this, [this] { Tell({}); });
     hide();
 }
@@ -90,6 +87,12 @@ void TSearchBar::FindNext() {
 
 void TSearchBar::FindPrevious() {
     Find(true);
+}
+
+void TSearchBar::Replace() {
+    TPatience patience(window(), QStringLiteral("Localizando..."), TPatience::TStop::Offered);
+    const bool found = editor_->ReplaceFound(Search(), by_->text(), [&patience] { return patience.Go(); });
+    Tell(found ? QString() : QStringLiteral("Não há mais ocorrências."), patience);
 }
 
 void TSearchBar::Find(bool backwards) {

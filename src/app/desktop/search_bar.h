@@ -29,6 +29,7 @@ class TSearchBar : public QWidget {
 
   private:
     void Find(bool backwards);
+    void Replace();
     TXmlEditor::TSearch Search() const;
     void Tell(const QString& text);
     /// The same, unless the user gave up.

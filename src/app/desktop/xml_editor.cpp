@@ -10,8 +10,8 @@
 #include <QEvent>
 #include <QFontDatabase>
 #include <QFontMetrics>
-#include <QImage>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QTimer>
 #include <QToolTip>
 
@@ -19,7 +19,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <utility>
 
 namespace conferix {
@@ -30,7 +29,6 @@ constexpr int kNumbers = 0;
 constexpr int kSymbols = 1;
 constexpr int kFolds = 2;
 constexpr int kTagIndicator = 4; ///< those before it mark messages, by severity
-constexpr int kFirstMark = 8;    ///< likewise
 /// Bytes handed to the editor at a time while a text is loaded.
 constexpr std::size_t kPiece = 2U << 20U;
 /// Bytes that are searched at a time.
@@ -40,7 +38,7 @@ constexpr long kTagReach = 200'000;
 constexpr long kMarkReach = 2'000;
 
 /// 0: what makes a file invalid, 1: warnings, 2: the rest.
-int MarkOf(TMessageType type) {
+std::size_t MarkOf(TMessageType type) {
     if (type == TMessageType::mtError || type == TMessageType::mtFatal)
         return 0;
     return type == TMessageType::mtWarning ? 1 : 2;
@@ -78,7 +76,7 @@ TXmlEditor::TXmlEditor(QWidget* parent)
     setMarginLineNumbers(kNumbers, true);
     setMarginType(kSymbols, SymbolMargin);
     setMarginSensitivity(kSymbols, false);
-    setMarginMarkerMask(kSymbols, 7 << kFirstMark);
+    setMarginMarkerMask(kSymbols, 0); // what stands in it is drawn by DrawMarks
     Send(SCI_SETIDLESTYLING, static_cast<long>(SC_IDLESTYLING_ALL));
     Send(SCI_SETLAYOUTCACHE, static_cast<long>(SC_CACHE_PAGE));
     Send(SCI_SETSCROLLWIDTH, 1);
@@ -102,6 +100,7 @@ TXmlEditor::TXmlEditor(QWidget* parent)
                 if ((kind & (SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE)) != 0)
                     OnChange(position, length, (kind & SC_MOD_BEFOREINSERT) != 0);
             });
+    connect(this, &QsciScintillaBase::SCN_SAVEPOINTREACHED, this, &TXmlEditor::BackAtSaved);
     connect(this, &QsciScintillaBase::SCN_UPDATEUI, this, &TXmlEditor::OnUpdated);
     connect(this, &QsciScintillaBase::SCN_DWELLSTART, this, &TXmlEditor::ShowTip);
     connect(this, &QsciScintillaBase::SCN_DWELLEND, this, [] { QToolTip::hideText(); });
@@ -138,6 +137,7 @@ void TXmlEditor::ApplyTheme() {
         color(colors.Comment, {QsciLexerXML::HTMLComment});
         color(colors.Entity, {QsciLexerXML::Entity, QsciLexerXML::CDATA});
     }
+    markIcons_.clear();
     setCaretForegroundColor(text);
     setCaretLineBackgroundColor(colors.CurrentLine);
     setSelectionBackgroundColor(palette().color(QPalette::Highlight));
@@ -146,20 +146,11 @@ void TXmlEditor::ApplyTheme() {
     setMarginsBackgroundColor(colors.Margin);
     setMarginsForegroundColor(colors.MarginText);
     setFoldMarginColors(colors.Margin, colors.Margin);
-    const int markSize = QFontMetrics(font).height() - 2;
-    const qreal ratio = devicePixelRatioF();
-    for (std::size_t mark = 0; mark < kMarkTypes.size(); ++mark) {
-        const QColor color = SeverityColor(kMarkTypes[mark], palette());
-        // Shapes tell the severities apart, colours come on top.
-        QImage icon = SeverityIcon(kMarkTypes[mark]).pixmap(QSize(markSize, markSize), ratio).toImage();
-        icon.setDevicePixelRatio(1);
-        Send(SCI_RGBAIMAGESETSCALE, std::lround(100 * ratio));
-        markerDefine(icon, kFirstMark + static_cast<int>(mark));
-        setIndicatorForegroundColor(color, static_cast<int>(mark));
-    }
+    for (std::size_t mark = 0; mark < kMarkTypes.size(); ++mark)
+        setIndicatorForegroundColor(SeverityColor(kMarkTypes[mark], palette()), static_cast<int>(mark));
     Send(SCI_INDICSETFORE, kTagIndicator,
          colors.MatchingTag.red() | colors.MatchingTag.green() << 8 | colors.MatchingTag.blue() << 16);
-    setMarginWidth(kSymbols, markSize + 4);
+    setMarginWidth(kSymbols, QFontMetrics(font).height() + 4);
 }
 
 void TXmlEditor::changeEvent(QEvent* event) {
@@ -176,6 +167,50 @@ void TXmlEditor::keyPressEvent(QKeyEvent* event) {
     if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && !enterIgnored_.hasExpired())
         return;
     QsciScintilla::keyPressEvent(event);
+}
+
+void TXmlEditor::paintEvent(QPaintEvent* event) {
+    QsciScintilla::paintEvent(event);
+    DrawMarks();
+}
+
+void TXmlEditor::DrawMarks() {
+    // The editing component would draw images without regard for the screen's resolution.
+    QPainter painter(viewport());
+    const int left = MarginEnd(kNumbers);
+    const int width = MarginEnd(kSymbols) - left;
+    const auto height = static_cast<int>(Send(SCI_TEXTHEIGHT, 0));
+    const int size = std::min(width, height) - 2;
+    const long top = Send(SCI_GETFIRSTVISIBLELINE);
+    const long onScreen = Send(SCI_LINESONSCREEN) + 1;
+    for (int row = 0; row < onScreen; ++row) {
+        const int line = static_cast<int>(Send(SCI_DOCLINEFROMVISIBLE, top + row)) + 1;
+        const auto [first, last] = places_.OnLines(line, line);
+        if (first == last || top + row != Send(SCI_VISIBLEFROMDOCLINE, line - 1))
+            continue;
+        std::size_t mark = kMarkTypes.size(); // of several in a line the gravest
+        for (std::size_t i = first; i < last && mark != 0; ++i)
+            mark = std::min(mark, MarkOf(places_.All()[i].Type));
+        painter.drawPixmap(left + (width - size) / 2, row * height + (height - size) / 2,
+                           MarkIcon(mark, size));
+    }
+}
+
+const QPixmap& TXmlEditor::MarkIcon(std::size_t mark, int size) {
+    if (const QSize wanted = QSize(size, size) * devicePixelRatioF();
+        markIcons_.empty() || markIcons_.front().size() != wanted) {
+        markIcons_.clear();
+        for (const TMessageType type : kMarkTypes) // shapes tell them apart, colours come on top
+            markIcons_.push_back(SeverityIcon(type).pixmap(QSize(size, size), devicePixelRatioF()));
+    }
+    return markIcons_[mark];
+}
+
+int TXmlEditor::MarginEnd(int margin) const {
+    long end = 0;
+    for (int i = 0; i <= margin; ++i)
+        end += Send(SCI_GETMARGINWIDTHN, i);
+    return static_cast<int>(end);
 }
 
 void TXmlEditor::Load(TXmlPtr text, bool highlighted) {
@@ -266,6 +301,22 @@ void TXmlEditor::ReplaceBy(const TXmlPtr& text, const std::vector<TTextEdit>& ed
     snapshot_ = text;
 }
 
+void TXmlEditor::NoteSaved() {
+    Send(SCI_SETSAVEPOINT);
+}
+
+void TXmlEditor::Undo(const TGoOn& goOn) {
+    goOn_ = goOn;
+    Send(SCI_UNDO);
+    goOn_ = nullptr;
+}
+
+void TXmlEditor::Redo(const TGoOn& goOn) {
+    goOn_ = goOn;
+    Send(SCI_REDO);
+    goOn_ = nullptr;
+}
+
 void TXmlEditor::OnChange(long position, long length, bool inserted) {
     SettleChange();
     snapshot_ = nullptr;
@@ -275,6 +326,8 @@ void TXmlEditor::OnChange(long position, long length, bool inserted) {
         TellTextRemoved(*this, position, ToQt(TextOf(position, position + length)));
     markTimer_->start(0);
     emit Edited();
+    if (goOn_)
+        goOn_();
 }
 
 void TXmlEditor::SettleChange() {
@@ -284,13 +337,8 @@ void TXmlEditor::SettleChange() {
     if (change->Inserted != 0 && change->Inserted <= kReadAloud && QAccessible::isActive())
         TellTextInserted(*this, change->Position,
                          ToQt(TextOf(change->Position, change->Position + change->Inserted)));
-    const int linesAdded = LineCount() - change->LineCount;
-    if (linesAdded == 0)
-        return;
-    places_.LinesChanged(change->Line + 1, linesAdded);
-    for (auto& [mark, markedLine] : marked_)
-        if (markedLine > change->Line)
-            markedLine = std::max(change->Line, markedLine + linesAdded);
+    if (const int linesAdded = LineCount() - change->LineCount; linesAdded != 0)
+        places_.LinesChanged(change->Line + 1, linesAdded);
 }
 
 const TMessagePlaces& TXmlEditor::Places() {
@@ -320,9 +368,6 @@ void TXmlEditor::SetPlaces(const TXmlMessages& messages, std::function<QString(s
 
 void TXmlEditor::PlaceMarks() {
     SettleChange();
-    for (const auto& [mark, line] : marked_)
-        Send(SCI_MARKERDELETE, line, mark);
-    marked_.clear();
     const long length = Send(SCI_GETLENGTH);
     for (std::size_t mark = 0; mark < kMarkTypes.size(); ++mark) {
         Send(SCI_SETINDICATORCURRENT, static_cast<long>(mark));
@@ -335,9 +380,7 @@ void TXmlEditor::PlaceMarks() {
     constexpr std::size_t kMostOnScreen = 2'000; // a line may hold any number of them
     for (std::size_t i = first; i < std::min(last, first + kMostOnScreen); ++i) {
         const TMessagePlace& place = places_.All()[i];
-        const int mark = MarkOf(place.Type);
-        Send(SCI_MARKERADD, place.Line - 1, kFirstMark + mark);
-        marked_.emplace_back(kFirstMark + mark, place.Line - 1);
+        const auto mark = static_cast<long>(MarkOf(place.Type));
         const long position = PositionOf(place.Line, place.LinePos);
         const auto [text, start] = Around(position, kMarkReach);
         const TTextRange range = MarkedRange(text, static_cast<std::size_t>(position - start));
@@ -345,6 +388,7 @@ void TXmlEditor::PlaceMarks() {
         Send(SCI_INDICATORFILLRANGE, start + static_cast<long>(range.Start),
              static_cast<long>(range.End - range.Start));
     }
+    viewport()->update(0, 0, MarginEnd(kSymbols), viewport()->height());
 }
 
 void TXmlEditor::MarkMatchingTags() {

@@ -5,6 +5,7 @@
 #include "app/text_changes.h"
 
 #include <QDeadlineTimer>
+#include <QPixmap>
 #include <Qsci/qsciscintilla.h>
 
 #include <functional>
@@ -39,6 +40,12 @@ class TXmlEditor : public QsciScintilla {
     /// Makes the text another one in one step that the user can undo; only what differs (`edits`, those of
     /// FindEdits) is replaced, so that place and folds stay. What `goOn` answers does not matter.
     void ReplaceBy(const TXmlPtr& text, const std::vector<TTextEdit>& edits, const TGoOn& goOn);
+    /// The text as it is now is the one that was saved: BackAtSaved tells when undoing or redoing leads back
+    /// to it.
+    void NoteSaved();
+    /// The last step back, or forward again. What `goOn` answers does not matter.
+    void Undo(const TGoOn& goOn);
+    void Redo(const TGoOn& goOn);
     /// Whether the user may edit; nobody can while a text is loaded.
     void SetEditable(bool editable);
 
@@ -72,12 +79,14 @@ class TXmlEditor : public QsciScintilla {
   signals:
     /// The user, an undo or a correction changed the text.
     void Edited();
+    void BackAtSaved();
     void Loaded();
     void Moved();
 
   protected:
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
   private:
     /// A call of the editing component; what takes a text gets it by SendText.
@@ -91,6 +100,11 @@ class TXmlEditor : public QsciScintilla {
     void SettleChange();
     void OnUpdated(int what);
     void PlaceMarks();
+    /// Draws into the margin what is found on the lines on the screen.
+    void DrawMarks();
+    const QPixmap& MarkIcon(std::size_t mark, int size);
+    /// Pixels from the left to where a margin ends.
+    int MarginEnd(int margin) const;
     void MarkMatchingTags();
     void ShowTip(int position, int x, int y);
     long PositionOf(int line, int linePos) const;
@@ -115,7 +129,8 @@ class TXmlEditor : public QsciScintilla {
     std::optional<TTextChange> changing_; ///< what it did to the lines is not known yet
     TMessagePlaces places_;
     std::function<QString(std::size_t)> textOf_;
-    std::vector<std::pair<int, int>> marked_; ///< marker and 0-based line of what is marked
+    std::vector<QPixmap> markIcons_; ///< by mark, as large as they were drawn last
+    TGoOn goOn_;                     ///< of the step that is being undone
     QDeadlineTimer enterIgnored_;
     QTimer* loadTimer_;
     QTimer* markTimer_;

@@ -4,7 +4,7 @@
   const input = document.getElementById("arquivos");
   const target = document.getElementById("alvo");
   const state = document.getElementById("estado");
-  const corrected = document.getElementById("corrigidos");
+  const actions = document.getElementById("acoes");
   const report = document.getElementById("relatorio");
   const limit = Number(form.dataset.limite);
   let running = false;
@@ -65,20 +65,50 @@
     }
   }
 
+  function save(blob, name) {
+    const address = URL.createObjectURL(blob);
+    const link = document.createElement("a");
+    link.href = address;
+    link.download = name;
+    link.click();
+    setTimeout(function () { URL.revokeObjectURL(address); }, 60000);
+  }
+
+  function count(number, one, many) {
+    return number + " " + (number === 1 ? one : many);
+  }
+
+  function print(files) {
+    if (files.length === 0) {
+      return tell("Escolha um arquivo XML.", true);
+    }
+    return work("Imprimindo…", async function () {
+      const response = await post("/imprimir", files, "application/pdf");
+      const name = files.length === 1 ? files[0].name.replace(/\.[^.]*$/, "") + ".pdf" : "guias.pdf";
+      save(await response.blob(), name);
+      return name + ": " + count(Number(response.headers.get("Conferix-Guias")), "guia", "guias") + ", " +
+        count(Number(response.headers.get("Conferix-Paginas")), "página", "páginas") + ".";
+    });
+  }
+
+  function addButton(text, action) {
+    const button = document.createElement("button");
+    button.type = "button";
+    button.className = "segundo";
+    button.textContent = text;
+    button.addEventListener("click", action);
+    actions.append(button);
+  }
+
   function correct(file) {
     return work("Corrigindo " + file.name + "…", async function () {
       const response = await post("/corrigir?estrutura&todas", [file], "application/xml");
       const applied = Number(response.headers.get("Conferix-Correcoes"));
       const left = Number(response.headers.get("Conferix-Nao-Corrigidas"));
       const verdicts = { sim: "válido", nao: "ainda inválido", "nao-verificado": "não verificado" };
-      const address = URL.createObjectURL(await response.blob());
-      const link = document.createElement("a");
-      link.href = address;
-      link.download = file.name;
-      link.click();
-      setTimeout(function () { URL.revokeObjectURL(address); }, 60000);
-      return file.name + ": " + (applied === 1 ? "1 correção" : applied + " correções") +
-        (left === 0 ? "" : ", " + (left === 1 ? "1 não corrigida" : left + " não corrigidas")) +
+      save(await response.blob(), file.name);
+      return file.name + ": " + count(applied, "correção", "correções") +
+        (left === 0 ? "" : ", " + count(left, "não corrigida", "não corrigidas")) +
         "; " + verdicts[response.headers.get("Conferix-Valido")] + ".";
     });
   }
@@ -89,19 +119,15 @@
     }
     return work(files.length === 1 ? "Conferindo…" : "Conferindo " + files.length + " arquivos…", async function () {
       report.replaceChildren();
-      corrected.replaceChildren();
+      actions.replaceChildren();
       const response = await post("/validar?formato=html", files, "text/html");
       // The page has the stylesheet of reports itself, and its policy takes no other.
       const text = (await response.text()).replace(/<style>[^]*?<\/style>/, "");
       const page = new DOMParser().parseFromString(text, "text/html");
       report.replaceChildren(...document.adoptNode(page.querySelector("main")).childNodes);
       for (const file of files) {
-        const button = document.createElement("button");
-        button.type = "button";
-        button.className = "segundo";
-        button.textContent = "Baixar corrigido: " + file.name;
-        button.addEventListener("click", function () { correct(file); });
-        corrected.append(button);
+        addButton("Baixar corrigido: " + file.name, function () { correct(file); });
+        addButton("Imprimir: " + file.name, function () { print([file]); });
       }
       return "";
     });
@@ -110,7 +136,10 @@
   form.addEventListener("submit", function (event) {
     event.preventDefault();
     const files = Array.from(input.files);
-    if (event.submitter && event.submitter.formAction.includes("/corrigir")) {
+    const action = event.submitter ? event.submitter.formAction : "";
+    if (action.includes("/imprimir")) {
+      print(files);
+    } else if (action.includes("/corrigir")) {
       if (files.length === 1) {
         correct(files[0]);
       } else {

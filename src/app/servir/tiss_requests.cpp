@@ -2,6 +2,7 @@
 
 #include "app/configuracao_validacoes.h"
 #include "app/file_correction.h"
+#include "app/missing_data.h"
 #include "app/repeated_guides.h"
 #include "app/servir/request_input.h"
 #include "app/unified_diff.h"
@@ -95,6 +96,8 @@ void CheckParameters(const TReportOptions& options, std::string_view formato) {
                            "\"resumo\" não mostra mensagens; não combina com \"todas\" nem \"detalhar\".");
     if (options.Resumo && formato != "texto" && formato != "json" && formato != "ndjson")
         throw EHttpRefusal(400, "\"resumo\" só existe em texto, json e ndjson.");
+    if (options.Totais && formato != "json" && formato != "ndjson")
+        throw EHttpRefusal(400, "\"totais\" só existe em json e ndjson.");
 }
 
 /// The rules that are on, without those that a client switches off for its request.
@@ -104,6 +107,8 @@ std::vector<std::string> EnabledRules(const TServiceEngine& engine,
     try {
         for (const std::string& name : disabled)
             rules.SetChecked(name, false);
+    } catch (const EUnknownRule& error) {
+        throw EHttpRefusal(400, error.what() + std::string(" GET /regras mostra a lista."));
     } catch (const ERuleNotSwitched& error) {
         throw EHttpRefusal(400, error.what());
     }
@@ -157,7 +162,8 @@ class TCorrectionRequest {
             return Validation().Verified
                        ? Unread(422, "O arquivo não pôde ser lido, e nada foi corrigido.",
                                 Validation().ValidationMessages)
-                       : Unread(503, "O serviço não pôde conferir o arquivo, e nada foi corrigido.",
+                       : Unread(503,
+                                "O serviço não pôde conferir o arquivo, e nada foi corrigido." + Advice(),
                                 Validation().ValidationMessages);
         metrics.CountVerdict(kVerdicts[static_cast<std::size_t>(VerdictOf(Validation()))]);
         metrics.CountCorrections(result.Applied.size());
@@ -186,6 +192,12 @@ class TCorrectionRequest {
         } catch (const EXmlEncoding& error) {
             throw EHttpRefusal(422, error.what());
         }
+    }
+
+    /// What to do where a schema is missing, as a further sentence.
+    std::string Advice() {
+        const std::filesystem::path& schema = Validation().MissingSchema;
+        return schema.empty() ? std::string() : ' ' + MissingSchemaText(schema);
     }
 
     const TValidateArgs& Validation() { return controller_.Events().OnValidate.Current(); }
@@ -246,11 +258,13 @@ class TCorrectionRequest {
 
 TServiceAnswer AnswerValidar(THttpRequest& request, const TServiceEngine& engine,
                              const TDBConnectionFactory& terminology, TServiceMetrics& metrics) {
-    TRequestInput input(request, {"arquivo", "desativar", "detalhar", "formato", "nivel", "resumo", "todas"});
+    TRequestInput input(
+        request, {"arquivo", "desativar", "detalhar", "formato", "nivel", "resumo", "todas", "totais"});
     const TReportOptions options{.Todas = input.Flag("todas"),
                                  .Nivel = LevelOf(input.Text("nivel")),
                                  .Detalhar = input.Flag("detalhar"),
-                                 .Resumo = input.Flag("resumo")};
+                                 .Resumo = input.Flag("resumo"),
+                                 .Totais = input.Flag("totais")};
     const TChosenReport report = ChooseReport(input.Text("formato"), request.Accept, options);
     CheckParameters(options, report.Name);
     TFileValidator validator(engine.Schemas, terminology, EnabledRules(engine, input.List("desativar")));
@@ -271,8 +285,7 @@ TServiceAnswer AnswerValidar(THttpRequest& request, const TServiceEngine& engine
         if (static_cast<std::size_t>(out.tellp()) > engine.AnswerBytes)
             throw EHttpRefusal(413, "O relatório seria grande demais; envie menos arquivos de cada vez.");
     }
-    for (const std::string& text : RepeatedGuideTexts(repeated.Found(), names))
-        totals.Note(text);
+    totals.SetRepeated(WithFileNames(repeated.Found(), names));
     report.Writer->End(out, totals);
     TServiceAnswer answer{200, report.ContentType, std::move(out).str()};
     // A report shows what files say: nothing of that may run or be fetched in the name of the service.

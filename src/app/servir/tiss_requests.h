@@ -27,6 +27,9 @@ TServiceAnswer AnswerValidar(THttpRequest& request, const TServiceEngine& engine
 /// POST /corrigir.
 TServiceAnswer AnswerCorrigir(THttpRequest& request, const TServiceEngine& engine,
                               const TDBConnectionFactory& terminology, TServiceMetrics& metrics);
+/// POST /imprimir: the guides of lots on their forms, as a PDF file.
+TServiceAnswer AnswerImprimir(THttpRequest& request, const TServiceEngine& engine,
+                              const TDBConnectionFactory& terminology, TServiceMetrics& metrics);
 /// GET /regras.
 TServiceAnswer AnswerRegras(const THttpRequest& request, const TServiceEngine& engine);
 

@@ -1,6 +1,8 @@
 #include "app/servir/tiss_server.h"
 
+#include "app/schema_import.h"
 #include "app/servir/service_page.h"
+#include "platform/platform.h"
 #include "report/message_json.h"
 
 #include <fmt/format.h>
@@ -75,11 +77,12 @@ std::vector<THttpRoute> TTissServer::Routes() {
              [page = ServicePage(bodyBytes_)](const THttpRequest&, std::size_t) { return page; }},
             {"POST", "/validar", true, work(&AnswerValidar)},
             {"POST", "/corrigir", true, work(&AnswerCorrigir)},
+            {"POST", "/imprimir", true, work(&AnswerImprimir)},
             {"GET", "/regras", false,
              [this](const THttpRequest& request, std::size_t) { return AnswerRegras(request, engine_); }},
             {"GET", std::string(kLiveness), false,
-             [](const THttpRequest&, std::size_t) {
-                 return StateAnswer(200, {{"estado", "vivo"}});
+             [this](const THttpRequest&, std::size_t) {
+                 return StateAnswer(200, {{"estado", "vivo"}, {"problemas", Problems()}});
              }},
             {"GET", std::string(kReadiness), false,
              [this](const THttpRequest&, std::size_t) { return AnswerReadiness(); }},
@@ -107,15 +110,35 @@ THttpObserver TTissServer::Observer() {
 TServiceAnswer TTissServer::AnswerReadiness() const {
     if (server_->IsStopping())
         return StateAnswer(503, {{"estado", "parando"}});
+    if (const std::string obstacle = Obstacle(); !obstacle.empty())
+        return StateAnswer(503, {{"estado", "falha"}, {"erro", obstacle}});
+    return StateAnswer(200, {{"estado", "pronto"}});
+}
+
+/// What keeps every file from being judged; empty for nothing.
+std::string TTissServer::Obstacle() const {
     try {
         static_cast<void>(engine_.LoadConfig());
         if (engine_.Schemas.FileNames().empty())
-            return StateAnswer(503, {{"estado", "sem schemas"}, {"erro", "não há schemas XSD"}});
+            return fmt::format("Não há schemas XSD na pasta \"{}\".", PathText(engine_.Schemas.Folder()));
         static_cast<void>(engine_.NewTerminology().CreateConnection());
     } catch (const std::exception& error) {
-        return StateAnswer(503, {{"estado", "falha"}, {"erro", error.what()}});
+        return error.what();
     }
-    return StateAnswer(200, {{"estado", "pronto"}});
+    return {};
+}
+
+std::vector<std::string> TTissServer::Problems() const {
+    std::vector<std::string> problems;
+    if (std::string obstacle = Obstacle(); !obstacle.empty())
+        problems.push_back(std::move(obstacle));
+    try {
+        for (std::string& fault : UnusableSchemas(engine_.Schemas))
+            problems.push_back(std::move(fault));
+    } catch (const EFileNotRead&) { // Obstacle() says so
+        return problems;
+    }
+    return problems;
 }
 
 } // namespace conferix

@@ -1,4 +1,4 @@
-// The service: validation and correction of files over HTTP.
+// The service: validation, correction and printing of files over HTTP.
 #pragma once
 
 #include "app/servir/tiss_requests.h"
@@ -21,8 +21,9 @@ struct TTissServerOptions {
     std::string Version; ///< of the program
 };
 
-/// Answers POST /validar and /corrigir, GET / (the page), /regras, /saude, /saude/pronta and /metricas. Keeps
-/// nothing of a request once it is answered, so that any number of servers can stand side by side.
+/// Answers POST /validar, /corrigir and /imprimir, GET / (the page), /regras, /saude, /saude/pronta and
+/// /metricas. Keeps nothing of a request once it is answered, so that any number of servers can stand side by
+/// side.
 class TTissServer {
   public:
     /// Listens from here on. `log`: a line goes there for each request, with nothing that a client wrote.
@@ -33,6 +34,8 @@ class TTissServer {
     TTissServer& operator=(const TTissServer&) = delete;
 
     TRequestServer& Server() { return *server_; }
+    /// What keeps files from being judged, some or all, a sentence each.
+    std::vector<std::string> Problems() const;
 
   private:
     class TLog;
@@ -40,6 +43,7 @@ class TTissServer {
     std::vector<THttpRoute> Routes();
     THttpObserver Observer();
     TServiceAnswer AnswerReadiness() const;
+    std::string Obstacle() const;
 
     TServiceEngine engine_;
     std::size_t bodyBytes_;                           ///< the largest body

@@ -187,11 +187,17 @@ std::vector<std::uint32_t> TContentRecovery::ExpectedPositions(const TItem& item
         return ExpectedOfAll();
     const TItem* previous = item.Before != kNone ? &items_[item.Before] : nullptr;
     const TItem* following = item.After != kNone ? &items_[item.After] : nullptr;
+    // A missing element to which the items before were given stands between.
+    const auto at = static_cast<std::size_t>(&item - items_.data());
+    const std::uint32_t wrapper = at > 0 ? items_[at - 1].Wrapper : kNone;
+    const std::uint32_t state = wrapper != kNone      ? wrapper + 1
+                                : previous != nullptr ? previous->Position + 1
+                                                      : 0;
     std::vector<std::uint32_t> expected;
-    if (previous != nullptr && automaton_.Positions[previous->Position].Max > 1 &&
+    if (wrapper == kNone && previous != nullptr && automaton_.Positions[previous->Position].Max > 1 &&
         previous->Stretch < automaton_.Positions[previous->Position].Max)
         expected.push_back(previous->Position);
-    for (const std::uint32_t p : automaton_.Follow(previous == nullptr ? 0 : previous->Position + 1))
+    for (const std::uint32_t p : automaton_.Follow(state))
         if (following == nullptr || p == following->Position || distances_.Reaches(p, following->Position))
             expected.push_back(p);
     return expected;

@@ -149,8 +149,10 @@ std::size_t TContentRecovery::TakeIntoWrapper(std::size_t first, TWrapping wrapp
                          faults_)
             .Run();
     std::copy(decisions.begin(), decisions.end(), decisions_.begin() + from);
-    for (std::size_t i = first; i < first + count; ++i)
+    for (std::size_t i = first; i < first + count; ++i) {
         items_[i].Unjudged = true;
+        items_[i].Wrapper = wrapper;
+    }
     return count;
 }
 

@@ -65,6 +65,7 @@ class TContentRecovery {
         TSchemaMisnaming Misnaming = TSchemaMisnaming::None;
         bool Unjudged = false;          ///< what it was meant to be cannot be told
         std::uint32_t Position = kNone; ///< the one chosen; none for a displaced item
+        std::uint32_t Wrapper = kNone;  ///< the one of the missing element in which it belongs
         std::uint32_t Before = kNone;   ///< the nearest items in place around it
         std::uint32_t After = kNone;
         std::uint32_t Stretch =

@@ -231,9 +231,10 @@ TSchemaFault MakeSchemaFault(TSchemaFaultCode code, const TXmlNode& node) {
     TSchemaFault fault;
     fault.Code = code;
     fault.Node = &node;
-    fault.Line = node.Line();
-    fault.LinePos = node.LinePos();
-    fault.FilePos = node.FilePos();
+    const TXmlPlace place = node.Place();
+    fault.Line = place.Line;
+    fault.LinePos = place.LinePos;
+    fault.FilePos = place.FilePos;
     return fault;
 }
 

@@ -27,15 +27,19 @@
 #include <QMimeData>
 #include <QPrinter>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
+#include <QTextBrowser>
+#include <QToolButton>
 #include <QTreeView>
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <set>
 #include <sstream>
 
 namespace conferix {
@@ -153,6 +157,32 @@ TEST_F(Window, WalksFromMessageToPlaceAndCorrectsOneInOneStep) {
     EXPECT_TRUE(std::ranges::is_sorted(lines));
     Do("mensagemAnterior");
     EXPECT_LE(tab.Editor()->CurrentLine(), lines[2]);
+    // Errors come round and round; with them hidden, warnings do.
+    const auto goesRound = [&](TMessageType type) {
+        const auto count = static_cast<std::size_t>(
+            std::ranges::count(Messages(), type, [](const auto& message) { return message->MsgType(); }));
+        std::set<std::size_t> seen;
+        for (std::size_t i = 0; i <= count; ++i) {
+            Do("proximaMensagem");
+            seen.insert(*tab.Messages()->Current());
+            EXPECT_EQ(Messages()[*tab.Messages()->Current()]->MsgType(), type);
+        }
+        EXPECT_EQ(seen.size(), count);
+    };
+    goesRound(TMessageType::mtError);
+    auto* const errors = window_->findChild<QToolButton*>(QStringLiteral("filtroErros"));
+    errors->click();
+    goesRound(TMessageType::mtWarning);
+    errors->click();
+
+    // Of a message without a correction is said that it has none.
+    const auto bare =
+        std::ranges::find_if(Messages(), [](const auto& found) { return found->Solvers().empty(); });
+    ASSERT_NE(bare, Messages().end());
+    tab.Messages()->Select(static_cast<std::size_t>(bare - Messages().begin()));
+    Do("corrigir");
+    EXPECT_TRUE(tab.Notices()->IsShown(QStringLiteral("correcao")));
+    EXPECT_TRUE(Text() == before);
 
     // Enter leads into the editor; a second one at once changes nothing.
     const std::size_t wrong = MessageWith([](const TXmlMessage& message) {
@@ -183,9 +213,15 @@ TEST_F(Window, WalksFromMessageToPlaceAndCorrectsOneInOneStep) {
 
     Do("desfazer");
     EXPECT_TRUE(Text() == before);
-    EXPECT_EQ(StatusOf("estado"), "Modificado, Inválido antes da alteração");
+    EXPECT_EQ(StatusOf("estado"), "Inválido antes da alteração") << "it is the file's text again";
+    EXPECT_FALSE(window_->isWindowModified());
     WaitForVerdict(); // by itself, after a pause
     EXPECT_EQ(Messages().size(), count);
+    Do("refazer");
+    Do("salvar");
+    EXPECT_FALSE(window_->isWindowModified());
+    Do("desfazer");
+    EXPECT_TRUE(window_->isWindowModified()) << "the file holds the correction";
 }
 
 TEST_F(Window, ChoosesAmongCorrectionsAndCancels) {
@@ -208,11 +244,21 @@ TEST_F(Window, ChoosesAmongCorrectionsAndCancels) {
 }
 
 TEST_F(Window, CorrectsAllAfterALookAtTheDifferenceAndSaves) {
-    TDocumentTab& tab = Open(Copy(kFaulty));
+    std::string faulty = ReadWholeFile(Example(kFaulty)); // with a long line beside one that is corrected
+    faulty.insert(faulty.find('\n', faulty.find("<ans:valorTotal>")),
+                  "<!-- " + std::string(400, 'x') + " -->");
+    Write("lote.xml", faulty);
+    TDocumentTab& tab = Open(folder_ / "lote.xml");
     const std::string before = Text();
     const auto ready = [](QDialog& dialog) {
         Wait([&] { return Find<QPushButton>(dialog, "Corrigir").isEnabled(); });
-        EXPECT_GT(Find<QTableView>(dialog, "Diferenças no texto").model()->rowCount(), 0);
+        const auto& left = Find<QTreeView>(dialog, "Diferenças no texto: antes");
+        const auto& right = Find<QTreeView>(dialog, "Diferenças no texto: depois");
+        EXPECT_GT(left.model()->rowCount(), 0);
+        // What is long is scrolled to, on both sides at once.
+        left.horizontalScrollBar()->setValue(left.horizontalScrollBar()->maximum());
+        EXPECT_GT(left.horizontalScrollBar()->value(), 0);
+        EXPECT_EQ(right.horizontalScrollBar()->value(), left.horizontalScrollBar()->value());
         return Find<QTableView>(dialog, "Correções").model();
     };
     Visit([&](QDialog& dialog) {
@@ -251,7 +297,7 @@ TEST_F(Window, CorrectsAllAfterALookAtTheDifferenceAndSaves) {
     EXPECT_EQ(StatusOf("estado"), "Modificado, Válido");
     Do("salvar");
     EXPECT_EQ(StatusOf("estado"), "Válido");
-    EXPECT_FALSE(Bytes() == ReadWholeFile(Example(kFaulty)));
+    EXPECT_FALSE(Bytes() == faulty);
     Do("recarregar");
     WaitForVerdict();
     EXPECT_EQ(StatusOf("estado"), "Válido");
@@ -379,6 +425,20 @@ TEST_F(Window, ShowsFilesThatAreHardToShow) {
     Open(Copy(kFaulty));
     EXPECT_EQ(Messages().size(), findings) << "line breaks change no finding";
     Do("fechar");
+
+    std::string crowded = ReadWholeFile(Example("consulta-4.01.00-valido.xml"));
+    std::erase(crowded, '\n');
+    Write("linha.xml", crowded);
+    Open(folder_ / "linha.xml");
+    EXPECT_EQ(Tab().Editor()->LineCount(), 1);
+    const std::string inOneLine = Text();
+    Press(Tab(), "Formatar");
+    WaitForVerdict();
+    EXPECT_GT(Tab().Editor()->LineCount(), 50);
+    EXPECT_FALSE(Tab().Notices()->IsShown(QStringLiteral("formatado")));
+    Do("desfazer");
+    EXPECT_TRUE(Text() == inOneLine);
+    Do("fechar"); // asks nothing
 
     Write("bytes.xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a>\xC3\xA7 \xE7\xFF</a>\n");
     window_->OpenFiles({ToQt((folder_ / "bytes.xml").string())});
@@ -689,6 +749,26 @@ TEST_F(Window, EveryControlHasANameAndEveryActionAKeyOrAMenu) {
         Do("proximaParte");
     while (QApplication::focusWidget() != first && ++steps < 10);
     EXPECT_EQ(steps, 3);
+    // The help is one of the parts while it is there; Esc ends it.
+    const auto inHelp = [&] {
+        const QWidget* const focus = QApplication::focusWidget();
+        return focus != nullptr && focus->accessibleName() == QLatin1String("Texto da regra");
+    };
+    Do("ajudaRegra");
+    EXPECT_TRUE(inHelp());
+    for (int i = 0; i < 5; ++i)
+        Do("proximaParte");
+    EXPECT_TRUE(inHelp());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    Wait([&] { return QApplication::focusWidget() == first; });
+
+    // A message that comes from no rule is explained all the same.
+    Write("cortado.xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a><b");
+    Open(folder_ / "cortado.xml");
+    Tab().Messages()->Select(0);
+    Do("ajudaRegra");
+    EXPECT_THAT(FromQt(Find<QTextBrowser>(*window_, "Texto da regra").toPlainText()),
+                testing::AllOf(HasSubstr(Messages()[0]->Reason()), HasSubstr("Como corrigir")));
 }
 
 } // namespace

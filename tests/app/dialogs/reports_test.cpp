@@ -10,12 +10,15 @@
 #include "schema_model/built_in_folders.h"
 #include "validator/rule_list.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QPdfWriter>
 #include <QProgressBar>
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTableWidget>
+#include <QTextBlock>
 #include <QTextBrowser>
 #include <QTextDocument>
 #include <QTreeWidget>
@@ -152,6 +155,34 @@ TEST_F(FReport, HoldsTheFindingsGuideByGuideAndBecomesAPdf) {
     EXPECT_THROW(SaveReportPdf(result, folder_ / "falta/r.pdf"), EFileNotWritten);
 }
 
+/// Whoever gets it has no command line, and turns pages.
+TEST_F(FReport, NamesNoCommandsAndLeavesNoHeadingAlone) {
+    for (const char* example : {"consulta-4.01.00-com-erros.xml", "spsadt-3.05.00-valores-errados.xml",
+                                "monitoramento-1.06.00-com-erros.xml", "odonto-3.05.00-com-erros.xml"}) {
+        const auto report = PrintableReport(Validator().ValidateFile(Example(example).string()));
+        EXPECT_THAT(FromQt(report->toPlainText()), Not(HasSubstr("conferix "))) << example;
+        QPdfWriter paper(ToQt((folder_ / "p.pdf").string()));
+        for (const int height : {200, 247, 297}) {
+            paper.setPageSize(QPageSize(QSizeF(210, height), QPageSize::Millimeter));
+            const auto pages = Paginated(*report, paper);
+            const auto pageOf = [&](const QTextBlock& block) {
+                const QTextLine line = block.layout()->lineAt(0);
+                return static_cast<int>((pages->documentLayout()->blockBoundingRect(block).top() +
+                                         (line.isValid() ? line.rect().center().y() : 0)) /
+                                        pages->pageSize().height());
+            };
+            int headings = 0;
+            for (QTextBlock block = pages->begin(); block.next().isValid(); block = block.next()) {
+                if (block.blockFormat().headingLevel() == 0)
+                    continue;
+                ++headings;
+                EXPECT_EQ(pageOf(block), pageOf(block.next())) << example << ": " << FromQt(block.text());
+            }
+            EXPECT_GT(headings, 5);
+        }
+    }
+}
+
 TEST_F(FReport, MessagesTellWhereWhatIsMissingIsImported) {
     // A version of which no schema was published.
     std::string approximate = ReadTestFile(Example("spsadt-3.05.00-valido.xml"));
@@ -203,6 +234,8 @@ TEST_F(FRuleHelp, ShowsThePageOfEachRuleAndFindsItByWords) {
     for (const TListedRule& rule : ListRules()) {
         ASSERT_TRUE(help.ShowRule(rule.Rule->Name)) << rule.Rule->Name;
         EXPECT_THAT(help.Shown()->Rules, Contains(rule.Rule->Name));
+        EXPECT_THAT(FromQt(Find<QTextBrowser>(help, "Texto da regra").toPlainText()),
+                    Not(HasSubstr("conferix ")));
     }
     EXPECT_FALSE(help.ShowRule("tiss.nenhuma"));
     help.ShowRule("tiss.mensagem.hash");

@@ -15,6 +15,7 @@
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QTabWidget>
+#include <QTimer>
 
 #include <fmt/format.h>
 
@@ -107,7 +108,7 @@ TEST_F(FConfiguracoes, ImportsTerminologyThatIsDroppedAndFindsItsTerms) {
     ExpectNames(dialog);
     const auto search = [&](const char* words) {
         Find<QLineEdit>(page, "Procurar termos").setText(words);
-        QTest::qWait(200);
+        Wait([&] { return !page.findChild<QTimer*>({}, Qt::FindDirectChildrenOnly)->isActive(); });
         return RowsOf(page, "Termos encontrados", 4);
     };
     EXPECT_THAT(search("avaliacao CONSULT"), Contains(HasSubstr("22|")));

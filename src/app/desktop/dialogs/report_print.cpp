@@ -2,19 +2,28 @@
 
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/dialogs/file_choice.h"
+#include "app/missing_data.h"
 #include "platform/platform.h"
 #include "report/report_writer.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QBuffer>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QPageLayout>
+#include <QPageRanges>
+#include <QPainter>
 #include <QPdfWriter>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QRegularExpression>
+#include <QScreen>
+#include <QTextBlock>
 #include <QTextDocument>
+#include <QTextTable>
 
 #include <sstream>
+#include <utility>
 
 namespace conferix {
 
@@ -23,16 +32,20 @@ namespace {
 constexpr int kPdfDpi = 300;
 constexpr QSize kPreviewSize(900, 680);
 constexpr int kFontPoints = 9;
+constexpr int kFooterPoints = 7;
+constexpr double kMarginInches = 2 / 2.54;
+/// Part of a page; what takes less is not parted.
+constexpr double kKeptWhole = 0.5;
 
-/// What of the report's own style a text document can show, for paper.
+/// What of the report's own style a text document can show, for paper; of distances it knows pixels alone.
 const auto kStyle = QStringLiteral(
-    "h1 { font-size: 15pt; } h2 { font-size: 13pt; margin-top: 14pt; }"
-    "h3 { font-size: 11pt; margin-top: 12pt; margin-bottom: 3pt; } h4 { font-size: 9.5pt; margin-top: 8pt; "
-    "margin-bottom: 2pt; }"
-    "p { margin-top: 2pt; margin-bottom: 2pt; } a { color: #000000; text-decoration: none; }"
+    "h1 { font-size: 15pt; } h2 { font-size: 13pt; margin-top: 19px; }"
+    "h3 { font-size: 11pt; margin-top: 16px; margin-bottom: 4px; } h4 { font-size: 9.5pt; margin-top: 11px; "
+    "margin-bottom: 3px; }"
+    "p { margin-top: 3px; margin-bottom: 3px; } a { color: #000000; text-decoration: none; }"
     "code, pre { font-family: 'Liberation Mono', 'DejaVu Sans Mono', monospace; font-size: 8pt; }"
-    "pre { background-color: #f2f2f2; margin-top: 2pt; margin-bottom: 4pt; white-space: pre-wrap; }"
-    "th { font-weight: bold; text-align: left; padding-right: 10pt; } td { padding-right: 10pt; }"
+    "pre { background-color: #f2f2f2; margin-top: 3px; margin-bottom: 5px; white-space: pre-wrap; }"
+    "th { font-weight: bold; text-align: left; padding-right: 13px; } td { padding-right: 13px; }"
     "mark { background-color: #dddddd; text-decoration: underline; }"
     ".veredito { font-size: 12pt; font-weight: bold; } .selo { font-weight: bold; }"
     ".numero { color: #555555; } .lugar, .nomes { color: #444444; }"
@@ -77,7 +90,111 @@ QPageLayout Page() {
             QPageLayout::Millimeter}; // printing a text document leaves two centimetres
 }
 
+bool IsHeading(const QTextBlock& block) {
+    return block.isValid() && block.blockFormat().headingLevel() > 0;
+}
+
+/// Moves what would be torn from page to page, from the first page on.
+class TPageBreaks {
+  public:
+    explicit TPageBreaks(QTextDocument& report) : report_(report), height_(report.pageSize().height()) {}
+
+    void Set() {
+        for (QTextBlock block = report_.begin(); block.isValid(); block = block.next())
+            if (IsTorn(block))
+                BreakBefore(block);
+    }
+
+  private:
+    QRectF RectOf(const QTextBlock& block) const {
+        return report_.documentLayout()->blockBoundingRect(block);
+    }
+    /// 0-based.
+    int PageAt(double y) const { return static_cast<int>(y / height_); }
+    int FirstPageOf(const QTextBlock& block) const {
+        // The first line: a block that is broken begins at the end of a page, its line on the next.
+        const QTextLayout* const lines = block.layout();
+        return PageAt(RectOf(block).top() +
+                      (lines->lineCount() > 0 ? lines->lineAt(0).rect().bottom() - 1 : 0));
+    }
+    /// True of a heading without what it heads, and of the beginning of a frame that has room on one page.
+    bool IsTorn(const QTextBlock& block) const {
+        if (IsHeading(block) && block.next().isValid() && FirstPageOf(block.next()) != FirstPageOf(block))
+            return true;
+        const QTextTable* const table = QTextCursor(block).currentTable();
+        if (table == nullptr || table->firstCursorPosition().block() != block)
+            return false;
+        const QRectF whole = report_.documentLayout()->frameBoundingRect(const_cast<QTextTable*>(table));
+        return whole.height() < kKeptWhole * height_ && PageAt(whole.top()) != PageAt(whole.bottom() - 1);
+    }
+    /// What begins with the block starts a new page, together with the headings before it.
+    void BreakBefore(QTextBlock block) {
+        QTextTable* table = QTextCursor(block).currentTable();
+        for (;;) {
+            const QTextBlock before =
+                table != nullptr ? report_.findBlock(table->firstPosition() - 1) : block.previous();
+            if (!IsHeading(before) || before == block)
+                break;
+            block = before;
+            table = QTextCursor(block).currentTable();
+        }
+        if (table != nullptr) {
+            QTextTableFormat format = table->format();
+            format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
+            table->setFormat(format);
+        } else {
+            QTextBlockFormat format;
+            format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
+            QTextCursor(block).mergeBlockFormat(format);
+        }
+    }
+
+    QTextDocument& report_;
+    double height_;
+};
+
 } // namespace
+
+std::unique_ptr<QTextDocument> Paginated(const QTextDocument& report, QPagedPaintDevice& paper) {
+    std::unique_ptr<QTextDocument> pages(report.clone());
+    pages->documentLayout()->setPaintDevice(&paper);
+    pages->setPageSize(QSizeF(paper.width(), paper.height()));
+    QTextFrameFormat frame = pages->rootFrame()->frameFormat();
+    // Lengths of formats are those of the screen, and scaled to the paper.
+    frame.setMargin(kMarginInches * QGuiApplication::primaryScreen()->logicalDotsPerInchY());
+    pages->rootFrame()->setFrameFormat(frame);
+    TPageBreaks(*pages).Set();
+    return pages;
+}
+
+void Print(const QTextDocument& report, QPagedPaintDevice& paper) {
+    const std::unique_ptr<QTextDocument> pages = Paginated(report, paper);
+    const double margin = kMarginInches * paper.logicalDpiY();
+    const QRectF page(QPointF(0, 0), pages->pageSize());
+    const QRectF footer(margin, page.height() - margin * 0.7, page.width() - 2 * margin, margin * 0.4);
+    const QPageRanges wanted = paper.pageRanges();
+    const int count = pages->pageCount();
+    QAbstractTextDocumentLayout::PaintContext context;
+    context.palette.setColor(QPalette::Text, Qt::black); // whatever the screen's theme
+    QPainter painter(&paper);
+    bool begun = false;
+    for (int number = 1; number <= count; ++number) {
+        if (!wanted.isEmpty() && !wanted.contains(number))
+            continue;
+        if (std::exchange(begun, true))
+            paper.newPage();
+        context.clip = page.translated(0, (number - 1) * page.height());
+        painter.save();
+        painter.translate(0, -context.clip.top());
+        painter.setClipRect(context.clip);
+        pages->documentLayout()->draw(&painter, context);
+        painter.restore();
+        painter.setFont(QFont(report.defaultFont().family(), kFooterPoints));
+        painter.setPen(Qt::darkGray);
+        painter.drawText(footer, Qt::AlignLeft, report.metaInformation(QTextDocument::DocumentTitle));
+        painter.drawText(footer, Qt::AlignRight, QStringLiteral("página %1 de %2").arg(number).arg(count));
+    }
+}
 
 std::unique_ptr<QTextDocument> PrintableReport(std::string_view html) {
     QString text = ToQt(html);
@@ -103,7 +220,7 @@ std::unique_ptr<QTextDocument> PrintableReport(const TFileResult& file) {
     writer->Begin(out);
     writer->AddFile(out, summary, writer->FileText(file));
     writer->End(out, totals);
-    auto document = PrintableReport(out.str());
+    auto document = PrintableReport(TextForWindow(out.str()));
     document->setMetaInformation(QTextDocument::DocumentTitle,
                                  QStringLiteral("Validação de ") +
                                      QFileInfo(ToQt(file.Validation.FileName)).fileName());
@@ -119,7 +236,7 @@ void PrintReport(QWidget* owner, const TFileResult& file) {
     preview.resize(kPreviewSize);
     preview.setWindowTitle(QStringLiteral("Imprimir relatório"));
     QObject::connect(&preview, &QPrintPreviewDialog::paintRequested,
-                     [&](QPrinter* paper) { document->print(paper); });
+                     [&](QPrinter* paper) { Print(*document, *paper); });
     preview.exec();
 }
 
@@ -134,7 +251,7 @@ void SaveReportPdf(const TFileResult& file, const std::filesystem::path& pdf) {
         writer.setResolution(kPdfDpi);
         writer.setTitle(document->metaInformation(QTextDocument::DocumentTitle));
         writer.setCreator(QStringLiteral("Conferix"));
-        document->print(&writer);
+        Print(*document, writer);
     } // what is missing is written at its end
     WriteFileAtomically(pdf, {bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string_view>
 
+class QPagedPaintDevice;
 class QTextDocument;
 class QWidget;
 
@@ -20,6 +21,12 @@ namespace conferix {
 std::unique_ptr<QTextDocument> PrintableReport(std::string_view html);
 /// The report on one file: what is wrong guide by guide, and what the rules demand that found it.
 std::unique_ptr<QTextDocument> PrintableReport(const TFileResult& file);
+
+/// The report laid out on the pages of a paper: a heading stays on the page of what it heads, and what takes
+/// little room is not parted.
+std::unique_ptr<QTextDocument> Paginated(const QTextDocument& report, QPagedPaintDevice& paper);
+/// Prints a report, each page with its number.
+void Print(const QTextDocument& report, QPagedPaintDevice& paper);
 
 /// Shows the report as it will be printed, from where it is printed.
 void PrintReport(QWidget* owner, const TFileResult& file);

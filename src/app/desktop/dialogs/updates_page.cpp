@@ -4,6 +4,7 @@
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/dialogs/proxy_settings_dialog.h"
 #include "app/desktop/dialogs/work_bar.h"
+#include "app/missing_data.h"
 #include "app/notices.h"
 #include "app/update_importers.h"
 #include "data/constantes.h"
@@ -161,7 +162,7 @@ void TUpdatesPage::Show(const std::vector<TPackage>& packages, const QString& fa
     if (told.isEmpty() && !offered)
         told =
             packages_.empty() ? QStringLiteral("Não há pacotes.") : QStringLiteral("Tudo está atualizado.");
-    told_->setText(told);
+    told_->setText(ToQt(TextForWindow(FromQt(told))));
     told_->setVisible(!told.isEmpty());
 }
 
