@@ -34,7 +34,7 @@ std::string Number(std::size_t count, std::string_view one, std::string_view man
     return fmt::format("{} {}", count, count == 1 ? one : many);
 }
 
-void NoteStandard(TNoticeBox& box) {
+TNotice StandardNotice() {
     std::string_view message;
     std::string_view monitoring;
     for (const TArquivoTissClass& version : TArquivoTissFactory::Classes()) {
@@ -42,19 +42,17 @@ void NoteStandard(TNoticeBox& box) {
             version.Tipo == TEnumTipoArquivoTiss::taMensagemTISS ? message : monitoring;
         newest = std::max(newest, version.Versao);
     }
-    const TNotice notice = {
-        .Subject = "padrao",
-        .Key = fmt::format("{} {}", message, monitoring),
-        .Title = fmt::format("Padrão TISS até a versão {}", message),
-        .Text = fmt::format("Este programa confere mensagens até a versão {} do padrão e arquivos de "
-                            "monitoramento até a {}. Uma versão mais nova que a ANS publique pede uma "
-                            "atualização do programa.",
-                            message, monitoring)};
-    box.SetAll("padrao", {&notice, 1});
+    return {.Subject = "padrao",
+            .Key = fmt::format("{} {}", message, monitoring),
+            .Title = fmt::format("Padrão TISS até a versão {}", message),
+            .Text = fmt::format("Este programa confere mensagens até a versão {} do padrão e arquivos de "
+                                "monitoramento até a {}. Uma versão mais nova que a ANS publique pede uma "
+                                "atualização do programa.",
+                                message, monitoring)};
 }
 
 /// Tables with terms, by number, and those without.
-void NoteTables(TNoticeBox& box, const std::vector<TTussTableStatistics>& tables) {
+TNotice TablesNotice(const std::vector<TTussTableStatistics>& tables) {
     std::string installed;
     std::string missing;
     for (const TTussTableStatistics& table : tables) {
@@ -80,10 +78,10 @@ void NoteTables(TNoticeBox& box, const std::vector<TTussTableStatistics>& tables
                                    "importe a publicação da ANS (conferix terminologia importar ARQUIVO).",
                                    notice.Text.empty() ? "" : " ", missing);
     }
-    box.SetAll("tabelas", {&notice, 1});
+    return notice;
 }
 
-void NoteOldTables(TNoticeBox& box, const std::vector<TTableImport>& imports) {
+std::vector<TNotice> OldTablesNotices(const std::vector<TTableImport>& imports) {
     constexpr std::size_t kDay = 10;
     std::vector<TNotice> notices;
     for (const TTableImport& import : imports)
@@ -100,22 +98,39 @@ void NoteOldTables(TNoticeBox& box, const std::vector<TTableImport>& imports) {
                                      import.Tabela, day),
                  .Level = TNoticeLevel::Warning});
         }
-    box.SetAll("terminologia-antiga", notices);
+    return notices;
 }
 
 } // namespace
 
-void NoteState(TNoticeBox& box, const TDBConnectionFactory& terminology) {
-    NoteStandard(box);
+void Notify(const std::function<void(TNoticeBox&)>& note) {
     try {
-        const auto connection = terminology.CreateConnection();
-        NoteTables(box, connection->Statistics());
-        NoteOldTables(box, NewestImports(connection->FileName()));
-    } catch (const ETerminologyNotOpened&) { // who uses it is told
+        TNoticeBox box{TDatabase()};
+        note(box);
+    } catch (const EFile&) { // no data folder can be made
         return;
-    } catch (const ETerminologyNotRead&) {
+    } catch (const EDataFolderUnknown&) {
         return;
     }
+}
+
+TNoticesOfSubjects StateNotices(const TDBConnectionFactory& terminology) {
+    TNoticesOfSubjects state = {{"padrao", {StandardNotice()}}};
+    try {
+        const auto connection = terminology.CreateConnection();
+        state.push_back({"tabelas", {TablesNotice(connection->Statistics())}});
+        state.emplace_back("terminologia-antiga", OldTablesNotices(NewestImports(connection->FileName())));
+    } catch (const ETerminologyNotOpened&) { // who uses it is told
+        return state;
+    } catch (const ETerminologyNotRead&) {
+        return state;
+    }
+    return state;
+}
+
+void NoteState(TNoticeBox& box, const TNoticesOfSubjects& state) {
+    for (const auto& [subject, notices] : state)
+        box.SetAll(subject, notices);
 }
 
 void NoteUpdates(TNoticeBox& box, const std::vector<TPackage>& packages,

@@ -6,15 +6,25 @@
 #include "data/notice_box.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace conferix {
 
+/// Puts notices into the inbox of the data folder. Where that fails there are none, and nothing else happens.
+void Notify(const std::function<void(TNoticeBox&)>& note);
+
+/// All that holds of some subjects now.
+using TNoticesOfSubjects = std::vector<std::pair<std::string, std::vector<TNotice>>>;
+
 /// What files are judged by: the newest versions of the standard that the program knows, the tables of the
-/// terminology at hand, and those imported more than six months ago. What held before and does so no longer
-/// goes. A terminology that cannot be read is told nothing of.
-void NoteState(TNoticeBox& box, const TDBConnectionFactory& terminology);
+/// terminology at hand, and those imported more than six months ago. A terminology that cannot be read is
+/// told nothing of.
+TNoticesOfSubjects StateNotices(const TDBConnectionFactory& terminology);
+/// Tells it. What held before and does so no longer goes.
+void NoteState(TNoticeBox& box, const TNoticesOfSubjects& state);
 
 /// Packages that a list of updates offers or that were installed, and the notices of that list.
 void NoteUpdates(TNoticeBox& box, const std::vector<TPackage>& packages,

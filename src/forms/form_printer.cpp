@@ -92,14 +92,6 @@ std::string SumOf(const TFormBox& box, const TXmlNode& node) {
 
 } // namespace
 
-/// A guide on one of its forms.
-struct TFormPrinter::TJob {
-    const TFormGuide* Guide;
-    const TFormTemplate* Form;
-    const TFormGeometry* Geometry;
-    std::size_t Pages;
-};
-
 const TFormGeometry& TFormPrinter::Geometry(const TFormTemplate& form, const TFormVariant& variant,
                                             std::string_view version) {
     const auto key = std::pair(&variant, std::string(version));
@@ -109,9 +101,9 @@ const TFormGeometry& TFormPrinter::Geometry(const TFormTemplate& form, const TFo
                : geometries_.emplace(key, LayOutForm(form, variant, version, false)).first->second;
 }
 
-std::vector<TFormPrinter::TJob> TFormPrinter::Jobs(std::span<const TFormGuide> guides,
-                                                   std::string_view version) {
-    std::vector<TJob> jobs;
+std::vector<TFormSheet> TFormPrinter::Sheets(std::span<const TFormGuide> guides, std::string_view version) {
+    common_ = {}; // guides of another file may lie where those of the last one did
+    std::vector<TFormSheet> sheets;
     for (const TFormGuide& guide : guides)
         for (const auto& form : forms_) {
             const TFormVariant* variant = form->VariantFor(version);
@@ -125,23 +117,19 @@ std::vector<TFormPrinter::TJob> TFormPrinter::Jobs(std::span<const TFormGuide> g
                 const auto lines = static_cast<std::size_t>(placed.Table->Lines);
                 pages = std::max(pages, (All(*guide.Node, placed.Table->Items).size() + lines - 1) / lines);
             }
-            jobs.push_back({&guide, form.get(), &geometry, pages});
+            for (std::size_t sheet = 1; sheet <= pages; ++sheet)
+                sheets.push_back({&guide, form.get(), &geometry, sheet, pages});
         }
-    return jobs;
+    return sheets;
 }
 
 std::size_t TFormPrinter::Print(std::span<const TFormGuide> guides, std::string_view version,
                                 const TFormSink& sink) {
-    const std::vector<TJob> jobs = Jobs(guides, version);
-    std::size_t pages = 0;
-    for (const TJob& job : jobs)
-        pages += job.Pages;
-    std::size_t before = 0;
-    for (const TJob& job : jobs) {
-        PrintJob(job, before, pages, sink);
-        before += job.Pages;
-    }
-    return pages;
+    const std::vector<TFormSheet> sheets = Sheets(guides, version);
+    std::size_t number = 0;
+    for (const TFormSheet& sheet : sheets)
+        sink(PrintSheet(sheet, ++number, sheets.size()));
+    return sheets.size();
 }
 
 void TFormPrinter::PrintBlank(const TFormTemplate& form, const TFormVariant& variant,
@@ -154,39 +142,43 @@ void TFormPrinter::PrintBlank(const TFormTemplate& form, const TFormVariant& var
     sink(page);
 }
 
-void TFormPrinter::PrintJob(const TJob& job, std::size_t before, std::size_t pages, const TFormSink& sink) {
-    const TFormGeometry& geometry = *job.Geometry;
-    const TXmlNode& guide = *job.Guide->Node;
-    // What all pages of a guide have in common is drawn once.
-    auto head = std::make_shared<TDrawing>();
-    std::vector<TFormPlace> headPlaces;
-    AddValues(geometry.Boxes, guide, false, *head, headPlaces);
-    std::vector<std::vector<const TXmlNode*>> rows;
-    for (const TPlacedTable& placed : geometry.Tables)
-        rows.push_back(All(guide, placed.Table->Items));
-    TFormPage page;
-    page.Paper = {geometry.Width, geometry.Height, {geometry.Form}, {}};
-    if (job.Pages > 1)
-        page.Paper.Common.push_back(head);
-    page.Guide = job.Guide;
-    page.Form = job.Form;
-    for (page.Sheet = 1; page.Sheet <= job.Pages; ++page.Sheet) {
-        page.Paper.Own.Clear();
-        page.Places = headPlaces;
-        if (job.Pages == 1)
-            page.Paper.Own = std::move(*head);
-        else
-            AddText(page.Paper.Own, geometry.Sheet, fmt::format("Folha {}/{}", page.Sheet, job.Pages),
-                    kSheet);
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            const TPlacedTable& placed = geometry.Tables[i];
-            AddLines(placed, rows[i], (page.Sheet - 1) * static_cast<std::size_t>(placed.Table->Lines), page);
-        }
-        if (page.Sheet == job.Pages)
-            AddValues(geometry.Boxes, guide, true, page.Paper.Own, page.Places);
-        AddFooter(geometry, before + page.Sheet, pages, page.Paper.Own);
-        sink(page);
+const TFormPrinter::TCommon& TFormPrinter::CommonOf(const TFormSheet& sheet) {
+    if (common_.Guide == sheet.Guide && common_.Geometry == sheet.Geometry)
+        return common_;
+    common_ = {sheet.Guide, sheet.Geometry, std::make_shared<TDrawing>(), {}, {}};
+    AddValues(sheet.Geometry->Boxes, *sheet.Guide->Node, false, *common_.Head, common_.Places);
+    for (const TPlacedTable& placed : sheet.Geometry->Tables)
+        common_.Rows.push_back(All(*sheet.Guide->Node, placed.Table->Items));
+    return common_;
+}
+
+const TFormPage& TFormPrinter::PrintSheet(const TFormSheet& sheet, std::size_t number, std::size_t pages) {
+    const TFormGeometry& geometry = *sheet.Geometry;
+    const TCommon& common = CommonOf(sheet);
+    page_.Paper.Width = geometry.Width;
+    page_.Paper.Height = geometry.Height;
+    page_.Paper.Common = {geometry.Form};
+    page_.Paper.Own.Clear();
+    page_.Places = common.Places;
+    page_.Guide = sheet.Guide;
+    page_.Form = sheet.Form;
+    page_.Sheet = sheet.Sheet;
+    if (sheet.Sheets == 1) {
+        page_.Paper.Own = *common.Head;
+    } else { // what all pages of a guide have in common is drawn once
+        page_.Paper.Common.push_back(common.Head);
+        AddText(page_.Paper.Own, geometry.Sheet, fmt::format("Folha {}/{}", sheet.Sheet, sheet.Sheets),
+                kSheet);
     }
+    for (std::size_t i = 0; i < common.Rows.size(); ++i) {
+        const TPlacedTable& placed = geometry.Tables[i];
+        AddLines(placed, common.Rows[i], (sheet.Sheet - 1) * static_cast<std::size_t>(placed.Table->Lines),
+                 page_);
+    }
+    if (sheet.Sheet == sheet.Sheets)
+        AddValues(geometry.Boxes, *sheet.Guide->Node, true, page_.Paper.Own, page_.Places);
+    AddFooter(geometry, number, pages, page_.Paper.Own);
+    return page_;
 }
 
 void TFormPrinter::AddValues(const std::vector<TPlacedBox>& boxes, const TXmlNode& guide, bool lastPage,

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -42,6 +43,15 @@ struct TFormPage {
 };
 using TFormSink = std::function<void(const TFormPage&)>;
 
+/// A page that is to be printed.
+struct TFormSheet {
+    const TFormGuide* Guide;
+    const TFormTemplate* Form;
+    const TFormGeometry* Geometry;
+    std::size_t Sheet;  ///< of the guide's pages of this form, from 1 on
+    std::size_t Sheets; ///< how many these are
+};
+
 /// What a code of a table stands for; empty where it is not known.
 using TTermText = std::function<std::string(std::string_view table, std::string_view code)>;
 
@@ -63,17 +73,29 @@ class TFormPrinter {
     /// Prints guides of one file one after another, each with its annexes, and hands over each page; answers
     /// how many there are. Raises EInvalidForm.
     std::size_t Print(std::span<const TFormGuide> guides, std::string_view version, const TFormSink& sink);
+    /// The pages that these guides take, to be printed one by one as long as guides and printer live. Raises
+    /// EInvalidForm.
+    std::vector<TFormSheet> Sheets(std::span<const TFormGuide> guides, std::string_view version);
+    /// Prints a page of these; those of a guide one after another are printed faster. `number` (from 1 on)
+    /// and `pages` stand at its foot. The page is valid until the next one is made.
+    const TFormPage& PrintSheet(const TFormSheet& sheet, std::size_t number, std::size_t pages);
     /// Prints an empty form to be filled in by hand. Raises EInvalidForm.
     void PrintBlank(const TFormTemplate& form, const TFormVariant& variant, std::string_view version,
                     const TFormSink& sink);
 
   private:
-    struct TJob;
+    /// What all pages of a guide have in common.
+    struct TCommon {
+        const TFormGuide* Guide = nullptr;
+        const TFormGeometry* Geometry = nullptr;
+        std::shared_ptr<TDrawing> Head;
+        std::vector<TFormPlace> Places;
+        std::vector<std::vector<const TXmlNode*>> Rows; ///< of each table
+    };
 
     const TFormGeometry& Geometry(const TFormTemplate& form, const TFormVariant& variant,
                                   std::string_view version);
-    std::vector<TJob> Jobs(std::span<const TFormGuide> guides, std::string_view version);
-    void PrintJob(const TJob& job, std::size_t before, std::size_t pages, const TFormSink& sink);
+    const TCommon& CommonOf(const TFormSheet& sheet);
     void AddValues(const std::vector<TPlacedBox>& boxes, const TXmlNode& guide, bool lastPage,
                    TDrawing& drawing, std::vector<TFormPlace>& places) const;
     void AddLines(const TPlacedTable& placed, std::span<const TXmlNode* const> rows, std::size_t first,
@@ -93,6 +115,8 @@ class TFormPrinter {
     TFormSet forms_;
     TFormOptions options_;
     std::map<std::pair<const TFormVariant*, std::string>, TFormGeometry> geometries_;
+    TCommon common_; ///< of the guide that was printed last
+    TFormPage page_;
 };
 
 } // namespace conferix

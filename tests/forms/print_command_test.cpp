@@ -1,7 +1,11 @@
+#include "app/guide_pages.h"
+#include "app/tiss_file.h"
 #include "forms/pdf_text.h"
 #include "support/command_test.h"
 
 #include <gmock/gmock.h>
+
+#include <tuple>
 
 namespace conferix {
 namespace {
@@ -88,6 +92,53 @@ TEST_F(Imprimir, NumbersEmptyLinesAfterTheLastItem) {
     EXPECT_EQ(count("7 -"), 1U);
     EXPECT_EQ(count("8 -"), 1U);
     EXPECT_EQ(count("9 -"), 0U);
+}
+
+/// Each element of a guide leads to the box that shows it, or to a sentence that says why there is none.
+TEST_F(Imprimir, FindsTheBoxOfAPlaceInTheText) {
+    for (const char* name :
+         {"consulta-4.01.00-valido.xml", "honorarios-4.01.00-valido.xml", "internacao-3.02.00-valido.xml",
+          "odonto-3.05.00-valido.xml", "spsadt-3.05.00-valido.xml"}) {
+        TGuidePages pages(TTissFile::Read(Example(name)).Load(), std::nullopt, CONFERIX_TUSS_DB);
+        for (const TFormGuide& guide : pages.Guides()) {
+            const TXmlNode* const root = guide.Node;
+            for (const TXmlNode* node = root->NextInWalk(root); node != nullptr;
+                 node = node->NextInWalk(root)) {
+                if (!node->IsTag() || node->FirstChildTag() != nullptr)
+                    continue;
+                if (node->LocalName() == "itemVinculado") { // no form shows it
+                    EXPECT_THROW(pages.FindBox(node->Line(), node->LinePos()), ENoBox);
+                    continue;
+                }
+                const TBoxPlace box = pages.FindBox(node->Line(), node->LinePos() + 1);
+                const TFormPage& page = pages.Page(box.Page);
+                const auto place = std::ranges::find(page.Places, node, &TFormPlace::Node);
+                ASSERT_NE(place, page.Places.end()) << node->LocalName();
+                EXPECT_EQ(place->Frame.Y, box.Frames.front().Y) << node->LocalName();
+                if (box.Frames.size() == 1) {
+                    EXPECT_THAT(box.Text, testing::EndsWith(place->Box->Label));
+                }
+            }
+        }
+    }
+    std::string text = ReadTestFile(spsadt_);
+    text.insert(text.find("</ans:dadosBeneficiario>"), "<ans:outro>1</ans:outro>");
+    TGuidePages pages(TTissFile(text).Load(), std::nullopt, CONFERIX_TUSS_DB);
+    const TXmlNode& guide = *pages.Guides().front().Node;
+    const TXmlNode& other = *guide.FirstDescendant("outro");
+    // Of an element that holds others, these are pointed out.
+    const TXmlNode& header = *guide.FirstChildTag();
+    EXPECT_GT(pages.FindBox(header.Line(), header.LinePos()).Frames.size(), 1U);
+    for (const auto& [line, linePos, reason] :
+         {std::tuple(0, 0, "Este lugar não está em uma guia"), std::tuple(7, 12, "está fora das guias"),
+          std::tuple(guide.Line(), guide.LinePos(), "Este lugar é a guia 20000001 por inteiro"),
+          std::tuple(other.Line(), other.LinePos(), "O elemento <outro> da guia 20000001 não tem caixa")})
+        try {
+            pages.FindBox(line, linePos);
+            ADD_FAILURE() << reason;
+        } catch (const ENoBox& error) {
+            EXPECT_THAT(error.what(), HasSubstr(reason));
+        }
 }
 
 TEST_F(Imprimir, SaysWhatIsWrong) {

@@ -111,17 +111,6 @@ int StatusOf(const TValidateArgs& result) {
     return result.FileStateFlags.Contains(TFileStateFlag::sfValido) ? kExitValid : kExitInvalid;
 }
 
-void Notify(const std::function<void(TNoticeBox&)>& note) {
-    try {
-        TNoticeBox box{TDatabase()};
-        note(box);
-    } catch (const EFile&) { // no data folder can be made
-        return;
-    } catch (const EDataFolderUnknown&) {
-        return;
-    }
-}
-
 void CheckOutput(const std::string& saida, const std::vector<TInput>& inputs) {
     const std::filesystem::path file = PathFromText(saida);
     std::error_code failure;

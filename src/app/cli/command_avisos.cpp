@@ -70,7 +70,7 @@ int RunWithBox(const TCliContext& context, const TAvisosOptions& options) {
         read.push_back(NumberOf(text));
     for (const std::string& text : options.Excluir)
         deleted.push_back(NumberOf(text));
-    NoteState(box, context.TerminologyFactory());
+    NoteState(box, StateNotices(context.TerminologyFactory()));
     int status = kExitValid;
     const auto check = [&](bool found, std::int64_t number) {
         if (found || !failure.empty())

@@ -7,7 +7,6 @@
 #include "app/tiss_file.h"
 #include "app/updater.h"
 #include "app/validador_controller.h"
-#include "data/notice_box.h"
 #include "report/message_json.h"
 
 #include <filesystem>
@@ -69,9 +68,6 @@ int StatusOf(const TValidateArgs& result);
 /// Reads a file for a command, "-" from standard input. Raises EFileNotRead, EXmlEncoding.
 TTissFile ReadTissFile(const TCliContext& context, const std::string& fileName,
                        TXmlUndecodable undecodable = TXmlUndecodable::Refused);
-
-/// Puts notices into the inbox of the data folder. Where that fails there are none, and nothing else happens.
-void Notify(const std::function<void(TNoticeBox&)>& note);
 /// What a command does with a file, answering its exit status.
 using TFileAction = std::function<int(const TTissFile&)>;
 /// Reads a file and does something with it. Of a file that cannot be read, written, understood or converted,

@@ -84,6 +84,7 @@ TDocumentTab::TDocumentTab(const std::shared_ptr<IValidadorController>& controll
     connect(messages_, &TMessagePanel::RuleSwitchWanted, this, &TDocumentTab::RuleSwitchWanted);
     connect(messages_, &TMessagePanel::HelpWanted, this, &TDocumentTab::HelpWanted);
     connect(messages_, &TMessagePanel::SettingsWanted, this, &TDocumentTab::SettingsWanted);
+    connect(messages_, &TMessagePanel::BoxWanted, this, &TDocumentTab::BoxWanted);
 }
 
 TDocumentTab::~TDocumentTab() {
@@ -319,6 +320,15 @@ std::optional<std::size_t> TDocumentTab::MessageAtCaret() const {
     return current;
 }
 
+std::pair<int, int> TDocumentTab::PlaceAtCaret() const {
+    const auto message = MessageAtCaret();
+    if (message)
+        if (const TXmlMessage& found = *messages_->Messages()[*message];
+            !editor_->hasFocus() || found.Line() == editor_->CurrentLine())
+            return {found.Line(), found.LinePos()};
+    return {editor_->CurrentLine(), editor_->CurrentLinePos()};
+}
+
 void TDocumentTab::GoToMessage(bool next) {
     const TMessageTable& table = messages_->Model().Table();
     const auto isError = [](const TMessagePlace& place) {
@@ -462,6 +472,7 @@ void TDocumentTab::ShowConverted(const TConvertedLote& lote) {
             editor_->setFocus();
             editor_->IgnoreEnter(kSecondEnter);
         });
+        connect(notes_, &TMessagePanel::BoxWanted, this, &TDocumentTab::BoxWanted);
         lists_->addTab(notes_, QString());
     }
     const TXmlMessages notes = MessagesOf(lote);
@@ -471,6 +482,8 @@ void TDocumentTab::ShowConverted(const TConvertedLote& lote) {
     TakeText(std::make_shared<const std::string>(lote.Xml));
     if (!notes.empty())
         lists_->setCurrentIndex(1);
+    emit Converted(ToQt(lote.To), static_cast<std::size_t>(std::ranges::count(
+                                      lote.Notes, TConversionNoteType::ntPending, &TConversionNote::Type)));
 }
 
 std::optional<TFileResult> TDocumentTab::Result() const {

@@ -10,6 +10,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 class QFileSystemWatcher;
@@ -65,6 +66,9 @@ class TDocumentTab : public QWidget {
     void GoToMessage(bool next);
     /// Index of the message at the caret, else of the selected one.
     std::optional<std::size_t> MessageAtCaret() const;
+    /// Line and column (1-based) of the message at the caret, or of the selected one where the list has the
+    /// keyboard; else of the caret.
+    std::pair<int, int> PlaceAtCaret() const;
     /// Corrects the message at the caret, or another of its place where that one has no correction; tells
     /// where there is none.
     void CorrectAtCaret();
@@ -104,6 +108,10 @@ class TDocumentTab : public QWidget {
     void RuleSwitchWanted(const QString& rule);
     void HelpWanted(const QString& rule);
     void SettingsWanted(conferix::TSettingsPage page);
+    /// The user wants to see the element at a place (1-based) on its form.
+    void BoxWanted(int line, int linePos);
+    /// The file was converted to a version; so many points are left to the user.
+    void Converted(const QString& to, std::size_t openPoints);
 
   private:
     /// True where the bytes of the file are no text, so that there is nothing but the message that says so.

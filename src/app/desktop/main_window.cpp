@@ -2,11 +2,14 @@
 
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/document_tab.h"
+#include "app/desktop/notice_bell.h"
 #include "app/desktop/patience.h"
 #include "app/desktop/theme.h"
 #include "app/desktop/welcome_page.h"
+#include "app/desktop/window_settings.h"
 #include "app/desktop/xml_editor.h"
 #include "app/installation.h"
+#include "app/notices.h"
 #include "platform/platform.h"
 
 #include <QAction>
@@ -34,15 +37,6 @@ QStringList FilesOf(const QString& folder) {
         files << found.next();
     files.sort();
     return files;
-}
-
-/// What the window remembers from one start to the next.
-std::unique_ptr<QSettings> Settings() {
-    try {
-        return std::make_unique<QSettings>(ToQt(PathText(DataFolder() / "janela.ini")), QSettings::IniFormat);
-    } catch (const EDataFolderUnknown&) {
-        return std::make_unique<QSettings>(QStringLiteral("Brenvo"), QStringLiteral("Conferix"));
-    }
 }
 
 /// A folder of more files is not opened without asking.
@@ -96,6 +90,10 @@ void TMainWindow::BuildStatusBar() {
     kind_ = label("tipo", "Tipo e versão do arquivo", 0);
     encoding_ = label("codificacao", "Codificação do arquivo", 0);
     position_ = label("posicao", "Posição no texto", 0);
+    bell_ = new TNoticeBell;
+    statusBar()->addPermanentWidget(bell_);
+    connect(bell_, &QToolButton::clicked, this, &TMainWindow::ShowNotices);
+    bell_->NoteInstalled();
 }
 
 TDocumentTab* TMainWindow::TabAt(int index) const {
@@ -170,7 +168,7 @@ void TMainWindow::AddTab(const QString& fileName, const TControllerManager::TCon
     if (const TDocumentTab* other = CurrentTab())
         tab->RestoreState(other->SaveState());
     else
-        tab->RestoreState(Settings()->value(QStringLiteral("aba")).toByteArray());
+        tab->RestoreState(WindowSettings()->value(QStringLiteral("aba")).toByteArray());
     connect(tab, &TDocumentTab::Changed, this, [this, tab] { UpdateTab(tab); });
     connect(tab, &TDocumentTab::Unreadable, this, [this, tab](const QString& reason) {
         history_->Forget(FromQt(tab->FileName()));
@@ -184,6 +182,15 @@ void TMainWindow::AddTab(const QString& fileName, const TControllerManager::TCon
     connect(tab, &TDocumentTab::RuleSwitchWanted, this, &TMainWindow::ShowRules);
     connect(tab, &TDocumentTab::HelpWanted, this, &TMainWindow::ShowHelp);
     connect(tab, &TDocumentTab::SettingsWanted, this, &TMainWindow::ShowSettings);
+    connect(tab, &TDocumentTab::BoxWanted, this,
+            [this](int line, int linePos) { ShowGuides(std::pair(line, linePos)); });
+    connect(tab, &TDocumentTab::Converted, this, [this, tab](const QString& to, std::size_t openPoints) {
+        if (openPoints != 0)
+            bell_->Note([&](TNoticeBox& box) {
+                NoteConversions(box,
+                                {{FromQt(QFileInfo(tab->FileName()).fileName()), FromQt(to), openPoints}});
+            });
+    });
     history_->NoteOpened(FromQt(fileName));
     tabs_->setCurrentIndex(tabs_->addTab(tab, QString()));
     tab->Load();
@@ -302,7 +309,7 @@ void TMainWindow::changeEvent(QEvent* event) {
 }
 
 void TMainWindow::SaveLayout() const {
-    const auto settings = Settings();
+    const auto settings = WindowSettings();
     settings->setValue(QStringLiteral("janela"), saveGeometry());
     settings->setValue(QStringLiteral("barras"), saveState());
     if (const TDocumentTab* tab = CurrentTab())
@@ -310,7 +317,7 @@ void TMainWindow::SaveLayout() const {
 }
 
 void TMainWindow::RestoreLayout() {
-    const auto settings = Settings();
+    const auto settings = WindowSettings();
     if (!restoreGeometry(settings->value(QStringLiteral("janela")).toByteArray()))
         resize(kFirstSize.boundedTo(screen()->availableGeometry().size()));
     restoreState(settings->value(QStringLiteral("barras")).toByteArray());

@@ -10,6 +10,8 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
 #include <vector>
 
 class QDockWidget;
@@ -20,6 +22,7 @@ class QTabWidget;
 namespace conferix {
 
 class TDocumentTab;
+class TNoticeBell;
 class TRuleHelp;
 class TWelcomePage;
 
@@ -81,6 +84,11 @@ class TMainWindow : public QMainWindow {
     void ShowRules(const QString& rule);
     void ShowSettings(TSettingsPage page);
     void ShowHistory();
+    /// Shows the guides of the current file on their forms; with a place of its text (1-based) the box of the
+    /// element there, or why it has none.
+    void ShowGuides(std::optional<std::pair<int, int>> place = std::nullopt);
+    void ShowListings();
+    void ShowNotices();
     /// Brings the help panel up, with the keyboard.
     TRuleHelp& OpenHelp();
     void ShowHelp(const QString& rule);
@@ -111,6 +119,7 @@ class TMainWindow : public QMainWindow {
     QLabel* kind_ = nullptr;
     QLabel* encoding_ = nullptr;
     QLabel* position_ = nullptr;
+    TNoticeBell* bell_ = nullptr;
 };
 
 } // namespace conferix

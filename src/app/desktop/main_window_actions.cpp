@@ -99,6 +99,10 @@ void TMainWindow::BuildFileMenu() {
         [this] { WithResult([this](const TFileResult& result) { PrintReport(this, result); }); });
     Add("pdf", QStringLiteral("Relatório &em PDF..."), {}, TNeeds::OpenFile,
         [this] { WithResult([this](const TFileResult& result) { AskAndSaveReportPdf(this, result); }); });
+    Add("imprimirGuias", QStringLiteral("Imprimir g&uias..."), QKeySequence(QStringLiteral("Ctrl+Shift+P")),
+        TNeeds::OpenFile, [this] { ShowGuides(); });
+    Add("listagens", QStringLiteral("&Listagens..."), QKeySequence(QStringLiteral("Ctrl+Shift+R")),
+        TNeeds::OpenFile, &TMainWindow::ShowListings);
     Add("historico", QStringLiteral("&Histórico de validações..."), {}, TNeeds::Nothing,
         &TMainWindow::ShowHistory);
     menu_->addSeparator();
@@ -191,6 +195,9 @@ void TMainWindow::BuildValidationMenu() {
     AddForTab(
         "mensagemAnterior", QStringLiteral("Mensagem &anterior"), QKeySequence(QStringLiteral("Shift+F8")),
         [](TDocumentTab& tab) { tab.GoToMessage(false); }, TNeeds::Tab);
+    AddForTab("mostrarNoFormulario", QStringLiteral("Mostrar no &formulário..."),
+              QKeySequence(QStringLiteral("F7")),
+              [this](TDocumentTab& tab) { ShowGuides(tab.PlaceAtCaret()); });
     menu_->addSeparator();
     AddForTab("corrigir", QStringLiteral("&Corrigir..."), QKeySequence(QStringLiteral("Alt+Return")),
               [](TDocumentTab& tab) { tab.CorrectAtCaret(); });
@@ -223,6 +230,8 @@ void TMainWindow::BuildHelpMenu() {
     menu_ = menuBar()->addMenu(QStringLiteral("Aj&uda"));
     Add("ajudaRegra", QStringLiteral("Ajuda sobre a &regra"), QKeySequence(QStringLiteral("F1")),
         TNeeds::Nothing, &TMainWindow::ShowHelpOnMessage);
+    Add("avisos", QStringLiteral("A&visos..."), QKeySequence(QStringLiteral("Ctrl+Shift+N")), TNeeds::Nothing,
+        &TMainWindow::ShowNotices);
     Add("exemplo", QStringLiteral("Abrir um &exemplo"), {}, TNeeds::Nothing, &TMainWindow::OpenExample);
     menu_->addSeparator();
     Add("sobre", QStringLiteral("&Sobre o Conferix"), {}, TNeeds::Nothing, &TMainWindow::ShowAbout);

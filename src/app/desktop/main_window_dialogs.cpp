@@ -10,8 +10,10 @@
 #include "app/desktop/document_tab.h"
 #include "app/desktop/file_session.h"
 #include "app/desktop/message_panel.h"
+#include "app/desktop/notice_bell.h"
 #include "app/desktop/xml_editor.h"
 #include "app/installation.h"
+#include "app/notices.h"
 #include "app/program_versions.h"
 
 #include <QApplication>
@@ -99,7 +101,7 @@ void TMainWindow::ValidateFolder() {
         dialog->setAttribute(Qt::WA_DeleteOnClose);
         connect(dialog, &TFBatchValidation::OpenRequested, this,
                 [this](const QString& file) { OpenFiles({file}); });
-        connect(dialog, &TFBatchValidation::Validated, this, [this, dialog](std::size_t row) {
+        connect(dialog, &TFBatchValidation::Validated, this, [this, dialog, folder](std::size_t row) {
             const TBatchRow& done = dialog->Batch().Rows()[row];
             TValidationRecord record;
             record.File = done.File;
@@ -109,6 +111,12 @@ void TMainWindow::ValidateFolder() {
             record.Errors = static_cast<std::int64_t>(done.Errors);
             record.Warnings = static_cast<std::int64_t>(done.Warnings);
             history_->NoteValidated(record);
+            if (dialog->Batch().Finished())
+                bell_->Note([&](TNoticeBox& box) {
+                    const TReportTotals& totals = dialog->Batch().Totals();
+                    NoteBatch(box, {FromQt(QDir(folder).dirName()), totals.Of(TVerdict::Valid),
+                                    totals.Of(TVerdict::Invalid), totals.Of(TVerdict::NotVerified)});
+                });
         });
         dialog->show();
         dialog->Start();
@@ -130,6 +138,7 @@ void TMainWindow::ShowRules(const QString& rule) {
 void TMainWindow::ShowSettings(TSettingsPage page) {
     if (TFConfiguracoes::Abrir(this, page))
         ValidateAll();
+    bell_->NoteInstalled();
 }
 
 void TMainWindow::ShowHistory() {

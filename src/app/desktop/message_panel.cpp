@@ -364,6 +364,10 @@ void TMessagePanel::ShowMenu(const QPoint& place) {
         menu.addSeparator();
         ofRule(QStringLiteral("Sobre esta regra"), &TMessagePanel::HelpWanted, true);
         ofRule(QStringLiteral("Desativar esta regra..."), &TMessagePanel::RuleSwitchWanted, true);
+        menu.addAction(
+                QStringLiteral("Mostrar no formulário..."), this,
+                [this, line = message.Line(), linePos = message.LinePos()] { emit BoxWanted(line, linePos); })
+            ->setShortcut(QKeySequence(QStringLiteral("F7"))); // told here; the window's menu has it
         menu.addSeparator();
         menu.addAction(QStringLiteral("Copiar"), this, &TMessagePanel::CopySelected);
         menu.addAction(QStringLiteral("Ocultar estas"), this, &TMessagePanel::HideSelected);

@@ -72,6 +72,8 @@ class TMessagePanel : public QWidget {
     void HelpWanted(const QString& rule);
     /// The user wants to install what could not be judged by.
     void SettingsWanted(conferix::TSettingsPage page);
+    /// The user wants to see the element at the place of a message (1-based) on its form.
+    void BoxWanted(int line, int linePos);
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -1,8 +1,13 @@
+#include "app/cli/cli.h"
 #include "app/desktop/correction_dialog.h"
 #include "app/desktop/document_tab.h"
+#include "app/desktop/guide_print_dialog.h"
+#include "app/desktop/listing_dialog.h"
 #include "app/desktop/main_window.h"
 #include "app/desktop/message_panel.h"
 #include "app/desktop/notice_bar.h"
+#include "app/desktop/notice_bell.h"
+#include "app/desktop/page_view.h"
 #include "app/desktop/xml_editor.h"
 #include "app/dialogs/dialog_test.h"
 #include "platform/platform.h"
@@ -11,21 +16,31 @@
 #include <QAccessible>
 #include <QAction>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
+#include <QDesktopServices>
 #include <QDropEvent>
+#include <QFileDialog>
 #include <QLineEdit>
+#include <QListView>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPrinter>
+#include <QRadioButton>
 #include <QScrollBar>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTextBrowser>
 #include <QToolButton>
 #include <QTreeView>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <set>
+#include <sstream>
 
 namespace conferix {
 namespace {
@@ -104,6 +119,19 @@ class Window : public TDialogTest {
         QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(window_.get(), &drop);
         QCoreApplication::processEvents();
+    }
+
+    /// What the command answers, with the names of files as the window says them.
+    std::string Command(const std::vector<std::string>& words) const {
+        std::istringstream in;
+        std::ostringstream out;
+        std::ostringstream err;
+        EXPECT_EQ(RunCli(words, {in, out, err}), kExitValid) << err.str();
+        std::string answer = out.str();
+        const std::string folder = folder_.Path().string() + "/";
+        for (std::size_t at = 0; (at = answer.find(folder, at)) != std::string::npos;)
+            answer.erase(at, folder.size());
+        return answer;
     }
 
     const TEnvironment tuss_{"CONFERIX_TUSS", CONFERIX_TUSS_DB};
@@ -466,6 +494,221 @@ TEST_F(Window, StopsAValidation) {
     EXPECT_FALSE(tab.Editor()->isReadOnly());
 }
 
+TEST_F(Window, ShowsChosenGuidesAndSavesThePdfOfTheCommand) {
+    const std::string file = Copy("spsadt-3.05.00-valido.xml");
+    Open(file);
+    Visit([&](QDialog& shown) {
+        auto& dialog = dynamic_cast<TFGuidePrint&>(shown);
+        ExpectNames(dialog);
+        auto& page = Find<QSpinBox>(dialog, "Página");
+        auto& guides = Find<QListView>(dialog, "Guias");
+        EXPECT_EQ(page.maximum(), 3);
+        EXPECT_TRUE(dialog.SavePdf(folder_ / "todas.pdf"));
+        EXPECT_TRUE(Bytes("todas.pdf") == Command({"imprimir", file}));
+        Find<QCheckBox>(dialog, "Com a descrição dos códigos").setChecked(true);
+        EXPECT_TRUE(dialog.SavePdf(folder_ / "termos.pdf"));
+        EXPECT_TRUE(Bytes("termos.pdf") == Command({"imprimir", file, "--com-descricao"}));
+
+        // From page to page, and from the list to a guide.
+        auto& view = *dialog.findChild<TPageView*>();
+        view.setFocus();
+        QTest::keyClick(&view, Qt::Key_End);
+        EXPECT_EQ(page.value(), 3);
+        QTest::keyClick(&view, Qt::Key_PageUp);
+        EXPECT_EQ(page.value(), 2);
+        guides.setCurrentIndex(guides.model()->index(1, 0));
+        EXPECT_THAT(FromQt(view.accessibleName()), HasSubstr("Guia 20000002, "));
+        QTest::keyClick(&dialog, Qt::Key_Plus, Qt::ControlModifier);
+        EXPECT_EQ(std::fmod(view.Percent(), 25), 0);
+
+        QPrinter printer;
+        printer.setOutputFileName(ToQt((folder_ / "impresso.pdf").string()));
+        dialog.PrintOn(printer, 0, 2);
+        EXPECT_THAT(Bytes("impresso.pdf"), HasSubstr("/Count 3"));
+        EXPECT_EQ(dialog.Pages().Errors(), 0U);
+
+        Press(dialog, "Desmarcar todas");
+        EXPECT_FALSE(Find<QPushButton>(dialog, "Imprimir...").isEnabled());
+        EXPECT_FALSE(Find<QPushButton>(dialog, "Salvar PDF...").isEnabled());
+        guides.setFocus();
+        QTest::keyClick(&guides, Qt::Key_Space);
+        auto& form = Find<QComboBox>(dialog, "Formulário");
+        form.setCurrentIndex(form.findData(QStringLiteral("spsadt")));
+        EXPECT_TRUE(dialog.SavePdf(folder_ / "uma.pdf"));
+        EXPECT_TRUE(Bytes("uma.pdf") == Command({"imprimir", file, "--guia", "20000002", "--formulario",
+                                                 "spsadt", "--com-descricao"}));
+        dialog.reject();
+    });
+    Do("imprimirGuias");
+    Answer({"OK"});
+    Open(Copy("monitoramento-1.06.00-valido.xml", "outro.xml"));
+    Do("imprimirGuias");
+    EXPECT_THAT(TakeTold(), ElementsAre(HasSubstr("Este arquivo não tem guias a imprimir")));
+}
+
+TEST_F(Window, LeadsFromAMessageToItsBox) {
+    TDocumentTab& tab = Open(Copy(kFaulty));
+    const auto show = [&](const char* element, std::size_t times) {
+        std::size_t at = 0;
+        for (std::size_t i = 0; i < times; ++i)
+            at = Text().find(element, at + 1);
+        const auto line =
+            static_cast<int>(std::ranges::count(std::string_view(Text()).substr(0, at), '\n')) + 1;
+        const auto about = std::ranges::find(Messages(), line, [](const auto& m) { return m->Line(); });
+        if (about != Messages().end())
+            tab.Messages()->Select(static_cast<std::size_t>(about - Messages().begin()));
+        else
+            tab.Editor()->GoTo(line, 1);
+        window_->activateWindow(); // again, after a dialog
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window_.get()));
+        tab.Editor()->setFocus();
+        Do("mostrarNoFormulario");
+    };
+    const std::size_t wrong =
+        MessageWith([](const TXmlMessage& message) { return message.Reason().starts_with("O valor"); });
+    Visit([&](QDialog& dialog) {
+        auto& view = *dialog.findChild<TPageView*>();
+        EXPECT_THAT(FromQt(view.accessibleName()), HasSubstr("Assinalado: "));
+        // The mark is no matter of colour alone: it leaves a frame and an arrow in a picture without colours.
+        const QImage marked = view.viewport()->grab().toImage().convertToFormat(QImage::Format_Grayscale8);
+        view.Mark({});
+        EXPECT_NE(marked, view.viewport()->grab().toImage().convertToFormat(QImage::Format_Grayscale8));
+        dialog.reject();
+    });
+    tab.Messages()->Select(wrong);
+    tab.Messages()->List()->setFocus();
+    Do("mostrarNoFormulario");
+    EXPECT_TRUE(TakeTold().empty());
+    Answer({"OK"});
+    show("<ans:tipoTransacao>", 1);
+    EXPECT_THAT(TakeTold(), ElementsAre(HasSubstr("está fora das guias")));
+    Type("<");
+    Answer({"OK"});
+    Do("mostrarNoFormulario");
+    EXPECT_THAT(TakeTold(), ElementsAre(HasSubstr("Valide o arquivo antes (F5).")));
+}
+
+TEST_F(Window, ListsCopiesAndSavesAsTheCommandDoes) {
+    const std::string file = Copy(kFaulty);
+    Open(file);
+    Visit([&](QDialog& shown) {
+        auto& dialog = dynamic_cast<TFListings&>(shown);
+        auto& kind = Find<QComboBox>(dialog, "Listagem");
+        auto& order = Find<QComboBox>(dialog, "Ordem");
+        const auto ready = [&] { return Find<QPushButton>(dialog, "Salvar...").isEnabled(); };
+        ExpectNames(dialog);
+        for (const char* listing :
+             {"capa", "procedimentos", "despesas", "profissionais", "entrega", "guias"}) {
+            kind.setCurrentIndex(kind.findData(QLatin1String(listing)));
+            Wait(ready);
+            for (const char* format : {"csv", "json"}) {
+                EXPECT_TRUE(dialog.Save(folder_ / (std::string("l.") + format)));
+                EXPECT_EQ(Bytes(std::string("l.") + format),
+                          Command({"listar", listing, file, "--formato", format}));
+            }
+        }
+        const auto values = [&] {
+            std::vector<std::string> guides;
+            for (int row = 0; row < dialog.Model().rowCount() - 1; ++row)
+                guides.push_back(FromQt(dialog.Model().index(row, 0).data().toString()));
+            return guides;
+        };
+        const auto before = values();
+        order.setCurrentIndex(order.findData(static_cast<int>(TListingOrder::Valor)));
+        Wait(ready);
+        EXPECT_TRUE(std::ranges::is_permutation(values(), before));
+
+        auto& table = Find<QTableView>(dialog, "Linhas da listagem");
+        table.selectRow(0);
+        table.setFocus();
+        QTest::keyClick(&table, Qt::Key_C, Qt::ControlModifier);
+        const QStringList copied = QGuiApplication::clipboard()->text().split(QLatin1Char('\n'));
+        EXPECT_EQ(copied.size(), 3);
+        EXPECT_TRUE(copied[0].startsWith(QStringLiteral("Nº da guia\t")));
+        EXPECT_EQ(copied[0].count(QLatin1Char('\t')), dialog.Model().columnCount() - 1);
+        EXPECT_EQ(copied[1].section(QLatin1Char('\t'), 0, 0), ToQt(values()[0]));
+        EXPECT_THAT(FromQt(copied[1]), testing::ContainsRegex("\t[0-9.]+,[0-9][0-9]"));
+        dialog.Copy();
+        Answer({"OK"});
+        EXPECT_FALSE(dialog.Save(folder_ / "l.doc"));
+        EXPECT_THAT(TakeTold(), ElementsAre(HasSubstr("termine em .csv, .html ou .pdf")));
+        dialog.reject();
+    });
+    Do("listagens");
+}
+
+/// Takes the addresses that are opened.
+class TBrowser : public QObject {
+    Q_OBJECT
+
+  public:
+    TBrowser() { QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "Open"); }
+    ~TBrowser() override { QDesktopServices::unsetUrlHandler(QStringLiteral("https")); }
+    QStringList Opened;
+
+  public slots:
+    void Open(const QUrl& url) { Opened << url.toString(); }
+};
+
+TEST_F(Window, TellsByItsBellWhatHappened) {
+    auto& bell = *window_->findChild<TNoticeBell*>();
+    const auto unread = [&] { return bell.text().toInt(); };
+    Wait([&] { return unread() == 2; }); // the standard and the tables at hand
+    EXPECT_EQ(bell.accessibleName(), "Avisos: 2 por ler");
+
+    const std::string file = Copy("spsadt-3.05.00-valido.xml");
+    Open(file);
+    Visit([](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Return); });
+    Visit([](QDialog& dialog) {
+        dialog.findChildren<QRadioButton*>().back()->click();
+        Press(dialog, "OK");
+    });
+    Do("converter");
+    Wait([&] { return unread() == 3; });
+    Visit([&](QDialog& dialog) {
+        dynamic_cast<QFileDialog&>(dialog).setDirectory(ToQt(folder_.Path().string()));
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    Do("validarPasta");
+    Wait([&] { return unread() == 4; });
+
+    TBrowser browser;
+    bell.Note([](TNoticeBox& box) {
+        box.Add({.Subject = "x", .Key = "1", .Title = "Sem cifra", .Address = "http://exemplo.br/"});
+        box.Add({.Subject = "x", .Key = "2", .Title = "Norma", .Address = "https://exemplo.br/n"});
+    });
+    Visit([&](QDialog& dialog) {
+        ExpectNames(dialog);
+        auto& table = Find<QTableWidget>(dialog, "Avisos");
+        auto& open = Find<QPushButton>(dialog, "Abrir endereço");
+        EXPECT_EQ(table.rowCount(), 6);
+        EXPECT_THAT(FromQt(table.item(3, 3)->text()), HasSubstr("com pontos em aberto"));
+        EXPECT_TRUE(browser.Opened.isEmpty());
+        Press(dialog, "Abrir endereço");
+        EXPECT_EQ(browser.Opened, QStringList(QStringLiteral("https://exemplo.br/n")));
+        table.selectRow(1);
+        EXPECT_FALSE(open.isEnabled());
+        Press(dialog, "Marcar como lido");
+        EXPECT_EQ(table.item(1, 0)->text(), "Lido");
+        table.setFocus();
+        QTest::keyClick(&table, Qt::Key_Delete);
+        EXPECT_EQ(table.rowCount(), 5);
+        Find<QCheckBox>(dialog, "Só os não lidos").setChecked(true);
+        EXPECT_EQ(table.rowCount(), 5);
+        dialog.reject();
+    });
+    Press(*window_, "Avisos: 6 por ler");
+    EXPECT_EQ(unread(), 5);
+    Visit([&](QDialog& dialog) {
+        Press(dialog, "Marcar todos como lidos");
+        EXPECT_EQ(Find<QTableWidget>(dialog, "Avisos").rowCount(), 0) << "only the unread ones, as before";
+        dialog.reject();
+    });
+    Do("avisos");
+    EXPECT_EQ(bell.text(), "");
+    EXPECT_THAT(Command({"avisos"}), HasSubstr("Não há avisos novos"));
+}
+
 /// The controls of a window that somebody who does not see it has to tell apart.
 TEST_F(Window, EveryControlHasANameAndEveryActionAKeyOrAMenu) {
     Open(Copy(kFaulty));
@@ -530,3 +773,5 @@ TEST_F(Window, EveryControlHasANameAndEveryActionAKeyOrAMenu) {
 
 } // namespace
 } // namespace conferix
+
+#include "window_test.moc"

@@ -5,6 +5,7 @@
 #include "app/desktop/dialogs/proxy_settings_dialog.h"
 #include "app/desktop/dialogs/work_bar.h"
 #include "app/missing_data.h"
+#include "app/notices.h"
 #include "app/update_importers.h"
 #include "data/constantes.h"
 #include "data/database_tuss.h"
@@ -36,6 +37,12 @@ TUpdater Updater() {
     return {TUpdateSettings().Address, TProxySettings(), TConstantes::ValidadorDirectory()};
 }
 
+/// Tells in the inbox what a list offers, what of it is installed, and what else it says.
+void NoteList(const TUpdater& updater, const std::vector<TPackage>& packages) {
+    if (!packages.empty() || !updater.Published().empty())
+        Notify([&](TNoticeBox& box) { NoteUpdates(box, packages, updater.Published()); });
+}
+
 /// Installs what is offered; from the thread of the work.
 void InstallAll(const TWork& work, TOutcome& outcome) {
     TUpdater updater = Updater();
@@ -60,6 +67,7 @@ void InstallAll(const TWork& work, TOutcome& outcome) {
             break;
     }
     outcome.Packages = updater.List(importers);
+    NoteList(updater, outcome.Packages);
 }
 
 QStringList RowOf(const TPackage& package) {
@@ -119,7 +127,11 @@ void TUpdatesPage::Check() {
     const auto outcome = std::make_shared<TOutcome>();
     work_->Run(
         TWorkKind::Reading, QStringLiteral("Verificando atualizações..."),
-        [outcome](const TWork&) { outcome->Packages = Updater().List(Importers()); },
+        [outcome](const TWork&) {
+            TUpdater updater = Updater();
+            outcome->Packages = updater.List(Importers());
+            NoteList(updater, outcome->Packages);
+        },
         [this, outcome](const std::exception_ptr& failure) {
             Show(outcome->Packages, failure != nullptr ? ReasonOf(failure) : QString());
         });
