@@ -8,7 +8,8 @@ reunir() {
     rm -rf "$pasta"
     mkdir -p "$pasta"
     cd "$pasta"
-    cmake --install "$raiz/build/windows" --component comando --strip --prefix "$pasta/conferix" >/dev/null
+    cmake --install "$raiz/build/windows" --component comando --prefix "$pasta/conferix" >/dev/null
+    $alvo-strip -p conferix/bin/conferix.exe # -p: sem a hora de agora no programa
     cp "$raiz/LICENSE" conferix/LICENSE.txt
     mkdir conferix/licencas
     cp "$prefixo"/licencas/*.txt conferix/licencas/
@@ -41,9 +42,7 @@ FIM
     mkdir conferix/exemplos
     cp "$raiz"/exemplos/*.xml conferix/exemplos/
     sed -i 's/$/\r/' conferix/*.txt conferix/licencas/*.txt
-    # Duas execuções fazem os mesmos arquivos, com a data do último commit.
-    data=$(git -C "$raiz" log -1 --format=%ct)
-    find conferix -exec touch -d "@$data" {} +
+    find conferix -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
 }
 
 conferir_dlls() { # <programa>
@@ -58,7 +57,7 @@ fazer_zip() {
 }
 
 fazer_instalador() {
-    SOURCE_DATE_EPOCH=$data makensis -V2 -NOCD -INPUTCHARSET UTF8 -DVERSAO="$versao" -DPASTA="$PWD/conferix" \
+    makensis -V2 -NOCD -INPUTCHARSET UTF8 -DVERSAO="$versao" -DPASTA="$PWD/conferix" \
         -DICONE="$raiz/build/windows/windows/conferix.ico" -DSAIDA="$PWD/conferix-setup.exe" \
         "$raiz/scripts/windows/instalador.nsi" >../instalador.log || { tail -n 20 ../instalador.log >&2; erro 'o makensis falhou.'; }
 }
