@@ -5,6 +5,7 @@
 
 #include <QFont>
 #include <QFontMetricsF>
+#include <QImage>
 #include <QPainter>
 
 #include <array>
@@ -37,6 +38,8 @@ class TPaperPainter {
                                                   : QBrush(Qt::NoBrush));
             painter_.drawRect(QRectF(frame.Place.X, frame.Place.Y, frame.Place.Width, frame.Place.Height));
         }
+        for (const TPaperPicture& picture : drawing.Pictures)
+            Draw(picture);
         for (const TPaperLine& line : drawing.Lines) {
             painter_.setPen(QPen(Qt::black, line.Pen));
             painter_.drawLine(QPointF(line.X1, line.Y1), QPointF(line.X2, line.Y2));
@@ -47,6 +50,16 @@ class TPaperPainter {
     }
 
   private:
+    void Draw(const TPaperPicture& picture) {
+        constexpr std::size_t kBytesOfPixel = 3;
+        const TPaperImage& image = *picture.Image;
+        const QImage pixels(reinterpret_cast<const uchar*>(image.Pixels.data()),
+                            static_cast<int>(image.Width), static_cast<int>(image.Height),
+                            static_cast<int>(kBytesOfPixel * image.Width), QImage::Format_RGB888);
+        painter_.drawImage(
+            QRectF(picture.Place.X, picture.Place.Y, picture.Place.Width, picture.Place.Height), pixels);
+    }
+
     void Draw(const TPaperText& text) {
         const auto face = static_cast<std::size_t>(text.Face);
         const QString shown = ToQt(text.Text);
@@ -73,6 +86,7 @@ void DrawPaper(QPainter& painter, const TPaperPage& page, double scale) {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setRenderHint(QPainter::TextAntialiasing);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.scale(scale, scale);
     TPaperPainter paper(painter);
     for (const auto& common : page.Common)
