@@ -23,7 +23,7 @@ namespace {
 
 void CheckOptions(const TCliContext& context, const TImprimirOptions& options) {
     const bool blank = !options.EmBranco.empty();
-    const bool toOutput = options.Saida.empty() || options.Saida == "-";
+    const bool toOutput = options.Saida.empty();
     const std::pair<bool, const char*> refusals[] = {
         {!blank && options.Arquivos.empty(),
          "falta o que imprimir: nomes de arquivos, ou --em-branco FORMULARIO"},
@@ -161,7 +161,7 @@ class TPrinting {
 
     void Write() {
         const std::string bytes = std::move(bytes_).str();
-        if (options_.Saida.empty() || options_.Saida == "-")
+        if (options_.Saida.empty())
             context_.Streams.Out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         else
             WriteFileAtomically(PathFromText(options_.Saida), bytes);

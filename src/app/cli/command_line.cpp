@@ -204,10 +204,12 @@ class TParser {
     }
 
     void Give(const TParameter& parameter, const std::string& value) {
+        if (value.empty() && parameter.Commas)
+            Fail(fmt::format("{}: há um {} vazio; separe os {}s com uma vírgula.", parameter.Name,
+                             parameter.Kind == TValueKind::Text ? "número" : "nome",
+                             parameter.Kind == TValueKind::Text ? "número" : "nome"));
         if (value.empty() && parameter.Kind != TValueKind::Text)
-            Fail(parameter.Commas
-                     ? fmt::format("{}: há um nome vazio; separe os nomes com uma vírgula.", parameter.Name)
-                     : fmt::format("{}: o nome está vazio.", parameter.Name));
+            Fail(fmt::format("{}: o nome está vazio.", parameter.Name));
         if (!given_.insert(parameter.Name).second && !parameter.TakesMany())
             Fail(fmt::format("A opção {} foi informada mais de uma vez.", parameter.Name));
         if (parameter.Name == "--formato")
@@ -217,7 +219,7 @@ class TParser {
         else if (std::optional<unsigned>* const* count = std::get_if<std::optional<unsigned>*>(&parameter.To))
             **count = static_cast<unsigned>(Number(parameter, value));
         else if (std::string* const* text = std::get_if<std::string*>(&parameter.To))
-            **text = Chosen(parameter, value);
+            **text = parameter.Name == "--saida" && value == "-" ? std::string() : Chosen(parameter, value);
         else if (std::optional<std::string>* const* given =
                      std::get_if<std::optional<std::string>*>(&parameter.To))
             **given = Chosen(parameter, value);

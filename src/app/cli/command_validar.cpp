@@ -44,7 +44,6 @@ void CheckOptions(const TCliContext& context, const TValidarOptions& options) {
     const bool counts = text || json;
     const bool hidden = options.Silencioso && options.Saida.empty();
     const std::pair<bool, const char*> refusals[] = {
-        {options.Saida == "-", "sem --saida, o relatório já vai para a saída padrão"},
         {options.Arquivos.empty() && options.Lista.empty(),
          "falta o que validar: nomes de arquivos ou pastas, ou --lista ARQUIVO"},
         {options.Lista == "-" && std::ranges::count(options.Arquivos, "-") != 0,
@@ -59,8 +58,7 @@ void CheckOptions(const TCliContext& context, const TValidarOptions& options) {
         {options.Resumo && (options.Todas || options.Detalhar || !options.Agrupar.empty()),
          "--resumo não mostra mensagens; não combina com --todas, --detalhar nem --agrupar"},
         {options.Estatisticas && !counts, "--estatisticas só existe em texto, json e ndjson"},
-        {options.Totais && !json,
-         "--totais só existe em json e ndjson; o texto sempre termina com os totais"},
+        {options.Totais && !json, "--totais só existe em json e ndjson"},
         {!options.Agrupar.empty() && !text, "--agrupar só existe em texto"},
         {options.Todas && !options.Nivel.empty(),
          "--todas mostra todas as mensagens e --nivel só algumas; use uma das duas"},

@@ -216,7 +216,7 @@ struct TImprimirOptions {
     std::string Formulario;         ///< empty: all that a guide has
     std::string EmBranco;           ///< form to be printed empty, in place of files
     std::string Versao;             ///< of the empty form; empty: the newest
-    std::string Saida;              ///< file; "-" or empty: the standard output
+    std::string Saida;              ///< file; empty: the standard output
     bool ComDescricao = false;
     bool SemAviso = false; ///< does not validate, and does not tell how many errors there are
 };

@@ -96,8 +96,11 @@ std::vector<std::string> TRequestInput::List(std::string_view parameter) const {
     for (std::string_view rest = text; !rest.empty();) {
         const std::string_view part = rest.substr(0, rest.find(','));
         rest.remove_prefix(std::min(rest.size(), part.size() + 1));
-        if (const std::string_view value = TrimXmlSpace(part); !value.empty())
-            values.emplace_back(value);
+        const std::string_view value = TrimXmlSpace(part);
+        if (value.empty())
+            throw EHttpRefusal(
+                400, fmt::format("\"{}\": há um valor vazio; separe os valores com uma vírgula.", parameter));
+        values.emplace_back(value);
     }
     return values;
 }

@@ -30,7 +30,7 @@ class TRequestInput {
     /// A parameter that is given without a value, with "1", "sim", "true" or "on". Raises EHttpRefusal (400)
     /// for a value that means neither yes nor no.
     bool Flag(std::string_view parameter) const;
-    /// Values between commas.
+    /// Values between commas. Raises EHttpRefusal (400) where one is empty.
     std::vector<std::string> List(std::string_view parameter) const;
 
   private:
