@@ -695,7 +695,7 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
     using TKind = TXmlMisreading::TKind;
     const std::string_view declared = DeclaredEncoding(text);
     const auto found = [&](TKind kind, std::size_t at) {
-        TXmlMisreading misreading{kind, std::string(declared), {}, {}, {}, {}, {}, 0, false};
+        TXmlMisreading misreading{kind, std::string(declared), {}, {}, {}, {}, {}, 0, false, 0};
         misreading.Read = std::string(at < text.size() ? WordAt(text, at) : std::string_view{});
         misreading.Meant = misreading.Read;
         misreading.Place = TPositionCounter(text).PlaceOf(at);
@@ -718,9 +718,13 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
         return std::nullopt;
     TXmlMisreading misreading = found(unicode ? TKind::Utf8Twice : TKind::Utf8AsOneByte, letters->First);
     misreading.Page = unicode ? kAnsi : name;
-    misreading.Meant = MeantAsUtf8(misreading.Read, *page);
+    for (std::string meant = MeantAsUtf8(text, *page);
+         LookAtUtf8(meant).MayBeTwice && FindMisreadUtf8(meant, TCodePage::Ansi());
+         meant = MeantAsUtf8(meant, TCodePage::Ansi()))
+        ++misreading.Again;
+    misreading.Meant = MeantText(misreading.Read, misreading);
     if (letters->Kept != TMisreadUtf8::kNone) {
-        misreading.Kept = MeantAsUtf8(WordAt(text, letters->Kept), *page);
+        misreading.Kept = MeantText(WordAt(text, letters->Kept), misreading);
         misreading.KeptLine = TPositionCounter(text).PlaceOf(letters->Kept).Line;
     }
     misreading.Partly = !letters->Mostly;
@@ -729,7 +733,10 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
 
 std::string MeantText(std::string_view text, const TXmlMisreading& misreading) {
     const auto page = misreading.OfLetters() ? CodePageOf(misreading.Page) : std::nullopt;
-    return page ? MeantAsUtf8(text, *page) : std::string(text);
+    std::string meant = page ? MeantAsUtf8(text, *page) : std::string(text);
+    for (int i = 0; i < misreading.Again; ++i)
+        meant = MeantAsUtf8(meant, TCodePage::Ansi());
+    return meant;
 }
 
 namespace {

@@ -81,6 +81,7 @@ struct TXmlMisreading {
     std::string Kept;          ///< the first word that was read as it was meant all the same; empty for none
     std::int32_t KeptLine = 0; ///< 1-based
     bool Partly = false;       ///< what was misread is not most of it
+    int Again = 0;             ///< how often the letters that were meant were written in UTF-8 once more
 
     /// True where the letters were misread, so that the text is not the one that was meant.
     bool OfLetters() const { return !Page.empty(); }

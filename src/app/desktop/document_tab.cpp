@@ -586,8 +586,7 @@ bool TDocumentTab::SaveWithEncoding(const QString& encoding) {
     try {
         const auto text = editor_->Snapshot();
         const auto misread = FindMisreading(*text, Controller().Encoding());
-        TXmlRecoding recoding =
-            RecodeXml(misread ? MeantText(*text, *misread) : *text, FromQt(encoding));
+        TXmlRecoding recoding = RecodeXml(misread ? MeantText(*text, *misread) : *text, FromQt(encoding));
         Controller().SetEncoding(EncodingToWrite(recoding.Text, {}));
         const std::size_t replaced = recoding.Replaced.size();
         TakeText(std::make_shared<const std::string>(std::move(recoding.Text)));
