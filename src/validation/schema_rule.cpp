@@ -62,14 +62,7 @@ class TOtherVersions : public ISchemaOtherVersions {
 
     /// What is said of an element that this version does not know: its history where it has one.
     std::string UnknownElement(const TSchemaFault& fault) const {
-        const TPath path = PathOf(*fault.Node);
-        std::string key;
-        for (const std::string_view name : path)
-            key.append(name).append("/");
-        const auto [known, added] = phrases_.try_emplace(std::move(key));
-        if (added)
-            known->second = TElementHistory::BuiltIn().Sentence(fileName_, path);
-        const auto& [text, removed] = known->second;
+        const auto& [text, removed] = HistoryOf(*fault.Node);
         if (text.empty())
             return TSchemaMessages::Sentence(fault);
         if (!removed)
@@ -81,6 +74,9 @@ class TOtherVersions : public ISchemaOtherVersions {
                                inner->LocalName(), text);
         return fmt::format("Remova <{}>: {}.", fault.Name, text);
     }
+
+    /// True of an element that earlier versions have in its place.
+    bool IsDropped(const TXmlNode& element) const { return HistoryOf(element).Removed; }
 
     /// What is said of a code that this version does not know: what it stands for, or its history.
     std::string UnknownCode(const TSchemaFault& fault) const {
@@ -134,6 +130,17 @@ class TOtherVersions : public ISchemaOtherVersions {
     }
 
   private:
+    const TElementHistory::TSentence& HistoryOf(const TXmlNode& element) const {
+        const TPath path = PathOf(element);
+        std::string key;
+        for (const std::string_view name : path)
+            key.append(name).append("/");
+        const auto [known, added] = phrases_.try_emplace(std::move(key));
+        if (added)
+            known->second = TElementHistory::BuiltIn().Sentence(fileName_, path);
+        return known->second;
+    }
+
     static TElementPaths PathsOf(const TXmlDocument& document) {
         // Documents have some hundreds; one with more is like no version.
         constexpr std::size_t kMaxPaths = 5000;
@@ -291,9 +298,7 @@ class TFaultMessages {
         message->SetItem(FindingItem(*fault.Node));
         message->SetGroupKey(fault.GroupKey());
         message->SetCause(CauseOf(fault));
-        // What is missing beside an unknown element may be that element under a wrong name.
-        const bool mayBeMeant =
-            fault.Code == TSchemaFaultCode::UnknownElement && incomplete_.count(fault.Node->Parent()) != 0;
+        const bool mayBeMeant = fault.Code == TSchemaFaultCode::UnknownElement && MayBeMeant(*fault.Node);
         if (withSolvers)
             for (auto& solver : StructureSolversOf(fault, file_, schema_))
                 if (!mayBeMeant || !solver->WithLoss())
@@ -302,6 +307,15 @@ class TFaultMessages {
     }
 
   private:
+    /// True of an unknown element that may be what is missing beside it, under a wrong name, or that belongs
+    /// in another place, where this version has it: nobody means to do without it.
+    bool MayBeMeant(const TXmlNode& element) const {
+        const std::uint32_t tiss = schema_->NamespaceId(schema_->TargetNamespace());
+        return incomplete_.count(element.Parent()) != 0 ||
+               (schema_->SymbolOf(tiss, element.LocalName()) != kSchemaNoSymbol &&
+                !others_.IsDropped(element));
+    }
+
     const TValidation& rule_;
     std::shared_ptr<const IArquivoTiss> file_;
     std::shared_ptr<const TSchemaSet> schema_;
