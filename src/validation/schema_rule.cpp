@@ -290,7 +290,7 @@ class TFaultMessages {
                              : fault.Code == TSchemaFaultCode::NotInList    ? others_.UnknownCode(fault)
                                                                          : TSchemaMessages::Sentence(fault);
         const IGuiaTiss* guia = GuiaOf(*fault.Node);
-        const auto message = TLoteGuiasValidationMessage::CreateError(
+        auto message = TLoteGuiasValidationMessage::CreateError(
             &rule_, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
             std::move(reason), source_, fault.Line, fault.LinePos, fault.FilePos);
         message->SetGuide(MonitoringGuide(*fault.Node));

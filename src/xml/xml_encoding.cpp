@@ -16,6 +16,7 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -757,7 +758,7 @@ TXmlRecoding RecodeXml(std::string_view text, std::string_view encoding) {
     TXmlRecoding result{DeclareEncoding(text, encoding), {}};
     if (ConverterName(encoding) == "UTF-8" || IsAscii(text))
         return result;
-    const std::string declared = std::move(result.Text);
+    const std::string declared = std::exchange(result.Text, {});
     TPositionCounter position(declared);
     TMarkupState state;
     std::size_t stateAt = 0;
