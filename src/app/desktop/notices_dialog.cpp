@@ -27,7 +27,7 @@ constexpr QSize kSize(820, 500);
 constexpr std::array<const char*, 3> kLevels = {"Informação", "Aviso", "Importante"};
 
 QString DateText(const std::string& date) {
-    const QString text = ToQt(date);
+    QString text = ToQt(date);
     const QDateTime time = QDateTime::fromString(QString(text).replace(u' ', u'T'), Qt::ISODate);
     if (!time.isValid())
         return text;

@@ -57,8 +57,8 @@ TFHistory::TFHistory(TFileHistory& history, QWidget* owner)
     lines->addLayout(buttons);
     resize(kSize);
     open_->setDefault(true);
-    connect(open_, &QPushButton::clicked, this, &TFHistory::Open);
-    connect(table_, &QTableWidget::cellDoubleClicked, this, &TFHistory::Open);
+    connect(open_, &QPushButton::clicked, this, &TFHistory::Choose);
+    connect(table_, &QTableWidget::cellDoubleClicked, this, &TFHistory::Choose);
     connect(table_, &QTableWidget::itemSelectionChanged, this,
             [this] { open_->setEnabled(table_->SelectedRow() >= 0); });
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
@@ -86,7 +86,7 @@ void TFHistory::Fill() {
     clear_->setEnabled(!rows.empty());
 }
 
-void TFHistory::Open() {
+void TFHistory::Choose() {
     const int row = table_->SelectedRow();
     if (row < 0)
         return;

@@ -25,7 +25,7 @@ class TFHistory : public QDialog {
 
   private:
     void Fill();
-    void Open();
+    void Choose();
 
     TFileHistory& history_;
     std::vector<TValidationRecord> records_;
