@@ -18,16 +18,6 @@ constexpr std::size_t kMostLayouts = 200;
 /// A guide with more distinct paths is laid out like no version.
 constexpr std::size_t kMostPaths = 1000;
 
-using TPath = std::vector<std::string_view>;
-
-/// The names of an element and of those around it, from the root on.
-TPath PathOf(const TXmlNode& node) {
-    TPath path;
-    for (const TXmlNode* at = &node; at != nullptr && at->IsTag(); at = at->Parent())
-        path.insert(path.begin(), at->LocalName());
-    return path;
-}
-
 /// The distinct paths in a guide; none when they are too many.
 TElementPaths PathsIn(const TXmlNode& guide) {
     TElementPaths paths;
@@ -78,6 +68,14 @@ std::vector<TElementHistory::THome> HomesOf(const TGuiaTissBase& guide) {
 }
 
 } // namespace
+
+TPath PathOf(const TXmlNode& node) {
+    TPath path;
+    for (const TXmlNode* at = &node; at != nullptr && at->IsTag(); at = at->Parent())
+        path.push_back(at->LocalName());
+    std::ranges::reverse(path);
+    return path;
+}
 
 std::string TGuideLayouts::Sentence(const TGuiaTissBase& guide) {
     std::string key = std::to_string(static_cast<int>(guide.TipoGuia()));

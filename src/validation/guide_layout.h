@@ -5,10 +5,15 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace conferix {
 
 struct TElementPaths;
+
+using TPath = std::vector<std::string_view>;
+/// The local names of an element and of those around it, from the root on.
+TPath PathOf(const TXmlNode& node);
 
 /// Finds out guides that are laid out as another version of the standard, or as another kind of guide, wants
 /// them. For one document.

@@ -30,16 +30,6 @@ namespace conferix {
 
 namespace {
 
-using TPath = std::vector<std::string_view>;
-
-TPath PathOf(const TXmlNode& node) {
-    TPath path;
-    for (const TXmlNode* at = &node; at != nullptr && at->IsTag(); at = at->Parent())
-        path.push_back(at->LocalName());
-    std::reverse(path.begin(), path.end());
-    return path;
-}
-
 /// The schema engine's questions about other versions, answered by the model of all of them, which is loaded
 /// for the first question: most files ask none.
 class TOtherVersions : public ISchemaOtherVersions {
