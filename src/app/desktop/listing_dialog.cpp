@@ -1,6 +1,7 @@
 #include "app/desktop/listing_dialog.h"
 
 #include "app/desktop/background.h"
+#include "app/desktop/dialogs/cell_table.h"
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/dialogs/file_choice.h"
 #include "app/desktop/patience.h"
@@ -31,7 +32,6 @@ namespace conferix {
 namespace {
 
 constexpr QSize kSize(1240, 620);
-constexpr int kRowGap = 8;        ///< above and below the text of a row, together
 constexpr int kMeasuredRows = 80; ///< by which columns get their widths
 constexpr int kWidestColumn = 46; ///< letters
 const auto kTitle = QStringLiteral("Listagens");
@@ -147,14 +147,7 @@ TFListings::TFListings(TTissFile file, QString name, QWidget* owner)
     head_->setAccessibleDescription(QStringLiteral("Cabeçalho da listagem"));
     foot_->setAccessibleDescription(QStringLiteral("Totais da listagem"));
     table_->setModel(model_);
-    table_->setAccessibleName(QStringLiteral("Linhas da listagem"));
-    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table_->setTabKeyNavigation(false);
-    table_->setAlternatingRowColors(true);
-    table_->setWordWrap(false);
-    table_->verticalHeader()->hide();
-    table_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRowGap);
-    table_->horizontalHeader()->setHighlightSections(false);
+    ShowRows(*table_, QStringLiteral("Linhas da listagem"));
     table_->horizontalHeader()->setResizeContentsPrecision(kMeasuredRows);
 
     auto* const top = new QHBoxLayout;

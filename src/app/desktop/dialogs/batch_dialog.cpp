@@ -1,5 +1,6 @@
 #include "app/desktop/dialogs/batch_dialog.h"
 
+#include "app/desktop/dialogs/cell_table.h"
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/dialogs/file_choice.h"
 #include "platform/format_settings.h"
@@ -27,7 +28,6 @@ namespace conferix {
 namespace {
 
 constexpr QSize kSize(1080, 560);
-constexpr int kRowGap = 8; ///< above and below the text of a row, together
 /// Width of the columns before the last, in letters.
 constexpr std::array<int, TBatchModel::kNote> kLetters = {38, 20, 10, 38, 10, 10};
 const auto kTitle = QStringLiteral("Validar vários arquivos");
@@ -123,15 +123,8 @@ TFBatchValidation::TFBatchValidation(std::unique_ptr<TBatchValidation> batch, QW
     sorted_->setSortRole(TBatchModel::kSortRole);
     sorted_->setFilterKeyColumn(TBatchModel::kVerdict);
     table_->setModel(sorted_);
-    table_->setAccessibleName(QStringLiteral("Arquivos"));
-    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    ShowRows(*table_, QStringLiteral("Arquivos"));
     table_->setSelectionMode(QAbstractItemView::SingleSelection);
-    table_->setTabKeyNavigation(false);
-    table_->setAlternatingRowColors(true);
-    table_->setWordWrap(false);
-    table_->verticalHeader()->hide();
-    table_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRowGap);
-    table_->horizontalHeader()->setHighlightSections(false);
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
     table_->setSortingEnabled(true);

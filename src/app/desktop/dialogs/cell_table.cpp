@@ -12,20 +12,24 @@ constexpr int kRowGap = 8; ///< above and below the text of a row, together
 
 } // namespace
 
+void ShowRows(QTableView& table, const QString& name) {
+    table.setAccessibleName(name);
+    table.setSelectionBehavior(QAbstractItemView::SelectRows);
+    table.setTabKeyNavigation(false);
+    table.setAlternatingRowColors(true);
+    table.setWordWrap(false);
+    table.verticalHeader()->hide();
+    table.verticalHeader()->setDefaultSectionSize(table.fontMetrics().height() + kRowGap);
+    table.horizontalHeader()->setHighlightSections(false);
+}
+
 TCellTable::TCellTable(const QString& name, const QStringList& columns, int wide, QWidget* parent)
     : QTableWidget(parent) {
-    setAccessibleName(name);
+    ShowRows(*this, name);
     setColumnCount(static_cast<int>(columns.size()));
     setHorizontalHeaderLabels(columns);
     setEditTriggers(NoEditTriggers);
-    setSelectionBehavior(SelectRows);
     setSelectionMode(SingleSelection);
-    setTabKeyNavigation(false);
-    setAlternatingRowColors(true);
-    setWordWrap(false);
-    verticalHeader()->hide();
-    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRowGap);
-    horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     horizontalHeader()->setSectionResizeMode(wide, QHeaderView::Stretch);
 }

@@ -7,6 +7,10 @@
 
 namespace conferix {
 
+/// Shows rows of texts to be read: whole ones are selected, Tab leaves the table. `name`: of the table for
+/// who cannot see it.
+void ShowRows(QTableView& table, const QString& name);
+
 /// A table of texts to be read: rows are selected whole, cells are not edited, Tab leaves it.
 class TCellTable : public QTableWidget {
     Q_OBJECT
