@@ -1,6 +1,5 @@
 #include "platform/file_calls.h"
 #include "platform/format_settings.h"
-#include "platform/large_pages.h"
 #include "platform/platform.h"
 #include "platform/portable_name.h"
 #include "platform/temporary_file.h"
@@ -134,7 +133,6 @@ std::string ReadAll(const fs::path& file, std::uintmax_t limit, std::optional<TF
     const std::size_t first = expected > 0 ? static_cast<std::size_t>(expected) + 1 : kFirstBlock;
     std::string content;
     content.reserve(first);
-    PreferLargePages(content.data(), content.capacity());
     std::size_t filled = 0;
     for (std::size_t got = 1; got > 0; filled += got) {
         if (filled > limit) {

@@ -1,5 +1,4 @@
 // The calls of POSIX systems: folders, environment, terminal, locale, libraries.
-#include "platform/large_pages.h"
 #include "platform/listening_port.h"
 #include "platform/platform.h"
 #include "platform/portable_name.h"
@@ -18,7 +17,6 @@
 #include <langinfo.h>
 #include <locale.h>
 #include <pwd.h>
-#include <sys/mman.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #if defined(__APPLE__)
@@ -65,18 +63,6 @@ fs::path UserDataFolder() {
     return home / "Library" / "Application Support";
 #else
     return home / ".local" / "share";
-#endif
-}
-
-void PreferLargePages(void* memory, std::size_t size) {
-#if defined(__linux__)
-    void* start = memory;
-    if (std::align(kLargePage, kLargePage, start, size) != nullptr) {
-        ::madvise(start, size / kLargePage * kLargePage, MADV_HUGEPAGE); // a wish: failing changes nothing
-    }
-#else
-    static_cast<void>(memory);
-    static_cast<void>(size);
 #endif
 }
 

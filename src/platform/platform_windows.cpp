@@ -1,5 +1,4 @@
 // The calls of Windows: command line, environment, console, locale, reasons of errors.
-#include "platform/large_pages.h"
 #include "platform/listening_port.h"
 #include "platform/platform.h"
 #include "platform/portable_name.h"
@@ -100,8 +99,6 @@ BOOL WINAPI RestoreConsoleAtEnd(DWORD /*event*/) {
 fs::path UserDataFolder() {
     return PathFromText(GetEnvironment("APPDATA"));
 }
-
-void PreferLargePages(void* /*memory*/, std::size_t /*size*/) {} // they take a right that users do not have
 
 std::optional<std::string> SystemReason(const std::error_code& error) {
     if (error.category() != std::system_category())

@@ -1,6 +1,5 @@
 #include "xml/ansi.h"
 
-#include "platform/large_pages.h"
 #include "platform/utf8.h"
 
 #include <unicode/uchar.h>
@@ -119,7 +118,6 @@ bool IsUsualByte(std::string_view bytes, std::size_t at) {
 std::string AnsiToUtf8(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size() + bytes.size() / 8);
-    PreferLargePages(text.data(), text.capacity());
     while (true) {
         const std::size_t plain = FindNonAscii(bytes);
         text.append(bytes, 0, plain);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/large_pages.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <memory>
@@ -33,22 +31,13 @@ class TArena {
     }
 
   private:
-    // Blocks grow with the document, those of a large one by whole large pages.
+    // Blocks grow with the document.
     static constexpr std::size_t kFirstBlock = std::size_t{256} * 1024;
-    static constexpr std::size_t kLargestBlock = 2 * kLargePage;
+    static constexpr std::size_t kLargestBlock = std::size_t{4} * 1024 * 1024;
 
-    struct TFree {
-        std::align_val_t Alignment;
-        void operator()(std::byte* block) const { ::operator delete(block, Alignment); }
-    };
-    using TBlock = std::unique_ptr<std::byte, TFree>;
+    using TBlock = std::unique_ptr<std::byte[]>; // as aligned as memory of new is, hence for every type here
 
-    static TBlock NewBlock(std::size_t size) {
-        const std::align_val_t alignment{size < kLargePage ? alignof(std::max_align_t) : kLargePage};
-        TBlock block(static_cast<std::byte*>(::operator new(size, alignment)), TFree{alignment});
-        PreferLargePages(block.get(), size);
-        return block;
-    }
+    static TBlock NewBlock(std::size_t size) { return std::make_unique_for_overwrite<std::byte[]>(size); }
 
     void* Allocate(std::size_t size, std::size_t alignment) {
         const std::size_t start = (used_ + alignment - 1) & ~(alignment - 1);
