@@ -124,30 +124,33 @@ std::optional<double> ParseDecimal(std::string_view text) {
     if (negative || text.front() == '+') {
         text.remove_prefix(1);
     }
-    const auto onlyDigits = [](std::string_view part) {
-        return std::all_of(part.begin(), part.end(), IsDigit);
-    };
-    const std::size_t point = std::min(text.find('.'), text.size());
-    const std::string_view whole = text.substr(0, point);
-    const std::string_view fraction = text.substr(std::min(point + 1, text.size()));
-    if (!onlyDigits(whole) || !onlyDigits(fraction) || whole.size() + fraction.size() == 0) {
+    std::size_t point = text.size();
+    std::uint64_t number = 0; // of all digits, modulo 2^64
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (IsDigit(text[i])) {
+            number = number * 10 + static_cast<std::uint64_t>(text[i] - '0');
+        } else if (text[i] == '.' && point == text.size()) {
+            point = i;
+        } else {
+            return std::nullopt;
+        }
+    }
+    const std::size_t decimals = text.size() - std::min(point + 1, text.size());
+    const std::size_t digits = point + decimals;
+    if (digits == 0) {
         return std::nullopt;
     }
     // Up to 15 digits are a whole number that a double holds, as it does their power of ten, and the quotient
     // of the two is rounded once: the nearest double, as below, in a third of the time.
-    if (whole.size() + fraction.size() <= kExactPowers.size() - 1) {
-        std::int64_t digits = 0;
-        for (const std::string_view part : {whole, fraction})
-            for (const char c : part)
-                digits = digits * 10 + (c - '0');
-        const double exact = static_cast<double>(digits) / kExactPowers[fraction.size()];
+    if (digits < kExactPowers.size()) {
+        const double exact = static_cast<double>(number) / kExactPowers[decimals];
         return negative ? -exact : exact;
     }
     double value = 0;
     const auto result =
         std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
     if (result.ec == std::errc::result_out_of_range) {
-        if (whole.find_first_not_of('0') != std::string_view::npos) {
+        if (text.substr(0, point).find_first_not_of('0') != std::string_view::npos) {
             return std::nullopt;
         }
         value = 0; // smaller than any double

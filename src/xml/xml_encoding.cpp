@@ -610,7 +610,7 @@ TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable) {
                         "usa, por exemplo encoding=\"ISO-8859-1\", ou salve o arquivo novamente.",
                         declared));
     if (name == kAnsi && IsAscii(bytes))
-        return {std::move(bytes), {name, false, nullptr}};
+        return {std::move(bytes), {name, false, nullptr, false, true}};
     if (name == kAnsi)
         return {AnsiToUtf8(bytes), {name, false, nullptr}};
     try {
@@ -711,7 +711,7 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
         return found(TKind::BomAgainstDeclaration, FindNonAscii(text));
     const std::string name = EncodingToWrite(text, encoding).Name;
     const bool unicode = name.starts_with("UTF-");
-    if (unicode && (encoding.Once || !LookAtUtf8(text).MayBeTwice))
+    if (encoding.Once || (unicode && !LookAtUtf8(text).MayBeTwice))
         return std::nullopt;
     const auto page = CodePageOf(unicode ? kAnsi : name);
     const auto letters = page ? FindMisreadUtf8(text, *page) : std::nullopt;

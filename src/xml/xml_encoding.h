@@ -20,7 +20,7 @@ struct TXmlEncoding {
     /// one all the same; null else.
     std::shared_ptr<const TXmlMessage> Fault;
     bool Mixed = false; ///< with a Fault: letters in UTF-8 stand beside others in Windows-1252
-    bool Once = false;  ///< seen while decoding UTF-8: no letters of the text can be UTF-8 once more
+    bool Once = false;  ///< seen while decoding: no letters of the text can be UTF-8 once more
 };
 
 /// What becomes of bytes that are no text in the declared encoding.

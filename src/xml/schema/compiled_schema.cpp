@@ -6,6 +6,9 @@
 
 #include <re2/re2.h>
 
+#include <cstdint>
+#include <utility>
+
 namespace conferix {
 
 std::optional<std::uint32_t> TSchemaAutomaton::After(std::uint32_t state, std::string_view localName) const {
@@ -128,6 +131,36 @@ TVerdict CheckNormalised(const TSchemaSimpleType& type, std::string_view value) 
     return std::nullopt;
 }
 
+/// True where one look at the characters shows that a decimal is of its type; false says nothing.
+bool IsPlainDecimal(const TSchemaFacets& facets, std::string_view value) {
+    std::size_t digits = 0;
+    std::size_t fraction = 0;
+    bool point = false;
+    for (const char c : value) {
+        if (c >= '0' && c <= '9') {
+            ++digits;
+            fraction += point ? 1 : 0;
+        } else if (c != '.' || std::exchange(point, true)) {
+            return false;
+        }
+    }
+    return digits > 0 && digits <= facets.TotalDigits.value_or(UINT32_MAX) &&
+           fraction <= facets.FractionDigits.value_or(UINT32_MAX);
+}
+
+/// The same of a value that few facets bind, as it is with most values of a file.
+bool FitsAtOnce(const TSchemaSimpleType& type, std::string_view value) {
+    const TSchemaFacets& facets = type.Facets;
+    if (!facets.Codes.empty() || !facets.Patterns.empty() || facets.Length || facets.MinInclusive)
+        return false;
+    if (type.Kind == TSchemaValueKind::Decimal)
+        return !facets.MinLength && !facets.MaxLength && IsPlainDecimal(facets, value);
+    // A text has at most as many characters as bytes, and one at least where it has a byte.
+    return type.Kind == TSchemaValueKind::String && !facets.TotalDigits && !facets.FractionDigits &&
+           !value.empty() && facets.MinLength.value_or(0) <= 1 &&
+           value.size() <= facets.MaxLength.value_or(UINT32_MAX);
+}
+
 } // namespace
 
 TSchemaMatcher::TSchemaMatcher(std::string pattern) : pattern_(std::move(pattern)) {}
@@ -153,6 +186,8 @@ std::string TSchemaMatcher::Fault() const {
 }
 
 std::optional<TSchemaValueFault> TSchemaSimpleType::Check(std::string_view raw) const {
+    if (FitsAtOnce(*this, raw))
+        return std::nullopt;
     std::string collapsed;
     std::string_view value = raw;
     if (CollapsesSpace() && !IsCollapsed(raw)) {
