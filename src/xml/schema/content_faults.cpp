@@ -15,9 +15,9 @@ void TContentRecovery::ReportItems() {
             continue;
         if (item.Position != kNone)
             ReportNames(item);
-        else if (item.Misnaming != TSchemaMisnaming::None && !item.Candidates.empty())
+        else if (item.Misnaming != TSchemaMisnaming::None && !item.Candidates().empty())
             ReportDisplacedMisnamed(item);
-        else if (item.Candidates.empty() || automaton_.Positions[item.Candidates.front()].Element == nullptr)
+        else if (item.Candidates().empty() || automaton_.Positions[item.Candidates().front()].Element == nullptr)
             ReportUnknown(item);
         else
             ReportDisplaced(item);
@@ -28,7 +28,7 @@ void TContentRecovery::ReportNames(const TItem& item) {
     if (item.Misnaming == TSchemaMisnaming::None || item.Misnaming == TSchemaMisnaming::Silent)
         return;
     const TSchemaElement& element =
-        *automaton_.Positions[item.Position != kNone ? item.Position : item.Candidates.front()].Element;
+        *automaton_.Positions[item.Position != kNone ? item.Position : item.Candidates().front()].Element;
     for (std::uint32_t i = item.First; i < item.First + item.Count; ++i) {
         const TXmlNode& node = *children_[i].Node;
         TSchemaFault& fault = Add(CodeOf(item.Misnaming), node, node.LocalName());
@@ -37,7 +37,7 @@ void TContentRecovery::ReportNames(const TItem& item) {
         if (elsewhere)
             fault.Found = NamespaceOf(node);
         if (item.Misnaming == TSchemaMisnaming::Spelling || item.Misnaming == TSchemaMisnaming::Content ||
-            NamesOf(item.Candidates).size() != 1)
+            NamesOf(item.Candidates()).size() != 1)
             continue;
         fault.Remedy = TSchemaRemedy::Rename;
         if (item.Position == kNone && !content_.Missing && HasOnePlace(item))
@@ -71,12 +71,12 @@ void TContentRecovery::ReportDisplacedMisnamed(TItem& item) {
 
 const TContentRecovery::TMissing* TContentRecovery::TakeMissingOf(const TItem& item) {
     return TakeMissing([&](std::uint32_t p) {
-        return std::find(item.Candidates.begin(), item.Candidates.end(), p) != item.Candidates.end();
+        return std::find(item.Candidates().begin(), item.Candidates().end(), p) != item.Candidates().end();
     });
 }
 
 void TContentRecovery::ReportDisplaced(const TItem& item) {
-    const std::uint32_t own = item.Candidates.front();
+    const std::uint32_t own = item.Candidates().front();
     const TSchemaPosition& particle = automaton_.Positions[own];
     const std::string& name = particle.Element->Name;
     // A displaced element is not missing at its right place too.
@@ -120,8 +120,8 @@ void TContentRecovery::ReportOrder() {
         for (const TItem& item : items_)
             if (item.Position != kNone)
                 present.insert(item.Position);
-            else if (!item.Candidates.empty() && !item.Unjudged)
-                present.insert(item.Candidates.front());
+            else if (!item.Candidates().empty() && !item.Unjudged)
+                present.insert(item.Candidates().front());
         fault.Expected = NamesOf(std::vector<std::uint32_t>(present.begin(), present.end()));
         if (std::ranges::all_of(outOfOrder_,
                                 [this](const TOutOfOrder& entry) { return HasOnePlace(*entry.Item); }))
@@ -256,10 +256,10 @@ TSchemaFault& TContentRecovery::ReportMissingAt(TSchemaFaultCode code, std::uint
 void TContentRecovery::Decide() {
     for (const TItem& item : items_) {
         const bool placed = item.Position != kNone;
-        if (item.Candidates.empty() || item.Unjudged)
+        if (item.Candidates().empty() || item.Unjudged)
             continue;
         const TSchemaPosition& position =
-            automaton_.Positions[placed ? item.Position : item.Candidates.front()];
+            automaton_.Positions[placed ? item.Position : item.Candidates().front()];
         for (std::uint32_t i = item.First; i < item.First + item.Count; ++i)
             decisions_[i] = {position.Element, placed ? position.Wildcard : nullptr};
     }

@@ -10,7 +10,7 @@ constexpr std::size_t kSiblingsSearched = 8;
 
 void TContentRecovery::FindMisplaced() {
     for (std::size_t i = 0; i < items_.size();) {
-        if (!items_[i].Candidates.empty()) {
+        if (!items_[i].Candidates().empty()) {
             ++i;
             continue;
         }
@@ -60,8 +60,8 @@ bool TContentRecovery::HasOnePlace(const TItem& item) {
     if (children_.size() > kMissingSearched)
         return false;
     const auto at = static_cast<std::size_t>(&item - items_.data());
-    bool one = (at == 0 || !items_[at - 1].Candidates.empty()) &&
-               (at + 1 == items_.size() || !items_[at + 1].Candidates.empty());
+    bool one = (at == 0 || !items_[at - 1].Candidates().empty()) &&
+               (at + 1 == items_.size() || !items_[at + 1].Candidates().empty());
     for (const TItem& sibling : items_)
         ConsiderAll(sibling, true, [&](const TItem& other, std::uint32_t child) {
             one = one && (&other == &item || TakerAt(item, other, child).Child == nullptr);
@@ -221,7 +221,7 @@ bool TContentRecovery::TakeIntoSibling(std::size_t at) {
 
 bool TContentRecovery::HasCompany(std::size_t at, const TTaker& taker) {
     const auto same = [&](std::size_t other) {
-        return items_[other].Candidates.empty() &&
+        return items_[other].Candidates().empty() &&
                PositionOf(*taker.Content, children_[items_[other].First].Name.Symbol) != nullptr;
     };
     return taker.Repeats && ((at > 0 && same(at - 1)) || (at + 1 < items_.size() && same(at + 1)));

@@ -56,10 +56,10 @@ void TContentRecovery::MakeItems() {
             items_.push_back(std::move(item));
             continue;
         }
-        item.Candidates = CandidatesFor(name);
-        if (item.Candidates.empty()) {
+        item.TakenAt = PositionsFor(name);
+        if (item.Candidates().empty()) {
             const TSchemaMeaning& meaning = owner_.MeaningOf(automaton_, children_[i], content_.Forgiven);
-            item.Candidates = meaning.Positions;
+            item.TakenAt = &meaning.Positions;
             item.Misnaming = meaning.Misnaming;
         }
         items_.push_back(std::move(item));
@@ -93,15 +93,15 @@ bool TContentRecovery::IsNamesake(const TSchemaChild& child) const {
 }
 
 bool TContentRecovery::IsOneItem(const TItem& item, const TSchemaName& name) const {
-    return item.Candidates.empty() ? name.Symbol == kSchemaNoSymbol
-                                   : item.Candidates.size() == 1 && !automaton_.IsAll;
+    return item.Candidates().empty() ? name.Symbol == kSchemaNoSymbol
+                                   : item.Candidates().size() == 1 && !automaton_.IsAll;
 }
 
-std::span<const std::uint32_t> TContentRecovery::CandidatesFor(const TSchemaName& name) {
+const std::vector<std::uint32_t>* TContentRecovery::PositionsFor(const TSchemaName& name) {
     const auto known = bySymbol_.find(name.Symbol);
     const bool isKnown = name.Symbol != kSchemaNoSymbol && known != bySymbol_.end();
     if (!automaton_.HasWildcards || name.Undeclared)
-        return isKnown ? std::span<const std::uint32_t>(known->second) : std::span<const std::uint32_t>();
+        return isKnown ? &known->second : nullptr;
     const auto [all, added] = withWildcards_.try_emplace({name.Symbol, name.Namespace});
     if (added) {
         if (isKnown)
@@ -110,7 +110,7 @@ std::span<const std::uint32_t> TContentRecovery::CandidatesFor(const TSchemaName
             if (automaton_.Positions[p].Wildcard->Admits(name.Namespace))
                 all->second.push_back(p);
     }
-    return all->second;
+    return &all->second;
 }
 
 bool TContentRecovery::Repeats(std::uint32_t position) {
@@ -121,10 +121,10 @@ void TContentRecovery::Place() {
     std::vector<TItem*> known;
     std::vector<std::uint32_t> states = {0};
     for (TItem& item : items_) {
-        if (item.Candidates.empty())
+        if (item.Candidates().empty())
             continue;
         known.push_back(&item);
-        for (const std::uint32_t p : item.Candidates)
+        for (const std::uint32_t p : item.Candidates())
             states.push_back(p + 1);
     }
     std::sort(states.begin(), states.end());
@@ -153,7 +153,7 @@ std::size_t TContentRecovery::PlaceWindow(std::span<TItem*> items, const std::ve
         for (std::size_t s = 0; s < width; ++s)
             next[s] = cost[s].Faults == kNone ? TCost{}
                                               : TCost{cost[s].Faults + 1, std::min(cost[s].FirstDropped, i)};
-        for (const std::uint32_t p : items[i]->Candidates) {
+        for (const std::uint32_t p : items[i]->Candidates()) {
             const auto at = static_cast<std::size_t>(std::lower_bound(states.begin(), states.end(), p + 1) -
                                                      states.begin());
             const std::uint32_t surplus =
@@ -239,9 +239,9 @@ std::vector<std::uint32_t> TContentRecovery::AlternativesOf(std::uint32_t positi
 void TContentRecovery::PlaceAll() {
     std::vector<bool> seen(automaton_.Positions.size());
     for (TItem& item : items_) {
-        if (item.Candidates.empty() || seen[item.Candidates.front()])
+        if (item.Candidates().empty() || seen[item.Candidates().front()])
             continue;
-        item.Position = item.Candidates.front();
+        item.Position = item.Candidates().front();
         seen[item.Position] = true;
     }
     for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)

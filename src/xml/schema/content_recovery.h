@@ -61,7 +61,7 @@ class TContentRecovery {
     struct TItem {
         std::uint32_t First = 0; ///< index of the first child
         std::uint32_t Count = 1;
-        std::span<const std::uint32_t> Candidates; ///< positions of the model that take it; empty: unknown
+        const std::vector<std::uint32_t>* TakenAt = nullptr; ///< see Candidates; null for none
         TSchemaMisnaming Misnaming = TSchemaMisnaming::None;
         bool Unjudged = false;          ///< what it was meant to be cannot be told
         std::uint32_t Position = kNone; ///< the one chosen; none for a displaced item
@@ -70,7 +70,13 @@ class TContentRecovery {
         std::uint32_t After = kNone;
         std::uint32_t Stretch =
             0; ///< occurrences in place up to this item without another element in place between
+
+        /// The positions of the model that take it; empty: unknown.
+        std::span<const std::uint32_t> Candidates() const {
+            return TakenAt != nullptr ? *TakenAt : std::span<const std::uint32_t>();
+        }
     };
+    static_assert(sizeof(TItem) <= 40, "a hostile file has millions of them");
 
     /// An element that has to be inserted.
     struct TMissing {
@@ -103,8 +109,8 @@ class TContentRecovery {
     /// nothing in the schema has that name, so that no element could take one of them.
     bool IsOneItem(const TItem& item, const TSchemaName& name) const;
 
-    /// The positions that take a child of that name as it is.
-    std::span<const std::uint32_t> CandidatesFor(const TSchemaName& name);
+    /// The positions that take a child of that name as it is; null for none.
+    const std::vector<std::uint32_t>* PositionsFor(const TSchemaName& name);
 
     const TXmlNode& NodeOf(const TItem& item) const { return *children_[item.First].Node; }
 
