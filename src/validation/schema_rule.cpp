@@ -95,22 +95,25 @@ class TOtherVersions : public ISchemaOtherVersions {
 
     /// True of an unknown or missing element of which it is not known whether this version has it.
     bool IsInDoubt(const TSchemaFault& fault) const {
-        switch (fault.Code) {
+        if (fault.Code != TSchemaFaultCode::MissingElement)
+            return IsInDoubt(fault.Code, *fault.Node);
+        TPath path = PathOf(*fault.Node);
+        if (!fault.Before.empty())
+            path.pop_back();
+        path.push_back(fault.Name);
+        return TElementHistory::BuiltIn().NeighboursDisagree(fileName_, path);
+    }
+
+    /// The same of a fault that does not tell of an element that is missing.
+    bool IsInDoubt(TSchemaFaultCode code, const TXmlNode& node) const {
+        switch (code) {
         case TSchemaFaultCode::UnknownElement:
         case TSchemaFaultCode::RenamedElement:
         case TSchemaFaultCode::Misspelled:
-        case TSchemaFaultCode::MissingElement:
-            break;
+            return TElementHistory::BuiltIn().NeighboursDisagree(fileName_, PathOf(node));
         default:
             return false;
         }
-        TPath path = PathOf(*fault.Node);
-        if (fault.Code == TSchemaFaultCode::MissingElement) {
-            if (!fault.Before.empty())
-                path.pop_back();
-            path.push_back(fault.Name);
-        }
-        return TElementHistory::BuiltIn().NeighboursDisagree(fileName_, path);
     }
 
     /// The version that the content seems to be of, when it is not the declared one; else empty.
@@ -374,7 +377,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     const auto schema = LoadSchema(schemaFile_);
     const TOtherVersions others(schemaFile_);
     const TXmlDocument& document = *file.Xml();
-    auto [faults, further] = TSchemaValidator(*schema, &others).Judge(document, RoomForFindings());
+    auto [faults, further, untold] = TSchemaValidator(*schema, &others).Judge(document, RoomForFindings());
     if (IsApproximation(schemaFile_)) {
         std::set<std::string> doubtful;
         const auto isInDoubt = [&](const TSchemaFault& fault) {
@@ -382,6 +385,8 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         };
         std::erase_if(faults, isInDoubt);
         std::erase_if(further, [&](const TSchemaFurther& more) { return isInDoubt(more.First); });
+        std::erase_if(untold,
+                      [&](const TSchemaUntold& fault) { return others.IsInDoubt(fault.Code, *fault.Node); });
         Warning(nullptr,
                 fmt::format(
                     "O schema da versão {} publicado pela ANS não estava disponível; foi usado um schema "
@@ -418,6 +423,8 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     for (const TSchemaFurther& more : further)
         for (const TXmlNode* node : more.Nodes)
             noteGuide(more.First.Code, *node);
+    for (const TSchemaUntold& fault : untold)
+        noteGuide(fault.Code, *fault.Node);
     std::map<const TXmlNode*, bool> foreign; // guides, and whether they are laid out for something else
     const auto isForeign = [&](const TXmlNode& node) {
         const IGuiaTiss* guia = messages.GuiaOf(node);
@@ -452,6 +459,9 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
         AddUnkept(messages.Make(more.First, !isForeign(*more.First.Node)), places,
                   more.SameValue && more.SamePlace, more.SameValue);
     }
+    for (const TSchemaUntold& fault : untold)
+        isForeign(*fault.Node);
+    AddUntold(TMessageType::mtError, untold.size());
     if (FoundNothing())
         Success(
             nullptr,

@@ -96,6 +96,11 @@ void TValidation::AddUnkept(const std::shared_ptr<const TValidationMessage>& mes
     group->SameCause = group->SameCause && sameCause && IsSameCause(*group->First, *message);
 }
 
+void TValidation::AddUntold(TMessageType type, std::size_t count) {
+    foundInVisit_ = foundInVisit_ || count > 0;
+    unkept_.Add(type, count);
+}
+
 TValidationMessage& TValidation::Add(TMessageType type, std::string text, const TXmlNode* at) {
     const std::shared_ptr<TValidationMessage> message = NewMessage(type, std::move(text), TFindingPlace(at));
     if (at != nullptr && type != TMessageType::mtSuccess)

@@ -109,6 +109,8 @@ class TValidation : public IArquivoTissVisitor {
     /// message's own first.
     void AddUnkept(const std::shared_ptr<const TValidationMessage>& message,
                    const std::vector<TUnkeptPlace>& places, bool sameReason, bool sameCause);
+    /// Counts findings of which nothing more is told.
+    void AddUntold(TMessageType type, std::size_t count);
     /// True as long as the visit has added nothing, be it kept or not.
     bool FoundNothing() const { return !foundInVisit_; }
     /// How many findings would still be kept.

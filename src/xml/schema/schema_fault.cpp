@@ -68,7 +68,14 @@ void TSchemaFaultList::KeepFirst() {
 }
 
 void TSchemaFaultList::LeaveOut(TSchemaFault fault) {
-    const auto [entry, added] = further_.try_emplace(fault.GroupKey());
+    const std::uint64_t cause = fault.GroupKey();
+    // A schema has only so many elements that can be missing.
+    if (further_.size() >= kCausesTold && fault.Code != TSchemaFaultCode::MissingElement &&
+        !further_.contains(cause)) {
+        untold_.push_back({fault.Node, fault.Code});
+        return;
+    }
+    const auto [entry, added] = further_.try_emplace(cause);
     TSchemaFurther& further = entry->second;
     further.Nodes.push_back(fault.Node);
     if (!added) {
@@ -80,14 +87,14 @@ void TSchemaFaultList::LeaveOut(TSchemaFault fault) {
     further.First = std::move(fault);
 }
 
-std::pair<std::vector<TSchemaFault>, std::vector<TSchemaFurther>> TSchemaFaultList::Take() {
+TSchemaVerdict TSchemaFaultList::Take() {
     std::move(latest_.begin(), latest_.end(), std::back_inserter(earlier_));
     latest_.clear();
     KeepFirst();
     std::vector<TSchemaFurther> further;
     for (auto& [key, faults] : further_)
         further.push_back(std::move(faults));
-    return {std::move(earlier_), std::move(further)};
+    return {std::move(earlier_), std::move(further), std::move(untold_)};
 }
 
 } // namespace conferix

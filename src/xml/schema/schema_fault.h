@@ -123,8 +123,22 @@ struct TSchemaFurther {
     bool SamePlace = true;              ///< false where they differ in the element before which they belong
 };
 
+/// A fault that is counted only, one of very many causes.
+struct TSchemaUntold {
+    const TXmlNode* Node = nullptr;
+    TSchemaFaultCode Code{};
+};
+
+/// The faults of a document.
+struct TSchemaVerdict {
+    std::vector<TSchemaFault> Faults;    ///< in document order
+    std::vector<TSchemaFurther> Further; ///< those after them, which were not kept, by cause
+    std::vector<TSchemaUntold> Untold;   ///< those of further causes
+};
+
 /// The faults of a document as they are found, which is nearly in the order of their places. Of more than are
-/// asked for, the first of the document stay and of the others the cause and the place.
+/// asked for, the first of the document stay and of the others the cause and the place; of very many causes,
+/// as many as made-up names can be, the place only.
 class TSchemaFaultList {
   public:
     static constexpr std::size_t kAll = static_cast<std::size_t>(-1);
@@ -137,9 +151,11 @@ class TSchemaFaultList {
     /// explained by another may be taken out again.
     std::deque<TSchemaFault>& Latest() { return latest_; }
     /// The first faults in the order of their places, and those that there were beside them.
-    std::pair<std::vector<TSchemaFault>, std::vector<TSchemaFurther>> Take();
+    TSchemaVerdict Take();
 
   private:
+    static constexpr std::size_t kCausesTold = 1'000;
+
     void KeepFirst();
     void LeaveOut(TSchemaFault fault);
 
@@ -149,6 +165,7 @@ class TSchemaFaultList {
     std::int32_t firstLeftOut_ =
         std::numeric_limits<std::int32_t>::max();     ///< place from which on none is kept
     std::map<std::uint64_t, TSchemaFurther> further_; ///< by cause
+    std::vector<TSchemaUntold> untold_;
 };
 
 } // namespace conferix

@@ -61,8 +61,7 @@ class TValidation {
             VisitRoot(*root);
         while (!frames_.empty())
             Advance();
-        auto [faults, further] = faults_.Take();
-        return {std::move(faults), std::move(further)};
+        return faults_.Take();
     }
 
   private:

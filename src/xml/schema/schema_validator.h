@@ -9,12 +9,6 @@
 
 namespace conferix {
 
-/// The faults of a document.
-struct TSchemaVerdict {
-    std::vector<TSchemaFault> Faults;    ///< in document order
-    std::vector<TSchemaFurther> Further; ///< those after them, which were not kept, by cause
-};
-
 /// Judges documents by a schema set. Holds no state of a document, so that one validator may serve several
 /// threads, each with documents of its own. The set must outlive it.
 class TSchemaValidator {
