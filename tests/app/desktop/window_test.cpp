@@ -709,6 +709,40 @@ TEST_F(Window, TellsByItsBellWhatHappened) {
     EXPECT_THAT(Command({"avisos"}), HasSubstr("Não há avisos novos"));
 }
 
+TEST_F(Window, SearchesAndReplacesByKeysAlone) {
+    Write("lote.xml", "<a>pera e Pera e peras e pera</a>");
+    TDocumentTab& tab = Open(folder_ / "lote.xml");
+    Do("substituir");
+    const auto press = [](int key) {
+        QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key));
+        QCoreApplication::processEvents();
+    };
+    const auto type = [](const char* text) {
+        QTest::keyClicks(QApplication::focusWidget(), QString::fromUtf8(text));
+    };
+    type("pera");
+    press(Qt::Key_Return);
+    EXPECT_EQ(tab.Editor()->selectedText(), "pera");
+    press(Qt::Key_Tab);
+    type("uva");
+    press(Qt::Key_Return); // that which was found; the next is of another case
+    EXPECT_EQ(Text(), "<a>uva e Pera e peras e pera</a>");
+    EXPECT_EQ(tab.Editor()->selectedText(), "Pera");
+    for (const char* option : {"Maiúsculas e minúsculas", "Palavra inteira"}) {
+        for (QCheckBox* box : window_->findChildren<QCheckBox*>())
+            if (FromQt(box->text().remove(QLatin1Char('&'))) == option)
+                QTest::keyClick(box, Qt::Key_Space);
+    }
+    Press(*window_, "Substituir todas");
+    EXPECT_EQ(Text(), "<a>uva e Pera e peras e uva</a>");
+    Do("desfazer");
+    Do("desfazer");
+    EXPECT_EQ(Text(), "<a>pera e Pera e peras e pera</a>");
+    Find<QLineEdit>(*window_, "Localizar").setFocus();
+    press(Qt::Key_Escape);
+    EXPECT_EQ(QApplication::focusWidget(), tab.Editor());
+}
+
 /// The controls of a window that somebody who does not see it has to tell apart.
 TEST_F(Window, EveryControlHasANameAndEveryActionAKeyOrAMenu) {
     Open(Copy(kFaulty));

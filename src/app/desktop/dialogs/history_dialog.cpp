@@ -13,7 +13,7 @@ namespace conferix {
 
 namespace {
 
-constexpr QSize kSize(760, 460);
+constexpr QSize kSize(940, 460);
 
 QString VerdictText(const std::optional<bool>& valid) {
     if (!valid)
