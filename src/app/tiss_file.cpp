@@ -22,6 +22,14 @@ TTissFile TTissFile::Read(const std::filesystem::path& file, TXmlUndecodable und
     return read;
 }
 
+TTissFile TTissFile::ReadText(const std::filesystem::path& file, TXmlUndecodable undecodable) {
+    std::optional<TFileStamp> stamp;
+    TXmlText decoded = DecodeXml(ReadWholeFile(file, kMaxFileBytes, &stamp), undecodable);
+    return {std::make_shared<const std::string>(std::move(decoded.Text)),
+            std::move(decoded.Encoding),
+            {file, stamp}};
+}
+
 TTissFile::TTissFile(std::string bytes, TXmlUndecodable undecodable) {
     TXmlText decoded = TakeXml(bytes, undecodable);
     encoding_ = std::move(decoded.Encoding);

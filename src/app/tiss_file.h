@@ -37,6 +37,10 @@ class TTissFile {
     /// Reads a file whole. Raises EFileNotRead, EXmlEncoding.
     static TTissFile Read(const std::filesystem::path& file,
                           TXmlUndecodable undecodable = TXmlUndecodable::Refused);
+    /// The same for who needs the text alone: takes half the memory where the bytes are not in UTF-8, and
+    /// makes them anew when they are asked for.
+    static TTissFile ReadText(const std::filesystem::path& file,
+                              TXmlUndecodable undecodable = TXmlUndecodable::Refused);
     /// Bytes that came from elsewhere, such as standard input. Raises EXmlEncoding.
     explicit TTissFile(std::string bytes, TXmlUndecodable undecodable = TXmlUndecodable::Refused);
     /// A text in UTF-8 that is to be held as `encoding` says.

@@ -221,7 +221,7 @@ void TValidadorController::LoadFromFile(const std::string& fileName) {
         throw EFileNotFound();
     if (flags_.Contains(TFileStateFlag::sfAberto))
         throw EAlreadyFileLoaded();
-    Load(fileName, TTissFile::Read(PathFromText(fileName), TXmlUndecodable::Guessed));
+    Load(fileName, TTissFile::ReadText(PathFromText(fileName), TXmlUndecodable::Guessed));
 }
 
 void TValidadorController::Load(const std::string& name, const TTissFile& file) {

@@ -132,13 +132,14 @@ std::string ReadAll(const fs::path& file, std::uintmax_t limit, std::optional<TF
     // One byte more than expected, so that the end of the file shows in the second call.
     const std::size_t first = expected > 0 ? static_cast<std::size_t>(expected) + 1 : kFirstBlock;
     std::string content;
-    content.reserve(first);
+    content.reserve(first +
+                    first / 16); // for the letters that take two bytes in UTF-8: room that costs nothing
     std::size_t filled = 0;
     for (std::size_t got = 1; got > 0; filled += got) {
         if (filled > limit) {
             throw EFileNotRead(file, TooLargeText(limit));
         }
-        const std::size_t room = content.capacity() > filled ? content.capacity() - filled : kPiece;
+        const std::size_t room = first > filled ? first - filled : kPiece;
         content.resize(filled + std::min(room, kPiece));
         char* const to = content.data() + filled;
         const std::size_t count = content.size() - filled;

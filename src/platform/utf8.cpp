@@ -29,6 +29,11 @@ std::size_t FindNonAscii(std::string_view text) {
         if ((all & kHighBits) != 0)
             break;
     }
+    for (std::uint64_t bytes = 0; at + sizeof bytes <= text.size(); at += sizeof bytes) {
+        std::memcpy(&bytes, text.data() + at, sizeof bytes);
+        if ((bytes & kHighBits) != 0)
+            break;
+    }
     while (at < text.size() && static_cast<signed char>(text[at]) >= 0)
         ++at;
     return at;

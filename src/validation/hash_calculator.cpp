@@ -1,5 +1,6 @@
 #include "validation/hash_calculator.h"
 
+#include "platform/utf8.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_scanner.h"
 
@@ -61,6 +62,12 @@ THashes BothOf(const TXmlDocument& document, TextOf&& textOf) {
     std::optional<TMd5> utf8; // begins where the two texts first differ
     ForEachPiece(document, [&](const std::string& piece) {
         const std::string& text = textOf(piece);
+        if (FindNonAscii(text) == text.size()) {
+            iso.Add(text);
+            if (utf8)
+                utf8->Add(text);
+            return;
+        }
         const std::string ansi = EncodeAnsi(text);
         if (!utf8 && ansi != text)
             utf8.emplace(iso);

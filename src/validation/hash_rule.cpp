@@ -24,15 +24,16 @@ void THashValidation::Visit(const IMonitoramentoQualidade& qualidade) {
 void THashValidation::Check(const std::shared_ptr<const IArquivoTiss>& file) {
     StartVisit();
     const TXmlDocument& document = *file->Xml();
-    const auto [hashIso, hashUtf8] = THashCalculator::CalculateBoth(document);
+    hashes_ = THashCalculator::CalculateBoth(document);
+    const auto [hashIso, hashUtf8] = hashes_;
+    if (document.Misreading() != nullptr && document.Misreading()->OfLetters())
+        hashes_ = THashCalculator::CalculateMeant(document);
     const TXmlNode* hash = file->HashNode();
     // A missing hash or epilogue is the schema's matter, and told once.
     if (hash == nullptr)
         return;
-    if (document.Misreading() != nullptr && document.Misreading()->OfLetters())
-        if (const THashes meant = THashCalculator::CalculateMeant(document);
-            meant != THashes{hashIso, hashUtf8})
-            return CheckMisread(file, {hashIso, hashUtf8}, meant);
+    if (const THashes read{hashIso, hashUtf8}; read != hashes_)
+        return CheckMisread(file, read, hashes_);
     const std::string written = CutText(file->Hash(), kShownFound);
     const std::string found = LowerCase(file->Hash());
 

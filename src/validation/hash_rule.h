@@ -14,11 +14,16 @@ class THashValidation : public TValidation {
     void Visit(const IMonitoramento& monitoramento) override;
     void Visit(const IMonitoramentoQualidade& qualidade) override;
 
+    /// The digests of the file last visited: of the text that was meant, where its letters were misread.
+    const THashes& Hashes() const { return hashes_; }
+
   private:
     void Check(const std::shared_ptr<const IArquivoTiss>& file);
     /// Of a file whose letters were misread: what its hash is worth once that is mended.
     void CheckMisread(const std::shared_ptr<const IArquivoTiss>& file, const THashes& read,
                       const THashes& meant);
+
+    THashes hashes_;
 };
 
 /// Writes the right hash into the epilogue, after cleaning the values if asked.

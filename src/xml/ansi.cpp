@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
+#include <utility>
 
 namespace conferix {
 
@@ -115,25 +117,57 @@ bool IsUsualByte(std::string_view bytes, std::size_t at) {
 
 } // namespace
 
-std::string AnsiToUtf8(std::string_view bytes) {
-    std::string text;
-    text.reserve(bytes.size() + bytes.size() / 8);
-    while (true) {
-        const std::size_t plain = FindNonAscii(bytes);
-        text.append(bytes, 0, plain);
-        if (plain == bytes.size())
-            return text;
-        const auto byte = static_cast<unsigned char>(bytes[plain]);
-        const unsigned c = byte < 0xA0 ? kSpecials[byte - 0x80U] : byte;
-        if (c < 0x800) {
-            text += static_cast<char>(0xC0U | (c >> 6U));
-        } else {
-            text += static_cast<char>(0xE0U | (c >> 12U));
-            text += static_cast<char>(0x80U | ((c >> 6U) & 0x3FU));
-        }
-        text += static_cast<char>(0x80U | (c & 0x3FU));
-        bytes.remove_prefix(plain + 1);
+TAnsiText DecodeAnsi(std::string&& bytes) {
+    const auto codeAt = [&bytes](std::size_t at) -> unsigned {
+        const auto byte = static_cast<unsigned char>(bytes[at]);
+        return byte < 0x80 ? byte : byte < 0xA0 ? kSpecials[byte - 0x80U] : byte;
+    };
+    const auto lengthOf = [](unsigned c) -> std::size_t { return c < 0x800 ? 2 : 3; };
+    const auto plainFrom = [&bytes](std::size_t at) {
+        return FindNonAscii(std::string_view(bytes).substr(at));
+    };
+
+    TAnsiText result;
+    const std::size_t first = plainFrom(0);
+    std::size_t more = 0; // bytes that UTF-8 takes beside one a character
+    for (std::size_t at = first; at < bytes.size(); at += 1 + plainFrom(at + 1)) {
+        more += lengthOf(codeAt(at)) - 1;
+        // What begins a character of UTF-8, and what goes on with it.
+        result.MayBeUtf8 = result.MayBeUtf8 || (at > first && static_cast<unsigned char>(bytes[at]) < 0xC0 &&
+                                                static_cast<unsigned char>(bytes[at - 1]) >= 0xC0);
     }
+    // The rest moves to the end and comes forward again as it grows.
+    const std::size_t size = bytes.size();
+    bytes.resize(size + more);
+    std::memmove(bytes.data() + first + more, bytes.data() + first, size - first);
+    std::size_t to = first;
+    for (std::size_t from = first + more; from < bytes.size();) {
+        const unsigned c = codeAt(from++);
+        if (lengthOf(c) == 3) {
+            bytes[to++] = static_cast<char>(0xE0U | (c >> 12U));
+            bytes[to++] = static_cast<char>(0x80U | ((c >> 6U) & 0x3FU));
+        } else {
+            bytes[to++] = static_cast<char>(0xC0U | (c >> 6U));
+        }
+        bytes[to++] = static_cast<char>(0x80U | (c & 0x3FU));
+        const std::size_t plain = plainFrom(from);
+        std::memmove(bytes.data() + to, bytes.data() + from, plain);
+        to += plain;
+        from += plain;
+    }
+    result.Text = std::move(bytes);
+    return result;
+}
+
+TAnsiText DecodeAnsi(std::string_view bytes) {
+    std::string copy;
+    copy.reserve(bytes.size() + bytes.size() / 16);
+    copy = bytes;
+    return DecodeAnsi(std::move(copy));
+}
+
+std::string AnsiToUtf8(std::string_view bytes) {
+    return DecodeAnsi(bytes).Text;
 }
 
 TCodePage::TCodePage(const std::array<char32_t, kSize>& characters) {

@@ -12,8 +12,15 @@
 
 namespace conferix {
 
+/// A text that was read as Windows-1252.
+struct TAnsiText {
+    std::string Text;       ///< in UTF-8
+    bool MayBeUtf8 = false; ///< some of its letters may have been meant as UTF-8: FindMisreadUtf8 decides
+};
 /// Decodes Windows-1252, which every byte is: its five free places are the control characters of Unicode
-/// there.
+/// there. Needs no second text where the string has room for what its letters need more.
+TAnsiText DecodeAnsi(std::string&& bytes);
+TAnsiText DecodeAnsi(std::string_view bytes);
 std::string AnsiToUtf8(std::string_view bytes);
 
 /// The characters beyond ASCII of an encoding of one byte a character.

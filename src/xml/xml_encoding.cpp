@@ -557,13 +557,8 @@ TXmlText Guess(std::string& bytes, std::shared_ptr<const TXmlMessage> fault, TXm
     return {std::move(mixed.Text), {"UTF-8", false, std::move(fault), true}};
 }
 
-} // namespace
-
-TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable) {
-    return TakeXml(bytes, undecodable);
-}
-
-TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable) {
+/// `spend`: bytes that are not the text themselves may become it all the same.
+TXmlText Decode(std::string& bytes, TXmlUndecodable undecodable, bool spend) {
     RefuseForeignFiles(bytes);
     for (const TBom& bom : kBoms) {
         if (!std::string_view(bytes).starts_with(bom.Bytes))
@@ -611,8 +606,10 @@ TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable) {
                         declared));
     if (name == kAnsi && IsAscii(bytes))
         return {std::move(bytes), {name, false, nullptr, false, true}};
-    if (name == kAnsi)
-        return {AnsiToUtf8(bytes), {name, false, nullptr}};
+    if (name == kAnsi) {
+        TAnsiText decoded = spend ? DecodeAnsi(std::move(bytes)) : DecodeAnsi(std::string_view(bytes));
+        return {std::move(decoded.Text), {name, false, nullptr, false, !decoded.MayBeUtf8}};
+    }
     try {
         return {ToUtf8(bytes, name, declared), {name, false, nullptr}};
     } catch (const EXmlEncoding& error) {
@@ -620,6 +617,16 @@ TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable) {
             throw;
         return Guess(bytes, error.Message(), undecodable);
     }
+}
+
+} // namespace
+
+TXmlText DecodeXml(std::string bytes, TXmlUndecodable undecodable) {
+    return Decode(bytes, undecodable, true);
+}
+
+TXmlText TakeXml(std::string& bytes, TXmlUndecodable undecodable) {
+    return Decode(bytes, undecodable, false);
 }
 
 TXmlEncoding EncodingToWrite(std::string_view text, const TXmlEncoding& original) {

@@ -4,6 +4,7 @@
 #include "platform/utf8.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -50,18 +51,24 @@ class TPositionCounter {
     std::uint32_t FilePos() const { return characters_; }
 
   private:
-    /// Passes eight bytes at once that are all ASCII and no line ends, as most are.
-    bool SkipPlain(std::size_t offset) {
+    /// Passes many bytes at once that are all ASCII and no line ends, as most are.
+    bool SkipPlain(std::size_t offset) { return SkipWords<8>(offset) || SkipWords<1>(offset); }
+
+    template<std::size_t Words>
+    bool SkipWords(std::size_t offset) {
         constexpr std::uint64_t kHighBits = 0x8080808080808080U;
         constexpr std::uint64_t kAboveLineEnds = 0x0E0E0E0E0E0E0E0EU;
-        if (offset - at_ < sizeof(std::uint64_t))
+        std::array<std::uint64_t, Words> block;
+        if (offset - at_ < sizeof block)
             return false;
-        std::uint64_t bytes = 0;
-        std::memcpy(&bytes, text_.data() + at_, sizeof bytes);
-        if (((bytes | (bytes - kAboveLineEnds)) & kHighBits) != 0)
+        std::memcpy(block.data(), text_.data() + at_, sizeof block);
+        std::uint64_t found = 0;
+        for (const std::uint64_t bytes : block)
+            found |= bytes | (bytes - kAboveLineEnds);
+        if ((found & kHighBits) != 0)
             return false;
-        at_ += sizeof bytes;
-        characters_ += sizeof bytes;
+        at_ += sizeof block;
+        characters_ += sizeof block;
         return true;
     }
 

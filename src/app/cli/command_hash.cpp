@@ -1,7 +1,7 @@
 #include "app/cli/commands.h"
 #include "report/console.h"
 #include "report/message_json.h"
-#include "validation/hash_calculator.h"
+#include "validation/hash_rule.h"
 #include "validator/all_rules.h"
 
 #include <fmt/format.h>
@@ -14,9 +14,9 @@ namespace {
 
 int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
     const std::string written(file.Hash());
-    const auto [iso, utf8] = THashCalculator::CalculateMeant(*file.Xml());
     const auto rule = AllRules().MakeValidation(RuleOfKind(file.TipoArquivo(), "hash"), nullptr);
     file.Accept(*rule);
+    const auto& [iso, utf8] = dynamic_cast<const THashValidation&>(*rule).Hashes();
     const TXmlMessage& verdict = *rule->ValidationMessages().front();
 
     std::ostream& out = context.Streams.Out;
