@@ -258,6 +258,20 @@ TEST_F(Cli, NamesAndValuesSteerNoTerminal) {
     }
 }
 
+TEST_F(Cli, AMissingHashIsToldWithTheRightOne) {
+    const std::string whole = ReadTestFile(Example("consulta-4.01.00-valido.xml"));
+    const std::size_t hash = whole.find("<ans:hash>");
+    const std::size_t end = whole.find("</ans:epilogo>");
+    const std::string right = whole.substr(hash + 10, 32);
+    for (const std::string& text : {whole.substr(0, hash) + whole.substr(end),
+                                    whole.substr(0, whole.find("<ans:epilogo>")) + whole.substr(end + 14)}) {
+        const TCommandResult result = Run({"hash", "-"}, text);
+        EXPECT_EQ(result.Status, kExitInvalid);
+        EXPECT_THAT(result.Out,
+                    HasSubstr("O arquivo não tem hash. Preencha <hash>, em <epilogo>, com \"" + right));
+    }
+}
+
 TEST_F(Cli, AFileThatSomebodyElseChangesIsNotWrittenOver) {
     const std::string faulty = ReadTestFile(Example("honorarios-4.01.00-valores-errados.xml"));
     const std::string file = File("lote.xml");

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include <memory>
 #include <ostream>
 
 namespace conferix {
@@ -17,7 +18,11 @@ int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
     const auto rule = AllRules().MakeValidation(RuleOfKind(file.TipoArquivo(), "hash"), nullptr);
     file.Accept(*rule);
     const auto& [iso, utf8] = dynamic_cast<const THashValidation&>(*rule).Hashes();
-    const TXmlMessage& verdict = *rule->ValidationMessages().front();
+    // Of a hash that is missing the rule says nothing, since the schema does.
+    const std::shared_ptr<const TXmlMessage> missing = TXmlMessage::CreateError(
+        fmt::format("O arquivo não tem hash. Preencha <hash>, em <epilogo>, com \"{}\".", iso));
+    const TXmlMessage& verdict =
+        rule->ValidationMessages().empty() ? *missing : *rule->ValidationMessages().front();
 
     std::ostream& out = context.Streams.Out;
     if (context.Json()) {
