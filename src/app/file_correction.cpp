@@ -77,6 +77,11 @@ TXmlRecoding HoldInEncoding(TValidadorController& controller, const TTissFile& f
     const std::string_view text = FromDeclaration(*file.Text());
     TXmlRecoding recoding =
         RecodeXml(misreading ? MeantText(text, *misreading) : std::string(text), encoding);
+    if (misreading && misreading->OfLetters()) {
+        TXmlMessages changed = WordsToChange(*file.Text(), *misreading);
+        recoding.Replaced.insert(recoding.Replaced.begin(), std::make_move_iterator(changed.begin()),
+                                 std::make_move_iterator(changed.end()));
+    }
     controller.SetEncoding(EncodingToWrite(recoding.Text, {}));
     return recoding;
 }
