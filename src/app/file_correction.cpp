@@ -54,7 +54,8 @@ TCorrectionResult CorrectReadable(TValidadorController& controller,
                                   const TFileCorrections& what, const TSolverChoice& choose) {
     TCorrectionResult result{xml, {}, {}};
     if (what.Estrutura)
-        result = RepairStructure(controller, xml, enabledValidations, what.ComPerdas);
+        result = RepairStructure(controller, xml, enabledValidations,
+                                 {.WithLoss = what.ComPerdas, .AmountsNext = what.Todas});
     if (what.Todas) {
         TCorrectionResult all = CorrectAll(controller, result.Xml, enabledValidations, choose);
         const auto append = [](auto& to, auto& from) {
@@ -77,6 +78,11 @@ TXmlRecoding HoldInEncoding(TValidadorController& controller, const TTissFile& f
     const std::string_view text = FromDeclaration(*file.Text());
     TXmlRecoding recoding =
         RecodeXml(misreading ? MeantText(text, *misreading) : std::string(text), encoding);
+    if (misreading && misreading->OfLetters()) {
+        TXmlMessages changed = WordsToChange(*file.Text(), *misreading);
+        recoding.Replaced.insert(recoding.Replaced.begin(), std::make_move_iterator(changed.begin()),
+                                 std::make_move_iterator(changed.end()));
+    }
     controller.SetEncoding(EncodingToWrite(recoding.Text, {}));
     return recoding;
 }

@@ -18,8 +18,8 @@ struct TFileCorrections {
 };
 
 /// Holds a file, which the controller has open, in another encoding from now on: "ISO-8859-1" or "UTF-8".
-/// Answers its text as it is to be written, where it was misread the one that was meant, and the characters
-/// that the encoding lacks.
+/// Answers its text as it is to be written, where it was misread the one that was meant, and, as what was
+/// replaced, the words that change and the characters that the encoding lacks.
 TXmlRecoding HoldInEncoding(TValidadorController& controller, const TTissFile& file,
                             const std::string& encoding);
 

@@ -93,28 +93,21 @@ class TOtherVersions : public ISchemaOtherVersions {
                    : fmt::format("O código {} de <{}> {}.", QuoteText(code), fault.Name, known->second.Text);
     }
 
-    /// True of an unknown or missing element of which it is not known whether this version has it.
+    /// True of a fault of an element of which it is not known whether this version has it, or demands it
+    /// where it is missing.
     bool IsInDoubt(const TSchemaFault& fault) const {
-        if (fault.Code != TSchemaFaultCode::MissingElement)
-            return IsInDoubt(fault.Code, *fault.Node);
         TPath path = PathOf(*fault.Node);
-        if (!fault.Before.empty())
-            path.pop_back();
-        path.push_back(fault.Name);
-        return TElementHistory::BuiltIn().NeighboursDisagree(fileName_, path);
+        const bool missing = fault.Code == TSchemaFaultCode::MissingElement;
+        if (missing) {
+            if (!fault.Before.empty())
+                path.pop_back();
+            path.push_back(fault.Name);
+        }
+        return DoNeighboursDisagree(path, missing);
     }
 
-    /// The same of a fault that does not tell of an element that is missing.
-    bool IsInDoubt(TSchemaFaultCode code, const TXmlNode& node) const {
-        switch (code) {
-        case TSchemaFaultCode::UnknownElement:
-        case TSchemaFaultCode::RenamedElement:
-        case TSchemaFaultCode::Misspelled:
-            return TElementHistory::BuiltIn().NeighboursDisagree(fileName_, PathOf(node));
-        default:
-            return false;
-        }
-    }
+    /// The same of a fault at an element that is there.
+    bool IsInDoubt(const TXmlNode& node) const { return DoNeighboursDisagree(PathOf(node), false); }
 
     /// The version that the content seems to be of, when it is not the declared one; else empty.
     std::string VersionOfContent(const TXmlDocument& document) const {
@@ -123,12 +116,24 @@ class TOtherVersions : public ISchemaOtherVersions {
     }
 
   private:
-    const TElementHistory::TSentence& HistoryOf(const TXmlNode& element) const {
-        const TPath path = PathOf(element);
+    static std::string KeyOf(const TPath& path) {
         std::string key;
         for (const std::string_view name : path)
             key.append(name).append("/");
-        const auto [known, added] = phrases_.try_emplace(std::move(key));
+        return key;
+    }
+
+    /// `missing`: of an element that is not there.
+    bool DoNeighboursDisagree(const TPath& path, bool missing) const {
+        const auto [known, added] = doubts_.try_emplace({KeyOf(path), missing});
+        if (added)
+            known->second = TElementHistory::BuiltIn().NeighboursDisagree(fileName_, path, !missing);
+        return known->second;
+    }
+
+    const TElementHistory::TSentence& HistoryOf(const TXmlNode& element) const {
+        const TPath path = PathOf(element);
+        const auto [known, added] = phrases_.try_emplace(KeyOf(path));
         if (added)
             known->second = TElementHistory::BuiltIn().Sentence(fileName_, path);
         return known->second;
@@ -176,6 +181,7 @@ class TOtherVersions : public ISchemaOtherVersions {
 
     std::string fileName_;
     mutable std::map<std::string, TElementHistory::TSentence> phrases_; ///< by path
+    mutable std::map<std::pair<std::string, bool>, bool> doubts_; ///< by path, and whether it is missing
 };
 
 /// True for faults that a document of another version has.
@@ -238,12 +244,12 @@ std::string CauseOf(const TSchemaFault& fault) {
     }
 }
 
-/// What tells the guide of a monitoring file that holds a node from the others; empty outside of guides.
-std::string MonitoringGuide(const TXmlNode& node) {
+/// The guide of a monitoring file that holds a node; null outside of guides.
+const TXmlNode* MonitoringGuide(const TXmlNode& node) {
     for (const TXmlNode* at = &node; at != nullptr; at = at->Parent())
         if (at->IsTag() && at->LocalName() == "guiaMonitoramento")
-            return fmt::format("@{}", at->FilePos());
-    return {};
+            return at;
+    return nullptr;
 }
 
 /// Makes the messages of faults.
@@ -270,7 +276,16 @@ class TFaultMessages {
     /// As TXmlMessage::Guide.
     std::string GuideOf(const TXmlNode& node) const {
         const IGuiaTiss* guia = GuiaOf(node);
-        return guia != nullptr ? std::string(guia->NumeroMostrado()) : MonitoringGuide(node);
+        const TXmlNode* guide = guia != nullptr ? guia->Node() : MonitoringGuide(node);
+        return guide != nullptr ? GuideMark(*guide) : std::string();
+    }
+    /// By what the user finds the guide that holds a node; empty outside of guides.
+    std::string_view NumberOf(const TXmlNode& node) const {
+        if (const IGuiaTiss* guia = GuiaOf(node))
+            return guia->NumeroMostrado();
+        const TXmlNode* guide = MonitoringGuide(node);
+        return guide != nullptr ? TGuiaMonitoramento(const_cast<TXmlNode*>(guide)).Identificacao()
+                                : std::string_view();
     }
 
     /// `withSolvers`: false where no single correction makes sense.
@@ -282,11 +297,10 @@ class TFaultMessages {
         std::string reason = fault.Code == TSchemaFaultCode::UnknownElement ? others_.UnknownElement(fault)
                              : fault.Code == TSchemaFaultCode::NotInList    ? others_.UnknownCode(fault)
                                                                          : TSchemaMessages::Sentence(fault);
-        const IGuiaTiss* guia = GuiaOf(*fault.Node);
-        auto message = TLoteGuiasValidationMessage::CreateError(
-            &rule_, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
-            std::move(reason), source_, fault.Line, fault.LinePos, fault.FilePos);
-        message->SetGuide(MonitoringGuide(*fault.Node));
+        auto message = TLoteGuiasValidationMessage::CreateError(&rule_, std::string(NumberOf(*fault.Node)),
+                                                                std::move(reason), source_, fault.Line,
+                                                                fault.LinePos, fault.FilePos);
+        message->SetGuide(GuideOf(*fault.Node));
         message->SetKind(KindOf(fault));
         message->SetItem(FindingItem(*fault.Node));
         message->SetGroupKey(fault.GroupKey());
@@ -381,12 +395,15 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     if (IsApproximation(schemaFile_)) {
         std::set<std::string> doubtful;
         const auto isInDoubt = [&](const TSchemaFault& fault) {
-            return others.IsInDoubt(fault) && (doubtful.insert("<" + fault.Name + ">"), true);
+            return others.IsInDoubt(fault) &&
+                   (doubtful.insert(fmt::format("<{}>", fault.Attribute != nullptr
+                                                            ? fault.Node->LocalName()
+                                                            : std::string_view(fault.Name))),
+                    true);
         };
         std::erase_if(faults, isInDoubt);
         std::erase_if(further, [&](const TSchemaFurther& more) { return isInDoubt(more.First); });
-        std::erase_if(untold,
-                      [&](const TSchemaUntold& fault) { return others.IsInDoubt(fault.Code, *fault.Node); });
+        std::erase_if(untold, [&](const TSchemaUntold& fault) { return others.IsInDoubt(*fault.Node); });
         Warning(nullptr,
                 fmt::format(
                     "O schema da versão {} publicado pela ANS não estava disponível; foi usado um schema "
@@ -440,6 +457,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
             const auto told = TLoteGuiasValidationMessage::CreateWarn(
                 this, std::string(guia->NumeroMostrado()), std::move(layout), std::string(), place.Line,
                 place.LinePos, place.FilePos);
+            told->SetGuide(GuideMark(*guia->Node()));
             told->SetKind(TFindingKind::Layout);
             AddMessage(told);
         }

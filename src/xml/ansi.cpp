@@ -37,14 +37,17 @@ UChar32 NextCharacter(std::string_view text, std::size_t& at) {
 struct TRun {
     std::size_t At = 0;
     std::size_t Size = 0;
-    std::string Bytes; ///< in a code page; 0 for a character that it does not have
+    std::u32string Read;
+    std::string Bytes; ///< of each in a code page; 0 for a character that it does not have
 
     /// The first run of a text from a place on; an empty one behind the last.
     static TRun From(std::string_view text, std::size_t at, const TCodePage& page) {
         TRun run;
         run.At = at + FindNonAscii(text.substr(at));
-        for (at = run.At; at < text.size() && static_cast<unsigned char>(text[at]) >= 0x80;)
-            run.Bytes += static_cast<char>(page.ByteOf(static_cast<char32_t>(NextCharacter(text, at))));
+        for (at = run.At; at < text.size() && static_cast<unsigned char>(text[at]) >= 0x80;) {
+            run.Read += static_cast<char32_t>(NextCharacter(text, at));
+            run.Bytes += static_cast<char>(page.ByteOf(run.Read.back()));
+        }
         run.Size = at - run.At;
         return run;
     }
@@ -54,7 +57,9 @@ struct TRun {
 enum class TWriting {
     Utf8,
     UsualUtf8, ///< letters of Portuguese whose bytes, read as single letters, nobody writes side by side
-    Utf8WithOtherLetters,
+    OtherUtf8, ///< with letters of other scripts
+    Doubtful,  ///< UTF-8, or meant as it reads
+    Unlikely,  ///< the same, where UTF-8 would be a small letter behind a capital one
     NoUtf8
 };
 
@@ -64,28 +69,79 @@ bool IsUsual(UChar32 c) {
     return kUsual.find(static_cast<char32_t>(c)) != std::u32string_view::npos;
 }
 
-/// True of a usual character whose bytes, behind a text, may be meant as they read one by one: "Ã" at
-/// the end of a word with a space that does not break, or with a quotation mark that closes what one opened.
-bool MayBeMeantAsItReads(UChar32 c, std::string_view before) {
-    if (c == U'à')
-        return !before.empty() && (static_cast<unsigned char>(before.back()) >= 0x80 ||
-                                   u_isalpha(static_cast<unsigned char>(before.back())) != 0);
-    const std::size_t value = before.rfind('>');
-    return c == U'Ô' &&
-           before.substr(value == std::string_view::npos ? 0 : value).find("“") != std::string_view::npos;
+/// True where the value around a place has one of some characters before it.
+bool HasBefore(std::string_view text, std::size_t at, std::string_view one, std::string_view other) {
+    const std::string_view before = text.substr(0, at);
+    const std::size_t start = before.rfind('>');
+    const std::string_view value = before.substr(start == std::string_view::npos ? 0 : start);
+    return value.find(one) != std::string_view::npos || value.find(other) != std::string_view::npos;
 }
 
-/// `before`: the text before the run.
-TWriting WritingOf(const TRun& run, std::string_view before) {
+/// True where the two characters of a run from an index on may be meant as they read: "Ã" at the end of a
+/// word in capitals, and what stands behind words: a space that does not break, a dash, dots, a mark, a
+/// quotation mark that closes what another one opened.
+bool MayBeMeantAsItReads(std::string_view text, const TRun& run, std::size_t index) {
+    const auto inText = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    if (run.Read[index] != U'Ã' || (index == 0 && run.At == 0))
+        return false;
+    const auto before = static_cast<UChar32>(index > 0 ? run.Read[index - 1] : inText(run.At - 1));
+    const char32_t sign = run.Read[index + 1];
+    if (u_isupper(before) == 0)
+        return sign == U'\u00A0' && u_isalpha(before) != 0;
+    const bool last = index + 2 == run.Read.size();
+    const auto after = static_cast<UChar32>(!last                     ? run.Read[index + 2]
+                                            : run.End() < text.size() ? inText(run.End())
+                                                                      : ' ');
+    switch (sign) {
+    case U'“':
+    case U'”':
+        return HasBefore(text, run.At, "“", "„");
+    case U'‘':
+        return HasBefore(text, run.At, "‘", "‚");
+    case U'•':
+        return after != U'E'; // "ÕE" is Portuguese
+    case U'\u00AD':
+        return u_islower(after) == 0;
+    default:
+        return std::u32string_view(U"\u00A0–—…’»›·®™").find(sign) != std::u32string_view::npos;
+    }
+}
+
+/// A character of UTF-8 in the bytes of a run, or one byte that is none.
+struct TLetter {
+    std::size_t At = 0; ///< in the bytes
+    std::size_t End = 0;
+    UChar32 Character = 0; ///< below 0x80 for none
+    bool Doubtful = false; ///< may be meant as it reads
+
+    bool IsUtf8() const { return Character >= 0x80; }
+};
+
+/// The letter of a run that begins at one of its bytes.
+TLetter LetterAt(std::string_view text, const TRun& run, std::size_t at) {
+    TLetter letter{at, at, 0, false};
+    letter.Character = NextCharacter(run.Bytes, letter.End);
+    if (!letter.IsUtf8())
+        letter.End = at + 1;
+    letter.Doubtful = letter.IsUtf8() && letter.End == at + 2 && MayBeMeantAsItReads(text, run, at);
+    return letter;
+}
+
+TWriting WritingOf(std::string_view text, const TRun& run) {
     TWriting writing = TWriting::Utf8;
     for (std::size_t at = 0; at < run.Bytes.size();) {
-        const bool first = at == 0;
-        const UChar32 c = NextCharacter(run.Bytes, at);
-        if (c < 0x80) // not UTF-8, or none of the code page
+        const TLetter letter = LetterAt(text, run, at);
+        const UChar32 c = letter.Character;
+        if (!letter.IsUtf8())
             return TWriting::NoUtf8;
-        if (u_isalpha(c) != 0 && TCodePage::Ansi().ByteOf(static_cast<char32_t>(c)) == 0)
-            writing = TWriting::Utf8WithOtherLetters;
-        else if (writing == TWriting::Utf8 && IsUsual(c) && !(first && MayBeMeantAsItReads(c, before)))
+        at = letter.End;
+        const bool isOther = (U_GET_GC_MASK(c) & (U_GC_L_MASK | U_GC_M_MASK)) != 0 &&
+                             TCodePage::Ansi().ByteOf(static_cast<char32_t>(c)) == 0;
+        if (isOther)
+            writing = TWriting::OtherUtf8;
+        else if (letter.Doubtful && writing == TWriting::Utf8)
+            writing = u_islower(c) != 0 ? TWriting::Unlikely : TWriting::Doubtful;
+        else if (!letter.Doubtful && writing != TWriting::OtherUtf8 && IsUsual(c))
             writing = TWriting::UsualUtf8;
     }
     return writing;
@@ -98,18 +154,40 @@ bool EndsValue(std::string_view bytes, std::size_t at) {
            std::string_view("<\"'").find(bytes[next]) != std::string_view::npos;
 }
 
-/// True of a byte that is no UTF-8 where it is certain what it stands for in Windows-1252: a usual letter
+/// True of the first byte of a usual letter or sign in UTF-8.
+bool BeginsUsualUtf8(unsigned char byte) {
+    return byte == 0xC2 || byte == 0xC3 || byte == 0xE2;
+}
+
+/// True of a sign of Windows-1252 where it stands for itself: quotation marks around something, and what is
+/// no first character of a value, for the second half of a letter may have been left there.
+bool IsUsualSign(std::string_view bytes, std::size_t at) {
+    constexpr std::string_view kSigns = "\x80\x85\x91\x92\x93\x94\x95\x96\x97\x99"; // € … ‘ ’ “ ” • – — ™
+    const char before = at > 0 ? bytes[at - 1] : '>';
+    const auto byte = static_cast<unsigned char>(before);
+    const bool goesOn = byte >= 0x80 && (byte < 0xC0 || BeginsUsualUtf8(byte) || byte == 0xF0);
+    if (kSigns.find(bytes[at]) == std::string_view::npos || goesOn)
+        return false;
+    if (before != '>')
+        return true;
+    const std::string_view value = bytes.substr(at, bytes.find('<', at) - at);
+    return (value[0] == '\x93' && value.find('\x94') != std::string_view::npos) ||
+           (value[0] == '\x91' && value.find('\x92') != std::string_view::npos);
+}
+
+/// True of a byte that is no UTF-8 where it is certain what it stands for in Windows-1252: a usual character
 /// that cannot be what was left of a letter of UTF-8 which was cut with its value.
 bool IsUsualByte(std::string_view bytes, std::size_t at) {
     const auto byte = static_cast<unsigned char>(bytes[at]);
-    if (byte < 0xA0 || !IsUsual(byte))
+    if (byte < 0xA0)
+        return IsUsualSign(bytes, at);
+    if (!IsUsual(byte))
         return false;
     if (byte < 0xC0) { // the second half of a letter, or "1º"
         const auto before = static_cast<unsigned char>(at > 0 ? bytes[at - 1] : ' ');
         return before < 0x80 && u_isalnum(before) != 0;
     }
-    const bool begins = byte == 0xC2 || byte == 0xC3 || byte == 0xE2; // usual letters and signs
-    if (!begins)
+    if (!BeginsUsualUtf8(byte))
         return true;
     const bool goesOn = at + 1 < bytes.size() && (static_cast<unsigned char>(bytes[at + 1]) & 0xC0U) == 0x80;
     return !goesOn && !EndsValue(bytes, at + 1);
@@ -221,24 +299,31 @@ TUtf8Look LookAtUtf8(std::string_view bytes) {
 std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePage& page) {
     TMisreadUtf8 found;
     std::size_t certain = TMisreadUtf8::kNone;
+    std::size_t doubtful = TMisreadUtf8::kNone;
     std::size_t misread = 0;
-    std::size_t kept = 0;
+    std::size_t against = 0;
     for (TRun run = TRun::From(text, 0, page); run.Size > 0; run = TRun::From(text, run.End(), page)) {
-        const TWriting writing = WritingOf(run, text.substr(0, run.At));
+        const TWriting writing = WritingOf(text, run);
         if ((writing == TWriting::Utf8 || writing == TWriting::UsualUtf8) && ++misread == 1)
             found.First = run.At;
         if (writing == TWriting::UsualUtf8)
             certain = std::min(certain, run.At);
-        if (writing == TWriting::NoUtf8 && ++kept == 1)
-            found.Kept = run.At;
+        if (writing == TWriting::Doubtful || writing == TWriting::Unlikely)
+            doubtful = std::min(doubtful, run.At);
+        if (writing == TWriting::NoUtf8)
+            found.Kept = std::min(found.Kept, run.At);
+        if (writing == TWriting::NoUtf8 || writing == TWriting::Unlikely)
+            ++against;
     }
-    found.Mostly = misread > 0 && misread >= kept * kSlip;
+    found.Mostly = misread > 0 && misread >= against * kSlip;
+    if (!found.Mostly)
+        found.Kept = std::min(found.Kept, doubtful);
     if (certain != TMisreadUtf8::kNone)
         found.First = certain;
     return found.Mostly || certain != TMisreadUtf8::kNone ? std::optional(found) : std::nullopt;
 }
 
-std::string MeantAsUtf8(std::string_view text, const TCodePage& page) {
+std::string MeantAsUtf8(std::string_view text, const TCodePage& page, bool keepDoubtful) {
     std::string meant;
     meant.reserve(text.size());
     std::size_t done = 0;
@@ -246,24 +331,40 @@ std::string MeantAsUtf8(std::string_view text, const TCodePage& page) {
         meant.append(text, done, run.At - done);
         done = run.At;
         for (std::size_t at = 0; at < run.Bytes.size();) {
-            const std::size_t start = at;
-            const bool isUtf8 = NextCharacter(run.Bytes, at) >= 0x80;
-            at = isUtf8 ? at : start + 1;
+            const TLetter letter = LetterAt(text, run, at);
+            const bool isMeant = letter.IsUtf8() && !(keepDoubtful && letter.Doubtful);
             const std::size_t from = done;
-            for (std::size_t i = start; i < at; ++i)
+            for (; at < letter.End; ++at)
                 NextCharacter(text, done);
-            meant.append(isUtf8 ? std::string_view(run.Bytes).substr(start, at - start)
-                                : text.substr(from, done - from));
+            meant.append(isMeant ? std::string_view(run.Bytes).substr(letter.At, letter.End - letter.At)
+                                 : text.substr(from, done - from));
         }
     }
     meant.append(text, done);
     return meant;
 }
 
+bool IsPlainlyAnsi(std::string_view bytes) {
+    constexpr std::string_view kUnused = "\x81\x8D\x8F\x90\x9D";
+    if (bytes.find_first_of(kUnused) != std::string_view::npos)
+        return false;
+    const std::string text = AnsiToUtf8(bytes);
+    const TCodePage& page = TCodePage::Ansi();
+    for (TRun run = TRun::From(text, 0, page); run.Size > 0; run = TRun::From(text, run.End(), page))
+        for (std::size_t at = 0; at < run.Bytes.size();) {
+            const TLetter letter = LetterAt(text, run, at);
+            if (letter.IsUtf8() && !letter.Doubtful)
+                return false;
+            at = letter.End;
+        }
+    return true;
+}
+
 TMixedText ReadMixed(std::string_view bytes) {
     TMixedText mixed;
-    mixed.Text.reserve(bytes.size() + bytes.size() / 8);
-    std::size_t done = 0; // before it all is taken over
+    const std::string text = AnsiToUtf8(bytes);
+    const auto misread = FindMisreadUtf8(text, TCodePage::Ansi());
+    mixed.Text = MeantAsUtf8(text, TCodePage::Ansi(), !misread || !misread->Mostly);
     for (std::size_t at = FindNonAscii(bytes); at < bytes.size(); at += FindNonAscii(bytes.substr(at))) {
         const std::size_t start = at;
         if (NextCharacter(bytes, at) >= 0)
@@ -271,11 +372,7 @@ TMixedText ReadMixed(std::string_view bytes) {
         at = start + 1;
         if (!IsUsualByte(bytes, start))
             mixed.Unknown.push_back(start);
-        mixed.Text.append(bytes, done, start - done);
-        mixed.Text += AnsiToUtf8(bytes.substr(start, 1));
-        done = at;
     }
-    mixed.Text.append(bytes, done);
     return mixed;
 }
 

@@ -49,9 +49,10 @@ struct TMisreadUtf8 {
     bool Mostly = false;       ///< letters of the latter sort are slips among many of the former
 };
 /// Nothing for a text that was meant as it reads. The letters decide: one that is, byte for byte, a usual
-/// letter of Portuguese in UTF-8, and nothing that people write ("Ã§", "Ãº"), tells by itself. Where there is
-/// only such as may be meant as it reads ("Ã" before a quotation mark), those that are UTF-8 have to
-/// outnumber by far those that are none.
+/// letter of Portuguese in UTF-8, and nothing that people write ("Ã§", "Ãº"), tells by itself. One that may
+/// be meant as it reads ("IRMÃ" before a dash) tells nothing, and speaks against it where it would be a small
+/// letter behind a capital one. Where there are only other letters and signs, those that are UTF-8 have to
+/// outnumber by far what is against it.
 std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePage& page);
 
 /// A quick look at bytes that should be UTF-8.
@@ -61,13 +62,17 @@ struct TUtf8Look {
         false; ///< letters before it may be UTF-8 in Windows-1252 once more: FindMisreadUtf8 decides
 };
 TUtf8Look LookAtUtf8(std::string_view bytes);
-/// The text that was meant: what is UTF-8 byte for byte as such, all else as it reads.
-std::string MeantAsUtf8(std::string_view text, const TCodePage& page);
+/// The text that was meant: what is UTF-8 byte for byte as such, all else as it reads. `keepDoubtful`: also
+/// what may be meant as it reads.
+std::string MeantAsUtf8(std::string_view text, const TCodePage& page, bool keepDoubtful);
+
+/// True when each byte is a character in Windows-1252, and none of the letters beyond doubt one in UTF-8.
+bool IsPlainlyAnsi(std::string_view bytes);
 
 /// Bytes of which some are text in UTF-8 and others in Windows-1252.
 struct TMixedText {
     std::string Text;                 ///< what is UTF-8 as such, all else as Windows-1252
-    std::vector<std::size_t> Unknown; ///< offsets of bytes that are no UTF-8 and no usual letter either
+    std::vector<std::size_t> Unknown; ///< offsets of bytes that are no UTF-8 and no usual character either
 };
 TMixedText ReadMixed(std::string_view bytes);
 

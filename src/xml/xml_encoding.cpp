@@ -157,21 +157,6 @@ std::shared_ptr<const TXmlMessage> AsciiFault(std::string_view text, std::string
                     declared, static_cast<unsigned char>(text[at])));
 }
 
-/// True when no letter of a text is one in UTF-8, and each is one in Windows-1252.
-bool IsPlainlyAnsi(std::string_view bytes) {
-    constexpr std::string_view kUnused = "\x81\x8D\x8F\x90\x9D";
-    const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
-    for (std::size_t at = FindNonAscii(bytes); at < bytes.size();
-         at += 1 + FindNonAscii(bytes.substr(at + 1))) {
-        std::int32_t next = 0;
-        UChar32 c = 0;
-        U8_NEXT(data + at, next, static_cast<std::int32_t>(std::min<std::size_t>(bytes.size() - at, 4)), c);
-        if (c >= 0 || kUnused.find(bytes[at]) != std::string_view::npos)
-            return false;
-    }
-    return true;
-}
-
 /// Files that people take for the XML: how they begin, and what they are.
 struct TForeignFile {
     std::string_view Start;
@@ -600,10 +585,12 @@ TXmlText Decode(std::string& bytes, TXmlUndecodable undecodable, bool spend) {
         return {std::move(bytes), {name, false, nullptr}};
     }
     if (name.starts_with("UTF-16"))
-        RaiseAt({}, fmt::format(
-                        "O arquivo declara a codificação {}, mas não está gravado nela. Declare a que ele "
-                        "usa, por exemplo encoding=\"ISO-8859-1\", ou salve o arquivo novamente.",
-                        declared));
+        return Guess(bytes,
+                     FaultAt({}, fmt::format("O arquivo declara a codificação {}, mas não está gravado nela. "
+                                             "Declare a que ele usa, por exemplo encoding=\"ISO-8859-1\", "
+                                             "ou salve o arquivo novamente.",
+                                             declared)),
+                     undecodable);
     if (name == kAnsi && IsAscii(bytes))
         return {std::move(bytes), {name, false, nullptr, false, true}};
     if (name == kAnsi) {
@@ -726,25 +713,55 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
         return std::nullopt;
     TXmlMisreading misreading = found(unicode ? TKind::Utf8Twice : TKind::Utf8AsOneByte, letters->First);
     misreading.Page = unicode ? kAnsi : name;
-    for (std::string meant = MeantAsUtf8(text, *page);
+    misreading.Partly = !letters->Mostly;
+    for (std::string meant = MeantAsUtf8(text, *page, misreading.Partly);
          LookAtUtf8(meant).MayBeTwice && FindMisreadUtf8(meant, TCodePage::Ansi());
-         meant = MeantAsUtf8(meant, TCodePage::Ansi()))
+         meant = MeantAsUtf8(meant, TCodePage::Ansi(), misreading.Partly))
         ++misreading.Again;
     misreading.Meant = MeantText(misreading.Read, misreading);
     if (letters->Kept != TMisreadUtf8::kNone) {
         misreading.Kept = MeantText(WordAt(text, letters->Kept), misreading);
         misreading.KeptLine = TPositionCounter(text).PlaceOf(letters->Kept).Line;
     }
-    misreading.Partly = !letters->Mostly;
     return misreading;
 }
 
 std::string MeantText(std::string_view text, const TXmlMisreading& misreading) {
     const auto page = misreading.OfLetters() ? CodePageOf(misreading.Page) : std::nullopt;
-    std::string meant = page ? MeantAsUtf8(text, *page) : std::string(text);
+    std::string meant = page ? MeantAsUtf8(text, *page, misreading.Partly) : std::string(text);
     for (int i = 0; i < misreading.Again; ++i)
-        meant = MeantAsUtf8(meant, TCodePage::Ansi());
+        meant = MeantAsUtf8(meant, TCodePage::Ansi(), misreading.Partly);
     return meant;
+}
+
+TXmlMessages WordsToChange(std::string_view text, const TXmlMisreading& misreading) {
+    TXmlMessages words;
+    const std::string meant = MeantText(text, misreading);
+    TPositionCounter position(text);
+    const auto endOfRun = [](std::string_view in, std::size_t at) {
+        while (at < in.size() && static_cast<unsigned char>(in[at]) >= 0x80)
+            ++at;
+        return at;
+    };
+    // What is ASCII stands in both alike.
+    for (std::size_t at = 0, other = 0;;) {
+        const std::size_t plain = FindNonAscii(text.substr(at));
+        at += plain;
+        other += plain;
+        if (at == text.size())
+            return words;
+        const std::size_t end = endOfRun(text, at);
+        const std::size_t otherEnd = endOfRun(meant, other);
+        if (text.substr(at, end - at) != std::string_view(meant).substr(other, otherEnd - other)) {
+            const std::string read(WordAt(text, at));
+            const TXmlPlace place = position.PlaceOf(at);
+            words.push_back(TXmlMessage::CreateInfo(
+                fmt::format("{} passa a {}.", QuoteText(read), QuoteText(WordAt(meant, other))), read,
+                place.Line, place.LinePos, place.FilePos));
+        }
+        at = end;
+        other = otherEnd;
+    }
 }
 
 namespace {

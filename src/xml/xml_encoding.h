@@ -28,8 +28,8 @@ enum class TXmlUndecodable {
     Refused,
     /// Read as what they seem to be, with TXmlEncoding::Fault, where that is beyond doubt: as Windows-1252
     /// where UTF-8 is declared (or nothing, or a mark says so) and none of the letters is UTF-8, as either
-    /// where ASCII is; each as what it is where letters of both stand side by side, all of them usual; as
-    /// UTF-8 where the bytes are nothing in another encoding.
+    /// where ASCII is, or UTF-16 which it is not; each as what it is where letters of both stand side by
+    /// side, all of them usual; as UTF-8 where the bytes are nothing in another encoding.
     Guessed
 };
 
@@ -89,6 +89,8 @@ struct TXmlMisreading {
 std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEncoding& encoding);
 /// The text that was meant, or the part of it that a part of the text stands for.
 std::string MeantText(std::string_view text, const TXmlMisreading& misreading);
+/// Each word of a text that is not as it was meant, as a piece of information with the word that was.
+TXmlMessages WordsToChange(std::string_view text, const TXmlMisreading& misreading);
 
 /// Encodes a text for a file: in the encoding of its byte-order mark when it had one, else in the one that
 /// the text's own XML declaration names (UTF-8 without one). A character that the encoding does not hold

@@ -183,6 +183,13 @@ TEST_F(Encodings, ListTheCharactersThatTheyLack) {
                               "cabe uma referência: \"→\" na linha "),
         std::string::npos);
     EXPECT_EQ(Told(misread)[1], "Declarar UTF-8");
+    // As is each word that was misread, and one that may be meant as it reads stays beside others.
+    std::string partly = Latin1(Lot("ISO-8859-1"));
+    const std::size_t at = partly.find("CL\xCDNICA");
+    partly.replace(at, 7, "IRM\xC3\xA0S AÇÃO");
+    const TCommandResult mended = Run(words, partly);
+    EXPECT_EQ(mended.Err.substr(0, mended.Err.find('\n')), "  [Linha: 49] \"AÃ‡ÃƒO\" passa a \"AÇÃO\".");
+    EXPECT_NE(mended.Out.find("IRM\xC3\xA0S A\xC7\xC3O"), std::string::npos);
     // Where no reference can stand, nothing is written, and all of them are told.
     text.replace(text.rfind("</"), 2, "<!-- → “ --></");
     const TCommandResult refused = Run(words, text);

@@ -98,11 +98,17 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
     for (const auto& [bytes, text] : {std::pair{"<a>Concei\xE7\xE3o ção</a>", "<a>Conceição ção</a>"},
                                       {"\xEF\xBB\xBF<a>\xE9 ção</a>", "<a>é ção</a>"},
                                       {"<a>ção JO\xC3O n\xBA 1\xAA IRM\xC3 IN\xCAS C\xC2MARA</a>",
-                                       "<a>ção JOÃO nº 1ª IRMÃ INÊS CÂMARA</a>"}})
+                                       "<a>ção JOÃO nº 1ª IRMÃ INÊS CÂMARA</a>"},
+                                      {"<a>IRM\xC3\xA0MARIA JOS\xC9</a>", "<a>IRMÃ\u00A0MARIA JOSÉ</a>"},
+                                      {"<a>\x93MA\xC7\xC3\x94 \x96 \x80</a>", "<a>“MAÇÃ” – €</a>"},
+                                      {"<a>\x93\xE9\x94 ção x \x96 \x80</a>", "<a>“é” ção x – €</a>"},
+                                      {"<?xml version='1.0' encoding='UTF-16'?><a>ção</a>",
+                                       "<?xml version='1.0' encoding='UTF-16'?><a>ção</a>"}})
         EXPECT_EQ(DecodeXml(bytes, TXmlUndecodable::Guessed).Text, text);
     for (const auto& [bytes, unknown] :
          {std::pair{"<a>\x81</a>", "que letra é este byte: 81 na linha 1. "},
           {"<a>ção\nMANH\xC3</a>", "C3 na linha 2. "},
+          {"<a>ção</a>\n<b>\x93\xE9</b>", "93 na linha 2. "},
           {"ção \xE9 \xA7\n\xE2\x80\nx\xA9",
            "que letras são estes bytes: A7 na linha 1, E2 na linha 2, 80 na linha 2, "
            "A9 na linha 3. "}}) {
@@ -114,10 +120,15 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
         }
     }
     for (const char* sound :
-         {"\xC3\xA3α", "Concei\xE7\xE3o", "Č", "\xE7\xE3o \x93MANH\xC3\x94", "L\xC3\xA0 \xE9 \xE7 \xFA"})
+         {"\xC3\xA3α", "Concei\xE7\xE3o", "Č", "\xE7\xE3o \x93MANH\xC3\x94", "L\xC3\xA0 \xE9 \xE7 \xFA",
+          "IRM\xC3\xA0MARIA", "IRM\xC3\x96MARIA IRM\xC3\x97", "CL\xC3\xADNICA", "\xABIRM\xC3\xBB",
+          "IRM\xC3\x92S", "IRM\xC3\x95\xC9LIDA IRM\xC3\x85 ITA\xCD\xA0SP", "1\x84IRM\xC3\x93 x"})
         EXPECT_FALSE(FindMisreading(DecodeXml(head + sound).Text, {"windows-1252", false, nullptr})) << sound;
-    for (const char* misread :
-         {"VOV\xC3\x94 \xE9 \xE7 \xFA", "ida \xC3\xA0 rua \xE9 \xE7 \xFA", "\xE9 \xE7 n\xC2\xBA"})
+    for (const char* misread : {"VOV\xC3\x94 \xE9 \xE7 \xFA", "ida \xC3\xA0 rua \xE9 \xE7 \xFA",
+                                "\xE9 \xE7 n\xC2\xBA", "L\xC3\xADvia",
+                                "CAM\xC3\x95"
+                                "ES",
+                                "K\xC3\xB6ln", "x \xE2\x80\x93 y"})
         EXPECT_TRUE(FindMisreading(DecodeXml(head + misread).Text, {"windows-1252", false, nullptr}))
             << misread;
     // Most letters decide; what is no UTF-8 is kept as it reads.
@@ -125,6 +136,7 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
                                          {"Č é \x81", "Č é \xC2\x81"},
                                          {"é à \xE7ã é", "é à çã é"},
                                          {"é – 😀", "é – 😀"},
+                                         {"CLÍNICA é IRM\xC3\xA0", "CLÍNICA é IRMà"},
                                          {"\xE9 \xC3O \xF3 \xFA \xE1 \xED \xF5", "é ÃO ó ú á í õ"}}) {
         const std::string text = DecodeXml(head + written + " á ó ú").Text;
         const auto misreading = FindMisreading(text, {"windows-1252", false, nullptr});
