@@ -118,8 +118,24 @@ TEST_F(Imprimir, FindsTheBoxOfAPlaceInTheText) {
                 if (box.Frames.size() == 1) {
                     EXPECT_THAT(box.Text, testing::EndsWith(place->Box->Label));
                 }
+                // The blanks before it and behind it are it, too.
+                for (const std::int64_t linePos : {std::int64_t{1}, std::int64_t{10'000}})
+                    EXPECT_EQ(pages.FindBox(node->Line(), linePos).Text, box.Text) << node->LocalName();
             }
         }
+    }
+    // A box that is made of several elements is found by each of them.
+    std::string old = ReadTestFile(Example("spsadt-2.02.03-valido.xml"));
+    const std::string street = "</ansTISS:logradouro>";
+    old.insert(old.find(street) + street.size(),
+               "\n<ansTISS:numero>12</ansTISS:numero>\n<ansTISS:complemento>CASA 2</ansTISS:complemento>");
+    TGuidePages oldPages(TTissFile(old).Load(), std::nullopt, CONFERIX_TUSS_DB);
+    const TXmlNode& address = *oldPages.Guides().back().Node->FirstDescendant("enderecoContratado");
+    for (const char* part : {"logradouro", "numero", "complemento"}) {
+        const TXmlNode& element = *address.Child(part);
+        const TBoxPlace box = oldPages.FindBox(element.Line(), element.LinePos());
+        EXPECT_EQ(box.Frames.size(), 1U);
+        EXPECT_THAT(box.Text, testing::StartsWith("33-34-35 - Logradouro")) << part;
     }
     std::string text = ReadTestFile(spsadt_);
     text.insert(text.find("</ans:dadosBeneficiario>"), "<ans:outro>1</ans:outro>");
