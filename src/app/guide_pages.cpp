@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace conferix {
 
@@ -23,6 +24,22 @@ const TXmlNode* ElementAt(const TXmlDocument& document, std::uint32_t offset) {
     return around;
 }
 
+/// The place in the text that somebody means who points at a byte of it: between elements that of the one
+/// which begins behind it in the line, else of the one that ends before it.
+std::uint32_t MeantPlace(std::string_view text, std::uint32_t offset) {
+    constexpr std::string_view kBlanks = " \t";
+    const std::size_t behind = text.find_first_not_of(kBlanks, offset);
+    if (behind != std::string_view::npos && text.substr(behind).starts_with('<') &&
+        !text.substr(behind).starts_with("</"))
+        return static_cast<std::uint32_t>(behind);
+    const bool ends = behind == std::string_view::npos ||
+                      std::string_view("<\r\n").find(text[behind]) != std::string_view::npos;
+    const std::size_t before = text.substr(0, offset).find_last_not_of(kBlanks);
+    return ends && before != std::string_view::npos && text[before] == '>'
+               ? static_cast<std::uint32_t>(before)
+               : offset;
+}
+
 bool IsWithin(const TXmlNode* node, const TXmlNode& around) {
     while (node != nullptr && node != &around)
         node = node->Parent();
@@ -36,8 +53,12 @@ std::string NumberOf(const TFormGuide& guide) {
 /// The boxes of a page whose values are those of an element, or stand in it.
 TBoxPlace BoxesOf(const TFormPage& page, const TXmlNode& element) {
     TBoxPlace place;
+    const TFormPlace* last = nullptr; // those of one box stand together
     for (const TFormPlace& value : page.Places)
         if (IsWithin(value.Node, element)) {
+            if (last != nullptr && last->Box == value.Box && last->Frame.Y == value.Frame.Y)
+                continue;
+            last = &value;
             place.Frames.push_back(value.Frame);
             const TFormBox& box = *value.Box;
             place.Text = box.Number.empty() ? box.Label : fmt::format("{} - {}", box.Number, box.Label);
@@ -54,7 +75,8 @@ TBoxPlace BoxesOf(const TFormPage& page, const TXmlNode& element) {
 TGuidePages::TGuidePages(std::shared_ptr<const IArquivoTiss> file, std::optional<std::size_t> errors,
                          std::filesystem::path terminology)
     : file_(std::move(file)), errors_(errors), terminology_(std::move(terminology)),
-      templates_(InstalledForms()), guides_(FormGuidesOf(*file_)) {
+      templates_(InstalledForms()), guides_(FormGuidesOf(*file_)), printer_(templates_, {}),
+      all_(printer_.Sheets(guides_, file_->Versao())) {
     Choose({});
     for (const auto& form : templates_)
         if (std::ranges::find(sheets_, form.get(), &TFormSheet::Form) != sheets_.end())
@@ -71,32 +93,35 @@ std::string TGuidePages::GuideTitle(std::size_t guide) const {
 
 void TGuidePages::Choose(TGuideChoice choice) {
     TFormOptions options;
-    options.Only = choice.Form;
     if (choice.Terms)
         options.Terms = FormTermsOf(terminology_);
     if (choice.ErrorsBelow)
         options.Errors = errors_;
+    printer_.SetOptions(std::move(options));
     choice_ = std::move(choice);
     sheets_.clear();
-    chosen_.clear();
-    for (std::size_t guide = 0; guide < guides_.size(); ++guide)
-        if (choice_.Guides.empty() || choice_.Guides[guide])
-            chosen_.push_back(guides_[guide]);
-    sheets_ = printer_.emplace(templates_, std::move(options)).Sheets(chosen_, file_->Versao());
+    printed_ = 0;
+    const TFormGuide* last = nullptr; // pages of a guide stand together
+    for (const TFormSheet& sheet : all_) {
+        const auto guide = static_cast<std::size_t>(sheet.Guide - guides_.data());
+        if ((!choice_.Guides.empty() && !choice_.Guides[guide]) ||
+            (!choice_.Form.empty() && choice_.Form != sheet.Form->Name))
+            continue;
+        sheets_.push_back(sheet);
+        printed_ += std::exchange(last, sheet.Guide) == sheet.Guide ? 0 : 1;
+    }
 }
 
 const TFormPage& TGuidePages::Page(std::size_t page) {
-    return printer_->PrintSheet(sheets_[page], page + 1, sheets_.size());
+    return printer_.PrintSheet(sheets_[page], page + 1, sheets_.size());
 }
 
 std::size_t TGuidePages::GuideOf(std::size_t page) const {
-    return static_cast<std::size_t>(std::ranges::find(guides_, sheets_[page].Guide->Node, &TFormGuide::Node) -
-                                    guides_.begin());
+    return static_cast<std::size_t>(sheets_[page].Guide - guides_.data());
 }
 
 std::optional<std::size_t> TGuidePages::FirstPageOf(std::size_t guide) const {
-    const auto sheet = std::ranges::find_if(
-        sheets_, [&](const TFormSheet& other) { return other.Guide->Node == guides_[guide].Node; });
+    const auto sheet = std::ranges::find(sheets_, &guides_[guide], &TFormSheet::Guide);
     if (sheet == sheets_.end())
         return std::nullopt;
     return static_cast<std::size_t>(sheet - sheets_.begin());
@@ -122,7 +147,8 @@ std::string TGuidePages::PageTitle(std::size_t page) const {
 TBoxPlace TGuidePages::FindBox(std::int64_t line, std::int64_t linePos) {
     const TXmlDocument& document = *file_->Xml();
     const TXmlNode* const element =
-        line > 0 ? ElementAt(document, document.OffsetOf(line, linePos)) : nullptr;
+        line > 0 ? ElementAt(document, MeantPlace(document.Text(), document.OffsetOf(line, linePos)))
+                 : nullptr;
     if (element == nullptr)
         throw ENoBox("Este lugar não está em uma guia; só o que está em uma guia tem caixa no formulário.");
     const auto guide = std::ranges::find_if(
@@ -141,7 +167,7 @@ TBoxPlace TGuidePages::FindBox(std::int64_t line, std::int64_t linePos) {
     all.Form.clear();
     Choose(std::move(all));
     for (std::size_t page = 0; page < sheets_.size(); ++page) {
-        if (sheets_[page].Guide->Node != guide->Node)
+        if (sheets_[page].Guide != &*guide)
             continue;
         TBoxPlace place = BoxesOf(Page(page), *element);
         if (!place.Frames.empty()) {

@@ -57,7 +57,8 @@ class TGuidePages {
 
     /// Pages of the guides that are chosen.
     std::size_t Count() const { return sheets_.size(); }
-    std::size_t ChosenGuides() const { return chosen_.size(); }
+    /// How many guides these are; fewer than were chosen where some lack the form.
+    std::size_t PrintedGuides() const { return printed_; }
     /// Page 0-based. Valid until the next one is asked for.
     const TFormPage& Page(std::size_t page);
     /// The guide of a page, by its place in the file.
@@ -70,8 +71,8 @@ class TGuidePages {
     /// "Guia 10000001, Guia de Consulta, folha 1 de 2"
     std::string PageTitle(std::size_t page) const;
 
-    /// The box of the element at a place (1-based) of the text; of an element that holds others the boxes of
-    /// these. All guides and forms are chosen for it. Raises ENoBox.
+    /// The box of the element at a place (1-based) of the text, or beside it in the line; of an element that
+    /// holds others the boxes of these. All guides and forms are chosen for it. Raises ENoBox.
     TBoxPlace FindBox(std::int64_t line, std::int64_t linePos);
 
   private:
@@ -82,9 +83,10 @@ class TGuidePages {
     std::vector<TFormGuide> guides_;
     std::vector<std::pair<std::string, std::string>> forms_;
     TGuideChoice choice_;
-    std::vector<TFormGuide> chosen_;
-    std::optional<TFormPrinter> printer_;
-    std::vector<TFormSheet> sheets_;
+    TFormPrinter printer_;
+    std::vector<TFormSheet> all_;    ///< pages of all guides on all forms
+    std::vector<TFormSheet> sheets_; ///< those that are chosen
+    std::size_t printed_ = 0;
 };
 
 } // namespace conferix

@@ -123,13 +123,26 @@ std::vector<TFormSheet> TFormPrinter::Sheets(std::span<const TFormGuide> guides,
     return sheets;
 }
 
-std::size_t TFormPrinter::Print(std::span<const TFormGuide> guides, std::string_view version,
-                                const TFormSink& sink) {
+std::vector<const TFormGuide*> GuidesWithoutPages(std::span<const TFormGuide> guides,
+                                                  std::span<const TFormSheet> sheets) {
+    std::vector<const TFormGuide*> without;
+    auto sheet = sheets.begin();
+    for (const TFormGuide& guide : guides) {
+        if (sheet == sheets.end() || sheet->Guide != &guide)
+            without.push_back(&guide);
+        while (sheet != sheets.end() && sheet->Guide == &guide)
+            ++sheet;
+    }
+    return without;
+}
+
+TFormPrinted TFormPrinter::Print(std::span<const TFormGuide> guides, std::string_view version,
+                                 const TFormSink& sink) {
     const std::vector<TFormSheet> sheets = Sheets(guides, version);
     std::size_t number = 0;
     for (const TFormSheet& sheet : sheets)
         sink(PrintSheet(sheet, ++number, sheets.size()));
-    return sheets.size();
+    return {sheets.size(), GuidesWithoutPages(guides, sheets)};
 }
 
 void TFormPrinter::PrintBlank(const TFormTemplate& form, const TFormVariant& variant,
@@ -186,11 +199,18 @@ void TFormPrinter::AddValues(const std::vector<TPlacedBox>& boxes, const TXmlNod
     for (const TPlacedBox& placed : boxes) {
         if (placed.LastPage != lastPage)
             continue;
-        const auto [text, node] = ValueOfBox(*placed.Box, guide, options_.Terms);
-        AddValue(*placed.Box, guide, placed.Value, placed.Style, text, drawing);
-        if (node != nullptr)
-            places.push_back({placed.Box, placed.Frame, node});
+        const TBoxValue value = ValueOfBox(*placed.Box, guide, options_.Terms);
+        AddValue(*placed.Box, guide, placed.Value, placed.Style, value.Text, drawing);
+        AddPlaces(*placed.Box, placed.Frame, value, places);
     }
+}
+
+void TFormPrinter::AddPlaces(const TFormBox& box, const TPaperRect& frame, const TBoxValue& value,
+                             std::vector<TFormPlace>& places) {
+    if (value.Node != nullptr)
+        places.push_back({&box, frame, value.Node});
+    for (const TXmlNode* node : value.Others)
+        places.push_back({&box, frame, node});
 }
 
 void TFormPrinter::AddLines(const TPlacedTable& placed, std::span<const TXmlNode* const> rows,
@@ -204,27 +224,25 @@ void TFormPrinter::AddLines(const TPlacedTable& placed, std::span<const TXmlNode
             const bool numbering = column.Box->Format == TFormFormat::Line && column.Box->Label.empty();
             if (row == nullptr && !numbering)
                 continue;
-            std::pair<std::string, const TXmlNode*> value;
+            TBoxValue value;
             if (row != nullptr)
                 value = ValueOfBox(*column.Box, *row, options_.Terms);
             if (numbering) {
                 if (row == nullptr)
-                    value.first = std::to_string(NumberOfEmptyLine(*column.Box, rows, first + line));
-                else if (value.second == nullptr) // no number in the file: that of the line
-                    value.first = std::to_string(first + line + 1);
-                value.first += " -";
+                    value.Text = std::to_string(NumberOfEmptyLine(*column.Box, rows, first + line));
+                else if (value.Node == nullptr) // no number in the file: that of the line
+                    value.Text = std::to_string(first + line + 1);
+                value.Text += " -";
             }
             TPaperRect area = column.Value;
             area.Y += down;
             if (row != nullptr)
-                AddValue(*column.Box, *row, area, column.Style, value.first, page.Paper.Own);
+                AddValue(*column.Box, *row, area, column.Style, value.Text, page.Paper.Own);
             else
-                AddText(page.Paper.Own, area, value.first, column.Style);
-            if (value.second != nullptr) {
-                TPaperRect frame = column.Frame;
-                frame.Y += down;
-                page.Places.push_back({column.Box, frame, value.second});
-            }
+                AddText(page.Paper.Own, area, value.Text, column.Style);
+            TPaperRect frame = column.Frame;
+            frame.Y += down;
+            AddPlaces(*column.Box, frame, value, page.Places);
         }
     }
 }
@@ -233,7 +251,7 @@ std::size_t TFormPrinter::NumberOfEmptyLine(const TFormBox& box, std::span<const
                                             std::size_t line) {
     std::size_t last = rows.size();
     if (!rows.empty()) {
-        const std::string text = ValueOfBox(box, *rows.back(), {}).first;
+        const std::string text = ValueOfBox(box, *rows.back(), {}).Text;
         std::from_chars(text.data(), text.data() + text.size(), last);
     }
     return last + (line - rows.size()) + 1;
@@ -261,15 +279,24 @@ void TFormPrinter::AddValue(const TFormBox& box, const TXmlNode& node, const TPa
     if (AddText(drawing, area, text, legible))
         return;
     drawing.Texts.erase(drawing.Texts.begin() + before, drawing.Texts.end());
-    AddText(drawing, area, ValueOfBox(box, node, {}).first, style);
+    AddText(drawing, area, ValueOfBox(box, node, {}).Text, style);
 }
 
-std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox& box, const TXmlNode& node,
-                                                                 const TTermText& terms) {
-    if (box.Combination == TFormCombination::Sum)
-        return {FormatFormValue(box.Format, SumOf(box, node)), nullptr};
-    std::string text;
-    const TXmlNode* found = nullptr;
+TFormPrinter::TBoxValue TFormPrinter::ValueOfBox(const TFormBox& box, const TXmlNode& node,
+                                                 const TTermText& terms) {
+    TBoxValue told;
+    if (box.Combination == TFormCombination::Sum) {
+        told.Text = FormatFormValue(box.Format, SumOf(box, node));
+        return told;
+    }
+    std::string& text = told.Text;
+    const TXmlNode*& found = told.Node;
+    const auto note = [&](const TXmlNode* value) {
+        if (found == nullptr)
+            found = value;
+        else
+            told.Others.push_back(value);
+    };
     const auto shown = [&](const TXmlNode& value) {
         std::string shownText = FormatFormValue(box.Format, TextOf(value));
         if (terms && !shownText.empty())
@@ -284,7 +311,7 @@ std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox&
                 const std::string partText = shown(*part);
                 text += text.empty() || partText.empty() ? "" : " - ";
                 text += partText;
-                found = found != nullptr ? found : part;
+                note(part);
             }
         } else {
             const auto nodes = All(node, path);
@@ -293,7 +320,7 @@ std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox&
                 for (const TXmlNode* value : nodes) {
                     text += text.empty() ? "" : "; ";
                     text += shown(*value);
-                    found = found != nullptr ? found : value;
+                    note(value);
                 }
             else if (nodes.size() >= wanted)
                 text = shown(*(found = nodes[wanted - 1]));
@@ -314,7 +341,7 @@ std::pair<std::string, const TXmlNode*> TFormPrinter::ValueOfBox(const TFormBox&
         if (table != nullptr && code != nullptr)
             text = terms(TextOf(*table), TextOf(*code));
     }
-    return {std::move(text), found};
+    return told;
 }
 
 } // namespace conferix

@@ -26,11 +26,11 @@ struct TFormGuide {
     std::string Number;    ///< by which people know it
 };
 
-/// Where a value came to stand.
+/// Where a value came to stand. A box that is made of several elements has several of these.
 struct TFormPlace {
     const TFormBox* Box;
     TPaperRect Frame;
-    const TXmlNode* Node; ///< of the value
+    const TXmlNode* Node; ///< of the value, or of a part of it
 };
 
 /// A printed page; valid until the next one is made.
@@ -52,6 +52,17 @@ struct TFormSheet {
     std::size_t Sheets; ///< how many these are
 };
 
+/// What came of printing guides.
+struct TFormPrinted {
+    std::size_t Pages = 0;
+    std::vector<const TFormGuide*> Without; ///< guides that have no such form, or none at all
+};
+
+/// Those of the guides that none of these pages is of. Pages of a guide stand together, in the order of the
+/// guides.
+std::vector<const TFormGuide*> GuidesWithoutPages(std::span<const TFormGuide> guides,
+                                                  std::span<const TFormSheet> sheets);
+
 /// What a code of a table stands for; empty where it is not known.
 using TTermText = std::function<std::string(std::string_view table, std::string_view code)>;
 
@@ -68,11 +79,15 @@ class TFormPrinter {
         : forms_(std::move(forms)), options_(std::move(options)) {}
 
     const TFormSet& Forms() const { return forms_; }
+    void SetOptions(TFormOptions options) {
+        options_ = std::move(options);
+        common_ = {};
+    }
     void SetErrors(std::optional<std::size_t> errors) { options_.Errors = errors; }
 
-    /// Prints guides of one file one after another, each with its annexes, and hands over each page; answers
-    /// how many there are. Raises EInvalidForm.
-    std::size_t Print(std::span<const TFormGuide> guides, std::string_view version, const TFormSink& sink);
+    /// Prints guides of one file one after another, each with its annexes, and hands over each page. Raises
+    /// EInvalidForm.
+    TFormPrinted Print(std::span<const TFormGuide> guides, std::string_view version, const TFormSink& sink);
     /// The pages that these guides take, to be printed one by one as long as guides and printer live. Raises
     /// EInvalidForm.
     std::vector<TFormSheet> Sheets(std::span<const TFormGuide> guides, std::string_view version);
@@ -105,9 +120,16 @@ class TFormPrinter {
                                          std::size_t line);
     void AddFooter(const TFormGeometry& geometry, std::size_t number, std::size_t pages,
                    TDrawing& drawing) const;
-    /// The text of a box, and the node that it comes from. `terms`: what codes are printed with.
-    static std::pair<std::string, const TXmlNode*> ValueOfBox(const TFormBox& box, const TXmlNode& node,
-                                                              const TTermText& terms);
+    /// The text of a box, and the elements that it comes from; those of a sum have boxes of their own.
+    struct TBoxValue {
+        std::string Text = {};
+        const TXmlNode* Node = nullptr;           ///< the first of them
+        std::vector<const TXmlNode*> Others = {}; ///< the further ones
+    };
+    /// `terms`: what codes are printed with.
+    static TBoxValue ValueOfBox(const TFormBox& box, const TXmlNode& node, const TTermText& terms);
+    static void AddPlaces(const TFormBox& box, const TPaperRect& frame, const TBoxValue& value,
+                          std::vector<TFormPlace>& places);
     /// Prints a value; a code whose text its box does not hold legibly is printed alone.
     void AddValue(const TFormBox& box, const TXmlNode& node, const TPaperRect& area, const TTextStyle& style,
                   std::string_view text, TDrawing& drawing) const;

@@ -54,6 +54,13 @@ std::optional<double> DifferenceOf(const std::optional<double>& declared,
     return *declared - *computed;
 }
 
+bool TFileListing::HasDifferences() const {
+    return std::ranges::any_of(Totals, &TListingTotal::Differs) ||
+           std::ranges::any_of(Groups, [](const TListingGroup& group) {
+               return std::ranges::any_of(group.Rows, &TListingRow::Differs);
+           });
+}
+
 std::vector<TListingSums> TListing::Sums() const {
     std::vector<TListingSums> all;
     for (const TFileListing& file : Files) {

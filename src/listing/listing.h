@@ -54,12 +54,16 @@ struct TListingCell {
     std::optional<double> Number = {};
 
     bool IsEmpty() const { return Text.empty() && !Number; }
+    bool operator==(const TListingCell&) const = default;
 };
 
 struct TListingColumn {
     std::string_view Key;   ///< for programs
     std::string_view Title; ///< for people
     TCellKind Kind = TCellKind::Text;
+    std::string_view Total = {}; ///< key of the total of its cells, where that is another than its own
+
+    std::string_view TotalKey() const { return Total.empty() ? Key : Total; }
 };
 
 struct TListingRow {
@@ -107,6 +111,9 @@ struct TFileListing {
     bool Signatures = false;             ///< who delivers and who receives sign below
     std::string Failure = {};            ///< why there is none; empty otherwise
     int FailureStatus = 0;               ///< the exit status that stands for that
+
+    /// Whether a row or a total differs from the sum that it stands for.
+    bool HasDifferences() const;
 };
 
 /// The totals of all files of a kind.

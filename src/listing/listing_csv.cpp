@@ -26,6 +26,15 @@ std::string Cell(const TListingCell& cell, TCellKind kind) {
     return CsvCell(cell.Text);
 }
 
+/// Why the files of a listing are not one table.
+std::string OfSeveralKindsText(const TListing& listing) {
+    std::string kinds;
+    for (const TListingSums& sums : listing.Sums())
+        kinds.append(kinds.empty() ? "" : " e ").append(CountedFiles(sums));
+    return kinds +
+           " têm colunas diferentes e não cabem em um só CSV; liste-os em separado, ou em outro formato";
+}
+
 /// Writes the table: the columns of the listing behind those that tell rows apart.
 class TCsvTable {
   public:
@@ -46,34 +55,43 @@ class TCsvTable {
             out_ << ';' << CsvCell("Agrupamento");
         for (const TListingColumn& column : columns_)
             out_ << ';' << CsvCell(column.Title);
-        out_ << "\r\n";
+        out_ << ';' << CsvCell("Ressalvas") << "\r\n";
     }
 
     void WriteFile(const TFileListing& file) const {
-        for (const TListingGroup& group : file.Groups)
-            for (const TListingRow& row : group.Rows) {
-                Begin(file.Arquivo, "linha", &file, group.Title);
-                for (std::size_t i = 0; i < columns_.size(); ++i)
-                    out_ << ';' << Cell(row.Cells[i], columns_[i].Kind);
-                out_ << "\r\n";
-            }
-        WriteTotals(file.Arquivo, "total do arquivo", &file, file.Totals);
+        for (const TListingGroup& group : file.Groups) {
+            for (const TListingRow& row : group.Rows)
+                WriteRow(file, group, "linha", row);
+            if (group.Sum)
+                WriteRow(file, group, "subtotal", *group.Sum);
+        }
+        std::string notes;
+        for (const std::string& note : file.Notes)
+            notes.append(notes.empty() ? "" : " ").append(note);
+        WriteTotals(file.Arquivo, "total do arquivo", &file, file.Totals, notes);
     }
 
-    /// The totals of which the table has a column.
+    /// The totals of which the table has a column. `notes`: what they leave out.
     void WriteTotals(std::string_view name, std::string_view what, const TFileListing* file,
-                     const std::vector<TListingTotal>& totals) const {
+                     const std::vector<TListingTotal>& totals, const std::string& notes) const {
         Begin(name, what, file, {});
         for (const TListingColumn& column : columns_) {
-            const auto total = std::ranges::find(totals, column.Key, &TListingTotal::Key);
+            const auto total = std::ranges::find(totals, column.TotalKey(), &TListingTotal::Key);
             out_ << ';';
             if (total != totals.end())
                 out_ << Cell({.Number = total->Value}, total->Kind);
         }
-        out_ << "\r\n";
+        out_ << ';' << (notes.empty() ? notes : CsvCell(notes)) << "\r\n";
     }
 
   private:
+    void WriteRow(const TFileListing& file, const TListingGroup& group, std::string_view what,
+                  const TListingRow& row) const {
+        Begin(file.Arquivo, what, &file, group.Title);
+        for (std::size_t i = 0; i < columns_.size(); ++i)
+            out_ << ';' << Cell(row.Cells[i], columns_[i].Kind);
+        out_ << ";\r\n";
+    }
     void Begin(std::string_view name, std::string_view what, const TFileListing* file,
                std::string_view group) const {
         out_ << CsvCell(name) << ';' << CsvCell(what);
@@ -106,8 +124,7 @@ void WriteListingCsv(std::ostream& out, const TListing& listing) {
         if (model == nullptr)
             model = &file;
         else if (model->Columns.data() != file.Columns.data())
-            throw ENotListed("lotes de guias e arquivos de monitoramento têm colunas diferentes e não cabem "
-                             "em um só CSV; liste-os em separado");
+            throw ENotListed(OfSeveralKindsText(listing));
     }
     if (model == nullptr)
         return;
@@ -117,7 +134,8 @@ void WriteListingCsv(std::ostream& out, const TListing& listing) {
         if (file.Failure.empty())
             table.WriteFile(file);
     if (listing.Files.size() > 1)
-        table.WriteTotals({}, "total", nullptr, listing.Sums().front().Totals);
+        table.WriteTotals({}, "total", nullptr, listing.Sums().front().Totals,
+                          listing.Failures() != 0 ? OutOfTotalsText(listing.Failures()) : std::string());
 }
 
 } // namespace conferix

@@ -79,10 +79,7 @@ void WriteFile(std::ostream& out, const TFileListing& file) {
     for (const TListingGroup& group : file.Groups)
         WriteGroup(out, file, columns, group);
     WriteTotals(out, file.Totals);
-    bool differs = false;
-    for (const TListingTotal& total : file.Totals)
-        differs = differs || total.Differs;
-    if (differs)
+    if (file.HasDifferences())
         out << "<p>Assinalado: o total informado não é a soma dos itens.</p>\n";
     for (const std::string& note : file.Notes)
         out << "<p>" << HtmlText(note) << "</p>\n";
@@ -127,8 +124,7 @@ void WriteListingHtml(std::ostream& out, const TListing& listing) {
             WriteTotals(out, sums.Totals);
         }
         if (listing.Failures() != 0)
-            out << "<p class=\"fora\">Fora dos totais: " << Counted(listing.Failures(), "arquivo", "arquivos")
-                << ", por não poder ser listado.</p>\n";
+            out << "<p class=\"fora\">" << OutOfTotalsText(listing.Failures()) << "</p>\n";
         out << "</article>\n";
     }
     out << "</main>\n</body>\n</html>\n";

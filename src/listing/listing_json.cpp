@@ -72,8 +72,13 @@ TJson FileJson(const TFileListing& file) {
     for (const TListingLine& line : file.Head)
         json["cabecalho"][line.Key] = line.Value;
     json["grupos"] = TJson::array();
-    for (const TListingGroup& group : file.Groups)
-        json["grupos"].push_back({{"titulo", group.Title}, {"linhas", nullptr}});
+    for (const TListingGroup& group : file.Groups) {
+        TJson& told = json["grupos"].emplace_back(TJson{{"titulo", group.Title}, {"linhas", nullptr}});
+        if (group.Sum)
+            for (std::size_t i = 0; i < file.Columns.size(); ++i)
+                if (!group.Sum->Cells[i].IsEmpty())
+                    told["totais"][file.Columns[i].Key] = CellJson(group.Sum->Cells[i], file.Columns[i].Kind);
+    }
     json["totais"] = TotalsJson(file.Totals);
     json["observacoes"] = file.Notes;
     return json;

@@ -144,7 +144,7 @@ class TListingPages {
         for (const TListingGroup& group : file.Groups)
             AddGroup(file, group);
         AddTotals(file.Totals);
-        if (std::ranges::any_of(file.Totals, &TListingTotal::Differs))
+        if (file.HasDifferences())
             AddLine("* O total informado não é a soma dos itens.", kPlain);
         for (const std::string& note : file.Notes)
             AddLine(note, kPlain);
@@ -180,11 +180,14 @@ class TListingPages {
         float sum = 0;
         for (const std::size_t column : columns_) {
             float widest = TextWidth(file.Columns[column].Title, TPaperFace::Bold, kStrong.Size);
+            const TListingCell* last = nullptr; // cells repeat the one above them more often than not
             for (const TListingGroup& group : file.Groups)
                 for (const TListingRow& row : group.Rows)
-                    widest = std::max(
-                        widest, TextWidth(Visible(CellText(row.Cells[column], file.Columns[column].Kind)),
-                                          TPaperFace::Bold, kStrong.Size));
+                    if (const TListingCell* const above = std::exchange(last, &row.Cells[column]);
+                        widest < kMostWide && (above == nullptr || *above != *last))
+                        widest =
+                            std::max(widest, TextWidth(Visible(CellText(*last, file.Columns[column].Kind)),
+                                                       TPaperFace::Bold, kStrong.Size));
             widths_.push_back(std::min(widest, kMostWide) + kGap);
             sum += widths_.back();
         }

@@ -71,15 +71,12 @@ std::vector<std::string> TListingTable::HeadLines() const {
 
 std::vector<std::string> TListingTable::FootLines() const {
     std::vector<std::string> lines;
-    bool differs = false;
     for (const TListingTotal& total : listing_.Totals)
-        if (total.Value) {
+        if (total.Value)
             lines.push_back(fmt::format("{}: {}{}", total.Label,
                                         CellText({.Number = total.Value}, total.Kind),
                                         total.Differs ? " *" : ""));
-            differs = differs || total.Differs;
-        }
-    if (differs)
+    if (listing_.HasDifferences())
         lines.emplace_back("* O total informado não é a soma dos itens.");
     lines.insert(lines.end(), listing_.Notes.begin(), listing_.Notes.end());
     return lines;

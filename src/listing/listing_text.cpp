@@ -111,10 +111,6 @@ void WriteTotals(std::ostream& out, const std::vector<TListingTotal>& totals, co
     }
 }
 
-bool HasDifferences(const TFileListing& file) {
-    return std::ranges::any_of(file.Totals, &TListingTotal::Differs);
-}
-
 void WriteFile(std::ostream& out, const TFileListing& file, const TPalette& palette) {
     out << palette.Bold(file.Arquivo == "-" ? "entrada padrão" : Visible(file.Arquivo)) << '\n';
     std::size_t widest = 0;
@@ -129,7 +125,7 @@ void WriteFile(std::ostream& out, const TFileListing& file, const TPalette& pale
     TTextTable(file, palette).Write(out);
     out << '\n';
     WriteTotals(out, file.Totals, palette);
-    if (HasDifferences(file))
+    if (file.HasDifferences())
         out << "* O total informado não é a soma dos itens.\n";
     for (const std::string& note : file.Notes)
         out << note << '\n';
@@ -159,8 +155,7 @@ void WriteListingText(std::ostream& out, const TListing& listing, bool colours) 
         WriteTotals(out, sums.Totals, palette);
     }
     if (listing.Failures() != 0)
-        out << fmt::format("Fora dos totais: {}, por não poder ser listado.\n",
-                           Counted(listing.Failures(), "arquivo", "arquivos"));
+        out << OutOfTotalsText(listing.Failures()) << '\n';
 }
 
 } // namespace conferix

@@ -53,19 +53,26 @@ std::vector<std::string> ListingFormats() {
 std::string CellText(const TListingCell& cell, TCellKind kind) {
     if (IsNumeric(kind))
         return cell.Number ? DecimalText(*cell.Number, kind == TCellKind::Money ? 2 : 0) : std::string();
-    if (kind == TCellKind::Date)
-        if (const std::optional<TDate> date = ParseIsoDate(cell.Text))
-            return fmt::format("{:02}/{:02}/{:04}", static_cast<unsigned>(date->day()),
-                               static_cast<unsigned>(date->month()), static_cast<int>(date->year()));
+    if (kind == TCellKind::Date && ParseIsoDate(cell.Text))
+        return cell.Text.substr(8) + '/' + cell.Text.substr(5, 2) + '/' + cell.Text.substr(0, 4);
     return cell.Text;
 }
 
 std::string SumsTitle(const TListingSums& sums, bool only) {
     if (only)
         return "Total de " + Counted(sums.Files, "arquivo", "arquivos");
-    return "Total de " + (sums.Tipo == TEnumTipoArquivoTiss::taMensagemTISS
-                              ? Counted(sums.Files, "lote de guias", "lotes de guias")
-                              : Counted(sums.Files, "arquivo de monitoramento", "arquivos de monitoramento"));
+    return "Total de " + CountedFiles(sums);
+}
+
+std::string CountedFiles(const TListingSums& sums) {
+    return sums.Tipo == TEnumTipoArquivoTiss::taMensagemTISS
+               ? Counted(sums.Files, "lote de guias", "lotes de guias")
+               : Counted(sums.Files, "arquivo de monitoramento", "arquivos de monitoramento");
+}
+
+std::string OutOfTotalsText(std::size_t failures) {
+    return fmt::format("Fora dos totais: {}, por não poder ser listado.",
+                       Counted(failures, "arquivo", "arquivos"));
 }
 
 std::vector<std::size_t> ShownColumns(const TFileListing& file) {

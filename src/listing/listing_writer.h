@@ -24,6 +24,10 @@ std::string CellText(const TListingCell& cell, TCellKind kind);
 /// What stands above totals over files: "Total de 2 arquivos", where there are several kinds of them "Total
 /// de 2 lotes de guias".
 std::string SumsTitle(const TListingSums& sums, bool only);
+/// "2 lotes de guias"
+std::string CountedFiles(const TListingSums& sums);
+/// What is said of files that could not be listed, one at least.
+std::string OutOfTotalsText(std::size_t failures);
 
 /// Columns that have something in them, 0-based.
 std::vector<std::size_t> ShownColumns(const TFileListing& file);

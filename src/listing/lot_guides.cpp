@@ -39,8 +39,8 @@ double CalculadoOfOdonto(const IProcedimentosExecutados& procedimentos, std::opt
 }
 
 std::optional<double> CalculadoOf(const IGuiaTiss& guia, std::string_view versao) {
-    if (versao < kTotaisDesdeVersao)
-        return std::nullopt;
+    if (versao < kTotaisDesdeVersao && guia.TipoGuia() != TEnumTipoGuia::tgHonorarios)
+        return std::nullopt; // what more enters into the total stands apart from the items
     const TItensDaGuia itens = ItensOf(guia);
     switch (guia.TipoGuia()) {
     case TEnumTipoGuia::tgSPSADT:

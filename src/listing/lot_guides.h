@@ -40,8 +40,8 @@ struct TGuiaListada {
     std::string_view Data = {}; ///< of the attendance: the first item's, else the guide's; AAAA-MM-DD
     std::size_t Itens = 0;      ///< procedures and expenses
     std::optional<double> Informado = {}; ///< the total that it declares
-    /// The sum of its items, by the rule that judges that total, of a dental guide of its procedures; nothing
-    /// where no such total is known, or where an amount of an item is no number.
+    /// The sum of its items, by the rule that judges that total from 3.00.00 on, of a dental guide of its
+    /// procedures; nothing where no such total is known, or where an amount of an item is no number.
     std::optional<double> Calculado = {};
     /// Amounts and quantities that are no numbers, or too large to be added up, its total among them.
     std::size_t Ilegiveis = 0;

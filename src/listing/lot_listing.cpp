@@ -57,7 +57,7 @@ constexpr TListingColumn kDespesasColumns[] = {
     {"valorInformado", "Valor informado", Money},
     {"valorCalculado", "Valor calculado", Money},
     {"diferenca", "Diferença", Money},
-    {"guiasComDiferenca", "Guias com diferença", Count},
+    {"guiasComDiferenca", "Guias com diferença", Count, "diferencas"},
 };
 constexpr TListingColumn kProfissionaisColumns[] = {
     {"guia", "Nº da guia"},
@@ -78,7 +78,7 @@ constexpr TListingColumn kEntregaColumns[] = {
     {"data", "Data", Date},
     {"carteira", "Carteira"},
     {"beneficiario", "Beneficiário"},
-    {"valor", "Valor informado", Money},
+    {"valor", "Valor informado", Money, "valorInformado"},
 };
 
 /// A category of expenses as listings tell of it: code of domain table 25, in 2.x one digit.
@@ -106,6 +106,7 @@ class TBalance {
         computed = Addable(computed);
         AddTo(declared_, declared);
         AddTo(computed_, computed);
+        partial_ = partial_ || (declared && !computed);
         judged_ = judged_ || (judged && declared && computed);
         if (const std::optional<double> difference = DifferenceOf(declared, computed); judged && difference) {
             difference_.Add(*difference);
@@ -113,11 +114,14 @@ class TBalance {
         }
     }
     std::optional<double> Declared() const { return ValueOfSum(declared_); }
-    std::optional<double> Computed() const { return ValueOfSum(computed_); }
+    /// Nothing where the sum of one of the declared totals is not known.
+    std::optional<double> Computed() const { return partial_ ? std::nullopt : ValueOfSum(computed_); }
     std::optional<double> Difference() const {
         return differing_ == 0 ? std::nullopt : std::optional(difference_.Value());
     }
     std::size_t Differing() const { return differing_; }
+    /// Whether a total was declared whose sum is not known.
+    bool IsPartial() const { return partial_; }
     /// How many of the declared totals differ; nothing where none was judged.
     std::optional<double> DifferingOfJudged() const {
         return judged_ ? std::optional(static_cast<double>(differing_)) : std::nullopt;
@@ -147,6 +151,7 @@ class TBalance {
     TDecimalSum difference_;
     std::size_t differing_ = 0;
     bool judged_ = false;
+    bool partial_ = false; ///< a total without a sum was declared
 };
 
 std::string TiposText(const std::vector<TGuiaListada>& guias) {
@@ -203,6 +208,7 @@ class TLotListing {
           guias_(GuiasOf(message.LoteGuias(), message.Versao(), order)), order_(order) {}
 
     void List(TListingKind kind) {
+        CheckContents();
         WriteHead();
         NoteLeftOut();
         listing_.Groups.emplace_back();
@@ -236,6 +242,42 @@ class TLotListing {
         };
     }
 
+    /// Refuses a lot without guides; says how many elements beside them are none.
+    void CheckContents() {
+        const std::size_t unknown = CountUnknown();
+        if (guias_.empty())
+            throw ENotListed(unknown == 0 ? "o lote não tem guias a listar"
+                                          : "o lote não tem guias que a versão dele conheça; não há guias a "
+                                            "listar");
+        if (unknown != 0)
+            listing_.Notes.push_back(
+                unknown == 1 ? "1 guia é de um tipo que a versão do arquivo não tem, e não é listada."
+                             : fmt::format("{} guias são de tipos que a versão do arquivo não tem, e não são "
+                                           "listadas.",
+                                           unknown));
+    }
+
+    /// How many elements are called guides, stand where guides do, and are none that the version has.
+    std::size_t CountUnknown() const {
+        const TGuiasTiss guias = message_.LoteGuias().GuiasTiss();
+        if (!guias.HasNode())
+            return 0;
+        std::set<const TXmlNode*> known;
+        std::set<const TXmlNode*> places = {guias.Node()}; // in 2.x guides stand in groups
+        for (const TGuiaListada& guia : guias_) {
+            known.insert(guia.Guia.Node());
+            places.insert(guia.Guia.Node()->Parent());
+        }
+        std::size_t unknown = 0;
+        for (const TXmlNode* place : places)
+            for (const TXmlNode& child : place->ChildTags())
+                unknown += child.LocalName().starts_with("guia") && !known.contains(&child) &&
+                                   !places.contains(&child)
+                               ? 1
+                               : 0;
+        return unknown;
+    }
+
     /// Sums that leave something out say so.
     void NoteLeftOut() {
         std::size_t illegible = 0;
@@ -264,16 +306,11 @@ class TLotListing {
     /// Number of guides, their totals, and in how many these differ.
     void AddTotals(const TBalance& balance) {
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
-        AddTotal("valorInformado", "Valor informado", Money, DeclaredOf(balance));
+        AddTotal("valorInformado", "Valor informado", Money, balance.Declared());
         AddTotal("valorCalculado", "Valor calculado", Money,
                  balance.HasComputedAll(guias_.size()) ? balance.Computed() : std::nullopt);
         AddTotal("guiasComDiferenca", "Guias com diferença", Count, balance.DifferingOfJudged(),
                  balance.Differing() != 0);
-    }
-
-    /// Nothing where no guide declares a total.
-    std::optional<double> DeclaredOf(const TBalance& balance) const {
-        return guias_.empty() ? 0 : balance.Declared();
     }
 
     TBalance TotalGeral() const {
@@ -306,7 +343,7 @@ class TLotListing {
                      TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
                      NumberCell(guia.Informado)}});
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
-        AddTotal("valorInformado", "Valor informado", Money, DeclaredOf(TotalGeral()));
+        AddTotal("valorInformado", "Valor informado", Money, TotalGeral().Declared());
         listing_.Signatures = true;
     }
 
@@ -336,8 +373,7 @@ class TLotListing {
             const TItensDaGuia itens = ItensOf(guia.Guia);
             procedures.Add(totals->ValorProcedimentos().Number(), itens.Procedimentos.TotalProcedimentos());
             for (std::size_t i = 0; i < kCategorias.size(); ++i)
-                categories[i].Add((*totals.*kCategorias[i].Categoria.Total)().Number(),
-                                  kCategorias[i].Categoria.Sum(itens.Despesas), judged_);
+                AddCategoria(kCategorias[i].Categoria, totals, itens.Despesas, categories[i]);
         }
         if (!procedures.IsEmpty())
             AddBalance("Procedimentos", procedures);
@@ -387,7 +423,7 @@ class TLotListing {
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
         AddTotal("quantidade", "Quantidade", Quantity, quantity.Value());
         AddTotal("valorTotal", "Valor dos procedimentos", Money, balance.Computed().value_or(0));
-        AddTotal("valorInformado", "Valor informado nas guias", Money, DeclaredOf(balance));
+        AddTotal("valorInformado", "Valor informado nas guias", Money, balance.Declared());
         AddTotal("guiasComDiferenca", "Guias com diferença", Count, balance.DifferingOfJudged(),
                  balance.Differing() != 0);
     }
@@ -399,6 +435,15 @@ class TLotListing {
                         ItensOf(guia.Guia).Procedimentos.TotalProcedimentos());
         else
             balance.Add(guia.Informado, guia.Calculado.value_or(sum), guia.Calculado.has_value());
+    }
+
+    /// What a guide declares of a category of expenses, beside their sum. Of 2.x, where no rule demands that
+    /// guides list their expenses one by one, those that do not have nothing to be compared.
+    void AddCategoria(const TCategoriaDespesa& categoria, const std::optional<TValorTotalGuia>& totals,
+                      const IOutrasDespesas& despesas, TBalance& balance) const {
+        const std::optional<double> declared = totals ? (*totals.*categoria.Total)().Number() : std::nullopt;
+        const bool compared = judged_ || despesas.Count() != 0 || declared.value_or(0) == 0;
+        balance.Add(declared, compared ? std::optional(categoria.Sum(despesas)) : std::nullopt);
     }
 
     void Despesas() {
@@ -427,16 +472,13 @@ class TLotListing {
                     sum.Balance.Add(std::nullopt, despesa.ValorTotal().Number());
             }
             const std::optional<TValorTotalGuia> totals = TotaisOf(guia.Guia);
-            for (std::size_t i = 0; i < kCategorias.size(); ++i) {
-                const TCategoriaDespesa& categoria = kCategorias[i].Categoria;
-                sums[i].Balance.Add(totals ? (*totals.*categoria.Total)().Number() : std::nullopt,
-                                    categoria.Sum(despesas), judged_);
-            }
+            for (std::size_t i = 0; i < kCategorias.size(); ++i)
+                AddCategoria(kCategorias[i].Categoria, totals, despesas, sums[i].Balance);
         }
         std::size_t items = 0;
+        TBalance all;
         std::size_t differing = 0;
-        TDecimalSum computed;
-        TDecimalSum declared;
+        bool compared = judged_;
         const auto add = [&](std::string_view code, std::string_view title, const TSum& sum) {
             AddRow(
                 {{TextCell(code), TextCell(title), CountCell(sum.Itens), NumberCell(sum.Quantidade.Value()),
@@ -445,8 +487,8 @@ class TLotListing {
                  sum.Balance.Differing() != 0});
             items += sum.Itens;
             differing += sum.Balance.Differing();
-            computed.Add(sum.Balance.Computed().value_or(0));
-            declared.Add(sum.Balance.Declared().value_or(0));
+            compared = compared || sum.Balance.DifferingOfJudged();
+            all.Add(sum.Balance.Declared(), sum.Balance.Computed(), false);
         };
         for (std::size_t i = 0; i < kCategorias.size(); ++i)
             if (sums[i].Itens != 0 || !sums[i].Balance.IsEmpty())
@@ -456,10 +498,11 @@ class TLotListing {
             add(code, "Tipo desconhecido", sum);
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
         AddTotal("itens", "Itens", Count, static_cast<double>(items));
-        AddTotal("valorInformado", "Valor informado", Money, declared.Value());
-        AddTotal("valorCalculado", "Valor calculado", Money, computed.Value());
+        AddTotal("valorInformado", "Valor informado", Money, all.Declared().value_or(0));
+        AddTotal("valorCalculado", "Valor calculado", Money,
+                 all.IsPartial() ? std::nullopt : std::optional(all.Computed().value_or(0)));
         AddTotal("diferencas", "Totais com diferença", Count,
-                 judged_ ? std::optional(static_cast<double>(differing)) : std::nullopt, differing != 0);
+                 compared ? std::optional(static_cast<double>(differing)) : std::nullopt, differing != 0);
     }
 
     void Profissionais() {

@@ -22,7 +22,7 @@ using enum TCellKind;
 constexpr TListingColumn kGuiasColumns[] = {
     {"guia", "Guia"},
     {"guiaOperadora", "Nº na operadora"},
-    {"registro", "Registro"},
+    {"registro", "Tipo de registro"},
     {"evento", "Tipo de evento"},
     {"executante", "Executante"},
     {"data", "Data", Date},
@@ -175,7 +175,10 @@ class TMonitoringListing {
             reader.Read(each, guia);
             LeaveOutIlegiveis(guia);
             sums_.Add(guia);
-            if (DifferenceOf(guia.ValorTotalInformado.Value, SomaDosItens(guia)))
+            const std::optional<double> sum = SomaDosItens(guia);
+            itens_.Add(sum.value_or(0));
+            unknownSum_ = unknownSum_ || !sum;
+            if (DifferenceOf(guia.ValorTotalInformado.Value, sum))
                 ++differing_;
             action(guia);
         }
@@ -241,12 +244,15 @@ class TMonitoringListing {
     }
 
     void WriteTotals() {
-        const auto add = [this](std::string_view key, std::string_view label, TCellKind kind, double value) {
+        const auto add = [this](std::string_view key, std::string_view label, TCellKind kind,
+                                std::optional<double> value) {
             listing_.Totals.push_back({key, label, kind, value, false});
         };
         add("guias", "Guias", Count, static_cast<double>(sums_.Guias));
         add("itens", "Itens", Count, static_cast<double>(sums_.Itens));
         add("valorInformado", "Valor informado", Money, sums_.Informado.Value());
+        add("valorCalculado", "Soma dos itens", Money,
+            unknownSum_ ? std::nullopt : std::optional(itens_.Value()));
         add("valorProcessado", "Valor processado", Money, sums_.Processado.Value());
         add("valorGlosa", "Valor glosado", Money, sums_.Glosa.Value());
         add("valorPago", "Valor pago", Money, sums_.Pago.Value());
@@ -384,6 +390,8 @@ class TMonitoringListing {
     TListingOrder order_;
     TFileListing& listing_;
     TSums sums_;
+    TDecimalSum itens_;
+    bool unknownSum_ = false; ///< of the items of a guide
     std::size_t differing_ = 0;
     std::size_t illegible_ = 0;
 };

@@ -118,8 +118,24 @@ TEST_F(Imprimir, FindsTheBoxOfAPlaceInTheText) {
                 if (box.Frames.size() == 1) {
                     EXPECT_THAT(box.Text, testing::EndsWith(place->Box->Label));
                 }
+                // The blanks before it and behind it are it, too.
+                for (const std::int64_t linePos : {std::int64_t{1}, std::int64_t{10'000}})
+                    EXPECT_EQ(pages.FindBox(node->Line(), linePos).Text, box.Text) << node->LocalName();
             }
         }
+    }
+    // A box that is made of several elements is found by each of them.
+    std::string old = ReadTestFile(Example("spsadt-2.02.03-valido.xml"));
+    const std::string street = "</ansTISS:logradouro>";
+    old.insert(old.find(street) + street.size(),
+               "\n<ansTISS:numero>12</ansTISS:numero>\n<ansTISS:complemento>CASA 2</ansTISS:complemento>");
+    TGuidePages oldPages(TTissFile(old).Load(), std::nullopt, CONFERIX_TUSS_DB);
+    const TXmlNode& address = *oldPages.Guides().back().Node->FirstDescendant("enderecoContratado");
+    for (const char* part : {"logradouro", "numero", "complemento"}) {
+        const TXmlNode& element = *address.Child(part);
+        const TBoxPlace box = oldPages.FindBox(element.Line(), element.LinePos());
+        EXPECT_EQ(box.Frames.size(), 1U);
+        EXPECT_THAT(box.Text, testing::StartsWith("33-34-35 - Logradouro")) << part;
     }
     std::string text = ReadTestFile(spsadt_);
     text.insert(text.find("</ans:dadosBeneficiario>"), "<ans:outro>1</ans:outro>");
@@ -188,10 +204,42 @@ TEST_F(Imprimir, SaysWhatIsWrong) {
 TEST_F(Imprimir, WritesAFileAndTellsWhatIsInIt) {
     const nlohmann::json told = RunJson({"imprimir", spsadt_, consultas_, "--saida", File("guias.pdf")});
     EXPECT_EQ(told["paginas"], 6);
-    EXPECT_EQ(told["arquivos"][0],
-              nlohmann::json({{"arquivo", spsadt_}, {"guias", 2}, {"paginas", 3}, {"erros", 0}}));
+    EXPECT_EQ(told["arquivos"][0], nlohmann::json({{"arquivo", spsadt_},
+                                                   {"guias", 2},
+                                                   {"paginas", 3},
+                                                   {"semFormulario", nlohmann::json::array()},
+                                                   {"erros", 0}}));
     EXPECT_EQ(told["arquivos"][1]["guias"], 3);
     EXPECT_EQ(Pages(PdfTexts(ReadTestFile(File("guias.pdf")))), 6U);
+    // One of the two guides has expenses; the file of consultations none.
+    const std::vector<std::string> annexes = {"imprimir",        spsadt_,   consultas_,        "--formulario",
+                                              "outras_despesas", "--saida", File("anexos.pdf")};
+    const nlohmann::json some = RunJson(annexes)["arquivos"];
+    EXPECT_EQ(some[0]["guias"], 1);
+    EXPECT_EQ(some[0]["semFormulario"], nlohmann::json({"20000001"}));
+    EXPECT_EQ(some[1]["guias"], 0);
+    const TCommandResult told2 = Run(annexes);
+    EXPECT_EQ(told2.Status, kExitValid);
+    EXPECT_THAT(told2.Err, testing::AllOf(HasSubstr("1 guia não tem o formulário outras_despesas, e fica de "
+                                                    "fora: 20000001\n"),
+                                          HasSubstr("3 guias não têm o formulário outras_despesas, e ficam "
+                                                    "de fora: 10000001, 10000002, 10000003\n"),
+                                          HasSubstr("\n1 guia, 1 página.\n")));
+}
+
+TEST_F(Imprimir, PrintsWhatItCannotCheckAndSaysSo) {
+    std::filesystem::create_directories(File("esquemas"));
+    WriteTestFile(File("esquemas/tissV3_05_00.xsd"), "<schema>");
+    const std::vector<std::string> words = {"imprimir",       spsadt_,   "--esquemas",
+                                            File("esquemas"), "--saida", File("a.pdf")};
+    const TCommandResult unchecked = Run(words);
+    EXPECT_EQ(unchecked.Status, kExitUnreadable);
+    EXPECT_THAT(unchecked.Err, HasSubstr("o arquivo não pôde ser conferido; as guias são impressas sem a "
+                                         "quantidade de erros"));
+    EXPECT_EQ(Pages(PdfTexts(ReadTestFile(File("a.pdf")))), 3U);
+    std::vector<std::string> unasked = words;
+    unasked.emplace_back("--sem-aviso");
+    EXPECT_EQ(Run(unasked).Status, kExitValid);
 }
 
 TEST_F(Imprimir, UsesTheTemplatesOfTheDataFolder) {

@@ -7,6 +7,8 @@
 
 #include <cstdlib>
 #include <map>
+#include <set>
+#include <sstream>
 
 namespace conferix {
 namespace {
@@ -196,6 +198,8 @@ const std::vector<TGuide> kGuides = {{"10", "Érica &lt;b&gt;", "2026-03-02", 10
 
 TEST_F(Listing, PutsGuidesIntoTheOrderAskedFor) {
     WriteTestFile(File("a.xml"), Lot(kGuides));
+    EXPECT_EQ(FileOf("profissionais", File("a.xml"))["grupos"][0]["totais"],
+              json({{"quantidade", 6}, {"valorTotal", 2040.3}}));
     const std::pair<const char*, std::vector<json>> orders[] = {{"", {"10", "9", "A1"}},
                                                                 {"guia", {"9", "10", "A1"}},
                                                                 {"beneficiario", {"A1", "10", "9"}},
@@ -257,6 +261,25 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
         EXPECT_EQ(Column(file, "valorInformado")[0], c.Informado) << c.Wrong;
         EXPECT_EQ(Column(file, "valorCalculado")[0], c.Calculado) << c.Wrong;
         EXPECT_THAT(file["observacoes"].dump(), HasSubstr(c.Note)) << c.Wrong;
+        EXPECT_THAT(Run({"listar", "entrega", File("a.xml"), "--formato", "csv"}).Out,
+                    testing::ContainsRegex(fmt::format("\"total do arquivo\".*;\"{}", c.Note)))
+            << c.Wrong;
+    }
+    // Elements that are no guides are not passed over in silence, and nothing else is no list.
+    std::string unknown = Lot({kGuides.front()});
+    const std::string guides = unknown.substr(unknown.find("<guiaSP-SADT>"));
+    unknown.insert(unknown.find("</guiasTISS>"), "<guiaQuimioterapia/><guiaRadioterapia/>");
+    WriteTestFile(File("a.xml"), unknown);
+    EXPECT_THAT(FileOf("guias", File("a.xml"))["observacoes"].dump(),
+                HasSubstr("2 guias são de tipos que a versão do arquivo não tem, e não são listadas."));
+    unknown.erase(unknown.find("<guiaSP-SADT>"), guides.find("</guiasTISS>"));
+    for (const auto& [text, reason] : {std::pair(unknown, "o lote não tem guias que a versão dele conheça"),
+                                       {Lot({}), "o lote não tem guias a listar"}}) {
+        WriteTestFile(File("a.xml"), text);
+        const TCommandResult none = Run({"listar", "capa", File("a.xml")});
+        EXPECT_EQ(none.Status, kExitInvalid);
+        EXPECT_EQ(none.Out, "");
+        EXPECT_THAT(none.Err, HasSubstr(reason));
     }
     // Dental items tell their value, of one or of all that they count.
     std::string dental = ReadTestFile(Example("odonto-3.05.00-valido.xml"));
@@ -270,6 +293,32 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
     }
 }
 
+/// No rule judges the totals by category of 2.x; a listing compares what a guide tells of them itself.
+TEST_F(Listing, ComparesTheTotalsOf2) {
+    std::string lot = ReadTestFile(Example("spsadt-2.02.03-valido.xml"));
+    WriteTestFile(File("a.xml"), lot);
+    const auto differing = [&](const char* kind) {
+        std::string text;
+        for (const json& row : Rows(FileOf(kind, File("a.xml"))))
+            if (row["difere"] == true)
+                text += fmt::format("{} {};", row.value("composicao", row.value("tipo", "")),
+                                    row["diferenca"].dump());
+        return text;
+    };
+    EXPECT_EQ(differing("capa") + differing("despesas"), "");
+    constexpr std::string_view kMaterials = "<ansTISS:materiais>"; // of the guide with expenses the last
+    WriteTestFile(File("a.xml"), lot.insert(lot.rfind(kMaterials) + kMaterials.size(), "1000"));
+    EXPECT_THAT(differing("capa"), testing::MatchesRegex("Materiais [0-9.]+;"));
+    EXPECT_EQ(differing("despesas"), differing("capa"));
+    EXPECT_THAT(Run({"listar", "capa", File("a.xml")}).Out, HasSubstr("* O total informado não é a soma"));
+    // Of a guide that does not list its expenses there is nothing to compare.
+    constexpr std::string_view kEnd = "</ansTISS:outrasDespesas>";
+    const std::size_t first = lot.find("<ansTISS:outrasDespesas>");
+    lot.erase(first, lot.find(kEnd) - first + kEnd.size());
+    WriteTestFile(File("a.xml"), lot);
+    EXPECT_EQ(differing("capa"), "");
+}
+
 TEST_F(Listing, KeepsLotsAndMonitoringApart) {
     const std::string monitoring = Example("monitoramento-1.06.00-valido.xml").string();
     const std::string lot = Example("consulta-4.01.00-valido.xml").string();
@@ -280,6 +329,10 @@ TEST_F(Listing, KeepsLotsAndMonitoringApart) {
     const json listing = Run({"listar", "guias", lot, monitoring, fees, "--formato", "json"}).Json();
     EXPECT_EQ(listing["totais"], nullptr);
     EXPECT_EQ(listing["totaisPorTipo"]["taMonitoramento"], listing["arquivos"][1]["totais"]);
+    double items = 0;
+    for (const json& sum : Column(listing["arquivos"][1], "valorCalculado"))
+        items += sum.get<double>();
+    EXPECT_DOUBLE_EQ(listing["arquivos"][1]["totais"]["valorCalculado"].get<double>(), items);
     EXPECT_EQ(listing["totaisPorTipo"]["taMensagemTISS"]["guias"],
               listing["arquivos"][0]["totais"]["guias"].get<int>() +
                   listing["arquivos"][2]["totais"]["guias"].get<int>());
@@ -295,14 +348,40 @@ TEST_F(Listing, IsATableForSpreadsheetsOfBrazil) {
     WriteTestFile(File("a.xml"), Lot(kGuides));
     const std::string csv = Run({"listar", "guias", File("a.xml"), "--formato", "csv"}).Out;
     EXPECT_THAT(csv, testing::StartsWith("\xEF\xBB\xBF\"Arquivo\";\"Registro\";\"Nº da guia\";"));
-    EXPECT_THAT(csv, HasSubstr(";02/03/2026;\"'00123\";\"Érica <b>\";;2;2000,10;2000,10;\r\n"));
-    EXPECT_THAT(csv, HasSubstr("\"total do arquivo\""));
-    EXPECT_THAT(Run({"listar", "procedimentos", File("a.xml"), "--formato", "csv"}).Out,
-                HasSubstr("\"22\";\"10101011\";\"'=1+1;\"\"x\"\"\";3;3;1020,15\r\n"));
-    const TCommandResult mixed = Run(
-        {"listar", "guias", File("a.xml"), Example("monitoramento-1.06.00-valido.xml"), "--formato", "csv"});
-    EXPECT_EQ(mixed.Status, kExitUsage);
-    EXPECT_THAT(mixed.Err, HasSubstr("não cabem em um só CSV"));
+    const std::string monitoring = Example("monitoramento-1.06.00-valido.xml").string();
+    const struct {
+        std::vector<std::string> Words;
+        std::string Line; ///< the end of one
+    } cases[] = {
+        {{"guias", File("a.xml")}, ";02/03/2026;\"'00123\";\"Érica <b>\";;2;2000,10;2000,10;;"},
+        {{"procedimentos", File("a.xml")}, "\"22\";\"10101011\";\"'=1+1;\"\"x\"\"\";3;3;1020,15;"},
+        {{"procedimentos", File("a.xml")}, "\"total do arquivo\";;;;3;6;2040,30;"},
+        {{"entrega", File("a.xml")}, "\"total do arquivo\";;;;;;;2040,29;"},
+        {{"profissionais", File("a.xml")}, "\"subtotal\";\"Sem profissional informado\";;;;;;;;6;;2040,30;"},
+        {{"guias", File("a.xml"), File("nenhum.xml")},
+         "\"total\";;;;;;;;;;2040,29;2040,30;;\"Fora dos totais: 1 arquivo, por não poder ser listado.\""},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> words = {"listar", "--formato", "csv"};
+        words.insert(words.begin() + 1, c.Words.begin(), c.Words.end());
+        EXPECT_THAT(Run(words).Out, HasSubstr(c.Line + "\r\n"));
+    }
+    // The columns can be told apart by their titles.
+    for (const char* kind : {"guias", "capa", "procedimentos", "despesas", "profissionais"})
+        for (const std::string& file : {File("a.xml"), monitoring}) {
+            std::istringstream head(Run({"listar", kind, file, "--formato", "csv"}).Out);
+            std::set<std::string> titles;
+            std::string line;
+            std::getline(head, line, '\r');
+            std::istringstream columns(line);
+            for (std::string title; std::getline(columns, title, ';');)
+                EXPECT_TRUE(titles.insert(title).second) << kind << title;
+        }
+    const TCommandResult mixed = Run({"listar", "guias", File("a.xml"), monitoring, "--formato", "csv"});
+    EXPECT_EQ(mixed.Status, kExitUnreadable);
+    EXPECT_EQ(mixed.Out, "");
+    EXPECT_THAT(mixed.Err, HasSubstr("1 lote de guias e 1 arquivo de monitoramento têm colunas diferentes e "
+                                     "não cabem em um só CSV"));
 }
 
 TEST_F(Listing, IsAPageOrPaperThatShowsWhatFilesSayAndDoesNothingElse) {

@@ -5,6 +5,7 @@
 #include "data/database_tuss.h"
 #include "model/arquivo_tiss_factory.h"
 #include "platform/platform.h"
+#include "platform/spool_buffer.h"
 #include "report/console.h"
 #include "report/message_json.h"
 
@@ -15,7 +16,7 @@
 #include <memory>
 #include <ostream>
 #include <set>
-#include <sstream>
+#include <span>
 
 namespace conferix {
 
@@ -120,6 +121,7 @@ class TPrinting {
     int Print(const std::string& name, const TTissFile& file) {
         std::optional<std::size_t> errors;
         const std::shared_ptr<const IArquivoTiss> loaded = Load(name, file, errors);
+        const bool checked = errors || options_.SemAviso;
         const std::vector<TFormGuide> guides = numbers_.Choose(FormGuidesOf(*loaded));
         if (guides.empty() && numbers_.IsAll()) {
             context_.Error(
@@ -128,15 +130,38 @@ class TPrinting {
         }
         printer_.SetErrors(errors);
         pdf_.BeginFile();
-        const std::size_t pages =
+        const TFormPrinted printed =
             printer_.Print(guides, loaded->Versao(), [&](const TFormPage& page) { pdf_.Add(page); });
-        pages_ += pages;
-        guides_ += guides.size();
+        std::vector<std::string_view> without;
+        for (const TFormGuide* guide : printed.Without)
+            without.push_back(guide->Number);
+        if (!without.empty())
+            context_.Warning(WithoutFormText(name, without));
+        if (!checked)
+            context_.Error(fmt::format("{}: o arquivo não pôde ser conferido; as guias são impressas sem a "
+                                       "quantidade de erros (--sem-aviso imprime sem conferir)",
+                                       name));
+        const std::size_t count = guides.size() - without.size();
+        pages_ += printed.Pages;
+        guides_ += count;
         files_.push_back({{"arquivo", name},
-                          {"guias", guides.size()},
-                          {"paginas", pages},
+                          {"guias", count},
+                          {"paginas", printed.Pages},
+                          {"semFormulario", without},
                           {"erros", errors ? TJson(*errors) : TJson(nullptr)}});
-        return kExitValid;
+        return checked ? kExitValid : kExitUnreadable;
+    }
+
+    /// Which guides have nothing to be printed on.
+    std::string WithoutFormText(const std::string& name, std::span<const std::string_view> numbers) const {
+        constexpr std::size_t kMost = 10;
+        const std::string form =
+            options_.Formulario.empty() ? std::string("formulário") : "o formulário " + options_.Formulario;
+        return fmt::format("{}: {} não {} {}, e {} de fora: {}{}", name,
+                           Counted(numbers.size(), "guia", "guias"), numbers.size() == 1 ? "tem" : "têm",
+                           form, numbers.size() == 1 ? "fica" : "ficam",
+                           fmt::join(numbers.first(std::min(numbers.size(), kMost)), ", "),
+                           numbers.size() > kMost ? fmt::format(" e mais {}", numbers.size() - kMost) : "");
     }
 
     /// The file, judged first unless nobody wants to know what is wrong with it.
@@ -152,15 +177,11 @@ class TPrinting {
         controller->Validate(file.Text(), context_.LoadConfig().EnabledValidations());
         if (result.Verified)
             errors = result.Counts.Failures();
-        else
-            context_.Warning(fmt::format("{}: o arquivo não pôde ser conferido; as guias são impressas sem a "
-                                         "quantidade de erros",
-                                         name));
         return result.ArquivoTiss != nullptr ? result.ArquivoTiss : file.Load();
     }
 
     void Write() {
-        const std::string bytes = std::move(bytes_).str();
+        const std::string bytes = spool_.Take();
         if (options_.Saida.empty())
             context_.Streams.Out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         else
@@ -180,7 +201,8 @@ class TPrinting {
     const TImprimirOptions& options_;
     TGuideNumbers numbers_;
     TFormPrinter printer_;
-    std::ostringstream bytes_;
+    TSpoolBuffer spool_; ///< the file and its tree are in memory at the same time
+    std::ostream bytes_{&spool_};
     TGuidePdf pdf_;
     std::size_t pages_ = 0;
     std::size_t guides_ = 0;

@@ -91,7 +91,8 @@ int RunListar(const TCliContext& context, const TListarOptions& options) {
     try {
         WriteListing(out, listing, context.Formato, context.Streams.OutIsTerminal && options.Saida.empty());
     } catch (const ENotListed& error) {
-        throw EUsage(error.what());
+        context.Error(error.what());
+        return kExitUnreadable;
     }
     if (!options.Saida.empty()) {
         WriteFileAtomically(PathFromText(options.Saida), text.view());

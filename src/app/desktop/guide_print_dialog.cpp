@@ -232,7 +232,8 @@ void TFGuidePrint::BuildKeys() {
     };
     key(QKeySequence::Print, [this] { print_->click(); });
     key(QKeySequence::Save, [this] { pdf_->click(); });
-    key(QKeySequence(QStringLiteral("Ctrl++")), [this] { ZoomBy(1); });
+    for (const char* keys : {"Ctrl++", "Ctrl+="}) // the same key on many keyboards
+        key(QKeySequence(QLatin1String(keys)), [this] { ZoomBy(1); });
     key(QKeySequence(QStringLiteral("Ctrl+-")), [this] { ZoomBy(-1); });
     key(QKeySequence(QStringLiteral("Ctrl+0")), [this] { zoom_->setCurrentIndex(0); });
 }
@@ -277,7 +278,7 @@ void TFGuidePrint::ApplyChoice() {
     }
     marked_.reset();
     const std::size_t count = pages_->Count();
-    chosen_->setText(QStringLiteral("%1, %2").arg(Counted(pages_->ChosenGuides(), "guia", "guias"),
+    chosen_->setText(QStringLiteral("%1, %2").arg(Counted(pages_->PrintedGuides(), "guia", "guias"),
                                                   Counted(count, "página", "páginas")));
     {
         const QSignalBlocker quiet(number_);

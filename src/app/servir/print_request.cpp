@@ -81,8 +81,10 @@ class TPrintRequest {
             errors = file.Validation.Counts.Failures();
         printer_.SetErrors(errors);
         pdf_.BeginFile();
-        pages_ += printer_.Print(guides, file.Versao, [this](const TFormPage& page) { pdf_.Add(page); });
-        guides_ += guides.size();
+        const TFormPrinted printed =
+            printer_.Print(guides, file.Versao, [this](const TFormPage& page) { pdf_.Add(page); });
+        pages_ += printed.Pages;
+        guides_ += guides.size() - printed.Without.size();
         CheckSize();
     }
 
