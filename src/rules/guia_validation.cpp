@@ -9,6 +9,7 @@ namespace conferix {
 void TGuiaTissValidation::StartGuia(const IGuiaTiss& guia) {
     StartVisit();
     numeroGuia_ = guia.NumeroMostrado();
+    guide_ = guia.HasNode() ? GuideMark(*guia.Node()) : std::string();
 }
 
 std::shared_ptr<TValidationMessage> TGuiaTissValidation::NewMessage(TMessageType type, std::string text,
@@ -16,9 +17,11 @@ std::shared_ptr<TValidationMessage> TGuiaTissValidation::NewMessage(TMessageType
     // What was found right is not repeated: nobody looks for it.
     if (type == TMessageType::mtSuccess)
         place.SrcText.clear();
-    return std::make_shared<TLoteGuiasValidationMessage>(this, type, numeroGuia_, std::move(text),
-                                                         std::move(place.SrcText), place.Line, place.LinePos,
-                                                         place.FilePos);
+    auto message = std::make_shared<TLoteGuiasValidationMessage>(this, type, numeroGuia_, std::move(text),
+                                                                 std::move(place.SrcText), place.Line,
+                                                                 place.LinePos, place.FilePos);
+    message->SetGuide(guide_);
+    return message;
 }
 
 void TGuiaTissValidation::CheckWholeCents(const TXmlField& field, const TAmountTexts& texts) {

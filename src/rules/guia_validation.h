@@ -32,6 +32,7 @@ class TGuiaTissValidation : public TRunRule {
 
   private:
     std::string numeroGuia_;
+    std::string guide_; ///< its mark
 };
 
 /// A level of the tree of rules: judges nothing itself and hands each guide to its children.

@@ -277,8 +277,8 @@ TElementHistory::TSentence TElementHistory::CodeSentence(std::string_view fileNa
     return ChangeSentence(series, IndexOf(series, fileName), exists);
 }
 
-bool TElementHistory::NeighboursDisagree(std::string_view fileName,
-                                         std::span<const std::string_view> path) const {
+bool TElementHistory::NeighboursDisagree(std::string_view fileName, std::span<const std::string_view> path,
+                                         bool onWhetherItIs) const {
     const std::vector<TVersion> series = Series(fileName);
     const std::size_t current = IndexOf(series, fileName);
     if (current == series.size() || !series[current].Approximate)
@@ -293,7 +293,10 @@ bool TElementHistory::NeighboursDisagree(std::string_view fileName,
     std::size_t after = current;
     while (after + 1 < series.size() && series[after].Approximate)
         ++after;
-    return !series[before].Approximate && !series[after].Approximate && standing(before) != standing(after);
+    if (series[before].Approximate || series[after].Approximate)
+        return false;
+    return onWhetherItIs ? (standing(before) == 0) != (standing(after) == 0)
+                         : standing(before) != standing(after);
 }
 
 TElementHistory::TSentence TElementHistory::ChangeSentence(const std::vector<TVersion>& series,

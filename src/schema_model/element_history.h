@@ -55,8 +55,10 @@ class TElementHistory {
                            std::string_view code) const;
 
     /// True where the published versions next to an approximated one disagree on an element: only one of them
-    /// has it, or demands it, so that what this version has is not known.
-    bool NeighboursDisagree(std::string_view fileName, std::span<const std::string_view> path) const;
+    /// has it, or demands it, so that what this version has is not known. `onWhetherItIs`: only on the
+    /// former.
+    bool NeighboursDisagree(std::string_view fileName, std::span<const std::string_view> path,
+                            bool onWhetherItIs) const;
 
     /// How an unknown element relates to one that may stand in the same parent.
     enum class TRelation : std::uint8_t {

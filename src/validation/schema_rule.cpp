@@ -93,24 +93,23 @@ class TOtherVersions : public ISchemaOtherVersions {
                    : fmt::format("O código {} de <{}> {}.", QuoteText(code), fault.Name, known->second.Text);
     }
 
-    /// True of an unknown or missing element of which it is not known whether this version has it.
+    /// True of a fault of an element of which it is not known whether this version has it, or demands it
+    /// where it is missing.
     bool IsInDoubt(const TSchemaFault& fault) const {
-        switch (fault.Code) {
-        case TSchemaFaultCode::UnknownElement:
-        case TSchemaFaultCode::RenamedElement:
-        case TSchemaFaultCode::Misspelled:
-        case TSchemaFaultCode::MissingElement:
-            break;
-        default:
-            return false;
-        }
         TPath path = PathOf(*fault.Node);
-        if (fault.Code == TSchemaFaultCode::MissingElement) {
+        const bool missing = fault.Code == TSchemaFaultCode::MissingElement;
+        if (missing) {
             if (!fault.Before.empty())
                 path.pop_back();
             path.push_back(fault.Name);
         }
-        return TElementHistory::BuiltIn().NeighboursDisagree(fileName_, path);
+        std::string key(missing ? "-" : "");
+        for (const std::string_view name : path)
+            key.append(name).append("/");
+        const auto [known, added] = doubts_.try_emplace(std::move(key));
+        if (added)
+            known->second = TElementHistory::BuiltIn().NeighboursDisagree(fileName_, path, !missing);
+        return known->second;
     }
 
     /// The version that the content seems to be of, when it is not the declared one; else empty.
@@ -173,6 +172,7 @@ class TOtherVersions : public ISchemaOtherVersions {
 
     std::string fileName_;
     mutable std::map<std::string, TElementHistory::TSentence> phrases_; ///< by path
+    mutable std::map<std::string, bool> doubts_;                        ///< by path
 };
 
 /// True for faults that a document of another version has.
@@ -235,12 +235,12 @@ std::string CauseOf(const TSchemaFault& fault) {
     }
 }
 
-/// What tells the guide of a monitoring file that holds a node from the others; empty outside of guides.
-std::string MonitoringGuide(const TXmlNode& node) {
+/// The guide of a monitoring file that holds a node; null outside of guides.
+const TXmlNode* MonitoringGuide(const TXmlNode& node) {
     for (const TXmlNode* at = &node; at != nullptr; at = at->Parent())
         if (at->IsTag() && at->LocalName() == "guiaMonitoramento")
-            return fmt::format("@{}", at->FilePos());
-    return {};
+            return at;
+    return nullptr;
 }
 
 /// Makes the messages of faults.
@@ -267,7 +267,16 @@ class TFaultMessages {
     /// As TXmlMessage::Guide.
     std::string GuideOf(const TXmlNode& node) const {
         const IGuiaTiss* guia = GuiaOf(node);
-        return guia != nullptr ? std::string(guia->NumeroMostrado()) : MonitoringGuide(node);
+        const TXmlNode* guide = guia != nullptr ? guia->Node() : MonitoringGuide(node);
+        return guide != nullptr ? GuideMark(*guide) : std::string();
+    }
+    /// By what the user finds the guide that holds a node; empty outside of guides.
+    std::string_view NumberOf(const TXmlNode& node) const {
+        if (const IGuiaTiss* guia = GuiaOf(node))
+            return guia->NumeroMostrado();
+        const TXmlNode* guide = MonitoringGuide(node);
+        return guide != nullptr ? TGuiaMonitoramento(const_cast<TXmlNode*>(guide)).Identificacao()
+                                : std::string_view();
     }
 
     /// `withSolvers`: false where no single correction makes sense.
@@ -279,11 +288,10 @@ class TFaultMessages {
         std::string reason = fault.Code == TSchemaFaultCode::UnknownElement ? others_.UnknownElement(fault)
                              : fault.Code == TSchemaFaultCode::NotInList    ? others_.UnknownCode(fault)
                                                                          : TSchemaMessages::Sentence(fault);
-        const IGuiaTiss* guia = GuiaOf(*fault.Node);
-        auto message = TLoteGuiasValidationMessage::CreateError(
-            &rule_, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
-            std::move(reason), source_, fault.Line, fault.LinePos, fault.FilePos);
-        message->SetGuide(MonitoringGuide(*fault.Node));
+        auto message = TLoteGuiasValidationMessage::CreateError(&rule_, std::string(NumberOf(*fault.Node)),
+                                                                std::move(reason), source_, fault.Line,
+                                                                fault.LinePos, fault.FilePos);
+        message->SetGuide(GuideOf(*fault.Node));
         message->SetKind(KindOf(fault));
         message->SetItem(FindingItem(*fault.Node));
         message->SetGroupKey(fault.GroupKey());
@@ -378,7 +386,11 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
     if (IsApproximation(schemaFile_)) {
         std::set<std::string> doubtful;
         const auto isInDoubt = [&](const TSchemaFault& fault) {
-            return others.IsInDoubt(fault) && (doubtful.insert("<" + fault.Name + ">"), true);
+            return others.IsInDoubt(fault) &&
+                   (doubtful.insert(fmt::format("<{}>", fault.Attribute != nullptr
+                                                            ? fault.Node->LocalName()
+                                                            : std::string_view(fault.Name))),
+                    true);
         };
         std::erase_if(faults, isInDoubt);
         std::erase_if(further, [&](const TSchemaFurther& more) { return isInDoubt(more.First); });
@@ -433,6 +445,7 @@ void TXmlSchemaValidation::Check(const IArquivoTiss& file, const ILoteGuias* lot
             const auto told = TLoteGuiasValidationMessage::CreateWarn(
                 this, std::string(guia->NumeroMostrado()), std::move(layout), std::string(), place.Line,
                 place.LinePos, place.FilePos);
+            told->SetGuide(GuideMark(*guia->Node()));
             told->SetKind(TFindingKind::Layout);
             AddMessage(told);
         }

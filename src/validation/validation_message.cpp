@@ -1,11 +1,18 @@
 #include "validation/validation_message.h"
 
 #include "validation/validation.h"
+#include "xml/xml_node.h"
+
+#include <string>
 
 namespace conferix {
 
 EValidationNotDefinedInMessageException::EValidationNotDefinedInMessageException(const std::string& className)
     : std::runtime_error("Validação não definida na mensagem do tipo " + className) {}
+
+std::string GuideMark(const TXmlNode& guide) {
+    return "@" + std::to_string(guide.ByteStart());
+}
 
 IValidationIdentity TValidationMessage::IdentityOf(const TValidation* validation, const char* className) {
     if (validation == nullptr || validation->Identity() == nullptr)

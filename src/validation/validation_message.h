@@ -8,6 +8,8 @@
 
 namespace conferix {
 
+class TXmlNode;
+
 class TValidation;
 
 /// A validation message was made, or asked, without the rule that it needs.
@@ -106,6 +108,9 @@ class TLoteGuiasMonitoramentoValidationMessage
   protected:
     const char* ClassName() const override { return "TLoteGuiasMonitoramentoValidationMessage"; }
 };
+
+/// What tells a guide from the others of its file, for TXmlMessage::SetGuide: two may have the same number.
+std::string GuideMark(const TXmlNode& guide);
 
 /// The name of the rule that made a message; empty for a message that comes from no rule.
 inline std::string RuleName(const TXmlMessage& message) {

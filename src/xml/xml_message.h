@@ -99,8 +99,8 @@ class TXmlMessage {
     const std::shared_ptr<const TValidationIdentity>& SharedRule() const { return origin_.Rule; }
     const std::string& NumeroGuia() const { return origin_.NumeroGuia; }
     const std::string& Campo() const { return origin_.Campo; }
-    /// What tells its guide from the others of the file: its number, or a mark where the message does not
-    /// tell that; empty outside of guides.
+    /// What tells its guide from the others of the file: a mark where it has one, else the number; empty
+    /// outside of guides.
     const std::string& Guide() const { return guide_.empty() ? origin_.NumeroGuia : guide_; }
     void SetGuide(std::string guide) { guide_ = std::move(guide); }
     /// The text shown to the user: line, guide and field where they are known, a blank, reason.

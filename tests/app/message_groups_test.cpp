@@ -71,6 +71,9 @@ TEST(MessageGroups, TellOneCauseOnce) {
     // What all else follows from.
     EXPECT_EQ(Told({{"1", 8, "x"}, {"2", 9, "x"}, {"", 2, "raiz", false, "", "", TFindingKind::Root}}),
               (TTold{"[Linha: 2] raiz", "2 guias: x (linhas 8 e 9)"}));
+    // Guides of one number.
+    EXPECT_EQ(Told({{"1", 1, "w", false, "@1"}, {"1", 2, "w", false, "@2"}}),
+              (TTold{"2 guias: w (linhas 1 e 2)"}));
     // Guides that the messages do not name.
     EXPECT_EQ(Told({{"", 1, "w", false, "@1"}, {"", 2, "w", false, "@2"}, {"", 3, "w", false, "@2"}}),
               (TTold{"2 guias, 3 vezes: w (linhas 1, 2 e 3)"}));

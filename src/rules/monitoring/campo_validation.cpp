@@ -34,9 +34,12 @@ std::shared_ptr<TValidationMessage> TCampoValidation::NewMessage(TMessageType ty
                                                                  TFindingPlace place) const {
     constexpr std::size_t kDigits = 3;
     std::string guia(place.Line != 0 ? guia_->Guia.Identificacao() : std::string_view{});
-    return std::make_shared<TLoteGuiasMonitoramentoValidationMessage>(
+    auto message = std::make_shared<TLoteGuiasMonitoramentoValidationMessage>(
         this, type, Name().substr(Name().size() - kDigits), std::move(guia), std::move(text),
         std::move(place.SrcText), place.Line, place.LinePos, place.FilePos);
+    if (place.Line != 0)
+        message->SetGuide(GuideMark(*guia_->Guia.Node()));
+    return message;
 }
 
 } // namespace conferix

@@ -610,11 +610,13 @@ class TValidation {
         TSchemaFault& fault = Add(found.Code, node, attribute);
         fault.Found = raw;
         fault.Type = &type;
-        if (IsBlank(raw) && attribute == nullptr && node.Attributes().empty() && !frames_.empty()) {
+        if (IsBlank(raw) && attribute == nullptr && !frames_.empty()) {
             fault.Optional = CanGo(frames_.back(), decisions_.size());
-            fault.Other = EmptyGroup();
-            if (fault.Optional || fault.Other != nullptr)
-                fault.Remedy = TSchemaRemedy::Remove;
+            if (node.Attributes().empty()) {
+                fault.Other = EmptyGroup();
+                if (fault.Optional || fault.Other != nullptr)
+                    fault.Remedy = TSchemaRemedy::Remove;
+            }
         }
         fault.Bound = found.Bound;
         fault.Count = found.Count;
