@@ -34,7 +34,8 @@ TCorrectionPreview PreviewCorrections(const TTissFile& file, const TSchemaFolder
     controller.Load("prévia", file);
     TCorrectionPreview preview{file.Text(), file.Text(), {}, {}, {}, {}};
     if (request.Structure) {
-        TCorrectionResult repaired = RepairStructure(controller, preview.After, enabledValidations, false);
+        TCorrectionResult repaired = RepairStructure(controller, preview.After, enabledValidations,
+                                                     {.WithLoss = false, .AmountsNext = true});
         preview.After = repaired.Xml;
         preview.Applied = std::move(repaired.Applied);
         preview.LeftOut = std::move(repaired.LeftOut);

@@ -54,7 +54,8 @@ TCorrectionResult CorrectReadable(TValidadorController& controller,
                                   const TFileCorrections& what, const TSolverChoice& choose) {
     TCorrectionResult result{xml, {}, {}};
     if (what.Estrutura)
-        result = RepairStructure(controller, xml, enabledValidations, what.ComPerdas);
+        result = RepairStructure(controller, xml, enabledValidations,
+                                 {.WithLoss = what.ComPerdas, .AmountsNext = what.Todas});
     if (what.Todas) {
         TCorrectionResult all = CorrectAll(controller, result.Xml, enabledValidations, choose);
         const auto append = [](auto& to, auto& from) {

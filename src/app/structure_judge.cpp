@@ -27,11 +27,29 @@ std::string CauseOf(const TXmlMessage& message) {
     return message.Cause().empty() ? message.Reason() : message.Cause();
 }
 
+/// Calls visit(node, message) for each finding of a text, with the node of the tree from which the text was
+/// written: the tags of both are the same.
+template<class Visit>
+void VisitFindings(const TValidateArgs& checked, const TXmlDocument& tree, const Visit& visit) {
+    const TFindingMap findings(*checked.ArquivoTiss->Xml(), checked.AllMessages);
+    auto entry = findings.Entries().begin();
+    TTagNumber number = 0;
+    for (const TXmlNode* node = &tree.Root(); node != nullptr && entry != findings.Entries().end();
+         node = node->NextInWalk(&tree.Root())) {
+        if (!node->IsTag())
+            continue;
+        for (; entry != findings.Entries().end() && entry->Number == number; ++entry)
+            visit(*node, *entry->Message);
+        ++number;
+    }
+}
+
 } // namespace
 
 TStructureJudge::TStructureJudge(const TValidadorController& controller, TXmlPtr xml, TValidateArgs& checked,
-                                 TAdmits admits)
-    : controller_(controller), xml_(std::move(xml)), admits_(std::move(admits)), checked_(checked) {
+                                 TAdmits admits, TErrorsAsked errors)
+    : controller_(controller), xml_(std::move(xml)), admits_(std::move(admits)), checked_(checked),
+      errors_(std::move(errors)) {
     Fresh();
     if (picked_.empty())
         return;
@@ -109,19 +127,43 @@ TStructureJudge::TCauses TStructureJudge::Count(const TValidateArgs& checked, co
             add(*message, kNoGroup);
         return causes;
     }
-    // The tags of a tree and of the text that was written from it are the same.
-    const TFindingMap findings(*checked.ArquivoTiss->Xml(), checked.AllMessages);
-    auto entry = findings.Entries().begin();
-    TTagNumber number = 0;
-    for (const TXmlNode* node = &tree.Root(); node != nullptr && entry != findings.Entries().end();
-         node = node->NextInWalk(&tree.Root())) {
-        if (!node->IsTag())
-            continue;
-        for (; entry != findings.Entries().end() && entry->Number == number; ++entry)
-            add(*entry->Message, GroupAround(node, scopes));
-        ++number;
-    }
+    VisitFindings(checked, tree, [&](const TXmlNode& node, const TXmlMessage& message) {
+        add(message, GroupAround(&node, scopes));
+    });
     return causes;
+}
+
+TStructureJudge::TErrors TStructureJudge::CountErrors(const TXmlPtr& xml, const TXmlDocument& tree,
+                                                      const TScopes& scopes) const {
+    TErrors errors;
+    const TValidateArgs found = errors_.Find(xml);
+    if (found.ArquivoTiss != nullptr)
+        VisitFindings(found, tree, [&](const TXmlNode& node, const TXmlMessage& message) {
+            auto& [staying, all] = errors[GroupAround(&node, scopes)];
+            staying += errors_.WillStay(message) ? 1 : 0;
+            ++all;
+        });
+    return errors;
+}
+
+void TStructureJudge::CompareErrors(const TErrors& after, TVerdict& verdict) const {
+    const auto total = [](const TErrors& errors) {
+        TErrorCount sum;
+        for (const auto& [group, count] : errors) {
+            sum.first += count.first;
+            sum.second += count.second;
+        }
+        return sum;
+    };
+    if (total(after) <= total(*errorsBefore_))
+        return;
+    verdict.Right = false;
+    verdict.Reason = "o arquivo ficaria com mais erros";
+    for (const auto& [group, count] : after) {
+        const auto before = errorsBefore_->find(group);
+        if (group != kNoGroup && count > (before != errorsBefore_->end() ? before->second : TErrorCount()))
+            verdict.Objection.emplace(group, verdict.Reason);
+    }
 }
 
 TStructureJudge::TVerdict TStructureJudge::Try(const std::vector<std::size_t>& chosen) {
@@ -129,6 +171,8 @@ TStructureJudge::TVerdict TStructureJudge::Try(const std::vector<std::size_t>& c
     const std::vector<TPicked>& picked = Fresh();
     const TScopes scopes = ScopesOf(picked);
     const TXmlDocument& tree = *checked_.ArquivoTiss->Xml();
+    if (errors_.Find && !errorsBefore_)
+        errorsBefore_ = CountErrors(xml_, tree, scopes);
     verdict.Records = RecordsOf(chosen);
     used_ = true;
     for (const std::size_t i : chosen)
@@ -139,6 +183,8 @@ TStructureJudge::TVerdict TStructureJudge::Try(const std::vector<std::size_t>& c
     verdict.Xml = std::make_shared<const std::string>(WriteXml(tree));
     verdict.Checked = controller_.ValidateStructure(verdict.Xml);
     Compare(Count(verdict.Checked, tree, scopes), chosen, verdict);
+    if (errors_.Find && verdict.Right)
+        CompareErrors(CountErrors(verdict.Xml, tree, scopes), verdict);
     return verdict;
 }
 

@@ -8,8 +8,10 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace conferix {
@@ -22,9 +24,17 @@ class TStructureJudge {
     /// True for a correction that is to be tried.
     using TAdmits = std::function<bool(const TXmlMessage&, const TStructureSolver&)>;
 
+    /// How the errors that all rules find in a text are asked for.
+    struct TErrorsAsked {
+        std::function<TValidateArgs(const TXmlPtr&)> Find; ///< in AllMessages; empty: not asked for
+        std::function<bool(const TXmlMessage&)> WillStay;  ///< false for one that is corrected later
+    };
+
     /// `checked`: what the schema says of the text; taken over when the judge tries for the first time.
+    /// `errors`: where they are asked for, a corrected text must not have more of those that will stay than
+    /// before, nor as many of them and more of the others.
     TStructureJudge(const TValidadorController& controller, TXmlPtr xml, TValidateArgs& checked,
-                    TAdmits admits);
+                    TAdmits admits, TErrorsAsked errors);
 
     std::size_t Count() const { return groups_.size(); }
     std::size_t GroupOf(std::size_t candidate) const { return groups_[candidate]; }
@@ -36,6 +46,7 @@ class TStructureJudge {
         std::vector<TCorrectionRecord> Records;       ///< of the chosen, in their order
         bool Right = false;                           ///< all their findings are gone, and no error is new
         std::map<std::size_t, std::string> Objection; ///< why not, by group; empty where no group is to blame
+        std::string Reason = "o arquivo ficaria com outro erro"; ///< why not, where no group is to blame
     };
     /// `chosen`: ascending.
     TVerdict Try(const std::vector<std::size_t>& chosen);
@@ -67,6 +78,11 @@ class TStructureJudge {
     /// Counts the findings by cause. `tree`: where they are looked up by the number of their tag; the checked
     /// document itself, or the one from which its text was written.
     static TCauses Count(const TValidateArgs& checked, const TXmlDocument& tree, const TScopes& scopes);
+    /// Numbers of errors: of those that will stay, and of all.
+    using TErrorCount = std::pair<std::size_t, std::size_t>;
+    using TErrors = std::map<std::size_t, TErrorCount>; ///< by group
+    TErrors CountErrors(const TXmlPtr& xml, const TXmlDocument& tree, const TScopes& scopes) const;
+    void CompareErrors(const TErrors& after, TVerdict& verdict) const;
     void Compare(const TCauses& after, const std::vector<std::size_t>& chosen, TVerdict& verdict) const;
 
     const TValidadorController& controller_;
@@ -78,6 +94,8 @@ class TStructureJudge {
     std::vector<std::size_t> groups_;
     std::vector<std::vector<std::string>> causesOf_;
     TCauses before_;
+    TErrorsAsked errors_;
+    std::optional<TErrors> errorsBefore_;
 };
 
 } // namespace conferix

@@ -89,8 +89,7 @@ class TStageRepair {
             if (verdict.Right || (blamed && objection == verdict.Objection.end())) {
                 group.Accepted.insert(group.Accepted.end(), chunk.begin(), chunk.end());
             } else if (chunk.size() == 1) {
-                refused_[chunk.front()] =
-                    blamed ? objection->second : std::string("o arquivo ficaria com outro erro");
+                refused_[chunk.front()] = blamed ? objection->second : verdict.Reason;
             } else {
                 const auto middle = chunk.begin() + static_cast<std::ptrdiff_t>(chunk.size() / 2);
                 group.Pending.emplace_back(middle, chunk.end());
@@ -107,7 +106,7 @@ class TStageRepair {
             return Keep(std::move(verdict), accepted);
         for (const std::size_t i : accepted)
             if (!std::binary_search(bestChosen_.begin(), bestChosen_.end(), i))
-                refused_[i] = "o arquivo ficaria com outro erro";
+                refused_[i] = verdict.Reason;
     }
 
     void Keep(TStructureJudge::TVerdict verdict, TChunk chosen) {
@@ -124,8 +123,10 @@ class TStageRepair {
 
 class TStructureRun {
   public:
-    TStructureRun(const TValidadorController& controller, TXmlPtr xml, bool withLoss)
-        : controller_(controller), withLoss_(withLoss), checked_(controller.ValidateStructure(xml)) {
+    TStructureRun(const TValidadorController& controller, TXmlPtr xml,
+                  const std::vector<std::string>& enabledValidations, const TStructureRepair& what)
+        : controller_(controller), enabledValidations_(enabledValidations), what_(what),
+          checked_(controller.ValidateStructure(xml)) {
         result_.Xml = std::move(xml);
     }
 
@@ -174,10 +175,27 @@ class TStructureRun {
             refused_.clear();
             result_.LeftOut.clear();
             for (const TStage stage : TStructureSolver::kStages)
-                if (stage != TStage::Losses || withLoss_)
+                if (stage != TStage::Losses || what_.WithLoss)
                     while (RunStage(stage))
                         changed = true;
         }
+    }
+
+    /// What a value means when it can be read, rules find out; what other stages reveal was there before.
+    TStructureJudge::TErrorsAsked ErrorsAskedOf(TStage stage) const {
+        if (stage != TStage::Values)
+            return {};
+        return {[this](const TXmlPtr& xml) {
+                    TValidateArgs found = controller_.FailuresOf(xml, enabledValidations_);
+                    std::erase_if(found.AllMessages,
+                                  [](const auto& message) { return RuleName(*message).ends_with(".hash"); });
+                    return found;
+                },
+                [this](const TXmlMessage& message) {
+                    return !what_.AmountsNext || std::ranges::all_of(message.Solvers(), [](const auto& of) {
+                        return dynamic_cast<const TStructureSolver*>(of.get()) != nullptr;
+                    });
+                }};
     }
 
     static TRefusal RefusalOf(const TXmlMessage& message, const std::string& description) {
@@ -186,12 +204,13 @@ class TStructureRun {
 
     /// Applies what can be of a stage; true when something was.
     bool RunStage(TStage stage) {
-        TStructureJudge judge(controller_, result_.Xml, checked_,
-                              [&](const TXmlMessage& message, const TStructureSolver& solver) {
-                                  return solver.Stage() == stage &&
-                                         (refused_.empty() ||
-                                          refused_.count(RefusalOf(message, solver.Description())) == 0);
-                              });
+        TStructureJudge judge(
+            controller_, result_.Xml, checked_,
+            [&](const TXmlMessage& message, const TStructureSolver& solver) {
+                return solver.Stage() == stage &&
+                       (refused_.empty() || refused_.count(RefusalOf(message, solver.Description())) == 0);
+            },
+            ErrorsAskedOf(stage));
         if (judge.Count() == 0)
             return false;
         TStageRepair repair(judge);
@@ -224,7 +243,8 @@ class TStructureRun {
     }
 
     const TValidadorController& controller_;
-    bool withLoss_;
+    const std::vector<std::string>& enabledValidations_;
+    TStructureRepair what_;
     TValidateArgs checked_;
     TCorrectionResult result_;
     std::set<TRefusal> refused_;
@@ -233,8 +253,9 @@ class TStructureRun {
 } // namespace
 
 TCorrectionResult RepairStructure(TValidadorController& controller, const TXmlPtr& xml,
-                                  const std::vector<std::string>& enabledValidations, bool withLoss) {
-    TCorrectionResult result = TStructureRun(controller, xml, withLoss).Run();
+                                  const std::vector<std::string>& enabledValidations,
+                                  const TStructureRepair& what) {
+    TCorrectionResult result = TStructureRun(controller, xml, enabledValidations, what).Run();
     if (!result.Applied.empty())
         controller.Modify();
     controller.Validate(result.Xml, enabledValidations);

@@ -482,6 +482,22 @@ TValidateArgs TValidadorController::ValidateStructure(const std::shared_ptr<cons
     return result;
 }
 
+TValidateArgs TValidadorController::FailuresOf(const std::shared_ptr<const std::string>& xml,
+                                               const std::vector<std::string>& enabledValidations) const {
+    TValidationRun run(terminology_);
+    run.xml_ = xml;
+    run.encoding_ = encoding_;
+    run.schemas_ = schemas_;
+    run.limits_ = TFindingLimits::None();
+    run.keepSuccesses_ = false;
+    run.Run();
+    TMessageFilter filter(enabledValidations);
+    std::erase_if(run.result_.AllMessages, [&filter](const auto& message) {
+        return !message->IsFailure() || filter.Hidden(*message);
+    });
+    return std::move(run.result_);
+}
+
 void TValidadorController::List(TValidateArgs& result,
                                 const std::vector<std::string>& enabledValidations) const {
     TMessageFilter filter(enabledValidations);

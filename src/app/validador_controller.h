@@ -173,6 +173,10 @@ class TValidadorController {
     /// documents), or by the parser where that refuses it. Nobody is told, and no
     /// state changes; a failure on the way becomes a message of the result, which then has no loaded file.
     TValidateArgs ValidateStructure(const std::shared_ptr<const std::string>& xml) const;
+    /// Judges a text by all rules, likewise without telling anybody: its errors, those of switched-off rules
+    /// left out.
+    TValidateArgs FailuresOf(const std::shared_ptr<const std::string>& xml,
+                             const std::vector<std::string>& enabledValidations) const;
 
   private:
     void RequireFile(const char* reason) const;

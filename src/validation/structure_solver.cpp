@@ -276,6 +276,16 @@ class TLevelSolver : public TStructureSolver {
     const TSchemaComplexType& content_;
 };
 
+/// A comment, or an instruction to some program.
+bool IsRemark(const TXmlNode& node) {
+    return node.Kind() == TXmlNodeKind::xnComment || node.Kind() == TXmlNodeKind::xnInstruction;
+}
+
+void MoveBefore(TXmlNode& node, TXmlNode& sibling) {
+    node.Remove();
+    sibling.Parent()->InsertChild(node, &sibling);
+}
+
 class TUnwrapSolver : public TStructureSolver {
   public:
     TUnwrapSolver(TFilePtr file, TXmlNode& node) : TStructureSolver(std::move(file), node, TStage::Levels) {}
@@ -287,9 +297,11 @@ class TUnwrapSolver : public TStructureSolver {
 
   protected:
     void Mend() override {
-        while (TXmlNode* inner = Node().FirstChildTag()) {
-            inner->Remove();
-            Node().Parent()->InsertChild(*inner, &Node());
+        for (TXmlNode* inner = Node().FirstChild(); inner != nullptr;) {
+            TXmlNode* next = inner->NextSibling();
+            if (inner->IsTag() || IsRemark(*inner))
+                MoveBefore(*inner, Node());
+            inner = next;
         }
         Node().Remove();
     }
@@ -316,7 +328,16 @@ class TRemoveSolver : public TStructureSolver {
     std::vector<const TXmlNode*> Scope() const override { return {Node().Parent()}; }
 
   protected:
-    void Mend() override { Node().Remove(); }
+    /// Comments in what is empty stay.
+    void Mend() override {
+        std::vector<TXmlNode*> remarks;
+        for (TXmlNode* at = Node().FirstChild(); at != nullptr && !WithLoss(); at = at->NextInWalk(&Node()))
+            if (IsRemark(*at))
+                remarks.push_back(at);
+        for (TXmlNode* remark : remarks)
+            MoveBefore(*remark, Node());
+        Node().Remove();
+    }
 };
 
 /// Gives an element another value, which means the same or, with loss, is a piece of it.
@@ -368,10 +389,13 @@ bool CanBeDeclared(const TXmlNode& tag, std::string_view prefix) {
     });
 }
 
-/// The beginning of a text that its type admits; nothing for what is no text of several words.
+/// The beginning of a text that its type admits; nothing for what is no text of several words, as numbers and
+/// codes, of which a part is worth nothing.
 std::optional<std::string> CutToLimit(const TSchemaFault& fault) {
+    constexpr std::int64_t kShortestText = 30; // numbers have 20 characters at most, texts more
     std::string_view text = fault.Found;
-    if (fault.Code != TSchemaFaultCode::TooLong || text.find(' ') == std::string_view::npos)
+    if (fault.Code != TSchemaFaultCode::TooLong || fault.Limit < kShortestText ||
+        text.find(' ') == std::string_view::npos)
         return std::nullopt;
     text = TrimXmlSpace(text.substr(0, BytesOfCharacters(text, static_cast<std::size_t>(fault.Limit))));
     return fault.Type->Check(text) ? std::nullopt : std::optional(std::string(text));
@@ -427,7 +451,8 @@ StructureSolversOf(const TSchemaFault& fault, const TFilePtr& file, const TSchem
         add(std::make_shared<TLevelSolver>(file, node, fault, schema));
         break;
     case TSchemaRemedy::Unwrap:
-        add(std::make_shared<TUnwrapSolver>(file, node));
+        if (TrimXmlSpace(node.TextWithCData()).empty())
+            add(std::make_shared<TUnwrapSolver>(file, node));
         break;
     case TSchemaRemedy::Remove:
         add(std::make_shared<TRemoveSolver>(

@@ -24,9 +24,10 @@ bool AllDigits(std::string_view text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
 }
 
+constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
+
 /// The text without white space and no-break spaces at its ends.
 std::string_view TrimBlanks(std::string_view text) {
-    constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
     for (std::size_t before = 0; before != text.size();) {
         before = text.size();
         text = TrimXmlSpace(text);
@@ -36,6 +37,17 @@ std::string_view TrimBlanks(std::string_view text) {
             text.remove_suffix(kNoBreakSpace.size());
     }
     return text;
+}
+
+/// The text with a space for each blank of another kind.
+std::string WithPlainBlanks(std::string_view text) {
+    std::string plain;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const bool noBreak = text.substr(at).starts_with(kNoBreakSpace);
+        plain += noBreak || IsXmlSpace(text[at]) ? ' ' : text[at];
+        at += noBreak ? kNoBreakSpace.size() - 1 : 0;
+    }
+    return plain;
 }
 
 /// True for a text of the shape in which 9 stands for a digit, A for a digit or an upper-case letter.
@@ -123,7 +135,8 @@ void AddNumber(const TSchemaSimpleType& type, std::string_view text, std::set<st
 TReading IsoDate(std::string_view text) {
     if (HasShape(text, "9999-99-99"))
         return std::string(text);
-    if (!HasShape(text, "99/99/9999"))
+    // Another century is a slip.
+    if (!HasShape(text, "99/99/9999") || (text.substr(6, 2) != "19" && text.substr(6, 2) != "20"))
         return std::nullopt;
     return std::string(text.substr(6)) + '-' + std::string(text.substr(3, 2)) + '-' +
            std::string(text.substr(0, 2));
@@ -151,19 +164,31 @@ bool IsPunctuation(char c) {
     return c == '.' || c == '-' || c == '/';
 }
 
-/// The digits of a document or code written with punctuation; nothing for what looks like an amount or a day.
-TReading WithoutPunctuation(std::string_view text) {
+/// True for two long numbers with a blank between them, which may be one each.
+bool IsSeveralNumbers(std::string_view text) {
+    constexpr std::ptrdiff_t kLong = 6;
+    return std::ranges::count_if(Split(text, ' '), [](std::string_view group) {
+               return std::ranges::count_if(group, IsDigit) >= kLong;
+           }) > 1;
+}
+
+/// The digits of a document or code written with punctuation or in groups; nothing for what looks like an
+/// amount, a day or several numbers.
+TReading WithoutPunctuation(std::string_view raw) {
+    const std::string text = WithPlainBlanks(raw);
     std::string bare;
     std::copy_if(text.begin(), text.end(), std::back_inserter(bare),
-                 [](char c) { return !IsPunctuation(c); });
+                 [](char c) { return !IsPunctuation(c) && c != ' '; });
     if (bare.size() == text.size())
         return std::nullopt;
     if (HasShape(text, "AA.AAA.AAA/AAAA-99"))
         return bare;
     const bool amount = text.size() == bare.size() + 1 && text.find('.') != std::string_view::npos;
-    const bool date =
-        HasShape(text, "99/99/9999") || HasShape(text, "9999-99-99") || HasShape(text, "99.99.9999");
-    if (!AllDigits(bare) || !IsDigit(text.front()) || !IsDigit(text.back()) || amount || date)
+    const bool date = HasShape(text, "99/99/9999") || HasShape(text, "9999-99-99") ||
+                      HasShape(text, "99.99.9999") || HasShape(text, "99 99 9999") ||
+                      HasShape(text, "9999 99 99");
+    if (!AllDigits(bare) || !IsDigit(text.front()) || !IsDigit(text.back()) || amount || date ||
+        IsSeveralNumbers(text))
         return std::nullopt;
     return bare;
 }

@@ -390,7 +390,7 @@ TEST(StructureMutation, TheOriginalComesBack) {
         const std::string original = lines ? OnLines(run.Original()) : run.Original();
         const auto damaged = std::make_shared<const std::string>(lines ? OnLines(run.Text()) : run.Text());
         SCOPED_TRACE(fmt::format("{} {} seed {}: {}", versao, i, seed, fmt::join(done, ", ")));
-        const TCorrectionResult result = RepairStructure(controller, damaged, {}, false);
+        const TCorrectionResult result = RepairStructure(controller, damaged, {});
         const bool same = *result.Xml == original;
         if (!same) {
             const std::size_t faults = run.FaultsOf(*result.Xml);
