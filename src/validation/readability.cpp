@@ -4,6 +4,7 @@
 #include "xml/cut_text.h"
 #include "xml/name_likeness.h"
 #include "xml/xml_encoding.h"
+#include "xml/xml_node.h"
 #include "xml/xml_writer.h"
 
 #include <fmt/format.h>
@@ -37,19 +38,37 @@ struct TMisnamed {
     std::string_view Name;
 };
 
+/// An element and the value that was meant.
+struct TMiswritten {
+    TXmlNode* Node;
+    std::string Value;
+};
+
+/// What keeps a file from being identified.
+struct TIdentifyingSlips {
+    std::vector<TMisnamed> Names;
+    std::vector<TMiswritten> Values;
+};
+
 class TIdentifyingNamesSolver : public TReadabilitySolver {
   public:
-    TIdentifyingNamesSolver(std::shared_ptr<TXmlDocument> document, std::vector<TMisnamed> names)
-        : document_(std::move(document)), names_(std::move(names)) {
-        for (const TMisnamed& misnamed : names_)
+    TIdentifyingNamesSolver(std::shared_ptr<TXmlDocument> document, TIdentifyingSlips slips)
+        : document_(std::move(document)), slips_(std::move(slips)) {
+        for (const TMisnamed& misnamed : slips_.Names)
             description_ += fmt::format("{} <{}> para <{}>", description_.empty() ? "Renomear" : ",",
                                         misnamed.Node->LocalName(), misnamed.Name);
+        for (const TMiswritten& miswritten : slips_.Values)
+            description_ +=
+                fmt::format("{} o valor de <{}> para {}", description_.empty() ? "Alterar" : "; alterar",
+                            miswritten.Node->LocalName(), miswritten.Value);
     }
     bool IsOfStructure() const override { return true; }
     std::string Name() const override { return "TIdentifyingNamesSolver"; }
     std::string Description() const override { return description_; }
     void Solve() override {
-        for (const TMisnamed& misnamed : names_) {
+        for (const TMiswritten& miswritten : slips_.Values)
+            miswritten.Node->SetValue(miswritten.Value);
+        for (const TMisnamed& misnamed : slips_.Names) {
             const std::string prefix(misnamed.Node->Prefix());
             misnamed.Node->SetName(prefix.empty() ? std::string(misnamed.Name)
                                                   : fmt::format("{}:{}", prefix, misnamed.Name));
@@ -62,7 +81,7 @@ class TIdentifyingNamesSolver : public TReadabilitySolver {
 
   private:
     std::shared_ptr<TXmlDocument> document_;
-    std::vector<TMisnamed> names_;
+    TIdentifyingSlips slips_;
     std::string description_;
 };
 
@@ -79,6 +98,16 @@ TXmlNode* FindChild(TXmlNode& parent, std::initializer_list<std::string_view> na
                 return &child;
             }
     return nullptr;
+}
+
+/// Notes the kind of transaction by which files of a root are known, where it was written with blanks around
+/// it or in other case.
+void CheckTransaction(const TXmlNode& root, TXmlNode& transaction, std::vector<TMiswritten>& miswritten) {
+    const std::string_view value = transaction.Value();
+    for (const TTissKind& kind : kTissKinds)
+        if (!kind.Transaction.empty() && SameButForCase(root.LocalName(), kind.RootElement) &&
+            value != kind.Transaction && SameButForCase(TrimXmlSpace(value), kind.Transaction))
+            miswritten.push_back({&transaction, std::string(kind.Transaction)});
 }
 
 std::shared_ptr<const TXmlMessage> WithSolver(const TXmlMessage& error, std::shared_ptr<ISolver> solver) {
@@ -99,21 +128,26 @@ std::shared_ptr<const TXmlMessage> WithDeclarationFirst(std::shared_ptr<const TX
 
 std::shared_ptr<const TXmlMessage> WithIdentifyingNames(std::shared_ptr<const TXmlMessage> refusal,
                                                         const std::shared_ptr<TXmlDocument>& document) {
-    std::vector<TMisnamed> misnamed;
+    TIdentifyingSlips slips;
+    std::vector<TMisnamed>& misnamed = slips.Names;
     for (const TTissKind& kind : kTissKinds) {
         TXmlNode* root = FindChild(document->Root(), {kind.RootElement}, misnamed);
         if (root == nullptr)
             continue;
         if (TXmlNode* header = FindChild(*root, {"cabecalho"}, misnamed)) {
-            FindChild(*header, {"Padrao", "versaoPadrao"}, misnamed);
-            if (TXmlNode* transaction = FindChild(*header, {"identificacaoTransacao"}, misnamed))
-                FindChild(*transaction, {"tipoTransacao"}, misnamed);
+            if (TXmlNode* version = FindChild(*header, {"Padrao", "versaoPadrao"}, misnamed))
+                if (const std::string_view value = TrimXmlSpace(version->Value());
+                    !value.empty() && value.size() != version->Value().size())
+                    slips.Values.push_back({version, std::string(value)});
+            if (TXmlNode* identification = FindChild(*header, {"identificacaoTransacao"}, misnamed))
+                if (TXmlNode* transaction = FindChild(*identification, {"tipoTransacao"}, misnamed))
+                    CheckTransaction(*root, *transaction, slips.Values);
         }
         break;
     }
-    if (misnamed.empty())
+    if (slips.Names.empty() && slips.Values.empty())
         return refusal;
-    return WithSolver(*refusal, std::make_shared<TIdentifyingNamesSolver>(document, std::move(misnamed)));
+    return WithSolver(*refusal, std::make_shared<TIdentifyingNamesSolver>(document, std::move(slips)));
 }
 
 } // namespace conferix

@@ -24,7 +24,8 @@ std::shared_ptr<const TXmlMessage> WithDeclarationFirst(std::shared_ptr<const TX
                                                         const std::shared_ptr<const std::string>& text);
 
 /// The same error with the correction of the names by which a document is identified (those of its root, of
-/// the header and of what names transaction and version there), where some are in wrong case.
+/// the header and of what names transaction and version there), where some are in wrong case, and of version
+/// and kind of transaction where blanks or wrong case keep them from being known.
 std::shared_ptr<const TXmlMessage> WithIdentifyingNames(std::shared_ptr<const TXmlMessage> refusal,
                                                         const std::shared_ptr<TXmlDocument>& document);
 

@@ -52,20 +52,55 @@ bool UsesPrefix(const TXmlNode& node, std::string_view prefix) {
     return false;
 }
 
+/// The prefix by which an element can be in a namespace, its parent's before others; nothing where none is
+/// declared.
+std::optional<std::string> PrefixFor(const TXmlNode& node, std::string_view uri) {
+    std::map<std::string_view, std::string_view> bindings;
+    for (const TXmlNode* at = node.Parent(); at != nullptr && at->IsTag(); at = at->Parent())
+        for (const TXmlAttribute& attribute : at->Attributes())
+            if (attribute.QualifiedName() == "xmlns")
+                bindings.emplace("", attribute.Value());
+            else if (attribute.Name().Prefix == "xmlns")
+                bindings.emplace(attribute.Name().Local, attribute.Value());
+    if (const auto own = bindings.find(node.Parent()->Prefix()); own != bindings.end() && own->second == uri)
+        return std::string(own->first);
+    const auto other = std::ranges::find_if(bindings, [uri](const auto& b) { return b.second == uri; });
+    return other != bindings.end() ? std::optional(std::string(other->first)) : std::nullopt;
+}
+
+/// Gives an element, and those in it that follow it in its prefix, another prefix.
+void SetPrefixOfBranch(TXmlNode& node, const std::string& prefix) {
+    const std::string old(node.Prefix());
+    bool used = false;
+    for (TXmlNode* at = &node; at != nullptr;) {
+        const bool changes = at == &node || (at->IsTag() && at->Prefix() == old && !IsSignature(*at) &&
+                                             !DeclaresPrefix(*at, old) && !DeclaresPrefix(*at, prefix));
+        if (changes)
+            at->SetPrefix(prefix);
+        else
+            used = used || UsesPrefix(*at, old);
+        at = changes ? at->NextInWalk(&node) : AfterSubtree(at, &node);
+    }
+    if (!used && old != prefix)
+        node.RemoveAttribute(old.empty() ? std::string("xmlns") : "xmlns:" + old);
+}
+
 class TRenameSolver : public TStructureSolver {
   public:
-    /// `content`: in which the element has to be placed; null where it stands right.
-    TRenameSolver(TFilePtr file, TXmlNode& node, std::string name, TSchemaPtr schema,
-                  const TSchemaComplexType* content)
-        : TStructureSolver(std::move(file), node, TStage::Names), name_(std::move(name)),
-          schema_(std::move(schema)), content_(content) {}
+    TRenameSolver(TFilePtr file, TXmlNode& node, const TSchemaFault& fault, TSchemaPtr schema)
+        : TStructureSolver(std::move(file), node, TStage::Names), name_(fault.Bound),
+          prefix_(fault.Namespace.empty() ? std::nullopt : PrefixFor(node, fault.Namespace)),
+          schema_(std::move(schema)), content_(fault.Content) {}
     std::string Name() const override { return "TRenameElementSolver"; }
     std::string Description() const override {
-        return fmt::format("Renomear <{}> para <{}>", CutText(Node().LocalName()), name_);
+        return fmt::format("Renomear <{}> para <{}>", CutText(Node().LocalName()),
+                           WithPrefix(prefix_.value_or(""), name_));
     }
 
   protected:
     void Mend() override {
+        if (prefix_)
+            SetPrefixOfBranch(Node(), *prefix_);
         Node().SetName(WithPrefix(Node().Prefix(), name_));
         if (content_ != nullptr)
             PlaceChild(*content_, Node());
@@ -73,8 +108,9 @@ class TRenameSolver : public TStructureSolver {
 
   private:
     std::string name_;
+    std::optional<std::string> prefix_; ///< of the namespace of the right name, where it stands in another
     TSchemaPtr schema_;
-    const TSchemaComplexType* content_;
+    const TSchemaComplexType* content_; ///< in which it has to be placed; null where it stands right
 };
 
 /// Gives an element, and those in it that follow it in its prefix, the prefix of another namespace.
@@ -89,40 +125,8 @@ class TPrefixSolver : public TStructureSolver {
                    : fmt::format("Escrever <{}> com o prefixo \"{}\"", CutText(Node().LocalName()), prefix_);
     }
 
-    /// The prefix by which an element can be in a namespace, its parent's before others; nothing where none
-    /// is declared.
-    static std::optional<std::string> PrefixFor(const TXmlNode& node, std::string_view uri) {
-        std::map<std::string_view, std::string_view> bindings;
-        for (const TXmlNode* at = node.Parent(); at != nullptr && at->IsTag(); at = at->Parent())
-            for (const TXmlAttribute& attribute : at->Attributes())
-                if (attribute.QualifiedName() == "xmlns")
-                    bindings.emplace("", attribute.Value());
-                else if (attribute.Name().Prefix == "xmlns")
-                    bindings.emplace(attribute.Name().Local, attribute.Value());
-        if (const auto own = bindings.find(node.Parent()->Prefix());
-            own != bindings.end() && own->second == uri)
-            return std::string(own->first);
-        const auto other = std::ranges::find_if(bindings, [uri](const auto& b) { return b.second == uri; });
-        return other != bindings.end() ? std::optional(std::string(other->first)) : std::nullopt;
-    }
-
   protected:
-    void Mend() override {
-        const std::string old(Node().Prefix());
-        bool used = false;
-        for (TXmlNode* at = &Node(); at != nullptr;) {
-            const bool changes =
-                at == &Node() || (at->IsTag() && at->Prefix() == old && !IsSignature(*at) &&
-                                  !DeclaresPrefix(*at, old) && !DeclaresPrefix(*at, prefix_));
-            if (changes)
-                at->SetPrefix(prefix_);
-            else
-                used = used || UsesPrefix(*at, old);
-            at = changes ? at->NextInWalk(&Node()) : AfterSubtree(at, &Node());
-        }
-        if (!used && old != prefix_)
-            Node().RemoveAttribute(old.empty() ? std::string("xmlns") : "xmlns:" + old);
-    }
+    void Mend() override { SetPrefixOfBranch(Node(), prefix_); }
 
   private:
     std::string prefix_;
@@ -435,8 +439,8 @@ StructureSolversOf(const TSchemaFault& fault, const TFilePtr& file, const TSchem
     switch (fault.Remedy) {
     case TSchemaRemedy::Rename:
         if (fault.Code != TSchemaFaultCode::WrongNamespace)
-            add(std::make_shared<TRenameSolver>(file, node, fault.Bound, schema, fault.Content));
-        else if (auto prefix = TPrefixSolver::PrefixFor(node, fault.Bound))
+            add(std::make_shared<TRenameSolver>(file, node, fault, schema));
+        else if (auto prefix = PrefixFor(node, fault.Bound))
             add(std::make_shared<TPrefixSolver>(file, node, std::move(*prefix)));
         break;
     case TSchemaRemedy::Place:

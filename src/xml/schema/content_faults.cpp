@@ -40,9 +40,16 @@ void TContentRecovery::ReportNames(const TItem& item) {
             NamesOf(item.Candidates).size() != 1)
             continue;
         fault.Remedy = TSchemaRemedy::Rename;
+        if (!elsewhere && IsInOtherNamespace(children_[i], element))
+            fault.Namespace = owner_.Set().NamespaceUri(element.Namespace);
         if (item.Position == kNone && !content_.Missing && HasOnePlace(item))
             fault.Content = &content_.Type;
     }
+}
+
+bool TContentRecovery::IsInOtherNamespace(const TSchemaChild& child, const TSchemaElement& element) const {
+    return child.Name.Namespace != element.Namespace && !child.Name.Undeclared &&
+           !(content_.Forgiven && *content_.Forgiven == child.Name.Namespace);
 }
 
 TSchemaFaultCode TContentRecovery::CodeOf(TSchemaMisnaming misnaming) {

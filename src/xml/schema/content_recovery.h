@@ -223,6 +223,9 @@ class TContentRecovery {
     /// The name faults of the children of an item whose meaning is known.
     void ReportNames(const TItem& item);
 
+    /// True of a child that stands in another namespace than an element, where that is not told elsewhere.
+    bool IsInOtherNamespace(const TSchemaChild& child, const TSchemaElement& element) const;
+
     static TSchemaFaultCode CodeOf(TSchemaMisnaming misnaming);
 
     /// A misnamed child that has no place here: a guess is dropped unless what was meant is missing.

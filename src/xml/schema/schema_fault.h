@@ -95,6 +95,7 @@ struct TSchemaFault {
     std::string Found;                        ///< value, prefix or namespace found
     std::string Before;                       ///< the sibling before which it belongs; empty: at the end
     std::string Bound;                        ///< bound, pattern, name or value demanded
+    std::string Namespace;                    ///< of the name demanded, where it is another one
     std::vector<std::string> Expected;        ///< elements or codes expected; of codes, the first ten
     std::vector<std::string> Similar;         ///< codes like the value found, the nearest first
     std::int64_t Count = 0; ///< occurrences, length or digits found; size of the list of codes

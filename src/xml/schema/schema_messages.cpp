@@ -108,7 +108,8 @@ std::string UnknownElement(const TSchemaFault& fault) {
 
 std::string WrongCase(const TSchemaFault& fault) {
     return "O elemento " + Tag(fault.Name) + In(fault) +
-           " tem letras maiúsculas e minúsculas trocadas: o nome certo é " + Tag(fault.Bound) + ".";
+           " tem letras maiúsculas e minúsculas trocadas: o nome certo é " + Tag(fault.Bound) +
+           (fault.Namespace.empty() ? std::string() : ", no namespace " + Quote(fault.Namespace)) + ".";
 }
 
 std::string WrongNamespace(const TSchemaFault& fault) {
