@@ -185,7 +185,7 @@ class TWrapSolver : public TStructureSolver {
     TWrapSolver(TFilePtr file, TXmlNode& node, const TSchemaFault& fault, TSchemaPtr schema)
         : TStructureSolver(std::move(file), node, TStage::Levels), name_(fault.Name),
           first_(fault.Expected.front()), last_(fault.Expected.back()),
-          count_(static_cast<std::size_t>(fault.Count)), schema_(std::move(schema)),
+          count_(static_cast<std::size_t>(fault.Count)), one_(fault.Limit == 1), schema_(std::move(schema)),
           content_(*fault.Content) {}
     std::string Name() const override { return "TWrapElementsSolver"; }
     std::string Description() const override {
@@ -204,7 +204,8 @@ class TWrapSolver : public TStructureSolver {
         });
         TXmlNode* at = &Node();
         for (std::size_t left = count_; left > 0 && at != nullptr;) {
-            const std::size_t count = wrapper->Max > 1 ? OneContent(*at, left, *wrapper->Element) : left;
+            const std::size_t count =
+                wrapper->Max > 1 && !one_ ? OneContent(*at, left, *wrapper->Element) : left;
             at = Wrap(*at, count);
             left -= count;
         }
@@ -245,6 +246,7 @@ class TWrapSolver : public TStructureSolver {
     std::string first_;
     std::string last_;
     std::size_t count_;
+    bool one_; ///< around all of them
     TSchemaPtr schema_;
     const TSchemaComplexType& content_;
 };

@@ -204,6 +204,8 @@ std::vector<std::uint32_t> TContentRecovery::ExpectedPositions(const TItem& item
     if (wrapper == kNone && previous != nullptr && automaton_.Positions[previous->Position].Max > 1 &&
         previous->Stretch < automaton_.Positions[previous->Position].Max)
         expected.push_back(previous->Position);
+    if (wrapper != kNone && automaton_.Positions[wrapper].Max > 1)
+        expected.push_back(wrapper);
     for (const std::uint32_t p : automaton_.Follow(state))
         if (following == nullptr || p == following->Position || distances_.Reaches(p, following->Position))
             expected.push_back(p);

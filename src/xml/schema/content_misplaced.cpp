@@ -5,6 +5,8 @@ namespace conferix {
 namespace {
 
 constexpr std::size_t kSiblingsSearched = 8;
+/// Elements may be missing around children, and in each of them others, as deep as this.
+constexpr int kLevelsMissing = 2;
 
 } // namespace
 
@@ -33,9 +35,47 @@ std::size_t TContentRecovery::RunKnownTo(const TSchemaComplexType& type, std::si
     std::size_t count = 0;
     while (first + count < items_.size() && items_[first + count].Position == kNone &&
            items_[first + count].Count == 1 &&
-           PositionOf(type, children_[items_[first + count].First].Name.Symbol) != nullptr)
+           PositionOf(type, children_[items_[first + count].First]) != nullptr)
         ++count;
     return count;
+}
+
+std::size_t TContentRecovery::WholeContentFrom(const TSchemaComplexType& type, std::size_t first,
+                                               int levels) const {
+    const TSchemaAutomaton& automaton = type.Automaton;
+    std::uint32_t state = 0;
+    std::size_t at = first;
+    std::size_t complete = 0;
+    const auto takeBelow = [&](std::uint32_t position) {
+        const TSchemaComplexType* inner = ContainerType(automaton.Positions[position].Element);
+        const std::size_t taken =
+            inner != nullptr && levels > 0 ? WholeContentFrom(*inner, at, levels - 1) : 0;
+        at += taken;
+        state = taken > 0 ? position + 1 : state;
+        return taken > 0;
+    };
+    while (at < items_.size() && items_[at].Position == kNone && items_[at].Count == 1) {
+        const auto follow = automaton.Follow(state);
+        if (const auto next = automaton.After(state, NodeOf(items_[at]).LocalName())) {
+            state = *next;
+            ++at;
+        } else if (!(state > 0 && automaton.Positions[state - 1].Max > 1 && takeBelow(state - 1)) &&
+                   std::none_of(follow.begin(), follow.end(), takeBelow)) {
+            break;
+        }
+        if (automaton.Accepting[state] != 0)
+            complete = at - first;
+    }
+    return complete;
+}
+
+bool TContentRecovery::BelongsIn(const TSchemaComplexType& type, std::size_t item) const {
+    const TSchemaChild& child = children_[items_[item].First];
+    return PositionOf(type, child) != nullptr ||
+           std::ranges::any_of(type.Automaton.Positions, [&child](const TSchemaPosition& position) {
+               const TSchemaComplexType* inner = ContainerType(position.Element);
+               return inner != nullptr && PositionOf(*inner, child) != nullptr;
+           });
 }
 
 std::size_t TContentRecovery::RunKnownBelow(const TSchemaComplexType& type, std::size_t first,
@@ -75,13 +115,16 @@ bool TContentRecovery::IsOnlyWrapperOf(std::uint32_t wrapper, std::size_t item) 
     const TSchemaChild& child = children_[items_[item].First];
     for (std::uint32_t p = 0; p < automaton_.Positions.size(); ++p)
         if (const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
-            p != wrapper && type != nullptr && PositionOf(*type, child.Name.Symbol) != nullptr)
+            p != wrapper && type != nullptr && PositionOf(*type, child) != nullptr)
             return false;
     const TSchemaComplexType& type = *automaton_.Positions[wrapper].Element->ComplexType;
-    const auto state = type.Automaton.After(0, child.Node->LocalName());
+    const TSchemaPosition* known = PositionOf(type, child);
+    if (known == nullptr)
+        return false;
+    const TSchemaElement& element = *known->Element;
+    const auto state = type.Automaton.After(0, element.Name);
     return (state && type.Automaton.Accepting[*state] != 0) ||
-           (child.Node->FirstChildTag() != nullptr &&
-            Resembles(*PositionOf(type, child.Name.Symbol)->Element, *child.Node));
+           (child.Node->FirstChildTag() != nullptr && Resembles(element, *child.Node));
 }
 
 bool TContentRecovery::IsContent(const TSchemaComplexType& wrapper, bool repeats, std::size_t first,
@@ -89,7 +132,7 @@ bool TContentRecovery::IsContent(const TSchemaComplexType& wrapper, bool repeats
     const TSchemaAutomaton& automaton = wrapper.Automaton;
     std::optional<std::uint32_t> state = 0;
     for (std::size_t i = first; i < first + count && state; ++i) {
-        const std::string_view name = NodeOf(items_[i]).LocalName();
+        const std::string& name = PositionOf(wrapper, children_[items_[i].First])->Element->Name;
         const auto next = automaton.After(*state, name);
         const bool again = !next && automaton.Accepting[*state] != 0 && repeats;
         state = again ? automaton.After(0, name) : next;
@@ -102,14 +145,20 @@ std::size_t TContentRecovery::TakeIntoWrapper(std::size_t first, TWrapping wrapp
     std::uint32_t wrapper = kNone;
     std::size_t count = 0;
     bool sure = false;
+    bool one = false; // the children are the content of one element
     const auto consider = [&](std::uint32_t p, TMissing* entry) {
         const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
         const bool whole = wrapping == TWrapping::Whole;
-        const std::size_t run = type == nullptr ? 0
-                                : twice         ? RunKnownBelow(*type, first, whole)
-                                                : RunKnownTo(*type, first);
-        if (whole && !twice && (run < 2 || !IsContent(*type, Repeats(p), first, run)))
+        std::size_t run = type == nullptr ? 0
+                          : twice         ? RunKnownBelow(*type, first, whole)
+                                          : RunKnownTo(*type, first);
+        const std::size_t content =
+            type != nullptr && !twice ? WholeContentFrom(*type, first, kLevelsMissing) : 0;
+        const bool isOne = content > std::max<std::size_t>(run, 1);
+        if (whole && !twice && !isOne && (run < 2 || !IsContent(*type, Repeats(p), first, run)))
             return;
+        if (isOne)
+            run = content;
         sure = sure && (run < count || p == wrapper);
         if (run <= count || (entry == nullptr && run < 2 && !IsOnlyWrapperOf(p, first)))
             return;
@@ -117,6 +166,7 @@ std::size_t TContentRecovery::TakeIntoWrapper(std::size_t first, TWrapping wrapp
         count = run;
         wrapper = p;
         missing = entry;
+        one = isOne;
     };
     if (wrapping == TWrapping::Missing) {
         for (TMissing& entry : std::span(missing_).first(std::min(missing_.size(), kMissingSearched)))
@@ -132,12 +182,25 @@ std::size_t TContentRecovery::TakeIntoWrapper(std::size_t first, TWrapping wrapp
     if (missing != nullptr)
         missing->Explained = true;
     const TSchemaElement& element = *automaton_.Positions[wrapper].Element;
+    // Around a part of its children it would help nobody; where they end is not sure then.
+    const auto goesOn = [&] {
+        const std::size_t next = first + count;
+        return next < items_.size() && items_[next].Candidates.empty() && items_[next].Count == 1 &&
+               BelongsIn(*element.ComplexType, next);
+    };
+    if (goesOn()) {
+        const bool repeats = Repeats(wrapper);
+        sure = sure && repeats && WholeContentFrom(*element.ComplexType, first + count, kLevelsMissing) > 0;
+        while (!repeats && goesOn())
+            ++count;
+    }
     const std::uint32_t from = items_[first].First;
     const auto inside = children_.subspan(from, count);
     TSchemaFault& fault = Add(TSchemaFaultCode::MissingWrapper, NodeOf(items_[first]), element.Name);
     fault.Expected = {std::string(inside.front().Node->LocalName()),
                       std::string(inside.back().Node->LocalName())};
     fault.Count = static_cast<std::int64_t>(count);
+    fault.Limit = one ? 1 : 0;
     if (sure && !content_.Missing) {
         fault.Remedy = TSchemaRemedy::Wrap;
         fault.Content = &content_.Type;

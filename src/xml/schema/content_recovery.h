@@ -23,6 +23,8 @@ namespace conferix {
 const TSchemaComplexType* ContainerType(const TSchemaElement* element);
 /// The place of a content for elements of a name; null for one that it does not know.
 const TSchemaPosition* PositionOf(const TSchemaComplexType& type, std::uint32_t symbol);
+/// The same of a child, also where its name is in wrong case.
+const TSchemaPosition* PositionOf(const TSchemaComplexType& type, const TSchemaChild& child);
 /// True when an element could be a child under a mistaken name: a value for a value, and of a container at
 /// least one child that it knows.
 bool Resembles(const TSchemaElement& element, const TXmlNode& node);
@@ -162,6 +164,13 @@ class TContentRecovery {
 
     /// The number of items from `first` on that an element knows as its children and that have no place here.
     std::size_t RunKnownTo(const TSchemaComplexType& type, std::size_t first) const;
+
+    /// The number of items from `first` on that are the content of an element, where elements in it are
+    /// missing around some of them, at most `levels` one in the other; 0 where they are not its content.
+    std::size_t WholeContentFrom(const TSchemaComplexType& type, std::size_t first, int levels) const;
+
+    /// True of an item that an element, or one in it, knows as a child.
+    bool BelongsIn(const TSchemaComplexType& type, std::size_t item) const;
 
     /// The same of what one of its children knows; `whole`: only where that is the content of it, or of
     /// several.

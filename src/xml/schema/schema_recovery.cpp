@@ -47,6 +47,16 @@ const TSchemaPosition* PositionOf(const TSchemaComplexType& type, std::uint32_t 
     return found != positions.end() ? &*found : nullptr;
 }
 
+const TSchemaPosition* PositionOf(const TSchemaComplexType& type, const TSchemaChild& child) {
+    if (const TSchemaPosition* exact = PositionOf(type, child.Name.Symbol))
+        return exact;
+    const auto& positions = type.Automaton.Positions;
+    const auto found = std::ranges::find_if(positions, [&child](const TSchemaPosition& p) {
+        return p.Element != nullptr && SameButForCase(p.Element->Name, child.Node->LocalName());
+    });
+    return found != positions.end() ? &*found : nullptr;
+}
+
 bool Resembles(const TSchemaElement& element, const TXmlNode& node) {
     const TXmlNode* first = node.FirstChildTag();
     const TSchemaComplexType* type = ContainerType(&element);
