@@ -185,7 +185,7 @@ std::size_t TContentRecovery::TakeIntoWrapper(std::size_t first, TWrapping wrapp
     // Around a part of its children it would help nobody; where they end is not sure then.
     const auto goesOn = [&] {
         const std::size_t next = first + count;
-        return next < items_.size() && items_[next].Candidates.empty() && items_[next].Count == 1 &&
+        return next < items_.size() && items_[next].Candidates().empty() && items_[next].Count == 1 &&
                BelongsIn(*element.ComplexType, next);
     };
     if (goesOn()) {
