@@ -191,6 +191,7 @@ TStructureJudge::TVerdict TStructureJudge::Try(const std::vector<std::size_t>& c
 std::vector<TCorrectionRecord> TStructureJudge::RecordsOf(const std::vector<std::size_t>& candidates) {
     const std::vector<TPicked>& picked = Fresh();
     std::vector<TCorrectionRecord> records;
+    records.reserve(candidates.size());
     for (const std::size_t i : candidates)
         records.push_back(RecordOf(picked[i].Message, *picked[i].Solver));
     return records;
