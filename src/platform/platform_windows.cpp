@@ -200,6 +200,11 @@ void PrepareStandardStreams() {
     SetConsoleCtrlHandler(&RestoreConsoleAtEnd, TRUE);
 }
 
+void EndNow(int status) {
+    RestoreConsole();
+    _exit(status);
+}
+
 bool HasDisplay() {
     return true;
 }
