@@ -11,7 +11,7 @@ area=$(mktemp -d)
 trap 'rm -rf "$area"' EXIT
 # O Wine toma da localidade o país e a codificação dos nomes de arquivos.
 export LC_ALL=pt_BR.UTF-8 TZ=America/Sao_Paulo NO_COLOR=1
-casos=0 diferencas=0
+casos=0 diferencas=0 separadores=
 
 em_linux() { CONFERIX_DADOS=$area/linux/dados "$linux" "$@"; }
 em_windows() { CONFERIX_DADOS=../dados "$executar" "$windows" "$@"; }
@@ -23,9 +23,10 @@ um_lado() { # <linux|windows> <entrada> <argumentos...>
     (cd "$area/$lado/trabalho" && "em_$lado" "$@" <"$entrada" >../saida 2>../erros) || status=$?
     echo "$status" >"$area/$lado/status"
     sed -i -E 's/\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\}/{id}/g
-        s/[0-9]{2}\/[0-9]{2}\/[0-9]{4} [0-9]{2}:[0-9]{2}(:[0-9]{2})?/HORA/g
+        s/[0-9]{2}\/[0-9]{2}\/[0-9]{4},? [0-9]{2}:[0-9]{2}(:[0-9]{2})?/HORA/g
         s/[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:.]+(Z|[-+][0-9:]+)?/HORA/g
         s/^(Pasta dos schemas: ).*/\1PASTA/' "$area/$lado/saida" "$area/$lado/erros"
+    [ -z "$separadores" ] || sed -i 's/\\\{1,2\}/\//g' "$area/$lado/saida" "$area/$lado/erros"
 }
 
 comparar() { # <entrada> <argumentos...>
@@ -73,7 +74,10 @@ for exemplo in "$raiz"/exemplos/${3:-*.xml}; do
     comparar /dev/null corrigir "$longo" --todas --no-lugar
 done
 
+# Os nomes que o programa acha em uma pasta têm os separadores do sistema.
+separadores=1
 comparar /dev/null validar . --formato json
+separadores=
 comparar /dev/null regras --formato json
 comparar /dev/null regras
 comparar /dev/null ajuda corrigir
