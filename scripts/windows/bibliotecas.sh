@@ -17,6 +17,8 @@ fontes=(
     'libzip 1.7.3-1'
     'nettle 3.8.1-2'
     'curl 7.88.1-10+deb12u15'
+    'libpng1.6 1.6.39-2+deb12u6'
+    'libjpeg-turbo 1:2.1.5-2'
 )
 # Bibliotecas que são só cabeçalhos, iguais em todos os sistemas: dos pacotes instalados.
 cabecalhos=(boost:libboost1.74-dev nlohmann:nlohmann-json3-dev spdlog:libspdlog-dev SimpleIni.h:libsimpleini-dev)
@@ -131,7 +133,7 @@ fazer_sqlite3() {
 
 fazer_sqlitecpp() {
     com_cmake . -DSQLITECPP_INTERNAL_SQLITE=OFF -DSQLITECPP_RUN_CPPLINT=OFF -DSQLITECPP_RUN_CPPCHECK=OFF \
-        -DSQLITECPP_USE_STACK_PROTECTION=OFF
+        -DSQLITECPP_USE_STACK_PROTECTION=OFF -DSQLITE_OMIT_LOAD_EXTENSION=ON
 }
 
 fazer_fmtlib() {
@@ -177,7 +179,20 @@ fazer_curl() {
     cp -r include/curl "$prefixo/include/"
 }
 
-# O que o projeto procura com find_package e pkg-config e só existe aqui como cabeçalhos.
+fazer_libpng1.6() {
+    cp scripts/pnglibconf.h.prebuilt pnglibconf.h
+    $alvo-gcc-posix -O2 -w -DPNG_INTEL_SSE_OPT=0 -I"$prefixo/include" -c png*.c
+    arquivar png png*.o
+    cp png.h pngconf.h pnglibconf.h "$prefixo/include"
+}
+
+fazer_libjpeg-turbo() {
+    # Toma uma pasta relativa sem tipo pela atual.
+    com_cmake . -DENABLE_SHARED=OFF -DWITH_SIMD=OFF -DWITH_JAVA=OFF -DCMAKE_INSTALL_LIBDIR="$prefixo/lib"
+}
+
+# O que o projeto procura com find_package e pkg-config e só existe aqui como cabeçalhos. O da SimpleIni traz também o que no
+# Debian está em uma biblioteca.
 descrever_cabecalhos() {
     mkdir -p "$prefixo"/lib/{pkgconfig,cmake/spdlog}
     cp -r /usr/share/cmake/nlohmann_json "$prefixo/lib/cmake/"
@@ -186,7 +201,12 @@ add_library(spdlog::spdlog_header_only INTERFACE IMPORTED)
 target_compile_definitions(spdlog::spdlog_header_only INTERFACE SPDLOG_FMT_EXTERNAL)
 target_link_libraries(spdlog::spdlog_header_only INTERFACE fmt::fmt)
 FIM
-    printf '%s\n' 'Name: simpleini' 'Description: INI' 'Version: 4.19' >"$prefixo/lib/pkgconfig/simpleini.pc"
+    printf '%s\n' '#define SI_IMPLEMENTATION' '#define SI_NO_CONVERSION' '#include <SimpleIni.h>' \
+        'template class CSimpleIniTempl<char, SI_GenericNoCase<char>, SI_ConvertA<char>>;' >"$prefixo/simpleini.cpp"
+    $alvo-g++-posix -O2 -w -I"$prefixo/include" -c "$prefixo/simpleini.cpp" -o "$prefixo/simpleini.o"
+    arquivar simpleini "$prefixo/simpleini.o"
+    rm "$prefixo"/simpleini.{cpp,o}
+    descrever simpleini 4.19
 }
 
 compilar_biblioteca() { # <pacote-fonte> <versão>

@@ -1,5 +1,6 @@
 #include "app/config.h"
 
+#include "platform/whole_path.h"
 #include "validator/rule_list.h"
 
 #include <fmt/format.h>
@@ -70,7 +71,7 @@ std::vector<std::string> TConfig::GetEnabledValidations(const std::filesystem::p
 }
 
 std::unique_ptr<TFileLock> TConfig::Lock(const std::filesystem::path& file) {
-    std::filesystem::path lock = std::filesystem::weakly_canonical(file);
+    std::filesystem::path lock = CanonicalPath(file);
     CreateFolder(lock.parent_path());
     return std::make_unique<TFileLock>(lock += ".trava", true);
 }

@@ -1,6 +1,7 @@
 #include "app/input_files.h"
 
 #include "platform/platform.h"
+#include "platform/whole_path.h"
 #include "xml/lower_case.h"
 
 #include <algorithm>
@@ -27,10 +28,9 @@ std::vector<TInput> SearchFolder(const std::string& name, bool withSubfolders) {
     while (!pending.empty()) {
         const std::filesystem::path folder = std::move(pending.back());
         pending.pop_back();
-        std::error_code failure;
-        const std::filesystem::path place = std::filesystem::weakly_canonical(folder, failure);
-        if (!searched.insert(failure ? folder : place).second)
+        if (!searched.insert(CanonicalPath(folder)).second)
             continue;
+        std::error_code failure;
         for (auto entry = std::filesystem::directory_iterator(folder, failure);
              !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
             std::error_code unreachable; // told when the file is read

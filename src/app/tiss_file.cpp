@@ -1,6 +1,7 @@
 #include "app/tiss_file.h"
 
 #include "model/arquivo_tiss_factory.h"
+#include "platform/whole_path.h"
 
 namespace conferix {
 
@@ -8,9 +9,7 @@ namespace {
 
 /// True for two names of one place, whether or not there is a file.
 bool IsSamePlace(const std::filesystem::path& one, const std::filesystem::path& other) {
-    std::error_code unreadable;
-    return one == other || (!one.empty() && std::filesystem::weakly_canonical(one, unreadable) ==
-                                                std::filesystem::weakly_canonical(other, unreadable));
+    return one == other || (!one.empty() && CanonicalPath(one) == CanonicalPath(other));
 }
 
 } // namespace

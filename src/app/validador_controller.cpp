@@ -8,6 +8,7 @@
 #include "model/web_services.h"
 #include "platform/format_settings.h"
 #include "platform/platform.h"
+#include "platform/portable_name.h"
 #include "validation/readability.h"
 #include "validation/schema_rule.h"
 #include "validator/tiss_validator.h"
@@ -215,13 +216,14 @@ void TValidadorController::NotifyState() {
 void TValidadorController::LoadFromFile(const std::string& fileName) {
     if (fileName == fileName_)
         return;
+    const std::filesystem::path file = PathFromText(fileName);
     std::error_code unreadable; // what is there and cannot be reached is told when it is read
-    if (std::filesystem::status(PathFromText(fileName), unreadable).type() ==
-        std::filesystem::file_type::not_found)
+    if (std::filesystem::status(file, unreadable).type() == std::filesystem::file_type::not_found &&
+        !NamesDevice(file))
         throw EFileNotFound();
     if (flags_.Contains(TFileStateFlag::sfAberto))
         throw EAlreadyFileLoaded();
-    Load(fileName, TTissFile::ReadText(PathFromText(fileName), TXmlUndecodable::Guessed));
+    Load(fileName, TTissFile::ReadText(file, TXmlUndecodable::Guessed));
 }
 
 void TValidadorController::Load(const std::string& name, const TTissFile& file) {

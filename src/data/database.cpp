@@ -2,6 +2,7 @@
 
 #include "data/constantes.h"
 #include "data/sqlite_reason.h"
+#include "platform/whole_path.h"
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Exception.h>
@@ -44,7 +45,7 @@ std::unique_ptr<SQLite::Database> Open(const fs::path& file, int flags) {
                                  ReasonText(std::make_error_code(std::errc::no_such_file_or_directory)));
     }
     try {
-        return std::make_unique<SQLite::Database>(PathText(fs::absolute(file)), flags, kBusyTimeoutMs);
+        return std::make_unique<SQLite::Database>(PathText(AbsolutePath(file)), flags, kBusyTimeoutMs);
     } catch (const SQLite::Exception& error) {
         throw EDatabaseNotOpened(file, SqliteReason(error));
     }

@@ -3,6 +3,7 @@
 #include "data/sql_statement.h"
 #include "data/sqlite_reason.h"
 #include "data/tuss_writer.h"
+#include "platform/whole_path.h"
 
 #include <SQLiteCpp/Column.h>
 #include <SQLiteCpp/Database.h>
@@ -236,7 +237,7 @@ TTussConnection::TTussConnection(const fs::path& file) {
         // An absolute name, since SQLite gives a meaning of its own to "" and ":memory:".
         // Without the library's own locks: one thread uses a connection at a time.
         auto database = std::make_unique<SQLite::Database>(
-            PathText(fs::absolute(file)), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX, kBusyTimeoutMs);
+            PathText(AbsolutePath(file)), SQLite::OPEN_READONLY | SQLite::OPEN_NOMUTEX, kBusyTimeoutMs);
         // One transaction for the life of the connection: it sees one state of the file, and a look-up
         // does not lock and unlock the file, which would cost ten times the look-up.
         // What a damaged page says of its rows is checked before it is believed.

@@ -2,6 +2,7 @@
 
 #include "data/plain_text.h"
 #include "data/sqlite_reason.h"
+#include "platform/whole_path.h"
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Exception.h>
@@ -57,8 +58,7 @@ std::set<std::string> OneSlipAway(const std::string& code) {
 
 TTussSearch::TTussSearch(const std::filesystem::path& file) : file_(file) {
     try {
-        database_ = std::make_unique<SQLite::Database>(PathText(std::filesystem::absolute(file)),
-                                                       SQLite::OPEN_READONLY);
+        database_ = std::make_unique<SQLite::Database>(PathText(AbsolutePath(file)), SQLite::OPEN_READONLY);
         database_->exec("PRAGMA cell_size_check = ON");
         hasDescriptions_ = database_->tableExists("TB_TUSS_BUSCA") &&
                            SQLite::Statement(*database_, "SELECT 1 FROM TB_TUSS_TERMO LIMIT 1").executeStep();

@@ -2,6 +2,7 @@
 
 #include "data/sql_statement.h"
 #include "data/sqlite_reason.h"
+#include "platform/whole_path.h"
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Exception.h>
@@ -29,7 +30,7 @@ std::optional<std::string> DateText(const std::optional<TDate>& date) {
 std::unique_ptr<SQLite::Database> OpenForWriting(const fs::path& file) {
     try {
         return std::make_unique<SQLite::Database>(
-            PathText(fs::absolute(file)), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kBusyTimeoutMs);
+            PathText(AbsolutePath(file)), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kBusyTimeoutMs);
     } catch (const SQLite::Exception& error) {
         throw ETerminologyNotWritten(file, SqliteReason(error));
     }

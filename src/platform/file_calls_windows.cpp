@@ -1,6 +1,7 @@
 // The calls of Windows on files. A file is opened so that others may rename or remove it meanwhile, as they
 // may elsewhere.
 #include "platform/file_calls.h"
+#include "platform/whole_path.h"
 
 #include <algorithm>
 #include <memory>
@@ -229,8 +230,8 @@ void RemoveIfUnheld(const fs::path& file) {
 // ReplaceFileW would keep the attributes by itself, but takes the old file's name away first: whoever is
 // ended between its steps is left without a file of that name.
 void RenameDurably(const fs::path& from, const fs::path& to, bool replaces) {
-    const fs::path source = fs::absolute(from);
-    const fs::path target = fs::absolute(to);
+    const fs::path source = AbsolutePath(from);
+    const fs::path target = AbsolutePath(to);
     const DWORD flags = MOVEFILE_WRITE_THROUGH | (replaces ? MOVEFILE_REPLACE_EXISTING : 0);
     // Scanners for viruses and indexers open each new file for a moment.
     for (int attempts = 10; !MoveFileExW(source.c_str(), target.c_str(), flags); --attempts) {

@@ -61,10 +61,6 @@ std::string PathText(const fs::path& path) {
     return {text.begin(), text.end()};
 }
 
-fs::path PathFromText(const std::string& text) {
-    return std::u8string(text.begin(), text.end());
-}
-
 fs::path DataFolder() {
     const std::string named = GetEnvironment("CONFERIX_DADOS");
     if (!named.empty()) {

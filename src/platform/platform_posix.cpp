@@ -8,6 +8,7 @@
 #include "platform/system_calls.h"
 #include "platform/system_proxy.h"
 #include "platform/terminal.h"
+#include "platform/whole_path.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -85,6 +86,20 @@ std::string SystemMessage(const std::error_code& error) {
     return error.message();
 }
 
+fs::path PathFromText(const std::string& text) {
+    return std::u8string(text.begin(), text.end());
+}
+
+fs::path AbsolutePath(const fs::path& file) {
+    return fs::absolute(file);
+}
+
+fs::path CanonicalPath(const fs::path& file) {
+    std::error_code failure; // links in circles
+    const fs::path canonical = fs::weakly_canonical(file, failure);
+    return failure ? AbsolutePath(file) : canonical;
+}
+
 std::string GetEnvironment(const std::string& name) {
     const char* value = std::getenv(name.c_str());
     return value != nullptr ? value : std::string();
@@ -107,6 +122,10 @@ std::vector<std::string> CommandLineWords(int argc, char** argv) {
 }
 
 void PrepareStandardStreams() {} // they are as they should be
+
+void EndNow(int status) {
+    std::_Exit(status);
+}
 
 bool HasDisplay() {
 #if defined(__APPLE__)

@@ -6,6 +6,7 @@
 #include "platform/spool_file.h"
 #include "platform/system_calls.h"
 #include "platform/terminal.h"
+#include "platform/whole_path.h"
 
 #include <algorithm>
 #include <array>
@@ -151,6 +152,35 @@ std::string SystemMessage(const std::error_code& error) {
     return WideToUtf8(text) + " (erro " + std::to_string(error.value()) + " do Windows)";
 }
 
+fs::path PathFromText(const std::string& text) {
+    std::wstring path = fs::path(std::u8string(text.begin(), text.end())).native();
+    // The libraries know no names of this form, and the manifest makes long ones possible in the usual form.
+    if (path.starts_with(LR"(\\?\UNC\)"))
+        path.replace(0, 8, LR"(\\)");
+    else if (path.starts_with(LR"(\\?\)") && path.find(L':') == 5)
+        path.erase(0, 4);
+    // As the console completes the names of folders; the runtime library finds none of that form.
+    constexpr std::wstring_view kSeparators = LR"(\/)";
+    while (path.size() > 1 && kSeparators.find(path.back()) != kSeparators.npos &&
+           path[path.size() - 2] != L':')
+        path.pop_back();
+    return path;
+}
+
+fs::path AbsolutePath(const fs::path& file) {
+    std::wstring whole(GetFullPathNameW(file.c_str(), 0, nullptr, nullptr), L'\0');
+    const DWORD length =
+        GetFullPathNameW(file.c_str(), static_cast<DWORD>(whole.size()), whole.data(), nullptr);
+    if (length == 0 || length >= whole.size()) // no name of a file
+        return file;
+    whole.resize(length);
+    return whole;
+}
+
+fs::path CanonicalPath(const fs::path& file) {
+    return AbsolutePath(file);
+}
+
 std::string GetEnvironment(const std::string& name) {
     const wchar_t* value = _wgetenv(PathFromText(name).c_str());
     return value != nullptr ? WideToUtf8(value) : std::string();
@@ -164,7 +194,7 @@ fs::path ExecutablePath() {
             throw std::system_error(static_cast<int>(GetLastError()), std::system_category());
         if (length < name.size()) {
             name.resize(length);
-            return fs::canonical(name);
+            return PathFromText(WideToUtf8(name));
         }
         name.resize(name.size() * 2);
     }
@@ -198,6 +228,11 @@ void PrepareStandardStreams() {
     SetConsoleOutputCP(CP_UTF8);
     std::atexit(&RestoreConsole);
     SetConsoleCtrlHandler(&RestoreConsoleAtEnd, TRUE);
+}
+
+void EndNow(int status) {
+    RestoreConsole();
+    _exit(status);
 }
 
 bool HasDisplay() {

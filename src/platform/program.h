@@ -14,6 +14,9 @@ std::vector<std::string> CommandLineWords(int argc, char** argv);
 /// ends.
 void PrepareStandardStreams();
 
+/// Ends the process at once: it waits for no thread and destroys nothing, but leaves the console as it was.
+[[noreturn]] void EndNow(int status);
+
 /// Whether windows can be shown; without a display the library of the window would end the program.
 bool HasDisplay();
 

@@ -1,6 +1,7 @@
 #include "platform/temporary_file.h"
 
 #include "platform/system_calls.h"
+#include "platform/whole_path.h"
 
 #include <algorithm>
 #include <array>
@@ -150,7 +151,7 @@ void TTemporaryFile::Forget() {
 void TTemporaryFile::RemoveStale(const fs::path& folder) {
     const fs::path place = folder.empty() ? fs::path(".") : folder;
     std::error_code unreadable;
-    if (!IsDue(fs::absolute(place, unreadable))) {
+    if (!IsDue(AbsolutePath(place))) {
         return;
     }
     for (auto entry = fs::directory_iterator(place, unreadable);

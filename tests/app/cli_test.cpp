@@ -111,7 +111,7 @@ TEST_F(Cli, TakesFoldersStandardInputAndSeveralFilesAtOnce) {
     const auto names = [](const TCommandResult& result) {
         std::vector<std::string> found;
         for (const json& file : json::parse(result.Out))
-            found.push_back(std::filesystem::path(file["arquivo"].get<std::string>()).filename());
+            found.push_back(std::filesystem::path(file["arquivo"].get<std::string>()).filename().string());
         return found;
     };
     for (const char* parallel : {"1", "3", "100"})

@@ -1,15 +1,15 @@
 #pragma once
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read_until.hpp>
+#include <boost/asio/write.hpp>
 
 #include <atomic>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,24 +30,14 @@ class THttpServer {
   public:
     using THandler = std::function<THttpAnswer(const std::string& target)>;
 
-    explicit THttpServer(THandler handler) : handler_(std::move(handler)) {
-        socket_ = socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        if (bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-            listen(socket_, 8) != 0)
-            throw std::runtime_error("the server of the test found no port");
-        socklen_t size = sizeof address;
-        getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
-        port_ = ntohs(address.sin_port);
-        thread_ = std::thread([this] { Serve(); });
-    }
+    explicit THttpServer(THandler handler)
+        : handler_(std::move(handler)), acceptor_(context_, {boost::asio::ip::address_v4::loopback(), 0}),
+          port_(acceptor_.local_endpoint().port()), thread_([this] { Serve(); }) {}
     ~THttpServer() {
         stop_ = true;
-        shutdown(socket_, SHUT_RDWR);
+        // Wakes the thread, which waits for somebody.
+        TSocket(context_).connect(acceptor_.local_endpoint());
         thread_.join();
-        close(socket_);
     }
     THttpServer(const THttpServer&) = delete;
     THttpServer& operator=(const THttpServer&) = delete;
@@ -63,26 +53,22 @@ class THttpServer {
     }
 
   private:
+    using TSocket = boost::asio::ip::tcp::socket;
+
     void Serve() {
-        while (!stop_) {
-            const int client = accept(socket_, nullptr, nullptr);
-            if (client < 0)
-                continue;
+        for (;;) {
+            TSocket client = acceptor_.accept();
+            if (stop_)
+                return;
             std::string request;
-            char buffer[4096];
-            while (request.find("\r\n\r\n") == std::string::npos) {
-                const ssize_t count = recv(client, buffer, sizeof buffer, 0);
-                if (count <= 0)
-                    break;
-                request.append(buffer, static_cast<std::size_t>(count));
-            }
-            if (!request.empty())
+            boost::system::error_code failure;
+            boost::asio::read_until(client, boost::asio::dynamic_buffer(request), "\r\n\r\n", failure);
+            if (!failure)
                 Answer(client, request);
-            close(client);
         }
     }
 
-    void Answer(int client, const std::string& request) {
+    void Answer(TSocket& client, const std::string& request) {
         const std::size_t start = request.find(' ') + 1;
         const std::string target = request.substr(start, request.find(' ', start) - start);
         std::size_t from = 0;
@@ -102,20 +88,17 @@ class THttpServer {
         }
         if (!answer.Location.empty())
             head += "Location: " + answer.Location + "\r\n";
-        std::string all = "HTTP/1.1 " + std::to_string(answer.Status) + " X\r\nConnection: close\r\n" + head +
-                          "Content-Length: " + std::to_string(answer.Body.size()) + "\r\n\r\n" +
-                          answer.Body.substr(0, answer.CutAfter);
-        for (std::string_view rest = all; !rest.empty();) {
-            const ssize_t sent = send(client, rest.data(), rest.size(), MSG_NOSIGNAL);
-            if (sent <= 0)
-                return;
-            rest.remove_prefix(static_cast<std::size_t>(sent));
-        }
+        const std::string all = "HTTP/1.1 " + std::to_string(answer.Status) + " X\r\nConnection: close\r\n" +
+                                head + "Content-Length: " + std::to_string(answer.Body.size()) + "\r\n\r\n" +
+                                answer.Body.substr(0, answer.CutAfter);
+        boost::system::error_code gone;
+        boost::asio::write(client, boost::asio::buffer(all), gone);
     }
 
     THandler handler_;
-    int socket_ = -1;
-    int port_ = 0;
+    boost::asio::io_context context_;
+    boost::asio::ip::tcp::acceptor acceptor_;
+    int port_;
     std::atomic<bool> stop_ = false;
     mutable std::mutex mutex_;
     std::vector<std::string> requests_;

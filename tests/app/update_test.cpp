@@ -26,9 +26,9 @@ class Update : public TCommandTest {
     Update() {
         for (const char* name :
              {"http_proxy", "https_proxy", "no_proxy", "all_proxy", "NO_PROXY", "ALL_PROXY"})
-            unsetenv(name);
+            SetVariable(name, {});
     }
-    void TearDown() override { unsetenv("http_proxy"); }
+    void TearDown() override { SetVariable("http_proxy", {}); }
     TProxySettings Proxy(TProxyMode mode = TProxyMode::Direct, int port = 0) const {
         TProxySettings settings{File("proxy.ini")};
         settings.Mode = mode;
@@ -58,17 +58,17 @@ const TDownloadProgress kGoOn = [](std::uint64_t, std::uint64_t) { return true; 
 TEST_F(Update, GoesByTheProxySettings) {
     THttpServer server([](const std::string&) { return THttpAnswer{.Body = "direto"}; });
     THttpServer proxy([](const std::string&) { return THttpAnswer{.Body = "proxy"}; });
-    setenv("http_proxy", proxy.Url("").c_str(), 1);
+    SetVariable("http_proxy", proxy.Url(""));
     EXPECT_EQ(THttpClient(Proxy()).Get(server.Url("/a"), 100), "direto");
     EXPECT_EQ(THttpClient(Proxy(TProxyMode::System)).Get(server.Url("/b"), 100), "proxy");
-    setenv("no_proxy", "127.0.0.1", 1);
+    SetVariable("no_proxy", "127.0.0.1");
     EXPECT_EQ(THttpClient(Proxy(TProxyMode::System)).Get(server.Url("/c"), 100), "direto");
     EXPECT_EQ(THttpClient(Proxy(TProxyMode::Manual, proxy.Port())).Get(server.Url("/d"), 100), "proxy");
     EXPECT_THAT(server.Requests(), ElementsAre("/a", "/c"));
     EXPECT_THAT(proxy.Requests(), ElementsAre(server.Url("/b"), server.Url("/d")));
     EXPECT_THAT(Failure([&] { THttpClient{Proxy(TProxyMode::Manual)}; }),
                 HasSubstr("número de porta válido"));
-    unsetenv("no_proxy");
+    SetVariable("no_proxy", {});
 }
 
 TEST_F(Update, RefusesWhatIsNotSafe) {

@@ -195,7 +195,7 @@ TEST(Lots, GuideOfAPlace) {
     // All places in order, of which those are told where another guide begins, or none ("-").
     std::string found;
     std::string last = "-";
-    for (const std::int64_t line : {std::int64_t{-5}, 0L, 1L, 2L, 3L, 4L, 5L, 6L, 7L, 8L, kFar})
+    for (const std::int64_t line : std::initializer_list<std::int64_t>{-5, 0, 1, 2, 3, 4, 5, 6, 7, 8, kFar})
         for (std::int64_t column = 0; column <= 141; ++column) {
             const std::int64_t place = column <= 140 ? column : kFar;
             const auto guide = lot.GuiaTissByPosition(line, place);

@@ -1,3 +1,4 @@
+#include "platform/format_settings.h"
 #include "platform/platform.h"
 #include "support/test_files.h"
 
@@ -14,6 +15,7 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <locale.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -335,6 +337,30 @@ TEST(ExecutablePath, NamesThisProgramWhateverLinkItWasCalledBy) {
     const std::string command =
         "'" + (folder / "outro-nome").string() + "' --gtest_filter='ExecutablePath.*' >/dev/null";
     EXPECT_EQ(std::system(command.c_str()), 0);
+}
+
+TEST(FormatSettings, SeparatorsAreThoseOfTheUsersLocale) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"C", "-1.234.567,89"},
+        {"POSIX", "-1.234.567,89"},
+        {"C.UTF-8", "-1.234.567,89"},
+        {"pt_BR.UTF-8", "-1.234.567,89"},
+        {"pt_BR.ISO-8859-1", "-1.234.567,89"},
+        {"en_US.UTF-8", "-1,234,567.89"},
+        {"fr_FR.UTF-8", "-1\u202F234\u202F567,89"},
+        {"nb_NO.ISO-8859-1", "-1\u00A0234\u00A0567,89"},
+        {"xx_XX.UTF-8", "-1.234.567,89"}, // there is none of that name
+    };
+    for (const auto& [locale, text] : cases) {
+        const locale_t installed = newlocale(LC_NUMERIC_MASK, locale, nullptr);
+        if (installed == nullptr && !std::string_view(locale).starts_with("xx"))
+            continue; // that of Brazil is, where the tests are set up
+        if (installed != nullptr)
+            freelocale(installed);
+        const TEnvironment environment("LC_ALL", locale);
+        EXPECT_EQ(TFormatSettings::OfLocale(RegionalSeparators()).Money(-1234567.891), text) << locale;
+        EXPECT_STREQ(setlocale(LC_ALL, nullptr), "C") << "the locale of the process was changed";
+    }
 }
 
 TEST(IsTerminal, TellsATerminalFromAFile) {

@@ -8,22 +8,24 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <random>
 #include <set>
 #include <string>
 
-#include <unistd.h>
-
 namespace conferix {
+
+/// Sets (or, without value, removes) an environment variable.
+void SetVariable(const std::string& name, const std::optional<std::string>& value);
 
 /// An empty folder that is removed with all it holds.
 class TTemporaryFolder {
   public:
     TTemporaryFolder() {
-        // The system fills in the six last letters.
-        std::string name =
-            (std::filesystem::temp_directory_path() / "conferix-").string() + std::string(6, 'X');
-        EXPECT_NE(mkdtemp(name.data()), nullptr);
-        path_ = std::filesystem::canonical(name);
+        std::random_device random;
+        do {
+            path_ = std::filesystem::temp_directory_path() / ("conferix-" + std::to_string(random()));
+        } while (!std::filesystem::create_directory(path_));
+        path_ = std::filesystem::canonical(path_);
     }
     ~TTemporaryFolder() {
         std::error_code ignored;
@@ -58,12 +60,7 @@ class TEnvironment {
     TEnvironment& operator=(const TEnvironment&) = delete;
     ~TEnvironment() { Set(before_); }
 
-    void Set(const std::optional<std::string>& value) const {
-        if (value)
-            setenv(name_.c_str(), value->c_str(), 1);
-        else
-            unsetenv(name_.c_str());
-    }
+    void Set(const std::optional<std::string>& value) const { SetVariable(name_, value); }
 
   private:
     std::string name_;

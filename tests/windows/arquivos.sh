@@ -39,6 +39,8 @@ cp "$valido" pasta/dois.XML
 cp "$errado" 'pasta/tres.xml~'
 espera 0 'dois.XML' validar 'pasta/*.xml'
 espera 0 'pasta\um.xml' validar 'pasta\u?.xml'
+espera 0 'pasta\um.xml' validar 'pasta\'
+espera 0 'um.xml' validar pasta/
 espera 3 'o arquivo não existe' validar 'pasta/*.nada'
 espera 3 'o arquivo não existe' validar '//localhost/ninguem/x.xml'
 espera 0 'Arquivo válido' validar "Z:${area//\//\\}\\pasta\\um.xml"
@@ -74,6 +76,17 @@ for pasta in '' './' '.\' 'pasta\' 'pasta/../' 'pasta com ção\' "pasta com ç�
     espera 1 '' corrigir "${pasta}ação de março.xml" --todas --no-lugar
     cmp -s esperado.xml "${onde}ação de março.xml" || falha "não foi corrigido no lugar: ${pasta}ação de março.xml"
 done
+
+# Os dados do usuário em uma pasta da rede.
+(
+    export CONFERIX_DADOS='\\conferix-prova\pasta\dados da rede'
+    espera 0 'Arquivo válido' validar pasta/um.xml
+    espera 0 'dados da rede' esquemas listar
+    espera 0 'Configuração criada' regras --padrao --config '\\conferix-prova\pasta\config da rede\config.json'
+    espera 0 'Base de terminologia' terminologia importar "$raiz/exemplos/terminologia"
+    exit "$falhas"
+) || falhas=$?
+[ -e 'dados da rede/tuss.db' ] || falha 'a terminologia não foi importada para a pasta da rede'
 
 cp "$errado" so_leitura.xml
 chmod a-w so_leitura.xml

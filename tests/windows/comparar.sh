@@ -11,10 +11,10 @@ area=$(mktemp -d)
 trap 'rm -rf "$area"' EXIT
 # O Wine toma da localidade o país e a codificação dos nomes de arquivos.
 export LC_ALL=pt_BR.UTF-8 TZ=America/Sao_Paulo NO_COLOR=1
-casos=0 diferencas=0
+casos=0 diferencas=0 separadores=
 
-em_linux() { CONFERIX_DADOS=$area/linux/dados "$linux" "$@"; }
-em_windows() { CONFERIX_DADOS=../dados "$executar" "$windows" "$@"; }
+em_linux() { CONFERIX_DADOS=$area/linux/dados CONFERIX_INI=$area/linux/dados/Conferix.ini "$linux" "$@"; }
+em_windows() { CONFERIX_DADOS=../dados CONFERIX_INI=../dados/Conferix.ini "$executar" "$windows" "$@"; }
 
 # Na pasta de cada um, que tem os mesmos arquivos; a saída vai para ../saida.
 um_lado() { # <linux|windows> <entrada> <argumentos...>
@@ -23,9 +23,11 @@ um_lado() { # <linux|windows> <entrada> <argumentos...>
     (cd "$area/$lado/trabalho" && "em_$lado" "$@" <"$entrada" >../saida 2>../erros) || status=$?
     echo "$status" >"$area/$lado/status"
     sed -i -E 's/\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\}/{id}/g
-        s/[0-9]{2}\/[0-9]{2}\/[0-9]{4} [0-9]{2}:[0-9]{2}(:[0-9]{2})?/HORA/g
+        s/[0-9]{2}\/[0-9]{2}\/[0-9]{4},? [0-9]{2}:[0-9]{2}(:[0-9]{2})?/HORA/g
         s/[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:.]+(Z|[-+][0-9:]+)?/HORA/g
-        s/^(Pasta dos schemas: ).*/\1PASTA/' "$area/$lado/saida" "$area/$lado/erros"
+        s/^(Pasta dos schemas: ).*/\1PASTA/
+        s/[^" ]*tuss\.db/BASE/' "$area/$lado/saida" "$area/$lado/erros"
+    [ -z "$separadores" ] || sed -i 's/\\\{1,2\}/\//g' "$area/$lado/saida" "$area/$lado/erros"
 }
 
 comparar() { # <entrada> <argumentos...>
@@ -46,7 +48,7 @@ comparar() { # <entrada> <argumentos...>
 
 for lado in linux windows; do
     mkdir -p "$area/$lado/dados" "$area/$lado/trabalho/com acentuação e espaço" "$area/$lado/trabalho/$(printf 'n%.0s' {1..150})"
-    cp "$raiz"/exemplos/*.xml "$area/$lado/trabalho"
+    cp -r "$raiz"/exemplos/*.xml "$raiz/exemplos/terminologia" "$area/$lado/trabalho"
 done
 longo=$(printf 'n%.0s' {1..150})/$(printf 'm%.0s' {1..150}).xml
 
@@ -60,6 +62,11 @@ for exemplo in "$raiz"/exemplos/${3:-*.xml}; do
         comparar /dev/null $comando "$nome"
         comparar /dev/null $comando "$nome" --formato json
     done
+    for listagem in guias capa procedimentos despesas profissionais entrega; do
+        comparar /dev/null listar $listagem "$nome"
+    done
+    comparar /dev/null listar guias "$nome" --formato csv
+    comparar /dev/null imprimir "$nome" --saida "guias de $nome.pdf"
     comparar "$nome" validar -
     comparar /dev/null corrigir "$nome" --todas --simular
     comparar /dev/null corrigir "$nome" --estrutura --com-perdas --simular
@@ -73,7 +80,10 @@ for exemplo in "$raiz"/exemplos/${3:-*.xml}; do
     comparar /dev/null corrigir "$longo" --todas --no-lugar
 done
 
+# Os nomes que o programa acha em uma pasta têm os separadores do sistema.
+separadores=1
 comparar /dev/null validar . --formato json
+separadores=
 comparar /dev/null regras --formato json
 comparar /dev/null regras
 comparar /dev/null ajuda corrigir
@@ -82,6 +92,13 @@ comparar /dev/null documento cnpj 123 --formato json
 comparar /dev/null esquemas listar
 comparar /dev/null terminologia procurar consulta
 comparar /dev/null terminologia consultar --tabela 63 --codigo 00 --data 2024-01-01
+comparar /dev/null terminologia importar terminologia
+comparar /dev/null terminologia procurar consulta
+comparar /dev/null terminologia consultar --tabela 22 --codigo 10101012 --data 2024-01-01
+comparar /dev/null validar consulta-4.01.00-com-erros.xml --formato json
+comparar /dev/null proxy
+comparar /dev/null proxy --modo manual --servidor 127.0.0.1 --porta 3128
+comparar /dev/null completar bash
 comparar /dev/null validar naoexiste.xml ./ausente/x.xml
 comparar /dev/null validar --nada
 comparar /dev/null validar -- -x.xml

@@ -114,14 +114,16 @@ std::string Wrapped(const std::string& text, std::size_t indent) {
 }
 
 std::vector<TNamedText> EnvironmentVariables() {
-    return {{"CONFERIX_DADOS", "A pasta de dados; padrão: ~/.local/share/Brenvo/Conferix"},
-            {"CONFERIX_TUSS", "A base de terminologia; padrão: tuss.db na pasta de dados, se algo foi "
-                              "importado; senão, a que veio com "
-                              "o programa"},
-            {"CONFERIX_INI", "O arquivo Conferix.ini, do acesso à internet; padrão: ao lado do executável "
-                             "ou, do programa instalado no "
-                             "sistema, na pasta de dados"},
-            {"NO_COLOR", "Com qualquer valor, desliga as cores do terminal"}};
+    return {
+        {"CONFERIX_DADOS",
+         "A pasta de dados; padrão: ~/.local/share/Brenvo/Conferix; no Windows, %APPDATA%\\Brenvo\\Conferix"},
+        {"CONFERIX_TUSS", "A base de terminologia; padrão: tuss.db na pasta de dados, se algo foi "
+                          "importado; senão, a que veio com "
+                          "o programa"},
+        {"CONFERIX_INI", "O arquivo Conferix.ini, do acesso à internet; padrão: ao lado do executável "
+                         "ou, do programa instalado no "
+                         "sistema, na pasta de dados"},
+        {"NO_COLOR", "Com qualquer valor, desliga as cores do terminal"}};
 }
 
 std::vector<TNamedText> ProgramFiles() {

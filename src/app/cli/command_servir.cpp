@@ -1,11 +1,11 @@
 #include "app/cli/commands.h"
 #include "app/servir/tiss_server.h"
+#include "platform/program.h"
 #include "report/console.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
 #include <ostream>
 #include <thread>
@@ -72,7 +72,7 @@ int RunServir(const TCliContext& context, const TServirOptions& options) {
     if (!finished) {
         context.Warning("o que não terminou no prazo de parada foi interrompido");
         log.flush();
-        std::quick_exit(kExitUnreadable); // waits for nothing
+        EndNow(kExitUnreadable);
     }
     log << "conferix: o serviço parou\n" << std::flush;
     return kExitValid;

@@ -4,6 +4,7 @@
 #include "data/sha256.h"
 #include "data/sqlite_reason.h"
 #include "data/tuss.h"
+#include "platform/whole_path.h"
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Exception.h>
@@ -139,7 +140,7 @@ class TImport : private IPublicationSink {
     explicit TImport(const TImportOptions& options) : options_(options) {}
 
     TImportReport Run() {
-        const fs::path target = fs::absolute(options_.Target);
+        const fs::path target = AbsolutePath(options_.Target);
         std::error_code ignored;
         if (!options_.Delivered.empty() && fs::equivalent(target, options_.Delivered, ignored)) {
             throw ETerminologyNotWritten(target, "é a base que veio com o programa, que não é alterada");
@@ -331,7 +332,7 @@ bool HasImport(const fs::path& database, const std::string& sha256) {
         return false;
     }
     try {
-        SQLite::Database opened(PathText(fs::absolute(database)), SQLite::OPEN_READONLY);
+        SQLite::Database opened(PathText(AbsolutePath(database)), SQLite::OPEN_READONLY);
         if (!opened.tableExists("TB_CARGA")) {
             return false;
         }
@@ -345,7 +346,7 @@ bool HasImport(const fs::path& database, const std::string& sha256) {
 
 std::vector<TTableImport> NewestImports(const fs::path& database) {
     try {
-        const SQLite::Database opened(PathText(fs::absolute(database)), SQLite::OPEN_READONLY);
+        const SQLite::Database opened(PathText(AbsolutePath(database)), SQLite::OPEN_READONLY);
         std::vector<TTableImport> imports;
         if (!opened.tableExists("TB_CARGA")) {
             return imports;

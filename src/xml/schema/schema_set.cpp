@@ -2,6 +2,7 @@
 
 #include "platform/file_memory.h"
 #include "platform/platform.h"
+#include "platform/whole_path.h"
 #include "xml/schema/schema_files.h"
 #include "xml/schema/schema_reader.h"
 #include "xml/schema/schema_tables.h"
@@ -13,10 +14,7 @@ namespace conferix {
 std::shared_ptr<const TSchemaSet> TSchemaSet::Load(const std::filesystem::path& mainFile) {
     // Never destroyed: taking all tables apart at the end of the process would be work for nothing.
     static auto& memory = *new TFileMemory<std::shared_ptr<const TSchemaSet>>;
-    std::error_code error;
-    std::filesystem::path path = std::filesystem::weakly_canonical(mainFile, error);
-    if (error)
-        path = mainFile;
+    const std::filesystem::path path = CanonicalPath(mainFile);
     const std::string name = PathText(path);
     if (auto known = memory.Find(name))
         return *known;

@@ -1,0 +1,80 @@
+#!/usr/bin/env bash
+# O instalador no Wine, em um Windows novo: instalar sem perguntas, usar de outra pasta, atualizar, recusar a atualização com o
+# programa em execução, instalar em outra pasta e desinstalar. Os arquivos instalados são os do ZIP.
+# Uso: tests/windows/instalador.sh [pasta com conferix-setup.exe e o ZIP]
+set -euo pipefail
+raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+pacotes=$(realpath "${1:-$raiz/build/windows/pacotes}")
+area=$(mktemp -d)
+export WINEPREFIX=$area/wine WINEDLLOVERRIDES='mscoree,mshtml=' NO_COLOR=1 LC_ALL=pt_BR.UTF-8
+servidor=$(command -v wineserver || echo /usr/lib/wine/wineserver)
+trap '"$servidor" -k || true; rm -rf "$area"' EXIT
+falhas=0
+cd "$area"
+
+executar() { "$raiz/scripts/windows/executar" "$@"; }
+confere() { # <o que se espera> <comando...>
+    if ! "${@:2}"; then
+        falhas=$((falhas + 1))
+        echo "FALHA: $1"
+    fi
+}
+recusa() { ! "$@"; }
+instala() { executar "$pacotes/conferix-setup.exe" /S "$@" </dev/null >/dev/null 2>&1; }
+iguais() { # <pasta instalada>: o que o ZIP tem
+    diff -r -x LEIAME.txt -x desinstalar.exe "$area/zip/conferix" "$1"
+}
+# Desinstalar termina em um processo à parte.
+desinstala() { executar "$1/desinstalar.exe" /S </dev/null >/dev/null 2>&1 && "$servidor" -w; }
+chave='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Conferix'
+registrado() { executar reg query "$chave" /v "$1" 2>/dev/null | grep -qF "$2"; }
+
+mkdir zip "pasta de trabalho"
+(cd zip && unzip -q "$pacotes"/conferix-*-windows.zip)
+confere 'o instalador termina bem' instala
+pasta=$(echo "$WINEPREFIX"/drive_c/users/*/AppData/Local/Programs/Conferix)
+programa=$pasta/bin/conferix.exe
+confere 'instala o que o ZIP tem' iguais "$pasta"
+confere 'diz ao Windows a versão' registrado DisplayVersion "$(basename "$pacotes"/conferix-*-windows.zip | cut -d- -f2)"
+confere 'há um atalho' test -n "$(find "$WINEPREFIX/drive_c/users" -name 'Conferix (linha de comando).lnk')"
+
+cp "$raiz/exemplos/consulta-4.01.00-com-erros.xml" 'pasta de trabalho/guia ção.xml'
+valida() { (cd 'pasta de trabalho' && executar "$1" validar 'guia ção.xml' 2>&1); }
+status=0
+valida "$programa" >instalado.txt || status=$?
+valida "$area/zip/conferix/bin/conferix.exe" >do_zip.txt || true
+confere 'o programa instalado valida de outra pasta' test "$status" -eq 1
+confere 'e acha os erros' grep -q 'Arquivo inválido: 6 erros' instalado.txt
+confere 'o do ZIP diz o mesmo' cmp instalado.txt do_zip.txt
+dados=$(dirname "$(dirname "$(dirname "$(dirname "$pasta")")")")/Roaming/Brenvo/Conferix
+mkdir -p "$dados"
+echo 'do usuário' >"$dados/nota.txt"
+
+# Em execução: espera a entrada, que não vem.
+mkfifo cano
+executar "$programa" validar - <cano >/dev/null 2>&1 &
+exec 3>cano
+sleep 3
+confere 'recusa a atualização com o programa em execução' recusa instala
+confere 'e deixa tudo como está' iguais "$pasta"
+exec 3>&-
+wait
+echo velho >"$pasta/share/versao-anterior.txt"
+confere 'atualiza' instala
+confere 'e tira o que a versão nova não tem' iguais "$pasta"
+
+# Em outra pasta, que já tem arquivos de outros: o programa fica em uma só dele.
+mkdir -p "$WINEPREFIX/drive_c/Programas"
+echo alheio >"$WINEPREFIX/drive_c/Programas/alheio.txt"
+confere 'desinstala' desinstala "$pasta"
+confere 'e não deixa o programa' recusa test -e "$pasta/bin"
+confere 'nem o que disse ao Windows' recusa registrado DisplayName Conferix
+confere 'instala em outra pasta' instala '/D=C:\Programas'
+outra="$WINEPREFIX/drive_c/Programas/Conferix"
+confere 'em uma pasta do programa' iguais "$outra"
+confere 'desinstala de lá' desinstala "$outra"
+confere 'e não deixa o programa lá' recusa test -e "$outra/bin"
+confere 'os arquivos dos outros ficam' test -e "$WINEPREFIX/drive_c/Programas/alheio.txt"
+confere 'os dados do usuário ficam' test -e "$dados/nota.txt"
+echo "$falhas falhas."
+[ "$falhas" -eq 0 ]
