@@ -279,15 +279,6 @@ class TFaultMessages {
         const TXmlNode* guide = guia != nullptr ? guia->Node() : MonitoringGuide(node);
         return guide != nullptr ? GuideMark(*guide) : std::string();
     }
-    /// By what the user finds the guide that holds a node; empty outside of guides.
-    std::string_view NumberOf(const TXmlNode& node) const {
-        if (const IGuiaTiss* guia = GuiaOf(node))
-            return guia->NumeroMostrado();
-        const TXmlNode* guide = MonitoringGuide(node);
-        return guide != nullptr ? TGuiaMonitoramento(const_cast<TXmlNode*>(guide)).Identificacao()
-                                : std::string_view();
-    }
-
     /// `withSolvers`: false where no single correction makes sense.
     std::shared_ptr<TLoteGuiasValidationMessage> Make(const TSchemaFault& fault, bool withSolvers) {
         if (fault.Node != lastNode_ || !fault.Found.empty()) {
@@ -297,9 +288,10 @@ class TFaultMessages {
         std::string reason = fault.Code == TSchemaFaultCode::UnknownElement ? others_.UnknownElement(fault)
                              : fault.Code == TSchemaFaultCode::NotInList    ? others_.UnknownCode(fault)
                                                                          : TSchemaMessages::Sentence(fault);
-        auto message = TLoteGuiasValidationMessage::CreateError(&rule_, std::string(NumberOf(*fault.Node)),
-                                                                std::move(reason), source_, fault.Line,
-                                                                fault.LinePos, fault.FilePos);
+        const IGuiaTiss* guia = GuiaOf(*fault.Node); // findings of monitoring name none
+        auto message = TLoteGuiasValidationMessage::CreateError(
+            &rule_, std::string(guia != nullptr ? guia->NumeroMostrado() : std::string_view{}),
+            std::move(reason), source_, fault.Line, fault.LinePos, fault.FilePos);
         message->SetGuide(GuideOf(*fault.Node));
         message->SetKind(KindOf(fault));
         message->SetItem(FindingItem(*fault.Node));

@@ -22,6 +22,8 @@ constexpr std::array<char16_t, 32> kSpecials = {
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
 /// One letter that is no UTF-8 is a slip among so many that are.
 constexpr std::size_t kSlip = 3;
+/// How far a value is looked at around a letter; those of the standard are shorter.
+constexpr std::size_t kValueSeen = 4096;
 
 UChar32 NextCharacter(std::string_view text, std::size_t& at) {
     std::int32_t length = 0;
@@ -71,7 +73,8 @@ bool IsUsual(UChar32 c) {
 
 /// True where the value around a place has one of some characters before it.
 bool HasBefore(std::string_view text, std::size_t at, std::string_view one, std::string_view other) {
-    const std::string_view before = text.substr(0, at);
+    const std::size_t near = std::min(at, kValueSeen);
+    const std::string_view before = text.substr(at - near, near);
     const std::size_t start = before.rfind('>');
     const std::string_view value = before.substr(start == std::string_view::npos ? 0 : start);
     return value.find(one) != std::string_view::npos || value.find(other) != std::string_view::npos;
@@ -170,7 +173,8 @@ bool IsUsualSign(std::string_view bytes, std::size_t at) {
         return false;
     if (before != '>')
         return true;
-    const std::string_view value = bytes.substr(at, bytes.find('<', at) - at);
+    const std::string_view rest = bytes.substr(at, kValueSeen);
+    const std::string_view value = rest.substr(0, rest.find('<'));
     return (value[0] == '\x93' && value.find('\x94') != std::string_view::npos) ||
            (value[0] == '\x91' && value.find('\x92') != std::string_view::npos);
 }
