@@ -5,6 +5,7 @@
 
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <csignal>
