@@ -17,7 +17,8 @@ void TContentRecovery::ReportItems() {
             ReportNames(item);
         else if (item.Misnaming != TSchemaMisnaming::None && !item.Candidates().empty())
             ReportDisplacedMisnamed(item);
-        else if (item.Candidates().empty() || automaton_.Positions[item.Candidates().front()].Element == nullptr)
+        else if (item.Candidates().empty() ||
+                 automaton_.Positions[item.Candidates().front()].Element == nullptr)
             ReportUnknown(item);
         else
             ReportDisplaced(item);

@@ -94,7 +94,7 @@ bool TContentRecovery::IsNamesake(const TSchemaChild& child) const {
 
 bool TContentRecovery::IsOneItem(const TItem& item, const TSchemaName& name) const {
     return item.Candidates().empty() ? name.Symbol == kSchemaNoSymbol
-                                   : item.Candidates().size() == 1 && !automaton_.IsAll;
+                                     : item.Candidates().size() == 1 && !automaton_.IsAll;
 }
 
 const std::vector<std::uint32_t>* TContentRecovery::PositionsFor(const TSchemaName& name) {
