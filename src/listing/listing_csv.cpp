@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <string>
 
 namespace conferix {
 
@@ -133,9 +134,16 @@ void WriteListingCsv(std::ostream& out, const TListing& listing) {
     for (const TFileListing& file : listing.Files)
         if (file.Failure.empty())
             table.WriteFile(file);
-    if (listing.Files.size() > 1)
-        table.WriteTotals({}, "total", nullptr, listing.Sums().front().Totals,
-                          listing.Failures() != 0 ? OutOfTotalsText(listing.Failures()) : std::string());
+    if (listing.Files.size() <= 1)
+        return;
+    const auto noted =
+        std::ranges::count_if(listing.Files, [](const TFileListing& file) { return !file.Notes.empty(); });
+    std::string remarks = listing.Failures() != 0 ? OutOfTotalsText(listing.Failures()) : std::string();
+    if (noted != 0)
+        remarks.append(remarks.empty() ? "" : " ")
+            .append(noted == 1 ? "1 arquivo tem ressalvas."
+                               : std::to_string(noted) + " arquivos têm ressalvas.");
+    table.WriteTotals({}, "total", nullptr, listing.Sums().front().Totals, remarks);
 }
 
 } // namespace conferix

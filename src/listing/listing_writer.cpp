@@ -71,8 +71,8 @@ std::string CountedFiles(const TListingSums& sums) {
 }
 
 std::string OutOfTotalsText(std::size_t failures) {
-    return fmt::format("Fora dos totais: {}, por não poder ser listado.",
-                       Counted(failures, "arquivo", "arquivos"));
+    return fmt::format("Fora dos totais: {}, por não {}.", Counted(failures, "arquivo", "arquivos"),
+                       failures == 1 ? "poder ser listado" : "poderem ser listados");
 }
 
 std::vector<std::size_t> ShownColumns(const TFileListing& file) {

@@ -47,6 +47,9 @@ std::optional<double> CalculadoOf(const IGuiaTiss& guia, std::string_view versao
     case TEnumTipoGuia::tgResumoInternacao:
         return SomaGeral(itens.Procedimentos, itens.Despesas);
     case TEnumTipoGuia::tgHonorarios:
+        for (const TProcedimentoExecutado& item : itens.Procedimentos.Procedimentos())
+            if (!item.ValorTotal().Present()) // in 2.x an item need not tell its total
+                return std::nullopt;
         return itens.Procedimentos.TotalProcedimentos();
     case TEnumTipoGuia::tgOdonto:
         return CalculadoOfOdonto(itens.Procedimentos, guia.CampoValorTotalGuia().Number());

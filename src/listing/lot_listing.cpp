@@ -371,7 +371,7 @@ class TLotListing {
             if (!totals)
                 continue;
             const TItensDaGuia itens = ItensOf(guia.Guia);
-            procedures.Add(totals->ValorProcedimentos().Number(), itens.Procedimentos.TotalProcedimentos());
+            procedures.Add(totals->ValorProcedimentos().Number(), SomaDe(itens.Procedimentos));
             for (std::size_t i = 0; i < kCategorias.size(); ++i)
                 AddCategoria(kCategorias[i].Categoria, totals, itens.Despesas, categories[i]);
         }
@@ -396,6 +396,7 @@ class TLotListing {
         listing_.Columns = kProcedimentosColumns;
         std::map<std::pair<std::string_view, std::string_view>, TSum> sums;
         TDecimalSum quantity;
+        TDecimalSum all;
         TBalance balance;
         for (const TGuiaListada& guia : guias_) {
             TDecimalSum ofGuide;
@@ -408,6 +409,7 @@ class TLotListing {
                 sum.Valor.Add(procedimento.ValorTotal.value_or(0));
                 quantity.Add(procedimento.Quantidade.value_or(0));
                 ofGuide.Add(procedimento.ValorTotal.value_or(0));
+                all.Add(procedimento.ValorTotal.value_or(0));
             }
             AddProcedimentosOf(guia, ofGuide.Value(), balance);
         }
@@ -422,7 +424,7 @@ class TLotListing {
                   NumberCell(sum.Quantidade.Value()), NumberCell(sum.Valor.Value())}});
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
         AddTotal("quantidade", "Quantidade", Quantity, quantity.Value());
-        AddTotal("valorTotal", "Valor dos procedimentos", Money, balance.Computed().value_or(0));
+        AddTotal("valorTotal", "Valor dos procedimentos", Money, balance.Computed().value_or(all.Value()));
         AddTotal("valorInformado", "Valor informado nas guias", Money, balance.Declared());
         AddTotal("guiasComDiferenca", "Guias com diferença", Count, balance.DifferingOfJudged(),
                  balance.Differing() != 0);
@@ -431,8 +433,7 @@ class TLotListing {
     /// What a guide declares of its procedures, beside their sum.
     void AddProcedimentosOf(const TGuiaListada& guia, double sum, TBalance& balance) const {
         if (const std::optional<TValorTotalGuia> totals = TotaisOf(guia.Guia))
-            balance.Add(totals->ValorProcedimentos().Number(),
-                        ItensOf(guia.Guia).Procedimentos.TotalProcedimentos());
+            balance.Add(totals->ValorProcedimentos().Number(), SomaDe(ItensOf(guia.Guia).Procedimentos));
         else
             balance.Add(guia.Informado, guia.Calculado.value_or(sum), guia.Calculado.has_value());
     }
@@ -443,7 +444,25 @@ class TLotListing {
                       const IOutrasDespesas& despesas, TBalance& balance) const {
         const std::optional<double> declared = totals ? (*totals.*categoria.Total)().Number() : std::nullopt;
         const bool compared = judged_ || despesas.Count() != 0 || declared.value_or(0) == 0;
-        balance.Add(declared, compared ? std::optional(categoria.Sum(despesas)) : std::nullopt);
+        balance.Add(declared, compared ? SomaDe(categoria, despesas) : std::nullopt);
+    }
+
+    /// The sum of a category; nothing where one of its items has no amount, or none that can be read.
+    static std::optional<double> SomaDe(const TCategoriaDespesa& categoria, const IOutrasDespesas& despesas) {
+        for (const TDespesa& despesa : despesas.Despesas())
+            if (const std::string_view code = despesa.CodigoDespesa().Text();
+                !code.empty() && std::ranges::find(categoria.Codigos, code) != categoria.Codigos.end() &&
+                !Addable(despesa.ValorTotal().Number()))
+                return std::nullopt;
+        return categoria.Sum(despesas);
+    }
+
+    /// The same of the procedures.
+    static std::optional<double> SomaDe(const IProcedimentosExecutados& procedimentos) {
+        for (const TProcedimentoExecutado& item : procedimentos.Procedimentos())
+            if (!Addable(item.ValorTotal().Number()))
+                return std::nullopt;
+        return procedimentos.TotalProcedimentos();
     }
 
     void Despesas() {

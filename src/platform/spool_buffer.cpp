@@ -7,17 +7,34 @@
 
 namespace conferix {
 
-TSpoolBuffer::TSpoolBuffer() : file_(OpenSpoolFile()) {}
+TSpoolBuffer::TSpoolBuffer() : file_(OpenSpoolFile()) {
+    if (file_ != nullptr)
+        std::setvbuf(file_.get(), nullptr, _IONBF, 0); // what is full shows in the call that fills it
+}
 
 std::string TSpoolBuffer::Take() {
-    if (file_ == nullptr)
-        return std::move(memory_);
+    if (file_ != nullptr)
+        BackToMemory(0);
+    return std::move(memory_);
+}
+
+void TSpoolBuffer::MoveToFile() {
+    const std::size_t written = std::fwrite(memory_.data(), 1, memory_.size(), file_.get());
+    size_ += written;
+    if (written == memory_.size())
+        memory_.clear();
+    else
+        BackToMemory(written);
+}
+
+void TSpoolBuffer::BackToMemory(std::size_t done) {
     std::string bytes(size_, '\0');
-    if (full_ || std::fflush(file_.get()) != 0 || std::fseek(file_.get(), 0, SEEK_SET) != 0 ||
+    if (std::fseek(file_.get(), 0, SEEK_SET) != 0 ||
         std::fread(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size())
-        throw EFileNotWritten(std::filesystem::temp_directory_path(),
-                              "o que se grava não cabe na pasta de arquivos temporários");
-    return bytes;
+        throw EFileNotRead(std::filesystem::temp_directory_path(),
+                           "o arquivo temporário não pôde ser lido de volta");
+    memory_ = bytes.append(memory_, done);
+    file_.reset();
 }
 
 TSpoolBuffer::int_type TSpoolBuffer::overflow(int_type c) {
@@ -28,15 +45,11 @@ TSpoolBuffer::int_type TSpoolBuffer::overflow(int_type c) {
 }
 
 std::streamsize TSpoolBuffer::xsputn(const char* text, std::streamsize size) {
-    const auto bytes = static_cast<std::size_t>(size);
-    if (file_ == nullptr) {
-        memory_.append(text, bytes);
-        return size;
-    }
-    const std::size_t written = std::fwrite(text, 1, bytes, file_.get());
-    size_ += written;
-    full_ = full_ || written != bytes;
-    return static_cast<std::streamsize>(written);
+    constexpr std::size_t kPiece = std::size_t{64} * 1024;
+    memory_.append(text, static_cast<std::size_t>(size));
+    if (file_ != nullptr && memory_.size() >= kPiece)
+        MoveToFile();
+    return size;
 }
 
 } // namespace conferix

@@ -9,12 +9,12 @@
 namespace conferix {
 
 /// What a stream writes to whose bytes wait in a temporary file until they are taken: memory does not grow
-/// with them. Where the folder of temporary files takes none they wait in memory.
+/// with them. Where the folder of temporary files takes none, or no more, they wait in memory.
 class TSpoolBuffer : public std::streambuf {
   public:
     TSpoolBuffer();
 
-    /// All that was written; to be called once. Raises EFileNotWritten where there was no room for it.
+    /// All that was written; to be called once. Raises EFileNotRead where the file does not give it back.
     std::string Take();
 
   protected:
@@ -25,10 +25,13 @@ class TSpoolBuffer : public std::streambuf {
     struct TClose {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
+    void MoveToFile();
+    /// Takes what is in the file before what of the memory is not in it.
+    void BackToMemory(std::size_t done);
+
     std::unique_ptr<std::FILE, TClose> file_; ///< null: in memory
-    std::string memory_;
-    std::size_t size_ = 0; ///< in the file
-    bool full_ = false;
+    std::string memory_;                      ///< what is not in the file
+    std::size_t size_ = 0;                    ///< of the file
 };
 
 } // namespace conferix

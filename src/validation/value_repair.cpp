@@ -167,7 +167,10 @@ bool IsPunctuation(char c) {
 /// True for two long numbers with a blank between them, which may be one each.
 bool IsSeveralNumbers(std::string_view text) {
     constexpr std::ptrdiff_t kLong = 6;
-    return std::ranges::count_if(Split(text, ' '), [](std::string_view group) {
+    std::string groups(text);
+    std::ranges::replace_if(
+        groups, [](char c) { return c == '/' || c == '-'; }, ' ');
+    return std::ranges::count_if(Split(groups, ' '), [](std::string_view group) {
                return std::ranges::count_if(group, IsDigit) >= kLong;
            }) > 1;
 }
@@ -214,7 +217,11 @@ void AddCodes(const TSchemaSimpleType& type, std::string_view text, std::set<std
             readings.insert(code.insert(0, 1, '0'));
     };
     addPadded(std::string(text));
-    if (const TReading bare = WithoutPunctuation(text))
+    // Of a short code with a blank in it, each part may be a code.
+    constexpr std::size_t kShort = 3;
+    const bool parts = text.find_first_of(" /") != std::string_view::npos;
+    if (const TReading bare = WithoutPunctuation(text);
+        bare && (!parts || bare->front() == '0' || bare->size() > kShort))
         addPadded(*bare);
     if (const std::size_t zeros = text.find_first_not_of('0');
         AllDigits(text) && zeros != 0 && zeros != std::string_view::npos)

@@ -120,10 +120,20 @@ struct TLetter {
     bool IsUtf8() const { return Character >= 0x80; }
 };
 
+/// True of a letter or mark that Windows-1252 does not have.
+bool IsOther(UChar32 c) {
+    return (U_GET_GC_MASK(c) & (U_GC_L_MASK | U_GC_M_MASK)) != 0 &&
+           TCodePage::Ansi().ByteOf(static_cast<char32_t>(c)) == 0;
+}
+
 /// The letter of a run that begins at one of its bytes.
 TLetter LetterAt(std::string_view text, const TRun& run, std::size_t at) {
     TLetter letter{at, at, 0, false};
     letter.Character = NextCharacter(run.Bytes, letter.End);
+    // "É’" or "Ó”": nobody writes what a capital letter of Portuguese and a sign would be in UTF-8.
+    if (letter.IsUtf8() && IsOther(letter.Character) &&
+        std::u32string_view(U"ÇÉÊÍÓÔÕÚ").find(run.Read[at]) != std::u32string_view::npos)
+        letter.Character = 0;
     if (!letter.IsUtf8())
         letter.End = at + 1;
     letter.Doubtful = letter.IsUtf8() && letter.End == at + 2 && MayBeMeantAsItReads(text, run, at);
@@ -138,9 +148,7 @@ TWriting WritingOf(std::string_view text, const TRun& run) {
         if (!letter.IsUtf8())
             return TWriting::NoUtf8;
         at = letter.End;
-        const bool isOther = (U_GET_GC_MASK(c) & (U_GC_L_MASK | U_GC_M_MASK)) != 0 &&
-                             TCodePage::Ansi().ByteOf(static_cast<char32_t>(c)) == 0;
-        if (isOther)
+        if (IsOther(c))
             writing = TWriting::OtherUtf8;
         else if (letter.Doubtful && writing == TWriting::Utf8)
             writing = u_islower(c) != 0 ? TWriting::Unlikely : TWriting::Doubtful;

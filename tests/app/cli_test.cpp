@@ -270,6 +270,13 @@ TEST_F(Cli, AMissingHashIsToldWithTheRightOne) {
         EXPECT_THAT(result.Out,
                     HasSubstr("O arquivo não tem hash. Preencha <hash>, em <epilogo>, com \"" + right));
     }
+    // One that stands there under another name is no reason to tell a value that would be made of it too.
+    std::string misnamed = whole;
+    ReplaceAll(misnamed, "ans:epilogo>", "ans:Epilogo>");
+    const TCommandResult result = Run({"hash", "-"}, misnamed);
+    EXPECT_EQ(result.Status, kExitInvalid);
+    EXPECT_EQ(result.Out, "");
+    EXPECT_THAT(result.Err, HasSubstr("Corrija a estrutura"));
 }
 
 TEST_F(Cli, AFileThatSomebodyElseChangesIsNotWrittenOver) {

@@ -101,6 +101,7 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
                                        "<a>ção JOÃO nº 1ª IRMÃ INÊS CÂMARA</a>"},
                                       {"<a>IRM\xC3\xA0MARIA JOS\xC9</a>", "<a>IRMÃ\u00A0MARIA JOSÉ</a>"},
                                       {"<a>\x93MA\xC7\xC3\x94 \x96 \x80</a>", "<a>“MAÇÃ” – €</a>"},
+                                      {"<a>JOS\xC9\x92S f\xE3</a>", "<a>JOSÉ’S fã</a>"},
                                       {"<a>\x93\xE9\x94 ção x \x96 \x80</a>", "<a>“é” ção x – €</a>"},
                                       {"<?xml version='1.0' encoding='UTF-16'?><a>ção</a>",
                                        "<?xml version='1.0' encoding='UTF-16'?><a>ção</a>"}})
@@ -136,6 +137,7 @@ TEST(XmlEncoding, WritesWhatAnEncodingLacksAsReference) {
                                          {"Č é \x81", "Č é \xC2\x81"},
                                          {"é à \xE7ã é", "é à çã é"},
                                          {"é – 😀", "é – 😀"},
+                                         {"JOS\xC9\xAE é é ã Fran\xE7ois", "JOSÉ® é é ã François"},
                                          {"CLÍNICA é IRM\xC3\xA0", "CLÍNICA é IRMà"},
                                          {"\xE9 \xC3O \xF3 \xFA \xE1 \xED \xF5", "é ÃO ó ú á í õ"}}) {
         const std::string text = DecodeXml(head + written + " á ó ú").Text;

@@ -3,6 +3,7 @@
 #include "report/message_json.h"
 #include "validation/hash_rule.h"
 #include "validator/all_rules.h"
+#include "xml/lower_case.h"
 
 #include <fmt/format.h>
 
@@ -13,7 +14,24 @@ namespace conferix {
 
 namespace {
 
+/// True where something that is called a hash or an epilogue, in whatever case, is not where they belong:
+/// what is to be digested ends there.
+bool IsHashMisplaced(const IArquivoTiss& file) {
+    const TXmlNode* const root = file.Xml()->Element();
+    for (const TXmlNode* node = root; node != nullptr; node = node->NextInWalk(root))
+        if (node->IsTag() && ((LowerCase(node->LocalName()) == "epilogo" && node->LocalName() != "epilogo") ||
+                              LowerCase(node->LocalName()) == "hash"))
+            return true;
+    return false;
+}
+
 int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
+    if (file.HashNode() == nullptr && IsHashMisplaced(file)) {
+        context.Error(
+            "O hash não está em <hash> dentro de <epilogo>, e o certo não pode ser calculado antes de "
+            "estar. Corrija a estrutura: conferix corrigir --estrutura.");
+        return kExitInvalid;
+    }
     const std::string written(file.Hash());
     const auto rule = AllRules().MakeValidation(RuleOfKind(file.TipoArquivo(), "hash"), nullptr);
     file.Accept(*rule);

@@ -137,7 +137,7 @@ class TPrinting {
             without.push_back(guide->Number);
         if (!without.empty())
             context_.Warning(WithoutFormText(name, without));
-        if (!checked)
+        if (!checked && printed.Pages != 0)
             context_.Error(fmt::format("{}: o arquivo não pôde ser conferido; as guias são impressas sem a "
                                        "quantidade de erros (--sem-aviso imprime sem conferir)",
                                        name));
@@ -149,7 +149,7 @@ class TPrinting {
                           {"paginas", printed.Pages},
                           {"semFormulario", without},
                           {"erros", errors ? TJson(*errors) : TJson(nullptr)}});
-        return checked ? kExitValid : kExitUnreadable;
+        return checked || printed.Pages == 0 ? kExitValid : kExitUnreadable;
     }
 
     /// Which guides have nothing to be printed on.

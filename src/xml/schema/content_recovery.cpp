@@ -53,7 +53,7 @@ void TContentRecovery::MakeItems() {
         TItem item;
         item.First = i;
         if (namesake) {
-            items_.push_back(std::move(item));
+            items_.push_back(item);
             continue;
         }
         item.TakenAt = PositionsFor(name);
@@ -62,7 +62,7 @@ void TContentRecovery::MakeItems() {
             item.TakenAt = &meaning.Positions;
             item.Misnaming = meaning.Misnaming;
         }
-        items_.push_back(std::move(item));
+        items_.push_back(item);
     }
 }
 

@@ -272,7 +272,7 @@ std::string ValueHint(const TSchemaSimpleType& type) {
         return Number(*facets.Length, "caractere", "caracteres");
     if (!facets.MaxLength)
         return {};
-    const std::string most = Number(*facets.MaxLength, "caractere", "caracteres");
+    std::string most = Number(*facets.MaxLength, "caractere", "caracteres");
     const std::uint32_t least = facets.MinLength.value_or(0);
     if (least == *facets.MaxLength)
         return most;
