@@ -539,20 +539,19 @@ class TLotListing {
             for (const TProcedimentoListado& procedimento : ProcedimentosOf(guia.Guia)) {
                 ++procedures;
                 value.Add(procedimento.ValorTotal.value_or(0));
-                TListingRow row = {{TextCell(guia.Guia.NumeroMostrado()), TextCell(procedimento.Data),
-                                    TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
-                                    TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
-                                    TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
-                                    NumberCell(procedimento.ValorUnitario),
-                                    NumberCell(procedimento.ValorTotal)}};
+                const auto row = [&] {
+                    return TListingRow{{TextCell(guia.Guia.NumeroMostrado()), TextCell(procedimento.Data),
+                                        TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
+                                        TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
+                                        TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
+                                        NumberCell(procedimento.ValorUnitario),
+                                        NumberCell(procedimento.ValorTotal)}};
+                };
                 const std::vector<TProfissional> team = TeamOf(guia, procedimento);
                 teams = teams || team.size() > 1;
                 for (const TProfissional& professional : team) {
                     TWork& work = works[professional];
-                    if (&professional == &team.back())
-                        work.Rows.push_back(std::move(row));
-                    else
-                        work.Rows.push_back(row);
+                    work.Rows.push_back(row());
                     work.Quantidade.Add(procedimento.Quantidade.value_or(0));
                     work.Valor.Add(procedimento.ValorTotal.value_or(0));
                 }
