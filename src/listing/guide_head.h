@@ -18,7 +18,8 @@ struct TProfissional {
     std::string_view Uf = {};       ///< IBGE code; in 2.x letters
     std::string_view Cbo = {};
 
-    auto operator<=>(const TProfissional&) const = default; // NOLINT(modernize-use-nullptr): its 0 is no pointer
+    // NOLINTNEXTLINE(modernize-use-nullptr): its 0 is no pointer
+    auto operator<=>(const TProfissional&) const = default;
     /// "MARIA, CRM 12345 SP, CBO 225125", of what there is.
     std::string Text() const;
 };
