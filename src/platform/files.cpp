@@ -132,8 +132,9 @@ std::string ReadAll(const fs::path& file, std::uintmax_t limit, std::optional<TF
     // One byte more than expected, so that the end of the file shows in the second call.
     const std::size_t first = expected > 0 ? static_cast<std::size_t>(expected) + 1 : kFirstBlock;
     std::string content;
-    content.reserve(first +
-                    first / 16); // for the letters that take two bytes in UTF-8: room that costs nothing
+    // Room behind the content for letters that take two bytes in UTF-8; while it is not used it costs
+    // nothing.
+    content.reserve(first + first / 16);
     std::size_t filled = 0;
     for (std::size_t got = 1; got > 0; filled += got) {
         if (filled > limit) {

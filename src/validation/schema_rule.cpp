@@ -279,6 +279,7 @@ class TFaultMessages {
         const TXmlNode* guide = guia != nullptr ? guia->Node() : MonitoringGuide(node);
         return guide != nullptr ? GuideMark(*guide) : std::string();
     }
+
     /// `withSolvers`: false where no single correction makes sense.
     std::shared_ptr<TLoteGuiasValidationMessage> Make(const TSchemaFault& fault, bool withSolvers) {
         if (fault.Node != lastNode_ || !fault.Found.empty()) {

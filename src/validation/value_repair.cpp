@@ -164,12 +164,12 @@ bool IsPunctuation(char c) {
     return c == '.' || c == '-' || c == '/';
 }
 
-/// True for two long numbers with a blank between them, which may be one each.
+/// True for two long numbers with a blank or a sign between them, which may be one each.
 bool IsSeveralNumbers(std::string_view text) {
     constexpr std::ptrdiff_t kLong = 6;
     std::string groups(text);
-    std::ranges::replace_if(
-        groups, [](char c) { return c == '/' || c == '-'; }, ' ');
+    std::ranges::replace(groups, '/', ' ');
+    std::ranges::replace(groups, '-', ' ');
     return std::ranges::count_if(Split(groups, ' '), [](std::string_view group) {
                return std::ranges::count_if(group, IsDigit) >= kLong;
            }) > 1;

@@ -14,8 +14,8 @@ namespace conferix {
 
 namespace {
 
-/// True where something that is called a hash or an epilogue, in whatever case, is not where they belong:
-/// what is to be digested ends there.
+/// True of a file without a hash in its place that has one elsewhere, or one of them under a name in other
+/// case: its text would be digested with the others.
 bool IsHashMisplaced(const IArquivoTiss& file) {
     const TXmlNode* const root = file.Xml()->Element();
     for (const TXmlNode* node = root; node != nullptr; node = node->NextInWalk(root))
