@@ -6,10 +6,12 @@ fontes_janela=(
     'qscintilla2 2.13.3+dfsg-3'
 )
 
-# Só o que a janela usa, com as bibliotecas que o Qt traz; as ferramentas (moc, rcc) são as do Debian, da mesma versão.
+# As ferramentas (moc, rcc) são as do Debian, da mesma versão.
+qt_da_maquina=(-DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR=/usr/lib/x86_64-linux-gnu/cmake)
+
+# Só o que a janela usa, com as bibliotecas que o Qt traz.
 fazer_qt6-base() {
-    com_cmake . -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR="/usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)/cmake" \
-        -DQT_BUILD_TESTS=OFF -DQT_BUILD_EXAMPLES=OFF -DINPUT_opengl=no \
+    com_cmake . "${qt_da_maquina[@]}" -DQT_BUILD_TESTS=OFF -DQT_BUILD_EXAMPLES=OFF -DINPUT_opengl=no \
         -DFEATURE_{androiddeployqt,concurrent,dbus,direct2d,freetype,gif,glib,icu,jpeg,network,pkg_config,qmake}=OFF \
         -DFEATURE_{sql,tabletevent,testlib,vulkan,xml,zstd}=OFF
 }
