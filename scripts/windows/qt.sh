@@ -12,7 +12,7 @@ qt_da_maquina=(-DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR=/usr/lib/x86_64-linu
 # Só o que a janela usa, com as bibliotecas que o Qt traz.
 fazer_qt6-base() {
     com_cmake . "${qt_da_maquina[@]}" -DQT_BUILD_TESTS=OFF -DQT_BUILD_EXAMPLES=OFF -DINPUT_opengl=no \
-        -DFEATURE_{androiddeployqt,concurrent,dbus,direct2d,freetype,gif,glib,icu,jpeg,network,pkg_config,qmake}=OFF \
+        -DFEATURE_{androiddeployqt,concurrent,dbus,freetype,gif,glib,icu,jpeg,network,pkg_config,qmake}=OFF \
         -DFEATURE_{sql,tabletevent,testlib,vulkan,xml,zstd}=OFF
 }
 
