@@ -180,6 +180,7 @@ fazer_curl() {
 }
 
 fazer_libpng1.6() {
+    rm -f pngtest.c # um programa
     cp scripts/pnglibconf.h.prebuilt pnglibconf.h
     $alvo-gcc-posix -O2 -w -DPNG_INTEL_SSE_OPT=0 -I"$prefixo/include" -c png*.c
     arquivar png png*.o
