@@ -39,6 +39,10 @@ class TOutcome {
     std::exception_ptr failure_;
 };
 
+/// The threads of such work, which are waited for before the application ends. Qt's own pool is left to Qt:
+/// it paints large areas in it, and the window would stand still until the work there is done.
+QThreadPool& ThreadsBeside();
+
 /// Does work in another thread, then hands its outcome to `done` in the thread of the user interface, unless
 /// `owner` is gone by then. The work must touch nothing that others have. To be called in the thread of the
 /// user interface.
@@ -52,7 +56,7 @@ void RunBeside(QObject* owner, Work work, Done done) {
         TOutcome<TValue> Outcome;
     };
     auto task = std::make_shared<TTask>(TTask{owner, std::move(work), std::move(done), {}});
-    QThreadPool::globalInstance()->start([task]() mutable {
+    ThreadsBeside().start([task]() mutable {
         task->Outcome = TOutcome<TValue>::Of(task->Do);
         // The task ends where it began, since what it holds may belong to the user interface.
         QMetaObject::invokeMethod(
@@ -68,7 +72,7 @@ void RunBeside(QObject* owner, Work work, Done done) {
 /// Lets go of something large in another thread, which takes as long as making it.
 template<class Value>
 void LetGoBeside(Value value) {
-    QThreadPool::globalInstance()->start([held = std::move(value)] {});
+    ThreadsBeside().start([held = std::move(value)] {});
 }
 
 } // namespace conferix

@@ -503,10 +503,8 @@ void TDocumentTab::TakeText(const TXmlPtr& text) {
 }
 
 void TDocumentTab::PutText(const TXmlPtr& text, TPatience& patience) {
-    const TXmlPtr before = editor_->Snapshot();
-    const auto edits = patience.Await([&before, &text] { return FindEdits(*before, *text); });
     correcting_ = true;
-    editor_->ReplaceBy(text, edits, [&patience] { return patience.Go(); });
+    editor_->ReplaceBy(text, patience);
     correcting_ = false;
 }
 

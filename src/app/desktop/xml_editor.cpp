@@ -2,8 +2,11 @@
 
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/editor_accessible.h"
+#include "app/desktop/patience.h"
+#include "app/desktop/ready_memory.h"
 #include "app/desktop/theme.h"
 #include "app/line_layout.h"
+#include "app/text_changes.h"
 #include "app/xml_tags.h"
 
 #include <QAccessible>
@@ -12,6 +15,7 @@
 #include <QFontMetrics>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QTimer>
 #include <QToolTip>
 
@@ -31,6 +35,8 @@ constexpr int kFolds = 2;
 constexpr int kTagIndicator = 4; ///< those before it mark messages, by severity
 /// Bytes handed to the editor at a time while a text is loaded.
 constexpr std::size_t kPiece = 2U << 20U;
+/// Bytes of room beside a text at the least.
+constexpr std::size_t kSpare = 4096;
 /// Bytes that are searched at a time.
 constexpr long kSearched = 1 << 20;
 /// Bytes on either side of the caret in which the tag is looked for that belongs to the one at the caret.
@@ -44,11 +50,32 @@ std::size_t MarkOf(TMessageType type) {
     return type == TMessageType::mtWarning ? 1 : 2;
 }
 
-/// A change of more bytes is not read aloud.
+/// A change of more bytes is not read aloud, nor are more changes of one step.
 constexpr long kReadAloud = 20'000;
+constexpr int kReadAloudOfStep = 20;
 
 constexpr std::array kMarkTypes = {TMessageType::mtError, TMessageType::mtWarning,
                                    TMessageType::mtInformation};
+
+/// Bytes of room for a text, so that what is typed needs no more soon.
+std::size_t RoomOf(std::size_t text) {
+    return text + text / 16 + kSpare;
+}
+
+/// The editing component keeps a byte of style for each byte of text.
+TReadyMemory MemoryFor(std::size_t room) {
+    return {2, room};
+}
+
+/// Bytes of a text at the most while it is changed by edits, from the last to the first.
+std::size_t LargestOnTheWay(std::size_t text, const std::vector<TTextEdit>& edits) {
+    std::size_t largest = text;
+    for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
+        text = text - (edit->End - edit->Start) + edit->Text.size();
+        largest = std::max(largest, text);
+    }
+    return largest;
+}
 
 } // namespace
 
@@ -213,6 +240,12 @@ int TXmlEditor::MarginEnd(int margin) const {
     return static_cast<int>(end);
 }
 
+struct TXmlEditor::TPreparedText {
+    std::ptrdiff_t LineEnds = 0;
+    bool OfWindows = false; ///< the line ends
+    TReadyMemory Memory;
+};
+
 void TXmlEditor::Load(TXmlPtr text, bool highlighted) {
     SetPlaces({}, {});
     Send(SCI_SETREADONLY, 0);
@@ -223,12 +256,34 @@ void TXmlEditor::Load(TXmlPtr text, bool highlighted) {
         setLexer(highlighted ? new QsciLexerXML(this) : nullptr);
         ApplyTheme();
     }
-    setEolMode(text->find("\r\n") != std::string::npos ? EolWindows : EolUnix);
-    Send(SCI_ALLOCATE, static_cast<long>(text->size() + 4096));
-    setMarginWidth(kNumbers, QString(3 + QString::number(std::count(text->begin(), text->end(), '\n')).size(),
-                                     QLatin1Char('9')));
+    loadTimer_->stop();
     loading_ = std::move(text);
     loaded_ = 0;
+    Send(SCI_SETREADONLY, 1);
+    ++loads_;
+    if (loading_->size() < TReadyMemory::Least)
+        return BeginLoading(Prepare(*loading_));
+    RunBeside(
+        this, [text = loading_] { return Prepare(*text); },
+        [this, load = loads_](auto outcome) {
+            if (load == loads_)
+                BeginLoading(outcome.Take());
+        });
+}
+
+TXmlEditor::TPreparedText TXmlEditor::Prepare(const std::string& text) {
+    return {std::count(text.begin(), text.end(), '\n'), text.find("\r\n") != std::string::npos,
+            MemoryFor(RoomOf(text.size()))};
+}
+
+void TXmlEditor::BeginLoading(const TPreparedText& prepared) {
+    setEolMode(prepared.OfWindows ? EolWindows : EolUnix);
+    room_ = RoomOf(loading_->size());
+    Send(SCI_SETREADONLY, 0);
+    Send(SCI_ALLOCATE, static_cast<long>(room_));
+    if (QAccessible::isActive())
+        CountCharacters(*this); // as they come, not all at once at the first move of the caret
+    setMarginWidth(kNumbers, QString(3 + QString::number(prepared.LineEnds).size(), QLatin1Char('9')));
     LoadMore();
 }
 
@@ -277,24 +332,39 @@ TXmlEditor::TXmlPtr TXmlEditor::Snapshot() const {
     return snapshot_;
 }
 
-void TXmlEditor::ReplaceBy(const TXmlPtr& text, const std::vector<TTextEdit>& edits, const TGoOn& goOn) {
+void TXmlEditor::ReplaceBy(const TXmlPtr& text, TPatience& patience) {
+    struct TPreparedEdits {
+        std::vector<TTextEdit> Edits;
+        std::size_t Room;
+        TReadyMemory Memory;
+    };
+    const auto [edits, room, memory] = patience.Await([before = Snapshot(), &text, had = room_] {
+        auto found = FindEdits(*before, *text);
+        const std::size_t largest = LargestOnTheWay(before->size(), found);
+        if (largest < had)
+            return TPreparedEdits{std::move(found), had, {}};
+        return TPreparedEdits{std::move(found), RoomOf(largest), MemoryFor(RoomOf(largest))};
+    });
     if (edits.empty())
         return;
     Send(SCI_SETREADONLY, 0);
+    room_ = room;
+    Send(SCI_ALLOCATE, static_cast<long>(room_));
     Send(SCI_BEGINUNDOACTION);
+    const QScopedValueRollback<std::optional<int>> step(changesOfStep_, 0);
     for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
         const auto start = static_cast<long>(edit->Start);
         auto end = static_cast<long>(edit->End);
-        for (; end - start > static_cast<long>(kPiece); end -= static_cast<long>(kPiece), goOn())
+        for (; end - start > static_cast<long>(kPiece); end -= static_cast<long>(kPiece), patience.Go())
             Send(SCI_DELETERANGE, end - static_cast<long>(kPiece), static_cast<long>(kPiece));
         Send(SCI_SETTARGETRANGE, start, end);
         SendText(SCI_REPLACETARGET, edit->Text.substr(0, kPiece));
-        for (std::size_t at = kPiece; at < edit->Text.size(); at += kPiece, goOn()) {
+        for (std::size_t at = kPiece; at < edit->Text.size(); at += kPiece, patience.Go()) {
             const auto place = start + static_cast<long>(at);
             Send(SCI_SETTARGETRANGE, place, place);
             SendText(SCI_REPLACETARGET, edit->Text.substr(at, kPiece));
         }
-        goOn();
+        patience.Go();
     }
     Send(SCI_ENDUNDOACTION);
     SetEditable(editable_);
@@ -307,14 +377,20 @@ void TXmlEditor::NoteSaved() {
 
 void TXmlEditor::Undo(const TGoOn& goOn) {
     goOn_ = goOn;
+    const QScopedValueRollback<std::optional<int>> step(changesOfStep_, 0);
     Send(SCI_UNDO);
     goOn_ = nullptr;
 }
 
 void TXmlEditor::Redo(const TGoOn& goOn) {
     goOn_ = goOn;
+    const QScopedValueRollback<std::optional<int>> step(changesOfStep_, 0);
     Send(SCI_REDO);
     goOn_ = nullptr;
+}
+
+bool TXmlEditor::IsReadAloud(long length) const {
+    return length <= kReadAloud && changesOfStep_.value_or(0) <= kReadAloudOfStep && QAccessible::isActive();
 }
 
 void TXmlEditor::OnChange(long position, long length, bool inserted) {
@@ -322,7 +398,9 @@ void TXmlEditor::OnChange(long position, long length, bool inserted) {
     snapshot_ = nullptr;
     changing_ = {position, inserted ? length : 0, static_cast<int>(Send(SCI_LINEFROMPOSITION, position)),
                  LineCount()};
-    if (!inserted && length <= kReadAloud && QAccessible::isActive())
+    if (changesOfStep_)
+        ++*changesOfStep_;
+    if (!inserted && IsReadAloud(length))
         TellTextRemoved(*this, position, ToQt(TextOf(position, position + length)));
     markTimer_->start(0);
     emit Edited();
@@ -334,7 +412,7 @@ void TXmlEditor::SettleChange() {
     const auto change = std::exchange(changing_, std::nullopt);
     if (!change)
         return;
-    if (change->Inserted != 0 && change->Inserted <= kReadAloud && QAccessible::isActive())
+    if (change->Inserted != 0 && IsReadAloud(change->Inserted))
         TellTextInserted(*this, change->Position,
                          ToQt(TextOf(change->Position, change->Position + change->Inserted)));
     if (const int linesAdded = LineCount() - change->LineCount; linesAdded != 0)
@@ -542,6 +620,7 @@ int TXmlEditor::ReplaceAll(const TSearch& search, const QString& by, const TGoOn
     if (search.Text.isEmpty() || isReadOnly())
         return 0;
     int count = 0;
+    const QScopedValueRollback<std::optional<int>> step(changesOfStep_, 0);
     Send(SCI_BEGINUNDOACTION);
     for (long at = 0; (at = FindFrom(at, Send(SCI_GETLENGTH), search, goOn)) >= 0; ++count) {
         SendText(SCI_REPLACETARGET, {with.constData(), static_cast<std::size_t>(with.size())});

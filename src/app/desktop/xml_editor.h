@@ -2,7 +2,6 @@
 #pragma once
 
 #include "app/message_places.h"
-#include "app/text_changes.h"
 
 #include <QDeadlineTimer>
 #include <QPixmap>
@@ -18,6 +17,8 @@
 class QTimer;
 
 namespace conferix {
+
+class TPatience;
 
 /// Shows and edits an XML text; marks the places of messages. Lines and columns are 1-based, in characters.
 class TXmlEditor : public QsciScintilla {
@@ -37,9 +38,9 @@ class TXmlEditor : public QsciScintilla {
     bool IsLoading() const { return loading_ != nullptr; }
     /// The text as it is now; the same object as long as nobody edits it.
     TXmlPtr Snapshot() const;
-    /// Makes the text another one in one step that the user can undo; only what differs (`edits`, those of
-    /// FindEdits) is replaced, so that place and folds stay. What `goOn` answers does not matter.
-    void ReplaceBy(const TXmlPtr& text, const std::vector<TTextEdit>& edits, const TGoOn& goOn);
+    /// Makes the text another one in one step that the user can undo; only what differs is replaced, so that
+    /// place and folds stay. `patience` is not to be stopped.
+    void ReplaceBy(const TXmlPtr& text, TPatience& patience);
     /// The text as it is now is the one that was saved: BackAtSaved tells when undoing or redoing leads back
     /// to it.
     void NoteSaved();
@@ -93,9 +94,15 @@ class TXmlEditor : public QsciScintilla {
     long Send(unsigned message, long first = 0, long second = 0) const;
     long SendText(unsigned message, std::string_view text) const;
     void ApplyTheme();
+    /// What is found out about a text beside, before the editing component gets it.
+    struct TPreparedText;
+    static TPreparedText Prepare(const std::string& text);
+    void BeginLoading(const TPreparedText& prepared);
     void LoadMore();
     /// The text is about to change.
     void OnChange(long position, long length, bool inserted);
+    /// Whether screen readers are told of a change of so many bytes.
+    bool IsReadAloud(long length) const;
     /// Does what follows from the last change: places move with their lines, screen readers are told.
     void SettleChange();
     void OnUpdated(int what);
@@ -118,6 +125,8 @@ class TXmlEditor : public QsciScintilla {
     mutable TXmlPtr snapshot_;
     TXmlPtr loading_;
     std::size_t loaded_ = 0; ///< bytes
+    int loads_ = 0;          ///< how many texts were loaded so far
+    std::size_t room_ = 0;   ///< bytes that the editing component has room for, or more
     bool editable_ = true;
     /// A change that was told before it happened.
     struct TTextChange {
@@ -129,8 +138,9 @@ class TXmlEditor : public QsciScintilla {
     std::optional<TTextChange> changing_; ///< what it did to the lines is not known yet
     TMessagePlaces places_;
     std::function<QString(std::size_t)> textOf_;
-    std::vector<QPixmap> markIcons_; ///< by mark, as large as they were drawn last
-    TGoOn goOn_;                     ///< of the step that is being undone
+    std::vector<QPixmap> markIcons_;   ///< by mark, as large as they were drawn last
+    TGoOn goOn_;                       ///< of the step that is being undone
+    std::optional<int> changesOfStep_; ///< that is being done, undone or redone
     QDeadlineTimer enterIgnored_;
     QTimer* loadTimer_;
     QTimer* markTimer_;

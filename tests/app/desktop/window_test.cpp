@@ -1,4 +1,5 @@
 #include "app/cli/cli.h"
+#include "app/desktop/background.h"
 #include "app/desktop/correction_dialog.h"
 #include "app/desktop/document_tab.h"
 #include "app/desktop/guide_print_dialog.h"
@@ -8,6 +9,8 @@
 #include "app/desktop/notice_bar.h"
 #include "app/desktop/notice_bell.h"
 #include "app/desktop/page_view.h"
+#include "app/desktop/patience.h"
+#include "app/desktop/ready_memory.h"
 #include "app/desktop/xml_editor.h"
 #include "app/dialogs/dialog_test.h"
 #include "platform/platform.h"
@@ -28,6 +31,7 @@
 #include <QPrinter>
 #include <QRadioButton>
 #include <QScrollBar>
+#include <QSemaphore>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTableView>
@@ -76,8 +80,7 @@ class Window : public TDialogTest {
     void WaitForVerdict() const {
         Wait([&] { return Tab().Result().has_value() && !Tab().Editor()->IsLoading(); });
     }
-    /// An action as the user finds it in the menus.
-    /// What the action does at once; what it posts waits for events.
+    /// An action as the user finds it in the menus: what it does at once; what it posts waits for events.
     void Trigger(const char* name) const {
         auto* const action = window_->findChild<QAction*>(QString::fromLatin1(name));
         ASSERT_NE(action, nullptr) << name;
@@ -447,6 +450,47 @@ TEST_F(Window, ShowsFilesThatAreHardToShow) {
     EXPECT_THAT(FromQt(window_->windowTitle()), HasSubstr("(Inválido)"));
     EXPECT_FALSE(window_->findChild<QAction*>(QStringLiteral("salvar"))->isEnabled());
     EXPECT_TRUE(window_->close());
+}
+
+TEST_F(Window, LargeTextsStayWhole) {
+    std::string lines;
+    while (lines.size() < TReadyMemory::Least)
+        lines += "<linha numero=\"" + std::to_string(lines.size()) + "\"/>\n";
+    const auto before = std::make_shared<const std::string>("<antes>\n" + lines + "</antes>\n");
+    const auto after = std::make_shared<const std::string>("<depois>\n" + lines + lines + "</depois>\n");
+    TXmlEditor editor;
+    editor.Load(after, true);
+    editor.Load(before, true); // the first has not been shown yet
+    Wait([&] { return !editor.IsLoading(); });
+    TPatience patience(&editor, {}, TPatience::TStop::No);
+    editor.ReplaceBy(after, patience);
+    const auto shown = [&editor] {
+        QByteArray bytes(static_cast<int>(editor.SendScintilla(TXmlEditor::SCI_GETLENGTH)) + 1, ' ');
+        editor.SendScintilla(TXmlEditor::SCI_GETTEXT, static_cast<unsigned long>(bytes.size()), bytes.data());
+        return bytes.chopped(1).toStdString();
+    };
+    EXPECT_TRUE(shown() == *after);
+    editor.Undo([] { return true; });
+    EXPECT_TRUE(shown() == *before);
+
+    const TReadyMemory ready(2, TReadyMemory::Least);
+    const std::vector<char> first(TReadyMemory::Least);
+    void* second = TReadyMemory::Take(TReadyMemory::Least);
+    EXPECT_NE(second, nullptr);
+    operator delete(second);
+    EXPECT_EQ(TReadyMemory::Take(TReadyMemory::Least), nullptr) << "the first went to the vector";
+}
+
+TEST_F(Window, IsPaintedWhateverIsDoneBeside) {
+    QSemaphore end;
+    const int threads = 2 * ThreadsBeside().maxThreadCount();
+    for (int i = 0; i < threads; ++i)
+        RunBeside(
+            window_.get(), [&end] { return end.tryAcquire(1, 60'000); }, [](auto) {});
+    EXPECT_FALSE(window_->grab().isNull()); // large areas are painted by several threads
+    EXPECT_EQ(QThreadPool::globalInstance()->activeThreadCount(), 0);
+    end.release(threads);
+    ThreadsBeside().waitForDone();
 }
 
 TEST_F(Window, FiltersSortsAndGroupsMessages) {
