@@ -31,16 +31,13 @@ struct TSomaOdonto {
     TDecimalSum AsTold;
     TDecimalSum Counted; ///< each as often as its quantity says
     bool Known = true;   ///< each value can be read
-    bool QuantityKnown = true;
 
     explicit TSomaOdonto(const IGuiaTiss& guia) : Declared(Addable(guia.CampoValorTotalGuia().Number())) {
         for (const TProcedimentoExecutado& item : ItensOf(guia).Procedimentos.Procedimentos()) {
             const double value = Addable(item.ValorUnitario().Number()).value_or(0);
-            const TXmlField quantity = item.QuantidadeExecutada();
             Known = Known && !IsIlegivel(item.ValorUnitario());
-            QuantityKnown = QuantityKnown && !IsIlegivel(quantity);
             AsTold.Add(value);
-            Counted.Add(value * Addable(quantity.Number()).value_or(1));
+            Counted.Add(value * Addable(item.QuantidadeExecutada().Number()).value_or(1));
         }
     }
     /// The standard does not say whether an item tells the value of one or of all that it counts: what gives
@@ -51,10 +48,7 @@ struct TSomaOdonto {
     std::optional<double> Value() const {
         if (!Known)
             return std::nullopt;
-        if (Counts())
-            return Counted.Value();
-        const bool unknown = !QuantityKnown && Declared && !SameMoney(*Declared, AsTold.Value());
-        return unknown ? std::nullopt : std::optional(AsTold.Value());
+        return Counts() ? Counted.Value() : AsTold.Value();
     }
 };
 

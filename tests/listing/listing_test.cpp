@@ -330,6 +330,7 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
     std::string dental = ReadTestFile(Example("odonto-3.05.00-valido.xml"));
     for (const auto& [right, wrong, difference] :
          {std::tuple("", "", json(nullptr)),
+          {">1</ans:qtdProc>", ">x</ans:qtdProc>", json(nullptr)},
           {"<ans:valorTotalProc>", "<ans:valorTotalProc>1", json(1000.0)}}) {
         if (*right != '\0')
             dental.replace(dental.find(right), std::string_view(right).size(), wrong);
