@@ -47,8 +47,9 @@ TLineStyle ToTheRight(TLineStyle style) {
     return style;
 }
 
-/// Adds a line of text in the middle of an area, which it does not leave.
-void AddText(TDrawing& drawing, const TPaperRect& area, std::string text, const TLineStyle& style) {
+/// Adds a line of text in the middle of an area, which it does not leave; answers it.
+const TPaperText& AddText(TDrawing& drawing, const TPaperRect& area, std::string text,
+                          const TLineStyle& style) {
     constexpr float kCapital = 0.72F; ///< height of capitals, in sizes
     float size = style.Size;
     float width = TextWidth(text, style.Face, size);
@@ -61,9 +62,10 @@ void AddText(TDrawing& drawing, const TPaperRect& area, std::string text, const 
             width = TextWidth(text, style.Face, size);
         }
     }
-    drawing.Texts.push_back({style.ToTheRight ? area.Right() - width : area.X,
-                             area.Y + (area.Height + kCapital * size * kMillimetresPerPoint) / 2, size,
-                             style.Face, std::move(text)});
+    return drawing.Texts.emplace_back(
+        TPaperText{style.ToTheRight ? area.Right() - width : area.X,
+                   area.Y + (area.Height + kCapital * size * kMillimetresPerPoint) / 2, size, style.Face,
+                   std::move(text)});
 }
 
 /// A cell as it is printed.
@@ -146,10 +148,14 @@ class TListingPages {
         y_ += 2 * kLine + kGap;
     }
 
-    /// Writes the page that was begun, if one was.
+    /// Writes the page that was begun, if one was, and empties it.
     void EndPage() {
-        if (writer_ == nullptr || number_ == 0)
-            return;
+        if (writer_ != nullptr && number_ != 0)
+            WritePage();
+        page_.Own.Clear();
+    }
+
+    void WritePage() {
         const TPaperRect foot = {kMargin, page_.Height - kMargin - kLine, Width(), kLine};
         Text(foot, made_, kPlain);
         Text(foot, fmt::format("Página {} de {}", number_, pages_), ToTheRight(kPlain));
@@ -161,7 +167,6 @@ class TListingPages {
         page_.Own.Lines.clear();
         page_.Common = {ruled_};
         writer_->AddPage(page_);
-        page_.Own.Clear();
     }
 
     /// A line over the whole width; on a further page where this one is full.
@@ -265,15 +270,15 @@ class TListingPages {
             const TListingCell& cell = row.Cells[column.Index];
             const TListingCell* const above = std::exchange(column.Above, &cell);
             const float left = std::exchange(x, x + column.Width);
-            if (cell.IsEmpty())
-                continue;
-            if (above != nullptr && column.Printed.Face == style.Face && *above == cell) {
+            if (above == nullptr || column.Printed.Face != style.Face || *above != cell) {
+                std::string text = PrintedCell(cell, column.Kind);
+                column.Printed = {};
+                if (!text.empty())
+                    column.Printed = AddText(page_.Own, {left + kGap / 2, y_, column.Width - kGap, kLine},
+                                             std::move(text), column.StyleOf(style));
+            } else if (!column.Printed.Text.empty()) {
                 column.Printed.Baseline += y_ - column.Y;
                 page_.Own.Texts.push_back(column.Printed);
-            } else {
-                Text({left + kGap / 2, y_, column.Width - kGap, kLine}, PrintedCell(cell, column.Kind),
-                     column.StyleOf(style));
-                column.Printed = page_.Own.Texts.back();
             }
             column.Y = y_;
         }

@@ -1,4 +1,5 @@
 // Listings as users get them: beside the rules, of every version, in every format.
+#include "forms/pdf_text.h"
 #include "support/command_test.h"
 #include "support/generated_lot.h"
 #include "xml/xml_parser.h"
@@ -38,6 +39,13 @@ class Listing : public TCommandTest {
         return generator.Serialize(*tree);
     }
 };
+
+std::size_t CountOf(std::string_view text, std::string_view piece) {
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = text.find(piece, at)) != std::string_view::npos; at += piece.size())
+        ++count;
+    return count;
+}
 
 /// The rows of all groups.
 std::vector<json> Rows(const json& file) {
@@ -475,6 +483,14 @@ TEST_F(Listing, IsAPageOrPaperThatShowsWhatFilesSayAndDoesNothingElse) {
         EXPECT_THAT(pdf, testing::EndsWith("%%EOF\n"));
         EXPECT_THAT(pdf, HasSubstr(fmt::format("/Count {}", pages))) << kind;
     }
+    // Each row once, with a rule below it, though cells repeat those above them.
+    const std::string pdf = Run({"listar", "guias", File("b.xml"), "--formato", "pdf"}).Out;
+    std::size_t rules = 0;
+    for (const std::string& stream : PdfStreams(pdf))
+        rules += CountOf(stream, " l S");
+    EXPECT_EQ(rules, many.size());
+    EXPECT_EQ(CountOf(PdfTexts(pdf), "2.000,10\n"), 2 * many.size());
+    EXPECT_EQ(CountOf(PdfTexts(pdf), "Carteira\n"), 3U);
 }
 
 } // namespace
