@@ -87,6 +87,7 @@ class TListingPages {
         TPdfWriter writer(out, title_);
         writer_ = &writer;
         SetAll();
+        writer_ = nullptr;
         writer.Finish();
     }
 

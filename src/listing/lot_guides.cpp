@@ -52,60 +52,57 @@ struct TSomaOdonto {
     }
 };
 
-std::optional<double> CalculadoOf(const IGuiaTiss& guia, std::string_view versao) {
+/// `known`: whether the totals of its items are.
+std::optional<double> CalculadoOf(const IGuiaTiss& guia, std::string_view versao, bool known) {
     if (versao < kTotaisDesdeVersao && guia.TipoGuia() != TEnumTipoGuia::tgHonorarios)
         return std::nullopt; // what more enters into the total stands apart from the items
-    const TItensDaGuia itens = ItensOf(guia);
-    const auto summed = [versao](const TItemGuia& item) { return CanBeSummed(item.ValorTotal(), versao); };
-    switch (guia.TipoGuia()) {
-    case TEnumTipoGuia::tgSPSADT:
-    case TEnumTipoGuia::tgResumoInternacao:
-        for (const TProcedimentoExecutado& item : itens.Procedimentos.Procedimentos())
-            if (!summed(item))
-                return std::nullopt;
-        for (const TDespesa& item : itens.Despesas.Despesas())
-            if (!summed(item))
-                return std::nullopt;
-        return SomaGeral(itens.Procedimentos, itens.Despesas);
-    case TEnumTipoGuia::tgHonorarios:
-        for (const TProcedimentoExecutado& item : itens.Procedimentos.Procedimentos())
-            if (!summed(item))
-                return std::nullopt;
-        return itens.Procedimentos.TotalProcedimentos();
-    case TEnumTipoGuia::tgOdonto:
+    if (guia.TipoGuia() == TEnumTipoGuia::tgOdonto)
         return TSomaOdonto(guia).Value();
-    case TEnumTipoGuia::tgConsulta:
-        break;
-    }
-    return std::nullopt;
+    if (guia.TipoGuia() == TEnumTipoGuia::tgConsulta || !known)
+        return std::nullopt;
+    const TItensDaGuia itens = ItensOf(guia);
+    return guia.TipoGuia() == TEnumTipoGuia::tgHonorarios ? itens.Procedimentos.TotalProcedimentos()
+                                                          : SomaGeral(itens.Procedimentos, itens.Despesas);
 }
 
 /// Counts the items of a guide, and the numbers in it that are none, and finds the first day among them.
-void ReadItens(TGuiaListada& listed) {
+/// Answers whether the sum of the items' totals can be told.
+bool ReadItens(TGuiaListada& listed, std::string_view versao) {
     std::string_view first;
-    const auto isEmpty = [](const TXmlField& field) { return !field.Number() && !IsIlegivel(field); };
-    const auto note = [&](const TItemGuia& item, bool untold) {
+    bool known = true;
+    // Whether a field says nothing; what cannot be read is counted.
+    const auto isUntold = [&](const TXmlField& field) {
+        if (Addable(field.Number()))
+            return false;
+        const bool illegible = IsIlegivel(field);
+        listed.Ilegiveis += illegible ? 1 : 0;
+        return !illegible;
+    };
+    const auto isTotalUntold = [&](const TItemGuia& item) {
         ++listed.Itens;
-        listed.ItensSemTotal += untold ? 1 : 0;
         if (const std::string_view data = item.DataExecucao().Text();
             !data.empty() && (first.empty() || data < first))
             first = data;
-        listed.Ilegiveis += IsIlegivel(item.QuantidadeExecutada()) ? 1 : 0;
-        listed.Ilegiveis += IsIlegivel(item.ValorTotal()) ? 1 : 0;
+        isUntold(item.QuantidadeExecutada());
+        const TXmlField total = item.ValorTotal();
+        known = known && CanBeSummed(total, versao);
+        return isUntold(total);
     };
     const TItensDaGuia itens = ItensOf(listed.Guia);
     const bool dental = listed.Guia.TipoGuia() == TEnumTipoGuia::tgOdonto;
     for (const TProcedimentoExecutado& procedimento : itens.Procedimentos.Procedimentos()) {
-        note(procedimento, isEmpty(dental ? procedimento.ValorUnitario() : procedimento.ValorTotal()));
-        listed.Ilegiveis += IsIlegivel(procedimento.ValorUnitario()) ? 1 : 0;
+        const bool total = isTotalUntold(procedimento);
+        const bool unit = isUntold(procedimento.ValorUnitario());
+        listed.ItensSemTotal += (dental ? unit : total) ? 1 : 0;
     }
     for (const TDespesa& despesa : itens.Despesas.Despesas())
-        note(despesa, isEmpty(despesa.ValorTotal()));
+        listed.ItensSemTotal += isTotalUntold(despesa) ? 1 : 0;
     if (listed.Guia.TipoGuia() == TEnumTipoGuia::tgConsulta)
         listed.Itens = 1;
     listed.Data = !listed.Head.DataAtendimento.empty() ? listed.Head.DataAtendimento
                   : !first.empty()                     ? first
                                                        : listed.Head.Data;
+    return known;
 }
 
 /// How many of the totals that a guide declares are no numbers.
@@ -216,11 +213,11 @@ std::vector<TGuiaListada> GuiasOf(const ILoteGuias& lote, std::string_view versa
     std::vector<TGuiaListada> guias;
     for (const IGuiaTiss& guia : lote.GuiasTiss().EmOrdemDoDocumento()) {
         TGuiaListada& listed = guias.emplace_back(TGuiaListada{guia, ReadGuiaHead(guia)});
-        ReadItens(listed);
+        const bool known = ReadItens(listed, versao);
         const TXmlField total = guia.CampoValorTotalGuia();
         listed.Informado = Addable(total.Number());
         listed.SemTotal = total.Text().empty() && HasTotal(guia.TipoGuia(), versao);
-        listed.Calculado = Addable(CalculadoOf(guia, versao));
+        listed.Calculado = Addable(CalculadoOf(guia, versao, known));
         listed.Ilegiveis += CountIlegiveisDeclared(guia);
     }
     Sort(guias, order);
