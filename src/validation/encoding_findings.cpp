@@ -201,15 +201,18 @@ std::shared_ptr<TXmlMessage> BomAgainstDeclaration(const TXmlMisreading& misread
     TOffers offers(text);
     offers.Add("Gravar em UTF-8" + without, std::string(kUtf8));
     offers.Add("Gravar em ISO-8859-1" + without, std::string(kIso));
+    const std::string declared = CutText(misreading.Declared);
+    std::string advice = wide ? fmt::format("Grave o arquivo em {}{}", declared, without)
+                              : fmt::format("Declare encoding=\"{}\"", encoding.Name);
+    // UTF-16 would need another mark.
+    if (!wide && !LowerCase(declared).starts_with("utf-16"))
+        advice += fmt::format(" ou grave o arquivo em {}{}", declared, without);
     auto message = TXmlMessage::CreateWarn(
         fmt::format("{} {}, mas declara a codificação {}. Foi lido como {}; outros leitores podem recusá-lo, "
-                    "ou lê-lo de outro modo e achar outro hash. {} em {}{}.{}",
+                    "ou lê-lo de outro modo e achar outro hash. {}.{}",
                     encoding.Bom ? "O arquivo começa com a marca de" : "O arquivo está gravado em",
-                    encoding.Name + (encoding.Bom ? " (BOM)" : ""), CutText(misreading.Declared),
-                    encoding.Name,
-                    wide ? std::string("Grave o arquivo")
-                         : fmt::format("Declare encoding=\"{}\" ou grave o arquivo", encoding.Name),
-                    CutText(misreading.Declared), without, offers.Obstacles()),
+                    encoding.Name + (encoding.Bom ? " (BOM)" : ""), declared, encoding.Name, advice,
+                    offers.Obstacles()),
         misreading.Declared, 1, 1, 0);
     offers.Give(*message);
     return message;

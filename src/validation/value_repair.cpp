@@ -203,7 +203,7 @@ bool IsCodeNotation(const std::string& text) {
     if (digits >= kLong)
         return groups.size() <= digits / 2 + 1;
     return HasShape(text, "99.999-9") || HasShape(text, "999.999-9") || HasShape(text, "9.999.999") ||
-           HasShape(text, "999 999") || HasShape(text, "999 9999");
+           HasShape(text, "999 999") || HasShape(text, "999 9999") || HasShape(text, "9999 99");
 }
 
 /// The digits of a document or code written with punctuation or in groups; nothing for what is none.
@@ -259,7 +259,8 @@ void AddCodes(const TSchemaSimpleType& type, std::string_view text, std::set<std
 void AddTexts(const TSchemaSimpleType& type, std::string_view text, std::set<std::string>& readings) {
     constexpr std::size_t kCpf = 11;
     constexpr std::size_t kCnpj = 14;
-    const bool month = HasShape(text, "9999-99") && (text.starts_with("19") || text.starts_with("20"));
+    const bool month = (HasShape(text, "9999-99") || HasShape(text, "9999 99")) &&
+                       (text.starts_with("19") || text.starts_with("20"));
     if (const TReading bare = WithoutPunctuation(text); bare && !month)
         readings.insert(*bare);
     // A number of fixed length that lost its zero; of a CPF or CNPJ any digit may be the one that is missing.
