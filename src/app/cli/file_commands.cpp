@@ -170,6 +170,9 @@ void AddCorrigir(TCommand& root) {
          .Description = "Mostra as diferenças e não grava nada",
          .To = &options->Simular,
          .Excludes = {"--saida", "--no-lugar"}},
+        {.Name = "--detalhar",
+         .Description = "Diz cada correção e cada letra que muda, sem agrupar",
+         .To = &options->Detalhar},
     };
     command.WhenZero = "os arquivos corrigidos são válidos";
     command.WhenOne = "um arquivo continua inválido depois das correções";
