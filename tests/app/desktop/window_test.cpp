@@ -259,8 +259,8 @@ TEST_F(Window, CorrectsAllAfterALookAtTheDifferenceAndSaves) {
         const auto& right = Find<QTreeView>(dialog, "Diferenças no texto: depois");
         EXPECT_GT(left.model()->rowCount(), 0);
         // What is long is scrolled to, on both sides at once.
+        Wait([&] { return left.horizontalScrollBar()->maximum() > 0; }); // once the rows are laid out
         left.horizontalScrollBar()->setValue(left.horizontalScrollBar()->maximum());
-        EXPECT_GT(left.horizontalScrollBar()->value(), 0);
         EXPECT_EQ(right.horizontalScrollBar()->value(), left.horizontalScrollBar()->value());
         return Find<QTableView>(dialog, "Correções").model();
     };
