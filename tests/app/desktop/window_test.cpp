@@ -28,6 +28,7 @@
 #include <QListView>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QPrinter>
 #include <QRadioButton>
 #include <QScrollBar>
@@ -244,6 +245,24 @@ TEST_F(Window, ChoosesAmongCorrectionsAndCancels) {
     Do("corrigir");
     WaitForVerdict();
     EXPECT_TRUE(Text() != before);
+}
+
+TEST_F(Window, ShowsWhatAnotherEncodingChanges) {
+    const std::string right = ReadWholeFile(Example("odonto-3.05.00-valido.xml")); // in UTF-8
+    std::string misread = right;
+    misread.replace(misread.find("UTF-8"), 5, "ISO-8859-1");
+    Write("lote.xml", misread);
+    Open(folder_ / "lote.xml");
+    for (const char* answer : {"Cancelar", "Salvar"}) {
+        EXPECT_TRUE(Bytes() == misread);
+        Visit([answer](QDialog& dialog) {
+            EXPECT_THAT(FromQt(Find<QPlainTextEdit>(dialog, "O que muda").toPlainText()),
+                        HasSubstr("\"versÃ£o\" passa a \"versão\"."));
+            Press(dialog, answer);
+        });
+        Do("UTF-8");
+    }
+    EXPECT_TRUE(Bytes() == right);
 }
 
 TEST_F(Window, CorrectsAllAfterALookAtTheDifferenceAndSaves) {
