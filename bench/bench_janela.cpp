@@ -1,8 +1,10 @@
 // The window with one file: how long each step takes, the longest time in which it did not answer, in
 // processor time of its thread as well (what else the machine does counts there the least), and the memory.
-// Usage: bench_janela FILE, a copy that may be changed; platform as QT_QPA_PLATFORM says.
+// Usage: bench_janela [--guias] FILE, a copy that may be changed; platform as QT_QPA_PLATFORM says. --guias:
+// the preview of the guides in place of editing.
 
 #include "app/desktop/document_tab.h"
+#include "app/desktop/guide_print_dialog.h"
 #include "app/desktop/main_window.h"
 #include "app/desktop/message_panel.h"
 #include "app/desktop/search_bar.h"
@@ -11,6 +13,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QTest>
 #include <QTimer>
 #include <QTreeView>
@@ -115,6 +118,43 @@ class TMeasure {
     TDocumentTab& Tab() const { return *window_.CurrentTab(); }
     bool Judged() const { return Tab().Result().has_value(); }
 
+    /// The guides on their forms: opened, some chosen, the box of a place in the middle of the file.
+    void Preview() {
+        Open("guides on their forms", "imprimirGuias", [this](TFGuidePrint& dialog) {
+            TGuideChoiceModel& list = *dialog.findChild<TGuideChoiceModel*>();
+            for (int i = 0; i < 20; ++i)
+                list.setData(list.index(i % list.rowCount(), 0), i % 2 == 0 ? Qt::Unchecked : Qt::Checked,
+                             Qt::CheckStateRole);
+            std::printf("%-22s %s, %zu pages\n", "20 marks", watch_.Take().c_str(), dialog.Pages().Count());
+        });
+        TXmlEditor& editor = *Tab().Editor();
+        const int line = editor.LineCount() / 2; // 0-based; of a file of two lines the long one
+        editor.GoTo(line + 1, editor.lineLength(line) / 2);
+        Open("box of a place", "mostrarNoFormulario", [](TFGuidePrint&) {});
+    }
+
+    /// Opens the guides by an action, uses them and closes them.
+    void Open(const char* what, const char* action, const std::function<void(TFGuidePrint&)>& use) {
+        QTimer poll;
+        int turns = 0;
+        QObject::connect(&poll, &QTimer::timeout, [&] {
+            QWidget* const shown = QApplication::activeModalWidget();
+            auto* const dialog = qobject_cast<TFGuidePrint*>(shown);
+            if (dialog == nullptr && qobject_cast<QMessageBox*>(shown) != nullptr) {
+                std::printf("%-22s there is none\n", what);
+                shown->close();
+            }
+            if (dialog == nullptr || ++turns < 10) // what is drawn first belongs to it
+                return;
+            poll.stop();
+            std::printf("%-22s %s\n", what, watch_.Take().c_str());
+            use(*dialog);
+            dialog->close();
+        });
+        poll.start(50);
+        watch_.Take();
+        window_.findChild<QAction*>(QString::fromLatin1(action))->trigger();
+    }
     void Run() {
         const auto now = [] { return true; };
         const auto judged = [this] { return Judged(); };
@@ -179,11 +219,15 @@ class TMeasure {
 
 int main(int argc, char* argv[]) {
     const QApplication application(argc, argv);
-    if (argc != 2) {
-        std::fputs("bench_janela FILE\n", stderr);
+    const std::string kind = argc == 3 ? argv[1] : "";
+    if (argc != 2 && kind != "--guias") {
+        std::fputs("bench_janela [--guias] FILE\n", stderr);
         return 2;
     }
-    TMeasure measure(QString::fromLocal8Bit(argv[1]));
-    measure.Run();
+    TMeasure measure(QString::fromLocal8Bit(argv[argc - 1]));
+    if (kind == "--guias")
+        measure.Preview();
+    else
+        measure.Run();
     return 0;
 }

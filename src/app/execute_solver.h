@@ -24,6 +24,11 @@ struct TCorrectionRecord {
     std::string Before;  ///< its value
     std::string After;   ///< of an applied correction
     std::string Reason;  ///< why it was left out, as the end of a sentence; empty for an applied one
+    std::string NewError =
+        {}; ///< of one left out: the error that there would be; empty where none is the reason
+
+    /// Reason, with the error that there would be.
+    std::string WhyLeft() const { return NewError.empty() ? Reason : Reason + ": " + NewError; }
 };
 
 /// The record of a correction that is not yet applied.

@@ -72,21 +72,6 @@ TCorrectionResult CorrectReadable(TValidadorController& controller,
 
 } // namespace
 
-TXmlRecoding HoldInEncoding(TValidadorController& controller, const TTissFile& file,
-                            const std::string& encoding) {
-    const auto misreading = file.Misreading();
-    const std::string_view text = FromDeclaration(*file.Text());
-    TXmlRecoding recoding =
-        RecodeXml(misreading ? MeantText(text, *misreading) : std::string(text), encoding);
-    if (misreading && misreading->OfLetters()) {
-        TXmlMessages changed = WordsToChange(*file.Text(), *misreading);
-        recoding.Replaced.insert(recoding.Replaced.begin(), std::make_move_iterator(changed.begin()),
-                                 std::make_move_iterator(changed.end()));
-    }
-    controller.SetEncoding(EncodingToWrite(recoding.Text, {}));
-    return recoding;
-}
-
 TCorrectionResult CorrectFile(TValidadorController& controller, const std::shared_ptr<const std::string>& xml,
                               const std::vector<std::string>& enabledValidations,
                               const TFileCorrections& what, const TSolverChoice& choose) {

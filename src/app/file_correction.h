@@ -2,7 +2,6 @@
 #pragma once
 
 #include "app/execute_solver.h"
-#include "app/tiss_file.h"
 
 namespace conferix {
 
@@ -16,12 +15,6 @@ struct TFileCorrections {
     bool ComPerdas = false; ///< with the corrections of structure that lose something
     bool Todas = false;
 };
-
-/// Holds a file, which the controller has open, in another encoding from now on: "ISO-8859-1" or "UTF-8".
-/// Answers its text as it is to be written, where it was misread the one that was meant, and, as what was
-/// replaced, the words that change and the characters that the encoding lacks.
-TXmlRecoding HoldInEncoding(TValidadorController& controller, const TTissFile& file,
-                            const std::string& encoding);
 
 /// Corrects the text of the file that the controller has open. Where corrections of structure or all of them
 /// are asked for, the last validation, of the answered text, is the current one of OnValidate; else nothing

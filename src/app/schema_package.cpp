@@ -63,7 +63,7 @@ class TPackageReader {
         }
         TZipLibrary::Get().ErrorFini(&error);
         if (archive_ == nullptr)
-            Fail("não é um arquivo ZIP válido");
+            Fail("não é um arquivo ZIP válido; ele pode ter chegado incompleto, baixe-o de novo");
     }
 
     std::map<std::string, TPackageFolder> Read() {

@@ -4,6 +4,8 @@
 #include "xml/xml_document.h"
 #include "xml/xml_writer.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <numeric>
 #include <unordered_set>
@@ -25,6 +27,14 @@ std::vector<std::string> LinesOf(const std::string& text) {
 /// What tells an error of the schema, or one that kept the schema from being asked.
 std::string CauseOf(const TXmlMessage& message) {
     return message.Cause().empty() ? message.Reason() : message.Cause();
+}
+
+/// A finding as the end of a sentence.
+std::string SentenceOf(const TXmlMessage& message) {
+    std::string sentence = message.Msg();
+    while (sentence.ends_with('.'))
+        sentence.pop_back();
+    return sentence;
 }
 
 /// Calls visit(node, message) for each finding of a text, with the node of the tree from which the text was
@@ -120,6 +130,7 @@ TStructureJudge::TCauses TStructureJudge::Count(const TValidateArgs& checked, co
             TFound& found = causes[std::move(cause)];
             ++found.Count;
             ++found.Groups[group];
+            found.Last[group] = &message;
         }
     };
     if (checked.ArquivoTiss == nullptr) {
@@ -133,36 +144,75 @@ TStructureJudge::TCauses TStructureJudge::Count(const TValidateArgs& checked, co
     return causes;
 }
 
-TStructureJudge::TErrors TStructureJudge::CountErrors(const TXmlPtr& xml, const TXmlDocument& tree,
+TStructureJudge::TErrors TStructureJudge::CountErrors(const TValidateArgs& found, const TXmlDocument& tree,
                                                       const TScopes& scopes) const {
     TErrors errors;
-    const TValidateArgs found = errors_.Find(xml);
     if (found.ArquivoTiss != nullptr)
         VisitFindings(found, tree, [&](const TXmlNode& node, const TXmlMessage& message) {
-            auto& [staying, all] = errors[GroupAround(&node, scopes)];
-            staying += errors_.WillStay(message) ? 1 : 0;
-            ++all;
+            TErrorsOfGroup& ofGroup = errors[GroupAround(&node, scopes)];
+            ofGroup.Number.first += errors_.WillStay(message) ? 1 : 0;
+            ++ofGroup.Number.second;
+            TSentence& sentence = ofGroup.Sentences[message.Reason()];
+            ++sentence.Count;
+            sentence.Last = &message;
         });
     return errors;
 }
 
+TStructureJudge::TErrorsOfGroup TStructureJudge::SumOf(const TErrors& errors) {
+    TErrorsOfGroup sum;
+    for (const auto& [group, ofGroup] : errors) {
+        sum.Number.first += ofGroup.Number.first;
+        sum.Number.second += ofGroup.Number.second;
+        for (const auto& [text, sentence] : ofGroup.Sentences) {
+            sum.Sentences[text].Count += sentence.Count;
+            sum.Sentences[text].Last = sentence.Last;
+        }
+    }
+    return sum;
+}
+
+TStructureJudge::TObjection TStructureJudge::MoreErrors(const TErrorsOfGroup& before,
+                                                        const TErrorsOfGroup& after) {
+    std::vector<const TXmlMessage*> fresh;
+    for (const auto& [text, sentence] : after.Sentences) {
+        const auto known = before.Sentences.find(text);
+        if (known == before.Sentences.end() || known->second.Count < sentence.Count)
+            fresh.push_back(sentence.Last);
+    }
+    std::ranges::sort(fresh, {}, [](const TXmlMessage* message) { return message->FilePos(); });
+    TObjection objection{.Reason = "o arquivo ficaria com mais erros"};
+    if (fresh.empty())
+        return objection;
+    objection.NewError = SentenceOf(*fresh.front());
+    if (fresh.size() > 1)
+        objection.NewError += fmt::format(" (e mais {})", fresh.size() - 1);
+    objection.IsCorrectable = std::ranges::all_of(fresh, [](const TXmlMessage* message) {
+        return std::ranges::any_of(message->Solvers(), [](const auto& solver) {
+            return dynamic_cast<const TStructureSolver*>(solver.get()) == nullptr;
+        });
+    });
+    return objection;
+}
+
 void TStructureJudge::CompareErrors(const TErrors& after, TVerdict& verdict) const {
-    const auto total = [](const TErrors& errors) {
+    const auto numberOf = [](const TErrors& errors) {
         TErrorCount sum;
-        for (const auto& [group, count] : errors) {
-            sum.first += count.first;
-            sum.second += count.second;
+        for (const auto& [group, ofGroup] : errors) {
+            sum.first += ofGroup.Number.first;
+            sum.second += ofGroup.Number.second;
         }
         return sum;
     };
-    if (total(after) <= total(*errorsBefore_))
+    if (numberOf(after) <= numberOf(*errorsBefore_))
         return;
     verdict.Right = false;
-    verdict.Reason = "o arquivo ficaria com mais erros";
-    for (const auto& [group, count] : after) {
-        const auto before = errorsBefore_->find(group);
-        if (group != kNoGroup && count > (before != errorsBefore_->end() ? before->second : TErrorCount()))
-            verdict.Objection.emplace(group, verdict.Reason);
+    verdict.Whole = MoreErrors(SumOf(*errorsBefore_), SumOf(after));
+    for (const auto& [group, ofGroup] : after) {
+        const auto known = errorsBefore_->find(group);
+        const TErrorsOfGroup& before = known != errorsBefore_->end() ? known->second : TErrorsOfGroup();
+        if (group != kNoGroup && ofGroup.Number > before.Number)
+            verdict.Objections.emplace(group, MoreErrors(before, ofGroup));
     }
 }
 
@@ -172,7 +222,7 @@ TStructureJudge::TVerdict TStructureJudge::Try(const std::vector<std::size_t>& c
     const TScopes scopes = ScopesOf(picked);
     const TXmlDocument& tree = *checked_.ArquivoTiss->Xml();
     if (errors_.Find && !errorsBefore_)
-        errorsBefore_ = CountErrors(xml_, tree, scopes);
+        errorsBefore_ = CountErrors(errors_.Find(xml_), tree, scopes);
     verdict.Records = RecordsOf(chosen);
     used_ = true;
     for (const std::size_t i : chosen)
@@ -183,8 +233,10 @@ TStructureJudge::TVerdict TStructureJudge::Try(const std::vector<std::size_t>& c
     verdict.Xml = std::make_shared<const std::string>(WriteXml(tree));
     verdict.Checked = controller_.ValidateStructure(verdict.Xml);
     Compare(Count(verdict.Checked, tree, scopes), chosen, verdict);
-    if (errors_.Find && verdict.Right)
-        CompareErrors(CountErrors(verdict.Xml, tree, scopes), verdict);
+    if (errors_.Find && verdict.Right) {
+        const TValidateArgs found = errors_.Find(verdict.Xml);
+        CompareErrors(CountErrors(found, tree, scopes), verdict);
+    }
     return verdict;
 }
 
@@ -220,13 +272,18 @@ void TStructureJudge::Compare(const TCauses& after, const std::vector<std::size_
         const std::size_t own = gone != corrected.end() ? gone->second.Count : 0;
         if (found.Count + own <= (known != before_.end() ? known->second.Count : 0))
             continue;
-        verdict.Right = false;
+        const bool first = std::exchange(verdict.Right, false);
         for (const auto& [group, count] : found.Groups) {
+            TObjection objection;
             const std::size_t mended = countIn(corrected, cause, group);
-            if (group == kNoGroup || count + mended <= countIn(before_, cause, group))
-                continue;
-            verdict.Objection.emplace(group,
-                                      mended > 0 ? "o erro continuaria" : "o arquivo ficaria com outro erro");
+            if (mended > 0)
+                objection.Reason = "o erro continuaria";
+            else
+                objection.NewError = SentenceOf(*found.Last.at(group));
+            if (group != kNoGroup && count + mended > countIn(before_, cause, group))
+                verdict.Objections.emplace(group, objection);
+            if (first && mended == 0)
+                verdict.Whole = std::move(objection);
         }
     }
 }

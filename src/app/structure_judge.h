@@ -39,14 +39,21 @@ class TStructureJudge {
     std::size_t Count() const { return groups_.size(); }
     std::size_t GroupOf(std::size_t candidate) const { return groups_[candidate]; }
 
+    /// Why corrections are not right.
+    struct TObjection {
+        std::string Reason = "o arquivo ficaria com outro erro"; ///< as the end of a sentence
+        std::string NewError = {};                               ///< a sentence; empty where no error is new
+        bool IsCorrectable = false; ///< corrections of rules would take away what is new
+    };
+
     /// What came of a try.
     struct TVerdict {
         TXmlPtr Xml;                                  ///< the corrected text
         TValidateArgs Checked;                        ///< what the schema says of it
         std::vector<TCorrectionRecord> Records;       ///< of the chosen, in their order
         bool Right = false;                           ///< all their findings are gone, and no error is new
-        std::map<std::size_t, std::string> Objection; ///< why not, by group; empty where no group is to blame
-        std::string Reason = "o arquivo ficaria com outro erro"; ///< why not, where no group is to blame
+        std::map<std::size_t, TObjection> Objections; ///< why not, by group; empty where no group is to blame
+        TObjection Whole;                             ///< why not, where no group is to blame
     };
     /// `chosen`: ascending.
     TVerdict Try(const std::vector<std::size_t>& chosen);
@@ -64,6 +71,7 @@ class TStructureJudge {
     struct TFound {
         std::size_t Count = 0;
         std::map<std::size_t, std::size_t> Groups;
+        std::map<std::size_t, const TXmlMessage*> Last; ///< of a group; as long as its validation
     };
     using TCauses = std::map<std::string, TFound, std::less<>>;
     using TScopes = std::unordered_map<const TXmlNode*, std::size_t>; ///< group by element
@@ -80,8 +88,19 @@ class TStructureJudge {
     static TCauses Count(const TValidateArgs& checked, const TXmlDocument& tree, const TScopes& scopes);
     /// Numbers of errors: of those that will stay, and of all.
     using TErrorCount = std::pair<std::size_t, std::size_t>;
-    using TErrors = std::map<std::size_t, TErrorCount>; ///< by group
-    TErrors CountErrors(const TXmlPtr& xml, const TXmlDocument& tree, const TScopes& scopes) const;
+    /// Errors that say the same.
+    struct TSentence {
+        std::size_t Count = 0;
+        const TXmlMessage* Last = nullptr; ///< as long as its validation
+    };
+    struct TErrorsOfGroup {
+        TErrorCount Number;
+        std::map<std::string, TSentence, std::less<>> Sentences;
+    };
+    using TErrors = std::map<std::size_t, TErrorsOfGroup>; ///< by group
+    TErrors CountErrors(const TValidateArgs& found, const TXmlDocument& tree, const TScopes& scopes) const;
+    static TErrorsOfGroup SumOf(const TErrors& errors);
+    static TObjection MoreErrors(const TErrorsOfGroup& before, const TErrorsOfGroup& after);
     void CompareErrors(const TErrors& after, TVerdict& verdict) const;
     void Compare(const TCauses& after, const std::vector<std::size_t>& chosen, TVerdict& verdict) const;
 

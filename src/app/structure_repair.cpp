@@ -15,6 +15,7 @@ namespace {
 
 using TXmlPtr = std::shared_ptr<const std::string>;
 using TStage = TStructureSolver::TStage;
+using TObjection = TStructureJudge::TObjection;
 
 /// A correction may reveal what another one mends.
 constexpr int kMaxPasses = 5;
@@ -40,7 +41,7 @@ class TStageRepair {
         for (auto& [number, group] : groups_)
             for (const auto& chunk : group.Pending)
                 for (const std::size_t i : chunk)
-                    refused_[i] = "não foi possível conferi-la separada das outras";
+                    refused_[i].Reason = "não foi possível conferi-la separada das outras";
         if (best_ == nullptr || bestChosen_ != Chosen(false))
             if (const std::vector<std::size_t> accepted = Chosen(false); !accepted.empty())
                 TryAccepted(accepted);
@@ -48,7 +49,7 @@ class TStageRepair {
     }
 
     /// Why corrections were not applied.
-    const std::map<std::size_t, std::string>& Refused() const { return refused_; }
+    const std::map<std::size_t, TObjection>& Refused() const { return refused_; }
 
   private:
     using TChunk = std::vector<std::size_t>;
@@ -77,7 +78,7 @@ class TStageRepair {
         const TChunk chosen = Chosen(true);
         TStructureJudge::TVerdict verdict = judge_.Try(chosen);
         // An error for which no group on trial is to blame speaks against all of them.
-        const bool blamed = std::ranges::any_of(verdict.Objection, [this](const auto& objection) {
+        const bool blamed = std::ranges::any_of(verdict.Objections, [this](const auto& objection) {
             return !groups_[objection.first].Pending.empty();
         });
         for (auto& [number, group] : groups_) {
@@ -85,11 +86,11 @@ class TStageRepair {
                 continue;
             TChunk chunk = std::move(group.Pending.back());
             group.Pending.pop_back();
-            const auto objection = verdict.Objection.find(number);
-            if (verdict.Right || (blamed && objection == verdict.Objection.end())) {
+            const auto objection = verdict.Objections.find(number);
+            if (verdict.Right || (blamed && objection == verdict.Objections.end())) {
                 group.Accepted.insert(group.Accepted.end(), chunk.begin(), chunk.end());
             } else if (chunk.size() == 1) {
-                refused_[chunk.front()] = blamed ? objection->second : verdict.Reason;
+                refused_[chunk.front()] = blamed ? objection->second : verdict.Whole;
             } else {
                 const auto middle = chunk.begin() + static_cast<std::ptrdiff_t>(chunk.size() / 2);
                 group.Pending.emplace_back(middle, chunk.end());
@@ -106,7 +107,7 @@ class TStageRepair {
             return Keep(std::move(verdict), accepted);
         for (const std::size_t i : accepted)
             if (!std::binary_search(bestChosen_.begin(), bestChosen_.end(), i))
-                refused_[i] = verdict.Reason;
+                refused_[i] = verdict.Whole;
     }
 
     void Keep(TStructureJudge::TVerdict verdict, TChunk chosen) {
@@ -116,7 +117,7 @@ class TStageRepair {
 
     TStructureJudge& judge_;
     std::map<std::size_t, TGroup> groups_;
-    std::map<std::size_t, std::string> refused_;
+    std::map<std::size_t, TObjection> refused_;
     std::unique_ptr<TStructureJudge::TVerdict> best_;
     TChunk bestChosen_;
 };
@@ -228,15 +229,19 @@ class TStructureRun {
         return changed;
     }
 
-    void Refuse(TStructureJudge& judge, const std::map<std::size_t, std::string>& refused) {
+    void Refuse(TStructureJudge& judge, const std::map<std::size_t, TObjection>& refused) {
         std::vector<std::size_t> candidates;
         candidates.reserve(refused.size());
-        for (const auto& [candidate, reason] : refused)
+        for (const auto& [candidate, objection] : refused)
             candidates.push_back(candidate);
         std::vector<TCorrectionRecord> records = judge.RecordsOf(candidates);
-        auto reason = refused.begin();
+        auto next = refused.begin();
         for (TCorrectionRecord& record : records) {
-            record.Reason = (reason++)->second;
+            const TObjection& objection = (next++)->second;
+            record.Reason = objection.Reason;
+            record.NewError = objection.NewError;
+            if (objection.IsCorrectable && !what_.AmountsNext)
+                record.Reason += ", que com --todas também se corrigem";
             refused_.insert(RefusalOf(*record.Message, record.Description));
             result_.LeftOut.push_back(std::move(record));
         }

@@ -52,6 +52,16 @@ constexpr std::string_view kSearchOnly = "Só para a procura de termos";
 
 } // namespace
 
+std::string TableTitle(std::string_view nameInDatabase) {
+    if (nameInDatabase == kTableTussInativado)
+        return "Códigos inativados";
+    const auto known = std::ranges::find(kKnown, nameInDatabase, &TKnownTable::Name);
+    if (known == kKnown.end())
+        return std::string(nameInDatabase);
+    return known->Tabela == kCities ? std::string(known->Description)
+                                    : fmt::format("Tabela {}, {}", known->Tabela, known->Description);
+}
+
 bool IsOldImport(const TTableImport& import) {
     constexpr std::time_t kSixMonths = std::time_t(183) * 24 * 60 * 60;
     const std::time_t then = std::time(nullptr) - kSixMonths;

@@ -40,6 +40,10 @@ struct TTerminologyState {
     std::string Summary() const;
 };
 
+/// How users know a table of the database: "Tabela 22, Procedimentos e eventos em saúde"; its own name where
+/// they do not.
+std::string TableTitle(std::string_view nameInDatabase);
+
 /// Whether rules use the table of an import, and it is older than six months.
 bool IsOldImport(const TTableImport& import);
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "listing/listing.h"
+#include "xml/bindings/xml_field.h"
 
 #include <cmath>
 
@@ -22,6 +23,12 @@ class TDecimalSum {
 inline std::optional<double> Addable(std::optional<double> amount) {
     constexpr double kLimit = 1e10;
     return amount && std::fabs(*amount) < kLimit ? amount : std::nullopt;
+}
+
+/// Whether a field says something that cannot be added up. An empty one, with xsi:nil or without, says
+/// nothing.
+inline bool IsIlegivel(const TXmlField& field) {
+    return field.Text().find_first_not_of(" \t\r\n") != std::string_view::npos && !Addable(field.Number());
 }
 
 inline TListingCell TextCell(std::string_view text) {

@@ -95,6 +95,7 @@ std::vector<TListingTotal> TListing::TotalsOf(TEnumTipoArquivoTiss tipo) const {
             totals[at].Differs = totals[at].Differs || total.Differs;
             (total.Value ? sums[at].Told : sums[at].Untold) = true;
             sums[at].Sum.Add(total.Value.value_or(0));
+            totals[at].Counted.insert(total.Counted.begin(), total.Counted.end());
         }
     }
     // What was counted is counted; an amount without that of one file is not the amount of all.
@@ -102,6 +103,9 @@ std::vector<TListingTotal> TListing::TotalsOf(TEnumTipoArquivoTiss tipo) const {
         totals[i].Value = !sums[i].Told || (sums[i].Untold && totals[i].Kind == TCellKind::Money)
                               ? std::nullopt
                               : std::optional(sums[i].Sum.Value());
+    for (TListingTotal& total : totals)
+        if (!total.Counted.empty())
+            total.Value = static_cast<double>(total.Counted.size());
     return totals;
 }
 

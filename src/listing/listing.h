@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -96,6 +97,7 @@ struct TListingTotal {
     TCellKind Kind = TCellKind::Count;
     std::optional<double> Value = {}; ///< nothing where it cannot be told
     bool Differs = false;
+    std::set<std::string> Counted = {}; ///< what it counts, each once over all files, where files share some
 };
 
 /// The listing of one file.

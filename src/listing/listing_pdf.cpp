@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <memory>
 #include <ostream>
 #include <utility>
 
@@ -46,103 +47,151 @@ TLineStyle ToTheRight(TLineStyle style) {
     return style;
 }
 
-/// Adds a line of text in the middle of an area, which it does not leave.
-void AddText(TDrawing& drawing, const TPaperRect& area, std::string_view whole, const TLineStyle& style) {
+/// Adds a line of text in the middle of an area, which it does not leave; answers it.
+const TPaperText& AddText(TDrawing& drawing, const TPaperRect& area, std::string text,
+                          const TLineStyle& style) {
     constexpr float kCapital = 0.72F; ///< height of capitals, in sizes
-    std::string text(whole);
     float size = style.Size;
     float width = TextWidth(text, style.Face, size);
     if (width > area.Width) {
         size = std::max(style.Smallest, size * area.Width / width);
         width = TextWidth(text, style.Face, size);
+        const std::string whole = text;
+        for (std::size_t kept = CountCharacters(whole); width > area.Width && kept != 0;) {
+            text = std::string(whole.substr(0, BytesOfCharacters(whole, --kept))) + "…";
+            width = TextWidth(text, style.Face, size);
+        }
     }
-    for (std::size_t kept = CountCharacters(text); width > area.Width && kept != 0;) {
-        text = std::string(whole.substr(0, BytesOfCharacters(whole, --kept))) + "…";
-        width = TextWidth(text, style.Face, size);
-    }
-    drawing.Texts.push_back({style.ToTheRight ? area.Right() - width : area.X,
-                             area.Y + (area.Height + kCapital * size * kMillimetresPerPoint) / 2, size,
-                             style.Face, std::move(text)});
+    return drawing.Texts.emplace_back(
+        TPaperText{style.ToTheRight ? area.Right() - width : area.X,
+                   area.Y + (area.Height + kCapital * size * kMillimetresPerPoint) / 2, size, style.Face,
+                   std::move(text)});
 }
 
-/// Sets a listing onto pages.
+/// A cell as it is printed.
+std::string PrintedCell(const TListingCell& cell, TCellKind kind) {
+    std::string text = CellText(cell, kind);
+    return IsNumeric(kind) ? text : Visible(text);
+}
+
+/// Sets a listing onto pages: once to count them, then to write each as soon as it is full.
 class TListingPages {
   public:
-    explicit TListingPages(const TListing& listing) : title_(ListingTitle(listing.Kind)) {
-        for (const TFileListing& file : listing.Files)
-            if (file.Failure.empty())
-                AddFile(file);
-        if (listing.Files.size() > 1) {
-            const std::vector<TListingSums> all = listing.Sums();
-            for (const TListingSums& sums : all) {
-                NewPage(SumsTitle(sums, all.size() == 1));
-                AddTotals(sums.Totals);
-            }
-            if (listing.Failures() != 0)
-                AddLine(fmt::format("Fora dos totais: {}, por não poder ser listado.",
-                                    Counted(listing.Failures(), "arquivo", "arquivos")),
-                        kPlain);
-        }
-    }
+    explicit TListingPages(const TListing& listing)
+        : listing_(listing), title_(ListingTitle(listing.Kind)),
+          made_(fmt::format("Conferix, {:%d/%m/%Y %H:%M}", fmt::localtime(std::time(nullptr)))) {}
 
     void Write(std::ostream& out) {
+        SetAll();
+        pages_ = std::exchange(number_, 0);
         TPdfWriter writer(out, title_);
-        const std::string made =
-            fmt::format("Conferix, {:%d/%m/%Y %H:%M}", fmt::localtime(std::time(nullptr)));
-        for (std::size_t i = 0; i < pages_.size(); ++i) {
-            TPaperPage& page = pages_[i].Page;
-            const TPaperRect foot = {kMargin, page.Height - kMargin - kLine, page.Width - 2 * kMargin, kLine};
-            AddText(page.Own, foot, made, kPlain);
-            AddText(page.Own, foot, fmt::format("Página {} de {}", i + 1, pages_.size()), ToTheRight(kPlain));
-            if (!pages_[i].Bookmark.empty())
-                writer.AddBookmark(pages_[i].Bookmark);
-            writer.AddPage(page);
-        }
+        writer_ = &writer;
+        SetAll();
+        writer_ = nullptr;
         writer.Finish();
     }
 
   private:
-    struct TPage {
-        TPaperPage Page;
-        std::string Bookmark; ///< empty where a file goes on
+    /// A column that is shown.
+    struct TColumn {
+        std::size_t Index; ///< in the listing
+        TCellKind Kind;
+        std::string_view Title;
+        float Width = 0;
+        // What was printed last, which the next cell may be again.
+        const TListingCell* Above = nullptr;
+        TPaperText Printed = {};
+        float Y = 0; ///< where its line began
+
+        TLineStyle StyleOf(const TLineStyle& style) const {
+            return IsNumeric(Kind) ? ToTheRight(style) : style;
+        }
     };
 
-    TPaperPage& Page() { return pages_.back().Page; }
-    float Width() { return Page().Width - 2 * kMargin; }
-    bool Fits(float height) { return y_ + height <= Page().Height - kMargin - kFoot; }
+    void SetAll() {
+        for (const TFileListing& file : listing_.Files)
+            if (file.Failure.empty())
+                AddFile(file);
+        if (listing_.Files.size() > 1)
+            AddSums();
+        EndPage();
+    }
 
-    void NewPage(const std::string& name, bool goesOn = false) {
-        TPage& page = pages_.emplace_back();
-        if (!goesOn)
-            page.Bookmark = Visible(name);
-        page.Page.Width = lying_ ? kLong : kShort;
-        page.Page.Height = lying_ ? kShort : kLong;
+    void AddSums() {
+        const std::vector<TListingSums> all = listing_.Sums();
+        for (const TListingSums& sums : all) {
+            name_ = SumsTitle(sums, all.size() == 1);
+            NewPage();
+            AddTotals(sums.Totals);
+        }
+        if (listing_.Failures() != 0)
+            AddLine(OutOfTotalsText(listing_.Failures()), kPlain);
+    }
+
+    float Width() const { return page_.Width - 2 * kMargin; }
+    bool Fits(float height) const { return y_ + height <= page_.Height - kMargin - kFoot; }
+
+    void Text(const TPaperRect& area, std::string text, const TLineStyle& style) {
+        if (writer_ != nullptr && !text.empty())
+            AddText(page_.Own, area, std::move(text), style);
+    }
+
+    void NewPage(bool goesOn = false) {
+        EndPage();
+        ++number_;
+        page_.Width = lying_ ? kLong : kShort;
+        page_.Height = lying_ ? kShort : kLong;
         y_ = kMargin;
-        AddText(Page().Own, {kMargin, y_, Width() / 2 - kGap, 2 * kLine}, title_, kHeading);
-        AddText(Page().Own, {kMargin + Width() / 2, y_, Width() / 2, 2 * kLine}, Visible(name),
-                ToTheRight(kPlain));
+        if (!goesOn && writer_ != nullptr)
+            writer_->AddBookmark(Visible(name_));
+        Text({kMargin, y_, Width() / 2 - kGap, 2 * kLine}, title_, kHeading);
+        Text({kMargin + Width() / 2, y_, Width() / 2, 2 * kLine}, Visible(name_), ToTheRight(kPlain));
         y_ += 2 * kLine + kGap;
+    }
+
+    /// Writes the page that was begun, if one was, and empties it.
+    void EndPage() {
+        if (writer_ != nullptr && number_ != 0)
+            WritePage();
+        page_.Own.Clear();
+    }
+
+    void WritePage() {
+        const TPaperRect foot = {kMargin, page_.Height - kMargin - kLine, Width(), kLine};
+        Text(foot, made_, kPlain);
+        Text(foot, fmt::format("Página {} de {}", number_, pages_), ToTheRight(kPlain));
+        // The rules of full pages are the same.
+        if (ruled_ == nullptr || ruled_->Lines != page_.Own.Lines) {
+            ruled_ = std::make_shared<TDrawing>();
+            ruled_->Lines = page_.Own.Lines;
+        }
+        page_.Own.Lines.clear();
+        page_.Common = {ruled_};
+        writer_->AddPage(page_);
     }
 
     /// A line over the whole width; on a further page where this one is full.
     void AddLine(const std::string& text, const TLineStyle& style) {
         if (!Fits(kLine))
-            NewPage(name_, true);
-        AddText(Page().Own, {kMargin, y_, Width(), kLine}, text, style);
+            NewPage(true);
+        Text({kMargin, y_, Width(), kLine}, text, style);
         y_ += kLine;
     }
 
     void AddFile(const TFileListing& file) {
-        columns_ = ShownColumns(file);
+        columns_.clear();
+        for (const std::size_t index : ShownColumns(file))
+            columns_.push_back({index, file.Columns[index].Kind, file.Columns[index].Title});
         lying_ = columns_.size() >= kWideTable;
         name_ = file.Arquivo == "-" ? "entrada padrão" : file.Arquivo;
-        NewPage(name_);
+        NewPage();
         for (const TListingLine& line : file.Head)
             if (line.IsShown())
                 AddPair(line.Label, Visible(line.Value), line.ByHand, false);
-        Measure(file);
+        if (writer_ != nullptr)
+            Measure(file);
         for (const TListingGroup& group : file.Groups)
-            AddGroup(file, group);
+            AddGroup(group);
         AddTotals(file.Totals);
         if (file.HasDifferences())
             AddLine("* O total informado não é a soma dos itens.", kPlain);
@@ -157,12 +206,11 @@ class TListingPages {
         constexpr float kLabel = 45;
         constexpr float kByHand = 80;
         if (!Fits(kLine))
-            NewPage(name_, true);
-        AddText(Page().Own, {kMargin, y_, kLabel, kLine}, label, kPlain);
-        AddText(Page().Own, {kMargin + kLabel, y_, Width() - kLabel, kLine}, differs ? value + " *" : value,
-                kStrong);
+            NewPage(true);
+        Text({kMargin, y_, kLabel, kLine}, std::string(label), kPlain);
+        Text({kMargin + kLabel, y_, Width() - kLabel, kLine}, differs ? value + " *" : value, kStrong);
         if (byHand)
-            Page().Own.Lines.push_back(
+            page_.Own.Lines.push_back(
                 {kMargin + kLabel, y_ + kLine - 1, kMargin + kLabel + kByHand, y_ + kLine - 1, kPen});
         y_ += kLine;
     }
@@ -174,92 +222,109 @@ class TListingPages {
                 AddPair(total.Label, CellText({.Number = total.Value}, total.Kind), false, total.Differs);
     }
 
-    /// The widths of the columns: what they need, and of what is left or missing each its share.
+    /// The columns that are shown, as wide as they need to be, and of what is left or missing each its share.
     void Measure(const TFileListing& file) {
-        widths_.clear();
         float sum = 0;
-        for (const std::size_t column : columns_) {
-            float widest = TextWidth(file.Columns[column].Title, TPaperFace::Bold, kStrong.Size);
+        for (TColumn& column : columns_) {
+            float widest = TextWidth(column.Title, TPaperFace::Bold, kStrong.Size);
             const TListingCell* last = nullptr; // cells repeat the one above them more often than not
             for (const TListingGroup& group : file.Groups)
                 for (const TListingRow& row : group.Rows)
-                    if (const TListingCell* const above = std::exchange(last, &row.Cells[column]);
+                    if (const TListingCell* const above = std::exchange(last, &row.Cells[column.Index]);
                         widest < kMostWide && (above == nullptr || *above != *last))
-                        widest =
-                            std::max(widest, TextWidth(Visible(CellText(*last, file.Columns[column].Kind)),
-                                                       TPaperFace::Bold, kStrong.Size));
-            widths_.push_back(std::min(widest, kMostWide) + kGap);
-            sum += widths_.back();
+                        widest = std::max(widest, TextWidth(PrintedCell(*last, column.Kind), TPaperFace::Bold,
+                                                            kStrong.Size));
+            column.Width = std::min(widest, kMostWide) + kGap;
+            sum += column.Width;
         }
-        for (float& width : widths_)
-            width *= (Width() - kGap) / sum; // the mark of differences stands behind
+        for (TColumn& column : columns_)
+            column.Width *= (Width() - kGap) / sum; // the mark of differences stands behind
     }
 
-    template<class TextOf>
-    void AddCells(const TFileListing& file, const TLineStyle& style, const TextOf& textOf) {
+    void AddHead() {
+        page_.Own.Frames.push_back({{kMargin, y_, Width(), kLine}, 0, kGrey});
         float x = kMargin;
-        for (std::size_t i = 0; i < columns_.size(); ++i) {
-            const bool number = IsNumeric(file.Columns[columns_[i]].Kind);
-            AddText(Page().Own, {x + kGap / 2, y_, widths_[i] - kGap, kLine}, textOf(columns_[i]),
-                    number ? ToTheRight(style) : style);
-            x += widths_[i];
+        for (const TColumn& column : columns_) {
+            Text({x + kGap / 2, y_, column.Width - kGap, kLine}, std::string(column.Title),
+                 column.StyleOf(kStrong));
+            x += column.Width;
         }
         y_ += kLine;
     }
 
-    void AddHead(const TFileListing& file) {
-        Page().Own.Frames.push_back({{kMargin, y_, Width(), kLine}, 0, kGrey});
-        AddCells(file, kStrong, [&](std::size_t column) { return file.Columns[column].Title; });
-    }
-
-    void AddRow(const TFileListing& file, const TListingRow& row, const TLineStyle& style) {
+    void AddRow(const TListingRow& row, const TLineStyle& style) {
         if (!Fits(kLine)) {
-            NewPage(name_, true);
-            AddHead(file);
+            NewPage(true);
+            AddHead();
         }
-        if (row.Differs)
-            AddText(Page().Own, {kMargin + Width() - kGap, y_, kGap, kLine}, "*", kStrong);
-        AddCells(file, row.Differs ? kStrong : style, [&](std::size_t column) {
-            return Visible(CellText(row.Cells[column], file.Columns[column].Kind));
-        });
-        Page().Own.Lines.push_back({kMargin, y_, kMargin + Width(), y_, kPen / 2});
+        if (writer_ != nullptr)
+            AddCells(row, row.Differs ? kStrong : style);
+        y_ += kLine;
+        page_.Own.Lines.push_back({kMargin, y_, kMargin + Width(), y_, kPen / 2});
     }
 
-    void AddGroup(const TFileListing& file, const TListingGroup& group) {
+    void AddCells(const TListingRow& row, const TLineStyle& style) {
+        if (row.Differs)
+            Text({kMargin + Width() - kGap, y_, kGap, kLine}, "*", kStrong);
+        float x = kMargin;
+        for (TColumn& column : columns_) {
+            const TListingCell& cell = row.Cells[column.Index];
+            const TListingCell* const above = std::exchange(column.Above, &cell);
+            const float left = std::exchange(x, x + column.Width);
+            if (above == nullptr || column.Printed.Face != style.Face || *above != cell) {
+                std::string text = PrintedCell(cell, column.Kind);
+                column.Printed = {};
+                if (!text.empty())
+                    column.Printed = AddText(page_.Own, {left + kGap / 2, y_, column.Width - kGap, kLine},
+                                             std::move(text), column.StyleOf(style));
+            } else if (!column.Printed.Text.empty()) {
+                column.Printed.Baseline += y_ - column.Y;
+                page_.Own.Texts.push_back(column.Printed);
+            }
+            column.Y = y_;
+        }
+    }
+
+    void AddGroup(const TListingGroup& group) {
         if (group.Rows.empty())
             return;
         y_ += kGap;
         if (!Fits(4 * kLine)) // no title at the foot of a page
-            NewPage(name_, true);
+            NewPage(true);
         if (!group.Title.empty())
             AddLine(Visible(group.Title), kStrong);
-        AddHead(file);
+        AddHead();
         for (const TListingRow& row : group.Rows)
-            AddRow(file, row, kPlain);
+            AddRow(row, kPlain);
         if (group.Sum)
-            AddRow(file, *group.Sum, kStrong);
+            AddRow(*group.Sum, kStrong);
     }
 
     void AddSignatures() {
         if (!Fits(kSignature))
-            NewPage(name_, true);
+            NewPage(true);
         y_ += kSignature - kLine;
         const float half = Width() / 2 - 2 * kGap;
         float x = kMargin;
         for (const char* who :
              {"Entregue por, em ____/____/________", "Recebido por, em ____/____/________"}) {
-            Page().Own.Lines.push_back({x, y_, x + half, y_, kPen});
-            AddText(Page().Own, {x, y_, half, kLine}, who, kPlain);
+            page_.Own.Lines.push_back({x, y_, x + half, y_, kPen});
+            Text({x, y_, half, kLine}, who, kPlain);
             x += half + 4 * kGap;
         }
         y_ += kLine;
     }
 
+    const TListing& listing_;
     std::string title_;
-    std::vector<TPage> pages_;
-    std::vector<std::size_t> columns_; ///< those shown of the present file
-    std::vector<float> widths_;        ///< of these
-    std::string name_;                 ///< of the present file
+    std::string made_;
+    TPdfWriter* writer_ = nullptr; ///< null while pages are counted
+    std::size_t pages_ = 0;        ///< as counted
+    std::size_t number_ = 0;       ///< of the present page, 1-based; 0: none was begun
+    TPaperPage page_;
+    std::shared_ptr<TDrawing> ruled_; ///< the rules of the page before
+    std::vector<TColumn> columns_;    ///< of the present file
+    std::string name_;                ///< of the present file
     bool lying_ = false;
     float y_ = 0; ///< where the next line begins
 };

@@ -25,69 +25,96 @@ std::string_view DescricaoBeside(const TXmlField& codigo) {
     return ValueOf(descricao != nullptr ? descricao : beside.Child("descricao"));
 }
 
-/// The standard does not say whether a dental procedure tells the value of one or of all that it counts: what
-/// gives the declared total holds.
-double CalculadoOfOdonto(const IProcedimentosExecutados& procedimentos, std::optional<double> declared) {
-    TDecimalSum asTold;
-    TDecimalSum counted;
-    for (const TProcedimentoExecutado& item : procedimentos.Procedimentos()) {
-        const double value = item.ValorUnitario().Number().value_or(0);
-        asTold.Add(value);
-        counted.Add(value * item.QuantidadeExecutada().Number().value_or(1));
-    }
-    return declared && SameMoney(*declared, counted.Value()) ? counted.Value() : asTold.Value();
-}
+/// What the items of a dental guide add up to.
+struct TSomaOdonto {
+    std::optional<double> Declared; ///< by the guide
+    TDecimalSum AsTold;
+    TDecimalSum Counted; ///< each as often as its quantity says
+    bool Known = true;   ///< each value can be read
 
-std::optional<double> CalculadoOf(const IGuiaTiss& guia, std::string_view versao) {
+    explicit TSomaOdonto(const IGuiaTiss& guia) : Declared(Addable(guia.CampoValorTotalGuia().Number())) {
+        for (const TProcedimentoExecutado& item : ItensOf(guia).Procedimentos.Procedimentos()) {
+            const double value = Addable(item.ValorUnitario().Number()).value_or(0);
+            Known = Known && !IsIlegivel(item.ValorUnitario());
+            AsTold.Add(value);
+            Counted.Add(value * Addable(item.QuantidadeExecutada().Number()).value_or(1));
+        }
+    }
+    /// The standard does not say whether an item tells the value of one or of all that it counts: what gives
+    /// the declared total holds.
+    bool Counts() const {
+        return Declared && !SameMoney(*Declared, AsTold.Value()) && SameMoney(*Declared, Counted.Value());
+    }
+    std::optional<double> Value() const {
+        if (!Known)
+            return std::nullopt;
+        return Counts() ? Counted.Value() : AsTold.Value();
+    }
+};
+
+/// `known`: whether the totals of its items are.
+std::optional<double> CalculadoOf(const IGuiaTiss& guia, std::string_view versao, bool known) {
     if (versao < kTotaisDesdeVersao && guia.TipoGuia() != TEnumTipoGuia::tgHonorarios)
         return std::nullopt; // what more enters into the total stands apart from the items
+    if (guia.TipoGuia() == TEnumTipoGuia::tgOdonto)
+        return TSomaOdonto(guia).Value();
+    if (guia.TipoGuia() == TEnumTipoGuia::tgConsulta || !known)
+        return std::nullopt;
     const TItensDaGuia itens = ItensOf(guia);
-    switch (guia.TipoGuia()) {
-    case TEnumTipoGuia::tgSPSADT:
-    case TEnumTipoGuia::tgResumoInternacao:
-        return SomaGeral(itens.Procedimentos, itens.Despesas);
-    case TEnumTipoGuia::tgHonorarios:
-        for (const TProcedimentoExecutado& item : itens.Procedimentos.Procedimentos())
-            if (!item.ValorTotal().Present()) // in 2.x an item need not tell its total
-                return std::nullopt;
-        return itens.Procedimentos.TotalProcedimentos();
-    case TEnumTipoGuia::tgOdonto:
-        return CalculadoOfOdonto(itens.Procedimentos, guia.CampoValorTotalGuia().Number());
-    case TEnumTipoGuia::tgConsulta:
-        break;
-    }
-    return std::nullopt;
-}
-
-bool IsIlegivel(const TXmlField& field) {
-    return field.Present() && !Addable(field.Number());
+    return guia.TipoGuia() == TEnumTipoGuia::tgHonorarios ? itens.Procedimentos.TotalProcedimentos()
+                                                          : SomaGeral(itens.Procedimentos, itens.Despesas);
 }
 
 /// Counts the items of a guide, and the numbers in it that are none, and finds the first day among them.
-void ReadItens(TGuiaListada& listed) {
+/// Answers whether the sum of the items' totals can be told.
+bool ReadItens(TGuiaListada& listed, std::string_view versao) {
     std::string_view first;
-    const auto note = [&](const TItemGuia& item) {
+    bool known = true;
+    // Whether a field says nothing; what cannot be read is counted.
+    const auto isUntold = [&](const TXmlField& field) {
+        if (Addable(field.Number()))
+            return false;
+        const bool illegible = IsIlegivel(field);
+        listed.Ilegiveis += illegible ? 1 : 0;
+        return !illegible;
+    };
+    const auto isTotalUntold = [&](const TItemGuia& item) {
         ++listed.Itens;
         if (const std::string_view data = item.DataExecucao().Text();
             !data.empty() && (first.empty() || data < first))
             first = data;
+        isUntold(item.QuantidadeExecutada());
+        const TXmlField total = item.ValorTotal();
+        known = known && CanBeSummed(total, versao);
+        return isUntold(total);
     };
     const TItensDaGuia itens = ItensOf(listed.Guia);
+    const bool dental = listed.Guia.TipoGuia() == TEnumTipoGuia::tgOdonto;
     for (const TProcedimentoExecutado& procedimento : itens.Procedimentos.Procedimentos()) {
-        note(procedimento);
-        for (const TXmlField& field :
-             {procedimento.QuantidadeExecutada(), procedimento.ValorUnitario(), procedimento.ValorTotal()})
-            listed.Ilegiveis += IsIlegivel(field) ? 1 : 0;
+        const bool total = isTotalUntold(procedimento);
+        const bool unit = isUntold(procedimento.ValorUnitario());
+        listed.ItensSemTotal += (dental ? unit : total) ? 1 : 0;
     }
-    for (const TDespesa& despesa : itens.Despesas.Despesas()) {
-        note(despesa);
-        listed.Ilegiveis += IsIlegivel(despesa.ValorTotal()) ? 1 : 0;
-    }
+    for (const TDespesa& despesa : itens.Despesas.Despesas())
+        listed.ItensSemTotal += isTotalUntold(despesa) ? 1 : 0;
     if (listed.Guia.TipoGuia() == TEnumTipoGuia::tgConsulta)
         listed.Itens = 1;
     listed.Data = !listed.Head.DataAtendimento.empty() ? listed.Head.DataAtendimento
                   : !first.empty()                     ? first
                                                        : listed.Head.Data;
+    return known;
+}
+
+/// How many of the totals that a guide declares are no numbers.
+std::size_t CountIlegiveisDeclared(const IGuiaTiss& guia) {
+    std::size_t count = IsIlegivel(guia.CampoValorTotalGuia()) ? 1 : 0;
+    if (const std::optional<TValorTotalGuia> totais = TotaisOf(guia)) {
+        count += IsIlegivel(totais->ValorProcedimentos()) ? 1 : 0;
+        for (const TCategoriaDespesa* categoria :
+             {&kDiarias, &kTaxasAlugueis, &kMateriais, &kMedicamentos, &kOpme, &kGasesMedicinais})
+            count += IsIlegivel(((*totais).*(categoria->Total))()) ? 1 : 0;
+    }
+    return count;
 }
 
 /// Consultations tell their value from the same version on from which totals are judged.
@@ -141,6 +168,21 @@ TItensDaGuia ItensOf(const IGuiaTiss& guia) {
     return {{nullptr, kNone}, {nullptr, kNone}};
 }
 
+std::optional<TValorTotalGuia> TotaisOf(const IGuiaTiss& guia) {
+    switch (guia.TipoGuia()) {
+    case TEnumTipoGuia::tgSPSADT:
+        return IGuiaSpSadt(guia).ValorTotal();
+    case TEnumTipoGuia::tgResumoInternacao:
+        return IGuiaResumoInternacao(guia).ValorTotal();
+    default:
+        return std::nullopt;
+    }
+}
+
+bool CanBeSummed(const TXmlField& total, std::string_view versao) {
+    return Addable(total.Number()) || (versao >= kTotaisDesdeVersao && !total.Present());
+}
+
 std::vector<TProcedimentoListado> ProcedimentosOf(const IGuiaTiss& guia) {
     std::vector<TProcedimentoListado> listed;
     if (guia.TipoGuia() == TEnumTipoGuia::tgConsulta) {
@@ -153,13 +195,16 @@ std::vector<TProcedimentoListado> ProcedimentosOf(const IGuiaTiss& guia) {
         return listed;
     }
     const bool dental = guia.TipoGuia() == TEnumTipoGuia::tgOdonto;
+    const bool counts = dental && TSomaOdonto(guia).Counts();
     for (const TProcedimentoExecutado& item : ItensOf(guia).Procedimentos.Procedimentos()) {
         const std::optional<double> unit = item.ValorUnitario().Number();
-        const TXmlField total = item.ValorTotal();
+        const std::optional<double> quantity = Addable(item.QuantidadeExecutada().Number());
+        std::optional<double> total = item.ValorTotal().Number();
+        if (dental)
+            total = unit && counts ? std::optional(*unit * quantity.value_or(1)) : unit;
         listed.push_back({item.Node(), item.CodigoTabela().Text(), item.CodigoProcedimento().Text(),
-                          DescricaoBeside(item.CodigoProcedimento()), item.DataExecucao().Text(),
-                          Addable(item.QuantidadeExecutada().Number()), Addable(unit),
-                          Addable(dental && !total.Present() ? unit : total.Number())});
+                          DescricaoBeside(item.CodigoProcedimento()), item.DataExecucao().Text(), quantity,
+                          Addable(unit), Addable(total)});
     }
     return listed;
 }
@@ -168,13 +213,12 @@ std::vector<TGuiaListada> GuiasOf(const ILoteGuias& lote, std::string_view versa
     std::vector<TGuiaListada> guias;
     for (const IGuiaTiss& guia : lote.GuiasTiss().EmOrdemDoDocumento()) {
         TGuiaListada& listed = guias.emplace_back(TGuiaListada{guia, ReadGuiaHead(guia)});
-        ReadItens(listed);
+        const bool known = ReadItens(listed, versao);
         const TXmlField total = guia.CampoValorTotalGuia();
         listed.Informado = Addable(total.Number());
         listed.SemTotal = total.Text().empty() && HasTotal(guia.TipoGuia(), versao);
-        if (listed.Ilegiveis == 0) // else nobody knows the sum
-            listed.Calculado = CalculadoOf(guia, versao);
-        listed.Ilegiveis += IsIlegivel(total) ? 1 : 0;
+        listed.Calculado = Addable(CalculadoOf(guia, versao, known));
+        listed.Ilegiveis += CountIlegiveisDeclared(guia);
     }
     Sort(guias, order);
     return guias;

@@ -7,6 +7,7 @@
 #include "rules/totalizer_validations.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <array>
@@ -188,18 +189,6 @@ std::string_view ProfissionalOf(const TGuiaListada& guia) {
     return {};
 }
 
-/// The totals that a guide declares by category; none for the kinds of guide that declare only one.
-std::optional<TValorTotalGuia> TotaisOf(const IGuiaTiss& guia) {
-    switch (guia.TipoGuia()) {
-    case TEnumTipoGuia::tgSPSADT:
-        return IGuiaSpSadt(guia).ValorTotal();
-    case TEnumTipoGuia::tgResumoInternacao:
-        return IGuiaResumoInternacao(guia).ValorTotal();
-    default:
-        return std::nullopt;
-    }
-}
-
 /// Makes the listings of one lot.
 class TLotListing {
   public:
@@ -210,7 +199,7 @@ class TLotListing {
     void List(TListingKind kind) {
         CheckContents();
         WriteHead();
-        NoteLeftOut();
+        NoteLeftOut(kind);
         listing_.Groups.emplace_back();
         switch (kind) {
         case TListingKind::Guias:
@@ -242,49 +231,24 @@ class TLotListing {
         };
     }
 
-    /// Refuses a lot without guides; says how many elements beside them are none.
+    /// Refuses a lot without guides; says what stands in it and is not read.
     void CheckContents() {
-        const std::size_t unknown = CountUnknown();
+        const std::vector<std::string> texts = message_.LoteGuias().GuiasNaoLidas().Textos("listad");
         if (guias_.empty())
-            throw ENotListed(unknown == 0 ? "o lote não tem guias a listar"
-                                          : "o lote não tem guias que a versão dele conheça; não há guias a "
-                                            "listar");
-        if (unknown != 0)
-            listing_.Notes.push_back(
-                unknown == 1 ? "1 guia é de um tipo que a versão do arquivo não tem, e não é listada."
-                             : fmt::format("{} guias são de tipos que a versão do arquivo não tem, e não são "
-                                           "listadas.",
-                                           unknown));
-    }
-
-    /// How many elements are called guides, stand where guides do, and are none that the version has.
-    std::size_t CountUnknown() const {
-        const TGuiasTiss guias = message_.LoteGuias().GuiasTiss();
-        if (!guias.HasNode())
-            return 0;
-        std::set<const TXmlNode*> known;
-        std::set<const TXmlNode*> places = {guias.Node()}; // in 2.x guides stand in groups
-        for (const TGuiaListada& guia : guias_) {
-            known.insert(guia.Guia.Node());
-            places.insert(guia.Guia.Node()->Parent());
-        }
-        std::size_t unknown = 0;
-        for (const TXmlNode* place : places)
-            for (const TXmlNode& child : place->ChildTags())
-                unknown += child.LocalName().starts_with("guia") && !known.contains(&child) &&
-                                   !places.contains(&child)
-                               ? 1
-                               : 0;
-        return unknown;
+            throw ENotListed(fmt::format("o lote não tem guias a listar{}{}", texts.empty() ? "" : ": ",
+                                         fmt::join(texts, " ")));
+        listing_.Notes.insert(listing_.Notes.end(), texts.begin(), texts.end());
     }
 
     /// Sums that leave something out say so.
-    void NoteLeftOut() {
+    void NoteLeftOut(TListingKind kind) {
         std::size_t illegible = 0;
         std::size_t untold = 0;
+        std::size_t untoldItems = 0;
         for (const TGuiaListada& guia : guias_) {
             illegible += guia.Ilegiveis;
             untold += guia.SemTotal ? 1 : 0;
+            untoldItems += guia.ItensSemTotal;
         }
         if (illegible != 0)
             listing_.Notes.push_back(IlegiveisText(illegible));
@@ -294,13 +258,22 @@ class TLotListing {
                     ? "1 guia não informa o seu valor total, que falta no valor informado."
                     : fmt::format("{} guias não informam o seu valor total, que falta no valor informado.",
                                   untold));
+        if (untoldItems != 0 && kind != TListingKind::Entrega)
+            listing_.Notes.push_back(
+                untoldItems == 1
+                    ? "1 item não informa o seu valor total; as somas em que ele entra ficam em branco ou "
+                      "sem ele."
+                    : fmt::format(
+                          "{} itens não informam o seu valor total; as somas em que eles entram ficam em "
+                          "branco ou sem eles.",
+                          untoldItems));
     }
 
     void AddRow(TListingRow row) { listing_.Groups.back().Rows.push_back(std::move(row)); }
 
     void AddTotal(std::string_view key, std::string_view label, TCellKind kind, std::optional<double> value,
                   bool differs = false) {
-        listing_.Totals.push_back({key, label, kind, value, differs});
+        listing_.Totals.push_back({key, label, kind, value, differs, {}});
     }
 
     /// Number of guides, their totals, and in how many these differ.
@@ -424,7 +397,7 @@ class TLotListing {
                   NumberCell(sum.Quantidade.Value()), NumberCell(sum.Valor.Value())}});
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
         AddTotal("quantidade", "Quantidade", Quantity, quantity.Value());
-        AddTotal("valorTotal", "Valor dos procedimentos", Money, balance.Computed().value_or(all.Value()));
+        AddTotal("valorTotal", "Valor dos procedimentos", Money, all.Value());
         AddTotal("valorInformado", "Valor informado nas guias", Money, balance.Declared());
         AddTotal("guiasComDiferenca", "Guias com diferença", Count, balance.DifferingOfJudged(),
                  balance.Differing() != 0);
@@ -447,20 +420,20 @@ class TLotListing {
         balance.Add(declared, compared ? SomaDe(categoria, despesas) : std::nullopt);
     }
 
-    /// The sum of a category; nothing where one of its items has no amount, or none that can be read.
-    static std::optional<double> SomaDe(const TCategoriaDespesa& categoria, const IOutrasDespesas& despesas) {
+    /// The sum of a category; nothing where the amount of one of its items is not known.
+    std::optional<double> SomaDe(const TCategoriaDespesa& categoria, const IOutrasDespesas& despesas) const {
         for (const TDespesa& despesa : despesas.Despesas())
             if (const std::string_view code = despesa.CodigoDespesa().Text();
                 !code.empty() && std::ranges::find(categoria.Codigos, code) != categoria.Codigos.end() &&
-                !Addable(despesa.ValorTotal().Number()))
+                !CanBeSummed(despesa.ValorTotal(), listing_.Versao))
                 return std::nullopt;
         return categoria.Sum(despesas);
     }
 
     /// The same of the procedures.
-    static std::optional<double> SomaDe(const IProcedimentosExecutados& procedimentos) {
+    std::optional<double> SomaDe(const IProcedimentosExecutados& procedimentos) const {
         for (const TProcedimentoExecutado& item : procedimentos.Procedimentos())
-            if (!Addable(item.ValorTotal().Number()))
+            if (!CanBeSummed(item.ValorTotal(), listing_.Versao))
                 return std::nullopt;
         return procedimentos.TotalProcedimentos();
     }
@@ -557,7 +530,7 @@ class TLotListing {
                 }
             }
         listing_.Groups.clear();
-        std::size_t named = 0;
+        std::set<std::string> named;
         std::multimap<std::string, std::pair<const TProfissional*, TWork*>> sorted; // by name as people do it
         for (auto& [who, work] : works)
             sorted.emplace(PlainText(who.Nome), std::pair(&who, &work));
@@ -565,14 +538,16 @@ class TLotListing {
             auto& [who, workOfWho] = entry;
             TWork& work = *workOfWho;
             const std::string title = who->Text();
-            named += title.empty() ? 0 : 1;
+            if (!title.empty())
+                named.insert(title);
             TListingRow sum{std::vector<TListingCell>(std::size(kProfissionaisColumns))};
             sum.Cells[7] = NumberCell(work.Quantidade.Value());
             sum.Cells[9] = NumberCell(work.Valor.Value());
             listing_.Groups.push_back(
                 {title.empty() ? "Sem profissional informado" : title, std::move(work.Rows), std::move(sum)});
         }
-        AddTotal("profissionais", "Profissionais", Count, static_cast<double>(named));
+        AddTotal("profissionais", "Profissionais", Count, static_cast<double>(named.size()));
+        listing_.Totals.back().Counted = std::move(named);
         AddTotal("procedimentos", "Procedimentos", Count, static_cast<double>(procedures));
         AddTotal("valorTotal", "Valor total", Money, value.Value());
         if (teams)

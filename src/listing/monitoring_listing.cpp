@@ -119,6 +119,21 @@ struct TSums {
     }
 };
 
+/// Sums of items.
+struct TAmounts {
+    TDecimalSum Informada;
+    TDecimalSum Informado;
+    TDecimalSum Paga;
+    TDecimalSum Pago;
+
+    void Add(const TItemFields& item) {
+        Informada.Add(item.QuantidadeInformada.Value.value_or(0));
+        Informado.Add(item.ValorInformado.Value.value_or(0));
+        Paga.Add(item.QuantidadePaga.Value.value_or(0));
+        Pago.Add(item.ValorPagoProc.Value.value_or(0));
+    }
+};
+
 /// Makes the listings of one monitoring file.
 class TMonitoringListing {
   public:
@@ -146,7 +161,7 @@ class TMonitoringListing {
             throw ENotListed("um arquivo de monitoramento não tem protocolo de entrega; as guias dele são "
                              "enviadas à ANS, sem papel");
         }
-        WriteTotals();
+        WriteTotals(kind);
         if (illegible_ != 0)
             listing_.Notes.push_back(IlegiveisText(illegible_));
         if (file_.Lote().SemMovimento())
@@ -187,7 +202,7 @@ class TMonitoringListing {
     /// What is no number, or too large to be added up, is counted and no longer told.
     void LeaveOutIlegiveis(TGuiaFields& guia) {
         const auto check = [this](TNumberField& field) {
-            if (field.Field.Present() && !Addable(field.Value)) {
+            if (IsIlegivel(field.Field)) {
                 field.Value.reset();
                 ++illegible_;
             }
@@ -206,7 +221,7 @@ class TMonitoringListing {
     /// The amounts of the items; nothing where one of them cannot be read.
     static std::optional<double> SomaDosItens(const TGuiaFields& guia) {
         for (const TItemFields& item : guia.Itens)
-            if (item.ValorInformado.Field.Present() && !item.ValorInformado.Value)
+            if (IsIlegivel(item.ValorInformado.Field))
                 return std::nullopt;
         return guia.SumOfItens(&TItemFields::ValorInformado);
     }
@@ -243,12 +258,28 @@ class TMonitoringListing {
                 fmt::format("O arquivo tem também {}; as listagens são só das guias.", others));
     }
 
-    void WriteTotals() {
-        const auto add = [this](std::string_view key, std::string_view label, TCellKind kind,
+    /// The totals of the guides; under rows that are sums of other amounts than these, those of the rows
+    /// first.
+    void WriteTotals(TListingKind kind) {
+        const auto add = [this](std::string_view key, std::string_view label, TCellKind cell,
                                 std::optional<double> value) {
-            listing_.Totals.push_back({key, label, kind, value, false});
+            listing_.Totals.push_back({key, label, cell, value, false, {}});
         };
         add("guias", "Guias", Count, static_cast<double>(sums_.Guias));
+        if (kind == TListingKind::Procedimentos) {
+            add("quantidadeInformada", "Quantidade informada", Quantity, rows_.Informada.Value());
+            add("valorInformado", "Valor informado", Money, rows_.Informado.Value());
+            add("quantidadePaga", "Quantidade paga", Quantity, rows_.Paga.Value());
+            add("valorPago", "Valor pago", Money, rows_.Pago.Value());
+            add("valorInformadoGuias", "Valor informado nas guias", Money, sums_.Informado.Value());
+            add("valorPagoGuias", "Valor pago nas guias", Money, sums_.Pago.Value());
+            return AddDiffering();
+        }
+        if (kind == TListingKind::Despesas) {
+            add("valorPago", "Valor pago", Money, rows_.Pago.Value());
+            add("valorPagoGuias", "Valor pago nas guias", Money, sums_.Pago.Value());
+            return;
+        }
         add("itens", "Itens", Count, static_cast<double>(sums_.Itens));
         add("valorInformado", "Valor informado", Money, sums_.Informado.Value());
         add("valorCalculado", "Soma dos itens", Money,
@@ -256,8 +287,16 @@ class TMonitoringListing {
         add("valorProcessado", "Valor processado", Money, sums_.Processado.Value());
         add("valorGlosa", "Valor glosado", Money, sums_.Glosa.Value());
         add("valorPago", "Valor pago", Money, sums_.Pago.Value());
-        add("guiasComDiferenca", "Guias com diferença", Count, static_cast<double>(differing_));
-        listing_.Totals.back().Differs = differing_ != 0;
+        AddDiffering();
+    }
+
+    void AddDiffering() {
+        listing_.Totals.push_back({"guiasComDiferenca",
+                                   "Guias com diferença",
+                                   Count,
+                                   static_cast<double>(differing_),
+                                   differing_ != 0,
+                                   {}});
     }
 
     void Guias() {
@@ -332,13 +371,9 @@ class TMonitoringListing {
     }
 
     void Procedimentos() {
-        struct TSum {
+        struct TSum : TAmounts {
             std::size_t Guias = 0;
             std::size_t Last = 0; ///< number of the guide that was counted last
-            TDecimalSum Informada;
-            TDecimalSum Informado;
-            TDecimalSum Paga;
-            TDecimalSum Pago;
         };
         listing_.Columns = kProcedimentosColumns;
         std::map<std::pair<std::string_view, std::string_view>, TSum> sums;
@@ -348,10 +383,8 @@ class TMonitoringListing {
                 TSum& sum =
                     sums[{item.CodigoTabela.Text(), code.empty() ? item.GrupoProcedimento.Text() : code}];
                 sum.Guias += std::exchange(sum.Last, sums_.Guias) == sums_.Guias ? 0 : 1;
-                sum.Informada.Add(item.QuantidadeInformada.Value.value_or(0));
-                sum.Informado.Add(item.ValorInformado.Value.value_or(0));
-                sum.Paga.Add(item.QuantidadePaga.Value.value_or(0));
-                sum.Pago.Add(item.ValorPagoProc.Value.value_or(0));
+                sum.Add(item);
+                rows_.Add(item);
             }
         });
         std::vector<std::pair<std::pair<std::string_view, std::string_view>, TSum>> rows(sums.begin(),
@@ -378,6 +411,7 @@ class TMonitoringListing {
                 const double value = (guia.*kPaid[i].second).Value.value_or(0);
                 sums[i].Guias += value != 0 ? 1 : 0;
                 sums[i].Pago.Add(value);
+                rows_.Pago.Add(value);
             }
         });
         TListingGroup& group = listing_.Groups.emplace_back();
@@ -390,6 +424,7 @@ class TMonitoringListing {
     TListingOrder order_;
     TFileListing& listing_;
     TSums sums_;
+    TAmounts rows_; ///< of all rows, where they are sums of items or of parts of what was paid
     TDecimalSum itens_;
     bool unknownSum_ = false; ///< of the items of a guide
     std::size_t differing_ = 0;

@@ -3,8 +3,11 @@
 #include "model/tiss_exceptions.h"
 #include "xml/xml_document.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
+#include <unordered_set>
 
 namespace conferix {
 
@@ -37,6 +40,10 @@ void AppendGuias(std::vector<TGuiaTissBase>& guias, TXmlNode& parent, const TLot
         AppendGuia(guias, child, names);
 }
 
+bool IsGroup(const TXmlNode& element, const TLoteGuiasNames& names) {
+    return std::ranges::find(names.Grupos, element.LocalName()) != names.Grupos.end();
+}
+
 bool Holds(const TXmlNode& element, std::uint32_t offset) {
     return element.ByteStart() <= offset && offset < element.ByteEnd();
 }
@@ -51,7 +58,7 @@ std::vector<TGuiaTissBase> TGuiasTiss::EmOrdemDoDocumento() const {
         AppendGuias(guias, *Node(), *names_);
     else
         for (TXmlNode& grupo : Node()->ChildTags())
-            if (std::ranges::find(names_->Grupos, grupo.LocalName()) != names_->Grupos.end())
+            if (IsGroup(grupo, *names_))
                 AppendGuias(guias, grupo, *names_);
     return guias;
 }
@@ -71,6 +78,67 @@ std::vector<IGuiaTiss> TLoteGuiasBase::Guias() const {
 
 std::int64_t TLoteGuiasBase::QtdGuias() const {
     return static_cast<std::int64_t>(GuiasTiss().EmOrdemDoDocumento().size());
+}
+
+TGuiasNaoLidas TLoteGuiasBase::GuiasNaoLidas() const {
+    TGuiasNaoLidas naoLidas;
+    if (!HasNode())
+        return naoLidas;
+    std::unordered_set<const TXmlNode*> read;
+    for (const IGuiaTiss& guia : GuiasTiss().EmOrdemDoDocumento())
+        read.insert(guia.Node());
+    const TXmlNode* const container = GuiasTiss().Node();
+    const auto append = [&](const TXmlNode& place) {
+        for (const TXmlNode& child : place.ChildTags())
+            // The lot itself has more than guides, where these stand in it by mistake.
+            if (!read.contains(&child) && (&place != Node() || child.LocalName().starts_with("guia")))
+                naoLidas.Estranhas.push_back(&child);
+    };
+    if (names_->Grupos.empty())
+        append(*container);
+    else
+        for (const TXmlNode& grupo : container->ChildTags())
+            if (IsGroup(grupo, *names_))
+                append(grupo);
+            else
+                naoLidas.Estranhas.push_back(&grupo);
+    for (TXmlNode& other : Node()->ChildTags())
+        if (&other != container && other.LocalName() == names_->GuiasTiss) {
+            std::erase(naoLidas.Estranhas, &other);
+            for (const IGuiaTiss& guia : TGuiasTiss(&other, *names_).EmOrdemDoDocumento())
+                naoLidas.ForaDoLugar.push_back(guia.Node());
+        }
+    if (const TXmlNode* const sender = Node()->Parent(); sender != nullptr && sender->Parent() != nullptr)
+        for (TXmlNode& message : Node()->Parent()->Parent()->ChildTags())
+            if (message.LocalName() == sender->LocalName())
+                for (TXmlNode& lote : message.ChildTags())
+                    if (&lote != Node() && lote.LocalName() == Node()->LocalName())
+                        for (const IGuiaTiss& guia :
+                             TLoteGuiasBase(&lote, *names_).GuiasTiss().EmOrdemDoDocumento())
+                            naoLidas.ForaDoLugar.push_back(guia.Node());
+    return naoLidas;
+}
+
+std::vector<std::string> TGuiasNaoLidas::Textos(std::string_view lido) const {
+    std::vector<std::string> textos;
+    const auto add = [&](const std::vector<const TXmlNode*>& nodes, std::string_view one,
+                         std::string_view many) {
+        if (!nodes.empty())
+            textos.push_back(fmt::format(fmt::runtime(nodes.size() == 1 ? one : many), nodes.size(),
+                                         nodes.front()->QualifiedName(), nodes.front()->Line(), lido));
+    };
+    add(Estranhas,
+        "1 elemento no lugar de guia, <{1}> na linha {2}, não é uma guia que a versão do arquivo "
+        "tenha, e não é {3}o.",
+        "{0} elementos no lugar de guias, o primeiro <{1}> na linha {2}, não são guias que a versão do "
+        "arquivo tenha, e não são {3}os.");
+    add(ForaDoLugar,
+        "1 guia, <{1}> na linha {2}, está em outro lote ou em uma segunda lista de guias, e não "
+        "é {3}a.",
+        "{0} guias, a primeira <{1}> na linha {2}, estão em outro lote ou em uma segunda lista de guias, e "
+        "não "
+        "são {3}as.");
+    return textos;
 }
 
 std::optional<IGuiaTiss> TLoteGuiasBase::GuiaTissByPosition(std::int64_t line, std::int64_t linePos) const {

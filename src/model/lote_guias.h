@@ -9,6 +9,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace conferix {
@@ -43,6 +45,17 @@ class TGuiasTiss : public TXmlBinding {
     const TLoteGuiasNames* names_;
 };
 
+/// What a lot has beside the guides that are read of it, in document order.
+struct TGuiasNaoLidas {
+    std::vector<const TXmlNode*>
+        Estranhas; ///< elements in the place of guides that the version does not have
+    std::vector<const TXmlNode*> ForaDoLugar; ///< guides in a further container, or in a further lot
+
+    /// A sentence for each of the two that there is. `lido`: what is not done with them, without
+    /// its last vowel ("listad").
+    std::vector<std::string> Textos(std::string_view lido) const;
+};
+
 /// A lot of billing guides. Bound to no element it is a lot without number and guides.
 class TLoteGuiasBase : public TXmlBinding {
   public:
@@ -60,6 +73,7 @@ class TLoteGuiasBase : public TXmlBinding {
     /// All guides, by kind in the order of TEnumTipoGuia and within a kind in document order.
     std::vector<IGuiaTiss> Guias() const;
     std::int64_t QtdGuias() const;
+    TGuiasNaoLidas GuiasNaoLidas() const;
     /// The guide whose element holds a place given as 1-based line and column in characters. One walk over
     /// the guides; who asks for many places uses TGuiaLocator.
     std::optional<IGuiaTiss> GuiaTissByPosition(std::int64_t line, std::int64_t linePos) const;

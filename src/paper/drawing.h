@@ -43,6 +43,8 @@ struct TPaperLine {
     float X2;
     float Y2;
     float Pen; ///< width
+
+    bool operator==(const TPaperLine&) const = default;
 };
 
 /// One line of text that begins at X.

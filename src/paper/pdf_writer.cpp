@@ -6,8 +6,9 @@
 #include <fmt/format.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <charconv>
-#include <cmath>
+#include <iterator>
 #include <new>
 #include <ostream>
 #include <set>
@@ -33,23 +34,34 @@ constexpr int kWindowBits = 13;
 constexpr int kMemoryLevel = 6;
 constexpr std::size_t kKeptDrawings = 64; ///< beyond them, those that are gone are forgotten
 
-/// Appends millimetres as points with two decimals and a blank.
-void AppendPoints(std::string& to, float millimetres) {
-    auto hundredths = std::lround(millimetres * (100.0F / kMillimetresPerPoint));
+/// Millimetres in hundredths of points. Away from zero at halves, as lround, which is a call.
+std::int32_t Hundredths(float millimetres) {
+    const float exact = millimetres * (100.0F / kMillimetresPerPoint);
+    return static_cast<std::int32_t>(exact < 0 ? exact - 0.5F : exact + 0.5F);
+}
+
+/// Appends them as points and a blank.
+void AppendHundredths(std::string& to, std::int32_t hundredths) {
+    char text[24];
+    char* end = text;
     if (hundredths < 0) {
-        to += '-';
+        *end++ = '-';
         hundredths = -hundredths;
     }
-    char digits[24];
-    const auto end = std::to_chars(digits, digits + sizeof digits, hundredths / 100).ptr;
-    to.append(digits, end);
+    end = std::to_chars(end, std::end(text), hundredths / 100).ptr;
     if (const auto rest = static_cast<char>(hundredths % 100); rest != 0) {
-        to += '.';
-        to += static_cast<char>('0' + rest / 10);
+        *end++ = '.';
+        *end++ = static_cast<char>('0' + rest / 10);
         if (rest % 10 != 0)
-            to += static_cast<char>('0' + rest % 10);
+            *end++ = static_cast<char>('0' + rest % 10);
     }
-    to += ' ';
+    *end++ = ' ';
+    to.append(text, end);
+}
+
+/// Appends millimetres as points with two decimals and a blank.
+void AppendPoints(std::string& to, float millimetres) {
+    AppendHundredths(to, Hundredths(millimetres));
 }
 
 void AppendRectangle(std::string& to, const TPaperRect& place, float pageHeight) {
@@ -62,6 +74,11 @@ void AppendRectangle(std::string& to, const TPaperRect& place, float pageHeight)
 
 void AppendString(std::string& to, std::string_view text) {
     to += '(';
+    const auto isPlain = [](char c) { return c >= ' ' && c <= '~' && c != '(' && c != ')' && c != '\\'; };
+    if (std::ranges::all_of(text, isPlain)) { // as nearly all texts are
+        to.append(text) += ')';
+        return;
+    }
     std::size_t from = to.size();
     AppendAnsi(to, text);
     for (; from < to.size(); ++from)
@@ -132,8 +149,8 @@ void AppendTexts(std::string& to, const TDrawing& drawing, float pageHeight) {
     if (drawing.Texts.empty())
         return;
     to += "BT\n";
-    float x = 0;
-    float y = 0;
+    std::int32_t x = 0; // whole hundredths, so that rounding does not add up from one text to the next
+    std::int32_t y = 0;
     float size = -1;
     TPaperFace face = TPaperFace::Regular;
     for (const TPaperText& text : drawing.Texts) {
@@ -144,14 +161,10 @@ void AppendTexts(std::string& to, const TDrawing& drawing, float pageHeight) {
             AppendPoints(to, size * kMillimetresPerPoint);
             to += "Tf ";
         }
-        // Whole hundredths of points, so that rounding does not add up from one text to the next.
-        const auto rounded = [](float length) {
-            return std::round(length * (100.0F / kMillimetresPerPoint)) * (kMillimetresPerPoint / 100.0F);
-        };
-        const float left = rounded(text.X);
-        const float base = rounded(pageHeight - text.Baseline);
-        AppendPoints(to, left - x);
-        AppendPoints(to, base - y);
+        const std::int32_t left = Hundredths(text.X);
+        const std::int32_t base = Hundredths(pageHeight - text.Baseline);
+        AppendHundredths(to, left - x);
+        AppendHundredths(to, base - y);
         to += "Td ";
         x = left;
         y = base;

@@ -3,6 +3,7 @@
 #include "paper/ansi_text.h"
 #include "platform/utf8.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -43,23 +44,33 @@ constexpr TWidths kBold = {
     667, 611, 556, 556, 556, 556,  556,  556,  889, 556, 556,  556, 556, 556,  278,  278, 278, 278, 611,
     611, 611, 611, 611, 611, 611,  584,  611,  611, 611, 611,  611, 556, 611,  556};
 
-float WidthOf(std::string_view ansi, TPaperFace face, float size) {
-    const TWidths& widths = face == TPaperFace::Bold ? kBold : kRegular;
+/// The widths of all bytes, those of control characters 0.
+using TByteWidths = std::array<std::uint32_t, 256>;
+constexpr TByteWidths ByteWidths(const TWidths& widths) {
+    TByteWidths all{};
+    std::copy(widths.begin(), widths.end(), all.begin() + kFirst);
+    return all;
+}
+constexpr TByteWidths kRegularBytes = ByteWidths(kRegular);
+constexpr TByteWidths kBoldBytes = ByteWidths(kBold);
+
+std::uint32_t SumOf(std::string_view ansi, TPaperFace face) {
+    const TByteWidths& widths = face == TPaperFace::Bold ? kBoldBytes : kRegularBytes;
     std::uint32_t sum = 0;
     for (const char c : ansi)
-        if (const auto code = static_cast<unsigned char>(c); code >= kFirst)
-            sum += widths[code - kFirst];
-    return static_cast<float>(sum) * size * kMillimetresPerPoint / 1000.0F;
+        sum += widths[static_cast<unsigned char>(c)];
+    return sum;
 }
 
 } // namespace
 
 float TextWidth(std::string_view text, TPaperFace face, float size) {
-    if (FindNonAscii(text) == text.size())
-        return WidthOf(text, face, size);
     std::string ansi;
-    AppendAnsi(ansi, text);
-    return WidthOf(ansi, face, size);
+    if (FindNonAscii(text) != text.size()) {
+        AppendAnsi(ansi, text);
+        text = ansi;
+    }
+    return static_cast<float>(SumOf(text, face)) * size * kMillimetresPerPoint / 1000.0F;
 }
 
 } // namespace conferix

@@ -48,7 +48,7 @@ TJson CorrectionJson(const TCorrectionRecord& record) {
     if (record.Reason.empty())
         json["depois"] = record.After;
     else
-        json["motivo"] = record.Reason;
+        json["motivo"] = record.WhyLeft();
     return json;
 }
 

@@ -2,12 +2,16 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 namespace conferix {
 
 namespace {
 
 constexpr std::string_view kProcedimento = "O procedimento localizado";
 constexpr std::string_view kDespesa = "A despesa localizada";
+/// Of all findings of the rule.
+constexpr std::uint64_t kRepeated = 1;
 
 } // namespace
 
@@ -58,6 +62,13 @@ void TSequencialItemValidation::CheckGuia(const IGuiaTiss& guia, const TProcedim
         Success(nullptr,
                 "O sequencial de referência dos procedimentos ou itens assistenciais estão de acordo com o "
                 "componente organizacional.");
+}
+
+std::shared_ptr<TValidationMessage> TSequencialItemValidation::NewMessage(TMessageType type, std::string text,
+                                                                          TFindingPlace place) const {
+    auto message = TGuiaTissValidation::NewMessage(type, std::move(text), std::move(place));
+    message->SetGroupKey(kRepeated);
+    return message;
 }
 
 void TSequencialItemValidation::AddRepeated(std::int64_t number, std::string_view user, const TXmlNode& first,

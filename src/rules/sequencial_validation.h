@@ -3,6 +3,8 @@
 #include "rules/guia_validation.h"
 
 #include <cstdint>
+#include <memory>
+#include <string>
 #include <unordered_map>
 
 namespace conferix {
@@ -15,6 +17,11 @@ class TSequencialItemValidation : public TGuiaTissValidation {
     void Visit(const IGuiaSpSadt& guia) override;
     void Visit(const IGuiaResumoInternacao& guia) override;
     void Visit(const IGuiaHonorarios& guia) override;
+
+  protected:
+    /// Repeated numbers are one cause, whichever they are and wherever they were used first.
+    std::shared_ptr<TValidationMessage> NewMessage(TMessageType type, std::string text,
+                                                   TFindingPlace place) const override;
 
   private:
     /// The item that first used a number.

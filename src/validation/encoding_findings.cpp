@@ -197,16 +197,21 @@ std::shared_ptr<TXmlMessage> Guessed(const TXmlMisreading& misreading, const TXm
 std::shared_ptr<TXmlMessage> BomAgainstDeclaration(const TXmlMisreading& misreading,
                                                    const TXmlEncoding& encoding, const TTextPtr& text) {
     const bool wide = encoding.Name != kUtf8;
+    const std::string without = encoding.Bom ? ", sem a marca" : "";
     TOffers offers(text);
-    offers.Add("Gravar em UTF-8, sem a marca", std::string(kUtf8));
-    offers.Add("Gravar em ISO-8859-1, sem a marca", std::string(kIso));
+    offers.Add("Gravar em UTF-8" + without, std::string(kUtf8));
+    offers.Add("Gravar em ISO-8859-1" + without, std::string(kIso));
+    const std::string declared = CutText(misreading.Declared);
+    std::string advice = wide ? fmt::format("Grave o arquivo em {}{}", declared, without)
+                              : fmt::format("Declare encoding=\"{}\"", encoding.Name);
+    // UTF-16 would need another mark.
+    if (!wide && !LowerCase(declared).starts_with("utf-16"))
+        advice += fmt::format(" ou grave o arquivo em {}{}", declared, without);
     auto message = TXmlMessage::CreateWarn(
-        fmt::format("O arquivo começa com a marca de {0} (BOM), mas declara a codificação {1}. Foi lido "
-                    "como {0}; outros leitores podem recusá-lo, ou lê-lo de outro modo e achar outro hash. "
-                    "{2} em {1}, sem a marca.{3}",
-                    encoding.Name, CutText(misreading.Declared),
-                    wide ? std::string("Grave o arquivo")
-                         : fmt::format("Declare encoding=\"{}\" ou grave o arquivo", encoding.Name),
+        fmt::format("{} {}, mas declara a codificação {}. Foi lido como {}; outros leitores podem recusá-lo, "
+                    "ou lê-lo de outro modo e achar outro hash. {}.{}",
+                    encoding.Bom ? "O arquivo começa com a marca de" : "O arquivo está gravado em",
+                    encoding.Name + (encoding.Bom ? " (BOM)" : ""), declared, encoding.Name, advice,
                     offers.Obstacles()),
         misreading.Declared, 1, 1, 0);
     offers.Give(*message);

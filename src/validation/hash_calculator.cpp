@@ -36,17 +36,19 @@ class TMd5 {
     md5_ctx state_{};
 };
 
-/// Hands the hash text to `take` in pieces of whole characters.
+/// What is digested at a time, in bytes.
+constexpr std::size_t kPiece = std::size_t{64} * 1024;
+
+/// Hands the hash text to `take` in pieces of whole values, each of at least some bytes.
 template<class Take>
-void ForEachPiece(const TXmlDocument& document, Take&& take) {
-    constexpr std::size_t kPiece = std::size_t{64} * 1024;
+void ForEachPiece(const TXmlDocument& document, std::size_t least, Take&& take) {
     std::string buffer;
     TXmlMappingScanner::Scan(document.Root(), [&](const TXmlNode& node, bool& stop) {
         if (node.LocalName() == "epilogo") {
             stop = true;
         } else if (node.IsTag() && node.HasValue()) {
             buffer += node.Value();
-            if (buffer.size() >= kPiece) {
+            if (buffer.size() >= least) {
                 take(buffer);
                 buffer.clear();
             }
@@ -57,10 +59,10 @@ void ForEachPiece(const TXmlDocument& document, Take&& take) {
 
 /// Both digests of what `textOf` makes of the pieces.
 template<class TextOf>
-THashes BothOf(const TXmlDocument& document, TextOf&& textOf) {
+THashes BothOf(const TXmlDocument& document, std::size_t least, TextOf&& textOf) {
     TMd5 iso;
     std::optional<TMd5> utf8; // begins where the two texts first differ
-    ForEachPiece(document, [&](const std::string& piece) {
+    ForEachPiece(document, least, [&](const std::string& piece) {
         const std::string& text = textOf(piece);
         if (FindNonAscii(text) == text.size()) {
             iso.Add(text);
@@ -83,20 +85,21 @@ THashes BothOf(const TXmlDocument& document, TextOf&& textOf) {
 
 std::string THashCalculator::Calculate(const TXmlDocument& document, THashEncoding encoding) {
     TMd5 md5;
-    ForEachPiece(document, [&](const std::string& piece) {
+    ForEachPiece(document, kPiece, [&](const std::string& piece) {
         md5.Add(encoding == THashEncoding::Utf8 ? piece : EncodeAnsi(piece));
     });
     return md5.Digest();
 }
 
 THashes THashCalculator::CalculateBoth(const TXmlDocument& document) {
-    return BothOf(document, [](const std::string& piece) -> const std::string& { return piece; });
+    return BothOf(document, kPiece, [](const std::string& piece) -> const std::string& { return piece; });
 }
 
 THashes THashCalculator::CalculateMeant(const TXmlDocument& document) {
     const TXmlMisreading* misreading = document.Misreading();
     return misreading != nullptr && misreading->OfLetters()
-               ? BothOf(document, [&](const std::string& piece) { return MeantText(piece, *misreading); })
+               ? BothOf(document, 0, // what a value was meant to be depends on nothing around it
+                        [&](const std::string& piece) { return MeantText(piece, *misreading); })
                : CalculateBoth(document);
 }
 

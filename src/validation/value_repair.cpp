@@ -175,8 +175,38 @@ bool IsSeveralNumbers(std::string_view text) {
            }) > 1;
 }
 
-/// The digits of a document or code written with punctuation or in groups; nothing for what looks like an
-/// amount, a day or several numbers.
+/// True for three short groups, which may be a day.
+bool MayBeDay(const std::vector<std::string_view>& groups) {
+    const auto isShort = [](std::string_view group) { return group.size() <= 2; };
+    return groups.size() == 3 && std::ranges::count_if(groups, isShort) >= 2 &&
+           std::ranges::all_of(groups,
+                               [&](std::string_view group) { return isShort(group) || group.size() == 4; });
+}
+
+/// True for digits in groups as people write a code: the check digits behind a hyphen, a register of the
+/// regulator, long numbers in groups; not what may be a day, an amount or several numbers. `text`: with plain
+/// blanks.
+bool IsCodeNotation(const std::string& text) {
+    std::string separated(text);
+    std::ranges::replace_if(separated, IsPunctuation, ' ');
+    std::vector<std::string_view> groups = Split(separated, ' ');
+    std::erase_if(groups, [](std::string_view group) { return group.empty(); });
+    const auto digits = static_cast<std::size_t>(std::ranges::count_if(text, IsDigit));
+    if (text.find('/') != std::string::npos || MayBeDay(groups) || IsSeveralNumbers(text))
+        return false;
+    constexpr std::size_t kLong = 8;
+    if (groups.size() == 2 && text.find('-') != std::string::npos)
+        return groups[0].size() >= 3 && (groups[1].size() == 1 || (digits >= 6 && groups[1].size() == 2) ||
+                                         (digits >= kLong && groups[1].size() <= 4));
+    if (groups.size() == 2 && text.find('.') != std::string::npos)
+        return false; // an amount
+    if (digits >= kLong)
+        return groups.size() <= digits / 2 + 1;
+    return HasShape(text, "99.999-9") || HasShape(text, "999.999-9") || HasShape(text, "9.999.999") ||
+           HasShape(text, "999 999") || HasShape(text, "999 9999") || HasShape(text, "9999 99");
+}
+
+/// The digits of a document or code written with punctuation or in groups; nothing for what is none.
 TReading WithoutPunctuation(std::string_view raw) {
     const std::string text = WithPlainBlanks(raw);
     std::string bare;
@@ -184,14 +214,9 @@ TReading WithoutPunctuation(std::string_view raw) {
                  [](char c) { return !IsPunctuation(c) && c != ' '; });
     if (bare.size() == text.size())
         return std::nullopt;
-    if (HasShape(text, "AA.AAA.AAA/AAAA-99"))
+    if (HasShape(text, "AA.AAA.AAA/AAAA-99") || HasShape(text, "AAAAAAAA/AAAA-99"))
         return bare;
-    const bool amount = text.size() == bare.size() + 1 && text.find('.') != std::string_view::npos;
-    const bool date = HasShape(text, "99/99/9999") || HasShape(text, "9999-99-99") ||
-                      HasShape(text, "99.99.9999") || HasShape(text, "99 99 9999") ||
-                      HasShape(text, "9999 99 99");
-    if (!AllDigits(bare) || !IsDigit(text.front()) || !IsDigit(text.back()) || amount || date ||
-        IsSeveralNumbers(text))
+    if (!AllDigits(bare) || !IsDigit(text.front()) || !IsDigit(text.back()) || !IsCodeNotation(text))
         return std::nullopt;
     return bare;
 }
@@ -217,11 +242,7 @@ void AddCodes(const TSchemaSimpleType& type, std::string_view text, std::set<std
             readings.insert(code.insert(0, 1, '0'));
     };
     addPadded(std::string(text));
-    // Of a short code with a blank in it, each part may be a code.
-    constexpr std::size_t kShort = 3;
-    const bool parts = text.find_first_of(" /") != std::string_view::npos;
-    if (const TReading bare = WithoutPunctuation(text);
-        bare && (!parts || bare->front() == '0' || bare->size() > kShort))
+    if (const TReading bare = WithoutPunctuation(text))
         addPadded(*bare);
     if (const std::size_t zeros = text.find_first_not_of('0');
         AllDigits(text) && zeros != 0 && zeros != std::string_view::npos)
@@ -238,7 +259,9 @@ void AddCodes(const TSchemaSimpleType& type, std::string_view text, std::set<std
 void AddTexts(const TSchemaSimpleType& type, std::string_view text, std::set<std::string>& readings) {
     constexpr std::size_t kCpf = 11;
     constexpr std::size_t kCnpj = 14;
-    if (const TReading bare = WithoutPunctuation(text))
+    const bool month = (HasShape(text, "9999-99") || HasShape(text, "9999 99")) &&
+                       (text.starts_with("19") || text.starts_with("20"));
+    if (const TReading bare = WithoutPunctuation(text); bare && !month)
         readings.insert(*bare);
     // A number of fixed length that lost its zero; of a CPF or CNPJ any digit may be the one that is missing.
     const std::string padded = '0' + std::string(text);

@@ -58,10 +58,11 @@ struct TRun {
 
 enum class TWriting {
     Utf8,
-    UsualUtf8, ///< letters of Portuguese whose bytes, read as single letters, nobody writes side by side
-    OtherUtf8, ///< with letters of other scripts
-    Doubtful,  ///< UTF-8, or meant as it reads
-    Unlikely,  ///< the same, where UTF-8 would be a small letter behind a capital one
+    SignInUtf8, ///< only signs as "®", each after a letter that may have been meant
+    UsualUtf8,  ///< letters of Portuguese whose bytes, read as single letters, nobody writes side by side
+    OtherUtf8,  ///< with letters of other scripts
+    Doubtful,   ///< UTF-8, or meant as it reads
+    Unlikely,   ///< the same, where UTF-8 would be a small letter behind a capital one
     NoUtf8
 };
 
@@ -142,12 +143,14 @@ TLetter LetterAt(std::string_view text, const TRun& run, std::size_t at) {
 
 TWriting WritingOf(std::string_view text, const TRun& run) {
     TWriting writing = TWriting::Utf8;
+    bool onlySigns = true;
     for (std::size_t at = 0; at < run.Bytes.size();) {
         const TLetter letter = LetterAt(text, run, at);
         const UChar32 c = letter.Character;
         if (!letter.IsUtf8())
             return TWriting::NoUtf8;
         at = letter.End;
+        onlySigns = onlySigns && c < 0x100 && u_isgraph(c) != 0 && u_isalpha(c) == 0 && !IsUsual(c);
         if (IsOther(c))
             writing = TWriting::OtherUtf8;
         else if (letter.Doubtful && writing == TWriting::Utf8)
@@ -155,7 +158,7 @@ TWriting WritingOf(std::string_view text, const TRun& run) {
         else if (!letter.Doubtful && writing != TWriting::OtherUtf8 && IsUsual(c))
             writing = TWriting::UsualUtf8;
     }
-    return writing;
+    return writing == TWriting::Utf8 && onlySigns ? TWriting::SignInUtf8 : writing;
 }
 
 /// True where only blanks stand between a place and the end of a value.
@@ -313,9 +316,11 @@ std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePa
     std::size_t certain = TMisreadUtf8::kNone;
     std::size_t doubtful = TMisreadUtf8::kNone;
     std::size_t misread = 0;
+    std::size_t signs = 0;
     std::size_t against = 0;
     for (TRun run = TRun::From(text, 0, page); run.Size > 0; run = TRun::From(text, run.End(), page)) {
         const TWriting writing = WritingOf(text, run);
+        signs += writing == TWriting::SignInUtf8 ? 1 : 0;
         if ((writing == TWriting::Utf8 || writing == TWriting::UsualUtf8) && ++misread == 1)
             found.First = run.At;
         if (writing == TWriting::UsualUtf8)
@@ -327,7 +332,7 @@ std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePa
         if (writing == TWriting::NoUtf8 || writing == TWriting::Unlikely)
             ++against;
     }
-    found.Mostly = misread > 0 && misread >= against * kSlip;
+    found.Mostly = misread > 0 && misread + signs >= against * kSlip;
     if (!found.Mostly)
         found.Kept = std::min(found.Kept, doubtful);
     if (certain != TMisreadUtf8::kNone)
@@ -335,21 +340,35 @@ std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePa
     return found.Mostly || certain != TMisreadUtf8::kNone ? std::optional(found) : std::nullopt;
 }
 
-std::string MeantAsUtf8(std::string_view text, const TCodePage& page, bool keepDoubtful) {
+namespace {
+
+/// The value around a place of a text.
+std::string_view ValueAround(std::string_view text, std::size_t at) {
+    const std::size_t tag = text.rfind('>', at);
+    const std::size_t start = tag == std::string_view::npos ? 0 : tag + 1;
+    return text.substr(start, std::min(text.find('<', at), text.size()) - start);
+}
+
+} // namespace
+
+std::string MeantAsUtf8(std::string_view text, const TCodePage& page, TKeptUtf8 kept) {
     std::string meant;
     meant.reserve(text.size());
     std::size_t done = 0;
     for (TRun run = TRun::From(text, 0, page); run.Size > 0; run = TRun::From(text, run.End(), page)) {
         meant.append(text, done, run.At - done);
         done = run.At;
+        const bool keepSigns = kept == TKeptUtf8::Signs && WritingOf(text, run) == TWriting::SignInUtf8 &&
+                               !FindMisreadUtf8(ValueAround(text, run.At), page);
         for (std::size_t at = 0; at < run.Bytes.size();) {
             const TLetter letter = LetterAt(text, run, at);
-            const bool isMeant = letter.IsUtf8() && !(keepDoubtful && letter.Doubtful);
+            const bool isKept = keepSigns || (kept != TKeptUtf8::Nothing && letter.Doubtful);
             const std::size_t from = done;
             for (; at < letter.End; ++at)
                 NextCharacter(text, done);
-            meant.append(isMeant ? std::string_view(run.Bytes).substr(letter.At, letter.End - letter.At)
-                                 : text.substr(from, done - from));
+            meant.append(letter.IsUtf8() && !isKept
+                             ? std::string_view(run.Bytes).substr(letter.At, letter.End - letter.At)
+                             : text.substr(from, done - from));
         }
     }
     meant.append(text, done);
@@ -376,7 +395,8 @@ TMixedText ReadMixed(std::string_view bytes) {
     TMixedText mixed;
     const std::string text = AnsiToUtf8(bytes);
     const auto misread = FindMisreadUtf8(text, TCodePage::Ansi());
-    mixed.Text = MeantAsUtf8(text, TCodePage::Ansi(), !misread || !misread->Mostly);
+    mixed.Text = MeantAsUtf8(text, TCodePage::Ansi(),
+                             misread && misread->Mostly ? TKeptUtf8::Nothing : TKeptUtf8::Doubtful);
     for (std::size_t at = FindNonAscii(bytes); at < bytes.size(); at += FindNonAscii(bytes.substr(at))) {
         const std::size_t start = at;
         if (NextCharacter(bytes, at) >= 0)

@@ -52,7 +52,7 @@ struct TMisreadUtf8 {
 /// letter of Portuguese in UTF-8, and nothing that people write ("Ã§", "Ãº"), tells by itself. One that may
 /// be meant as it reads ("IRMÃ" before a dash) tells nothing, and speaks against it where it would be a small
 /// letter behind a capital one. Where there are only other letters and signs, those that are UTF-8 have to
-/// outnumber by far what is against it.
+/// outnumber by far what is against it; signs alone ("Â®") tell nothing.
 std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePage& page);
 
 /// A quick look at bytes that should be UTF-8.
@@ -62,9 +62,14 @@ struct TUtf8Look {
         false; ///< letters before it may be UTF-8 in Windows-1252 once more: FindMisreadUtf8 decides
 };
 TUtf8Look LookAtUtf8(std::string_view bytes);
-/// The text that was meant: what is UTF-8 byte for byte as such, all else as it reads. `keepDoubtful`: also
-/// what may be meant as it reads.
-std::string MeantAsUtf8(std::string_view text, const TCodePage& page, bool keepDoubtful);
+/// What stays as it reads though it is UTF-8 byte for byte.
+enum class TKeptUtf8 {
+    Nothing,
+    Doubtful, ///< what may be meant as it reads
+    Signs     ///< that, and signs ("Â®") in values that do not show that they were misread
+};
+/// The text that was meant: what is UTF-8 byte for byte as such, all else as it reads.
+std::string MeantAsUtf8(std::string_view text, const TCodePage& page, TKeptUtf8 kept);
 
 /// True when each byte is a character in Windows-1252, and none of the letters beyond doubt one in UTF-8.
 bool IsPlainlyAnsi(std::string_view bytes);

@@ -676,12 +676,25 @@ std::string EncodeXml(std::string_view text, const TXmlEncoding& original) {
 
 namespace {
 
-/// The word around a place of a text, as people recognise it.
+/// The word around a place of a text, as people recognise it: without the marks of sections and comments.
 std::string_view WordAt(std::string_view text, std::size_t at) {
-    constexpr std::string_view kEnds = " \t\r\n<>\"'=&;,.()/";
+    constexpr std::string_view kEnds = " \t\r\n<>\"'=&;,.()/![]?";
     const std::size_t before = text.find_last_of(kEnds, at);
     const std::size_t start = before == std::string_view::npos ? 0 : before + 1;
-    return text.substr(start, std::min(text.find_first_of(kEnds, at), text.size()) - start);
+    std::string_view word = text.substr(start, std::min(text.find_first_of(kEnds, at), text.size()) - start);
+    while (word.starts_with('-'))
+        word.remove_prefix(1);
+    while (word.ends_with('-'))
+        word.remove_suffix(1);
+    return word;
+}
+
+} // namespace
+
+namespace {
+
+TKeptUtf8 KeptOf(const TXmlMisreading& misreading) {
+    return misreading.Partly ? TKeptUtf8::Signs : TKeptUtf8::Nothing;
 }
 
 } // namespace
@@ -701,7 +714,7 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
     const bool wide = encoding.Name.starts_with("UTF-16");
     const bool agrees = wide ? Upper(declared).starts_with(encoding.Name.substr(0, 6))
                              : ConverterName(declared) == encoding.Name;
-    if (encoding.Bom && !declared.empty() && !agrees)
+    if ((encoding.Bom || wide) && !declared.empty() && !agrees)
         return found(TKind::BomAgainstDeclaration, FindNonAscii(text));
     const std::string name = EncodingToWrite(text, encoding).Name;
     const bool unicode = name.starts_with("UTF-");
@@ -714,9 +727,10 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
     TXmlMisreading misreading = found(unicode ? TKind::Utf8Twice : TKind::Utf8AsOneByte, letters->First);
     misreading.Page = unicode ? kAnsi : name;
     misreading.Partly = !letters->Mostly;
-    for (std::string meant = MeantAsUtf8(text, *page, misreading.Partly);
+    const TKeptUtf8 kept = KeptOf(misreading);
+    for (std::string meant = MeantAsUtf8(text, *page, kept);
          LookAtUtf8(meant).MayBeTwice && FindMisreadUtf8(meant, TCodePage::Ansi());
-         meant = MeantAsUtf8(meant, TCodePage::Ansi(), misreading.Partly))
+         meant = MeantAsUtf8(meant, TCodePage::Ansi(), kept))
         ++misreading.Again;
     misreading.Meant = MeantText(misreading.Read, misreading);
     if (letters->Kept != TMisreadUtf8::kNone) {
@@ -727,10 +741,12 @@ std::optional<TXmlMisreading> FindMisreading(std::string_view text, const TXmlEn
 }
 
 std::string MeantText(std::string_view text, const TXmlMisreading& misreading) {
+    if (IsAscii(text))
+        return std::string(text);
     const auto page = misreading.OfLetters() ? CodePageOf(misreading.Page) : std::nullopt;
-    std::string meant = page ? MeantAsUtf8(text, *page, misreading.Partly) : std::string(text);
+    std::string meant = page ? MeantAsUtf8(text, *page, KeptOf(misreading)) : std::string(text);
     for (int i = 0; i < misreading.Again; ++i)
-        meant = MeantAsUtf8(meant, TCodePage::Ansi(), misreading.Partly);
+        meant = MeantAsUtf8(meant, TCodePage::Ansi(), KeptOf(misreading));
     return meant;
 }
 
@@ -743,6 +759,7 @@ TXmlMessages WordsToChange(std::string_view text, const TXmlMisreading& misreadi
             ++at;
         return at;
     };
+    const char* last = nullptr; // the word that was told
     // What is ASCII stands in both alike.
     for (std::size_t at = 0, other = 0;;) {
         const std::size_t plain = FindNonAscii(text.substr(at));
@@ -753,11 +770,13 @@ TXmlMessages WordsToChange(std::string_view text, const TXmlMisreading& misreadi
         const std::size_t end = endOfRun(text, at);
         const std::size_t otherEnd = endOfRun(meant, other);
         if (text.substr(at, end - at) != std::string_view(meant).substr(other, otherEnd - other)) {
-            const std::string read(WordAt(text, at));
-            const TXmlPlace place = position.PlaceOf(at);
-            words.push_back(TXmlMessage::CreateInfo(
-                fmt::format("{} passa a {}.", QuoteText(read), QuoteText(WordAt(meant, other))), read,
-                place.Line, place.LinePos, place.FilePos));
+            const std::string_view read = WordAt(text, at);
+            if (const char* before = std::exchange(last, read.data()); before != read.data()) {
+                const TXmlPlace place = position.PlaceOf(at);
+                words.push_back(TXmlMessage::CreateInfo(
+                    fmt::format("{} passa a {}.", QuoteText(read), QuoteText(WordAt(meant, other))),
+                    std::string(read), place.Line, place.LinePos, place.FilePos));
+            }
         }
         at = end;
         other = otherEnd;

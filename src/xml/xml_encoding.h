@@ -70,7 +70,7 @@ struct TXmlMisreading {
         Utf8AsOneByte,         ///< its letters are UTF-8, the declaration says an encoding of one byte each
         Utf8Twice,             ///< its letters, once read as UTF-8, are UTF-8 again in Windows-1252
         Guessed,               ///< TXmlEncoding::Fault
-        BomAgainstDeclaration, ///< byte-order mark and declaration name two encodings
+        BomAgainstDeclaration, ///< byte-order mark, or bytes of UTF-16, and declaration are of two encodings
     };
     TKind Kind;
     std::string Declared;      ///< encoding; empty for none

@@ -162,6 +162,14 @@ TEST_F(Encodings, JudgeTheHashByTheTextThatWasMeant) {
     }
 }
 
+TEST_F(Encodings, HashReadsWhatAValidationReads) {
+    const std::string text = Lot("UTF-16");
+    const TCommandResult told = Run({"hash", "-"}, text);
+    EXPECT_EQ(told.Status, kExitInvalid);
+    EXPECT_NE(told.Err.find("não está gravado nela"), std::string::npos) << told.Err;
+    EXPECT_NE(told.Out.find("O hash informado no arquivo está válido"), std::string::npos) << told.Out;
+}
+
 TEST_F(Encodings, ListTheCharactersThatTheyLack) {
     std::string text = Lot("UTF-8");
     text.replace(text.find("CLÍNICA"), 8, "CLÍNICA –");
@@ -190,6 +198,18 @@ TEST_F(Encodings, ListTheCharactersThatTheyLack) {
     const TCommandResult mended = Run(words, partly);
     EXPECT_EQ(mended.Err.substr(0, mended.Err.find('\n')), "  [Linha: 49] \"AÃ‡ÃƒO\" passa a \"AÇÃO\".");
     EXPECT_NE(mended.Out.find("IRM\xC3\xA0S A\xC7\xC3O"), std::string::npos);
+    // Words without what marks a section; many of them are counted, unless all are asked for.
+    std::string many = Lot("ISO-8859-1");
+    for (int i = 0; i < 30; ++i)
+        many.insert(many.rfind("</"), "<!--é" + std::to_string(i) + "--><![CDATA[ã]]>");
+    const TCommandResult first = Run({"corrigir", "-", "--codificacao", "UTF-8"}, many);
+    EXPECT_NE(first.Err.find("vezes: \"Ã£\" passa a \"ã\"."), std::string::npos) << first.Err;
+    EXPECT_NE(first.Err.find("mudanças como essas; --detalhar mostra todas."), std::string::npos)
+        << first.Err;
+    EXPECT_EQ(first.Err.find("\"Ã©29\""), std::string::npos);
+    EXPECT_NE(
+        Run({"corrigir", "-", "--codificacao", "UTF-8", "--detalhar"}, many).Err.find("\"Ã©29\" passa a"),
+        std::string::npos);
     // Where no reference can stand, nothing is written, and all of them are told.
     text.replace(text.rfind("</"), 2, "<!-- → “ --></");
     const TCommandResult refused = Run(words, text);

@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 
 #include <random>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -141,6 +142,13 @@ std::vector<std::string> Different(const std::string& before, const std::string&
             !line.starts_with("---"))
             lines.push_back(line);
     return lines;
+}
+
+TEST_F(Faults, RepeatedNumbersAreOneGroup) {
+    const std::string same = std::regex_replace(ReadTestFile(Example(kSadt3)),
+                                                std::regex("sequencialItem>[0-9]+<"), "sequencialItem>1<");
+    EXPECT_THAT(Run({"validar", "-"}, same).Out,
+                testing::ContainsRegex("2 guias, [0-9]+ vezes: O sequencial de número 1 está repetido"));
 }
 
 TEST_F(Faults, StructureIsRepairedByteByByte) {

@@ -32,7 +32,7 @@ run() {
 run 0 'Arquivo válido!' validar consulta-4.01.00-valido.xml
 run 1 'Arquivo inválido: 6 erros' validar consulta-4.01.00-com-erros.xml
 run 0 'conferix ' --versao
-run 0 'TB_CIDADE          11' terminologia estado
+run 0 'Códigos dos municípios                                   11' terminologia estado
 run 0 '4.01.00  tissV4_01_00.xsd                       embutido' esquemas listar
 run 3 'acesso negado' corrigir consulta-4.01.00-com-erros.xml --todas --no-lugar
 if [ -n "$(ls -A "$folder/casa")" ]; then

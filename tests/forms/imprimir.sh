@@ -32,6 +32,18 @@ for formulario in consulta spsadt outras_despesas resumo_internacao honorarios t
     "$conferix" imprimir --em-branco "$formulario" --saida "$pasta/vazio.pdf" 2>/dev/null
     qpdf --check "$pasta/vazio.pdf" >"$pasta/qpdf" 2>&1 || falhou "$formulario: $(cat "$pasta/qpdf")"
 done
+# A folder of temporary files that takes no more than that, or nothing, changes nothing of the PDF, which is larger.
+vezes=()
+for numero in {1..60}; do
+    cp "$exemplos/internacao-3.02.00-valido.xml" "$pasta/$numero.xml"
+    vezes+=("$pasta/$numero.xml")
+done
+"$conferix" imprimir "${vezes[@]}" --sem-aviso >"$pasta/todo.pdf" 2>/dev/null || falhou "imprimir 60 arquivos"
+[ "$(stat -c %s "$pasta/todo.pdf")" -gt $((3 * 65536)) ] || falhou "o PDF cabe no limite: $(stat -c %s "$pasta/todo.pdf")"
+for kib in 100 0; do
+    (ulimit -f "$kib" && exec "$conferix" imprimir "${vezes[@]}" --sem-aviso 2>/dev/null) | cat >"$pasta/limite.pdf"
+    cmp -s "$pasta/todo.pdf" "$pasta/limite.pdf" || falhou "com $kib KiB para arquivos temporários o PDF é outro"
+done
 # A clinic's own form, with a picture twice.
 mkdir -p "$CONFERIX_DADOS/formularios"
 imagem=$exemplos/../docs/imagens/janela.png

@@ -1,4 +1,5 @@
 // Listings as users get them: beside the rules, of every version, in every format.
+#include "forms/pdf_text.h"
 #include "support/command_test.h"
 #include "support/generated_lot.h"
 #include "xml/xml_parser.h"
@@ -38,6 +39,13 @@ class Listing : public TCommandTest {
         return generator.Serialize(*tree);
     }
 };
+
+std::size_t CountOf(std::string_view text, std::string_view piece) {
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = text.find(piece, at)) != std::string_view::npos; at += piece.size())
+        ++count;
+    return count;
+}
 
 /// The rows of all groups.
 std::vector<json> Rows(const json& file) {
@@ -235,6 +243,13 @@ TEST_F(Listing, AddsUpEachFileAndAll) {
     EXPECT_THAT(text, HasSubstr("Total de 2 arquivos\n"));
     EXPECT_THAT(text, HasSubstr("Fora dos totais: 1 arquivo, por não poder ser listado.\n"));
     EXPECT_EQ(listing, Run({"listar", "guias", folder_.Path().string(), "--formato", "json"}).Json());
+    // Who works in several files is one.
+    for (const char* const name : {"d.xml", "e.xml"})
+        WriteTestFile(File(name), ReadTestFile(Example("honorarios-4.01.00-valido.xml")));
+    const json work =
+        Run({"listar", "profissionais", File("d.xml"), File("e.xml"), "--formato", "json"}).Json();
+    EXPECT_EQ(work["totais"]["profissionais"], work["arquivos"][1]["totais"]["profissionais"]);
+    EXPECT_EQ(work["totais"]["procedimentos"], 2 * work["arquivos"][1]["totais"]["procedimentos"].get<int>());
 }
 
 TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
@@ -245,13 +260,22 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
         json Calculado;
         const char* Note = "1 valor do arquivo não pode ser lido como número";
     };
+    const char* const kItem =
+        "1 item não informa o seu valor total; as somas em que ele entra ficam em branco";
     // What nobody can read is in no sum, and a sum of the rest is none.
     const TCase cases[] = {
         {">44.65</ans:valorTotalGeral>", ">44,65</ans:valorTotalGeral>", nullptr, 44.65},
         {">44.65</ans:valorTotalGeral>", ">44000000000000000000.65</ans:valorTotalGeral>", nullptr, 44.65},
         {">18.40</ans:valorTotal>", ">18,40</ans:valorTotal>", 44.65, nullptr},
         {"<ans:valorTotalGeral>44.65</ans:valorTotalGeral>", "", nullptr, 44.65,
-         "1 guia não informa o seu valor total"}};
+         "1 guia não informa o seu valor total"},
+        {">44.65</ans:valorProcedimentos>", ">44,65</ans:valorProcedimentos>", 44.65, 44.65},
+        // What cannot be read beside them hides no difference of the totals.
+        {">3</ans:quantidadeExecutada>", ">três</ans:quantidadeExecutada>", 44.65, 44.65},
+        // The rules add nothing for an item without total, and judge no sum with an empty one.
+        {"<ans:valorTotal>18.40</ans:valorTotal>", "", 44.65, 26.25, kItem},
+        {"<ans:valorTotal>18.40</ans:valorTotal>", "<ans:valorTotal xsi:nil=\"true\"/>", 44.65, nullptr,
+         kItem}};
     for (const TCase& c : cases) {
         std::string lot = ReadTestFile(Example("spsadt-3.05.00-valido.xml"));
         const std::size_t at = lot.find(c.Right);
@@ -260,21 +284,50 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
         const json file = FileOf("guias", File("a.xml"));
         EXPECT_EQ(Column(file, "valorInformado")[0], c.Informado) << c.Wrong;
         EXPECT_EQ(Column(file, "valorCalculado")[0], c.Calculado) << c.Wrong;
-        EXPECT_THAT(file["observacoes"].dump(), HasSubstr(c.Note)) << c.Wrong;
-        EXPECT_THAT(Run({"listar", "entrega", File("a.xml"), "--formato", "csv"}).Out,
+        EXPECT_THAT(
+            file["observacoes"],
+            ElementsAre(testing::ResultOf([](const json& note) { return note.dump(); }, HasSubstr(c.Note))))
+            << c.Wrong;
+        EXPECT_THAT(Run({"listar", "capa", File("a.xml"), "--formato", "csv"}).Out,
                     testing::ContainsRegex(fmt::format("\"total do arquivo\".*;\"{}", c.Note)))
             << c.Wrong;
     }
     // Elements that are no guides are not passed over in silence, and nothing else is no list.
     std::string unknown = Lot({kGuides.front()});
     const std::string guides = unknown.substr(unknown.find("<guiaSP-SADT>"));
-    unknown.insert(unknown.find("</guiasTISS>"), "<guiaQuimioterapia/><guiaRadioterapia/>");
-    WriteTestFile(File("a.xml"), unknown);
-    EXPECT_THAT(FileOf("guias", File("a.xml"))["observacoes"].dump(),
-                HasSubstr("2 guias são de tipos que a versão do arquivo não tem, e não são listadas."));
+    unknown.insert(unknown.find("</guiasTISS>"), "<guiaQuimioterapia/>\n<sessao/>");
+    const auto expectNoted = [&](const std::string& lot, const std::string& note, const char* listed,
+                                 const char* printed) {
+        WriteTestFile(File("a.xml"), lot);
+        EXPECT_THAT(FileOf("guias", File("a.xml"))["observacoes"], testing::Contains(note + listed));
+        EXPECT_THAT(Run({"imprimir", File("a.xml"), "--sem-aviso", "--saida", File("a.pdf")}).Err,
+                    HasSubstr(note + printed));
+    };
+    expectNoted(
+        unknown,
+        "2 elementos no lugar de guias, o primeiro <guiaQuimioterapia> na linha 1, não são guias que a "
+        "versão do arquivo tenha, e não são ",
+        "listados.", "impressos.");
+    for (const char* const end : {"</guiasTISS>", "</loteGuias>", "</prestadorParaOperadora>"}) {
+        std::string twice = unknown; // a second one of the element behind the first
+        const std::size_t behind = twice.find(end) + std::string_view(end).size();
+        const std::size_t from = twice.find(std::string(end).erase(1, 1));
+        expectNoted(
+            twice.insert(behind, '\n' + twice.substr(from, behind - from)),
+            "1 guia, <guiaSP-SADT> na linha 3, está em outro lote ou em uma segunda lista de guias, e não é ",
+            "listada.", "impressa.");
+    }
+    std::string old = ReadTestFile(Example("spsadt-2.02.03-valido.xml"));
+    const std::string group = "<ansTISS:guiaFaturamento>";
+    expectNoted(
+        old.insert(old.find(group), group + "<ansTISS:guiaX/><ansTISS:guiaY/></ansTISS:guiaFaturamento>"),
+        "2 elementos no lugar de guias, o primeiro <ansTISS:guiaX> na linha 32, não são guias que a "
+        "versão do arquivo tenha, e não são ",
+        "listados.", "impressos.");
     unknown.erase(unknown.find("<guiaSP-SADT>"), guides.find("</guiasTISS>"));
-    for (const auto& [text, reason] : {std::pair(unknown, "o lote não tem guias que a versão dele conheça"),
-                                       {Lot({}), "o lote não tem guias a listar"}}) {
+    for (const auto& [text, reason] :
+         {std::pair(unknown, "o lote não tem guias a listar: 2 elementos no lugar"),
+          {Lot({}), "o lote não tem guias a listar\n"}}) {
         WriteTestFile(File("a.xml"), text);
         const TCommandResult none = Run({"listar", "capa", File("a.xml")});
         EXPECT_EQ(none.Status, kExitInvalid);
@@ -285,11 +338,26 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
     std::string dental = ReadTestFile(Example("odonto-3.05.00-valido.xml"));
     for (const auto& [right, wrong, difference] :
          {std::tuple("", "", json(nullptr)),
+          {">1</ans:qtdProc>", ">x</ans:qtdProc>", json(nullptr)},
           {"<ans:valorTotalProc>", "<ans:valorTotalProc>1", json(1000.0)}}) {
         if (*right != '\0')
             dental.replace(dental.find(right), std::string_view(right).size(), wrong);
         WriteTestFile(File("a.xml"), dental);
         EXPECT_EQ(Column(FileOf("guias", File("a.xml")), "diferenca")[0], difference);
+    }
+    dental = ReadTestFile(Example("odonto-3.05.00-valido.xml"));
+    for (const auto& [right, wrong] : {std::pair(">1</ans:qtdProc>", ">2</ans:qtdProc>"),
+                                       {">129.30</ans:valorTotalProc>", ">171.30</ans:valorTotalProc>"}})
+        dental.replace(dental.find(right), std::string_view(right).size(), wrong);
+    WriteTestFile(File("a.xml"), dental);
+    EXPECT_EQ(Column(FileOf("guias", File("a.xml")), "diferenca")[0], nullptr);
+    for (const char* const kind : {"procedimentos", "profissionais"}) {
+        const json file = FileOf(kind, File("a.xml"));
+        double sum = 0;
+        for (const json& value : Column(file, "valorTotal"))
+            sum += value.get<double>();
+        EXPECT_DOUBLE_EQ(sum, 171.30 + 87) << kind;
+        EXPECT_DOUBLE_EQ(file["totais"]["valorTotal"].get<double>(), sum) << kind;
     }
 }
 
@@ -333,6 +401,18 @@ TEST_F(Listing, KeepsLotsAndMonitoringApart) {
     for (const json& sum : Column(listing["arquivos"][1], "valorCalculado"))
         items += sum.get<double>();
     EXPECT_DOUBLE_EQ(listing["arquivos"][1]["totais"]["valorCalculado"].get<double>(), items);
+    // The foot is the sum of the rows, with the totals of the guides beside it.
+    for (const auto& [kind, column] : {std::pair("procedimentos", "valorInformado"),
+                                       {"procedimentos", "quantidadePaga"},
+                                       {"procedimentos", "valorPago"},
+                                       {"despesas", "valorPago"}}) {
+        const json file = FileOf(kind, monitoring);
+        double sum = 0;
+        for (const json& value : Column(file, column))
+            sum += value.get<double>();
+        EXPECT_DOUBLE_EQ(file["totais"][column].get<double>(), sum) << kind << column;
+        EXPECT_EQ(file["totais"]["valorPagoGuias"], listing["arquivos"][1]["totais"]["valorPago"]);
+    }
     EXPECT_EQ(listing["totaisPorTipo"]["taMensagemTISS"]["guias"],
               listing["arquivos"][0]["totais"]["guias"].get<int>() +
                   listing["arquivos"][2]["totais"]["guias"].get<int>());
@@ -403,6 +483,14 @@ TEST_F(Listing, IsAPageOrPaperThatShowsWhatFilesSayAndDoesNothingElse) {
         EXPECT_THAT(pdf, testing::EndsWith("%%EOF\n"));
         EXPECT_THAT(pdf, HasSubstr(fmt::format("/Count {}", pages))) << kind;
     }
+    // Each row once, with a rule below it, though cells repeat those above them.
+    const std::string pdf = Run({"listar", "guias", File("b.xml"), "--formato", "pdf"}).Out;
+    std::size_t rules = 0;
+    for (const std::string& stream : PdfStreams(pdf))
+        rules += CountOf(stream, " l S");
+    EXPECT_EQ(rules, many.size());
+    EXPECT_EQ(CountOf(PdfTexts(pdf), "2.000,10\n"), 2 * many.size());
+    EXPECT_EQ(CountOf(PdfTexts(pdf), "Carteira\n"), 3U);
 }
 
 } // namespace

@@ -152,14 +152,15 @@ TEST_F(ComandosDeSchemas, PackagesThatAreNotToBeUnpackedAreRefusedWhole) {
     for (const TCase& test : cases) {
         WriteZip(File("pacote.zip"), test.Entradas);
         const TCommandResult result = Importar("pacote.zip");
-        EXPECT_EQ(result.Status, kExitInvalid) << test.Motivo;
+        EXPECT_EQ(result.Status, kExitUnreadable) << test.Motivo;
         EXPECT_EQ(result.Err, "conferix: erro: " + File("pacote.zip") + ": " + test.Motivo + "\n");
         EXPECT_THAT(result.Out, IsEmpty());
         EXPECT_TRUE(std::filesystem::is_empty(Installed(""))) << test.Motivo;
     }
     WriteTestFile(File("pacote.zip"), "PK, mas não é um pacote");
     EXPECT_EQ(Importar("pacote.zip").Err,
-              "conferix: erro: " + File("pacote.zip") + ": não é um arquivo ZIP válido\n");
+              "conferix: erro: " + File("pacote.zip") +
+                  ": não é um arquivo ZIP válido; ele pode ter chegado incompleto, baixe-o de novo\n");
     WriteZip(File("pacote.zip"), {{"leia.txt", "x"}});
     EXPECT_THAT(Importar("pacote.zip").Err, HasSubstr("não há schemas do padrão TISS"));
 }

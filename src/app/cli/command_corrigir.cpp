@@ -5,6 +5,7 @@
 #include "app/file_correction.h"
 #include "app/message_groups.h"
 #include "app/missing_data.h"
+#include "app/recoding.h"
 #include "app/unified_diff.h"
 #include "platform/platform.h"
 #include "report/console.h"
@@ -137,8 +138,14 @@ class TCorrection {
         if (options_.Codificacao.empty())
             return before.Text();
         TXmlRecoding recoding = HoldInEncoding(*controller_, before, options_.Codificacao);
-        for (const TMessageGroup& group : GroupMessages(recoding.Replaced))
-            context_.Streams.Err << fmt::format("  {}\n", Visible(GroupText(recoding.Replaced, group)));
+        constexpr std::size_t kShown = 20;
+        const TRecodingList list = ListRecoding(recoding.Replaced, options_.Detalhar ? 0 : kShown);
+        for (const std::string& line : list.Lines)
+            context_.Streams.Err << fmt::format("  {}\n", Visible(line));
+        if (list.Further != 0)
+            context_.Streams.Err << fmt::format(
+                "  e mais {}; --detalhar mostra todas.\n",
+                Counted(list.Further, "mudança como essas", "mudanças como essas"));
         return std::make_shared<const std::string>(std::move(recoding.Text));
     }
 
@@ -346,7 +353,7 @@ class TCorrection {
     }
 
     void Summarize(const TCorrectionResult& result) const {
-        ListCorrections(context_.Streams.Err, result);
+        ListCorrections(context_.Streams.Err, result, options_.Detalhar);
         if (options_.Estrutura)
             TellWithoutCorrection();
         const std::size_t corrections = result.Applied.size();

@@ -89,13 +89,13 @@ int RunEsquemasImportar(const TCliContext& context, const std::string& origem) {
         import = ImportSchemas(PathFromText(origem), target);
     } catch (const EInvalidPackage& error) {
         context.Error(error.what());
-        return kExitInvalid;
+        return kExitUnreadable;
     }
     const std::vector<TMainSchema>& schemas = import.Schemas;
     if (schemas.empty()) {
         context.Error(fmt::format(
             "{}: não há schemas do padrão TISS (tissV*.xsd, tissMonitoramentoV*.xsd) aqui", origem));
-        return kExitInvalid;
+        return kExitUnreadable;
     }
     const bool failed =
         std::ranges::any_of(schemas, [](const auto& schema) { return !schema.Failure.empty(); });

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <memory>
 #include <ostream>
 
@@ -63,15 +64,26 @@ int ShowHashes(const TCliContext& context, const IArquivoTiss& file) {
 } // namespace
 
 int RunHash(const TCliContext& context, const std::string& arquivo) {
-    return RunOnFile(context, arquivo, [&](const TTissFile& file) {
-        const auto loaded = file.Load();
-        const auto misreading = file.Misreading();
-        if (misreading)
-            loaded->Xml()->SetMisreading(*misreading);
-        for (const auto& message : FindEncodingFaults(file.Text(), file.Encoding(), misreading))
-            context.Warning(fmt::format("{}: {}", arquivo, message->Msg()));
-        return ShowHashes(context, *loaded);
-    });
+    return RunOnFile(
+        context, arquivo,
+        [&](const TTissFile& file) {
+            const auto misreading = file.Misreading();
+            int status = kExitValid;
+            for (const auto& message : FindEncodingFaults(file.Text(), file.Encoding(), misreading)) {
+                const std::string told = fmt::format("{}: {}", arquivo, message->Msg());
+                if (message->IsFailure()) {
+                    context.Error(told);
+                    status = kExitInvalid;
+                } else {
+                    context.Warning(told);
+                }
+            }
+            const auto loaded = file.Load();
+            if (misreading)
+                loaded->Xml()->SetMisreading(*misreading);
+            return std::max(status, ShowHashes(context, *loaded));
+        },
+        TXmlUndecodable::Guessed);
 }
 
 } // namespace conferix

@@ -4,6 +4,7 @@
 #include "app/guide_numbers.h"
 #include "data/database_tuss.h"
 #include "model/arquivo_tiss_factory.h"
+#include "model/mensagem_tiss.h"
 #include "platform/platform.h"
 #include "platform/spool_buffer.h"
 #include "report/console.h"
@@ -123,6 +124,10 @@ class TPrinting {
         const std::shared_ptr<const IArquivoTiss> loaded = Load(name, file, errors);
         const bool checked = errors || options_.SemAviso;
         const std::vector<TFormGuide> guides = numbers_.Choose(FormGuidesOf(*loaded));
+        if (const auto* message = dynamic_cast<const TMensagemTiss*>(loaded.get());
+            message != nullptr && numbers_.IsAll())
+            for (const std::string& text : message->LoteGuias().GuiasNaoLidas().Textos("impress"))
+                context_.Warning(fmt::format("{}: {}", name, text));
         if (guides.empty() && numbers_.IsAll()) {
             context_.Error(
                 fmt::format("{}: o arquivo não tem guias a imprimir; são impressos lotes de guias", name));

@@ -1,6 +1,7 @@
 #include "app/cli/command_importar.h"
 #include "app/cli/command_procurar.h"
 #include "app/cli/commands.h"
+#include "app/terminology_state.h"
 #include "data/database_tuss.h"
 #include "platform/format_settings.h"
 #include "platform/platform.h"
@@ -75,7 +76,7 @@ int RunTerminologiaEstado(const TCliContext& context) {
             state = fmt::format(
                 "{} registros{}", formats.Count(table.Rows),
                 table.NewestStart ? ", início de vigência mais recente " + DateText(*table.NewestStart) : "");
-        out << fmt::format("  {:<18} {}\n", table.Name, state);
+        out << fmt::format("  {:<56} {}\n", TableTitle(table.Name), state);
     }
     WriteImports(out, imports);
     return kExitValid;

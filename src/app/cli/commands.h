@@ -207,6 +207,7 @@ struct TCorrigirOptions {
     bool Simular = false;
     bool Renomear = false;   ///< with NoLugar, where the file's name carries its hash
     std::string Codificacao; ///< ISO-8859-1 or UTF-8; empty: as the file is
+    bool Detalhar = false;   ///< lists every correction and every change of letters
 };
 int RunCorrigir(const TCliContext& context, const TCorrigirOptions& options);
 

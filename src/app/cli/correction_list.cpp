@@ -31,15 +31,15 @@ TRecordKind KindOf(const TCorrectionRecord& record) {
             record.Reason};
 }
 
-/// Few of a kind are a group each.
-std::vector<TRecordGroup> GroupRecords(const std::vector<TCorrectionRecord>& records) {
+/// Few of a kind are a group each; `all`: each is.
+std::vector<TRecordGroup> GroupRecords(const std::vector<TCorrectionRecord>& records, bool all) {
     constexpr std::size_t kFew = 5;
     std::map<TRecordKind, TRecordGroup> kinds;
     for (const TCorrectionRecord& record : records)
         kinds[KindOf(record)].push_back(&record);
     std::vector<TRecordGroup> groups;
     for (const TCorrectionRecord& record : records)
-        if (const TRecordGroup& kind = kinds[KindOf(record)]; kind.size() <= kFew)
+        if (const TRecordGroup& kind = kinds[KindOf(record)]; all || kind.size() <= kFew)
             groups.push_back({&record});
         else if (kind.front() == &record)
             groups.push_back(kind);
@@ -85,7 +85,7 @@ std::string RefusalOf(const TCorrectionRecord& record) {
                        record.Element.empty() ? IndentLines(record.Description, 2)
                                               : fmt::format("<{}> continua {}", Visible(record.Element),
                                                             Visible(CutText(record.Before))),
-                       Visible(record.Reason));
+                       Visible(OneLine(record.WhyLeft())));
 }
 
 std::string TextOf(const TRecordGroup& group, std::string (*sentence)(const TCorrectionRecord&)) {
@@ -99,8 +99,8 @@ std::string TextOf(const TRecordGroup& group, std::string (*sentence)(const TCor
 
 } // namespace
 
-void ListCorrections(std::ostream& out, const TCorrectionResult& result) {
-    for (const TRecordGroup& group : GroupRecords(result.Applied))
+void ListCorrections(std::ostream& out, const TCorrectionResult& result, bool all) {
+    for (const TRecordGroup& group : GroupRecords(result.Applied, all))
         out << fmt::format("  {}\n", TextOf(group, ChangeOf));
     std::vector<TCorrectionRecord> leftOut = result.LeftOut;
     std::string notAsked;
@@ -109,7 +109,7 @@ void ListCorrections(std::ostream& out, const TCorrectionResult& result) {
                 leftOut, [&](const TCorrectionRecord& record) { return record.Reason == reason; }))
             notAsked +=
                 fmt::format("  não feitas: {} {}.\n", Counted(count, "correção", "correções"), reason);
-    for (const TRecordGroup& group : GroupRecords(leftOut))
+    for (const TRecordGroup& group : GroupRecords(leftOut, all))
         out << fmt::format("  não corrigido: {}.\n", TextOf(group, RefusalOf));
     out << notAsked;
 }

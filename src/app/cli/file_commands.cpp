@@ -170,6 +170,9 @@ void AddCorrigir(TCommand& root) {
          .Description = "Mostra as diferenças e não grava nada",
          .To = &options->Simular,
          .Excludes = {"--saida", "--no-lugar"}},
+        {.Name = "--detalhar",
+         .Description = "Diz cada correção e cada letra que muda, sem agrupar",
+         .To = &options->Detalhar},
     };
     command.WhenZero = "os arquivos corrigidos são válidos";
     command.WhenOne = "um arquivo continua inválido depois das correções";
@@ -291,8 +294,10 @@ void AddImprimir(TCommand& root) {
          .Offers = &LotVersions,
          .Needs = "--em-branco"},
     };
-    command.WhenZero = "o PDF está gravado";
-    command.WhenOne = "um arquivo não tem guias, não é um arquivo TISS legível ou não tem a guia pedida";
+    command.WhenZero = "o PDF está gravado, de arquivos com erros ou sem";
+    command.WhenOne =
+        "um arquivo não tem guias ou não é um arquivo TISS legível, nenhum tem uma das guias pedidas, ou "
+        "nenhuma guia tem o formulário pedido; o que há a imprimir é impresso";
     command.Examples = {
         {"conferix imprimir lote.xml --saida guias.pdf", "imprime todas as guias do lote"},
         {"conferix imprimir lote.xml --guia 1001,1002 --saida duas.pdf", "imprime só duas guias"},

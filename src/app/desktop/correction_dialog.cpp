@@ -109,7 +109,7 @@ QVariant TCorrectionModel::data(const QModelIndex& index, int role) const {
         return record.Element.empty() ? QString() : ToQt(record.Before);
     default:
         if (!IsChosen(row))
-            return QStringLiteral("não corrigido: ") + ToQt(TextForWindow(record.Reason));
+            return QStringLiteral("não corrigido: ") + ToQt(TextForWindow(record.WhyLeft()));
         return record.Element.empty() ? ToQt(record.Description).trimmed() : ToQt(record.After);
     }
 }

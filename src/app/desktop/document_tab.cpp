@@ -6,6 +6,7 @@
 #include "app/desktop/correction_dialog.h"
 #include "app/desktop/dialogs/dialog_parts.h"
 #include "app/desktop/dialogs/file_choice.h"
+#include "app/desktop/dialogs/recoding_dialog.h"
 #include "app/desktop/dialogs/solver_select.h"
 #include "app/desktop/dialogs/version_converter_dialogs.h"
 #include "app/desktop/information_panel.h"
@@ -16,6 +17,7 @@
 #include "app/desktop/xml_editor.h"
 #include "app/installation.h"
 #include "app/line_layout.h"
+#include "app/recoding.h"
 #include "model/tiss_kinds.h"
 
 #include <QBoxLayout>
@@ -582,19 +584,21 @@ bool TDocumentTab::SaveWithEncoding(const QString& encoding) {
     if (!session_->IsOpen() || asItCame_)
         return false;
     try {
-        const auto text = editor_->Snapshot();
-        const auto misread = FindMisreading(*text, Controller().Encoding());
-        TXmlRecoding recoding = RecodeXml(misread ? MeantText(*text, *misread) : *text, FromQt(encoding));
+        TXmlRecoding recoding = RecodeFile(*editor_->Snapshot(), Controller().Encoding(), FromQt(encoding));
+        if (!recoding.Replaced.empty() &&
+            TFRecoding(encoding, recoding.Replaced, this).exec() != QDialog::Accepted)
+            return false;
         Controller().SetEncoding(EncodingToWrite(recoding.Text, {}));
-        const std::size_t replaced = recoding.Replaced.size();
         TakeText(std::make_shared<const std::string>(std::move(recoding.Text)));
-        if (replaced != 0)
-            notices_->Show(
-                QStringLiteral("recodificado"),
-                QStringLiteral("%1 caracteres não existem em %2 e foram gravados como referências numéricas.")
-                    .arg(QLocale().toString(replaced), encoding));
     } catch (const EXmlEncoding& error) {
-        ShowError(this, ToQt(error.what()));
+        constexpr std::size_t kTold = 10;
+        const TRecodingList list = ListRecoding(error.Messages(), kTold);
+        QStringList told;
+        for (const std::string& line : list.Lines)
+            told << ToQt(line);
+        if (list.Further != 0)
+            told << QStringLiteral("e mais %1").arg(QLocale().toString(list.Further));
+        ShowError(this, told.join(QLatin1Char('\n')));
         return false;
     }
     return Save();

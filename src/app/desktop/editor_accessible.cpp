@@ -11,6 +11,8 @@ namespace conferix {
 
 namespace {
 
+constexpr long kUnits = TXmlEditor::SC_LINECHARACTERINDEX_UTF16;
+
 /// Offsets are in units of UTF-16 from the start of the text, positions in bytes. The editor keeps an index
 /// of its lines, so that neither is counted from the start.
 class TEditorAccessible : public QAccessibleWidget,
@@ -38,7 +40,7 @@ class TEditorAccessible : public QAccessibleWidget,
     using QAccessibleWidget::text; // name and description
 
     int OffsetOf(long position) const {
-        Index();
+        CountCharacters(*editor_);
         const long line = Send(TXmlEditor::SCI_LINEFROMPOSITION, position);
         const long start = Send(TXmlEditor::SCI_POSITIONFROMLINE, line);
         return static_cast<int>(Send(TXmlEditor::SCI_INDEXPOSITIONFROMLINE, line, kUnits) +
@@ -114,21 +116,14 @@ class TEditorAccessible : public QAccessibleWidget,
     }
 
   private:
-    static constexpr long kUnits = TXmlEditor::SC_LINECHARACTERINDEX_UTF16;
-
     long Send(unsigned message, long first = 0, long second = 0) const {
         return editor_->SendScintilla(message, static_cast<unsigned long>(first), second);
     }
     long SendSecond(unsigned message, long second) const { return Send(message, 0, second); }
-    /// Has the editor count what its lines hold, the first time that somebody asks.
-    void Index() const {
-        if ((Send(TXmlEditor::SCI_GETLINECHARACTERINDEX) & kUnits) == 0)
-            Send(TXmlEditor::SCI_ALLOCATELINECHARACTERINDEX, kUnits);
-    }
     long PositionOf(int offset) const {
         if (offset < 0)
             return Send(TXmlEditor::SCI_GETCURRENTPOS);
-        Index();
+        CountCharacters(*editor_);
         const long line = Send(TXmlEditor::SCI_LINEFROMINDEXPOSITION, offset, kUnits);
         const long start = Send(TXmlEditor::SCI_POSITIONFROMLINE, line);
         const long units = offset - Send(TXmlEditor::SCI_INDEXPOSITIONFROMLINE, line, kUnits);
@@ -176,6 +171,11 @@ int OffsetIn(TXmlEditor& editor, long position) {
 
 void ServeScreenReaders() {
     QAccessible::installFactory(Make);
+}
+
+void CountCharacters(TXmlEditor& editor) {
+    if ((editor.SendScintilla(TXmlEditor::SCI_GETLINECHARACTERINDEX) & kUnits) == 0)
+        editor.SendScintilla(TXmlEditor::SCI_ALLOCATELINECHARACTERINDEX, kUnits);
 }
 
 void TellTextRemoved(TXmlEditor& editor, long position, const QString& text) {

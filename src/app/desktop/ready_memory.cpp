@@ -62,12 +62,18 @@ void* TReadyMemory::Take(std::size_t size) noexcept {
 
 } // namespace conferix
 
-void* operator new(std::size_t size) {
+// All forms without an alignment, as a block of one may be freed by any other.
+
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
     if (size >= conferix::TReadyMemory::Least)
         if (void* block = conferix::TReadyMemory::Take(size))
             return block;
+    return std::malloc(std::max<std::size_t>(size, 1));
+}
+
+void* operator new(std::size_t size) {
     for (;;) {
-        if (void* block = std::malloc(std::max<std::size_t>(size, 1)))
+        if (void* block = operator new(size, std::nothrow))
             return block;
         const std::new_handler handler = std::get_new_handler();
         if (handler == nullptr)
@@ -76,10 +82,34 @@ void* operator new(std::size_t size) {
     }
 }
 
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+    return operator new(size, tag);
+}
+
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+
 void operator delete(void* block) noexcept {
     std::free(block);
 }
 
 void operator delete(void* block, std::size_t /*size*/) noexcept {
+    std::free(block);
+}
+
+void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept {
+    std::free(block);
+}
+
+void operator delete[](void* block) noexcept {
+    std::free(block);
+}
+
+void operator delete[](void* block, std::size_t /*size*/) noexcept {
+    std::free(block);
+}
+
+void operator delete[](void* block, const std::nothrow_t& /*tag*/) noexcept {
     std::free(block);
 }

@@ -15,6 +15,7 @@
 #include <QFontMetrics>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QTimer>
 #include <QToolTip>
 
@@ -49,8 +50,9 @@ std::size_t MarkOf(TMessageType type) {
     return type == TMessageType::mtWarning ? 1 : 2;
 }
 
-/// A change of more bytes is not read aloud.
+/// A change of more bytes is not read aloud, nor are more changes of one step.
 constexpr long kReadAloud = 20'000;
+constexpr int kReadAloudOfStep = 20;
 
 constexpr std::array kMarkTypes = {TMessageType::mtError, TMessageType::mtWarning,
                                    TMessageType::mtInformation};
@@ -279,6 +281,8 @@ void TXmlEditor::BeginLoading(const TPreparedText& prepared) {
     room_ = RoomOf(loading_->size());
     Send(SCI_SETREADONLY, 0);
     Send(SCI_ALLOCATE, static_cast<long>(room_));
+    if (QAccessible::isActive())
+        CountCharacters(*this); // as they come, not all at once at the first move of the caret
     setMarginWidth(kNumbers, QString(3 + QString::number(prepared.LineEnds).size(), QLatin1Char('9')));
     LoadMore();
 }
@@ -347,6 +351,7 @@ void TXmlEditor::ReplaceBy(const TXmlPtr& text, TPatience& patience) {
     room_ = room;
     Send(SCI_ALLOCATE, static_cast<long>(room_));
     Send(SCI_BEGINUNDOACTION);
+    const QScopedValueRollback<std::optional<int>> step(changesOfStep_, 0);
     for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
         const auto start = static_cast<long>(edit->Start);
         auto end = static_cast<long>(edit->End);
@@ -372,14 +377,20 @@ void TXmlEditor::NoteSaved() {
 
 void TXmlEditor::Undo(const TGoOn& goOn) {
     goOn_ = goOn;
+    const QScopedValueRollback<std::optional<int>> step(changesOfStep_, 0);
     Send(SCI_UNDO);
     goOn_ = nullptr;
 }
 
 void TXmlEditor::Redo(const TGoOn& goOn) {
     goOn_ = goOn;
+    const QScopedValueRollback<std::optional<int>> step(changesOfStep_, 0);
     Send(SCI_REDO);
     goOn_ = nullptr;
+}
+
+bool TXmlEditor::IsReadAloud(long length) const {
+    return length <= kReadAloud && changesOfStep_.value_or(0) <= kReadAloudOfStep && QAccessible::isActive();
 }
 
 void TXmlEditor::OnChange(long position, long length, bool inserted) {
@@ -387,7 +398,9 @@ void TXmlEditor::OnChange(long position, long length, bool inserted) {
     snapshot_ = nullptr;
     changing_ = {position, inserted ? length : 0, static_cast<int>(Send(SCI_LINEFROMPOSITION, position)),
                  LineCount()};
-    if (!inserted && length <= kReadAloud && QAccessible::isActive())
+    if (changesOfStep_)
+        ++*changesOfStep_;
+    if (!inserted && IsReadAloud(length))
         TellTextRemoved(*this, position, ToQt(TextOf(position, position + length)));
     markTimer_->start(0);
     emit Edited();
@@ -399,7 +412,7 @@ void TXmlEditor::SettleChange() {
     const auto change = std::exchange(changing_, std::nullopt);
     if (!change)
         return;
-    if (change->Inserted != 0 && change->Inserted <= kReadAloud && QAccessible::isActive())
+    if (change->Inserted != 0 && IsReadAloud(change->Inserted))
         TellTextInserted(*this, change->Position,
                          ToQt(TextOf(change->Position, change->Position + change->Inserted)));
     if (const int linesAdded = LineCount() - change->LineCount; linesAdded != 0)
@@ -608,6 +621,7 @@ int TXmlEditor::ReplaceAll(const TSearch& search, const QString& by, const TGoOn
     if (search.Text.isEmpty() || isReadOnly())
         return 0;
     int count = 0;
+    const QScopedValueRollback<std::optional<int>> step(changesOfStep_, 0);
     Send(SCI_BEGINUNDOACTION);
     for (long at = 0; (at = FindFrom(at, Send(SCI_GETLENGTH), search, goOn)) >= 0; ++count) {
         SendText(SCI_REPLACETARGET, {with.constData(), static_cast<std::size_t>(with.size())});

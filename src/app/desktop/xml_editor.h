@@ -101,6 +101,8 @@ class TXmlEditor : public QsciScintilla {
     void LoadMore();
     /// The text is about to change.
     void OnChange(long position, long length, bool inserted);
+    /// Whether screen readers are told of a change of so many bytes.
+    bool IsReadAloud(long length) const;
     /// Does what follows from the last change: places move with their lines, screen readers are told.
     void SettleChange();
     void OnUpdated(int what);
@@ -136,8 +138,9 @@ class TXmlEditor : public QsciScintilla {
     std::optional<TTextChange> changing_; ///< what it did to the lines is not known yet
     TMessagePlaces places_;
     std::function<QString(std::size_t)> textOf_;
-    std::vector<QPixmap> markIcons_; ///< by mark, as large as they were drawn last
-    TGoOn goOn_;                     ///< of the step that is being undone
+    std::vector<QPixmap> markIcons_;   ///< by mark, as large as they were drawn last
+    TGoOn goOn_;                       ///< of the step that is being undone
+    std::optional<int> changesOfStep_; ///< that is being done, undone or redone
     QDeadlineTimer enterIgnored_;
     QTimer* loadTimer_;
     QTimer* markTimer_;

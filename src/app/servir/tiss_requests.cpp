@@ -3,6 +3,7 @@
 #include "app/configuracao_validacoes.h"
 #include "app/file_correction.h"
 #include "app/missing_data.h"
+#include "app/recoding.h"
 #include "app/repeated_guides.h"
 #include "app/servir/request_input.h"
 #include "app/unified_diff.h"

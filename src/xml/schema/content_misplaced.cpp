@@ -147,6 +147,9 @@ std::size_t TContentRecovery::TakeIntoWrapper(std::size_t first, TWrapping wrapp
     bool sure = false;
     bool one = false; // the children are the content of one element
     const auto consider = [&](std::uint32_t p, TMissing* entry) {
+        // One that is there, around others of its children, takes them; a second one would be too many.
+        if (entry == nullptr && placed_.count(p) != 0 && !Repeats(p))
+            return;
         const TSchemaComplexType* type = ContainerType(automaton_.Positions[p].Element);
         const bool whole = wrapping == TWrapping::Whole;
         std::size_t run = type == nullptr ? 0

@@ -28,6 +28,7 @@
 #include <QListView>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QPrinter>
 #include <QRadioButton>
 #include <QScrollBar>
@@ -41,6 +42,7 @@
 #include <QTreeView>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -245,6 +247,24 @@ TEST_F(Window, ChoosesAmongCorrectionsAndCancels) {
     EXPECT_TRUE(Text() != before);
 }
 
+TEST_F(Window, ShowsWhatAnotherEncodingChanges) {
+    const std::string right = ReadWholeFile(Example("odonto-3.05.00-valido.xml")); // in UTF-8
+    std::string misread = right;
+    misread.replace(misread.find("UTF-8"), 5, "ISO-8859-1");
+    Write("lote.xml", misread);
+    Open(folder_ / "lote.xml");
+    for (const char* answer : {"Cancelar", "Salvar"}) {
+        EXPECT_TRUE(Bytes() == misread);
+        Visit([answer](QDialog& dialog) {
+            EXPECT_THAT(FromQt(Find<QPlainTextEdit>(dialog, "O que muda").toPlainText()),
+                        HasSubstr("\"versÃ£o\" passa a \"versão\"."));
+            Press(dialog, answer);
+        });
+        Do("UTF-8");
+    }
+    EXPECT_TRUE(Bytes() == right);
+}
+
 TEST_F(Window, CorrectsAllAfterALookAtTheDifferenceAndSaves) {
     std::string faulty = ReadWholeFile(Example(kFaulty)); // with a long line beside one that is corrected
     faulty.insert(faulty.find('\n', faulty.find("<ans:valorTotal>")),
@@ -258,8 +278,8 @@ TEST_F(Window, CorrectsAllAfterALookAtTheDifferenceAndSaves) {
         const auto& right = Find<QTreeView>(dialog, "Diferenças no texto: depois");
         EXPECT_GT(left.model()->rowCount(), 0);
         // What is long is scrolled to, on both sides at once.
+        Wait([&] { return left.horizontalScrollBar()->maximum() > 0; }); // once the rows are laid out
         left.horizontalScrollBar()->setValue(left.horizontalScrollBar()->maximum());
-        EXPECT_GT(left.horizontalScrollBar()->value(), 0);
         EXPECT_EQ(right.horizontalScrollBar()->value(), left.horizontalScrollBar()->value());
         return Find<QTableView>(dialog, "Correções").model();
     };
@@ -483,12 +503,13 @@ TEST_F(Window, LargeTextsStayWhole) {
 
 TEST_F(Window, IsPaintedWhateverIsDoneBeside) {
     QSemaphore end;
-    const int threads = 2 * ThreadsBeside().maxThreadCount();
+    std::atomic<int> ended = 0;
+    const int threads = ThreadsBeside().maxThreadCount();
     for (int i = 0; i < threads; ++i)
         RunBeside(
-            window_.get(), [&end] { return end.tryAcquire(1, 60'000); }, [](auto) {});
+            window_.get(), [&] { return end.tryAcquire(1, 20'000) ? 0 : ++ended; }, [](auto) {});
     EXPECT_FALSE(window_->grab().isNull()); // large areas are painted by several threads
-    EXPECT_EQ(QThreadPool::globalInstance()->activeThreadCount(), 0);
+    EXPECT_EQ(ended, 0) << "the window was not painted before";
     end.release(threads);
     ThreadsBeside().waitForDone();
 }
