@@ -93,6 +93,21 @@ function(conferix_test name)
     endif()
 endfunction()
 
+# conferix_resource(<folder>/<name>.qrc DEPENDS <its files>): <folder>/<name>.cpp, which holds the files of a list of Qt. Not
+# compressed: the rcc of the machine knows ways that the Qt of the program may not.
+function(conferix_resource list)
+    cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+    cmake_path(GET list STEM name)
+    cmake_path(REPLACE_EXTENSION list cpp OUTPUT_VARIABLE source)
+    add_custom_command(
+        OUTPUT ${source}
+        COMMAND Qt6::rcc --no-compress --name ${name} --output ${source} ${list}
+        DEPENDS ${list} ${ARG_DEPENDS}
+        COMMENT "Reunindo ${name}"
+        VERBATIM)
+    set_source_files_properties(${source} PROPERTIES SKIP_AUTOGEN ON)
+endfunction()
+
 # conferix_install_manual(<page> <component>): a page of section 1, compressed as Debian wants it.
 function(conferix_install_manual page component)
     get_filename_component(name ${page} NAME)

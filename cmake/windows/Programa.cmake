@@ -4,6 +4,12 @@ enable_language(C RC)
 # Stacks are as large as elsewhere.
 add_link_options(-Wl,--stack,8388608)
 
+# The Qt of the window, in a folder of its own; moc and rcc are those of the machine.
+if(CONFERIX_JANELA)
+    list(APPEND CMAKE_FIND_ROOT_PATH ${CONFERIX_PREFIXO_QT})
+    list(APPEND CMAKE_PREFIX_PATH ${CONFERIX_PREFIXO_QT})
+endif()
+
 # conferix_windows_program(<target> <description>)
 function(conferix_windows_program target description)
     set(CONFERIX_DESCRICAO "${description}")

@@ -180,6 +180,7 @@ fazer_curl() {
 }
 
 fazer_libpng1.6() {
+    rm -f pngtest.c # um programa
     cp scripts/pnglibconf.h.prebuilt pnglibconf.h
     $alvo-gcc-posix -O2 -w -DPNG_INTEL_SSE_OPT=0 -I"$prefixo/include" -c png*.c
     arquivar png png*.o
@@ -213,9 +214,14 @@ compilar_biblioteca() { # <pacote-fonte> <versão>
     local dsc
     SECONDS=0
     cd "$trabalho"
-    dsc=$(baixar "$1" "$2") || erro "o pacote-fonte $1 não pôde ser baixado; veja $registro."
-    rm -rf "$1"
-    dpkg-source --no-check -x "$dsc" "$1" >>"$registro" 2>&1 || erro "o pacote-fonte $1 está danificado."
+    # O que uma execução interrompida deixou serve: a pasta é só destas versões e opções.
+    if [ ! -d "$1" ]; then
+        dsc=$(baixar "$1" "$2") || erro "o pacote-fonte $1 não pôde ser baixado; veja $registro."
+        rm -rf incompleto
+        dpkg-source --no-check -x "$dsc" incompleto >>"$registro" 2>&1 || erro "o pacote-fonte $1 está danificado."
+        mv incompleto "$1"
+    fi
+    dsc=$(ls -t "$1"_*.dsc | head -n 1)
     cd "$1"
     cp debian/copyright "$prefixo/licencas/$1.txt"
     # Em segundo plano, porque antes de || o bash não para no primeiro erro.
@@ -228,33 +234,44 @@ compilar_biblioteca() { # <pacote-fonte> <versão>
     echo "  $(basename "$dsc" .dsc): $SECONDS s" >&2
 }
 
-bibliotecas() {
-    local entrada nome resumo
-    resumo=$({ printf '%s\n' "${fontes[@]}"
-        for entrada in "${cabecalhos[@]}"; do dpkg-query -W -f='${Package} ${Version}\n' "${entrada#*:}"; done
-        $alvo-g++-posix -dumpfullversion
-        declare -f com_cmake arquivar descrever descrever_cabecalhos $(compgen -A function fazer_ | grep -vE '^fazer_(zip|instalador)$')
-        cat "$raiz/cmake/windows/ferramentas.cmake"; } | sha256sum)
-    prefixo=$guardados/prefixo-${resumo:0:12}
-    [ -e "$prefixo/pronto" ] && return
+# Um prefixo com os pacotes-fonte dados, se ainda não está pronto; antes deles, a função que o prepara.
+fazer_prefixo() { # <função> <pacotes-fonte e versões...>
+    local entrada
+    [ ! -e "$prefixo/pronto" ] || return 0
     trabalho=$prefixo-trabalho
+    registro=$prefixo.log
     mkdir -p "$trabalho" "$prefixo"/{include,lib,licencas}
     touch "$prefixo/versoes.txt"
-    registro=$guardados/bibliotecas.log
     : >"$registro"
     echo "Compilando as bibliotecas (registro em $registro)..." >&2
     preparar_apt
-    for entrada in "${cabecalhos[@]}"; do
-        ln -sfn "/usr/include/${entrada%%:*}" "$prefixo/include/${entrada%%:*}"
-    done
-    descrever_cabecalhos
-    cp /usr/$alvo/lib/libz.a "$prefixo/lib/"
-    cp /usr/$alvo/include/{zlib,zconf}.h "$prefixo/include/"
-    for entrada in "${fontes[@]}"; do
+    "$1"
+    for entrada in "${@:2}"; do
         # O que uma execução interrompida já fez não se faz de novo.
         grep -q "^${entrada%% *}_" "$prefixo/versoes.txt" || compilar_biblioteca $entrada
     done
     cd "$raiz"
     rm -rf "$trabalho"
     touch "$prefixo/pronto"
+}
+
+preparar_comando() {
+    local entrada
+    for entrada in "${cabecalhos[@]}"; do
+        ln -sfn "/usr/include/${entrada%%:*}" "$prefixo/include/${entrada%%:*}"
+    done
+    descrever_cabecalhos
+    cp /usr/$alvo/lib/libz.a "$prefixo/lib/"
+    cp /usr/$alvo/include/{zlib,zconf}.h "$prefixo/include/"
+}
+
+bibliotecas() {
+    local entrada resumo
+    resumo=$({ printf '%s\n' "${fontes[@]}"
+        for entrada in "${cabecalhos[@]}"; do dpkg-query -W -f='${Package} ${Version}\n' "${entrada#*:}"; done
+        $alvo-g++-posix -dumpfullversion
+        declare -f com_cmake arquivar descrever descrever_cabecalhos $(printf 'fazer_%s\n' "${fontes[@]%% *}" | LC_ALL=C sort)
+        cat "$raiz/cmake/windows/ferramentas.cmake"; } | sha256sum)
+    prefixo=$guardados/prefixo-${resumo:0:12}
+    fazer_prefixo preparar_comando "${fontes[@]}"
 }

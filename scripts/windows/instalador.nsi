@@ -1,4 +1,5 @@
-; Instalador do Conferix, para um usuário e sem administrador. conferix-setup.exe /S instala sem perguntar.
+; Instalador do Conferix, para um usuário e sem administrador. conferix-setup.exe /S instala sem perguntar. Com JANELA
+; definida, a janela também.
 Target amd64-unicode
 Unicode true
 ManifestSupportedOS Win10
@@ -10,6 +11,9 @@ SetCompressor /SOLID lzma
 !include LogicLib.nsh
 
 !define CHAVE "Software\Microsoft\Windows\CurrentVersion\Uninstall\Conferix"
+!define CLASSES "Software\Classes"
+!define TIPO "Conferix.TISS"
+!define JANELA_EXE "conferix-desktop.exe"
 
 Name "Conferix"
 OutFile "${SAIDA}"
@@ -28,7 +32,13 @@ VIAddVersionKey /LANG=1046 "LegalCopyright" "GPL-3.0-or-later"
 !insertmacro MUI_PAGE_COMPONENTS
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
-!define MUI_FINISHPAGE_TEXT "O comando conferix está instalado. Abra um novo Prompt de Comando e escreva: conferix ajuda"
+!ifdef JANELA
+    !define MUI_FINISHPAGE_TEXT "O Conferix está no menu Iniciar. Os arquivos .xte abrem nele com dois cliques; os .xml, por $\"Abrir com$\"."
+    !define MUI_FINISHPAGE_RUN "$INSTDIR\bin\${JANELA_EXE}"
+    !define MUI_FINISHPAGE_RUN_TEXT "Abrir o Conferix"
+!else
+    !define MUI_FINISHPAGE_TEXT "O comando conferix está instalado. Abra um novo Prompt de Comando e escreva: conferix ajuda"
+!endif
 !insertmacro MUI_PAGE_FINISH
 !insertmacro MUI_UNPAGE_CONFIRM
 !insertmacro MUI_UNPAGE_INSTFILES
@@ -44,13 +54,13 @@ VIAddVersionKey /LANG=1046 "LegalCopyright" "GPL-3.0-or-later"
 !macroend
 
 ; Um programa em execução não pode ser substituído.
-!macro EsperarFim
+!macro EsperarFimDe PROGRAMA
     ${Do}
         ClearErrors
-        ${IfNot} ${FileExists} "$INSTDIR\bin\conferix.exe"
+        ${IfNot} ${FileExists} "$INSTDIR\bin\${PROGRAMA}"
             ${Break}
         ${EndIf}
-        FileOpen $0 "$INSTDIR\bin\conferix.exe" a
+        FileOpen $0 "$INSTDIR\bin\${PROGRAMA}" a
         ${IfNot} ${Errors}
             FileClose $0
             ${Break}
@@ -59,8 +69,60 @@ VIAddVersionKey /LANG=1046 "LegalCopyright" "GPL-3.0-or-later"
         Abort "O Conferix está em execução; nada foi mudado."
     ${Loop}
 !macroend
+!macro EsperarFim
+    !insertmacro EsperarFimDe conferix.exe
+    !insertmacro EsperarFimDe ${JANELA_EXE}
+!macroend
 
-Section "Conferix (comando)" principal
+; SHCNE_ASSOCCHANGED: o Explorador mostra logo o que mudou.
+!macro AvisarExplorador
+    System::Call 'shell32::SHChangeNotify(i 0x08000000, i 0, p 0, p 0)'
+!macroend
+
+; O que abre .xte, e é um dos que abrem .xml; o programa padrão de .xml fica como está.
+!macro Associar
+    WriteRegStr HKCU "${CLASSES}\${TIPO}" "" "Arquivo TISS"
+    WriteRegStr HKCU "${CLASSES}\${TIPO}\DefaultIcon" "" "$INSTDIR\bin\${JANELA_EXE},0"
+    WriteRegStr HKCU "${CLASSES}\${TIPO}\shell\open" "FriendlyAppName" "Conferix"
+    WriteRegStr HKCU "${CLASSES}\${TIPO}\shell\open\command" "" '"$INSTDIR\bin\${JANELA_EXE}" "%1"'
+    ReadRegStr $0 HKCU "${CLASSES}\.xte" ""
+    ${If} $0 != ""
+    ${AndIf} $0 != "${TIPO}"
+        WriteRegStr HKCU "${CLASSES}\${TIPO}" "Anterior" $0
+    ${EndIf}
+    WriteRegStr HKCU "${CLASSES}\.xte" "" "${TIPO}"
+    WriteRegStr HKCU "${CLASSES}\.xte\OpenWithProgids" "${TIPO}" ""
+    WriteRegStr HKCU "${CLASSES}\.xml\OpenWithProgids" "${TIPO}" ""
+    WriteRegStr HKCU "${CLASSES}\Applications\${JANELA_EXE}" "FriendlyAppName" "Conferix"
+    WriteRegStr HKCU "${CLASSES}\Applications\${JANELA_EXE}\SupportedTypes" ".xml" ""
+    WriteRegStr HKCU "${CLASSES}\Applications\${JANELA_EXE}\SupportedTypes" ".xte" ""
+    WriteRegStr HKCU "${CLASSES}\Applications\${JANELA_EXE}\shell\open\command" "" '"$INSTDIR\bin\${JANELA_EXE}" "%1"'
+    !insertmacro AvisarExplorador
+!macroend
+
+; Quem passou a abrir .xte depois continua.
+!macro Desassociar
+    ReadRegStr $0 HKCU "${CLASSES}\.xte" ""
+    ${If} $0 == "${TIPO}"
+        ReadRegStr $1 HKCU "${CLASSES}\${TIPO}" "Anterior"
+        ${If} $1 != ""
+            WriteRegStr HKCU "${CLASSES}\.xte" "" $1
+        ${Else}
+            DeleteRegValue HKCU "${CLASSES}\.xte" ""
+        ${EndIf}
+    ${EndIf}
+    DeleteRegValue HKCU "${CLASSES}\.xte\OpenWithProgids" "${TIPO}"
+    DeleteRegKey /ifempty HKCU "${CLASSES}\.xte\OpenWithProgids"
+    DeleteRegKey /ifempty HKCU "${CLASSES}\.xte"
+    DeleteRegValue HKCU "${CLASSES}\.xml\OpenWithProgids" "${TIPO}"
+    DeleteRegKey /ifempty HKCU "${CLASSES}\.xml\OpenWithProgids"
+    DeleteRegKey /ifempty HKCU "${CLASSES}\.xml"
+    DeleteRegKey HKCU "${CLASSES}\${TIPO}"
+    DeleteRegKey HKCU "${CLASSES}\Applications\${JANELA_EXE}"
+    !insertmacro AvisarExplorador
+!macroend
+
+Section "Conferix" principal
     SectionIn RO
     ; O que se apaga na atualização e no fim está sempre em uma pasta que é só do Conferix.
     ${GetFileName} "$INSTDIR" $0
@@ -77,6 +139,10 @@ Section "Conferix (comando)" principal
     WriteUninstaller "$INSTDIR\desinstalar.exe"
     CreateShortcut "$SMPROGRAMS\Conferix (linha de comando).lnk" "$SYSDIR\cmd.exe" '/k ""$INSTDIR\bin\conferix.exe" ajuda"' \
         "$INSTDIR\bin\conferix.exe"
+!ifdef JANELA
+    CreateShortcut "$SMPROGRAMS\Conferix.lnk" "$INSTDIR\bin\${JANELA_EXE}"
+    !insertmacro Associar
+!endif
     ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
     WriteRegStr HKCU "${CHAVE}" "DisplayName" "Conferix"
     WriteRegStr HKCU "${CHAVE}" "DisplayVersion" "${VERSAO}"
@@ -109,6 +175,8 @@ Section "un.Conferix"
         Pop $0
     ${EndIf}
     !insertmacro RemoverPrograma
+    !insertmacro Desassociar
+    Delete "$SMPROGRAMS\Conferix.lnk"
     Delete "$SMPROGRAMS\Conferix (linha de comando).lnk"
     Delete "$INSTDIR\desinstalar.exe"
     RMDir "$INSTDIR"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # O instalador no Wine, em um Windows novo: instalar sem perguntas, usar de outra pasta, atualizar, recusar a atualização com o
-# programa em execução, instalar em outra pasta e desinstalar. Os arquivos instalados são os do ZIP.
+# programa em execução, instalar em outra pasta e desinstalar; o que abre arquivos .xte e .xml. Os arquivos instalados são os do ZIP.
 # Uso: tests/windows/instalador.sh [pasta com conferix-setup.exe e o ZIP]
 set -euo pipefail
 raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -36,7 +36,18 @@ pasta=$(echo "$WINEPREFIX"/drive_c/users/*/AppData/Local/Programs/Conferix)
 programa=$pasta/bin/conferix.exe
 confere 'instala o que o ZIP tem' iguais "$pasta"
 confere 'diz ao Windows a versão' registrado DisplayVersion "$(basename "$pacotes"/conferix-*-windows.zip | cut -d- -f2)"
-confere 'há um atalho' test -n "$(find "$WINEPREFIX/drive_c/users" -name 'Conferix (linha de comando).lnk')"
+confere 'há um atalho do comando' test -n "$(find "$WINEPREFIX/drive_c/users" -name 'Conferix (linha de comando).lnk')"
+# Sem a janela (janela-windows --so-comando) não há o que associar.
+classes='HKCU\Software\Classes'
+abre() { executar reg query "$classes\\$1" "${@:2}" >/dev/null 2>&1; }
+if [ -e "$pasta/bin/conferix-desktop.exe" ]; then
+    confere 'há um atalho da janela' test -n "$(find "$WINEPREFIX/drive_c/users" -name 'Conferix.lnk')"
+    confere 'os .xte são da janela' grep -qF Conferix.TISS <(executar reg query "$classes\.xte" /ve 2>/dev/null)
+    confere 'com um comando' grep -qF 'bin\conferix-desktop.exe" "%1"' \
+        <(executar reg query "$classes\Conferix.TISS\shell\open\command" /ve 2>/dev/null)
+    confere 'ela é um dos que abrem .xml' abre '.xml\OpenWithProgids' /v Conferix.TISS
+    confere 'e não o padrão' recusa grep -qF Conferix <(executar reg query "$classes\.xml" /ve 2>/dev/null)
+fi
 
 cp "$raiz/exemplos/consulta-4.01.00-com-erros.xml" 'pasta de trabalho/guia ção.xml'
 valida() { (cd 'pasta de trabalho' && executar "$1" validar 'guia ção.xml' 2>&1); }
@@ -69,6 +80,9 @@ echo alheio >"$WINEPREFIX/drive_c/Programas/alheio.txt"
 confere 'desinstala' desinstala "$pasta"
 confere 'e não deixa o programa' recusa test -e "$pasta/bin"
 confere 'nem o que disse ao Windows' recusa registrado DisplayName Conferix
+for tipo in Conferix.TISS .xte Applications\\conferix-desktop.exe; do confere "nem $tipo" recusa abre "$tipo"; done
+confere 'nem a escolha para .xml' recusa abre '.xml\OpenWithProgids' /v Conferix.TISS
+confere 'nem atalhos' test -z "$(find "$WINEPREFIX/drive_c/users" -name 'Conferix*.lnk')"
 confere 'instala em outra pasta' instala '/D=C:\Programas'
 outra="$WINEPREFIX/drive_c/Programas/Conferix"
 confere 'em uma pasta do programa' iguais "$outra"

@@ -18,7 +18,9 @@ constexpr double kDisabled = 0.55;
 } // namespace
 
 void TDarkStyle::Install() {
-    if (QApplication::style()->name() != QLatin1String("fusion"))
+    // Qt takes "windows" where Windows is dark, which its native style cannot be.
+    const QString style = QApplication::style()->name();
+    if (style != QLatin1String("fusion") && style != QLatin1String("windows"))
         return;
     QApplication::setStyle(new TDarkStyle(QStringLiteral("fusion")));
 } // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the application takes the style over

@@ -53,7 +53,7 @@ TMainWindow::TMainWindow()
           statusBar()->showMessage(ToQt(reason), 20'000);
       })) {
     setWindowTitle(QStringLiteral("Conferix"));
-    setWindowIcon(IconOf(QStringLiteral("conferix")));
+    setWindowIcon(ProgramIcon());
     setAcceptDrops(true);
     tabs_->setObjectName(QStringLiteral("arquivos"));
     tabs_->setAccessibleName(QStringLiteral("Arquivos abertos"));

@@ -1,13 +1,14 @@
 #include "app/desktop/theme.h"
 
 #include <QApplication>
-#include <QFile>
+#include <QHash>
 #include <QIconEngine>
+#include <QImage>
 #include <QPainter>
 #include <QPixmap>
-#include <QSvgRenderer>
 
 #include <optional>
+#include <utility>
 
 // In a static library the linker leaves out what nobody names.
 static void KeepIcons() {
@@ -18,27 +19,29 @@ namespace conferix {
 
 namespace {
 
-/// Draws an SVG of the program with "currentColor" for the text colour of the moment.
-class TIconEngine : public QIconEngine {
-  public:
-    explicit TIconEngine(const QString& name, std::optional<TMessageType> severity = std::nullopt)
-        : severity_(severity) {
+/// A drawing of the program, larger than any icon: the shape of an icon in black, or a picture in its
+/// colours.
+const QImage& Drawing(const QString& name) {
+    static QHash<QString, QImage> drawings;
+    QImage& drawing = drawings[name];
+    if (drawing.isNull()) {
         KeepIcons();
-        QFile file(QStringLiteral(":/icones/%1.svg").arg(name));
-        if (file.open(QIODevice::ReadOnly))
-            source_ = file.readAll();
+        drawing = QImage(QStringLiteral(":/icones/%1.png").arg(name))
+                      .convertToFormat(QImage::Format_ARGB32_Premultiplied);
     }
+    return drawing;
+}
+
+/// The program's picture, in its own colours.
+class TPictureEngine : public QIconEngine {
+  public:
+    explicit TPictureEngine(QString name) : name_(std::move(name)) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State /*state*/) override {
-        const QPalette palette = QApplication::palette();
-        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-        const QColor color = severity_ && mode != QIcon::Disabled
-                                 ? SeverityColor(*severity_, palette)
-                                 : palette.color(group, mode == QIcon::Selected ? QPalette::HighlightedText
-                                                                                : QPalette::WindowText);
-        QByteArray svg = source_;
-        svg.replace("currentColor", color.name().toLatin1());
-        QSvgRenderer(svg).render(painter, rect);
+        const QSize size = (QSizeF(rect.size()) * painter->device()->devicePixelRatio()).toSize();
+        painter->drawImage(
+            rect,
+            Colored(Drawing(name_).scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation), mode));
     }
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
         QPixmap pixmap(size);
@@ -47,10 +50,38 @@ class TIconEngine : public QIconEngine {
         paint(&painter, QRect(QPoint(0, 0), size), mode, state);
         return pixmap;
     }
-    QIconEngine* clone() const override { return new TIconEngine(*this); }
+    QIconEngine* clone() const override { return new TPictureEngine(*this); }
+
+  protected:
+    virtual QImage Colored(QImage drawing, QIcon::Mode /*mode*/) const { return drawing; }
 
   private:
-    QByteArray source_;
+    QString name_;
+};
+
+/// An icon in the colour of a severity, or of the text of the moment.
+class TIconEngine : public TPictureEngine {
+  public:
+    explicit TIconEngine(const QString& name, std::optional<TMessageType> severity = std::nullopt)
+        : TPictureEngine(name), severity_(severity) {}
+
+    QIconEngine* clone() const override { return new TIconEngine(*this); }
+
+  protected:
+    QImage Colored(QImage drawing, QIcon::Mode mode) const override {
+        const QPalette palette = QApplication::palette();
+        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
+        const QColor color = severity_ && mode != QIcon::Disabled
+                                 ? SeverityColor(*severity_, palette)
+                                 : palette.color(group, mode == QIcon::Selected ? QPalette::HighlightedText
+                                                                                : QPalette::WindowText);
+        QPainter painter(&drawing);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(drawing.rect(), QColor(color.rgb()));
+        return drawing;
+    }
+
+  private:
     std::optional<TMessageType> severity_;
 };
 
@@ -97,6 +128,10 @@ QColor SeverityColor(TMessageType type, const QPalette& palette) {
 
 QIcon IconOf(const QString& name) {
     return QIcon(new TIconEngine(name));
+}
+
+QIcon ProgramIcon() {
+    return QIcon(new TPictureEngine(QStringLiteral("conferix")));
 }
 
 QIcon SeverityIcon(TMessageType type) {

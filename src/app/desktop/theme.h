@@ -33,6 +33,8 @@ QColor SeverityColor(TMessageType type, const QPalette& palette);
 
 /// One of the program's icons, drawn at any size in the colour of the text around it.
 QIcon IconOf(const QString& name);
+/// The program's own picture.
+QIcon ProgramIcon();
 /// The icon of a severity, told apart by its shape too.
 QIcon SeverityIcon(TMessageType type);
 /// "Erro", "Aviso"...

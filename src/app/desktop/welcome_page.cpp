@@ -13,7 +13,7 @@ TWelcomePage::TWelcomePage(QWidget* parent) : QWidget(parent) {
     rows->setAlignment(Qt::AlignCenter);
     rows->setSpacing(12);
     auto* icon = new QLabel;
-    icon->setPixmap(IconOf(QStringLiteral("conferix")).pixmap(QSize(96, 96), devicePixelRatioF()));
+    icon->setPixmap(ProgramIcon().pixmap(QSize(96, 96), devicePixelRatioF()));
     icon->setAlignment(Qt::AlignCenter);
     rows->addWidget(icon);
     auto* text = new QLabel(QStringLiteral("1. Arraste para cá os arquivos XML do padrão TISS, ou abra-os.\n"

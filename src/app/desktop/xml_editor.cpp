@@ -569,7 +569,7 @@ long TXmlEditor::FindFrom(long start, long end, const TSearch& search, const TGo
                                                (search.WholeWord ? SCFIND_WHOLEWORD : 0)));
     const long step = start <= end ? kSearched : -kSearched;
     // What begins in one part may end in the next; letters of the other case may take more bytes.
-    const long beyond = (start <= end ? 4 : -4) * (text.size() + 1);
+    const long beyond = (start <= end ? 4 : -4) * (static_cast<long>(text.size()) + 1);
     const auto before = [&](long left, long right) { return step > 0 ? left < right : left > right; };
     for (long from = start; before(from, end); from += step) {
         const long to = before(from + step + beyond, end) ? from + step + beyond : end;
@@ -610,7 +610,8 @@ bool TXmlEditor::ReplaceFound(const TSearch& search, const QString& by, const TG
         FindFrom(start, end, search, goOn) == start && Send(SCI_GETTARGETEND) == end) {
         const QByteArray with = by.toUtf8();
         SendText(SCI_REPLACETARGET, {with.constData(), static_cast<std::size_t>(with.size())});
-        SelectRange(start + with.size(), start + with.size());
+        const long after = start + static_cast<long>(with.size());
+        SelectRange(after, after);
     }
     return Find(search, false, goOn);
 }
@@ -624,7 +625,7 @@ int TXmlEditor::ReplaceAll(const TSearch& search, const QString& by, const TGoOn
     Send(SCI_BEGINUNDOACTION);
     for (long at = 0; (at = FindFrom(at, Send(SCI_GETLENGTH), search, goOn)) >= 0; ++count) {
         SendText(SCI_REPLACETARGET, {with.constData(), static_cast<std::size_t>(with.size())});
-        at += with.size();
+        at += static_cast<long>(with.size());
         if (!goOn()) {
             ++count;
             break;

@@ -1,0 +1,13 @@
+# What the window has of its own on Windows: no console, and inside the program what elsewhere Qt finds in the system.
+conferix_windows_program(conferix-desktop "Conferix")
+set_target_properties(conferix-desktop PROPERTIES WIN32_EXECUTABLE ON)
+set(recursos ${CMAKE_CURRENT_BINARY_DIR}/windows)
+set(textos "")
+foreach(nome IN ITEMS qtbase_pt_BR.qm qscintilla_pt_br.qm)
+    configure_file(/usr/share/qt6/translations/${nome} ${recursos}/${nome} COPYONLY)
+    list(APPEND textos ${recursos}/${nome})
+endforeach()
+configure_file(${CMAKE_CURRENT_LIST_DIR}/qt.conf ${recursos}/qt.conf COPYONLY)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/janela.qrc ${recursos}/janela.qrc COPYONLY)
+conferix_resource(${recursos}/janela.qrc DEPENDS ${recursos}/qt.conf ${textos})
+target_sources(conferix-desktop PRIVATE ${recursos}/janela.cpp)
