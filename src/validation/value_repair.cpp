@@ -183,27 +183,45 @@ bool MayBeDay(const std::vector<std::string_view>& groups) {
                                [&](std::string_view group) { return isShort(group) || group.size() == 4; });
 }
 
+/// True for a long number in groups as cards have it: of the same size of three to five digits, of which the
+/// first and the last may have fewer, where there are so many that they are no number of a telephone.
+bool IsInEqualGroups(const std::vector<std::string_view>& groups, std::size_t digits) {
+    constexpr std::size_t kShortest = 8;
+    constexpr std::size_t kOfCard = 12;
+    const auto size = [](std::string_view group) { return group.size(); };
+    const std::size_t most = std::ranges::max(groups, {}, size).size();
+    return digits >= kShortest && most >= 3 && most <= 5 &&
+           std::ranges::min(groups, {}, size).size() >= (digits >= kOfCard ? 2 : 3) &&
+           std::all_of(groups.begin() + 1, groups.end() - 1,
+                       [&](std::string_view group) { return group.size() == most; });
+}
+
 /// True for digits in groups as people write a code: the check digits behind a hyphen, a register of the
 /// regulator, long numbers in groups; not what may be a day, an amount or several numbers. `text`: with plain
 /// blanks.
 bool IsCodeNotation(const std::string& text) {
+    if (text.find('/') != std::string::npos || IsSeveralNumbers(text))
+        return false;
+    for (const char* shape : {"99.999-9", "999.999-9", "9.999.999", "999 999", "999 9999", "9999 99",
+                              "999 999 999 99", "999 999 999-99", "99 999 999 9999 99"})
+        if (HasShape(text, shape))
+            return true;
     std::string separated(text);
     std::ranges::replace_if(separated, IsPunctuation, ' ');
     std::vector<std::string_view> groups = Split(separated, ' ');
     std::erase_if(groups, [](std::string_view group) { return group.empty(); });
     const auto digits = static_cast<std::size_t>(std::ranges::count_if(text, IsDigit));
-    if (text.find('/') != std::string::npos || MayBeDay(groups) || IsSeveralNumbers(text))
-        return false;
     constexpr std::size_t kLong = 8;
+    if (groups.size() < 2 || MayBeDay(groups))
+        return false;
+    if (text.find(' ') != std::string::npos)
+        return IsInEqualGroups(groups, digits);
     if (groups.size() == 2 && text.find('-') != std::string::npos)
         return groups[0].size() >= 3 && (groups[1].size() == 1 || (digits >= 6 && groups[1].size() == 2) ||
                                          (digits >= kLong && groups[1].size() <= 4));
-    if (groups.size() == 2 && text.find('.') != std::string::npos)
+    if (groups.size() == 2)
         return false; // an amount
-    if (digits >= kLong)
-        return groups.size() <= digits / 2 + 1;
-    return HasShape(text, "99.999-9") || HasShape(text, "999.999-9") || HasShape(text, "9.999.999") ||
-           HasShape(text, "999 999") || HasShape(text, "999 9999") || HasShape(text, "9999 99");
+    return digits >= kLong && groups.size() <= digits / 2 + 1;
 }
 
 /// The digits of a document or code written with punctuation or in groups; nothing for what is none.
@@ -256,12 +274,26 @@ void AddCodes(const TSchemaSimpleType& type, std::string_view text, std::set<std
         readings.insert(std::string(other));
 }
 
+/// Year and month, AAAAMM, of a month written in another way; nothing for what is none.
+TReading YearAndMonth(std::string_view text) {
+    for (const char* shape : {"9999-99", "9999/99", "9999.99", "9999 99"})
+        if (HasShape(text, shape))
+            return std::string(text.substr(0, 4)) + std::string(text.substr(5));
+    for (const char* shape : {"99/9999", "99-9999"})
+        if (HasShape(text, shape))
+            return std::string(text.substr(3)) + std::string(text.substr(0, 2));
+    return std::nullopt;
+}
+
 void AddTexts(const TSchemaSimpleType& type, std::string_view text, std::set<std::string>& readings) {
     constexpr std::size_t kCpf = 11;
     constexpr std::size_t kCnpj = 14;
-    const bool month = (HasShape(text, "9999-99") || HasShape(text, "9999 99")) &&
-                       (text.starts_with("19") || text.starts_with("20"));
-    if (const TReading bare = WithoutPunctuation(text); bare && !month)
+    constexpr std::string_view kOfMonths = "[0-9]{4}[0-9]{2}";
+    const TReading month = YearAndMonth(text);
+    const bool isMonth = month && (month->starts_with("19") || month->starts_with("20"));
+    if (isMonth && std::ranges::count(type.Facets.Patterns, kOfMonths, &TSchemaPattern::Text) > 0)
+        readings.insert(*month);
+    else if (const TReading bare = WithoutPunctuation(text); bare && !isMonth)
         readings.insert(*bare);
     // A number of fixed length that lost its zero; of a CPF or CNPJ any digit may be the one that is missing.
     const std::string padded = '0' + std::string(text);

@@ -317,10 +317,12 @@ std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePa
     std::size_t doubtful = TMisreadUtf8::kNone;
     std::size_t misread = 0;
     std::size_t signs = 0;
+    std::size_t firstSign = TMisreadUtf8::kNone;
     std::size_t against = 0;
     for (TRun run = TRun::From(text, 0, page); run.Size > 0; run = TRun::From(text, run.End(), page)) {
         const TWriting writing = WritingOf(text, run);
-        signs += writing == TWriting::SignInUtf8 ? 1 : 0;
+        if (writing == TWriting::SignInUtf8 && ++signs == 1)
+            firstSign = run.At;
         if ((writing == TWriting::Utf8 || writing == TWriting::UsualUtf8) && ++misread == 1)
             found.First = run.At;
         if (writing == TWriting::UsualUtf8)
@@ -332,7 +334,11 @@ std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePa
         if (writing == TWriting::NoUtf8 || writing == TWriting::Unlikely)
             ++against;
     }
-    found.Mostly = misread > 0 && misread + signs >= against * kSlip;
+    found.OnlySigns = misread == 0 && signs > 0;
+    if (found.OnlySigns)
+        found.First = firstSign;
+    found.Mostly = found.OnlySigns ? against == 0 && doubtful == TMisreadUtf8::kNone
+                                   : misread > 0 && misread + signs >= against * kSlip;
     if (!found.Mostly)
         found.Kept = std::min(found.Kept, doubtful);
     if (certain != TMisreadUtf8::kNone)
@@ -358,8 +364,11 @@ std::string MeantAsUtf8(std::string_view text, const TCodePage& page, TKeptUtf8 
     for (TRun run = TRun::From(text, 0, page); run.Size > 0; run = TRun::From(text, run.End(), page)) {
         meant.append(text, done, run.At - done);
         done = run.At;
-        const bool keepSigns = kept == TKeptUtf8::Signs && WritingOf(text, run) == TWriting::SignInUtf8 &&
-                               !FindMisreadUtf8(ValueAround(text, run.At), page);
+        bool keepSigns = kept == TKeptUtf8::Signs && WritingOf(text, run) == TWriting::SignInUtf8;
+        if (keepSigns) {
+            const auto around = FindMisreadUtf8(ValueAround(text, run.At), page);
+            keepSigns = !around || around->OnlySigns;
+        }
         for (std::size_t at = 0; at < run.Bytes.size();) {
             const TLetter letter = LetterAt(text, run, at);
             const bool isKept = keepSigns || (kept != TKeptUtf8::Nothing && letter.Doubtful);

@@ -47,12 +47,13 @@ struct TMisreadUtf8 {
     std::size_t First = kNone; ///< its first letter that was misread, a certain one where there is one
     std::size_t Kept = kNone;  ///< its first letter that is none of UTF-8, and was read as it was meant
     bool Mostly = false;       ///< letters of the latter sort are slips among many of the former
+    bool OnlySigns = false;    ///< signs as "®" were misread, and no letter tells of it
 };
 /// Nothing for a text that was meant as it reads. The letters decide: one that is, byte for byte, a usual
 /// letter of Portuguese in UTF-8, and nothing that people write ("Ã§", "Ãº"), tells by itself. One that may
 /// be meant as it reads ("IRMÃ" before a dash) tells nothing, and speaks against it where it would be a small
 /// letter behind a capital one. Where there are only other letters and signs, those that are UTF-8 have to
-/// outnumber by far what is against it; signs alone ("Â®") tell nothing.
+/// outnumber by far what is against it; signs alone ("Â®") tell only where nothing is.
 std::optional<TMisreadUtf8> FindMisreadUtf8(std::string_view text, const TCodePage& page);
 
 /// A quick look at bytes that should be UTF-8.
