@@ -34,7 +34,7 @@ std::string HashSentence(const std::string& meant) {
             return " O hash informado confere com o texto certo.";
         if (stored == utf8)
             return " O hash informado confere com o texto certo, calculado em UTF-8.";
-        return " O hash informado não confere, nem com o texto certo.";
+        return " O hash informado não confere com o texto certo.";
     } catch (const ETissException&) { // no file of the standard; that is told elsewhere
         return {};
     }

@@ -254,6 +254,7 @@ void TDocumentTab::OnEdited() {
     if (!session_->IsOpen())
         return;
     const bool first = !std::exchange(edited_, true);
+    notices_->Hide(QStringLiteral("correcao"));
     if (correcting_) // what follows is told by who corrects
         return;
     if (session_->IsValidating())
@@ -613,13 +614,21 @@ bool TDocumentTab::Close(bool discard) {
     return !session_->IsOpen();
 }
 
+bool TDocumentTab::IsUnsaved() const {
+    return session_->IsOpen() && (Controller().Modified() || !QFileInfo::exists(FileName()));
+}
+
 void TDocumentTab::OnClose(TFileCloseArgs& args) {
-    if (discarding_ || !Controller().Modified())
+    if (discarding_ || !IsUnsaved())
         return;
-    const int answer = Ask(
-        this, QStringLiteral("Fechar"),
-        QStringLiteral("\"%1\" foi alterado. Salvar as alterações?").arg(QFileInfo(FileName()).fileName()),
-        {QStringLiteral("&Salvar"), QStringLiteral("&Descartar")});
+    const bool removed = !QFileInfo::exists(FileName());
+    const QString what = removed
+                             ? QStringLiteral("\"%1\" foi removido do disco. Salvar o texto que está aqui?")
+                             : QStringLiteral("\"%1\" foi alterado. Salvar as alterações?");
+    const int answer = Ask(this, QStringLiteral("Fechar"), what.arg(QFileInfo(FileName()).fileName()),
+                           {QStringLiteral("&Salvar"), QStringLiteral("&Descartar")});
+    if (answer == 0 && removed)
+        Controller().AcceptChangeOnDisk(); // nothing is there to be overwritten
     if (answer < 0 || (answer == 0 && !Save()))
         args.CanClose = false;
 }

@@ -55,6 +55,8 @@ class TDocumentTab : public QWidget {
     bool SaveAs();
     /// Writes the file in another encoding, and declares it.
     bool SaveWithEncoding(const QString& encoding);
+    /// Whether there would be less on the disk than here: the text was changed, or its file was removed.
+    bool IsUnsaved() const;
     /// Asks on the way whether changes are to be saved, unless they are to be discarded; true once the file
     /// is closed.
     bool Close(bool discard = false);

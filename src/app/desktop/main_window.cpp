@@ -257,7 +257,7 @@ bool TMainWindow::CloseAll() {
     std::vector<TDocumentTab*> changed;
     QStringList names;
     for (int index = 0; index < tabs_->count(); ++index)
-        if (TabAt(index)->Controller().Modified()) {
+        if (TabAt(index)->IsUnsaved()) {
             changed.push_back(TabAt(index));
             names << TabAt(index)->FileName();
         }

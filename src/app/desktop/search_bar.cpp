@@ -33,7 +33,7 @@ TSearchBar::TSearchBar(TXmlEditor* editor, QWidget* parent)
         row->addWidget(made);
     };
     search->addWidget(text_, 1);
-    button(search, QStringLiteral("&Anterior"), &TSearchBar::FindPrevious);
+    button(search, QStringLiteral("An&terior"), &TSearchBar::FindPrevious);
     button(search, QStringLiteral("&Próxima"), &TSearchBar::FindNext);
     auto* close = new QToolButton;
     close->setAutoRaise(true);

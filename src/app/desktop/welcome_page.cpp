@@ -26,8 +26,8 @@ TWelcomePage::TWelcomePage(QWidget* parent) : QWidget(parent) {
     rows->addWidget(text, 0, Qt::AlignCenter);
     auto* buttons = new QHBoxLayout;
     buttons->setAlignment(Qt::AlignCenter);
-    auto* open = new QPushButton(IconOf(QStringLiteral("abrir")), QStringLiteral("Abrir &arquivos..."));
-    auto* example = new QPushButton(IconOf(QStringLiteral("arquivo")), QStringLiteral("Abrir um &exemplo"));
+    auto* open = new QPushButton(IconOf(QStringLiteral("abrir")), QStringLiteral("Ab&rir arquivos..."));
+    auto* example = new QPushButton(IconOf(QStringLiteral("arquivo")), QStringLiteral("Abrir &um exemplo"));
     open->setDefault(true);
     connect(open, &QPushButton::clicked, this, &TWelcomePage::OpenWanted);
     connect(example, &QPushButton::clicked, this, &TWelcomePage::ExampleWanted);

@@ -428,6 +428,15 @@ TEST_F(Window, NeverOverwritesWhatOthersChanged) {
     Wait([&] { return tab.Notices()->IsShown(QStringLiteral("disco")); });
     Press(tab, "Recarregar");
     Wait([&] { return Text() == "<terceiro/>"; });
+
+    // Its text would be lost with it.
+    std::filesystem::remove(folder_ / "lote.xml");
+    Answer({"Cancelar", "Salvar"});
+    Do("fechar");
+    EXPECT_EQ(Tabs(), 1);
+    Do("fechar");
+    EXPECT_EQ(Tabs(), 0);
+    EXPECT_EQ(Bytes(), "<terceiro/>");
 }
 
 TEST_F(Window, ShowsFilesThatAreHardToShow) {
