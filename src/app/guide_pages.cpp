@@ -1,5 +1,7 @@
 #include "app/guide_pages.h"
 
+#include "model/mensagem_tiss.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -81,6 +83,12 @@ TGuidePages::TGuidePages(std::shared_ptr<const IArquivoTiss> file, std::optional
     for (const auto& form : templates_)
         if (std::ranges::find(sheets_, form.get(), &TFormSheet::Form) != sheets_.end())
             forms_.emplace_back(form->Name, form->Title);
+}
+
+std::vector<std::string> TGuidePages::NotPrinted() const {
+    const auto* message = dynamic_cast<const TMensagemTiss*>(file_.get());
+    return message != nullptr ? message->LoteGuias().GuiasNaoLidas().Textos("impress")
+                              : std::vector<std::string>();
 }
 
 std::string TGuidePages::GuideTitle(std::size_t guide) const {

@@ -50,6 +50,8 @@ class TGuidePages {
     /// Names and titles of the forms that the guides are printed on.
     const std::vector<std::pair<std::string, std::string>>& Forms() const { return forms_; }
     std::optional<std::size_t> Errors() const { return errors_; }
+    /// What the file has beside these guides that is not printed, in sentences; empty where there is nothing.
+    std::vector<std::string> NotPrinted() const;
 
     const TGuideChoice& Choice() const { return choice_; }
     /// Raises what the terminology raises, where codes are wanted with what they stand for.

@@ -104,6 +104,8 @@ TFGuidePrint::TFGuidePrint(std::unique_ptr<TGuidePages> pages, QString file, QWi
     parts_->setChildrenCollapsible(false);
     auto* const close = new QPushButton(QStringLiteral("Fechar"));
     auto* const buttons = new QHBoxLayout;
+    chosen_->setTextFormat(Qt::PlainText);
+    chosen_->setWordWrap(true);
     buttons->addWidget(chosen_, 1);
     for (QPushButton* button : {print_, pdf_, close}) {
         button->setAutoDefault(false); // Enter belongs to the field that it is pressed in
@@ -278,8 +280,11 @@ void TFGuidePrint::ApplyChoice() {
     }
     marked_.reset();
     const std::size_t count = pages_->Count();
-    chosen_->setText(QStringLiteral("%1, %2").arg(Counted(pages_->PrintedGuides(), "guia", "guias"),
-                                                  Counted(count, "página", "páginas")));
+    QString told = QStringLiteral("%1, %2").arg(Counted(pages_->PrintedGuides(), "guia", "guias"),
+                                                Counted(count, "página", "páginas"));
+    for (const std::string& sentence : pages_->NotPrinted())
+        told += QLatin1Char('\n') + ToQt(sentence);
+    chosen_->setText(told);
     {
         const QSignalBlocker quiet(number_);
         number_->setRange(count == 0 ? 0 : 1, static_cast<int>(count));
