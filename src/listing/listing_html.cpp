@@ -80,7 +80,7 @@ void WriteFile(std::ostream& out, const TFileListing& file) {
         WriteGroup(out, file, columns, group);
     WriteTotals(out, file.Totals);
     if (file.HasDifferences())
-        out << "<p>Assinalado: o total informado não é a soma dos itens.</p>\n";
+        out << "<p>Assinalado: um total não é a soma dos itens.</p>\n";
     for (const std::string& note : file.Notes)
         out << "<p>" << HtmlText(note) << "</p>\n";
     if (file.Signatures)

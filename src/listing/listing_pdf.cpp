@@ -194,7 +194,7 @@ class TListingPages {
             AddGroup(group);
         AddTotals(file.Totals);
         if (file.HasDifferences())
-            AddLine("* O total informado não é a soma dos itens.", kPlain);
+            AddLine("* Um total não é a soma dos itens.", kPlain);
         for (const std::string& note : file.Notes)
             AddLine(note, kPlain);
         if (file.Signatures)

@@ -77,7 +77,7 @@ std::vector<std::string> TListingTable::FootLines() const {
                                         CellText({.Number = total.Value}, total.Kind),
                                         total.Differs ? " *" : ""));
     if (listing_.HasDifferences())
-        lines.emplace_back("* O total informado não é a soma dos itens.");
+        lines.emplace_back("* Um total não é a soma dos itens.");
     lines.insert(lines.end(), listing_.Notes.begin(), listing_.Notes.end());
     return lines;
 }

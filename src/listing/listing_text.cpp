@@ -126,7 +126,7 @@ void WriteFile(std::ostream& out, const TFileListing& file, const TPalette& pale
     out << '\n';
     WriteTotals(out, file.Totals, palette);
     if (file.HasDifferences())
-        out << "* O total informado não é a soma dos itens.\n";
+        out << "* Um total não é a soma dos itens.\n";
     for (const std::string& note : file.Notes)
         out << note << '\n';
     if (file.Signatures)

@@ -33,6 +33,7 @@ constexpr TListingColumn kGuiasColumns[] = {
     {"valorProcessado", "Valor processado", Money},
     {"valorGlosa", "Valor glosado", Money},
     {"valorPago", "Valor pago", Money},
+    {"valorPagoItens", "Pago nos itens", Money},
 };
 constexpr TListingColumn kSumsColumns[] = {
     {"chave", "Grupo"},
@@ -190,10 +191,10 @@ class TMonitoringListing {
             reader.Read(each, guia);
             LeaveOutIlegiveis(guia);
             sums_.Add(guia);
-            const std::optional<double> sum = SomaDosItens(guia);
+            const std::optional<double> sum = SomaDosItens(guia, &TItemFields::ValorInformado);
             itens_.Add(sum.value_or(0));
             unknownSum_ = unknownSum_ || !sum;
-            if (DifferenceOf(guia.ValorTotalInformado.Value, sum))
+            if (DifferenceOf(guia.ValorTotalInformado.Value, sum) || IsPaidOtherwise(guia))
                 ++differing_;
             action(guia);
         }
@@ -218,12 +219,18 @@ class TMonitoringListing {
                 check(item.*field);
     }
 
-    /// The amounts of the items; nothing where one of them cannot be read.
-    static std::optional<double> SomaDosItens(const TGuiaFields& guia) {
+    /// An amount of the items added up; nothing where one of them cannot be read.
+    static std::optional<double> SomaDosItens(const TGuiaFields& guia, TNumberField TItemFields::*amount) {
         for (const TItemFields& item : guia.Itens)
-            if (IsIlegivel(item.ValorInformado.Field))
+            if (IsIlegivel((item.*amount).Field))
                 return std::nullopt;
-        return guia.SumOfItens(&TItemFields::ValorInformado);
+        return guia.SumOfItens(amount);
+    }
+
+    /// Whether what was paid for a guide is not what was paid for its items.
+    static bool IsPaidOtherwise(const TGuiaFields& guia) {
+        return DifferenceOf(guia.ValorPagoGuia.Value, SomaDosItens(guia, &TItemFields::ValorPagoProc))
+            .has_value();
     }
 
     /// Refuses a file with other contents alone; where they stand beside guides, says that they are not
@@ -303,7 +310,7 @@ class TMonitoringListing {
         listing_.Columns = kGuiasColumns;
         std::vector<TListingRow>& rows = listing_.Groups.emplace_back().Rows;
         ForEachGuia([&](const TGuiaFields& guia) {
-            const std::optional<double> sum = SomaDosItens(guia);
+            const std::optional<double> sum = SomaDosItens(guia, &TItemFields::ValorInformado);
             const std::optional<double> difference = DifferenceOf(guia.ValorTotalInformado.Value, sum);
             rows.push_back({{TextCell(guia.Guia.Identificacao()), TextCell(guia.NumeroGuiaOperadora.Text()),
                              TextCell(RegistroText(guia.TipoRegistro.Text())),
@@ -311,8 +318,9 @@ class TMonitoringListing {
                              TextCell(guia.CodigoCNPJ_CPF.Text()), TextCell(DataOf(guia)),
                              CountCell(guia.Itens.size()), NumberCell(guia.ValorTotalInformado.Value),
                              NumberCell(sum), NumberCell(difference), NumberCell(guia.ValorProcessado.Value),
-                             NumberCell(guia.ValorGlosaGuia.Value), NumberCell(guia.ValorPagoGuia.Value)},
-                            difference.has_value()});
+                             NumberCell(guia.ValorGlosaGuia.Value), NumberCell(guia.ValorPagoGuia.Value),
+                             NumberCell(SomaDosItens(guia, &TItemFields::ValorPagoProc))},
+                            difference.has_value() || IsPaidOtherwise(guia)});
         });
         Sort(rows);
     }

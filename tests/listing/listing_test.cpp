@@ -378,7 +378,7 @@ TEST_F(Listing, ComparesTheTotalsOf2) {
     WriteTestFile(File("a.xml"), lot.insert(lot.rfind(kMaterials) + kMaterials.size(), "1000"));
     EXPECT_THAT(differing("capa"), testing::MatchesRegex("Materiais [0-9.]+;"));
     EXPECT_EQ(differing("despesas"), differing("capa"));
-    EXPECT_THAT(Run({"listar", "capa", File("a.xml")}).Out, HasSubstr("* O total informado não é a soma"));
+    EXPECT_THAT(Run({"listar", "capa", File("a.xml")}).Out, HasSubstr("* Um total não é a soma"));
     // Of a guide that does not list its expenses there is nothing to compare.
     constexpr std::string_view kEnd = "</ansTISS:outrasDespesas>";
     const std::size_t first = lot.find("<ansTISS:outrasDespesas>");
@@ -388,6 +388,9 @@ TEST_F(Listing, ComparesTheTotalsOf2) {
 }
 
 TEST_F(Listing, KeepsLotsAndMonitoringApart) {
+    // Two guides informed otherwise than their items, one of them and another paid otherwise.
+    EXPECT_THAT(Run({"listar", "guias", Example("monitoramento-1.06.00-com-erros.xml").string()}).Out,
+                HasSubstr("Guias com diferença: 3 *\n"));
     const std::string monitoring = Example("monitoramento-1.06.00-valido.xml").string();
     const std::string lot = Example("consulta-4.01.00-valido.xml").string();
     const std::string fees = Example("honorarios-4.01.00-valido.xml").string();

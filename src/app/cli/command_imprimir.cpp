@@ -124,8 +124,7 @@ class TPrinting {
         const std::shared_ptr<const IArquivoTiss> loaded = Load(name, file, errors);
         const bool checked = errors || options_.SemAviso;
         const std::vector<TFormGuide> guides = numbers_.Choose(FormGuidesOf(*loaded));
-        if (const auto* message = dynamic_cast<const TMensagemTiss*>(loaded.get());
-            message != nullptr)
+        if (const auto* message = dynamic_cast<const TMensagemTiss*>(loaded.get()); message != nullptr)
             for (const std::string& text : message->LoteGuias().GuiasNaoLidas().Textos("impress"))
                 context_.Warning(fmt::format("{}: {}", name, text));
         if (guides.empty() && numbers_.IsAll()) {

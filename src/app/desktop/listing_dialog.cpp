@@ -35,7 +35,7 @@ constexpr QSize kSize(1240, 620);
 constexpr int kMeasuredRows = 80; ///< by which columns get their widths
 constexpr int kWidestColumn = 46; ///< letters
 const auto kTitle = QStringLiteral("Listagens");
-const auto kDiffers = QStringLiteral("O total informado não é a soma dos itens.");
+const auto kDiffers = QStringLiteral("Um total não é a soma dos itens.");
 
 /// The orders as users choose them.
 constexpr std::array<std::pair<TListingOrder, const char*>, 5> kOrders = {
