@@ -98,8 +98,7 @@ void TContentRecovery::ReportDisplaced(const TItem& item) {
             continue;
         if (position > own && (before == nullptr || placed.First < before))
             before = placed.First;
-        if (!automaton_.IsAll && (excluder == nullptr || placed.First < excluder) &&
-            !distances_.Reaches(own, position) && !distances_.Reaches(position, own))
+        if (!automaton_.IsAll && (excluder == nullptr || placed.First < excluder) && Exclude(own, position))
             excluder = placed.First;
     }
     const auto placed = placed_.find(own);

@@ -12,7 +12,7 @@ constexpr int kLevelsMissing = 2;
 
 void TContentRecovery::FindMisplaced() {
     for (std::size_t i = 0; i < items_.size();) {
-        if (!items_[i].Candidates().empty()) {
+        if (!items_[i].Candidates().empty() || items_[i].Spare) {
             ++i;
             continue;
         }

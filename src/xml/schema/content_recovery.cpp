@@ -22,6 +22,7 @@ std::vector<TSchemaDecision> TContentRecovery::Run() {
     if (automaton_.IsAll) {
         PlaceAll();
     } else {
+        FindSpare();
         Place();
         ReportCounts();
     }
@@ -64,6 +65,49 @@ void TContentRecovery::MakeItems() {
         }
         items_.push_back(item);
     }
+}
+
+bool TContentRecovery::Exclude(std::uint32_t position, std::uint32_t other) {
+    return position != other && !distances_.Reaches(position, other) && !distances_.Reaches(other, position);
+}
+
+void TContentRecovery::FindSpare() {
+    const auto isEmpty = [](const TXmlNode& node) {
+        return node.FirstChildTag() == nullptr && node.Attributes().empty() &&
+               TrimXmlSpace(node.TextWithCData()).empty();
+    };
+    const auto isSure = [](const TItem& item) {
+        return item.Candidates().size() == 1 && item.Misnaming == TSchemaMisnaming::None;
+    };
+    std::map<std::uint32_t, const TItem*> filled; // by position
+    std::vector<TItem*> empty;
+    for (TItem& item : items_)
+        if (isSure(item)) {
+            if (!isEmpty(NodeOf(item)))
+                filled.try_emplace(item.Candidates().front(), &item);
+            else if (item.Count == 1)
+                empty.push_back(&item);
+        }
+    for (TItem* item : empty)
+        for (const auto& [position, other] : filled)
+            if (Exclude(item->Candidates().front(), position)) {
+                RemoveFaultsOf(NodeOf(*item));
+                TSchemaFault& fault =
+                    Add(TSchemaFaultCode::ExclusiveElement, NodeOf(*item), NodeOf(*item).LocalName());
+                fault.Expected = {std::string(NodeOf(*other).LocalName())};
+                fault.Remedy = TSchemaRemedy::Remove;
+                item->TakenAt = nullptr;
+                item->Unjudged = true;
+                item->Spare = true;
+                break;
+            }
+}
+
+void TContentRecovery::RemoveFaultsOf(const TXmlNode& element) {
+    auto& faults = faults_.Latest();
+    for (std::size_t i = faults.size(); i > 0 && faults[i - 1].FilePos >= element.FilePos(); --i)
+        if (faults[i - 1].Node == &element)
+            faults.erase(faults.begin() + static_cast<std::ptrdiff_t>(i - 1));
 }
 
 void TContentRecovery::NoteNamesakes() {

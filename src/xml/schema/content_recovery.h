@@ -66,6 +66,7 @@ class TContentRecovery {
         const std::vector<std::uint32_t>* TakenAt = nullptr; ///< see Candidates; null for none
         TSchemaMisnaming Misnaming = TSchemaMisnaming::None;
         bool Unjudged = false;          ///< what it was meant to be cannot be told
+        bool Spare = false;             ///< see FindSpare
         std::uint32_t Position = kNone; ///< the one chosen; none for a displaced item
         std::uint32_t Wrapper = kNone;  ///< the one of the missing element in which it belongs
         std::uint32_t Before = kNone;   ///< the nearest items in place around it
@@ -113,6 +114,16 @@ class TContentRecovery {
 
     /// The positions that take a child of that name as it is; null for none.
     const std::vector<std::uint32_t>* PositionsFor(const TSchemaName& name);
+
+    /// Finds empty elements beside another branch of their choice that is filled: generators write each
+    /// branch. They are told, and go.
+    void FindSpare();
+
+    /// Takes back what was said of an element before its siblings were known.
+    void RemoveFaultsOf(const TXmlNode& element);
+
+    /// True where a content never has both.
+    bool Exclude(std::uint32_t position, std::uint32_t other);
 
     const TXmlNode& NodeOf(const TItem& item) const { return *children_[item.First].Node; }
 

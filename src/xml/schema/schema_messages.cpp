@@ -162,6 +162,9 @@ std::string MissingWrapper(const TSchemaFault& fault) {
 }
 
 std::string ExclusiveElement(const TSchemaFault& fault) {
+    if (fault.Remedy == TSchemaRemedy::Remove)
+        return "Remova " + Tag(fault.Name) + ", que está vazio:" + In(fault) + " já está " +
+               Tags(fault.Expected) + ", e só cabe um deles.";
     return "O elemento " + Tag(fault.Name) + " não pode estar" + In(fault) + " junto com " +
            Tags(fault.Expected) + ".";
 }
