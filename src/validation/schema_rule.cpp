@@ -62,8 +62,8 @@ class TOtherVersions : public ISchemaOtherVersions {
         if (inner != nullptr && std::ranges::find(fault.Expected, inner->LocalName()) != fault.Expected.end())
             return fmt::format("Remova <{0}> e deixe <{1}> no lugar: <{0}> {2}.", fault.Name,
                                inner->LocalName(), text);
-        return fmt::format("Remova <{}>: em <{}> {}.", fault.Name, fault.Parent,
-                           text); // elsewhere it may live on
+        // In another element it may live on.
+        return fmt::format("Remova <{}>: em <{}> {}.", fault.Name, fault.Parent, text);
     }
 
     /// True of an element that earlier versions have in its place.

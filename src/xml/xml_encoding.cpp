@@ -689,10 +689,6 @@ std::string_view WordAt(std::string_view text, std::size_t at) {
     return word;
 }
 
-} // namespace
-
-namespace {
-
 TKeptUtf8 KeptOf(const TXmlMisreading& misreading) {
     return misreading.Partly ? TKeptUtf8::Signs : TKeptUtf8::Nothing;
 }
