@@ -31,21 +31,17 @@ inline bool IsIlegivel(const TXmlField& field) {
     return field.Text().find_first_not_of(" \t\r\n") != std::string_view::npos && !Addable(field.Number());
 }
 
-inline TListingCell TextCell(std::string_view text) {
-    return {.Text = std::string(text)};
-}
-
 /// A number without noise beyond the fourth decimal.
 inline TListingCell NumberCell(std::optional<double> number) {
     if (!number)
         return {};
     TDecimalSum sum;
     sum.Add(*number);
-    return {.Number = sum.Value()};
+    return TListingCell(sum.Value());
 }
 
 inline TListingCell CountCell(std::size_t count) {
-    return {.Number = static_cast<double>(count)};
+    return TListingCell(static_cast<double>(count));
 }
 
 /// What is told of amounts that sums leave out; one at least.

@@ -2,8 +2,12 @@
 #pragma once
 
 #include "model/arquivo_tiss.h"
+#include "xml/arena.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
+#include <memory>
 #include <optional>
 #include <set>
 #include <span>
@@ -50,13 +54,32 @@ constexpr bool IsNumeric(TCellKind kind) {
 }
 
 /// A cell: a text, or a number where the column holds such; empty with neither.
-struct TListingCell {
-    std::string Text = {};
-    std::optional<double> Number = {};
+class TListingCell {
+  public:
+    TListingCell() = default;
+    /// The text has to live as long as the cell: TListingMemory keeps those that do not.
+    explicit TListingCell(std::string_view text)
+        : text_(text.data()), length_(static_cast<std::uint32_t>(text.size())) {}
+    explicit TListingCell(double number) : number_(number), isNumber_(true) {}
 
-    bool IsEmpty() const { return Text.empty() && !Number; }
-    bool operator==(const TListingCell&) const = default;
+    std::string_view Text() const {
+        return isNumber_ ? std::string_view() : std::string_view(text_, length_);
+    }
+    std::optional<double> Number() const { return isNumber_ ? std::optional(number_) : std::nullopt; }
+    bool IsEmpty() const { return !isNumber_ && length_ == 0; }
+    bool operator==(const TListingCell& other) const {
+        return Text() == other.Text() && Number() == other.Number();
+    }
+
+  private:
+    union {
+        const char* text_ = nullptr;
+        double number_;
+    };
+    std::uint32_t length_ = 0; ///< of the text
+    bool isNumber_ = false;
 };
+static_assert(sizeof(TListingCell) <= 16, "a listing of a large file has a million of them");
 
 struct TListingColumn {
     std::string_view Key;   ///< for programs
@@ -68,8 +91,21 @@ struct TListingColumn {
 };
 
 struct TListingRow {
-    std::vector<TListingCell> Cells; ///< one a column
-    bool Differs = false;            ///< a declared total is not the sum that it stands for
+    std::span<const TListingCell> Cells; ///< one a column
+    bool Differs = false;                ///< a declared total is not the sum that it stands for
+};
+
+/// Keeps the cells of a listing and their texts.
+class TListingMemory {
+  public:
+    /// A cell with a copy of the text.
+    TListingCell Text(std::string_view text) { return TListingCell(arena_.Copy(text)); }
+    TListingRow Row(std::initializer_list<TListingCell> cells, bool differs = false) {
+        return {arena_.Copy(std::span(cells.begin(), cells.end())), differs};
+    }
+
+  private:
+    TArena arena_;
 };
 
 /// Rows that belong together.
@@ -109,10 +145,11 @@ struct TFileListing {
     std::span<const TListingColumn> Columns = {};
     std::vector<TListingGroup> Groups = {};
     std::vector<TListingTotal> Totals = {};
-    std::vector<std::string> Notes = {}; ///< sentences
-    bool Signatures = false;             ///< who delivers and who receives sign below
-    std::string Failure = {};            ///< why there is none; empty otherwise
-    int FailureStatus = 0;               ///< the exit status that stands for that
+    std::vector<std::string> Notes = {};                                         ///< sentences
+    std::shared_ptr<TListingMemory> Memory = std::make_shared<TListingMemory>(); ///< of the rows
+    bool Signatures = false;  ///< who delivers and who receives sign below
+    std::string Failure = {}; ///< why there is none; empty otherwise
+    int FailureStatus = 0;    ///< the exit status that stands for that
 
     /// Whether a row or a total differs from the sum that it stands for.
     bool HasDifferences() const;

@@ -11,20 +11,22 @@ namespace conferix {
 
 namespace {
 
-std::string NumberText(const TListingCell& cell, TCellKind kind) {
-    std::string text = CellText(cell, kind);
-    std::erase(text, '.'); // between thousands
-    return text;
+void AppendNumber(std::string& to, double number, TCellKind kind) {
+    const std::size_t from = to.size();
+    AppendCellText(to, TListingCell(number), kind);
+    to.erase(std::remove(to.begin() + static_cast<std::ptrdiff_t>(from), to.end(), '.'),
+             to.end()); // between thousands
 }
 
-std::string Cell(const TListingCell& cell, TCellKind kind) {
+void AppendCell(std::string& to, const TListingCell& cell, TCellKind kind) {
     if (cell.IsEmpty())
-        return {};
+        return;
     if (IsNumeric(kind))
-        return NumberText(cell, kind);
-    if (kind == TCellKind::Date && ParseIsoDate(cell.Text))
-        return CellText(cell, kind);
-    return CsvCell(cell.Text);
+        AppendNumber(to, *cell.Number(), kind);
+    else if (kind == TCellKind::Date && ParseIsoDate(cell.Text()))
+        AppendCellText(to, cell, kind);
+    else
+        AppendCsvCell(to, cell.Text());
 }
 
 /// Why the files of a listing are not one table.
@@ -61,10 +63,9 @@ class TCsvTable {
 
     void WriteFile(const TFileListing& file) const {
         for (const TListingGroup& group : file.Groups) {
-            for (const TListingRow& row : group.Rows)
-                WriteRow(file, group, "linha", row);
+            WriteRows(Begin(file.Arquivo, "linha", &file, group.Title), group.Rows);
             if (group.Sum)
-                WriteRow(file, group, "subtotal", *group.Sum);
+                WriteRows(Begin(file.Arquivo, "subtotal", &file, group.Title), std::span(&*group.Sum, 1));
         }
         std::string notes;
         for (const std::string& note : file.Notes)
@@ -75,38 +76,45 @@ class TCsvTable {
     /// The totals of which the table has a column. `notes`: what they leave out.
     void WriteTotals(std::string_view name, std::string_view what, const TFileListing* file,
                      const std::vector<TListingTotal>& totals, const std::string& notes) const {
-        Begin(name, what, file, {});
+        std::string line = Begin(name, what, file, {});
         for (const TListingColumn& column : columns_) {
             const auto total = std::ranges::find(totals, column.TotalKey(), &TListingTotal::Key);
-            out_ << ';';
-            if (total != totals.end())
-                out_ << Cell({.Number = total->Value}, total->Kind);
+            line += ';';
+            if (total != totals.end() && total->Value)
+                AppendNumber(line, *total->Value, total->Kind);
         }
-        out_ << ';' << (notes.empty() ? notes : CsvCell(notes)) << "\r\n";
+        out_ << line << ';' << (notes.empty() ? notes : CsvCell(notes)) << "\r\n";
     }
 
   private:
-    void WriteRow(const TFileListing& file, const TListingGroup& group, std::string_view what,
-                  const TListingRow& row) const {
-        Begin(file.Arquivo, what, &file, group.Title);
-        for (std::size_t i = 0; i < columns_.size(); ++i)
-            out_ << ';' << Cell(row.Cells[i], columns_[i].Kind);
-        out_ << ";\r\n";
+    /// `begin`: of each line.
+    void WriteRows(const std::string& begin, std::span<const TListingRow> rows) const {
+        std::string line;
+        for (const TListingRow& row : rows) {
+            line = begin;
+            for (std::size_t i = 0; i < columns_.size(); ++i) {
+                line += ';';
+                AppendCell(line, row.Cells[i], columns_[i].Kind);
+            }
+            line += ";\r\n";
+            out_.write(line.data(), static_cast<std::streamsize>(line.size()));
+        }
     }
-    void Begin(std::string_view name, std::string_view what, const TFileListing* file,
-               std::string_view group) const {
-        out_ << CsvCell(name) << ';' << CsvCell(what);
+    std::string Begin(std::string_view name, std::string_view what, const TFileListing* file,
+                      std::string_view group) const {
+        std::string line = CsvCell(name) + ';' + CsvCell(what);
         if (head_ != nullptr)
             for (std::size_t i = 0; i < head_->size(); ++i) {
-                out_ << ';';
+                line += ';';
                 if (file != nullptr && !file->Head[i].Value.empty())
-                    out_ << CsvCell(file->Head[i].Value);
+                    AppendCsvCell(line, file->Head[i].Value);
             }
         if (grouped_) {
-            out_ << ';';
+            line += ';';
             if (!group.empty())
-                out_ << CsvCell(group);
+                AppendCsvCell(line, group);
         }
+        return line;
     }
 
     std::ostream& out_;

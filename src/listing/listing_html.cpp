@@ -22,11 +22,17 @@ std::string_view ClassOf(TCellKind kind) {
 
 void WriteRow(std::ostream& out, const TFileListing& file, const std::vector<std::size_t>& columns,
               const TListingRow& row) {
-    out << (row.Differs ? "<tr class=\"difere\">" : "<tr>");
-    for (const std::size_t column : columns)
-        out << "<td" << ClassOf(file.Columns[column].Kind) << '>'
-            << HtmlText(CellText(row.Cells[column], file.Columns[column].Kind)) << "</td>";
-    out << "</tr>\n";
+    std::string html = row.Differs ? "<tr class=\"difere\">" : "<tr>";
+    for (const std::size_t column : columns) {
+        const TCellKind kind = file.Columns[column].Kind;
+        html.append("<td").append(ClassOf(kind)).append(1, '>');
+        if (IsNumeric(kind))
+            AppendCellText(html, row.Cells[column], kind);
+        else
+            html += HtmlText(CellText(row.Cells[column], kind));
+        html += "</td>";
+    }
+    out << html << "</tr>\n";
 }
 
 void WriteGroup(std::ostream& out, const TFileListing& file, const std::vector<std::size_t>& columns,
@@ -58,7 +64,7 @@ void WriteTotals(std::ostream& out, const std::vector<TListingTotal>& totals) {
         if (total.Value)
             out << fmt::format("<div><dt>{}</dt><dd{}>{}</dd></div>\n", HtmlText(total.Label),
                                total.Differs ? " class=\"difere\"" : "",
-                               HtmlText(CellText({.Number = total.Value}, total.Kind)));
+                               HtmlText(NumberText(*total.Value, total.Kind)));
     out << "</dl>\n";
 }
 

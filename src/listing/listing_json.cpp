@@ -14,15 +14,19 @@ namespace conferix {
 
 namespace {
 
-TJson CellJson(const TListingCell& cell, TCellKind kind) {
+TJson NumberJson(const std::optional<double>& number, TCellKind kind) {
     constexpr double kMostExact = 9e15; ///< beyond, doubles hold no longer every whole number
-    if (!IsNumeric(kind))
-        return cell.Text;
-    if (!cell.Number)
+    if (!number)
         return nullptr;
-    if (kind == TCellKind::Count && std::fabs(*cell.Number) < kMostExact)
-        return std::llround(*cell.Number);
-    return *cell.Number;
+    if (kind == TCellKind::Count && std::fabs(*number) < kMostExact)
+        return std::llround(*number);
+    return *number;
+}
+
+TJson CellJson(const TListingCell& cell, TCellKind kind) {
+    if (!IsNumeric(kind))
+        return cell.Text();
+    return NumberJson(cell.Number(), kind);
 }
 
 /// Where the rows of a group go, which are many: they are written without a tree of values. No text has this,
@@ -32,34 +36,38 @@ constexpr std::string_view kNoRows = "\"linhas\": null";
 
 void AppendCell(std::string& to, const TListingCell& cell, TCellKind kind) {
     const auto isPlain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
-    if (!IsNumeric(kind) && std::ranges::all_of(cell.Text, isPlain))
-        to.append("\"").append(cell.Text).append("\"");
+    if (!IsNumeric(kind) && std::ranges::all_of(cell.Text(), isPlain))
+        to.append("\"").append(cell.Text()).append("\"");
     else
         to += JsonText(CellJson(cell, kind), -1);
 }
 
-/// The rows as they stand in the indented text.
-std::string RowsText(const TFileListing& file, const TListingGroup& group) {
+/// Writes the rows as they stand in the indented text.
+void WriteRows(std::ostream& out, const TFileListing& file, const TListingGroup& group) {
     std::vector<std::string> keys;
     for (const TListingColumn& column : file.Columns)
         keys.push_back(fmt::format("{:14}\"{}\": ", "", column.Key));
-    std::string text = "[";
+    const std::string differs = fmt::format("{:14}\"difere\": ", "");
+    const std::string end = fmt::format("\n{:12}}}", "");
+    std::string text;
+    out << '[';
     for (const TListingRow& row : group.Rows) {
-        text += fmt::format("{}\n{:12}{{\n", &row == &group.Rows.front() ? "" : ",", "");
+        text = fmt::format("{}\n{:12}{{\n", &row == &group.Rows.front() ? "" : ",", "");
         for (std::size_t i = 0; i < keys.size(); ++i) {
             text += keys[i];
             AppendCell(text, row.Cells[i], file.Columns[i].Kind);
             text += ",\n";
         }
-        text += fmt::format("{:14}\"difere\": {}\n{:12}}}", "", row.Differs, "");
+        text.append(differs).append(row.Differs ? "true" : "false").append(end);
+        out.write(text.data(), static_cast<std::streamsize>(text.size()));
     }
-    return text + (group.Rows.empty() ? "]" : fmt::format("\n{:10}]", ""));
+    out << (group.Rows.empty() ? "]" : fmt::format("\n{:10}]", ""));
 }
 
 TJson TotalsJson(const std::vector<TListingTotal>& totals) {
     TJson json = TJson::object();
     for (const TListingTotal& total : totals)
-        json[total.Key] = CellJson({.Number = total.Value}, total.Kind);
+        json[total.Key] = NumberJson(total.Value, total.Kind);
     return json;
 }
 
@@ -106,7 +114,8 @@ void WriteListingJson(std::ostream& out, const TListing& listing) {
         if (file.Failure.empty())
             for (const TListingGroup& group : file.Groups) {
                 const std::size_t at = rest.find(kNoRows);
-                out << rest.substr(0, at) << kRowsKey << RowsText(file, group);
+                out << rest.substr(0, at) << kRowsKey;
+                WriteRows(out, file, group);
                 rest.remove_prefix(at + kNoRows.size());
             }
     out << rest << '\n';

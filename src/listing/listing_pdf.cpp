@@ -219,7 +219,7 @@ class TListingPages {
         y_ += kGap;
         for (const TListingTotal& total : totals)
             if (total.Value)
-                AddPair(total.Label, CellText({.Number = total.Value}, total.Kind), false, total.Differs);
+                AddPair(total.Label, NumberText(*total.Value, total.Kind), false, total.Differs);
     }
 
     /// The columns that are shown, as wide as they need to be, and of what is left or missing each its share.
@@ -257,10 +257,11 @@ class TListingPages {
             NewPage(true);
             AddHead();
         }
-        if (writer_ != nullptr)
+        if (writer_ != nullptr) {
             AddCells(row, row.Differs ? kStrong : style);
+            page_.Own.Lines.push_back({kMargin, y_ + kLine, kMargin + Width(), y_ + kLine, kPen / 2});
+        }
         y_ += kLine;
-        page_.Own.Lines.push_back({kMargin, y_, kMargin + Width(), y_, kPen / 2});
     }
 
     void AddCells(const TListingRow& row, const TLineStyle& style) {

@@ -73,8 +73,7 @@ std::vector<std::string> TListingTable::FootLines() const {
     std::vector<std::string> lines;
     for (const TListingTotal& total : listing_.Totals)
         if (total.Value)
-            lines.push_back(fmt::format("{}: {}{}", total.Label,
-                                        CellText({.Number = total.Value}, total.Kind),
+            lines.push_back(fmt::format("{}: {}{}", total.Label, NumberText(*total.Value, total.Kind),
                                         total.Differs ? " *" : ""));
     if (listing_.HasDifferences())
         lines.emplace_back("* Um total não é a soma dos itens.");

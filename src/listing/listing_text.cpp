@@ -5,6 +5,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <ostream>
 
 namespace conferix {
@@ -14,12 +16,21 @@ namespace {
 constexpr std::size_t kWidestText = 40; ///< characters of a column; what is longer is cut
 constexpr std::string_view kByHand = "______________________";
 
-/// A text from a file in at most so many characters.
-std::string Short(std::string_view text) {
-    std::string visible = Visible(text);
-    if (CountCharacters(visible) <= kWidestText)
-        return visible;
-    return visible.substr(0, BytesOfCharacters(visible, kWidestText - 1)) + "…";
+/// Appends a text from a file in at most so many characters, and answers how many.
+std::size_t AppendShort(std::string& to, std::string_view text) {
+    const bool plain = std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
+    if (plain && text.size() <= kWidestText) { // as nearly all texts are
+        to += text;
+        return text.size();
+    }
+    const std::string visible = Visible(text);
+    const std::size_t characters = CountCharacters(visible);
+    if (characters <= kWidestText) {
+        to += visible;
+        return characters;
+    }
+    to.append(visible, 0, BytesOfCharacters(visible, kWidestText - 1)).append("…");
+    return kWidestText;
 }
 
 /// The table of a file: widths hold for all groups, so that columns stand under each other.
@@ -38,63 +49,85 @@ class TTextTable {
     }
 
     void Write(std::ostream& out) const {
-        const TText* next = texts_.data();
+        TNext next;
+        std::string line;
         for (const TListingGroup& group : file_.Groups) {
             if (!group.Title.empty())
                 out << '\n' << palette_.Bold(Visible(group.Title)) << '\n';
             if (group.Rows.empty())
                 continue;
-            std::string line;
-            for (std::size_t i = 0; i < columns_.size(); ++i)
-                Put(line, i,
-                    {std::string(file_.Columns[columns_[i]].Title),
-                     CountCharacters(file_.Columns[columns_[i]].Title)});
-            out << palette_.Bold(Trimmed(line)) << '\n';
-            for (const TListingRow& row : group.Rows)
-                out << Line(row, next) << '\n';
-            if (group.Sum)
-                out << palette_.Bold(Line(*group.Sum, next)) << '\n';
+            line.clear();
+            for (std::size_t i = 0; i < columns_.size(); ++i) {
+                const std::string_view title = file_.Columns[columns_[i]].Title;
+                Put(line, i, title, CountCharacters(title));
+            }
+            Trim(line);
+            out << palette_.Bold(line) << '\n';
+            for (const TListingRow& row : group.Rows) {
+                SetLine(line, row, next);
+                line += '\n';
+                out.write(line.data(), static_cast<std::streamsize>(line.size()));
+            }
+            if (group.Sum) {
+                SetLine(line, *group.Sum, next);
+                out << palette_.Bold(line) << '\n';
+            }
         }
     }
 
   private:
-    struct TText {
-        std::string Text;
-        std::size_t Characters;
+    /// How long the text of a cell is.
+    struct TLength {
+        std::uint8_t Bytes;
+        std::uint8_t Characters;
+    };
+    static_assert(kWidestText * 4 <= std::numeric_limits<std::uint8_t>::max());
+    /// Where the next cell stands among the texts.
+    struct TNext {
+        std::size_t Cell = 0;
+        std::size_t Byte = 0;
     };
 
     void SetTexts(const TListingRow& row) {
         for (std::size_t i = 0; i < columns_.size(); ++i) {
-            std::string text = Short(CellText(row.Cells[columns_[i]], file_.Columns[columns_[i]].Kind));
-            const std::size_t characters = CountCharacters(text);
+            cell_.clear();
+            AppendCellText(cell_, row.Cells[columns_[i]], file_.Columns[columns_[i]].Kind);
+            const std::size_t before = texts_.size();
+            const std::size_t characters = AppendShort(texts_, cell_);
             widths_[i] = std::max(widths_[i], characters);
-            texts_.push_back({std::move(text), characters});
+            lengths_.push_back(
+                {static_cast<std::uint8_t>(texts_.size() - before), static_cast<std::uint8_t>(characters)});
         }
     }
     /// Adds a cell to a line, numbers to the right.
-    void Put(std::string& line, std::size_t i, const TText& cell) const {
+    void Put(std::string& line, std::size_t i, std::string_view text, std::size_t characters) const {
         const bool number = IsNumeric(file_.Columns[columns_[i]].Kind);
-        const std::size_t blanks = widths_[i] - cell.Characters;
+        const std::size_t blanks = widths_[i] - characters;
         line.append(line.empty() ? "" : "  ").append(number ? blanks : 0, ' ');
-        line.append(cell.Text).append(number ? 0 : blanks, ' ');
+        line.append(text).append(number ? 0 : blanks, ' ');
     }
-    static std::string Trimmed(std::string line) {
-        line.erase(line.find_last_not_of(' ') + 1);
-        return line;
-    }
-    /// `next`: the texts of the row; those of the next one afterwards.
-    std::string Line(const TListingRow& row, const TText*& next) const {
-        std::string line;
-        for (std::size_t i = 0; i < columns_.size(); ++i)
-            Put(line, i, *next++);
-        return row.Differs ? palette_.Severity(TMessageType::mtError, line + " *") : Trimmed(line);
+    static void Trim(std::string& line) { line.erase(line.find_last_not_of(' ') + 1); }
+    /// `next`: where the row begins; where the one after it does afterwards.
+    void SetLine(std::string& line, const TListingRow& row, TNext& next) const {
+        line.clear();
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            const TLength& length = lengths_[next.Cell++];
+            Put(line, i, std::string_view(texts_).substr(next.Byte, length.Bytes), length.Characters);
+            next.Byte += length.Bytes;
+        }
+        if (row.Differs)
+            line = palette_.Severity(TMessageType::mtError, line + " *");
+        else
+            Trim(line);
     }
 
     const TFileListing& file_;
     const TPalette& palette_;
     std::vector<std::size_t> columns_;
     std::vector<std::size_t> widths_;
-    std::vector<TText> texts_; ///< of the shown cells, row by row
+    std::string texts_; ///< of the shown cells, row by row
+    std::vector<TLength> lengths_;
+    std::string cell_;
 };
 
 /// Labels and values, one a line.
@@ -105,7 +138,7 @@ void WriteTotals(std::ostream& out, const std::vector<TListingTotal>& totals, co
     for (const TListingTotal& total : totals) {
         if (!total.Value)
             continue;
-        const std::string value = CellText({.Number = total.Value}, total.Kind);
+        const std::string value = NumberText(*total.Value, total.Kind);
         out << total.Label << ": " << std::string(widest - CountCharacters(total.Label), ' ')
             << (total.Differs ? palette.Severity(TMessageType::mtError, value + " *") : value) << '\n';
     }

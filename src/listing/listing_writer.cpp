@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 
@@ -17,31 +18,34 @@ namespace {
 constexpr int kMaxDecimals = 4;        ///< of amounts and quantities
 constexpr long double kUnits = 10'000; ///< of the last of them
 
-/// The number with as many decimals as it has, at least `least`.
-std::string DecimalText(double value, int least) {
+/// Appends the number with as many decimals as it has, at least `least`.
+void AppendDecimal(std::string& to, double value, int least) {
     constexpr int kBase = 10;
     constexpr int kGroup = 3;
     constexpr double kMost = 1e14; // of which the last decimals are not known
-    if (std::fabs(value) >= kMost)
-        return TFormatSettings::OfLocale({}).Decimal(value, least);
+    if (std::fabs(value) >= kMost) {
+        to += TFormatSettings::OfLocale({}).Decimal(value, least);
+        return;
+    }
     auto rest = static_cast<std::uint64_t>(std::llround(std::fabs(static_cast<long double>(value)) * kUnits));
     const bool negative = value < 0 && rest != 0;
     int decimals = kMaxDecimals;
     for (; decimals > least && rest % kBase == 0; --decimals)
         rest /= kBase;
-    std::string text; // from its end
+    constexpr std::size_t kLongest = 32;
+    std::array<char, kLongest> text; // filled from its end
+    char* at = text.end();
     for (int digit = -decimals; digit <= 0 || rest != 0; ++digit) {
         if (digit == 0 && decimals > 0)
-            text += ',';
+            *--at = ',';
         else if (digit > 0 && digit % kGroup == 0)
-            text += '.';
-        text += static_cast<char>('0' + rest % kBase);
+            *--at = '.';
+        *--at = static_cast<char>('0' + rest % kBase);
         rest /= kBase;
     }
     if (negative)
-        text += '-';
-    std::ranges::reverse(text);
-    return text;
+        *--at = '-';
+    to.append(at, text.end());
 }
 
 } // namespace
@@ -50,12 +54,27 @@ std::vector<std::string> ListingFormats() {
     return {"texto", "csv", "json", "html", "pdf"};
 }
 
+void AppendCellText(std::string& to, const TListingCell& cell, TCellKind kind) {
+    const std::string_view text = cell.Text();
+    if (IsNumeric(kind)) {
+        if (cell.Number())
+            AppendDecimal(to, *cell.Number(), kind == TCellKind::Money ? 2 : 0);
+    } else if (kind == TCellKind::Date && ParseIsoDate(text)) {
+        to.append(text.substr(8)).append(1, '/').append(text.substr(5, 2)).append(1, '/');
+        to.append(text.substr(0, 4));
+    } else {
+        to += text;
+    }
+}
+
 std::string CellText(const TListingCell& cell, TCellKind kind) {
-    if (IsNumeric(kind))
-        return cell.Number ? DecimalText(*cell.Number, kind == TCellKind::Money ? 2 : 0) : std::string();
-    if (kind == TCellKind::Date && ParseIsoDate(cell.Text))
-        return cell.Text.substr(8) + '/' + cell.Text.substr(5, 2) + '/' + cell.Text.substr(0, 4);
-    return cell.Text;
+    std::string text;
+    AppendCellText(text, cell, kind);
+    return text;
+}
+
+std::string NumberText(double number, TCellKind kind) {
+    return CellText(TListingCell(number), kind);
 }
 
 std::string SumsTitle(const TListingSums& sums, bool only) {

@@ -20,6 +20,10 @@ void WriteListing(std::ostream& out, const TListing& listing, std::string_view f
 
 /// A cell as people in Brazil write it: "1.234,56", "31/12/2026".
 std::string CellText(const TListingCell& cell, TCellKind kind);
+/// Appends it.
+void AppendCellText(std::string& to, const TListingCell& cell, TCellKind kind);
+/// A number as the cells of the kind, which is one of numbers, hold it.
+std::string NumberText(double number, TCellKind kind);
 
 /// What stands above totals over files: "Total de 2 arquivos", where there are several kinds of them "Total
 /// de 2 lotes de guias".

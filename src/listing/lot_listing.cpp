@@ -194,7 +194,8 @@ class TLotListing {
   public:
     TLotListing(const IMensagemTiss& message, TListingOrder order, TFileListing& listing)
         : message_(message), judged_(message.Versao() >= kTotaisDesdeVersao), listing_(listing),
-          guias_(GuiasOf(message.LoteGuias(), message.Versao(), order)), order_(order) {}
+          memory_(*listing.Memory), guias_(GuiasOf(message.LoteGuias(), message.Versao(), order)),
+          order_(order) {}
 
     void List(TListingKind kind) {
         CheckContents();
@@ -269,7 +270,10 @@ class TLotListing {
                           untoldItems));
     }
 
-    void AddRow(TListingRow row) { listing_.Groups.back().Rows.push_back(std::move(row)); }
+    void AddRow(std::initializer_list<TListingCell> cells, bool differs = false) {
+        listing_.Groups.back().Rows.push_back(memory_.Row(cells, differs));
+    }
+    TListingCell TextCell(std::string_view text) { return memory_.Text(text); }
 
     void AddTotal(std::string_view key, std::string_view label, TCellKind kind, std::optional<double> value,
                   bool differs = false) {
@@ -297,12 +301,12 @@ class TLotListing {
         listing_.Columns = kGuiasColumns;
         for (const TGuiaListada& guia : guias_) {
             const std::optional<double> difference = DifferenceOf(guia.Informado, guia.Calculado);
-            AddRow({{TextCell(guia.Guia.NumeroMostrado()), TextCell(guia.Head.NumeroOperadora),
-                     TextCell(guia.Head.Senha), TextCell(TipoGuiaTitle(guia.Guia.TipoGuia())),
-                     TextCell(guia.Data), TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
-                     TextCell(ProfissionalOf(guia)), CountCell(guia.Itens), NumberCell(guia.Informado),
-                     NumberCell(guia.Calculado), NumberCell(difference)},
-                    difference.has_value()});
+            AddRow({TextCell(guia.Guia.NumeroMostrado()), TextCell(guia.Head.NumeroOperadora),
+                    TextCell(guia.Head.Senha), TListingCell(TipoGuiaTitle(guia.Guia.TipoGuia())),
+                    TextCell(guia.Data), TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
+                    TextCell(ProfissionalOf(guia)), CountCell(guia.Itens), NumberCell(guia.Informado),
+                    NumberCell(guia.Calculado), NumberCell(difference)},
+                   difference.has_value());
         }
         AddTotals(TotalGeral());
     }
@@ -311,19 +315,19 @@ class TLotListing {
         listing_.Columns = kEntregaColumns;
         std::size_t number = 0;
         for (const TGuiaListada& guia : guias_)
-            AddRow({{CountCell(++number), TextCell(guia.Guia.NumeroMostrado()),
-                     TextCell(TipoGuiaTitle(guia.Guia.TipoGuia())), TextCell(guia.Data),
-                     TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
-                     NumberCell(guia.Informado)}});
+            AddRow({CountCell(++number), TextCell(guia.Guia.NumeroMostrado()),
+                    TListingCell(TipoGuiaTitle(guia.Guia.TipoGuia())), TextCell(guia.Data),
+                    TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
+                    NumberCell(guia.Informado)});
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
         AddTotal("valorInformado", "Valor informado", Money, TotalGeral().Declared());
         listing_.Signatures = true;
     }
 
     void AddBalance(std::string_view title, const TBalance& balance) {
-        AddRow({{TextCell(title), NumberCell(balance.Declared()), NumberCell(balance.Computed()),
-                 NumberCell(balance.Difference()), NumberCell(balance.DifferingOfJudged())},
-                balance.Differing() != 0});
+        AddRow({TextCell(title), NumberCell(balance.Declared()), NumberCell(balance.Computed()),
+                NumberCell(balance.Difference()), NumberCell(balance.DifferingOfJudged())},
+               balance.Differing() != 0);
     }
 
     void Capa() {
@@ -392,9 +396,8 @@ class TLotListing {
             std::ranges::stable_sort(rows, std::ranges::greater(),
                                      [](const auto& row) { return row.second.Valor.Value(); });
         for (const auto& [code, sum] : rows)
-            AddRow(
-                {{TextCell(code.first), TextCell(code.second), TextCell(sum.Descricao), CountCell(sum.Guias),
-                  NumberCell(sum.Quantidade.Value()), NumberCell(sum.Valor.Value())}});
+            AddRow({TextCell(code.first), TextCell(code.second), TextCell(sum.Descricao),
+                    CountCell(sum.Guias), NumberCell(sum.Quantidade.Value()), NumberCell(sum.Valor.Value())});
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
         AddTotal("quantidade", "Quantidade", Quantity, quantity.Value());
         AddTotal("valorTotal", "Valor dos procedimentos", Money, all.Value());
@@ -472,11 +475,10 @@ class TLotListing {
         std::size_t differing = 0;
         bool compared = judged_;
         const auto add = [&](std::string_view code, std::string_view title, const TSum& sum) {
-            AddRow(
-                {{TextCell(code), TextCell(title), CountCell(sum.Itens), NumberCell(sum.Quantidade.Value()),
-                  NumberCell(sum.Balance.Declared()), NumberCell(sum.Balance.Computed()),
-                  NumberCell(sum.Balance.Difference()), NumberCell(sum.Balance.DifferingOfJudged())},
-                 sum.Balance.Differing() != 0});
+            AddRow({TextCell(code), TextCell(title), CountCell(sum.Itens), NumberCell(sum.Quantidade.Value()),
+                    NumberCell(sum.Balance.Declared()), NumberCell(sum.Balance.Computed()),
+                    NumberCell(sum.Balance.Difference()), NumberCell(sum.Balance.DifferingOfJudged())},
+                   sum.Balance.Differing() != 0);
             items += sum.Itens;
             differing += sum.Balance.Differing();
             compared = compared || sum.Balance.DifferingOfJudged();
@@ -508,27 +510,28 @@ class TLotListing {
         std::size_t procedures = 0;
         TDecimalSum value;
         bool teams = false;
-        for (const TGuiaListada& guia : guias_)
+        for (const TGuiaListada& guia : guias_) {
+            const TListingCell numero = TextCell(guia.Guia.NumeroMostrado());
+            const TListingCell carteira = TextCell(guia.Head.Carteira);
+            const TListingCell beneficiario = TextCell(guia.Head.Beneficiario);
             for (const TProcedimentoListado& procedimento : ProcedimentosOf(guia.Guia)) {
                 ++procedures;
                 value.Add(procedimento.ValorTotal.value_or(0));
-                const auto row = [&] {
-                    return TListingRow{{TextCell(guia.Guia.NumeroMostrado()), TextCell(procedimento.Data),
-                                        TextCell(guia.Head.Carteira), TextCell(guia.Head.Beneficiario),
-                                        TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
-                                        TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
-                                        NumberCell(procedimento.ValorUnitario),
-                                        NumberCell(procedimento.ValorTotal)}};
-                };
+                const TListingRow row = memory_.Row(
+                    {numero, TextCell(procedimento.Data), carteira, beneficiario,
+                     TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
+                     TextCell(procedimento.Descricao), NumberCell(procedimento.Quantidade),
+                     NumberCell(procedimento.ValorUnitario), NumberCell(procedimento.ValorTotal)});
                 const std::vector<TProfissional> team = TeamOf(guia, procedimento);
                 teams = teams || team.size() > 1;
                 for (const TProfissional& professional : team) {
                     TWork& work = works[professional];
-                    work.Rows.push_back(row());
+                    work.Rows.push_back(row);
                     work.Quantidade.Add(procedimento.Quantidade.value_or(0));
                     work.Valor.Add(procedimento.ValorTotal.value_or(0));
                 }
             }
+        }
         listing_.Groups.clear();
         std::set<std::string> named;
         std::multimap<std::string, std::pair<const TProfissional*, TWork*>> sorted; // by name as people do it
@@ -540,11 +543,18 @@ class TLotListing {
             const std::string title = who->Text();
             if (!title.empty())
                 named.insert(title);
-            TListingRow sum{std::vector<TListingCell>(std::size(kProfissionaisColumns))};
-            sum.Cells[7] = NumberCell(work.Quantidade.Value());
-            sum.Cells[9] = NumberCell(work.Valor.Value());
+            const TListingRow sum = memory_.Row({{},
+                                                 {},
+                                                 {},
+                                                 {},
+                                                 {},
+                                                 {},
+                                                 {},
+                                                 NumberCell(work.Quantidade.Value()),
+                                                 {},
+                                                 NumberCell(work.Valor.Value())});
             listing_.Groups.push_back(
-                {title.empty() ? "Sem profissional informado" : title, std::move(work.Rows), std::move(sum)});
+                {title.empty() ? "Sem profissional informado" : title, std::move(work.Rows), sum});
         }
         AddTotal("profissionais", "Profissionais", Count, static_cast<double>(named.size()));
         listing_.Totals.back().Counted = std::move(named);
@@ -574,6 +584,7 @@ class TLotListing {
     const IMensagemTiss& message_;
     bool judged_; ///< rules judge the totals by category of this version
     TFileListing& listing_;
+    TListingMemory& memory_; ///< the listing's
     std::vector<TGuiaListada> guias_;
     TListingOrder order_;
 };

@@ -114,9 +114,10 @@ struct TSums {
         Glosa.Add(guia.ValorGlosaGuia.Value.value_or(0));
         Pago.Add(guia.ValorPagoGuia.Value.value_or(0));
     }
-    TListingRow Row(std::string_view title) const {
-        return {{TextCell(title), CountCell(Guias), CountCell(Itens), NumberCell(Informado.Value()),
-                 NumberCell(Processado.Value()), NumberCell(Glosa.Value()), NumberCell(Pago.Value())}};
+    TListingRow Row(std::string_view title, TListingMemory& memory) const {
+        return memory.Row({memory.Text(title), CountCell(Guias), CountCell(Itens),
+                           NumberCell(Informado.Value()), NumberCell(Processado.Value()),
+                           NumberCell(Glosa.Value()), NumberCell(Pago.Value())});
     }
 };
 
@@ -139,7 +140,7 @@ struct TAmounts {
 class TMonitoringListing {
   public:
     TMonitoringListing(const IMonitoramento& file, TListingOrder order, TFileListing& listing)
-        : file_(file), order_(order), listing_(listing) {}
+        : file_(file), order_(order), listing_(listing), memory_(*listing.Memory) {}
 
     void List(TListingKind kind) {
         CheckContents();
@@ -312,15 +313,16 @@ class TMonitoringListing {
         ForEachGuia([&](const TGuiaFields& guia) {
             const std::optional<double> sum = SomaDosItens(guia, &TItemFields::ValorInformado);
             const std::optional<double> difference = DifferenceOf(guia.ValorTotalInformado.Value, sum);
-            rows.push_back({{TextCell(guia.Guia.Identificacao()), TextCell(guia.NumeroGuiaOperadora.Text()),
-                             TextCell(RegistroText(guia.TipoRegistro.Text())),
-                             TextCell(EventoText(guia.TipoEventoAtencao.Text())),
-                             TextCell(guia.CodigoCNPJ_CPF.Text()), TextCell(DataOf(guia)),
-                             CountCell(guia.Itens.size()), NumberCell(guia.ValorTotalInformado.Value),
-                             NumberCell(sum), NumberCell(difference), NumberCell(guia.ValorProcessado.Value),
-                             NumberCell(guia.ValorGlosaGuia.Value), NumberCell(guia.ValorPagoGuia.Value),
-                             NumberCell(SomaDosItens(guia, &TItemFields::ValorPagoProc))},
-                            difference.has_value() || IsPaidOtherwise(guia)});
+            rows.push_back(memory_.Row(
+                {memory_.Text(guia.Guia.Identificacao()), memory_.Text(guia.NumeroGuiaOperadora.Text()),
+                 memory_.Text(RegistroText(guia.TipoRegistro.Text())),
+                 memory_.Text(EventoText(guia.TipoEventoAtencao.Text())),
+                 memory_.Text(guia.CodigoCNPJ_CPF.Text()), memory_.Text(DataOf(guia)),
+                 CountCell(guia.Itens.size()), NumberCell(guia.ValorTotalInformado.Value), NumberCell(sum),
+                 NumberCell(difference), NumberCell(guia.ValorProcessado.Value),
+                 NumberCell(guia.ValorGlosaGuia.Value), NumberCell(guia.ValorPagoGuia.Value),
+                 NumberCell(SomaDosItens(guia, &TItemFields::ValorPagoProc))},
+                difference.has_value() || IsPaidOtherwise(guia)));
         });
         Sort(rows);
     }
@@ -329,9 +331,7 @@ class TMonitoringListing {
         constexpr std::size_t kGuia = 0;
         constexpr std::size_t kData = 5;
         constexpr std::size_t kInformado = 7;
-        const auto text = [](const TListingRow& row, std::size_t column) -> const std::string& {
-            return row.Cells[column].Text;
-        };
+        const auto text = [](const TListingRow& row, std::size_t column) { return row.Cells[column].Text(); };
         if (order_ == TListingOrder::Guia)
             std::ranges::stable_sort(rows, [&](const TListingRow& a, const TListingRow& b) {
                 return IsNumeroBefore(text(a, kGuia), text(b, kGuia));
@@ -340,7 +340,7 @@ class TMonitoringListing {
             std::ranges::stable_sort(rows, {}, [&](const TListingRow& row) { return text(row, kData); });
         else if (order_ == TListingOrder::Valor)
             std::ranges::stable_sort(rows, std::ranges::greater(), [&](const TListingRow& row) {
-                return row.Cells[kInformado].Number.value_or(0);
+                return row.Cells[kInformado].Number().value_or(0);
             });
     }
 
@@ -375,7 +375,7 @@ class TMonitoringListing {
             std::ranges::stable_sort(rows, std::ranges::greater(),
                                      [](const auto& row) { return row.second.Informado.Value(); });
         for (const auto& [key, sum] : rows)
-            group.Rows.push_back(sum.Row(key.empty() ? std::string("não informado") : titleOf(key)));
+            group.Rows.push_back(sum.Row(key.empty() ? std::string("não informado") : titleOf(key), memory_));
     }
 
     void Procedimentos() {
@@ -402,9 +402,10 @@ class TMonitoringListing {
                                      [](const auto& row) { return row.second.Informado.Value(); });
         TListingGroup& group = listing_.Groups.emplace_back();
         for (const auto& [code, sum] : rows)
-            group.Rows.push_back({{TextCell(code.first), TextCell(code.second), CountCell(sum.Guias),
-                                   NumberCell(sum.Informada.Value()), NumberCell(sum.Informado.Value()),
-                                   NumberCell(sum.Paga.Value()), NumberCell(sum.Pago.Value())}});
+            group.Rows.push_back(
+                memory_.Row({memory_.Text(code.first), memory_.Text(code.second), CountCell(sum.Guias),
+                             NumberCell(sum.Informada.Value()), NumberCell(sum.Informado.Value()),
+                             NumberCell(sum.Paga.Value()), NumberCell(sum.Pago.Value())}));
     }
 
     void Despesas() {
@@ -424,13 +425,14 @@ class TMonitoringListing {
         });
         TListingGroup& group = listing_.Groups.emplace_back();
         for (std::size_t i = 0; i < std::size(kPaid); ++i)
-            group.Rows.push_back(
-                {{TextCell(kPaid[i].first), CountCell(sums[i].Guias), NumberCell(sums[i].Pago.Value())}});
+            group.Rows.push_back(memory_.Row(
+                {TListingCell(kPaid[i].first), CountCell(sums[i].Guias), NumberCell(sums[i].Pago.Value())}));
     }
 
     const IMonitoramento& file_;
     TListingOrder order_;
     TFileListing& listing_;
+    TListingMemory& memory_; ///< the listing's
     TSums sums_;
     TAmounts rows_; ///< of all rows, where they are sums of items or of parts of what was paid
     TDecimalSum itens_;

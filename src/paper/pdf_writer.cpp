@@ -199,7 +199,9 @@ class TPdfWriter::TDeflater {
     /// Holds until the next call.
     std::string_view Deflate(std::string_view content) {
         deflateReset(&stream_);
-        buffer_.resize(deflateBound(&stream_, static_cast<uLong>(content.size())));
+        const std::size_t most = deflateBound(&stream_, static_cast<uLong>(content.size()));
+        if (buffer_.size() < most)
+            buffer_.resize(most);
         stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
         stream_.avail_in = static_cast<uInt>(content.size());
         stream_.next_out = reinterpret_cast<Bytef*>(buffer_.data());

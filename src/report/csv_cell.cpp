@@ -29,12 +29,23 @@ bool IsChangedBySpreadsheets(std::string_view text) {
 
 } // namespace
 
-std::string CsvCell(std::string_view text) {
+void AppendCsvCell(std::string& to, std::string_view text) {
+    const auto isPlain = [](char c) { return c >= ' ' && c <= '~' && c != '"'; };
+    if (std::ranges::all_of(text, isPlain)) { // as nearly all texts are
+        to.append(IsChangedBySpreadsheets(text) ? "\"'" : "\"").append(text).append(1, '"');
+        return;
+    }
     const std::string visible = Visible(OneLine(text));
-    std::string cell = IsChangedBySpreadsheets(visible) ? "\"'" : "\"";
+    to += IsChangedBySpreadsheets(visible) ? "\"'" : "\"";
     for (const char c : visible)
-        cell += c == '"' ? "\"\"" : std::string(1, c);
-    return cell + '"';
+        to.append(c == '"' ? 2 : 1, c);
+    to += '"';
+}
+
+std::string CsvCell(std::string_view text) {
+    std::string cell;
+    AppendCsvCell(cell, text);
+    return cell;
 }
 
 } // namespace conferix

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <span>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -28,6 +29,14 @@ class TArena {
         char* memory = static_cast<char*>(Allocate(text.size(), 1));
         std::copy(text.begin(), text.end(), memory);
         return {memory, text.size()};
+    }
+
+    /// Keeps copies of them side by side for the life of the arena.
+    template<class T>
+    std::span<const T> Copy(std::span<const T> objects) {
+        static_assert(std::is_trivially_destructible_v<T>);
+        T* const memory = static_cast<T*>(Allocate(objects.size_bytes(), alignof(T)));
+        return {memory, std::uninitialized_copy(objects.begin(), objects.end(), memory)};
     }
 
   private:
