@@ -482,7 +482,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
 
     /// Passes attributes up to the ">" or "/" of their tag.
     bool Attributes(TXmlNode* node) {
-        TXmlAttribute** link = &node->attributes_;
+        TXmlAttribute** link = nullptr;
         ++tag_;
         for (std::int32_t index = 0;; ++index) {
             const bool separated = at_ != end_ && IsXmlSpace(*at_);
@@ -510,7 +510,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
             attribute->sourceIndex_ = index;
             if (index == 0)
                 NoteSpecial(node);
-            *link = attribute;
+            *(link != nullptr ? link : node->AttributesOf(document_->arena_)) = attribute;
             link = &attribute->next_;
         }
     }

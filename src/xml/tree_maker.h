@@ -44,10 +44,7 @@ class TXmlTreeMaker {
         return FindNamespaceFault(*document_, special_);
     }
 
-    static void SetContent(TXmlNode* node, std::string_view content) {
-        node->value_ = content.empty() ? nullptr : content.data();
-        node->valueLength_ = static_cast<std::uint32_t>(content.size());
-    }
+    static void SetContent(TXmlNode* node, std::string_view content) { node->PointValue(content); }
 
     /// True where a text goes on that a comment, an instruction or a CDATA section interrupted.
     bool AfterInterruption() const {

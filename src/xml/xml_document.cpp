@@ -70,9 +70,7 @@ TXmlNode* TXmlDocument::NewTag(std::string_view qualifiedName, std::string_view 
     node->flags_ = TXmlNode::kNew | TXmlNode::kOutside;
     node->parent_ = &root_;
     node->name_ = InternName(qualifiedName);
-    const std::string_view kept = arena_.Copy(value);
-    node->value_ = kept.empty() ? nullptr : kept.data();
-    node->valueLength_ = static_cast<std::uint32_t>(kept.size());
+    node->PointValue(arena_.Copy(value));
     return node;
 }
 

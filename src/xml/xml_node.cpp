@@ -60,7 +60,7 @@ const TXmlAttribute* TXmlNode::Attribute(std::string_view qualifiedName) const {
 TXmlAttribute* TXmlNode::FindAttribute(std::string_view qualifiedName) const {
     if (!IsTag())
         return nullptr;
-    for (TXmlAttribute* attribute = attributes_; attribute != nullptr; attribute = attribute->next_)
+    for (TXmlAttribute* attribute = FirstAttribute(); attribute != nullptr; attribute = attribute->next_)
         if (attribute->QualifiedName() == qualifiedName)
             return attribute;
     return nullptr;
@@ -156,11 +156,22 @@ TXmlDocument& TXmlNode::Document() {
     return *top->document_;
 }
 
+TXmlAttribute** TXmlNode::AttributesOf(TArena& arena) {
+    if (!HasExtra()) {
+        extra_ = arena.New<TExtra>(TExtra{.Value = value_});
+        flags_ |= kExtra;
+    }
+    return &extra_->Attributes;
+}
+
+void TXmlNode::PointValue(std::string_view value) {
+    (HasExtra() ? extra_->Value : value_) = value.data();
+    valueLength_ = static_cast<std::uint32_t>(value.size());
+}
+
 void TXmlNode::KeepValue(std::string_view value) {
     TXmlDocument& document = Document();
-    const std::string_view kept = document.arena_.Copy(value);
-    value_ = kept.empty() ? nullptr : kept.data();
-    valueLength_ = static_cast<std::uint32_t>(kept.size());
+    PointValue(document.arena_.Copy(value));
     flags_ |= kValueChanged;
     document.changed_ = true;
 }
@@ -213,8 +224,7 @@ void TXmlNode::JoinPieces(TArena& arena) {
         if (child.kind_ == TXmlNodeKind::xnText)
             joined += child.Value();
     const std::string_view kept = arena.Copy(joined);
-    value_ = TrimXmlSpace(kept).empty() ? nullptr : kept.data();
-    valueLength_ = value_ == nullptr ? 0 : static_cast<std::uint32_t>(kept.size());
+    PointValue(TrimXmlSpace(kept).empty() ? std::string_view() : kept);
 }
 
 void TXmlNode::SetPrefix(std::string_view prefix) {
@@ -240,7 +250,7 @@ void TXmlNode::SetAttribute(std::string_view qualifiedName, std::string_view val
     TXmlDocument& document = Document();
     TXmlAttribute* attribute = FindAttribute(qualifiedName);
     if (attribute == nullptr) {
-        TXmlAttribute** link = &attributes_;
+        TXmlAttribute** link = AttributesOf(document.arena_);
         while (*link != nullptr)
             link = &(*link)->next_;
         attribute = *link = document.arena_.New<TXmlAttribute>();
@@ -266,9 +276,9 @@ void TXmlNode::RenameAttribute(std::string_view qualifiedName, std::string_view 
 }
 
 void TXmlNode::RemoveAttribute(std::string_view qualifiedName) {
-    if (!IsTag())
+    if (!IsTag() || !HasExtra())
         return;
-    for (TXmlAttribute** link = &attributes_; *link != nullptr; link = &(*link)->next_) {
+    for (TXmlAttribute** link = &extra_->Attributes; *link != nullptr; link = &(*link)->next_) {
         if ((*link)->QualifiedName() != qualifiedName)
             continue;
         *link = (*link)->next_;
@@ -283,15 +293,13 @@ void TXmlNode::InsertChild(TXmlNode& child, TXmlNode* before) {
     while (*link != nullptr && *link != before)
         link = &(*link)->nextSibling_;
     child.parent_ = this;
-    child.flags_ &= static_cast<std::uint8_t>(~kOutside);
+    child.flags_ &= static_cast<std::uint16_t>(~kOutside);
     child.nextSibling_ = *link;
     *link = &child;
     if ((child.flags_ & kNew) == 0)
         child.flags_ |= kMoved;
-    if (child.IsTag()) {
-        value_ = nullptr;
-        valueLength_ = 0;
-    }
+    if (child.IsTag() && kind_ != TXmlNodeKind::xnDocument)
+        PointValue({});
     flags_ |= kChildInserted;
     Document().changed_ = true;
 }

@@ -123,8 +123,8 @@ class TXmlNode {
     std::string_view LocalName() const { return name_->Local; }
     std::string_view Prefix() const { return name_->Prefix; }
 
-    bool HasValue() const { return value_ != nullptr; }
-    std::string_view Value() const { return {value_, valueLength_}; }
+    bool HasValue() const { return valueLength_ != 0; }
+    std::string_view Value() const { return {HasExtra() ? extra_->Value : value_, valueLength_}; }
     /// Text of a tag as a schema sees it: value, text nodes and CDATA sections joined.
     std::string TextWithCData() const;
 
@@ -162,7 +162,7 @@ class TXmlNode {
         return {FirstChildTag(), [](TXmlNode* node) { return node->NextSiblingTag(); }};
     }
     TXmlRange<const TXmlAttribute> Attributes() const {
-        return {attributes_, [](const TXmlAttribute* attribute) { return attribute->Next(); }};
+        return {FirstAttribute(), [](const TXmlAttribute* attribute) { return attribute->Next(); }};
     }
     /// The attribute of that qualified name, or null.
     const TXmlAttribute* Attribute(std::string_view qualifiedName) const;
@@ -212,7 +212,7 @@ class TXmlNode {
     friend class TXmlPlainReader;
     friend class TXmlTreeWriter;
 
-    enum Flag : std::uint8_t {
+    enum Flag : std::uint16_t {
         kNew = 1, ///< not in the parsed text
         kValueChanged = 2,
         kNameChanged = 4,
@@ -221,7 +221,19 @@ class TXmlNode {
         kMoved = 32, ///< of the parsed text, but in another place of the tree
         kChildRemoved = 64,
         kOutside = 128, ///< in no tree; the parent only leads to the document
+        kExtra = 256,   ///< a tag that has attributes, or had them
     };
+    /// What few nodes have, so that the others need no room for it.
+    struct TExtra {
+        const char* Value;
+        TXmlAttribute* Attributes = nullptr;
+    };
+    bool HasExtra() const { return (flags_ & kExtra) != 0; }
+    TXmlAttribute* FirstAttribute() const { return HasExtra() ? extra_->Attributes : nullptr; }
+    /// Where the attributes of a tag begin, to be changed.
+    TXmlAttribute** AttributesOf(TArena& arena);
+    /// Lets the value be a text that lives as long as the document.
+    void PointValue(std::string_view value);
     bool IsOutside() const { return (flags_ & kOutside) != 0; }
     /// First byte after the start tag of a tag of the text; the end of any other node, 0 of the document.
     std::uint32_t ContentStart(std::string_view text) const;
@@ -243,18 +255,18 @@ class TXmlNode {
     TXmlNode* firstChild_ = nullptr;
     TXmlNode* nextSibling_ = nullptr;
     const TXmlName* name_ = nullptr;
-    const char* value_ = nullptr;
     union {
-        TXmlAttribute* attributes_ = nullptr; ///< of a tag
-        TXmlDocument* document_;              ///< of the document node
+        const char* value_ = nullptr;
+        TExtra* extra_;          ///< with kExtra
+        TXmlDocument* document_; ///< of the document node, which has no value
     };
     std::uint32_t valueLength_ = 0;
     std::uint32_t byteStart_ = 0;
     std::uint32_t byteEnd_ = 0;
     TXmlNodeKind kind_ = TXmlNodeKind::xnTag;
-    std::uint8_t flags_ = 0;
+    std::uint16_t flags_ = 0;
 };
-static_assert(sizeof(TXmlNode) <= 64, "a large file has a million of them");
+static_assert(sizeof(TXmlNode) <= 56, "a large file has a million of them");
 
 /// Text of a node that may be absent; empty for null and for a node without value.
 inline std::string_view ValueOf(const TXmlNode* node) {

@@ -205,17 +205,17 @@ class TXmlTreeBuilder : private TXmlTreeMaker {
         self.FlushRun(start, self.AfterInterruption());
         TXmlNode* node = self.Append(TXmlNodeKind::xnTag, start, self.EventEnd());
         node->name_ = self.document_->InternName(name);
-        TXmlAttribute** link = &node->attributes_;
+        if (*attributes != nullptr)
+            self.NoteSpecial(node);
+        TXmlAttribute** link = nullptr;
         for (std::int32_t index = 0; *attributes != nullptr; attributes += 2, ++index) {
             auto* attribute = self.document_->arena_.New<TXmlAttribute>();
             attribute->name_ = self.document_->InternName(attributes[0]);
             attribute->value_ = self.document_->arena_.Copy(attributes[1]);
             attribute->sourceIndex_ = index;
-            *link = attribute;
+            *(link != nullptr ? link : node->AttributesOf(self.document_->arena_)) = attribute;
             link = &attribute->next_;
         }
-        if (node->attributes_ != nullptr)
-            self.NoteSpecial(node);
         self.open_.push_back({node, nullptr});
     }
 

@@ -66,6 +66,18 @@ TEST(XmlWriter, ChangesOnlyWhatWasChanged) {
              Element(d).SetAttribute("s", "4");
          },
          "<a  q=\"a&quot;b&lt;&#10;\" r='3' s=\"4\" />"},
+        {"attributes beside values", "<a><b>1</b><c k='1'>2</c><d>3<!-- --></d><e k='1'/></a>",
+         [](TXmlDocument& d) {
+             Element(d).Child("b")->SetAttribute("k", "2");
+             Element(d).Child("b")->SetAttribute("l", std::string(Element(d).Child("b")->Value()));
+             Element(d).Child("c")->SetValue(std::string(Element(d).Child("c")->Value()) + "!");
+             Element(d).Child("c")->RemoveAttribute("k");
+             Element(d).Child("d")->SetAttribute("k", std::string(Element(d).Child("d")->Value()));
+             Element(d).Child("e")->SetValue("4");
+             Element(d).InsertChild(*d.NewTag("f", "5"), nullptr);
+             Element(d).Child("f")->SetAttribute("k", "6");
+         },
+         "<a><b k=\"2\" l=\"1\">1</b><c>2!</c><d k=\"3\">3<!-- --></d><e k='1'>4</e><f k=\"6\">5</f></a>"},
         {"removal takes the layout before it", "<a>\n  <b/>\n  <c>1</c>\n  <d/>\n</a>",
          [](TXmlDocument& d) { Element(d).Child("c")->Remove(); }, "<a>\n  <b/>\n  <d/>\n</a>"},
         {"removal of all leaves nothing", "<a>\n  <b>\n    <c/>\n  </b>\n</a>",
