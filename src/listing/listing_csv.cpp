@@ -3,6 +3,9 @@
 #include "platform/iso_date.h"
 #include "report/csv_cell.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <algorithm>
 #include <ostream>
 #include <string>
@@ -67,10 +70,8 @@ class TCsvTable {
             if (group.Sum)
                 WriteRows(Begin(file.Arquivo, "subtotal", &file, group.Title), std::span(&*group.Sum, 1));
         }
-        std::string notes;
-        for (const std::string& note : file.Notes)
-            notes.append(notes.empty() ? "" : " ").append(note);
-        WriteTotals(file.Arquivo, "total do arquivo", &file, file.Totals, notes);
+        WriteTotals(file.Arquivo, "total do arquivo", &file, file.Totals,
+                    fmt::to_string(fmt::join(file.Notes, " ")));
     }
 
     /// The totals of which the table has a column. `notes`: what they leave out.
@@ -144,14 +145,9 @@ void WriteListingCsv(std::ostream& out, const TListing& listing) {
             table.WriteFile(file);
     if (listing.Files.size() <= 1)
         return;
-    const auto noted =
-        std::ranges::count_if(listing.Files, [](const TFileListing& file) { return !file.Notes.empty(); });
-    std::string remarks = listing.Failures() != 0 ? OutOfTotalsText(listing.Failures()) : std::string();
-    if (noted != 0)
-        remarks.append(remarks.empty() ? "" : " ")
-            .append(noted == 1 ? "1 arquivo tem ressalvas."
-                               : std::to_string(noted) + " arquivos têm ressalvas.");
-    table.WriteTotals({}, "total", nullptr, listing.Sums().front().Totals, remarks);
+    const std::vector<std::string> notes = SumsNotes(listing);
+    table.WriteTotals({}, "total", nullptr, listing.Sums().front().Totals,
+                      fmt::to_string(fmt::join(notes, " ")));
 }
 
 } // namespace conferix

@@ -129,8 +129,8 @@ void WriteListingHtml(std::ostream& out, const TListing& listing) {
             out << "<h2>" << SumsTitle(sums, all.size() == 1) << "</h2>\n";
             WriteTotals(out, sums.Totals);
         }
-        if (listing.Failures() != 0)
-            out << "<p class=\"fora\">" << OutOfTotalsText(listing.Failures()) << "</p>\n";
+        for (const std::string& note : SumsNotes(listing))
+            out << "<p class=\"fora\">" << note << "</p>\n";
         out << "</article>\n";
     }
     out << "</main>\n</body>\n</html>\n";

@@ -124,8 +124,8 @@ class TListingPages {
             NewPage();
             AddTotals(sums.Totals);
         }
-        if (listing_.Failures() != 0)
-            AddLine(OutOfTotalsText(listing_.Failures()), kPlain);
+        for (const std::string& note : SumsNotes(listing_))
+            AddLine(note, kPlain);
     }
 
     float Width() const { return page_.Width - 2 * kMargin; }

@@ -187,8 +187,8 @@ void WriteListingText(std::ostream& out, const TListing& listing, bool colours) 
         out << '\n' << palette.Bold(SumsTitle(sums, all.size() == 1)) << '\n';
         WriteTotals(out, sums.Totals, palette);
     }
-    if (listing.Failures() != 0)
-        out << OutOfTotalsText(listing.Failures()) << '\n';
+    for (const std::string& note : SumsNotes(listing))
+        out << note << '\n';
 }
 
 } // namespace conferix

@@ -89,9 +89,17 @@ std::string CountedFiles(const TListingSums& sums) {
                : Counted(sums.Files, "arquivo de monitoramento", "arquivos de monitoramento");
 }
 
-std::string OutOfTotalsText(std::size_t failures) {
-    return fmt::format("Fora dos totais: {}, por não {}.", Counted(failures, "arquivo", "arquivos"),
-                       failures == 1 ? "poder ser listado" : "poderem ser listados");
+std::vector<std::string> SumsNotes(const TListing& listing) {
+    std::vector<std::string> notes;
+    if (const std::size_t failures = listing.Failures(); failures != 0)
+        notes.push_back(fmt::format("Fora dos totais: {}, por não {}.",
+                                    Counted(failures, "arquivo", "arquivos"),
+                                    failures == 1 ? "poder ser listado" : "poderem ser listados"));
+    const auto noted = static_cast<std::size_t>(
+        std::ranges::count_if(listing.Files, [](const TFileListing& file) { return !file.Notes.empty(); }));
+    if (noted != 0)
+        notes.push_back(fmt::format("{} ressalvas.", Counted(noted, "arquivo tem", "arquivos têm")));
+    return notes;
 }
 
 std::vector<std::size_t> ShownColumns(const TFileListing& file) {

@@ -30,8 +30,8 @@ std::string NumberText(double number, TCellKind kind);
 std::string SumsTitle(const TListingSums& sums, bool only);
 /// "2 lotes de guias"
 std::string CountedFiles(const TListingSums& sums);
-/// What is said of files that could not be listed, one at least.
-std::string OutOfTotalsText(std::size_t failures);
+/// What is said under totals over files: that some could not be listed, and that some have notes.
+std::vector<std::string> SumsNotes(const TListing& listing);
 
 /// Columns that have something in them, 0-based.
 std::vector<std::size_t> ShownColumns(const TFileListing& file);

@@ -98,6 +98,23 @@ const std::array<TCategoriaListada, 6> kCategorias = {{
     {kOpme, "08", "", "OPME"},
 }};
 
+/// A sum of those amounts that are known; nothing where none is.
+class TKnownSum {
+  public:
+    void Add(const std::optional<double>& amount) {
+        if (!amount)
+            return;
+        sum_.Add(*amount);
+        ++terms_;
+    }
+    std::optional<double> Value() const { return terms_ == 0 ? std::nullopt : std::optional(sum_.Value()); }
+    std::size_t Terms() const { return terms_; }
+
+  private:
+    TDecimalSum sum_;
+    std::size_t terms_ = 0;
+};
+
 /// Declared totals beside the sums that they stand for, guide by guide.
 class TBalance {
   public:
@@ -105,8 +122,8 @@ class TBalance {
     void Add(std::optional<double> declared, std::optional<double> computed, bool judged = true) {
         declared = Addable(declared);
         computed = Addable(computed);
-        AddTo(declared_, declared);
-        AddTo(computed_, computed);
+        declared_.Add(declared);
+        computed_.Add(computed);
         partial_ = partial_ || (declared && !computed);
         judged_ = judged_ || (judged && declared && computed);
         if (const std::optional<double> difference = DifferenceOf(declared, computed); judged && difference) {
@@ -114,9 +131,9 @@ class TBalance {
             ++differing_;
         }
     }
-    std::optional<double> Declared() const { return ValueOfSum(declared_); }
+    std::optional<double> Declared() const { return declared_.Value(); }
     /// Nothing where the sum of one of the declared totals is not known.
-    std::optional<double> Computed() const { return partial_ ? std::nullopt : ValueOfSum(computed_); }
+    std::optional<double> Computed() const { return partial_ ? std::nullopt : computed_.Value(); }
     std::optional<double> Difference() const {
         return differing_ == 0 ? std::nullopt : std::optional(difference_.Value());
     }
@@ -128,27 +145,13 @@ class TBalance {
         return judged_ ? std::optional(static_cast<double>(differing_)) : std::nullopt;
     }
     /// Whether each of so many guides had a sum.
-    bool HasComputedAll(std::size_t guides) const { return computed_.Terms == guides; }
+    bool HasComputedAll(std::size_t guides) const { return computed_.Terms() == guides; }
     /// True for a total that nothing is said of, or nothing but zeros.
     bool IsEmpty() const { return Declared().value_or(0) == 0 && Computed().value_or(0) == 0; }
 
   private:
-    struct TTerms {
-        TDecimalSum Sum;
-        std::size_t Terms = 0;
-    };
-    static void AddTo(TTerms& terms, const std::optional<double>& value) {
-        if (!value)
-            return;
-        terms.Sum.Add(*value);
-        ++terms.Terms;
-    }
-    static std::optional<double> ValueOfSum(const TTerms& terms) {
-        return terms.Terms == 0 ? std::nullopt : std::optional(terms.Sum.Value());
-    }
-
-    TTerms declared_;
-    TTerms computed_;
+    TKnownSum declared_;
+    TKnownSum computed_;
     TDecimalSum difference_;
     std::size_t differing_ = 0;
     bool judged_ = false;
@@ -366,8 +369,8 @@ class TLotListing {
         struct TSum {
             std::string_view Descricao;
             std::size_t Guias = 0;
-            TDecimalSum Quantidade;
-            TDecimalSum Valor;
+            TKnownSum Quantidade;
+            TKnownSum Valor;
             const IGuiaTiss* Last = nullptr;
         };
         listing_.Columns = kProcedimentosColumns;
@@ -382,8 +385,8 @@ class TLotListing {
                 sum.Guias += std::exchange(sum.Last, &guia.Guia) == &guia.Guia ? 0 : 1;
                 if (sum.Descricao.empty())
                     sum.Descricao = procedimento.Descricao;
-                sum.Quantidade.Add(procedimento.Quantidade.value_or(0));
-                sum.Valor.Add(procedimento.ValorTotal.value_or(0));
+                sum.Quantidade.Add(procedimento.Quantidade);
+                sum.Valor.Add(procedimento.ValorTotal);
                 quantity.Add(procedimento.Quantidade.value_or(0));
                 ofGuide.Add(procedimento.ValorTotal.value_or(0));
                 all.Add(procedimento.ValorTotal.value_or(0));
@@ -394,7 +397,7 @@ class TLotListing {
                                                                                          sums.end());
         if (order_ == TListingOrder::Valor)
             std::ranges::stable_sort(rows, std::ranges::greater(),
-                                     [](const auto& row) { return row.second.Valor.Value(); });
+                                     [](const auto& row) { return row.second.Valor.Value().value_or(0); });
         for (const auto& [code, sum] : rows)
             AddRow({TextCell(code.first), TextCell(code.second), TextCell(sum.Descricao),
                     CountCell(sum.Guias), NumberCell(sum.Quantidade.Value()), NumberCell(sum.Valor.Value())});
@@ -503,8 +506,8 @@ class TLotListing {
         listing_.Columns = kProfissionaisColumns;
         struct TWork {
             std::vector<TListingRow> Rows;
-            TDecimalSum Quantidade;
-            TDecimalSum Valor;
+            TKnownSum Quantidade;
+            TKnownSum Valor;
         };
         std::map<TProfissional, TWork> works;
         std::size_t procedures = 0;
@@ -527,8 +530,8 @@ class TLotListing {
                 for (const TProfissional& professional : team) {
                     TWork& work = works[professional];
                     work.Rows.push_back(row);
-                    work.Quantidade.Add(procedimento.Quantidade.value_or(0));
-                    work.Valor.Add(procedimento.ValorTotal.value_or(0));
+                    work.Quantidade.Add(procedimento.Quantidade);
+                    work.Valor.Add(procedimento.ValorTotal);
                 }
             }
         }

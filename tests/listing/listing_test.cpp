@@ -291,6 +291,12 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
         EXPECT_THAT(Run({"listar", "capa", File("a.xml"), "--formato", "csv"}).Out,
                     testing::ContainsRegex(fmt::format("\"total do arquivo\".*;\"{}", c.Note)))
             << c.Wrong;
+        EXPECT_THAT(Run({"listar", "guias", File("a.xml"), Example("spsadt-3.05.00-valido.xml")}).Out,
+                    HasSubstr("1 arquivo tem ressalvas.\n"))
+            << c.Wrong;
+        EXPECT_EQ(Column(FileOf("procedimentos", File("a.xml")), "valorTotal")[3],
+                  std::string_view(c.Right).find("18.40") == std::string_view::npos ? json(18.4) : json())
+            << c.Wrong;
     }
     // Elements that are no guides are not passed over in silence, and nothing else is no list.
     std::string unknown = Lot({kGuides.front()});
