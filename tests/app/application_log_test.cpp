@@ -1,6 +1,7 @@
 #include "app/application_log.h"
 #include "data/tuss_writer.h"
 #include "support/command_test.h"
+#include "support/system.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_parser.h"
 #include "xml/xml_scanner.h"
@@ -9,8 +10,6 @@
 
 #include <functional>
 #include <sstream>
-
-#include <sys/stat.h>
 
 namespace conferix {
 namespace {
@@ -106,7 +105,7 @@ TEST_F(ApplicationLog, NothingFailsForWantOfALog) {
         {"the log is a pipe",
          [](const fs::path& data) {
              fs::create_directories(data);
-             ASSERT_EQ(mkfifo((data / "conferix.log").c_str(), 0600), 0);
+             MakePipe(data / "conferix.log");
          }},
     };
     for (const auto& c : cases) {

@@ -311,8 +311,8 @@ TEST_F(Reports, CsvHasARowAMessageAndNoFormulas) {
 }
 
 TEST_F(Reports, WhatIsShownAndWhereIsChosen) {
-    const std::string faulty = Example("spsadt-3.05.00-com-erros.xml");
-    const std::string valid = Example("odonto-3.05.00-valido.xml");
+    const std::string faulty = Example("spsadt-3.05.00-com-erros.xml").string();
+    const std::string valid = Example("odonto-3.05.00-valido.xml").string();
     const auto statusOf = [this](const std::string& file, const char* level) {
         return Validar({"--silencioso", "--nivel", level}, {file}).Status;
     };
