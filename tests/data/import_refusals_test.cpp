@@ -2,6 +2,7 @@
 #include "data/import_fixture.h"
 
 #include "data/tuss.h"
+#include "platform/portable_name.h"
 #include "support/system.h"
 
 #include <atomic>
@@ -66,7 +67,7 @@ TEST_F(ImportRefusals, FilesThatAreNoPublication) {
         {Write("cortado.zip", zip.substr(0, zip.size() / 2)), "não é um arquivo ZIP válido"},
         {Write("estragado.zip", damaged), "está danificado"},
         {File("falta.zip"), "o arquivo não existe"},
-        {kNullDevice, "não é um arquivo comum"},
+        {kNullDevice, NamesDevice(kNullDevice) ? kDeviceReason : "não é um arquivo comum"},
         {File("vazia"), "a pasta não tem nenhum arquivo"},
     };
     for (const auto& c : cases)

@@ -82,7 +82,7 @@ TEST(WriteFileAtomically, WritesNewFilesAndReplacesOldOnes) {
     for (const std::string& name : {std::string("guia ç.xml"), longName}) // without a folder
         for (const std::string& bytes :
              {std::string("novo\0\n", 6), std::string(300'000, 'x'), std::string()}) {
-            WriteFileAtomically(name, bytes);
+            WriteFileAtomically(PathOf(name), bytes);
             EXPECT_EQ(ReadTestFile(folder / name), bytes);
         }
     fs::current_path(before);

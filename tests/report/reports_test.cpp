@@ -245,7 +245,7 @@ TEST_F(Reports, JunitCountsWhatItHolds) {
     EXPECT_GT(totals["tests"] - totals["failures"], 10);
     EXPECT_THAT(result.Out, HasSubstr("\\xE3o utf8 #1"));
     // What only warns fails on request.
-    const std::vector<std::string> warned = {Example("monitoramento-1.03.00-com-erros.xml")};
+    const std::vector<std::string> warned = {Example("monitoramento-1.03.00-com-erros.xml").string()};
     EXPECT_THAT(Validar({"--formato", "junit", "--nivel", "informacao"}, warned).Out,
                 testing::Not(HasSubstr("<system-out>informa")));
 }

@@ -41,6 +41,19 @@ bool MakeLink(const std::filesystem::path& /*target*/, const std::filesystem::pa
     return false;
 }
 
+bool NamesHoldAnything() {
+    return false;
+}
+
+bool TerminalsHaveNames() {
+    return false;
+}
+
+// A database that is open stays.
+bool OpenFilesCanBeReplaced() {
+    return false;
+}
+
 // A read-only file is so for everybody.
 bool NothingIsWriteProtected() {
     return false;

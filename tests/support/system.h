@@ -18,6 +18,15 @@ bool MakePipe(const std::filesystem::path& file);
 /// Makes a symbolic link, to a folder with `toFolder`; false on a system on which a user may not.
 bool MakeLink(const std::filesystem::path& target, const std::filesystem::path& link, bool toFolder = false);
 
+/// Whether names of files may hold control characters and what is no UTF-8.
+bool NamesHoldAnything();
+
+/// Whether TERM tells what terminal it is.
+bool TerminalsHaveNames();
+
+/// Whether a file that somebody reads can be replaced, who then goes on reading the old one.
+bool OpenFilesCanBeReplaced();
+
 /// Whether the user may write whatever is write-protected, as an administrator may on some systems.
 bool NothingIsWriteProtected();
 
