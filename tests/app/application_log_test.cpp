@@ -41,7 +41,7 @@ class ApplicationLog : public TCommandTest {
         std::vector<std::string> lines;
         std::istringstream text(ReadTestFile(file));
         for (std::string line; std::getline(text, line);)
-            lines.push_back(line);
+            lines.push_back(line.substr(0, line.find('\r'))); // as text files of Windows have it
         return lines;
     }
 
