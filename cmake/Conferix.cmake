@@ -80,17 +80,23 @@ function(conferix_program name)
     conferix_unit(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS})
 endfunction()
 
-# conferix_test(<name> SOURCES ... POSIX_SOURCES ... DEPENDS ...): one GoogleTest program; every case is a test of its own,
-# under Wine, which takes its time to start, every program. POSIX_SOURCES are left out for Windows: what they try is made of
+# conferix_test(<name> SOURCES ... POSIX_SOURCES ... DEPENDS ...): one GoogleTest program; every case is a test of its own, also
+# under Wine, where the programs are asked for their cases before the tests run. POSIX_SOURCES are left out for Windows: what they try is made of
 # pipes, limits, programs or libraries that are not there. tests/ is in the include path; tests find the repository through
 # CONFERIX_FONTE.
 function(conferix_test name)
     cmake_parse_arguments(ARG "" "" "SOURCES;POSIX_SOURCES;DEPENDS" ${ARGN})
-    if(NOT WIN32)
+    if(WIN32)
+        list(APPEND ARG_SOURCES ${CMAKE_SOURCE_DIR}/tests/support/main_windows.cpp)
+        list(APPEND ARG_DEPENDS conferix_platform)
+        set(discovery DISCOVERY_MODE PRE_TEST PROPERTIES ENVIRONMENT LC_ALL=pt_BR.UTF-8)
+    else()
         list(APPEND ARG_SOURCES ${ARG_POSIX_SOURCES})
+        list(APPEND ARG_DEPENDS GTest::gtest_main)
+        set(discovery PROPERTIES ENVIRONMENT TZ=America/Sao_Paulo)
     endif()
     add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE conferix_options tests_support ${ARG_DEPENDS} GTest::gmock GTest::gtest_main)
+    target_link_libraries(${name} PRIVATE conferix_options tests_support ${ARG_DEPENDS} GTest::gmock)
     # Long bodies that run once: optimising them would take half of the whole compilation.
     target_compile_options(${name} PRIVATE -O0)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
@@ -98,10 +104,8 @@ function(conferix_test name)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/test_bin)
     if(WIN32)
         target_compile_options(${name} PRIVATE -Wa,-mbig-obj)
-        add_test(NAME ${name} COMMAND ${name})
-    else()
-        gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ENVIRONMENT TZ=America/Sao_Paulo)
     endif()
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 ${discovery})
 endfunction()
 
 # conferix_resource(<folder>/<name>.qrc DEPENDS <its files>): <folder>/<name>.cpp, which holds the files of a list of Qt. Not

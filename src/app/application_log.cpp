@@ -36,7 +36,7 @@ void Record(const char* category, const std::string& text) {
         if (std::filesystem::exists(file) && !std::filesystem::is_regular_file(file))
             return;
         spdlog::logger log(category, std::make_shared<spdlog::sinks::rotating_file_sink_st>(
-                                         file.string(), kFileBytes, kOldFiles));
+                                         file.native(), kFileBytes, kOldFiles));
         log.set_error_handler([](const std::string&) {});
         log.set_pattern("%Y-%m-%d %H:%M:%S [%n] %v");
         log.info(OneLine(text));

@@ -26,9 +26,10 @@ class TUrl {
   public:
     explicit TUrl(const std::string& text) : url_(Library().Url(), Library().UrlCleanup) { Set(text); }
 
-    /// Sets the address; a relative one is taken from the address before.
+    /// Sets the address; a relative one is taken from the address before. A scheme that this library does not
+    /// know makes no other address of it.
     void Set(const std::string& text) {
-        if (Library().UrlSet(url_.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK)
+        if (Library().UrlSet(url_.get(), CURLUPART_URL, text.c_str(), CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK)
             throw EHttp(fmt::format("o endereço \"{}\" não é válido", text));
     }
     std::string Part(CURLUPart part) const {

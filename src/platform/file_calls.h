@@ -35,6 +35,8 @@ class TDescriptor {
     static int OpenForReading(const std::filesystem::path& file);
     /// Waits some seconds for somebody to read from a pipe; then raises EFileNotWritten.
     static int OpenForWriting(const std::filesystem::path& file);
+    /// A file of the user's own, which takes the attributes of another as well.
+    static int OpenFinished(const std::filesystem::path& file);
     /// A new file for its owner alone; negative, with LastError(), when there is one of that name.
     static int CreateNew(const std::filesystem::path& file);
     static int OpenForLocking(const std::filesystem::path& file);

@@ -113,6 +113,10 @@ int TDescriptor::OpenForWriting(const fs::path& file) {
     }
 }
 
+int TDescriptor::OpenFinished(const fs::path& file) {
+    return ::open(file.c_str(), O_WRONLY | O_CLOEXEC);
+}
+
 int TDescriptor::CreateNew(const fs::path& file) {
     return ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
 }

@@ -77,6 +77,10 @@ int TDescriptor::OpenForReading(const fs::path& file) {
 int TDescriptor::OpenForWriting(const fs::path& file) {
     return Open(file, GENERIC_WRITE, kShareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
 }
+int TDescriptor::OpenFinished(const fs::path& file) {
+    return Open(file, GENERIC_WRITE | READ_CONTROL | WRITE_DAC, kShareAll, OPEN_EXISTING,
+                FILE_ATTRIBUTE_NORMAL);
+}
 // Others may read it or have it removed, but not hold it alone while it lives.
 int TDescriptor::CreateNew(const fs::path& file) {
     return Open(file, GENERIC_WRITE | READ_CONTROL | WRITE_DAC | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,

@@ -62,6 +62,27 @@ void TakeAttributesIfPossible(const TDescriptor& copy, const fs::path& original,
     }
 }
 
+/// Why a file could not be used. Windows finds no file where a part of its path is none that could hold it,
+/// or where its name is longer than names may be.
+std::string FileReason(const fs::path& file, const std::error_code& failure) {
+    constexpr std::size_t kMaxName = 255;
+    if (failure != std::errc::no_such_file_or_directory) {
+        return ReasonText(failure);
+    }
+    if (file.filename().native().size() > kMaxName) {
+        return ReasonText(std::make_error_code(std::errc::filename_too_long));
+    }
+    for (fs::path part = file.parent_path(); part.has_relative_path(); part = part.parent_path()) {
+        std::error_code unreachable;
+        const fs::file_status status = fs::status(part, unreachable);
+        if (fs::exists(status)) {
+            return ReasonText(fs::is_directory(status) ? failure
+                                                       : std::make_error_code(std::errc::not_a_directory));
+        }
+    }
+    return ReasonText(failure);
+}
+
 /// Why a file was not written; of one whose folder is missing no file is looked for.
 std::string ReasonNotWritten(const fs::path& file, const std::error_code& failure) {
     const fs::path folder = file.parent_path();
@@ -69,7 +90,7 @@ std::string ReasonNotWritten(const fs::path& file, const std::error_code& failur
     return failure == std::errc::no_such_file_or_directory && !folder.empty() &&
                    fs::status(folder, unreachable).type() == fs::file_type::not_found
                ? "a pasta \"" + PathText(folder) + "\" não existe"
-               : ReasonText(failure);
+               : FileReason(file, failure);
 }
 
 /// Writes bytes into a new file, gives it what `takeAttributes` says and puts it in its place; `keep` is
@@ -180,7 +201,7 @@ std::string ReadWholeFile(const fs::path& file, std::uintmax_t limit, std::optio
     try {
         return ReadAll(file, limit, stamp);
     } catch (const std::system_error& failure) {
-        throw EFileNotRead(file, ReasonText(failure.code()));
+        throw EFileNotRead(file, FileReason(file, failure.code()));
     } catch (const std::bad_alloc&) {
         throw EFileNotRead(file, kNoMemory);
     }
@@ -247,7 +268,7 @@ void ReplaceFileBy(const fs::path& file, const fs::path& finished) {
     try {
         const fs::path target = FollowLinks(file);
         const bool replaces = fs::exists(target);
-        TDescriptor descriptor(TDescriptor::OpenForWriting(finished));
+        TDescriptor descriptor(TDescriptor::OpenFinished(finished));
         if (replaces) {
             CheckReplaceable(target, file);
             TakeAttributes(descriptor, target, file);

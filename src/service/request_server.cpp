@@ -35,8 +35,12 @@ asio::ip::address AddressOf(const std::string& text) {
     return address;
 }
 
-std::string ReasonOf(TErrorCode failure) {
-    if (failure == asio::error::address_in_use)
+std::string ReasonOf(TErrorCode failure, std::uint16_t port) {
+    // Windows also denies access to a port that another program has for itself; no system does to a common
+    // one.
+    constexpr std::uint16_t kFirstCommonPort = 1024;
+    if (failure == asio::error::address_in_use ||
+        (failure == asio::error::access_denied && port >= kFirstCommonPort))
         return "a porta já está em uso";
     if (failure == asio::error::access_denied)
         return "o sistema não permite esta porta a este usuário";
@@ -65,7 +69,7 @@ class TRequestServer::TCore {
             acceptor_.listen(asio::socket_base::max_listen_connections, failure);
         if (failure)
             throw EListenFailed(fmt::format("não foi possível escutar em {}, porta {}: {}", address, port,
-                                            ReasonOf(failure)));
+                                            ReasonOf(failure, port)));
         local_ = acceptor_.local_endpoint();
         shared_.Closed = [this] { EndWhenDone(); };
     }

@@ -1,6 +1,8 @@
 #include "app/application_log.h"
 #include "data/tuss_writer.h"
 #include "support/command_test.h"
+#include "support/patterns.h"
+#include "support/system.h"
 #include "xml/xml_encoding.h"
 #include "xml/xml_parser.h"
 #include "xml/xml_scanner.h"
@@ -10,15 +12,12 @@
 #include <functional>
 #include <sstream>
 
-#include <sys/stat.h>
-
 namespace conferix {
 namespace {
 
 namespace fs = std::filesystem;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::MatchesRegex;
 using testing::Not;
 
 /// Commands with a data folder that does not exist yet.
@@ -42,13 +41,13 @@ class ApplicationLog : public TCommandTest {
         std::vector<std::string> lines;
         std::istringstream text(ReadTestFile(file));
         for (std::string line; std::getline(text, line);)
-            lines.push_back(line);
+            lines.push_back(line.substr(0, line.find('\r'))); // as text files of Windows have it
         return lines;
     }
 
     fs::path dataFolder_ = folder_ / "usuário/dados";
     fs::path log_ = dataFolder_ / "conferix.log";
-    std::string file_ = File("lote\n1.xml");
+    std::string file_ = File(NamesHoldAnything() ? "lote\n1.xml" : "lote-1.xml");
     std::string xml_ = ReadTestFile(Example("spsadt-3.05.00-valores-errados.xml"));
 };
 
@@ -69,10 +68,12 @@ TEST_F(ApplicationLog, TellsRulesFilesAndCountsAndNothingOfABill) {
     EXPECT_THAT(lines.back(), EndsWith("procedimento desativada"));
     lines.pop_back();
     for (const std::string& line : lines)
-        EXPECT_THAT(
-            line, MatchesRegex(time + "\\[solver\\] [0-9]+ (correção aplicada|correções aplicadas) ao texto: "
-                                      "regra tiss[a-z.]+, T[A-Za-z_0-9]+Solver[_A-Z0-9]*, arquivo "
-                                      "lote\\?1\\.xml"));
+        EXPECT_THAT(line,
+                    MatchesPattern(time +
+                                   "\\[solver\\] [0-9]+ (correção aplicada|correções aplicadas) ao texto: "
+                                   "regra tiss[a-z.]+, T[A-Za-z_0-9]+Solver[_A-Z0-9]*, arquivo "
+                                   "lote" +
+                                   (NamesHoldAnything() ? "[?]" : "-") + "1\\.xml"));
 
     const TXmlParseResult parsed = TXmlParser::Parse(DecodeXml(xml_).Text);
     ASSERT_NE(parsed.Document, nullptr);
@@ -106,7 +107,7 @@ TEST_F(ApplicationLog, NothingFailsForWantOfALog) {
         {"the log is a pipe",
          [](const fs::path& data) {
              fs::create_directories(data);
-             ASSERT_EQ(mkfifo((data / "conferix.log").c_str(), 0600), 0);
+             MakePipe(data / "conferix.log");
          }},
     };
     for (const auto& c : cases) {

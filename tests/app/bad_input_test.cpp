@@ -2,6 +2,7 @@
 #include "support/command_test.h"
 
 #include <random>
+#include <set>
 
 namespace conferix {
 namespace {
@@ -24,10 +25,13 @@ class BadInput : public TCommandTest {
 };
 
 std::vector<std::string> Seeds() {
-    std::vector<std::string> seeds;
+    std::set<std::filesystem::path> files; // in the same order on all machines
     for (const auto& entry : std::filesystem::directory_iterator(Example("")))
         if (entry.path().extension() == ".xml")
-            seeds.push_back(ReadTestFile(entry.path()));
+            files.insert(entry.path());
+    std::vector<std::string> seeds;
+    for (const auto& file : files)
+        seeds.push_back(ReadTestFile(file));
     return seeds;
 }
 
@@ -92,7 +96,7 @@ TEST_F(BadInput, MutatedFilesEndInMessages) {
     }
     // Both roads are walked: texts that do not parse, and documents that the rules judge.
     EXPECT_GT(refused, 20);
-    EXPECT_LT(refused, 280);
+    EXPECT_LT(refused, 290);
 }
 
 TEST_F(BadInput, ExtremesEndInMessages) {

@@ -2,8 +2,10 @@
 #include "app/tiss_file.h"
 #include "data/tuss_writer.h"
 #include "support/command_test.h"
+#include "support/patterns.h"
 #include "support/small_lote.h"
 #include "support/support.h"
+#include "support/system.h"
 #include "validation/hash_calculator.h"
 #include "validator/rule_list.h"
 
@@ -74,8 +76,8 @@ TEST_F(Cli, JsonTellsEverything) {
     EXPECT_EQ(first["mensagens"][0]["texto"], "[Linha: 4] " + motivo);
     first["mensagens"][0].erase("texto");
     const std::string hash = first["mensagens"][0]["origem"];
-    EXPECT_EQ(first, json::parse(R"({"arquivo": ")" + File("acento.xml") +
-                                 R"(", "xmlValido": true, "valido": true, "versaoFormato": 1,
+    EXPECT_EQ(first, json::parse(R"({"arquivo": )" + json(File("acento.xml")).dump() +
+                                 R"(, "xmlValido": true, "valido": true, "versaoFormato": 1,
         "estado": ["sfAberto", "sfValidado", "sfValido"], "tipoArquivo": "taMensagemTISS",
         "tipoTransacao": "tmEnvioLoteGuias", "versao": "4.01.00", "esquemaAproximado": false, "erros": 0, "avisos": 0,
         "contagens": {"mtFatal": 0, "mtError": 0, "mtWarning": 0, "mtInformation": 1}, "ocultas": 0, "naoListadas": 0,
@@ -132,6 +134,15 @@ TEST_F(Cli, TakesFoldersStandardInputAndSeveralFilesAtOnce) {
 /// Number of the lot and a hash that is not the file's.
 constexpr const char* kNamedByHash = "00000000000000000001_0123456789ABCDEF0123456789ABCDEF.xml";
 
+/// A text with "/" between the names of paths, also of those that JSON tells.
+std::string WithSlashes(std::string text) {
+    if (std::filesystem::path::preferred_separator == '\\') {
+        ReplaceAll(text, "\\\\", "/");
+        ReplaceAll(text, "\\", "/");
+    }
+    return text;
+}
+
 TEST_F(Cli, CommandLinesEndAsTheyShould) {
     WriteTestFile(File("quebrado.xml"), "<a>");
     WriteTestFile(File("outro.xml"), "<a/>");
@@ -144,8 +155,10 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
     std::filesystem::copy(File("valido.xml"), File(kNamedByHash));
     WriteTestFile(File("bytes.xml"), "<a>\n\xFF</a>");
     std::filesystem::create_directory(File("vazia"));
-    std::filesystem::create_symlink("valido.xml", File("atalho.xml"));
-    std::filesystem::create_directory_symlink(Example(""), File("exemplos"));
+    const bool hasLinks = MakeLink("valido.xml", File("atalho.xml"));
+    if (!MakeLink(Example(""), File("exemplos"), true))
+        std::filesystem::copy(Example("").parent_path(), File("exemplos"),
+                              std::filesystem::copy_options::recursive);
     WriteTestFile(File("Conferix.ini"), "");
     TTussWriter terms(File("codigos.db"));
     terms.Insert(TTuss22{{"10101012", ParseIsoDate("2000-01-01"), std::nullopt}});
@@ -158,11 +171,11 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
          page += kPage) // where the rows of a small table stand
         std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(page + kPage / 2), kPage / 2, '\0');
     WriteTestFile(File("danificada.db"), damaged);
-    std::filesystem::create_symlink("nada.xml", File("pendente.xml"));
+    MakeLink("nada.xml", File("pendente.xml"));
     std::filesystem::create_directories(File("pasta/fundo"));
-    std::filesystem::create_symlink("nada.xml", File("pasta/pendente.xml"));
-    std::filesystem::create_directory_symlink("..", File("pasta/fundo/volta"));
-    std::filesystem::copy(File("valido.xml"), File("pasta/fundo"));
+    MakeLink("nada.xml", File("pasta/pendente.xml"));
+    MakeLink("..", File("pasta/fundo/volta"), true);
+    std::filesystem::copy(File("valido.xml"), File("pasta/fundo/valido.xml"));
     options_.clear();
     terminology_.Set(CONFERIX_TUSS_DB);
     std::filesystem::create_directory(File("dados"));
@@ -174,12 +187,13 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
     std::string told;
     std::string command;
     const auto expect = [&](const std::string& part) { // no message of the program comes twice
-        EXPECT_THAT(told, HasSubstr(part)) << command;
+        EXPECT_THAT(WithSlashes(told), HasSubstr(WithSlashes(part))) << command;
         EXPECT_TRUE(!part.starts_with("conferix: ") || told.find(part) == told.rfind(part)) << command;
     };
     int count = 0;
+    bool tried = true;
     for (std::string line; std::getline(cases, line);) {
-        if (line.empty() || line[0] == '#')
+        if (line.empty() || line[0] == '#' || (line[0] != '$' && !tried))
             continue;
         if (line[0] != '$') {
             expect(line);
@@ -190,6 +204,12 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
         std::vector<std::string> words;
         for (std::string word; stream >> std::quoted(word, '\'');)
             words.push_back(word);
+        ++count;
+        tried = hasLinks || std::ranges::none_of(words, [](const std::string& word) {
+                    return word == "atalho.xml" || word == "./atalho.xml" || word == "pasta";
+                });
+        if (!tried)
+            continue;
         std::string input;
         if (const auto from = std::find(words.begin(), words.end(), "<"); from != words.end()) {
             input = ReadTestFile(words.back());
@@ -220,7 +240,6 @@ TEST_F(Cli, CommandLinesEndAsTheyShould) {
         if (result.Status == kExitValid)
             files = folder_.Names();
         EXPECT_EQ(folder_.Names(), files) << command;
-        ++count;
     }
     EXPECT_GT(count, 145);
     EXPECT_THAT(Run({}).Err, HasSubstr("conferix: erro: Falta o comando: validar, corrigir, "));
@@ -234,20 +253,26 @@ TEST_F(Cli, NamesAndValuesSteerNoTerminal) {
         {"<mensagemTISS><cabecalho><Padrao>4\xC2\x9B\n2J\xE2\x80\xAE</Padrao></cabecalho></mensagemTISS>",
          "4\\u009B\\n2J\\u202E"},
     };
-    const std::string name = "cor\x1B[31m\n\xFF.xml";
+    const std::string name = NamesHoldAnything() ? "cor\x1B[31m\n\xFF.xml" : "cor[31m.xml";
+    const std::string shown = NamesHoldAnything() ? "cor\\x1B[31m\\n\\xFF.xml" : name;
     for (const auto& [text, visible] : cases) {
         WriteTestFile(File(name), text);
         for (const char* command : {"validar", "informar", "hash"}) {
             const TCommandResult result = Run({command, File(name)});
             const std::string told = result.Out + result.Err;
             EXPECT_EQ(told.find('\x1B'), std::string::npos) << told;
-            EXPECT_THAT(told, HasSubstr("cor\\x1B[31m\\n\\xFF.xml")) << command;
+            EXPECT_THAT(told, HasSubstr(shown)) << command;
             EXPECT_EQ(told.find("\xC2\x9B"), std::string::npos) << told;
             if (command == std::string("validar")) {
                 EXPECT_THAT(told, HasSubstr(visible));
             }
         }
     }
+}
+
+TEST_F(Cli, OnlyATerminalThatKnowsColoursIsGivenThem) {
+    if (!TerminalsHaveNames())
+        GTEST_SKIP() << "no name tells of a terminal; a console is asked itself, and there is none";
     for (const auto& [term, coloured] :
          {std::pair("dumb", false), std::pair("", false), std::pair("xterm", true)}) {
         const TEnvironment terminal("TERM", term);
@@ -377,7 +402,7 @@ TEST_F(Cli, CommandsAreToldWithExamplesThatCanBeRun) {
     // What a page would take for a request of its own is text.
     std::istringstream lines(page);
     for (std::string line; std::getline(lines, line);)
-        EXPECT_THAT(line, testing::MatchesRegex("[^.'].*|[.](\\\\\"|TH|SH|SS|PP|TP|BR?|I)( .*)?")) << line;
+        EXPECT_THAT(line, MatchesPattern("[^.'].*|[.](\\\\\"|TH|SH|SS|PP|TP|BR?|I)( .*)?")) << line;
 }
 
 TEST_F(Cli, TheListOfRulesInTheDocumentationIsCurrent) {

@@ -196,7 +196,7 @@ class RunBeside : public testing::Test {
         controller_.SetSchemaFolder(InstalledSchemas());
         controller_.Events().OnValidate.Subscribe(
             [this](const TValidateArgs& result) { told_.push_back(result.Counts.Failures()); });
-        controller_.LoadFromFile(Example("consulta-4.01.00-com-erros.xml"));
+        controller_.LoadFromFile(Example("consulta-4.01.00-com-erros.xml").string());
     }
     const TTemporaryFolder folder_;
     const TEnvironment dados_{"CONFERIX_DADOS", (folder_ / "dados").string()};

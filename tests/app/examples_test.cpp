@@ -52,7 +52,7 @@ TEST_F(ExampleFiles, ValidOnesHaveNoError) {
 TEST_F(ExampleFiles, WhatSwitchedOffRulesFoundRightIsCountedListedOrNot) {
     options_.insert(options_.end(),
                     {"--desativar", "tiss.mensagem.loteguias.spsadt.procedimento.valortotal"});
-    const std::string file = Example("spsadt-3.05.00-valido.xml");
+    const std::string file = Example("spsadt-3.05.00-valido.xml").string();
     EXPECT_EQ(Validate(file)["ocultas"], 5);
     options_.emplace_back("--todas");
     EXPECT_EQ(Validate(file)["ocultas"], 5);

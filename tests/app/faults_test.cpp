@@ -4,6 +4,7 @@
 #include "schema_model/built_in_folders.h"
 #include "support/case_file.h"
 #include "support/command_test.h"
+#include "support/patterns.h"
 #include "support/support.h"
 #include "xml/xml_document.h"
 #include "xml/xml_encoding.h"
@@ -148,7 +149,7 @@ TEST_F(Faults, RepeatedNumbersAreOneGroup) {
     const std::string same = std::regex_replace(ReadTestFile(Example(kSadt3)),
                                                 std::regex("sequencialItem>[0-9]+<"), "sequencialItem>1<");
     EXPECT_THAT(Run({"validar", "-"}, same).Out,
-                testing::ContainsRegex("2 guias, [0-9]+ vezes: O sequencial de número 1 está repetido"));
+                ContainsPattern("2 guias, [0-9]+ vezes: O sequencial de número 1 está repetido"));
 }
 
 TEST_F(Faults, StructureIsRepairedByteByByte) {

@@ -73,7 +73,9 @@ TEST_F(Terminology, ShowsImportsWarnsOfOldOnesAndGoesBack) {
     EXPECT_EQ(report["semDatas"].size(), 1U);
 
     const TCommandResult state = Terms({"estado"});
-    EXPECT_THAT(state.Out, AllOf(HasSubstr("1 linha  Tabela 22.csv"), HasSubstr(File("dados/tuss.db"))));
+    EXPECT_THAT(state.Out,
+                AllOf(HasSubstr("1 linha  Tabela 22.csv"),
+                      HasSubstr(std::filesystem::path(File("dados/tuss.db")).make_preferred().string())));
     EXPECT_THAT(state.Err, IsEmpty());
     {
         SQLite::Database database(File("dados/tuss.db"), SQLite::OPEN_READWRITE);

@@ -1,11 +1,11 @@
 #include "data/tuss_connection.h"
+#include "support/system.h"
 #include "support/test_files.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -52,10 +52,9 @@ class GeraTuss : public testing::Test {
 
     // The exit status; what the program says is in "erros".
     int Run(const std::string& output) const {
-        const std::string command = std::string("'") + CONFERIX_GERA_TUSS + "' '" +
-                                    (folder_ / "listas").string() + "' '" + (folder_ / output).string() +
-                                    "' 2>'" + (folder_ / "erros").string() + "'";
-        return std::system(command.c_str());
+        return RunProgram({CONFERIX_GERA_TUSS, (folder_ / "listas").string(), (folder_ / output).string()},
+                          {}, folder_ / "erros")
+            .value();
     }
 
     TTemporaryFolder folder_;

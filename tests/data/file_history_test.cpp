@@ -1,4 +1,5 @@
 #include "data/file_history.h"
+#include "support/patterns.h"
 #include "support/test_files.h"
 
 #include <SQLiteCpp/Database.h>
@@ -54,7 +55,7 @@ TEST_F(FileHistory, ListsWhatValidationsEndedWith) {
     history.NoteValidated({"/a.xml", "", "4.01.00", true, 0, 1});
     std::vector<std::string> lines;
     for (const TValidationRecord& record : history.Validations()) {
-        EXPECT_THAT(record.Time, testing::MatchesRegex("20..-..-.. ..:..:.."));
+        EXPECT_THAT(record.Time, MatchesPattern("20..-..-.. ..:..:.."));
         lines.push_back(record.File + " " + record.Versao + " " +
                         (record.Valid ? std::to_string(*record.Valid) : "-") + " " +
                         std::to_string(record.Errors) + " " + std::to_string(record.Warnings));

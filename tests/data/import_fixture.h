@@ -110,4 +110,37 @@ class Imports : public testing::Test {
     TTemporaryFolder folder_;
 };
 
+/// Imports into a database that holds the terms of an older one.
+class ImportsOverOlder : public Imports {
+  protected:
+    void SetUp() override {
+        Import({Write("Tabela 22.csv", kHeader + "10101012;Consulta\n")});
+        before_ = ReadTestFile(Database());
+    }
+
+    void ExpectUntouched() const {
+        EXPECT_EQ(ReadTestFile(Database()), before_);
+        EXPECT_FALSE(std::filesystem::exists(Database().string() + ".importacao"));
+        EXPECT_FALSE(std::filesystem::exists(Database().string() + ".trava"));
+    }
+
+    TImportOptions Options() const {
+        TImportOptions options;
+        options.Sources = {File("muitos/Tabela 18.csv")};
+        options.Target = Database();
+        return options;
+    }
+
+    /// A file that takes a while.
+    void WriteMany() const {
+        std::string text = kHeader;
+        for (int i = 0; i < 20000; ++i)
+            text += fmt::format("6{:07d};Termo de número {}\n", i, i);
+        Write("muitos/Tabela 18.csv", text);
+    }
+
+    inline static const std::string kHeader = "Código do Termo;Termo\n";
+    std::string before_;
+};
+
 } // namespace conferix

@@ -1,4 +1,5 @@
 #include "data/import_fixture.h"
+#include "support/system.h"
 
 #include "data/tuss_connection.h"
 #include "data/tuss_search.h"
@@ -205,7 +206,9 @@ TEST_F(Imports, StartsFromTheDeliveredDatabaseAndTakesItsNewCodes) {
     options.Delivered = CONFERIX_TUSS_DB;
     const std::string delivered = ReadTestFile(CONFERIX_TUSS_DB);
     ImportTerminology(options);
-    const TTussConnection open(Database()); // an open validation
+    std::optional<TTussConnection> open; // an open validation
+    if (OpenFilesCanBeReplaced())
+        open.emplace(Database());
     {
         fs::rename(Database(), File("dados/lida.db")); // the reader keeps its own
         fs::copy_file(File("dados/lida.db"), Database());
@@ -221,7 +224,9 @@ TEST_F(Imports, StartsFromTheDeliveredDatabaseAndTakesItsNewCodes) {
     EXPECT_FALSE(now.StartOfValidity("87", "22").Found); // was inactivated since
     EXPECT_TRUE(now.StartOfValidity("22", "10101012").Found);
     EXPECT_TRUE(now.StartOfValidity("22", "10101020").Found);
-    EXPECT_FALSE(open.StartOfValidity("22", "10101020").Found);
+    if (open) {
+        EXPECT_FALSE(open->StartOfValidity("22", "10101020").Found);
+    }
     EXPECT_EQ(ReadTestFile(CONFERIX_TUSS_DB), delivered);
     std::vector<std::string> imports;
     for (const TTableImport& import : NewestImports(Database()))
@@ -271,7 +276,7 @@ TEST_F(Imports, PublishedFilesGiveTheCountsOfAHandCount) {
             continue;
         Forget();
         const std::size_t colon = line.rfind(": ");
-        files.push_back(published / line.substr(0, colon));
+        files.push_back(published / PathOf(line.substr(0, colon)));
         TImportReport report = Import({files.back()});
         std::string counts;
         for (const auto& [table, content] : report.Files[0].Tables)

@@ -7,6 +7,7 @@
 #include "paper/text_metrics.h"
 #include "platform/utf8.h"
 #include "support/parsed.h"
+#include "support/system.h"
 #include "support/test_files.h"
 
 #include <fmt/format.h>
@@ -14,16 +15,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <map>
 #include <optional>
 #include <set>
 #include <sstream>
 #include <unordered_set>
-
-#include <sys/wait.h>
 
 namespace conferix {
 namespace {
@@ -192,26 +189,18 @@ void ExpectSameAsSvg(const TPaperPage& page, const std::string& where) {
     EXPECT_EQ(svg->Element()->Descendants("rect").size(), rects) << where;
 }
 
-constexpr int kNoProgram = 127; ///< exit status of a shell that does not find a program
-
 /// The structure of a PDF file is sound, by another program, where that is installed.
 void ExpectSound(const std::filesystem::path& pdf) {
-    const std::string command = fmt::format("qpdf --check '{}' >/dev/null 2>&1", pdf.string());
-    const int status = WEXITSTATUS(std::system(command.c_str()));
-    EXPECT_TRUE(status == 0 || status == kNoProgram) << pdf << ": " << status;
+    EXPECT_EQ(RunProgram({"qpdf", "--check", pdf.string()}).value_or(0), 0) << pdf;
 }
 
 /// What a PDF file says, by another program; nothing where that is not installed.
 std::optional<std::string> TextOfPdf(const std::filesystem::path& pdf) {
-    const std::string command = fmt::format("pdftotext -layout '{}' - 2>/dev/null", pdf.string());
-    FILE* const pipe = popen(command.c_str(), "r");
-    std::string text;
-    char piece[65536];
-    for (std::size_t got = 0; (got = fread(piece, 1, sizeof piece, pipe)) > 0;)
-        text.append(piece, got);
-    const int status = WEXITSTATUS(pclose(pipe));
-    EXPECT_TRUE(status == 0 || status == kNoProgram) << status;
-    return status == kNoProgram ? std::nullopt : std::optional(text);
+    const TTemporaryFolder folder;
+    const std::optional<int> status =
+        RunProgram({"pdftotext", "-layout", pdf.string(), "-"}, folder / "texto");
+    EXPECT_EQ(status.value_or(0), 0) << pdf;
+    return status ? std::optional(ReadTestFile(folder / "texto")) : std::nullopt;
 }
 
 /// The words of a text that a file does not say.

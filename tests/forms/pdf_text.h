@@ -21,9 +21,9 @@ inline std::vector<std::string> PdfStreams(std::string_view pdf) {
         at += 3 + kBegin.size();
         const std::size_t end = pdf.find(kEnd, at);
         std::string content(4'000'000, '\0');
-        uLongf size = content.size();
+        auto size = static_cast<uLongf>(content.size());
         EXPECT_EQ(uncompress(reinterpret_cast<Bytef*>(content.data()), &size,
-                             reinterpret_cast<const Bytef*>(pdf.data()) + at, end - at),
+                             reinterpret_cast<const Bytef*>(pdf.data()) + at, static_cast<uLong>(end - at)),
                   Z_OK);
         content.resize(size);
         streams.push_back(std::move(content));

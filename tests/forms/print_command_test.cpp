@@ -259,7 +259,8 @@ TEST_F(Imprimir, UsesTheTemplatesOfTheDataFolder) {
     EXPECT_THAT(own, HasSubstr("Sa\xFA"
                                "de & Cia.\n"));
     EXPECT_EQ(Pages(own), 3U);
-    const std::string logo = (std::filesystem::path(CONFERIX_FONTE) / "docs/imagens/janela.png").string();
+    const std::string logo =
+        std::filesystem::absolute(std::filesystem::path(CONFERIX_FONTE) / "docs/imagens/janela.png").string();
     WriteTestFile(File("dados/formularios/consulta.txt"),
                   fmt::format("guia consulta\nleiaute 3.00.00- retrato\nlogotipo \"{0}\"\noperadora "
                               "\"Ao lado\"\nimagem \"{0}\" altura=20 lado=direita\nlinha\n",

@@ -2,6 +2,7 @@
 #include "forms/pdf_text.h"
 #include "support/command_test.h"
 #include "support/generated_lot.h"
+#include "support/patterns.h"
 #include "xml/xml_parser.h"
 
 #include <gmock/gmock.h>
@@ -156,7 +157,7 @@ TEST_F(Listing, FindsWhatEachVersionHasUnderItsNames) {
                     value += ValueOf(first.FirstDescendant(name));
                 EXPECT_EQ(row[key], value);
             }
-            EXPECT_THAT(row["data"].get<std::string>(), testing::MatchesRegex("....-..-.."));
+            EXPECT_THAT(row["data"].get<std::string>(), MatchesPattern("....-..-.."));
             std::string titles;
             const json groups = FileOf("profissionais", file)["grupos"];
             for (const json& group : groups)
@@ -289,7 +290,7 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
             ElementsAre(testing::ResultOf([](const json& note) { return note.dump(); }, HasSubstr(c.Note))))
             << c.Wrong;
         EXPECT_THAT(Run({"listar", "capa", File("a.xml"), "--formato", "csv"}).Out,
-                    testing::ContainsRegex(fmt::format("\"total do arquivo\".*;\"{}", c.Note)))
+                    ContainsPattern(fmt::format("\"total do arquivo\".*;\"{}", c.Note)))
             << c.Wrong;
         EXPECT_THAT(Run({"listar", "guias", File("a.xml"), Example("spsadt-3.05.00-valido.xml")}).Out,
                     HasSubstr("1 arquivo tem ressalvas.\n"))
@@ -382,7 +383,7 @@ TEST_F(Listing, ComparesTheTotalsOf2) {
     EXPECT_EQ(differing("capa") + differing("despesas"), "");
     constexpr std::string_view kMaterials = "<ansTISS:materiais>"; // of the guide with expenses the last
     WriteTestFile(File("a.xml"), lot.insert(lot.rfind(kMaterials) + kMaterials.size(), "1000"));
-    EXPECT_THAT(differing("capa"), testing::MatchesRegex("Materiais [0-9.]+;"));
+    EXPECT_THAT(differing("capa"), MatchesPattern("Materiais [0-9.]+;"));
     EXPECT_EQ(differing("despesas"), differing("capa"));
     EXPECT_THAT(Run({"listar", "capa", File("a.xml")}).Out, HasSubstr("* Um total não é a soma"));
     // Of a guide that does not list its expenses there is nothing to compare.
@@ -429,8 +430,7 @@ TEST_F(Listing, KeepsLotsAndMonitoringApart) {
     const TCommandResult refused =
         Run({"listar", "guias", Example("monitoramento-1.06.00-fornecimento-direto.xml").string()});
     EXPECT_EQ(refused.Status, kExitInvalid);
-    EXPECT_THAT(refused.Err,
-                testing::ContainsRegex("o arquivo não tem guias, só [0-9]+ fornecimentos? direto"));
+    EXPECT_THAT(refused.Err, ContainsPattern("o arquivo não tem guias, só [0-9]+ fornecimentos? direto"));
 }
 
 TEST_F(Listing, IsATableForSpreadsheetsOfBrazil) {

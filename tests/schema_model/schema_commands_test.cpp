@@ -85,7 +85,7 @@ TEST_F(ComandosDeSchemas, APackageIsImportedByBareNamesAndRemovedAgain) {
     const TCommandResult result = Importar("pacote.zip");
     EXPECT_EQ(result.Err, "");
     EXPECT_EQ(result.Status, kExitValid);
-    EXPECT_EQ(result.Out, "1 arquivo instalado em " + Installed("").parent_path().string() +
+    EXPECT_EQ(result.Out, "1 arquivo instalado em " + Installed("").parent_path().make_preferred().string() +
                               "\nVersões que usam o schema publicado (mensagem): 4.01.00\n");
     EXPECT_EQ(ReadTestFile(Installed("tissV4_01_00.xsd")), kSmallSchema);
     std::vector<std::string> left;

@@ -5,6 +5,7 @@
 #include "service/http_test_client.h"
 #include "support/case_file.h"
 #include "support/command_test.h"
+#include "support/patterns.h"
 
 #include <gmock/gmock.h>
 
@@ -170,7 +171,7 @@ TEST_F(Servir, StopsAtASignalWithWhatItHadToSay) {
                                                    "0.0.0.0:{}, sem senha e sem criptografia;",
                                                    port)));
     EXPECT_THAT(result.Err, HasSubstr("conferix: aviso: Esquema tissV4_01_00.xsd, linha 1: "));
-    EXPECT_THAT(result.Err, testing::ContainsRegex("HEAD /regras 200 [^\n]*, 0 enviados"));
+    EXPECT_THAT(result.Err, ContainsPattern("HEAD /regras 200 [^\n]*, 0 enviados"));
     EXPECT_THAT(result.Err, HasSubstr(fmt::format("conferix: o serviço atende em http://0.0.0.0:{} ", port)));
     EXPECT_THAT(result.Err, testing::EndsWith("conferix: o serviço parou\n"));
 }

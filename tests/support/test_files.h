@@ -17,6 +17,11 @@ namespace conferix {
 /// Sets (or, without value, removes) an environment variable.
 void SetVariable(const std::string& name, const std::optional<std::string>& value);
 
+/// The path that a UTF-8 text names; a path made of a text alone takes it for one of the locale.
+inline std::filesystem::path PathOf(const std::string& text) {
+    return {std::u8string(text.begin(), text.end())};
+}
+
 /// An empty folder that is removed with all it holds.
 class TTemporaryFolder {
   public:
@@ -35,7 +40,7 @@ class TTemporaryFolder {
     TTemporaryFolder& operator=(const TTemporaryFolder&) = delete;
 
     const std::filesystem::path& Path() const { return path_; }
-    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+    std::filesystem::path operator/(const std::string& name) const { return path_ / PathOf(name); }
     /// Names of all that is in the folder.
     std::set<std::string> Names() const {
         std::set<std::string> names;

@@ -17,7 +17,7 @@ struct TTestEntry {
 
 /// Writes a ZIP file; names go in byte by byte.
 inline void WriteZip(const std::filesystem::path& file, const std::vector<TTestEntry>& entries) {
-    zip_t* archive = zip_open(file.c_str(), ZIP_CREATE | ZIP_TRUNCATE, nullptr);
+    zip_t* archive = zip_open(file.string().c_str(), ZIP_CREATE | ZIP_TRUNCATE, nullptr);
     ASSERT_NE(archive, nullptr);
     for (const TTestEntry& entry : entries) {
         zip_source_t* source = zip_source_buffer(archive, entry.Content.data(), entry.Content.size(), 0);

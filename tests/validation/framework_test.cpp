@@ -1,5 +1,6 @@
 #include "model/mensagem_tiss.h"
 #include "rules/rule_table.h"
+#include "support/patterns.h"
 #include "support/support.h"
 #include "validation/solver.h"
 #include "validator/rule_list.h"
@@ -15,7 +16,6 @@ namespace conferix {
 namespace {
 
 using testing::ElementsAre;
-using testing::MatchesRegex;
 
 class TLeafRule : public TValidation {
   public:
@@ -134,7 +134,7 @@ TEST(Framework, IdentifiersAreUniqueBracedAndStable) {
     for (int i = 0; i < 1000; ++i) {
         const auto message = TXmlMessage::CreateInfo("x");
         EXPECT_EQ(message->Id(), message->Id());
-        EXPECT_THAT(message->Id(), MatchesRegex("\\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\}"));
+        EXPECT_THAT(message->Id(), MatchesPattern("\\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\}"));
         ids.insert(message->Id());
     }
     EXPECT_EQ(ids.size(), 1000U);

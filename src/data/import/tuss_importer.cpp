@@ -51,8 +51,12 @@ class TImportLock {
     TImportLock(const TImportLock&) = delete;
     TImportLock& operator=(const TImportLock&) = delete;
     ~TImportLock() {
-        std::error_code ignored;
-        fs::remove(file_, ignored); // while it is still locked, see IsRemoved
+        std::error_code failure;
+        fs::remove(file_, failure); // while it is still locked, see IsRemoved
+        database_.reset();
+        if (failure) { // on Windows, where a file that somebody has open stays: this one, or another import's
+            fs::remove(file_, failure);
+        }
     }
 
   private:
