@@ -81,9 +81,9 @@ function(conferix_program name)
 endfunction()
 
 # conferix_test(<name> SOURCES ... POSIX_SOURCES ... DEPENDS ...): one GoogleTest program; every case is a test of its own, also
-# under Wine, where the programs are asked for their cases before the tests run. POSIX_SOURCES are left out for Windows: what they try is made of
-# pipes, limits, programs or libraries that are not there. tests/ is in the include path; tests find the repository through
-# CONFERIX_FONTE.
+# under Wine, where the programs are asked for their cases before the tests run. POSIX_SOURCES are left out for Windows: what
+# they try is made of pipes, limits, programs or libraries that are not there. tests/ is in the include path; tests find the
+# repository through CONFERIX_FONTE.
 function(conferix_test name)
     cmake_parse_arguments(ARG "" "" "SOURCES;POSIX_SOURCES;DEPENDS" ${ARGN})
     if(WIN32)

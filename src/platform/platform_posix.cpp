@@ -127,6 +127,10 @@ void EndNow(int status) {
     std::_Exit(status);
 }
 
+bool OpenFilesCanBeReplaced() {
+    return true;
+}
+
 bool HasDisplay() {
 #if defined(__APPLE__)
     return true;

@@ -235,6 +235,10 @@ void EndNow(int status) {
     _exit(status);
 }
 
+bool OpenFilesCanBeReplaced() {
+    return false;
+}
+
 bool HasDisplay() {
     return true;
 }

@@ -20,4 +20,7 @@ void PrepareStandardStreams();
 /// Whether windows can be shown; without a display the library of the window would end the program.
 bool HasDisplay();
 
+/// Whether a database can be replaced while somebody reads it, who then goes on reading the old one.
+bool OpenFilesCanBeReplaced();
+
 } // namespace conferix

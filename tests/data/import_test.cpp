@@ -1,8 +1,8 @@
 #include "data/import_fixture.h"
-#include "support/system.h"
 
 #include "data/tuss_connection.h"
 #include "data/tuss_search.h"
+#include "platform/program.h"
 
 #include <algorithm>
 #include <cstdlib>

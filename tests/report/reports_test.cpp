@@ -115,6 +115,11 @@ TEST_F(Reports, JsonIsAsItsSchemaSaysAndAlikeInEveryRun) {
                       file["contagens"]["mtError"].get<int>() + file["contagens"]["mtFatal"].get<int>());
         }
         const json& unusual = report[files_.size() - 2];
+        if (!NamesHoldAnything()) {
+            EXPECT_THAT(unusual["arquivo"].get<std::string>(), testing::EndsWith(odd_));
+            EXPECT_FALSE(unusual.contains("arquivoCodificado"));
+            continue;
+        }
         EXPECT_THAT(unusual["arquivo"].get<std::string>(), HasSubstr("n\xEF\xBF\xBDo utf8"));
         EXPECT_THAT(unusual["arquivoCodificado"].get<std::string>(),
                     testing::EndsWith("n%E3o%20utf8%20%231.xml"));
@@ -367,9 +372,10 @@ TEST_F(Reports, WhatIsShownAndWhereIsChosen) {
     };
     EXPECT_THAT(listed("\xEF\xBB\xBF" + valid + "\r\n\n" + File("pasta")),
                 testing::ElementsAre("odonto-3.05.00-valido.xml", "a.xml"));
-    WriteTestFile(File("a\nb.xml"), "<a/>");
-    EXPECT_THAT(listed(File("a\nb.xml") + std::string(1, '\0') + valid),
-                testing::ElementsAre("a\nb.xml", "odonto-3.05.00-valido.xml"));
+    const std::string lines = NamesHoldAnything() ? "a\nb.xml" : "a b.xml";
+    WriteTestFile(File(lines), "<a/>");
+    EXPECT_THAT(listed(File(lines) + std::string(1, '\0') + valid),
+                testing::ElementsAre(lines, "odonto-3.05.00-valido.xml"));
     EXPECT_EQ(Run({"validar", "--lista", "-"}, "\n").Status, kExitUnreadable);
 
     const std::string byRule = Validar({"--agrupar", "regra", "--estatisticas"}, {faulty}).Out;

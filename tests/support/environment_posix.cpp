@@ -53,10 +53,6 @@ bool TerminalsHaveNames() {
     return true;
 }
 
-bool OpenFilesCanBeReplaced() {
-    return true;
-}
-
 bool NothingIsWriteProtected() {
     return geteuid() == 0;
 }

@@ -49,11 +49,6 @@ bool TerminalsHaveNames() {
     return false;
 }
 
-// A database that is open stays.
-bool OpenFilesCanBeReplaced() {
-    return false;
-}
-
 // A read-only file is so for everybody.
 bool NothingIsWriteProtected() {
     return false;

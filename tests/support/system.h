@@ -24,9 +24,6 @@ bool NamesHoldAnything();
 /// Whether TERM tells what terminal it is.
 bool TerminalsHaveNames();
 
-/// Whether a file that somebody reads can be replaced, who then goes on reading the old one.
-bool OpenFilesCanBeReplaced();
-
 /// Whether the user may write whatever is write-protected, as an administrator may on some systems.
 bool NothingIsWriteProtected();
 

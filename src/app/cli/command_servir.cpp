@@ -47,6 +47,11 @@ std::unique_ptr<TTissServer> Listening(const TTissServerOptions& options, const 
     }
 }
 
+/// Kept open from one request to the next, but where that would keep others from importing terminology.
+TDBConnectionFactory TerminologyOf(const TCliContext& context) {
+    return OpenFilesCanBeReplaced() ? context.KeptTerminology() : context.TerminologyFactory();
+}
+
 } // namespace
 
 int RunServir(const TCliContext& context, const TServirOptions& options) {
@@ -54,7 +59,7 @@ int RunServir(const TCliContext& context, const TServirOptions& options) {
     std::ostream& log = context.Streams.Err;
     const std::unique_ptr<TTissServer> service =
         Listening(ServerOptions(options),
-                  {context.Schemas(), [&] { return context.KeptTerminology(); },
+                  {context.Schemas(), [&] { return TerminologyOf(context); },
                    [&] { return TConfig::Load(context.ConfigFile()); }},
                   log);
     TRequestServer& server = service->Server();
