@@ -23,6 +23,12 @@ fontes=(
 # Bibliotecas que são só cabeçalhos, iguais em todos os sistemas: dos pacotes instalados.
 cabecalhos=(boost:libboost1.74-dev nlohmann:nlohmann-json3-dev spdlog:libspdlog-dev SimpleIni.h:libsimpleini-dev)
 
+# Um status só disto, para que quem confere tudo possa dizer que sem os fontes não conferiu.
+sem_fontes() {
+    printf 'conferix: erro: %s\n' "$1" >&2
+    exit 75
+}
+
 # Uma lista por seção do arquivo: quando a de segurança não entrega um pacote, entrega-o a principal.
 preparar_apt() {
     local linha numero=0
@@ -35,9 +41,9 @@ preparar_apt() {
     done < <(apt-get indextargets --format \
         'deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $(REPO_URI) $(RELEASE) $(COMPONENT)' \
         'Created-By: Packages' 'Origin: Debian' | sort -ru)
-    [ "$numero" -gt 0 ] || erro 'o apt não conhece nenhum arquivo do Debian; veja /etc/apt.'
+    [ "$numero" -gt 0 ] || sem_fontes 'o apt não conhece nenhum arquivo do Debian; veja /etc/apt.'
     for pasta in "$guardados"/apt/*; do
-        do_apt "$pasta" apt-get -qq update || erro 'apt-get update falhou; verifique a conexão com a internet.'
+        do_apt "$pasta" apt-get -qq update || sem_fontes 'apt-get update falhou; verifique a conexão com a internet.'
     done
 }
 
@@ -216,7 +222,7 @@ compilar_biblioteca() { # <pacote-fonte> <versão>
     cd "$trabalho"
     # O que uma execução interrompida deixou serve: a pasta é só destas versões e opções.
     if [ ! -d "$1" ]; then
-        dsc=$(baixar "$1" "$2") || erro "o pacote-fonte $1 não pôde ser baixado; veja $registro."
+        dsc=$(baixar "$1" "$2") || sem_fontes "o pacote-fonte $1 não pôde ser baixado; veja $registro."
         rm -rf incompleto
         dpkg-source --no-check -x "$dsc" incompleto >>"$registro" 2>&1 || erro "o pacote-fonte $1 está danificado."
         mv incompleto "$1"
