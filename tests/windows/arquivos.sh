@@ -119,6 +119,23 @@ for como in '' leitura; do
     rm seguro
 done
 
+# Importar de novo substitui a base, também ao lado de um serviço que a consultou; nada fica ao lado dela.
+importar() { espera 0 'Base de terminologia' terminologia importar "$raiz/exemplos/terminologia"; }
+importar
+importar
+"$raiz/scripts/windows/executar" "$programa" servir --porta 0 >servico.log 2>&1 &
+outro=$!
+until grep -q 'atende em' servico.log || ! kill -0 "$outro"; do sleep 0.1; done
+exec 3<>"/dev/tcp/127.0.0.1/$(sed -n 's/.*http:..127.0.0.1:\([0-9]*\).*/\1/p' servico.log)"
+printf 'POST /validar HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Length: %s\r\n\r\n' "$(stat -c %s "$valido")" >&3
+cat "$valido" >&3
+grep -q '"valido": true' <&3 || falha 'o serviço não validou'
+exec 3>&-
+importar
+kill -KILL "$outro"
+wait "$outro" 2>/dev/null || true
+[ "$(ls dados/tuss.db*)" = dados/tuss.db ] || falha "ao lado da base: $(ls dados/tuss.db*)"
+
 # Uma pasta em que nada pode ser gravado: montada sobre si mesma, só de leitura, onde o sistema o permite. Quem abre os
 # arquivos no Wine é o wineserver, que por isso tem de começar dentro da montagem.
 mkdir fechada
