@@ -84,7 +84,7 @@ TJson FileJson(const TFileListing& file) {
         TJson& told = json["grupos"].emplace_back(TJson{{"titulo", group.Title}, {"linhas", nullptr}});
         if (group.Sum)
             for (std::size_t i = 0; i < file.Columns.size(); ++i)
-                if (!group.Sum->Cells[i].IsEmpty())
+                if (file.Columns[i].Summed)
                     told["totais"][file.Columns[i].Key] = CellJson(group.Sum->Cells[i], file.Columns[i].Kind);
     }
     json["totais"] = TotalsJson(file.Totals);

@@ -56,10 +56,19 @@ const TPaperText& AddText(TDrawing& drawing, const TPaperRect& area, std::string
     if (width > area.Width) {
         size = std::max(style.Smallest, size * area.Width / width);
         width = TextWidth(text, style.Face, size);
-        const std::string whole = text;
-        for (std::size_t kept = CountCharacters(whole); width > area.Width && kept != 0;) {
-            text = std::string(whole.substr(0, BytesOfCharacters(whole, --kept))) + "…";
-            width = TextWidth(text, style.Face, size);
+        if (width > area.Width) {
+            const std::string whole = std::move(text);
+            const auto cut = [&](std::size_t kept) {
+                text = whole.substr(0, BytesOfCharacters(whole, kept)) + "…";
+                width = TextWidth(text, style.Face, size);
+            };
+            std::size_t fits = 0; // so many characters, or none
+            for (std::size_t tooMany = CountCharacters(whole); tooMany - fits > 1;) {
+                const std::size_t kept = (fits + tooMany) / 2;
+                cut(kept);
+                (width > area.Width ? tooMany : fits) = kept;
+            }
+            cut(fits);
         }
     }
     return drawing.Texts.emplace_back(

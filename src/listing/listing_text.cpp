@@ -70,7 +70,8 @@ class TTextTable {
             }
             if (group.Sum) {
                 SetLine(line, *group.Sum, next);
-                out << palette_.Bold(line) << '\n';
+                if (!line.empty()) // as where no item tells its amount
+                    out << palette_.Bold(line) << '\n';
             }
         }
     }

@@ -98,7 +98,7 @@ std::vector<std::string> SumsNotes(const TListing& listing) {
     const auto noted = static_cast<std::size_t>(
         std::ranges::count_if(listing.Files, [](const TFileListing& file) { return !file.Notes.empty(); }));
     if (noted != 0)
-        notes.push_back(fmt::format("{} ressalvas.", Counted(noted, "arquivo tem", "arquivos têm")));
+        notes.push_back(fmt::format("{} observações.", Counted(noted, "arquivo tem", "arquivos têm")));
     return notes;
 }
 

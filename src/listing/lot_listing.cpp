@@ -68,9 +68,9 @@ constexpr TListingColumn kProfissionaisColumns[] = {
     {"tabela", "Tabela"},
     {"codigo", "Código"},
     {"descricao", "Descrição"},
-    {"quantidade", "Quantidade", Quantity},
+    {"quantidade", "Quantidade", Quantity, {}, true},
     {"valorUnitario", "Valor unitário", Money},
-    {"valorTotal", "Valor total", Money},
+    {"valorTotal", "Valor total", Money, {}, true},
 };
 constexpr TListingColumn kEntregaColumns[] = {
     {"ordem", "Nº", Count},
@@ -102,17 +102,18 @@ const std::array<TCategoriaListada, 6> kCategorias = {{
 class TKnownSum {
   public:
     void Add(const std::optional<double>& amount) {
-        if (!amount)
-            return;
-        sum_.Add(*amount);
-        ++terms_;
+        sum_.Add(amount.value_or(0));
+        ++(amount ? terms_ : unknown_);
     }
     std::optional<double> Value() const { return terms_ == 0 ? std::nullopt : std::optional(sum_.Value()); }
+    /// The same, but zero where there was nothing to add.
+    std::optional<double> ValueOrZero() const { return unknown_ == 0 ? sum_.Value() : Value(); }
     std::size_t Terms() const { return terms_; }
 
   private:
     TDecimalSum sum_;
     std::size_t terms_ = 0;
+    std::size_t unknown_ = 0;
 };
 
 /// Declared totals beside the sums that they stand for, guide by guide.
@@ -375,8 +376,8 @@ class TLotListing {
         };
         listing_.Columns = kProcedimentosColumns;
         std::map<std::pair<std::string_view, std::string_view>, TSum> sums;
-        TDecimalSum quantity;
-        TDecimalSum all;
+        TKnownSum quantity;
+        TKnownSum all;
         TBalance balance;
         for (const TGuiaListada& guia : guias_) {
             TDecimalSum ofGuide;
@@ -387,9 +388,9 @@ class TLotListing {
                     sum.Descricao = procedimento.Descricao;
                 sum.Quantidade.Add(procedimento.Quantidade);
                 sum.Valor.Add(procedimento.ValorTotal);
-                quantity.Add(procedimento.Quantidade.value_or(0));
+                quantity.Add(procedimento.Quantidade);
                 ofGuide.Add(procedimento.ValorTotal.value_or(0));
-                all.Add(procedimento.ValorTotal.value_or(0));
+                all.Add(procedimento.ValorTotal);
             }
             AddProcedimentosOf(guia, ofGuide.Value(), balance);
         }
@@ -402,8 +403,8 @@ class TLotListing {
             AddRow({TextCell(code.first), TextCell(code.second), TextCell(sum.Descricao),
                     CountCell(sum.Guias), NumberCell(sum.Quantidade.Value()), NumberCell(sum.Valor.Value())});
         AddTotal("guias", "Guias", Count, static_cast<double>(guias_.size()));
-        AddTotal("quantidade", "Quantidade", Quantity, quantity.Value());
-        AddTotal("valorTotal", "Valor dos procedimentos", Money, all.Value());
+        AddTotal("quantidade", "Quantidade", Quantity, quantity.ValueOrZero());
+        AddTotal("valorTotal", "Valor dos procedimentos", Money, all.ValueOrZero());
         AddTotal("valorInformado", "Valor informado nas guias", Money, balance.Declared());
         AddTotal("guiasComDiferenca", "Guias com diferença", Count, balance.DifferingOfJudged(),
                  balance.Differing() != 0);
@@ -447,7 +448,7 @@ class TLotListing {
     void Despesas() {
         struct TSum {
             std::size_t Itens = 0;
-            TDecimalSum Quantidade;
+            TKnownSum Quantidade;
             TBalance Balance;
         };
         listing_.Columns = kDespesasColumns;
@@ -465,7 +466,7 @@ class TLotListing {
                                 ? sums[static_cast<std::size_t>(found - kCategorias.begin())]
                                 : others[code];
                 ++sum.Itens;
-                sum.Quantidade.Add(despesa.QuantidadeExecutada().Number().value_or(0));
+                sum.Quantidade.Add(Addable(despesa.QuantidadeExecutada().Number()));
                 if (found == kCategorias.end())
                     sum.Balance.Add(std::nullopt, despesa.ValorTotal().Number());
             }
@@ -478,9 +479,10 @@ class TLotListing {
         std::size_t differing = 0;
         bool compared = judged_;
         const auto add = [&](std::string_view code, std::string_view title, const TSum& sum) {
-            AddRow({TextCell(code), TextCell(title), CountCell(sum.Itens), NumberCell(sum.Quantidade.Value()),
-                    NumberCell(sum.Balance.Declared()), NumberCell(sum.Balance.Computed()),
-                    NumberCell(sum.Balance.Difference()), NumberCell(sum.Balance.DifferingOfJudged())},
+            AddRow({TextCell(code), TextCell(title), CountCell(sum.Itens),
+                    NumberCell(sum.Quantidade.ValueOrZero()), NumberCell(sum.Balance.Declared()),
+                    NumberCell(sum.Balance.Computed()), NumberCell(sum.Balance.Difference()),
+                    NumberCell(sum.Balance.DifferingOfJudged())},
                    sum.Balance.Differing() != 0);
             items += sum.Itens;
             differing += sum.Balance.Differing();
@@ -511,7 +513,7 @@ class TLotListing {
         };
         std::map<TProfissional, TWork> works;
         std::size_t procedures = 0;
-        TDecimalSum value;
+        TKnownSum value;
         bool teams = false;
         for (const TGuiaListada& guia : guias_) {
             const TListingCell numero = TextCell(guia.Guia.NumeroMostrado());
@@ -519,7 +521,7 @@ class TLotListing {
             const TListingCell beneficiario = TextCell(guia.Head.Beneficiario);
             for (const TProcedimentoListado& procedimento : ProcedimentosOf(guia.Guia)) {
                 ++procedures;
-                value.Add(procedimento.ValorTotal.value_or(0));
+                value.Add(procedimento.ValorTotal);
                 const TListingRow row = memory_.Row(
                     {numero, TextCell(procedimento.Data), carteira, beneficiario,
                      TextCell(procedimento.Tabela), TextCell(procedimento.Codigo),
@@ -562,7 +564,7 @@ class TLotListing {
         AddTotal("profissionais", "Profissionais", Count, static_cast<double>(named.size()));
         listing_.Totals.back().Counted = std::move(named);
         AddTotal("procedimentos", "Procedimentos", Count, static_cast<double>(procedures));
-        AddTotal("valorTotal", "Valor total", Money, value.Value());
+        AddTotal("valorTotal", "Valor total", Money, value.ValueOrZero());
         if (teams)
             listing_.Notes.emplace_back(
                 "Um procedimento feito em equipe aparece em cada profissional dela; os "

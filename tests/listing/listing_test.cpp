@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -293,12 +294,21 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
                     ContainsPattern(fmt::format("\"total do arquivo\".*;\"{}", c.Note)))
             << c.Wrong;
         EXPECT_THAT(Run({"listar", "guias", File("a.xml"), Example("spsadt-3.05.00-valido.xml")}).Out,
-                    HasSubstr("1 arquivo tem ressalvas.\n"))
+                    HasSubstr("1 arquivo tem observações.\n"))
             << c.Wrong;
         EXPECT_EQ(Column(FileOf("procedimentos", File("a.xml")), "valorTotal")[3],
                   std::string_view(c.Right).find("18.40") == std::string_view::npos ? json(18.4) : json())
             << c.Wrong;
     }
+    // A sum of what nobody tells is none.
+    WriteTestFile(File("a.xml"),
+                  std::regex_replace(ReadTestFile(Example("honorarios-4.01.00-valido.xml")),
+                                     std::regex("<ans:quantidadeExecutada>.*</ans:quantidadeExecutada>"),
+                                     ""));
+    const json work = FileOf("profissionais", File("a.xml"))["grupos"][0]["totais"];
+    EXPECT_EQ(work["quantidade"], json());
+    EXPECT_GT(work["valorTotal"], 0);
+    EXPECT_EQ(FileOf("procedimentos", File("a.xml"))["totais"]["quantidade"], json());
     // Elements that are no guides are not passed over in silence, and nothing else is no list.
     std::string unknown = Lot({kGuides.front()});
     const std::string guides = unknown.substr(unknown.find("<guiaSP-SADT>"));
