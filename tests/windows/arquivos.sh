@@ -129,7 +129,7 @@ until grep -q 'atende em' servico.log || ! kill -0 "$outro"; do sleep 0.1; done
 exec 3<>"/dev/tcp/127.0.0.1/$(sed -n 's/.*http:..127.0.0.1:\([0-9]*\).*/\1/p' servico.log)"
 printf 'POST /validar HTTP/1.1\r\nHost: x\r\nConnection: close\r\nContent-Length: %s\r\n\r\n' "$(stat -c %s "$valido")" >&3
 cat "$valido" >&3
-grep -q '"valido": true' <&3 || falha 'o serviço não validou'
+grep -q '"xmlValido": true' <&3 || falha 'o serviço não validou'
 exec 3>&-
 importar
 kill -KILL "$outro"
