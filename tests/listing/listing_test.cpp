@@ -293,8 +293,9 @@ TEST_F(Listing, SaysWhatItsSumsLeaveOut) {
         EXPECT_THAT(Run({"listar", "capa", File("a.xml"), "--formato", "csv"}).Out,
                     ContainsPattern(fmt::format("\"total do arquivo\".*;\"{}", c.Note)))
             << c.Wrong;
-        EXPECT_THAT(Run({"listar", "guias", File("a.xml"), Example("spsadt-3.05.00-valido.xml")}).Out,
-                    HasSubstr("1 arquivo tem observações.\n"))
+        EXPECT_THAT(
+            Run({"listar", "guias", File("a.xml"), Example("spsadt-3.05.00-valido.xml").string()}).Out,
+            HasSubstr("1 arquivo tem observações.\n"))
             << c.Wrong;
         EXPECT_EQ(Column(FileOf("procedimentos", File("a.xml")), "valorTotal")[3],
                   std::string_view(c.Right).find("18.40") == std::string_view::npos ? json(18.4) : json())
