@@ -85,8 +85,8 @@ struct TListingColumn {
     std::string_view Key;   ///< for programs
     std::string_view Title; ///< for people
     TCellKind Kind = TCellKind::Text;
-    std::string_view Total = {}; ///< key of the total of its cells, where that is another than its own
     bool Summed = false;         ///< groups have a sum of its cells, empty where it is not known
+    std::string_view Total = {}; ///< key of the total of its cells, where that is another than its own
 
     std::string_view TotalKey() const { return Total.empty() ? Key : Total; }
 };

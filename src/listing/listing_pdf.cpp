@@ -57,7 +57,7 @@ const TPaperText& AddText(TDrawing& drawing, const TPaperRect& area, std::string
         size = std::max(style.Smallest, size * area.Width / width);
         width = TextWidth(text, style.Face, size);
         if (width > area.Width) {
-            const std::string whole = std::move(text);
+            const std::string whole = text;
             const auto cut = [&](std::size_t kept) {
                 text = whole.substr(0, BytesOfCharacters(whole, kept)) + "…";
                 width = TextWidth(text, style.Face, size);

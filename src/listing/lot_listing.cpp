@@ -58,7 +58,7 @@ constexpr TListingColumn kDespesasColumns[] = {
     {"valorInformado", "Valor informado", Money},
     {"valorCalculado", "Valor calculado", Money},
     {"diferenca", "Diferença", Money},
-    {"guiasComDiferenca", "Guias com diferença", Count, "diferencas"},
+    {"guiasComDiferenca", "Guias com diferença", Count, false, "diferencas"},
 };
 constexpr TListingColumn kProfissionaisColumns[] = {
     {"guia", "Nº da guia"},
@@ -68,9 +68,9 @@ constexpr TListingColumn kProfissionaisColumns[] = {
     {"tabela", "Tabela"},
     {"codigo", "Código"},
     {"descricao", "Descrição"},
-    {"quantidade", "Quantidade", Quantity, {}, true},
+    {"quantidade", "Quantidade", Quantity, true},
     {"valorUnitario", "Valor unitário", Money},
-    {"valorTotal", "Valor total", Money, {}, true},
+    {"valorTotal", "Valor total", Money, true},
 };
 constexpr TListingColumn kEntregaColumns[] = {
     {"ordem", "Nº", Count},
@@ -79,7 +79,7 @@ constexpr TListingColumn kEntregaColumns[] = {
     {"data", "Data", Date},
     {"carteira", "Carteira"},
     {"beneficiario", "Beneficiário"},
-    {"valor", "Valor informado", Money, "valorInformado"},
+    {"valor", "Valor informado", Money, false, "valorInformado"},
 };
 
 /// A category of expenses as listings tell of it: code of domain table 25, in 2.x one digit.
