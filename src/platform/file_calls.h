@@ -3,6 +3,7 @@
 
 #include "platform/platform.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -76,8 +77,12 @@ void TakeAttributes(const TDescriptor& descriptor, const std::filesystem::path& 
 /// Gives a new file the rights that any new file of the user has.
 void TakeUsualRights(const TDescriptor& descriptor);
 /// Raises EFileNotWritten, in the name of `file`, for a file that must not be replaced: write-protected, or
-/// with further names that would go on naming the old content.
-void CheckReplaceable(const std::filesystem::path& target, const std::filesystem::path& file);
+/// with further names that would go on naming the old content. Where an open file cannot be replaced, waits
+/// up to `patience` for others to close it, then raises std::system_error.
+void CheckReplaceable(const std::filesystem::path& target, const std::filesystem::path& file,
+                      std::chrono::milliseconds patience);
+/// For programs that open each new file for a moment, as scanners for viruses and indexers do.
+inline constexpr std::chrono::milliseconds kMoment{500};
 /// Why a file with further names is not replaced.
 inline constexpr const char* kOtherNames =
     "o arquivo tem outros nomes (ligações físicas), que continuariam com o conteúdo "

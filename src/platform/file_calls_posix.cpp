@@ -317,7 +317,7 @@ void TakeUsualRights(const TDescriptor& descriptor) {
 }
 
 // Renaming asks for rights on the folder alone; a write-protected file is still not to be replaced.
-void CheckReplaceable(const fs::path& target, const fs::path& file) {
+void CheckReplaceable(const fs::path& target, const fs::path& file, std::chrono::milliseconds /*patience*/) {
     if (::access(target.c_str(), W_OK) != 0) {
         ThrowLastError();
     }

@@ -4,6 +4,8 @@
 #include "platform/whole_path.h"
 
 #include <algorithm>
+#include <chrono>
+#include <initializer_list>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -188,6 +190,19 @@ void TakeAccessList(HANDLE to, HANDLE from) {
         throw std::system_error(static_cast<int>(failure), std::system_category());
 }
 
+// Calls until it succeeds, fails otherwise than with one of `held`, or `patience` is over; the last failure.
+template<typename TCall>
+DWORD Patiently(std::chrono::milliseconds patience, std::initializer_list<DWORD> held, TCall call) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (!call()) {
+        const DWORD failure = GetLastError();
+        if (std::ranges::find(held, failure) == held.end() || std::chrono::steady_clock::now() >= end)
+            return failure;
+        Sleep(50);
+    }
+    return ERROR_SUCCESS;
+}
+
 } // namespace
 
 void TakeAttributes(const TDescriptor& descriptor, const fs::path& of, const fs::path& file) {
@@ -214,12 +229,15 @@ void TakeAttributes(const TDescriptor& descriptor, const fs::path& of, const fs:
 // A new file has the rights of its folder.
 void TakeUsualRights(const TDescriptor& /*descriptor*/) {}
 
-void CheckReplaceable(const fs::path& target, const fs::path& file) {
+void CheckReplaceable(const fs::path& target, const fs::path& file, std::chrono::milliseconds patience) {
     // Fails for a write-protected file, and for one that another program holds.
-    const THandle handle(target, GENERIC_WRITE | DELETE, kShareAll, FILE_ATTRIBUTE_NORMAL);
     BY_HANDLE_FILE_INFORMATION info{};
-    if (!handle.IsOpen() || !GetFileInformationByHandle(handle.Get(), &info))
-        ThrowLastError();
+    const DWORD failure = Patiently(patience, {ERROR_SHARING_VIOLATION}, [&] {
+        const THandle handle(target, GENERIC_WRITE | DELETE, kShareAll, FILE_ATTRIBUTE_NORMAL);
+        return handle.IsOpen() && GetFileInformationByHandle(handle.Get(), &info);
+    });
+    if (failure != ERROR_SUCCESS)
+        throw std::system_error(static_cast<int>(failure), std::system_category());
     if ((info.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0)
         throw std::system_error(std::make_error_code(std::errc::permission_denied));
     if (info.nNumberOfLinks > 1)
@@ -237,15 +255,13 @@ void RenameDurably(const fs::path& from, const fs::path& to, bool replaces) {
     const fs::path source = AbsolutePath(from);
     const fs::path target = AbsolutePath(to);
     const DWORD flags = MOVEFILE_WRITE_THROUGH | (replaces ? MOVEFILE_REPLACE_EXISTING : 0);
-    // Scanners for viruses and indexers open each new file for a moment.
-    for (int attempts = 10; !MoveFileExW(source.c_str(), target.c_str(), flags); --attempts) {
-        const DWORD failure = GetLastError();
-        const bool held = failure == ERROR_ACCESS_DENIED || failure == ERROR_SHARING_VIOLATION;
-        if (!held || attempts == 0)
-            throw std::system_error(
-                static_cast<int>(held && replaces ? DWORD{ERROR_SHARING_VIOLATION} : failure),
-                std::system_category());
-        Sleep(50);
+    const DWORD failure = Patiently(kMoment, {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION}, [&] {
+        return MoveFileExW(source.c_str(), target.c_str(), flags) != FALSE;
+    });
+    if (failure != ERROR_SUCCESS) {
+        const bool held = replaces && failure == ERROR_ACCESS_DENIED;
+        throw std::system_error(static_cast<int>(held ? DWORD{ERROR_SHARING_VIOLATION} : failure),
+                                std::system_category());
     }
 }
 

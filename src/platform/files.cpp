@@ -5,6 +5,7 @@
 #include "platform/temporary_file.h"
 
 #include <algorithm>
+#include <chrono>
 #include <istream>
 #include <new>
 #include <system_error>
@@ -19,6 +20,8 @@ constexpr std::size_t kFirstBlock = 65536;
 /// Read at once. A string is filled with zeros as it grows, which costs little where they stay in the cache.
 constexpr std::size_t kPiece = std::size_t{256} * 1024;
 constexpr int kMaxLinks = 40;
+// For those who read a base of data: the validation of a large file.
+constexpr std::chrono::milliseconds kOneReading{10000};
 
 const std::string kIsFolder = "é uma pasta, não um arquivo";
 const std::string kNoMemory = "memória insuficiente";
@@ -113,7 +116,7 @@ void Replace(const fs::path& file, std::string_view bytes, const std::optional<T
         const fs::path target = FollowLinks(file);
         const bool replaces = fs::exists(target);
         if (replaces) {
-            CheckReplaceable(target, file);
+            CheckReplaceable(target, file, kMoment);
         }
         TTemporaryFile::RemoveStale(target.parent_path());
         TTemporaryFile temporary(target);
@@ -270,7 +273,7 @@ void ReplaceFileBy(const fs::path& file, const fs::path& finished) {
         const bool replaces = fs::exists(target);
         TDescriptor descriptor(TDescriptor::OpenFinished(finished));
         if (replaces) {
-            CheckReplaceable(target, file);
+            CheckReplaceable(target, file, kOneReading);
             TakeAttributes(descriptor, target, file);
         }
         descriptor.Flush();

@@ -135,9 +135,10 @@ void WriteCopyAtomically(const std::filesystem::path& file, std::string_view byt
 /// the permitted size of files is an error and no end. For programs, at their beginning.
 void RemoveTemporaryFilesAtSignals();
 
-/// Puts a finished file, flushed to disk, in the place of another in the same folder, whose owner, rights and
-/// attributes it takes; who has the old one open goes on reading that. A symbolic link stays and its target
-/// is replaced. Raises EFileNotWritten, after which the old file is untouched.
+/// Puts a finished file, flushed to disk, in the place of another in its folder, whose owner, rights and
+/// attributes it takes; who has the old one open goes on reading it or, where the system wants that, has ten
+/// seconds to close it. A symbolic link stays and its target is replaced. Raises EFileNotWritten, after which
+/// the old file is untouched.
 void ReplaceFileBy(const std::filesystem::path& file, const std::filesystem::path& finished);
 
 /// Holds a file for one at a time, between processes and within one. The file is made when it is missing and

@@ -93,30 +93,34 @@ chmod a-w so_leitura.xml
 espera 3 'acesso negado' corrigir so_leitura.xml --todas --no-lugar
 cmp -s "$errado" so_leitura.xml || falha 'o arquivo protegido mudou'
 
-# Aberto em outro programa, que não o compartilha: nem para ler, ou só para ler.
+# Aberto em outro programa, que não o compartilha (0), só para ler (1) ou para ler e gravar (3), como faz quem lê uma base do SQLite.
 cat >segura.c <<'FIM'
+#include <stdlib.h>
 #include <windows.h>
 int main(int n, char **a) {
-    if (CreateFileA(a[1], GENERIC_READ, n > 2 ? FILE_SHARE_READ : 0, 0, OPEN_EXISTING, 0, 0) == INVALID_HANDLE_VALUE) return 1;
+    if (CreateFileA(a[1], GENERIC_READ, atoi(a[2]), 0, OPEN_EXISTING, 0, 0) == INVALID_HANDLE_VALUE) return n;
     CloseHandle(CreateFileA("seguro", GENERIC_WRITE, 0, 0, CREATE_ALWAYS, 0, 0));
-    Sleep(60000);
+    Sleep(atoi(a[3]) * 1000);
     return 0;
 }
 FIM
 x86_64-w64-mingw32-gcc-posix segura.c -o segura.exe
-aberto='está aberto em outro programa'
-for como in '' leitura; do
-    cp "$errado" aberto.xml
-    "$raiz/scripts/windows/executar" segura.exe aberto.xml $como &
+segura() { # <arquivo> <o que compartilha> <segundos>
+    rm -f seguro
+    "$raiz/scripts/windows/executar" segura.exe "$@" &
     outro=$!
     while [ ! -e seguro ] && kill -0 "$outro"; do sleep 0.1; done
-    if [ -z "$como" ]; then espera 3 "$aberto" validar aberto.xml; else espera 1 'erro' validar aberto.xml; fi
+}
+aberto='está aberto em outro programa'
+for como in 0 1; do
+    cp "$errado" aberto.xml
+    segura aberto.xml $como 60
+    if [ $como = 0 ]; then espera 3 "$aberto" validar aberto.xml; else espera 1 'erro' validar aberto.xml; fi
     espera 3 "$aberto" corrigir aberto.xml --todas --no-lugar
     espera 3 "$aberto" corrigir "$errado" --todas --saida aberto.xml
     kill -KILL "$outro"
     wait "$outro" 2>/dev/null || true
     cmp -s "$errado" aberto.xml || falha 'o arquivo aberto em outro programa mudou'
-    rm seguro
 done
 
 # Importar de novo substitui a base, também ao lado de um serviço que a consultou; nada fica ao lado dela.
@@ -132,6 +136,13 @@ cat "$valido" >&3
 grep -q '"xmlValido": true' <&3 || falha 'o serviço não validou'
 exec 3>&-
 importar
+kill -KILL "$outro"
+wait "$outro" 2>/dev/null || true
+# Espera quem lê a base por alguns segundos, e não para sempre.
+segura dados/tuss.db 3 3
+importar
+segura dados/tuss.db 3 60
+espera 3 "$aberto" terminologia importar "$raiz/exemplos/terminologia"
 kill -KILL "$outro"
 wait "$outro" 2>/dev/null || true
 [ "$(ls dados/tuss.db*)" = dados/tuss.db ] || falha "ao lado da base: $(ls dados/tuss.db*)"
