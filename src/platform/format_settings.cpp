@@ -12,7 +12,9 @@ namespace conferix {
 
 namespace {
 
-constexpr std::string_view kXmlWhiteSpace = " \t\r\n";
+constexpr bool IsXmlWhiteSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
 
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
@@ -115,11 +117,15 @@ constexpr std::array<double, 16> kExactPowers = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5
                                                  1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 
 std::optional<double> ParseDecimal(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(kXmlWhiteSpace);
-    if (first == std::string_view::npos) {
+    while (!text.empty() && IsXmlWhiteSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && IsXmlWhiteSpace(text.back())) {
+        text.remove_suffix(1);
+    }
+    if (text.empty()) {
         return std::nullopt;
     }
-    text = text.substr(first, text.find_last_not_of(kXmlWhiteSpace) - first + 1);
     const bool negative = text.front() == '-';
     if (negative || text.front() == '+') {
         text.remove_prefix(1);
