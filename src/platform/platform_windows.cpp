@@ -12,7 +12,7 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
-#include <memory>
+#include <new>
 #include <utility>
 
 #include <winsock2.h>
@@ -21,8 +21,12 @@
 
 #include <fcntl.h>
 #include <io.h>
-#include <shellapi.h>
 #include <shlwapi.h>
+
+// What the C library gives to a wmain; no header declares it. The shell's own CommandLineToArgvW would load
+// the shell, and with it the graphics of the system, at each start of a command.
+extern "C" int __wgetmainargs(int* count, wchar_t*** words, wchar_t*** environment, int expands,
+                              int* newMode);
 
 namespace conferix {
 
@@ -202,11 +206,14 @@ fs::path ExecutablePath() {
 
 std::vector<std::string> CommandLineWords(int /*argc*/, char** /*argv*/) {
     int count = 0;
-    const std::unique_ptr<LPWSTR, decltype(&LocalFree)> given(CommandLineToArgvW(GetCommandLineW(), &count),
-                                                              &LocalFree);
+    wchar_t** given = nullptr;
+    wchar_t** environment = nullptr;
+    int newMode = 0;
+    if (__wgetmainargs(&count, &given, &environment, 0, &newMode) != 0)
+        throw std::bad_alloc();
     std::vector<std::string> words;
     for (int i = 1; i < count; ++i)
-        AddMatches(words, given.get()[i]);
+        AddMatches(words, given[i]);
     return words;
 }
 
