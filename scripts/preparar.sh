@@ -11,7 +11,7 @@ pacotes_janela=(qt6-base-dev libqscintilla2-qt6-dev libqscintilla2-qt6-l10n qt6-
 pacotes_testar=(libgtest-dev libgmock-dev libvalijson-dev libxml2-dev locales patch zsh fish mandoc qpdf poppler-utils)
 pacotes_empacotar=(dpkg-dev fakeroot file gzip)
 pacotes_windows=(g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev libz-mingw-w64-dev wine64 nsis dpkg-dev make tcl
-    python3-minimal unicode-data icu-devtools librsvg2-bin zip)
+    python3-minimal python3-pil unicode-data icu-devtools librsvg2-bin zip)
 pacotes_janela_windows=(qt6-base-dev qt6-base-dev-tools libqscintilla2-qt6-l10n qt6-translations-l10n)
 pacotes_conferir=(clang-format clang-tidy git)
 pacotes_fuzz=(clang libclang-rt-14-dev)

@@ -16,6 +16,7 @@ SetCompressor /SOLID lzma
 !define JANELA_EXE "conferix-desktop.exe"
 
 Name "Conferix"
+BrandingText "Conferix ${VERSAO}"
 OutFile "${SAIDA}"
 InstallDir "$LOCALAPPDATA\Programs\Conferix"
 InstallDirRegKey HKCU "${CHAVE}" "InstallLocation"
@@ -28,6 +29,7 @@ VIAddVersionKey /LANG=1046 "LegalCopyright" "GPL-3.0-or-later"
 
 !define MUI_ICON "${ICONE}"
 !define MUI_UNICON "${ICONE}"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${IMAGEM}"
 !define MUI_COMPONENTSPAGE_NODESC
 !insertmacro MUI_PAGE_COMPONENTS
 !insertmacro MUI_PAGE_DIRECTORY

@@ -73,7 +73,12 @@ fazer_zip() {
 fazer_instalador() {
     local opcoes=()
     [ "$janela" = OFF ] || opcoes=(-DJANELA)
+    # O makensis só lê BMP.
+    rsvg-convert --page-width 164 --page-height 314 -w 100 -h 100 --left 32 --top 48 -b '#dce7f0' \
+        "$raiz/resources/desktop/conferix.svg" |
+        /usr/bin/python3 -c 'import sys; from PIL import Image; Image.open(sys.stdin.buffer).convert("RGB").save(sys.argv[1])' \
+            ../instalador.bmp
     makensis -V2 -NOCD -INPUTCHARSET UTF8 "${opcoes[@]}" -DVERSAO="$versao" -DPASTA="$PWD/conferix" \
-        -DICONE="$raiz/build/windows/windows/conferix.ico" -DSAIDA="$PWD/conferix-setup.exe" \
+        -DICONE="$raiz/build/windows/windows/conferix.ico" -DIMAGEM="$raiz/build/windows/instalador.bmp" -DSAIDA="$PWD/conferix-setup.exe" \
         "$raiz/scripts/windows/instalador.nsi" >../instalador.log || { tail -n 20 ../instalador.log >&2; erro 'o makensis falhou.'; }
 }

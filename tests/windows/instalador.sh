@@ -1,14 +1,17 @@
 #!/usr/bin/env bash
 # O instalador no Wine, em um Windows novo: instalar sem perguntas, usar de outra pasta, atualizar, recusar a atualização com o
 # programa em execução, instalar em outra pasta e desinstalar; o que abre arquivos .xte e .xml. Os arquivos instalados são os do ZIP.
-# Uso: tests/windows/instalador.sh [pasta com conferix-setup.exe e o ZIP]
+# Com a janela, também atualizar com perguntas enquanto ela está aberta; as telas ficam em uma pasta, se for dada.
+# Uso: tests/windows/instalador.sh [pasta com conferix-setup.exe e o ZIP] [pasta das telas]
 set -euo pipefail
 raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+source "$raiz/tests/windows/tela.sh"
 pacotes=$(realpath "${1:-$raiz/build/windows/pacotes}")
+telas=${2:+$(realpath "$2")}
 area=$(mktemp -d)
 export WINEPREFIX=$area/wine WINEDLLOVERRIDES='mscoree,mshtml=' NO_COLOR=1 LC_ALL=pt_BR.UTF-8
 servidor=$(command -v wineserver || echo /usr/lib/wine/wineserver)
-trap '"$servidor" -k || true; rm -rf "$area"' EXIT
+trap '"$servidor" -k || true; kill "${processos[@]}" 2>/dev/null || true; rm -rf "$area"' EXIT
 falhas=0
 cd "$area"
 
@@ -73,6 +76,37 @@ wait
 echo velho >"$pasta/share/versao-anterior.txt"
 confere 'atualiza' instala
 confere 'e tira o que a versão nova não tem' iguais "$pasta"
+
+# Com a janela aberta: sem perguntas, recusa; com perguntas, espera que ela seja encerrada, e no fim abre a nova.
+if [ ! -e "$pasta/bin/conferix-desktop.exe" ] || programas=$(falta Xvfb openbox xdotool import); then
+    echo "Não experimentado: atualizar com a janela aberta (falta ${programas:-a janela})."
+else
+    tela_virtual
+    executar "$pasta/bin/conferix-desktop.exe" >/dev/null 2>&1 &
+    janela=$!
+    confere 'a janela instalada abre' aparece '^Conferix$'
+    confere 'recusa a atualização com a janela aberta' recusa instala
+    executar "$pacotes/conferix-setup.exe" >/dev/null 2>&1 &
+    instalador=$!
+    confere 'o instalador pergunta' aparece '^Instalação do Conferix'
+    tecla Return # o que instalar
+    tecla Return # em que pasta
+    confere 'pede que o programa seja encerrado' aparece '^Instalação do Conferix$'
+    tela instalador-em-execucao
+    confere 'e deixa tudo como está' iguais "$pasta"
+    xdotool search --onlyvisible --name '^Conferix$' windowactivate --sync
+    tecla ctrl+q
+    confere 'a janela termina' some $janela
+    xdotool search --onlyvisible --name '^Instalação do Conferix$' windowactivate --sync
+    tecla Return # repetir
+    confere 'instala o que o ZIP tem' em_breve iguais "$pasta"
+    tela instalador-fim
+    tecla Return # concluir
+    confere 'o instalador termina' some $instalador
+    confere 'e abre a janela' aparece '^Conferix$'
+    tecla ctrl+q
+    "$servidor" -w
+fi
 
 # Em outra pasta, que já tem arquivos de outros: o programa fica em uma só dele.
 mkdir -p "$WINEPREFIX/drive_c/Programas"

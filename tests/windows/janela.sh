@@ -4,12 +4,11 @@
 # Uso: tests/windows/janela.sh [conferix-desktop.exe] [conferix do Linux] [pasta das telas]
 set -euo pipefail
 raiz=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
-for programa in Xvfb openbox xdotool import sqlite3; do
-    command -v $programa >/dev/null || {
-        echo "Não executado: falta $programa (pacotes xvfb, openbox, xdotool, imagemagick e sqlite3)."
-        exit 77
-    }
-done
+source "$raiz/tests/windows/tela.sh"
+if programa=$(falta Xvfb openbox xdotool import sqlite3); then
+    echo "Não executado: falta $programa (pacotes xvfb, openbox, xdotool, imagemagick e sqlite3)."
+    exit 77
+fi
 janela=$(realpath "${1:-$raiz/build/windows/bin/conferix-desktop.exe}")
 comando=$(realpath "${2:-$raiz/build/release/bin/conferix}")
 telas=${3:+$(realpath "$3")}
@@ -17,7 +16,6 @@ area=$(mktemp -d)
 export WINEPREFIX=$area/wine WINEDLLOVERRIDES='mscoree,mshtml=' LC_ALL=pt_BR.UTF-8 TZ=America/Sao_Paulo
 export CONFERIX_DADOS=$area/dados
 servidor=$(command -v wineserver || echo /usr/lib/wine/wineserver)
-processos=()
 trap '"$servidor" -k || true; kill "${processos[@]}" 2>/dev/null || true; wait; rm -rf "$area"' EXIT
 falhas=0
 confere() { # <o que se espera> <comando...>
@@ -27,37 +25,10 @@ confere() { # <o que se espera> <comando...>
         tela "falha-$falhas"
     fi
 }
-tela() { [ -z "$telas" ] || import -window root "$telas/$1.png"; }
-ha_janela() { xdotool search --onlyvisible --name "$1" >/dev/null 2>&1; }
-aparece() { # <título, expressão regular>: em um minuto
-    local vez
-    for ((vez = 0; vez < 240; vez++)); do
-        ! ha_janela "$1" || { sleep 1 && return 0; }
-        sleep 0.25
-    done
-    return 1
-}
-some() { # <processo>: em vinte segundos
-    local vez
-    for ((vez = 0; vez < 80; vez++)); do
-        kill -0 "$1" 2>/dev/null || return 0
-        sleep 0.25
-    done
-    kill "$1"
-    return 1
-}
-tecla() { xdotool key --clearmodifiers "$1" && sleep 1; }
 # Uma cópia, porque o programa tem a base aberta.
 validacoes() { (cd "$area" && cp dados/conferix.db* . && sqlite3 conferix.db 'SELECT VALIDO, ERROS FROM TB_VALIDACAO ORDER BY ID'); }
 
-Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp 3>"$area/tela" >/dev/null 2>&1 &
-processos+=($!)
-until [ -s "$area/tela" ]; do sleep 0.1; done
-DISPLAY=:$(cat "$area/tela")
-export DISPLAY
-openbox --sm-disable >/dev/null 2>&1 &
-processos+=($!)
-
+tela_virtual
 mkdir -p "$area/guias ção" "$area/dados"
 exemplo=$raiz/exemplos/spsadt-3.05.00-valores-errados.xml
 cp "$exemplo" "$area/guias ção/lote número 1.xml"
