@@ -4,7 +4,6 @@
 #include "xml/tree_maker.h"
 
 #include <array>
-#include <cstring>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -98,7 +97,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
     std::uint32_t Offset(const char* at) const { return static_cast<std::uint32_t>(at - first_); }
     bool StartsWith(std::string_view mark) const {
         return static_cast<std::size_t>(end_ - at_) >= mark.size() &&
-               std::memcmp(at_, mark.data(), mark.size()) == 0;
+               EqualBytes(at_, mark.data(), mark.size());
     }
 
     /// Passes the character at `at_`, one that ends plain text, where it is allowed anywhere.
@@ -138,7 +137,7 @@ class TXmlPlainReader : private TXmlTreeMaker {
         if (const TXmlName* likely = followers_[last_]; likely != nullptr) {
             const std::size_t length = likely->Qualified.size();
             if (static_cast<std::size_t>(end_ - at_) > length && !IsNameChar(at_[length]) &&
-                std::memcmp(at_, likely->Qualified.data(), length) == 0) {
+                EqualBytes(at_, likely->Qualified.data(), length)) {
                 at_ += length;
                 return likely;
             }

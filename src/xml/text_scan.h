@@ -1,8 +1,11 @@
 // Scans over text, sixteen bytes at a time where the processor can.
 #pragma once
 
+#include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #if defined(__SSE2__) || defined(_M_X64)
@@ -14,6 +17,24 @@
 #endif
 
 namespace conferix {
+
+/// Whether two stretches of as many bytes are equal; for names, which are compared millions of times and are
+/// too short for what a call of memcmp costs.
+inline bool EqualBytes(const char* left, const char* right, std::size_t count) {
+    if (count < 8)
+        return std::equal(left, left + count, right);
+    const auto differ = [&](std::size_t from) {
+        std::uint64_t one = 0;
+        std::uint64_t other = 0;
+        std::memcpy(&one, left + from, 8);
+        std::memcpy(&other, right + from, 8);
+        return one != other;
+    };
+    for (std::size_t from = 0; from + 8 < count; from += 8)
+        if (differ(from))
+            return false;
+    return !differ(count - 8);
+}
 
 /// True for a byte at which plain text ends: "<", "&", "]", a control character or one from 0x80.
 constexpr bool EndsPlainText(char c) {

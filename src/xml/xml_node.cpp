@@ -1,6 +1,9 @@
 #include "xml/xml_node.h"
 
+#include "xml/text_scan.h"
 #include "xml/xml_document.h"
+
+#include <algorithm>
 
 namespace conferix {
 
@@ -14,12 +17,19 @@ Node* FindChild(Node* parent, std::string_view localName) {
     return nullptr;
 }
 
+bool IsFirstStep(std::string_view path, std::string_view name) {
+    return name.size() <= path.size() && (name.size() == path.size() || path[name.size()] == '/') &&
+           EqualBytes(name.data(), path.data(), name.size());
+}
+
 template<class Node>
 Node* FindPath(Node* node, std::string_view path) {
     while (node != nullptr && !path.empty()) {
-        const std::size_t end = path.find('/');
-        node = FindChild(node, path.substr(0, end));
-        path = end == std::string_view::npos ? std::string_view{} : path.substr(end + 1);
+        node = node->FirstChildTag();
+        while (node != nullptr && !IsFirstStep(path, node->LocalName()))
+            node = node->NextSiblingTag();
+        if (node != nullptr)
+            path.remove_prefix(std::min(node->LocalName().size() + 1, path.size()));
     }
     return node;
 }

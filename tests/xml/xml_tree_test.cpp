@@ -58,6 +58,15 @@ TEST(XmlTree, LooksUpByLocalName) {
     const TXmlNode& root = *document->Element();
     EXPECT_EQ(ValueOf(root.Find("a/b")), "1");
     EXPECT_EQ(root.Find("a/c"), nullptr); // the first <a> has none
+    // Steps of which one begins like another, or differs from it at its end alone.
+    const auto alike = Parsed("<r><valor>1</valor><valorTotal><valor>2</valor><valorTotalA>3</valorTotalA>"
+                              "<valorTotalB>4</valorTotalB></valorTotal></r>");
+    for (const auto& [path, value] :
+         {std::pair("valor", "1"), std::pair("valorTotal/valor", "2"),
+          std::pair("valorTotal/valorTotalB", "4"), std::pair("valorTotal/valorTotal", ""),
+          std::pair("valorTot", ""), std::pair("valor/valor", "")}) {
+        EXPECT_EQ(ValueOf(alike->Element()->Find(path)), value) << path;
+    }
     EXPECT_EQ(ValueOf(root.FirstDescendant("c")->Child("b")), "4");
     std::vector<std::string> values;
     for (const TXmlNode* node : root.Descendants("b"))
