@@ -76,6 +76,33 @@ VIAddVersionKey /LANG=1046 "LegalCopyright" "GPL-3.0-or-later"
     !insertmacro EsperarFimDe ${JANELA_EXE}
 !macroend
 
+; O PowerShell sabe mudar a variável sem o limite de tamanho dos textos daqui.
+!macro TirarDoPath
+    ReadRegDWORD $1 HKCU "${CHAVE}" "CaminhoMudado"
+    ${If} $1 = 1
+        nsExec::Exec `powershell -NoProfile -Command "$$p = [Environment]::GetEnvironmentVariable('Path', 'User'); [Environment]::SetEnvironmentVariable('Path', (($$p -split ';' | Where-Object { $$_ -ne '$INSTDIR\bin' }) -join ';'), 'User')"`
+        Pop $0
+        DeleteRegValue HKCU "${CHAVE}" "CaminhoMudado"
+    ${EndIf}
+!macroend
+
+; O programa que foi instalado em outra pasta: sem isto ficaria, e ninguém o desinstalaria.
+!macro RemoverDeOutraPasta
+    ReadRegStr $2 HKCU "${CHAVE}" "InstallLocation"
+    ${If} $2 != ""
+    ${AndIf} $2 != $INSTDIR
+    ${AndIf} ${FileExists} "$2\desinstalar.exe"
+        StrCpy $3 $INSTDIR
+        StrCpy $INSTDIR $2
+        !insertmacro EsperarFim
+        !insertmacro RemoverPrograma
+        !insertmacro TirarDoPath
+        Delete "$INSTDIR\desinstalar.exe"
+        RMDir "$INSTDIR"
+        StrCpy $INSTDIR $3
+    ${EndIf}
+!macroend
+
 ; SHCNE_ASSOCCHANGED: o Explorador mostra logo o que mudou.
 !macro AvisarExplorador
     System::Call 'shell32::SHChangeNotify(i 0x08000000, i 0, p 0, p 0)'
@@ -132,6 +159,7 @@ Section "Conferix" principal
         StrCpy $INSTDIR "$INSTDIR\Conferix"
     ${EndIf}
     !insertmacro EsperarFim
+    !insertmacro RemoverDeOutraPasta
     ${If} ${FileExists} "$INSTDIR\desinstalar.exe"
         !insertmacro RemoverPrograma
     ${EndIf}
@@ -158,7 +186,6 @@ Section "Conferix" principal
     WriteRegDWORD HKCU "${CHAVE}" "NoRepair" 1
 SectionEnd
 
-; O PowerShell sabe mudar a variável sem o limite de tamanho dos textos daqui.
 Section /o "Pôr o comando no PATH do usuário" caminho
     nsExec::Exec `powershell -NoProfile -Command "$$p = [Environment]::GetEnvironmentVariable('Path', 'User'); if (($$p -split ';') -notcontains '$INSTDIR\bin') { [Environment]::SetEnvironmentVariable('Path', ($$p.TrimEnd(';') + ';$INSTDIR\bin').TrimStart(';'), 'User') }"`
     Pop $0
@@ -171,11 +198,7 @@ SectionEnd
 
 Section "un.Conferix"
     !insertmacro EsperarFim
-    ReadRegDWORD $1 HKCU "${CHAVE}" "CaminhoMudado"
-    ${If} $1 = 1
-        nsExec::Exec `powershell -NoProfile -Command "$$p = [Environment]::GetEnvironmentVariable('Path', 'User'); [Environment]::SetEnvironmentVariable('Path', (($$p -split ';' | Where-Object { $$_ -ne '$INSTDIR\bin' }) -join ';'), 'User')"`
-        Pop $0
-    ${EndIf}
+    !insertmacro TirarDoPath
     !insertmacro RemoverPrograma
     !insertmacro Desassociar
     Delete "$SMPROGRAMS\Conferix.lnk"

@@ -81,6 +81,7 @@ confere 'e tira o que a versão nova não tem' iguais "$pasta"
 if [ ! -e "$pasta/bin/conferix-desktop.exe" ] || programas=$(falta Xvfb openbox xdotool import); then
     echo "Não experimentado: atualizar com a janela aberta (falta ${programas:-a janela})."
 else
+    "$servidor" -w # o que ainda não tem tela
     tela_virtual
     executar "$pasta/bin/conferix-desktop.exe" >/dev/null 2>&1 &
     janela=$!
@@ -120,8 +121,11 @@ confere 'nem atalhos' test -z "$(find "$WINEPREFIX/drive_c/users" -name 'Conferi
 confere 'instala em outra pasta' instala '/D=C:\Programas'
 outra="$WINEPREFIX/drive_c/Programas/Conferix"
 confere 'em uma pasta do programa' iguais "$outra"
+confere 'instala em mais uma' instala '/D=C:\Clínica\Faturação'
+confere 'sem deixar o programa na outra' recusa test -e "$outra"
+outra="$WINEPREFIX/drive_c/Clínica/Faturação/Conferix"
 confere 'desinstala de lá' desinstala "$outra"
-confere 'e não deixa o programa lá' recusa test -e "$outra/bin"
+confere 'e não deixa o programa lá' recusa test -e "$outra"
 confere 'os arquivos dos outros ficam' test -e "$WINEPREFIX/drive_c/Programas/alheio.txt"
 confere 'os dados do usuário ficam' test -e "$dados/nota.txt"
 echo "$falhas falhas."
