@@ -97,6 +97,9 @@ VIAddVersionKey /LANG=1046 "LegalCopyright" "GPL-3.0-or-later"
         !insertmacro EsperarFim
         !insertmacro RemoverPrograma
         !insertmacro TirarDoPath
+        ${If} $1 = 1
+            Call EscolherPath
+        ${EndIf}
         Delete "$INSTDIR\desinstalar.exe"
         RMDir "$INSTDIR"
         StrCpy $INSTDIR $3
@@ -195,6 +198,11 @@ Section /o "Pôr o comando no PATH do usuário" caminho
         WriteRegDWORD HKCU "${CHAVE}" "CaminhoMudado" 1
     ${EndIf}
 SectionEnd
+
+; Quem tinha o comando no PATH continua a tê-lo, na pasta nova.
+Function EscolherPath
+    SectionSetFlags ${caminho} ${SF_SELECTED}
+FunctionEnd
 
 Section "un.Conferix"
     !insertmacro EsperarFim

@@ -121,8 +121,14 @@ confere 'nem atalhos' test -z "$(find "$WINEPREFIX/drive_c/users" -name 'Conferi
 confere 'instala em outra pasta' instala '/D=C:\Programas'
 outra="$WINEPREFIX/drive_c/Programas/Conferix"
 confere 'em uma pasta do programa' iguais "$outra"
+# O Wine não tem o PowerShell, que muda o PATH; no lugar dele, um programa que só diz que o mudou.
+echo 'int main(void) { return 0; }' >powershell.c
+x86_64-w64-mingw32-gcc-posix powershell.c -o "$WINEPREFIX/drive_c/windows/powershell.exe"
+confere 'sem o comando no PATH' recusa registrado CaminhoMudado 0x1
+executar reg add "$chave" /v CaminhoMudado /t REG_DWORD /d 1 /f >/dev/null 2>&1
 confere 'instala em mais uma' instala '/D=C:\Clínica\Faturação'
 confere 'sem deixar o programa na outra' recusa test -e "$outra"
+confere 'com o comando ainda no PATH' registrado CaminhoMudado 0x1
 outra="$WINEPREFIX/drive_c/Clínica/Faturação/Conferix"
 confere 'desinstala de lá' desinstala "$outra"
 confere 'e não deixa o programa lá' recusa test -e "$outra"
